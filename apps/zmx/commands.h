@@ -1,0 +1,9 @@
+// commands.h - the subcommands of zmx, one function a codec. Each adds its commands and their callbacks to `app`.
+//
+// A callback reports trouble by throwing an exception whose what() is one line that says file, what and where;
+// main() prints it and exits with 1. CLI11 itself answers a wrong command line with a message and its own codes.
+#pragma once
+
+namespace CLI {
+class App;
+}

@@ -1,0 +1,15 @@
+# zmx_bench: every bench/*.cpp in one Google Benchmark program.
+
+find_package(benchmark CONFIG)
+find_package(JPEG)
+file(GLOB zmx_bench_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/bench/*.cpp)
+if(NOT benchmark_FOUND OR ZMX_SANITIZE OR NOT TARGET zmx_codecs OR NOT zmx_bench_sources)
+  message(STATUS "zmx_bench is left out")
+  return()
+endif()
+add_executable(zmx_bench ${zmx_bench_sources})
+target_link_libraries(zmx_bench PRIVATE zmx_codecs zmxjpx benchmark::benchmark benchmark::benchmark_main zmx_warnings)
+if(JPEG_FOUND)
+  target_link_libraries(zmx_bench PRIVATE JPEG::JPEG)
+  target_compile_definitions(zmx_bench PRIVATE ZMX_HAVE_LIBJPEG=1)
+endif()

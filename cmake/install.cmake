@@ -1,0 +1,7 @@
+include(GNUInstallDirs)
+install(TARGETS zmxcore zmxjpx LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(FILES include/zmxj.h include/zmxcore.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY include/zmxj DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+if(TARGET zmx)
+  install(TARGETS zmx RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()

@@ -1,0 +1,61 @@
+# Tests. Each tests/test_<name>.cpp is a program of GoogleTest cases; tests/model/*.cpp are the plain models.
+#
+# test_<name>.cpp       links libzmxjpx.so, so it sees what an application sees
+# test_own_<name>.cpp   links the library's objects, so it can call internal functions
+# test_app_<name>.cpp   links the codecs behind the zmx command
+
+include(GoogleTest)
+# GoogleTest is compiled with this build's own flags (32-bit, sanitizers, clang) from Debian's sources.
+find_path(ZMX_GTEST_SOURCE src/gtest-all.cc PATHS /usr/src/googletest/googletest /usr/src/gtest NO_DEFAULT_PATH)
+if(ZMX_GTEST_SOURCE)
+  add_library(zmx_gtest STATIC ${ZMX_GTEST_SOURCE}/src/gtest-all.cc ${ZMX_GTEST_SOURCE}/src/gtest_main.cc)
+  target_include_directories(zmx_gtest SYSTEM PUBLIC ${ZMX_GTEST_SOURCE}/include PRIVATE ${ZMX_GTEST_SOURCE})
+  target_link_libraries(zmx_gtest PUBLIC Threads::Threads)
+else()
+  find_package(GTest REQUIRED)
+  add_library(zmx_gtest INTERFACE)
+  target_link_libraries(zmx_gtest INTERFACE GTest::gtest_main)
+endif()
+
+file(GLOB zmx_test_support CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/support/*.cpp ${PROJECT_SOURCE_DIR}/tests/model/*.cpp)
+add_library(zmx_test_support STATIC ${zmx_test_support})
+target_include_directories(zmx_test_support PUBLIC ${PROJECT_SOURCE_DIR}/tests ${PROJECT_SOURCE_DIR}/include)
+target_link_libraries(zmx_test_support PUBLIC zmx_gtest PRIVATE zmx_warnings)
+
+file(GLOB zmx_tests CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/test_*.cpp)
+foreach(source ${zmx_tests})
+  get_filename_component(name ${source} NAME_WE)
+  if(name MATCHES "^test_app_" AND NOT TARGET zmx_codecs)
+    continue()
+  endif()
+  add_executable(${name} ${source})
+  target_link_libraries(${name} PRIVATE zmx_test_support OpenMP::OpenMP_CXX zmx_warnings)
+  if(name MATCHES "^test_own_")
+    target_link_libraries(${name} PRIVATE zmxjpx_objects zmxcore)
+  elseif(name MATCHES "^test_app_")
+    target_link_libraries(${name} PRIVATE zmx_codecs)
+  else()
+    target_link_libraries(${name} PRIVATE zmxjpx zmxcore ${CMAKE_DL_LIBS})
+  endif()
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST TEST_PREFIX "${name}." PROPERTIES TIMEOUT 300)
+endforeach()
+target_sources(test_own_core PRIVATE core/threads.cpp)
+target_include_directories(test_own_core PRIVATE core)
+
+# The public headers, each alone, as C and as C++.
+add_test(NAME headers COMMAND ${PROJECT_SOURCE_DIR}/tests/check_headers.sh
+  ${PROJECT_SOURCE_DIR}/include ${CMAKE_C_COMPILER} ${CMAKE_CXX_COMPILER})
+# What the library exports is what the header declares.
+add_test(NAME symbols COMMAND ${PROJECT_SOURCE_DIR}/tests/check_symbols.sh
+  ${PROJECT_SOURCE_DIR}/include $<TARGET_FILE:zmxjpx> ${CMAKE_C_COMPILER})
+
+# Checks of the zmx command against programs from elsewhere: tests/interchange/*.sh BIN-DIR
+if(TARGET zmx)
+  file(GLOB zmx_interchange CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/interchange/*.sh)
+  foreach(script ${zmx_interchange})
+    get_filename_component(name ${script} NAME_WE)
+    add_test(NAME interchange.${name} COMMAND ${script} $<TARGET_FILE_DIR:zmx>)
+    # 77: a program that the check needs is not there.
+    set_tests_properties(interchange.${name} PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 900)
+  endforeach()
+endif()

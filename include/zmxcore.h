@@ -1,0 +1,47 @@
+/* zmxcore.h - the companion library: memory, and how many threads a parallel region may use.
+ *
+ * libzmxjpx takes all of its memory, and the thread count of its row-parallel functions, from these three
+ * functions. A program that wants its own allocator defines them itself; the dynamic linker then prefers
+ * the program's definitions.
+ */
+#ifndef ZMXCORE_H
+#define ZMXCORE_H
+
+#if defined(__GNUC__)
+#define ZMX_EXPORT __attribute__((visibility("default")))
+#else
+#define ZMX_EXPORT
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** Allocates memory.
+ *
+ *  \param len  number of bytes, at least 1
+ *  \return a block of at least `len` bytes aligned to 64 bytes, or null when `len` is below 1 or no memory
+ *          can be had. Give it back with zmxFree().
+ */
+ZMX_EXPORT void* zmxMalloc(int len);
+
+/** Gives back a block that zmxMalloc() returned. A null pointer is harmless.
+ *
+ *  \param ptr  the block, or null
+ */
+ZMX_EXPORT void zmxFree(void* ptr);
+
+/** Tells how many threads a parallel region may use.
+ *
+ *  Counted are the processors in the affinity mask of the process, limited by the CPU quota of its control
+ *  group (rounded up). The count is taken at the first call and kept, so a call costs a load.
+ *
+ *  \return a positive integer
+ */
+ZMX_EXPORT int ownGetNumThreads(void);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* ZMXCORE_H */

@@ -1,0 +1,37 @@
+// pjwrap.h - arithmetic that is meant to wrap, said in so many words, and saturation.
+//
+// Everywhere else signed overflow is a mistake, and the sanitizers are there to catch it.
+#pragma once
+
+#include "zmxj.h"
+
+#include <type_traits>
+
+// Signed sums, differences and products modulo two to the power of their width (32 or 64 bits).
+template <class T> constexpr T wrapAdd(T a, T b) {
+    static_assert(sizeof(T) >= sizeof(int) && std::is_integral_v<T>);
+    using U = std::make_unsigned_t<T>;
+    return T(U(a) + U(b));
+}
+template <class T> constexpr T wrapSub(T a, T b) {
+    static_assert(sizeof(T) >= sizeof(int) && std::is_integral_v<T>);
+    using U = std::make_unsigned_t<T>;
+    return T(U(a) - U(b));
+}
+template <class T> constexpr T wrapMul(T a, T b) {
+    static_assert(sizeof(T) >= sizeof(int) && std::is_integral_v<T>);
+    using U = std::make_unsigned_t<T>;
+    return T(U(a) * U(b));
+}
+template <class T> constexpr T wrapNeg(T a) { return wrapSub(T(0), a); }
+template <class T> constexpr T wrapShl(T a, int n) {
+    static_assert(sizeof(T) >= sizeof(int) && std::is_integral_v<T>);
+    return T(std::make_unsigned_t<T>(a) << n);
+}
+
+// The low 16 bits of a value, read back with their sign.
+constexpr Zmx16s wrap16s(Zmx32s v) { return Zmx16s(Zmx16u(v)); }
+
+constexpr int clamp(int v, int lo, int hi) { return v < lo ? lo : v > hi ? hi : v; }
+constexpr Zmx8u saturate8u(int v) { return Zmx8u(clamp(v, 0, 255)); }
+constexpr Zmx16s saturate16s(int v) { return Zmx16s(clamp(v, -32768, 32767)); }

@@ -1,0 +1,11 @@
+// psalloc.cpp - the one road to memory in the library.
+#include "psalloc.h"
+
+#include "zmxcore.h"
+
+Zmx8u* zmxsMalloc_8u(int len) {
+    if (len < 1) return nullptr;
+    return static_cast<Zmx8u*>(zmxMalloc(len));
+}
+
+void zmxsFree(void* ptr) { zmxFree(ptr); }

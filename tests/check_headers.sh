@@ -1,0 +1,16 @@
+#!/usr/bin/env bash
+# check_headers.sh INCLUDE-DIR CC CXX: every public header compiles alone, as C99 and as C++, without a warning.
+set -u
+include=$1 cc=$2 cxx=$3
+flags="-Wall -Wextra -Wpedantic -Werror -fsyntax-only -I $include"
+bad=0 n=0
+for header in "$include"/*.h "$include"/zmxj/*.h; do
+    "$cc" -std=c99 $flags -x c "$header" || { echo "not clean as C: $header"; bad=1; }
+    "$cxx" -std=c++98 -Wno-long-long $flags -x c++ "$header" || { echo "not clean as C++98: $header"; bad=1; }
+    "$cxx" -std=c++20 $flags -x c++ "$header" || { echo "not clean as C++20: $header"; bad=1; }
+    n=$((n + 1))
+done
+# Without any header at all the loop above proves nothing.
+[ "$n" -ge 3 ] || { echo "only $n headers found in $include"; exit 1; }
+echo "$n headers compiled as C99, C++98 and C++20"
+exit $bad
