@@ -1,0 +1,90 @@
+// pjencrle.cpp - packs rows by PackBits (TIFF 6.0, section 9).
+#include "pjargs.h"
+#include "pjrle.h"
+
+#include <algorithm>
+#include <bit>
+
+namespace {
+
+constexpr int kMostBytes = 128;      // of a packet
+constexpr int kMostHeader = 127;     // of a literal packet
+constexpr int kMergeHeader = 125;    // a literal packet at or above it absorbs nothing
+
+// The place of the first zero byte of a word in memory order, or 8.
+int firstZeroByte(std::uint64_t w) {
+    // A byte's top bit is set where the byte is zero; bits above the first zero byte may be set falsely, none below it.
+    const std::uint64_t zero = (w - 0x0101010101010101u) & ~w & 0x8080808080808080u;
+    return std::countr_zero(zero) / 8;
+}
+
+// How many bytes from s on, at most n, are equal to s[0].
+int runLength(const Zmx8u* s, int n) {
+    const std::uint64_t all = 0x0101010101010101u * s[0];
+    int i = 1;
+    for (; i + 8 <= n; i += 8)
+        if (const std::uint64_t differ = load<std::uint64_t>(s + i, 0) ^ all) return i + std::countr_zero(differ) / 8;
+    while (i < n && s[i] == s[0]) ++i;
+    return i;
+}
+
+// How many bytes from s on, at most `most`, stand ahead of two equal neighbours; `left` bytes of the source remain. The first
+// byte counts in any case.
+int literalLength(const Zmx8u* s, int left, int most) {
+    const int n = std::min(left, most);
+    int i = 1;
+    for (; i + 9 <= left && i < n; i += 8)
+        if (const int at = firstZeroByte(load<std::uint64_t>(s + i, 0) ^ load<std::uint64_t>(s + i + 1, 0)); at < 8)
+            return std::min(i + at, n);
+    while (i < n && !(i + 1 < left && s[i] == s[i + 1])) ++i;
+    return std::min(i, n);
+}
+
+} // namespace
+
+ZmxStatus zmxiPackBitsRow_TIFF_8u_C1(const Zmx8u* pSrc, int srcLen, Zmx8u* pDst, int* pDstPos, int dstLen) {
+    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDstPos).ptr(pDst).size(srcLen).size(dstLen)) return bad;
+    int pos = *pDstPos;
+    if (pos > dstLen) return zmxStsUnderRunErr; // and the position stays
+
+    Zmx8u* literal = nullptr; // the header of the latest literal packet
+    bool pairBehindIt = false; // whether one run of exactly two bytes is all that has followed it
+    for (int done = 0; done < srcLen;) {
+        const Zmx8u* s = pSrc + done;
+        const int left = srcLen - done, room = dstLen - pos;
+        if (left > 1 && s[1] == s[0]) {
+            const int n = runLength(s, std::min(left, kMostBytes));
+            if (room < 2) break;
+            pairBehindIt = n == 2 && literal && literal + *literal + 2 == pDst + pos;
+            pDst[pos++] = Zmx8u(1 - n);
+            pDst[pos++] = s[0];
+            done += n;
+        } else if (pairBehindIt && *literal < kMergeHeader) {
+            // A pair between two literals is cheaper inside them: its header becomes its first byte, the packet ahead of it
+            // takes in the pair and the new bytes, and no packet starts.
+            const int n = literalLength(s, left, kMostHeader - *literal - 2);
+            if (room < n) break;
+            pDst[pos - 2] = pDst[pos - 1];
+            *literal = Zmx8u(*literal + 2 + n);
+            copyBytes(s, pDst + pos, n);
+            pairBehindIt = false;
+            pos += n;
+            done += n;
+        } else {
+            const int n = literalLength(s, left, kMostBytes);
+            if (room < n + 1) break;
+            literal = pDst + pos;
+            pairBehindIt = false;
+            pDst[pos++] = Zmx8u(n - 1);
+            copyBytes(s, pDst + pos, n);
+            pos += n;
+            done += n;
+        }
+        if (done == srcLen) {
+            *pDstPos = pos;
+            return zmxStsNoErr;
+        }
+    }
+    *pDstPos = pos; // where the packet that does not fit would have begun
+    return zmxStsUnderRunErr;
+}

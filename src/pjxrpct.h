@@ -1,0 +1,66 @@
+// pjxrpct.h - what the two directions of the HD Photo core transform share: samples, a 4x4 block, the butterfly,
+// the walk over the blocks of a rectangle, and the argument tests.
+#pragma once
+
+#include "pjargs.h"
+#include "pjrows.h"
+
+// A 32-bit sample. Sums wrap, so samples are held unsigned; the shift right is the arithmetic one (a floor).
+using Sample = Zmx32u;
+constexpr Sample sar(Sample v, int n) { return Sample(Zmx32s(v) >> n); }
+
+// A block of 4 by 4 samples: m[r][c] is row r, column c.
+struct PctBlock {
+    Sample m[4][4];
+};
+
+// A two-dimensional Hadamard step on four samples, its own inverse with the same rounding term r.
+inline void butterfly(Sample& a, Sample& b, Sample& c, Sample& d, Sample r) {
+    a = a + d;
+    b = b - c;
+    const Sample t = sar(a - b + r, 1) - d, oldC = c;
+    b = b + t;
+    c = t;
+    d = d - oldC + t;
+    a = a - d;
+}
+
+// Transforms a row of blocks in place. The loop goes over blocks, so that one vector lane holds one block: the loads and
+// stores of column c are four apart. Rows are at any address.
+template <void (*transform)(PctBlock&)> void pctBlockRow(Zmx8u* row0, Zmx8u* row1, Zmx8u* row2, Zmx8u* row3, int blocks) {
+    for (int i = 0; i < blocks; ++i) {
+        PctBlock block;
+        const std::ptrdiff_t x = std::ptrdiff_t(4) * i;
+        for (int c = 0; c < 4; ++c) block.m[0][c] = load<Sample>(row0, x + c);
+        for (int c = 0; c < 4; ++c) block.m[1][c] = load<Sample>(row1, x + c);
+        for (int c = 0; c < 4; ++c) block.m[2][c] = load<Sample>(row2, x + c);
+        for (int c = 0; c < 4; ++c) block.m[3][c] = load<Sample>(row3, x + c);
+        transform(block);
+        for (int c = 0; c < 4; ++c) store(row0, x + c, block.m[0][c]);
+        for (int c = 0; c < 4; ++c) store(row1, x + c, block.m[1][c]);
+        for (int c = 0; c < 4; ++c) store(row2, x + c, block.m[2][c]);
+        for (int c = 0; c < 4; ++c) store(row3, x + c, block.m[3][c]);
+    }
+}
+
+// All blocks of a rectangle whose sides are multiples of 4.
+template <void (*transform)(PctBlock&)> void pctRectangle(Zmx32s* pSrcDst, int step, ZmxiSize roi) {
+    for (int y = 0; y < roi.height; y += 4)
+        pctBlockRow<transform>(rowAt(pSrcDst, step, y), rowAt(pSrcDst, step, y + 1), rowAt(pSrcDst, step, y + 2),
+                               rowAt(pSrcDst, step, y + 3), roi.width / 4);
+}
+
+// The step against the bytes of a row, as unsigned numbers: required, so that a negative step passes.
+inline Args& pctStep(Args& args, int step, int width) { return args.test(Zmx32u(step) < 4u * Zmx32u(width), zmxStsStepErr); }
+
+// A macroblock of fixed size.
+inline ZmxStatus pctFixedArgs(const void* p, int step, ZmxiSize size) {
+    Args args;
+    return pctStep(args.ptr(p), step, size.width);
+}
+
+// A rectangle: the size ahead of the step, and the multiple of 4 behind it: required.
+inline ZmxStatus pctArgs(const void* p, int step, ZmxiSize size) {
+    Args args;
+    return pctStep(args.ptr(p).size(size), step, size.width).test(size.width % 4 != 0 || size.height % 4 != 0, zmxStsSizeErr);
+}
