@@ -3,11 +3,14 @@
 # apps/<name>/*.cpp is one codec; apps/zmx/main.cpp ties their subcommands together.
 
 find_package(PNG)
+find_package(TIFF 4.5)
 find_package(CLI11 CONFIG)
 find_path(NETPBM_INCLUDE_DIR netpbm/pam.h)
 find_library(NETPBM_LIBRARY netpbm)
 if(NOT PNG_FOUND)
   set(zmx_apps_missing "libpng")
+elseif(NOT TIFF_FOUND)
+  set(zmx_apps_missing "libtiff 4.5")
 elseif(NOT CLI11_FOUND)
   set(zmx_apps_missing "CLI11")
 elseif(NOT NETPBM_INCLUDE_DIR OR NOT NETPBM_LIBRARY)
@@ -31,7 +34,7 @@ file(GLOB zmx_app_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/apps/*/*.cpp)
 list(FILTER zmx_app_sources EXCLUDE REGEX "/apps/zmx/main\\.cpp$")
 add_library(zmx_codecs STATIC ${zmx_app_sources})
 target_include_directories(zmx_codecs PUBLIC ${PROJECT_SOURCE_DIR}/apps PRIVATE ${NETPBM_INCLUDE_DIR})
-target_link_libraries(zmx_codecs PUBLIC zmxjpx CLI11::CLI11 PRIVATE PNG::PNG ${NETPBM_LIBRARY} Threads::Threads zmx_warnings)
+target_link_libraries(zmx_codecs PUBLIC zmxjpx CLI11::CLI11 PRIVATE PNG::PNG TIFF::TIFF ${NETPBM_LIBRARY} Threads::Threads zmx_warnings)
 
 add_executable(zmx apps/zmx/main.cpp)
 target_link_libraries(zmx PRIVATE zmx_codecs zmx_warnings)

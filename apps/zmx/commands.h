@@ -7,3 +7,6 @@
 namespace CLI {
 class App;
 }
+
+void addTiffCommands(CLI::App& app);
+void addHdpCommands(CLI::App& app);
