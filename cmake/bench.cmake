@@ -8,7 +8,7 @@ if(NOT benchmark_FOUND OR ZMX_SANITIZE OR NOT TARGET zmx_codecs OR NOT zmx_bench
   return()
 endif()
 add_executable(zmx_bench ${zmx_bench_sources})
-target_link_libraries(zmx_bench PRIVATE zmx_codecs zmxjpx benchmark::benchmark benchmark::benchmark_main zmx_warnings)
+target_link_libraries(zmx_bench PRIVATE zmx_codecs zmxjpx TIFF::TIFF benchmark::benchmark benchmark::benchmark_main zmx_warnings)
 if(JPEG_FOUND)
   target_link_libraries(zmx_bench PRIVATE JPEG::JPEG)
   target_compile_definitions(zmx_bench PRIVATE ZMX_HAVE_LIBJPEG=1)
