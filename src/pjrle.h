@@ -1,39 +1,36 @@
-// pjrle.h - short moves of bytes for the PackBits coders.
+// pjrle.h - the bytes of one packet, 1 to 128 of them, moved for the PackBits coders.
 //
-// Most packets hold a few bytes, for which a call of the system's block routines costs more than the move itself. Neither
-// function touches a byte outside its n: a packet that follows may not fit, and what lies behind then has to stay.
+// Most packets hold a few bytes, for which a call of the system's block routines costs more than the move itself, and what the
+// compiler puts in the place of such a call (rep movs) costs more still. Neither function touches a byte outside its n: a packet
+// that follows may not fit, and what lies behind then has to stay.
 #pragma once
 
 #include "pjrows.h"
 
 #include <cstdint>
+#include <type_traits>
 
-// Moves n bytes, 1 or more, between buffers that do not overlap.
-inline void copyBytes(const Zmx8u* src, Zmx8u* dst, int n) {
-    // Two words of half the span or more, the second flush with the end.
-    const auto ends = [=](auto word) {
-        using Word = decltype(word);
-        const Word first = load<Word>(src, 0), last = load<Word>(src + n - sizeof(Word), 0);
-        store(dst, 0, first);
-        store(dst + n - sizeof(Word), 0, last);
+// Covers n bytes by two spans of one fixed size, the second flush with the end; they overlap where n is less than both.
+template <class Span> inline void bySpans(int n, Span span) {
+    const auto both = [&](auto size) {
+        span(0, size);
+        span(n - size, size);
     };
-    if (n > 16) std::memcpy(dst, src, std::size_t(n));
-    else if (n >= 8) ends(std::uint64_t());
-    else if (n >= 4) ends(Zmx32u());
-    else if (n >= 2) ends(Zmx16u());
-    else *dst = *src;
+    if (n >= 64) both(std::integral_constant<int, 64>());
+    else if (n >= 32) both(std::integral_constant<int, 32>());
+    else if (n >= 16) both(std::integral_constant<int, 16>());
+    else if (n >= 8) both(std::integral_constant<int, 8>());
+    else if (n >= 4) both(std::integral_constant<int, 4>());
+    else if (n >= 2) both(std::integral_constant<int, 2>());
+    else span(0, std::integral_constant<int, 1>());
 }
 
-// Sets n bytes, 1 or more.
+// Moves n bytes between buffers that do not overlap.
+inline void copyBytes(const Zmx8u* src, Zmx8u* dst, int n) {
+    bySpans(n, [=](int at, auto size) { std::memcpy(dst + at, src + at, size); });
+}
+
+// Sets n bytes.
 inline void setBytes(Zmx8u val, Zmx8u* dst, int n) {
-    const auto ends = [=](auto ones) {
-        using Word = decltype(ones);
-        store(dst, 0, Word(ones * val));
-        store(dst + n - sizeof(Word), 0, Word(ones * val));
-    };
-    if (n > 16) std::memset(dst, val, std::size_t(n));
-    else if (n >= 8) ends(std::uint64_t(0x0101010101010101));
-    else if (n >= 4) ends(Zmx32u(0x01010101));
-    else if (n >= 2) ends(Zmx16u(0x0101));
-    else *dst = val;
+    bySpans(n, [=](int at, auto size) { std::memset(dst + at, val, size); });
 }
