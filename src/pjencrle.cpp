@@ -21,9 +21,16 @@ int firstZeroByte(std::uint64_t w) {
 // How many bytes from s on, at most n, are equal to s[0].
 int runLength(const Zmx8u* s, int n) {
     const std::uint64_t all = 0x0101010101010101u * s[0];
-    int i = 1;
-    for (; i + 8 <= n; i += 8)
-        if (const std::uint64_t differ = load<std::uint64_t>(s + i, 0) ^ all) return i + std::countr_zero(differ) / 8;
+    const auto differ = [=](int at) { return load<std::uint64_t>(s + at, 0) ^ all; };
+    int i = 0;
+    if (n >= 8) {
+        while (i + 32 <= n && !(differ(i) | differ(i + 8) | differ(i + 16) | differ(i + 24))) i += 32;
+        for (; i + 8 <= n; i += 8)
+            if (const std::uint64_t d = differ(i)) return i + std::countr_zero(d) / 8;
+        // The last word once more, flush with the end: what has been seen of it is equal.
+        const std::uint64_t d = differ(n - 8);
+        return d ? n - 8 + std::countr_zero(d) / 8 : n;
+    }
     while (i < n && s[i] == s[0]) ++i;
     return i;
 }

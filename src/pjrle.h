@@ -16,13 +16,15 @@ template <class Span> inline void bySpans(int n, Span span) {
         span(0, size);
         span(n - size, size);
     };
-    if (n >= 64) both(std::integral_constant<int, 64>());
+    // Halved first: short packets are the many.
+    if (n < 16) {
+        if (n >= 8) both(std::integral_constant<int, 8>());
+        else if (n >= 4) both(std::integral_constant<int, 4>());
+        else if (n >= 2) both(std::integral_constant<int, 2>());
+        else span(0, std::integral_constant<int, 1>());
+    } else if (n >= 64) both(std::integral_constant<int, 64>());
     else if (n >= 32) both(std::integral_constant<int, 32>());
-    else if (n >= 16) both(std::integral_constant<int, 16>());
-    else if (n >= 8) both(std::integral_constant<int, 8>());
-    else if (n >= 4) both(std::integral_constant<int, 4>());
-    else if (n >= 2) both(std::integral_constant<int, 2>());
-    else span(0, std::integral_constant<int, 1>());
+    else both(std::integral_constant<int, 16>());
 }
 
 // Moves n bytes between buffers that do not overlap.
