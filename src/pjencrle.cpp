@@ -22,8 +22,9 @@ int firstZeroByte(std::uint64_t w) {
 int runLength(const Zmx8u* s, int n) {
     const std::uint64_t all = 0x0101010101010101u * s[0];
     const auto differ = [=](int at) { return load<std::uint64_t>(s + at, 0) ^ all; };
-    int i = 0;
     if (n >= 8) {
+        if (const std::uint64_t d = differ(0)) return std::countr_zero(d) / 8;
+        int i = 8;
         while (i + 32 <= n && !(differ(i) | differ(i + 8) | differ(i + 16) | differ(i + 24))) i += 32;
         for (; i + 8 <= n; i += 8)
             if (const std::uint64_t d = differ(i)) return i + std::countr_zero(d) / 8;
@@ -31,6 +32,7 @@ int runLength(const Zmx8u* s, int n) {
         const std::uint64_t d = differ(n - 8);
         return d ? n - 8 + std::countr_zero(d) / 8 : n;
     }
+    int i = 1;
     while (i < n && s[i] == s[0]) ++i;
     return i;
 }
@@ -66,23 +68,20 @@ ZmxStatus zmxiPackBitsRow_TIFF_8u_C1(const Zmx8u* pSrc, int srcLen, Zmx8u* pDst,
             pDst[pos++] = Zmx8u(1 - n);
             pDst[pos++] = s[0];
             done += n;
-        } else if (pairBehindIt && *literal < kMergeHeader) {
+        } else {
             // A pair between two literals is cheaper inside them: its header becomes its first byte, the packet ahead of it
             // takes in the pair and the new bytes, and no packet starts.
-            const int n = literalLength(s, left, kMostHeader - *literal - 2);
-            if (room < n) break;
-            pDst[pos - 2] = pDst[pos - 1];
-            *literal = Zmx8u(*literal + 2 + n);
-            copyBytes(s, pDst + pos, n);
+            const bool merges = pairBehindIt && *literal < kMergeHeader;
+            const int n = literalLength(s, left, merges ? kMostHeader - *literal - 2 : kMostBytes);
+            if (room < n + !merges) break;
+            if (merges) {
+                pDst[pos - 2] = pDst[pos - 1];
+                *literal = Zmx8u(*literal + 2 + n);
+            } else {
+                literal = pDst + pos;
+                pDst[pos++] = Zmx8u(n - 1);
+            }
             pairBehindIt = false;
-            pos += n;
-            done += n;
-        } else {
-            const int n = literalLength(s, left, kMostBytes);
-            if (room < n + 1) break;
-            literal = pDst + pos;
-            pairBehindIt = false;
-            pDst[pos++] = Zmx8u(n - 1);
             copyBytes(s, pDst + pos, n);
             pos += n;
             done += n;
