@@ -27,6 +27,7 @@ inline void butterfly(Sample& a, Sample& b, Sample& c, Sample& d, Sample r) {
 
 // Transforms a row of blocks in place. The loop goes over blocks, so that one vector lane holds one block: the loads and
 // stores of column c are four apart. Rows are at any address.
+// The transform must be inlined (always_inline): a call in the loop keeps it from being vectorised.
 template <void (*transform)(PctBlock&)> void pctBlockRow(Zmx8u* row0, Zmx8u* row1, Zmx8u* row2, Zmx8u* row3, int blocks) {
     for (int i = 0; i < blocks; ++i) {
         PctBlock block;
@@ -43,9 +44,23 @@ template <void (*transform)(PctBlock&)> void pctBlockRow(Zmx8u* row0, Zmx8u* row
     }
 }
 
+// Two rows of two blocks each, side by side in a buffer of four, so that they fill the lanes of a vector.
+template <void (*transform)(PctBlock&)> void pctTwoByTwo(void* pSrcDst, int step, int y) {
+    Sample rows[4][16];
+    for (int r = 0; r < 4; ++r)
+        for (int half = 0; half < 2; ++half) std::memcpy(rows[r] + 8 * half, rowAt(pSrcDst, step, y + 4 * half + r), 32);
+    const auto bytes = [&](int r) { return reinterpret_cast<Zmx8u*>(rows[r]); };
+    pctBlockRow<transform>(bytes(0), bytes(1), bytes(2), bytes(3), 4);
+    for (int r = 0; r < 4; ++r)
+        for (int half = 0; half < 2; ++half) std::memcpy(rowAt(pSrcDst, step, y + 4 * half + r), rows[r] + 8 * half, 32);
+}
+
 // All blocks of a rectangle whose sides are multiples of 4.
 template <void (*transform)(PctBlock&)> void pctRectangle(Zmx32s* pSrcDst, int step, ZmxiSize roi) {
-    for (int y = 0; y < roi.height; y += 4)
+    int y = 0;
+    if (roi.width == 8)
+        for (; y + 8 <= roi.height; y += 8) pctTwoByTwo<transform>(pSrcDst, step, y);
+    for (; y < roi.height; y += 4)
         pctBlockRow<transform>(rowAt(pSrcDst, step, y), rowAt(pSrcDst, step, y + 1), rowAt(pSrcDst, step, y + 2),
                                rowAt(pSrcDst, step, y + 3), roi.width / 4);
 }

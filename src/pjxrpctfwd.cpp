@@ -36,7 +36,7 @@ inline void rotateTwice(Sample& a, Sample& b, Sample& c, Sample& d) {
     d = d - a;
 }
 
-inline void forward(PctBlock& block) {
+[[gnu::always_inline]] inline void forward(PctBlock& block) {
     auto& m = block.m;
     butterfly(m[0][0], m[0][3], m[3][0], m[3][3], 0);
     butterfly(m[0][1], m[0][2], m[3][1], m[3][2], 0);

@@ -36,7 +36,7 @@ inline void rotateTwiceBack(Sample& a, Sample& b, Sample& c, Sample& d) {
     c = 0 - c;
 }
 
-inline void inverse(PctBlock& block) {
+[[gnu::always_inline]] inline void inverse(PctBlock& block) {
     auto& m = block.m;
     rotateBack(m[0][2], m[0][3], m[1][2], m[1][3]);
     rotateBack(m[2][0], m[3][0], m[2][1], m[3][1]); // the same, transposed
