@@ -7,7 +7,10 @@
 
 namespace {
 
-constexpr int kMostBytes = 128;      // of a packet
+// As wide as a pointer, so that no packet costs a conversion.
+using Index = std::ptrdiff_t;
+
+constexpr Index kMostBytes = 128;     // of a packet
 constexpr int kMostHeader = 127;     // of a literal packet
 constexpr int kMergeHeader = 125;    // a literal packet at or above it absorbs nothing
 
@@ -19,12 +22,12 @@ int firstZeroByte(std::uint64_t w) {
 }
 
 // How many bytes from s on, at most n, are equal to s[0].
-int runLength(const Zmx8u* s, int n) {
+Index runLength(const Zmx8u* s, Index n) {
     const std::uint64_t all = 0x0101010101010101u * s[0];
-    const auto differ = [=](int at) { return load<std::uint64_t>(s + at, 0) ^ all; };
+    const auto differ = [=](Index at) { return load<std::uint64_t>(s + at, 0) ^ all; };
     if (n >= 8) {
         if (const std::uint64_t d = differ(0)) return std::countr_zero(d) / 8;
-        int i = 8;
+        Index i = 8;
         while (i + 32 <= n && !(differ(i) | differ(i + 8) | differ(i + 16) | differ(i + 24))) i += 32;
         for (; i + 8 <= n; i += 8)
             if (const std::uint64_t d = differ(i)) return i + std::countr_zero(d) / 8;
@@ -32,19 +35,19 @@ int runLength(const Zmx8u* s, int n) {
         const std::uint64_t d = differ(n - 8);
         return d ? n - 8 + std::countr_zero(d) / 8 : n;
     }
-    int i = 1;
+    Index i = 1;
     while (i < n && s[i] == s[0]) ++i;
     return i;
 }
 
 // How many bytes from s on, at most `most`, stand ahead of two equal neighbours; `left` bytes of the source remain. The first
 // byte counts in any case.
-int literalLength(const Zmx8u* s, int left, int most) {
-    const int n = std::min(left, most);
-    int i = 1;
+Index literalLength(const Zmx8u* s, Index left, Index most) {
+    const Index n = std::min(left, most);
+    Index i = 1;
     for (; i + 9 <= left && i < n; i += 8)
         if (const int at = firstZeroByte(load<std::uint64_t>(s + i, 0) ^ load<std::uint64_t>(s + i + 1, 0)); at < 8)
-            return std::min(i + at, n);
+            return std::min(i + Index(at), n);
     while (i < n && !(i + 1 < left && s[i] == s[i + 1])) ++i;
     return std::min(i, n);
 }
@@ -53,16 +56,16 @@ int literalLength(const Zmx8u* s, int left, int most) {
 
 ZmxStatus zmxiPackBitsRow_TIFF_8u_C1(const Zmx8u* pSrc, int srcLen, Zmx8u* pDst, int* pDstPos, int dstLen) {
     if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDstPos).ptr(pDst).size(srcLen).size(dstLen)) return bad;
-    int pos = *pDstPos;
+    Index pos = *pDstPos;
     if (pos > dstLen) return zmxStsUnderRunErr; // and the position stays
 
     Zmx8u* literal = nullptr; // the header of the latest literal packet
     bool pairBehindIt = false; // whether one run of exactly two bytes is all that has followed it
-    for (int done = 0; done < srcLen;) {
+    for (Index done = 0; done < srcLen;) {
         const Zmx8u* s = pSrc + done;
-        const int left = srcLen - done, room = dstLen - pos;
+        const Index left = srcLen - done, room = dstLen - pos;
         if (left > 1 && s[1] == s[0]) {
-            const int n = runLength(s, std::min(left, kMostBytes));
+            const Index n = runLength(s, std::min(left, kMostBytes));
             if (room < 2) break;
             pairBehindIt = n == 2 && literal && literal + *literal + 2 == pDst + pos;
             pDst[pos++] = Zmx8u(1 - n);
@@ -72,7 +75,7 @@ ZmxStatus zmxiPackBitsRow_TIFF_8u_C1(const Zmx8u* pSrc, int srcLen, Zmx8u* pDst,
             // A pair between two literals is cheaper inside them: its header becomes its first byte, the packet ahead of it
             // takes in the pair and the new bytes, and no packet starts.
             const bool merges = pairBehindIt && *literal < kMergeHeader;
-            const int n = literalLength(s, left, merges ? kMostHeader - *literal - 2 : kMostBytes);
+            const Index n = literalLength(s, left, merges ? kMostHeader - *literal - 2 : kMostBytes);
             if (room < n + !merges) break;
             if (merges) {
                 pDst[pos - 2] = pDst[pos - 1];
@@ -87,10 +90,10 @@ ZmxStatus zmxiPackBitsRow_TIFF_8u_C1(const Zmx8u* pSrc, int srcLen, Zmx8u* pDst,
             done += n;
         }
         if (done == srcLen) {
-            *pDstPos = pos;
+            *pDstPos = int(pos);
             return zmxStsNoErr;
         }
     }
-    *pDstPos = pos; // where the packet that does not fit would have begun
+    *pDstPos = int(pos); // where the packet that does not fit would have begun
     return zmxStsUnderRunErr;
 }

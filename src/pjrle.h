@@ -11,7 +11,7 @@
 #include <type_traits>
 
 // Covers n bytes by two spans of one fixed size, the second flush with the end; they overlap where n is less than both.
-template <class Span> inline void bySpans(int n, Span span) {
+template <class Span> inline void bySpans(std::ptrdiff_t n, Span span) {
     const auto both = [&](auto size) {
         span(0, size);
         span(n - size, size);
@@ -28,11 +28,11 @@ template <class Span> inline void bySpans(int n, Span span) {
 }
 
 // Moves n bytes between buffers that do not overlap.
-inline void copyBytes(const Zmx8u* src, Zmx8u* dst, int n) {
-    bySpans(n, [=](int at, auto size) { std::memcpy(dst + at, src + at, size); });
+inline void copyBytes(const Zmx8u* src, Zmx8u* dst, std::ptrdiff_t n) {
+    bySpans(n, [=](std::ptrdiff_t at, auto size) { std::memcpy(dst + at, src + at, size); });
 }
 
 // Sets n bytes.
-inline void setBytes(Zmx8u val, Zmx8u* dst, int n) {
-    bySpans(n, [=](int at, auto size) { std::memset(dst + at, val, size); });
+inline void setBytes(Zmx8u val, Zmx8u* dst, std::ptrdiff_t n) {
+    bySpans(n, [=](std::ptrdiff_t at, auto size) { std::memset(dst + at, val, size); });
 }
