@@ -10,9 +10,13 @@ namespace {
 // As wide as a pointer, so that no packet costs a conversion.
 using Index = std::ptrdiff_t;
 
-constexpr Index kMostBytes = 128;     // of a packet
-constexpr int kMostHeader = 127;     // of a literal packet
-constexpr int kMergeHeader = 125;    // a literal packet at or above it absorbs nothing
+constexpr Index kMostBytes = 128; // of a packet
+constexpr int kMostHeader = 127;  // of a literal packet
+constexpr int kMergeHeader = 125; // a literal packet at or above it absorbs nothing
+
+// Lengths of fewer than this are found a byte at a time: the branches are predicted, and the next packet is begun ahead of their
+// outcome, where a length counted out of a word has to be waited for. Most packets of text are that short.
+constexpr Index kFew = 5;
 
 // The place of the first zero byte of a word in memory order, or 8.
 int firstZeroByte(std::uint64_t w) {
@@ -26,6 +30,8 @@ Index runLength(const Zmx8u* s, Index n) {
     const std::uint64_t all = 0x0101010101010101u * s[0];
     const auto differ = [=](Index at) { return load<std::uint64_t>(s + at, 0) ^ all; };
     if (n >= 8) {
+        for (Index i = 1; i < kFew; ++i)
+            if (s[i] != s[0]) return i;
         if (const std::uint64_t d = differ(0)) return std::countr_zero(d) / 8;
         Index i = 8;
         while (i + 32 <= n && !(differ(i) | differ(i + 8) | differ(i + 16) | differ(i + 24))) i += 32;
@@ -45,6 +51,8 @@ Index runLength(const Zmx8u* s, Index n) {
 Index literalLength(const Zmx8u* s, Index left, Index most) {
     const Index n = std::min(left, most);
     Index i = 1;
+    for (const Index few = std::min({left - 1, n, kFew}); i < few; ++i)
+        if (s[i] == s[i + 1]) return i;
     for (; i + 9 <= left && i < n; i += 8)
         if (const int at = firstZeroByte(load<std::uint64_t>(s + i, 0) ^ load<std::uint64_t>(s + i + 1, 0)); at < 8)
             return std::min(i + Index(at), n);

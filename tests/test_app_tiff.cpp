@@ -88,8 +88,8 @@ Bytes withTagNumber(Bytes b, int tag, int newTag) {
     return b;
 }
 
-constexpr int kWidth = 256, kHeight = 257, kBits = 258, kCompression = 259, kPhotometric = 262, kStripOffsets = 273, kOrientation = 274,
-              kSamplesPerPixel = 277, kRowsPerStrip = 278, kStripByteCounts = 279, kPlanar = 284;
+constexpr int kWidth = 256, kHeight = 257, kCompression = 259, kPhotometric = 262, kStripOffsets = 273, kOrientation = 274,
+              kRowsPerStrip = 278, kStripByteCounts = 279, kPlanar = 284;
 
 } // namespace
 
