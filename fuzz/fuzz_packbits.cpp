@@ -3,6 +3,7 @@
 // The first two bytes choose the length of the row and how much room its stream has.
 #include "zmxj.h"
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <vector>
