@@ -1,8 +1,8 @@
 // pidct.h - the 8x8 discrete cosine transforms of blocks in natural order.
 //
-// pidct88i has the integer pair, pidct8844i the reduced inverse forms, pidct88f the single-precision pair. Every function
-// tests its pointers (zmxStsNullPtrErr) and then cannot fail. The integer transforms wrap in 32 bits and keep 16 between
-// their passes. A constant block of v has a DC coefficient of 8v.
+// pidct88i has the integer pair, pidct8844i the reduced inverse forms, pidct88f the single-precision pair. Every
+// function tests its pointers (zmxStsNullPtrErr) and then cannot fail. The integer transforms wrap in 32 bits and keep
+// 16 between their passes. A constant block of v has a DC coefficient of 8v.
 #pragma once
 
 #include "zmxj.h"
