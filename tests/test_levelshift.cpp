@@ -36,8 +36,7 @@ std::size_t extent(int step, ZmxiSize roi, std::size_t element) {
     return std::size_t(step) * std::size_t(roi.height - 1) + std::size_t(roi.width) * element;
 }
 
-template <class Way>
-void plainShift(const Zmx8u* src, int srcStep, Zmx8u* dst, int dstStep, ZmxiSize roi) {
+template <class Way> void plainShift(const Zmx8u* src, int srcStep, Zmx8u* dst, int dstStep, ZmxiSize roi) {
     for (int y = 0; y < roi.height; ++y)
         for (int x = 0; x < roi.width; ++x) {
             typename Way::Src s;

@@ -1,4 +1,5 @@
-// The conversions between the blocks of one minimum coded unit and its pixels, all 38 of them, against the plain model.
+// The conversions between the blocks of one minimum coded unit and its pixels, all 38 of them, against the plain
+// model.
 #include "model/mcu.h"
 #include "model/word.h"
 #include "support/arguments.h"
@@ -25,7 +26,8 @@ ZmxStatus toBytes(ZmxStatus (*f)(const Zmx16s* const*, T*, int), const Zmx16s* c
     return f(planes, reinterpret_cast<T*>(dst), step);
 }
 template <class T>
-ZmxStatus fromBytes(ZmxStatus (*f)(const T*, int, Zmx16s* const*), const Zmx8u* src, int step, Zmx16s* const* planes) {
+ZmxStatus fromBytes(ZmxStatus (*f)(const T*, int, Zmx16s* const*), const Zmx8u* src, int step,
+                    Zmx16s* const* planes) {
     return f(reinterpret_cast<const T*>(src), step, planes);
 }
 
@@ -41,13 +43,21 @@ template <class Call> struct Conversion {
     int rowBytes() const { return width() * model::pixelBytes(pixel); }
     int planes() const { return model::planesOf(pixel); }
     int samples(int plane) const { return model::planeSamples(sampling, plane); }
-    std::size_t extent(int step) const { return std::size_t(step) * std::size_t(height() - 1) + std::size_t(rowBytes()); }
+    std::size_t extent(int step) const {
+        return std::size_t(step) * std::size_t(height() - 1) + std::size_t(rowBytes());
+    }
 };
 using Decoder = Conversion<ToPixels>;
 using Encoder = Conversion<FromPixels>;
 
-#define DECODER(f, s, p, d) {#f, Sampling::s, Pixel::p, [](auto m, auto b, int n) { return toBytes(f, m, b, n); }, d}
-#define ENCODER(f, s, p, d) {#f, Sampling::s, Pixel::p, [](auto b, int n, auto m) { return fromBytes(f, b, n, m); }, d}
+#define DECODER(f, s, p, d)                                                                                          \
+    {                                                                                                                \
+#f, Sampling::s, Pixel::p, [](auto m, auto b, int n) { return toBytes(f, m, b, n); }, d                      \
+    }
+#define ENCODER(f, s, p, d)                                                                                          \
+    {                                                                                                                \
+#f, Sampling::s, Pixel::p, [](auto b, int n, auto m) { return fromBytes(f, b, n, m); }, d                    \
+    }
 
 const Decoder kDecoders[] = {
     DECODER(zmxiYCbCr444ToRGBLS_MCU_16s8u_P3C3R, S444, RGB, 0xFCBCA925675B7D00),
@@ -146,7 +156,8 @@ std::vector<Zmx8u> decodeFlat(const Decoder& c, std::array<int, 4> sample) {
     std::vector<Zmx8u> dst(c.extent(c.rowBytes()));
     EXPECT_EQ(c.call(planes.data(), dst.data(), c.rowBytes()), zmxStsNoErr);
     const std::vector<Zmx8u> first(dst.begin(), dst.begin() + 2 * model::pixelBytes(c.pixel));
-    EXPECT_TRUE(sameBytes(first.data(), dst.data() + dst.size() - first.size(), first.size())) << "a flat unit is flat";
+    EXPECT_TRUE(sameBytes(first.data(), dst.data() + dst.size() - first.size(), first.size()))
+        << "a flat unit is flat";
     return {first.begin(), first.begin() + model::pixelBytes(c.pixel)};
 }
 // A unit of one pixel value: the samples of its last place.
@@ -200,10 +211,17 @@ TEST(McuDecode, ZeroPlanesGiveMidGrey) {
         Zmx16u word;
         std::memcpy(&word, out.data(), 2);
         switch (c.pixel) {
-        case Pixel::BGR555: EXPECT_EQ(word, 0x4210); break;
-        case Pixel::BGR565: EXPECT_EQ(word, 0x8410); break;
-        case Pixel::CMYK: EXPECT_EQ(out, (Bytes{127, 127, 127, 128})); break;
-        default: EXPECT_EQ(out, Bytes(std::size_t(model::pixelBytes(c.pixel)), 128));
+        case Pixel::BGR555:
+            EXPECT_EQ(word, 0x4210);
+            break;
+        case Pixel::BGR565:
+            EXPECT_EQ(word, 0x8410);
+            break;
+        case Pixel::CMYK:
+            EXPECT_EQ(out, (Bytes{127, 127, 127, 128}));
+            break;
+        default:
+            EXPECT_EQ(out, Bytes(std::size_t(model::pixelBytes(c.pixel)), 128));
         }
     }
 }
@@ -212,7 +230,7 @@ TEST(McuDecode, ColoursWithNoRounding) {
     const struct {
         std::array<int, 4> ycc;
         Bytes rgb;
-    } cases[] = {{{0, 0, 0}, {128, 128, 128}},   {{-128, 0, 0}, {0, 0, 0}},       {{127, 0, 0}, {255, 255, 255}},
+    } cases[] = {{{0, 0, 0}, {128, 128, 128}},    {{-128, 0, 0}, {0, 0, 0}},      {{127, 0, 0}, {255, 255, 255}},
                  {{0, 127, -128}, {0, 175, 255}}, {{-52, -44, 127}, {254, 0, 0}}, {{-4, -42, 54}, {199, 99, 49}}};
     for (const Decoder& c : kDecoders)
         for (const auto& one : cases) {
@@ -384,8 +402,8 @@ TEST(McuEncode, ColoursWithNoRounding) {
     const struct {
         Bytes rgb;
         Samples ycc;
-    } cases[] = {{{255, 0, 0}, {-52, -44, 127}},  {{0, 255, 0}, {21, -85, -107}}, {{0, 0, 255}, {-99, 127, -21}},
-                 {{255, 255, 255}, {127, 0, 0}},  {{0, 0, 0}, {-128, 0, 0}},      {{128, 128, 128}, {0, 0, 0}},
+    } cases[] = {{{255, 0, 0}, {-52, -44, 127}}, {{0, 255, 0}, {21, -85, -107}}, {{0, 0, 255}, {-99, 127, -21}},
+                 {{255, 255, 255}, {127, 0, 0}}, {{0, 0, 0}, {-128, 0, 0}},      {{128, 128, 128}, {0, 0, 0}},
                  {{200, 100, 50}, {-4, -42, 54}}};
     for (const Encoder& c : kEncoders)
         for (const auto& one : cases) {
@@ -454,9 +472,9 @@ TEST(McuEncode, SplitTakesPairsApart) {
     for (int i = 0; i < 256; ++i) src[i] = Zmx8u(i);
     Planes planes(c, GuardedBlock::AtEnd);
     ASSERT_EQ(c.call(src, 32, planes.data()), zmxStsNoErr);
-    EXPECT_EQ(planes[0][8], 32 - 128);       // row 1, left block
+    EXPECT_EQ(planes[0][8], 32 - 128); // row 1, left block
     EXPECT_EQ(planes[0][9], 34 - 128);
-    EXPECT_EQ(planes[0][64 + 8], 48 - 128);  // row 1, right block
+    EXPECT_EQ(planes[0][64 + 8], 48 - 128); // row 1, right block
     EXPECT_EQ(planes[1][8], 33 - 128);
     EXPECT_EQ(planes[2][8], 35 - 128);
     EXPECT_EQ(planes[2][63], 255 - 128);
@@ -522,7 +540,8 @@ TEST(McuEncode, PointersThenStepThenPlanes) {
         everyBadCombination(tests, [&](const std::vector<int>& bad) {
             Zmx16s* pointers[4] = {};
             for (int i = 0; i < c.planes(); ++i) pointers[i] = bad[std::size_t(3 + i)] ? nullptr : planes.data()[i];
-            return c.call(bad[0] ? nullptr : src.data(), badNumber(bad[2], c.rowBytes()), bad[1] ? nullptr : pointers);
+            return c.call(bad[0] ? nullptr : src.data(), badNumber(bad[2], c.rowBytes()),
+                          bad[1] ? nullptr : pointers);
         });
         EXPECT_EQ(planes.copy(), before);
     }

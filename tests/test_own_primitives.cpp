@@ -2,8 +2,8 @@
 #include "model/primitives.h"
 #include "picopyca.h"
 #include "pithresh16u.h"
-#include "pscopyca.h"
 #include "psconvert.h"
+#include "pscopyca.h"
 #include "psmul.h"
 #include "support/arguments.h"
 #include "support/digest.h"
@@ -32,16 +32,22 @@ std::vector<int> lengths() {
 // Any single, the extreme ones often.
 Zmx32f anySingle(Rng& rng) {
     switch (rng.range(0, 5)) {
-    case 0: return std::bit_cast<Zmx32f>(std::uint32_t(rng.next()));
-    case 1: return Zmx32f(rng.range(-70000, 70000)) + 0.5f;
-    case 2: return Zmx32f(rng.range(-70000, 70000)) / 64;
-    case 3: return std::nextafter(Zmx32f(rng.range(-10, 10)) + 0.5f, rng.oneIn(2) ? kInfinity : -kInfinity);
-    case 4: return Zmx32f(rng.range(-70000, 70000));
-    default: break;
+    case 0:
+        return std::bit_cast<Zmx32f>(std::uint32_t(rng.next()));
+    case 1:
+        return Zmx32f(rng.range(-70000, 70000)) + 0.5f;
+    case 2:
+        return Zmx32f(rng.range(-70000, 70000)) / 64;
+    case 3:
+        return std::nextafter(Zmx32f(rng.range(-10, 10)) + 0.5f, rng.oneIn(2) ? kInfinity : -kInfinity);
+    case 4:
+        return Zmx32f(rng.range(-70000, 70000));
+    default:
+        break;
     }
-    const Zmx32f special[] = {0.0f,      -0.0f,     0.5f,      -0.5f,    32767.0f, 32766.5f, 32767.5f, -32768.0f, -32768.5f,
-                              -32767.5f, 65535.0f,  65534.5f,  65535.5f, 1e-40f,   -1e-40f,  3e38f,    -3e38f,    kInfinity,
-                              -kInfinity, 1.0f, 1.5f, 2.5f};
+    const Zmx32f special[] = {0.0f,      -0.0f,     0.5f,       -0.5f,    32767.0f, 32766.5f, 32767.5f, -32768.0f,
+                              -32768.5f, -32767.5f, 65535.0f,   65534.5f, 65535.5f, 1e-40f,   -1e-40f,  3e38f,
+                              -3e38f,    kInfinity, -kInfinity, 1.0f,     1.5f,     2.5f};
     return special[rng.range(0, std::int64_t(std::size(special)) - 1)];
 }
 
@@ -104,7 +110,8 @@ TEST(Copying, ApartAndOverlapping) {
     SCOPED_TRACE("seed 231");
     std::vector<std::pair<int, int>> cases; // length, distance from source to destination
     for (int n : lengths())
-        for (int d : {0, 1, -1, 2, -2, 3, 4, 7, 8, -8, 15, 16, 17, -17, 31, 32, 33, 64, n - 1, n, n + 1, 1 - n, -n, -n - 1, n + 40})
+        for (int d : {0,   1,  -1, 2,  -2, 3,     4, 7,     8,     -8, 15,     16,    17,
+                      -17, 31, 32, 33, 64, n - 1, n, n + 1, 1 - n, -n, -n - 1, n + 40})
             cases.push_back({n, d});
     for (const auto& [n, d] : cases)
         for (int worker = 0; worker < 2; ++worker) {
@@ -151,8 +158,8 @@ void compareCopy(Rng& rng, Copy copy, int size, ZmxiSize roi, int srcStep, int d
                            expected.data() - low + distance + std::ptrdiff_t(dstStep) * y, std::size_t(roi.width),
                            std::size_t(size));
     ASSERT_EQ(copy(block.data() - low, srcStep, block.data() - low + distance, dstStep, roi), zmxStsNoErr);
-    ASSERT_TRUE(sameBytes(expected, block.copy())) << roi.width << " by " << roi.height << ", steps " << srcStep << " and "
-                                                   << dstStep << ", distance " << distance;
+    ASSERT_TRUE(sameBytes(expected, block.copy())) << roi.width << " by " << roi.height << ", steps " << srcStep
+                                                   << " and " << dstStep << ", distance " << distance;
 }
 const auto copy16 = [](const Zmx8u* s, int ss, Zmx8u* d, int ds, ZmxiSize roi) {
     return zmxiCopy_16s_C1R(reinterpret_cast<const Zmx16s*>(s), ss, reinterpret_cast<Zmx16s*>(d), ds, roi);
@@ -173,8 +180,28 @@ TEST(Copying, RectanglesApartAndOverlapping) {
             compareCopy(rng, copy32, 4, {width, height}, 4 * width + srcGap, 4 * width + dstGap, distance));
     };
     for (int width : {1, 2, 7, 8, 33, 799, 800, 801, 1599, 1600, 1601, 2000})
-        for (std::ptrdiff_t distance : {0, 1, -1, 2, -2, 4, -4, 6, 8, 12, 16, -16, 32, 2 * width, 2 * width + 1, -2 * width,
-                                        4 * width - 1, 4 * width, 4 * width + 1, 1 - 4 * width, -4 * width, -4 * width - 1})
+        for (std::ptrdiff_t distance : {0,
+                                        1,
+                                        -1,
+                                        2,
+                                        -2,
+                                        4,
+                                        -4,
+                                        6,
+                                        8,
+                                        12,
+                                        16,
+                                        -16,
+                                        32,
+                                        2 * width,
+                                        2 * width + 1,
+                                        -2 * width,
+                                        4 * width - 1,
+                                        4 * width,
+                                        4 * width + 1,
+                                        1 - 4 * width,
+                                        -4 * width,
+                                        -4 * width - 1})
             ASSERT_NO_FATAL_FAILURE(both(width, 1, 0, 0, distance)) << width << ", " << distance;
     for (int i = 0; i < 200; ++i)
         ASSERT_NO_FATAL_FAILURE(both(int(rng.range(1, 30)), int(rng.range(1, 6)), int(rng.range(0, 9)),
@@ -222,7 +249,9 @@ struct Buffers {
         std::memset(b, 0x42, 64);
         std::memset(c, 0x43, 64);
     }
-    template <class T> T* at(Zmx8u (Buffers::*m)[64], int bad) { return bad ? nullptr : reinterpret_cast<T*>(this->*m); }
+    template <class T> T* at(Zmx8u (Buffers::*m)[64], int bad) {
+        return bad ? nullptr : reinterpret_cast<T*>(this->*m);
+    }
     void expectUntouched() const {
         for (int i = 0; i < 64; ++i) {
             ASSERT_EQ(a[i], 0x41);
@@ -253,10 +282,12 @@ TEST(ArgumentOrder, Vectors) {
         return zmxsConvert_16u32f(m.at<Zmx16u>(A, bad[0]), m.at<Zmx32f>(B, bad[1]), badNumber(bad[2], 4));
     });
     vectorOrder(2, [&](Bad bad) {
-        return zmxsConvert_32f16s_Sfs(m.at<Zmx32f>(A, bad[0]), m.at<Zmx16s>(B, bad[1]), badNumber(bad[2], 4), zmxRndNear, 0);
+        return zmxsConvert_32f16s_Sfs(m.at<Zmx32f>(A, bad[0]), m.at<Zmx16s>(B, bad[1]), badNumber(bad[2], 4),
+                                      zmxRndNear, 0);
     });
     vectorOrder(2, [&](Bad bad) {
-        return zmxsConvert_32f16u_Sfs(m.at<Zmx32f>(A, bad[0]), m.at<Zmx16u>(B, bad[1]), badNumber(bad[2], 4), zmxRndNear, 3);
+        return zmxsConvert_32f16u_Sfs(m.at<Zmx32f>(A, bad[0]), m.at<Zmx16u>(B, bad[1]), badNumber(bad[2], 4),
+                                      zmxRndNear, 3);
     });
     // A constant of 0.0 does not save the tests.
     for (const Zmx32f val : {0.0f, 1.0f}) {
@@ -267,7 +298,8 @@ TEST(ArgumentOrder, Vectors) {
         return zmxsMul_32f_I(m.at<Zmx32f>(A, bad[0]), m.at<Zmx32f>(B, bad[1]), badNumber(bad[2], 4));
     });
     vectorOrder(3, [&](Bad bad) {
-        return zmxsMul_16s(m.at<Zmx16s>(A, bad[0]), m.at<Zmx16s>(B, bad[1]), m.at<Zmx16s>(C, bad[2]), badNumber(bad[3], 4));
+        return zmxsMul_16s(m.at<Zmx16s>(A, bad[0]), m.at<Zmx16s>(B, bad[1]), m.at<Zmx16s>(C, bad[2]),
+                           badNumber(bad[3], 4));
     });
     vectorOrder(2, [&](Bad bad) {
         return zmxsMul_16s_I(m.at<Zmx16s>(A, bad[0]), m.at<Zmx16s>(B, bad[1]), badNumber(bad[2], 4));
@@ -281,7 +313,8 @@ TEST(ArgumentOrder, Vectors) {
         vectorOrder(2, [&](Bad bad) {
             return zmxsDivCRev_16u(m.at<Zmx16u>(A, bad[0]), val, m.at<Zmx16u>(B, bad[1]), badNumber(bad[2], 4));
         });
-        vectorOrder(1, [&](Bad bad) { return zmxsDivCRev_16u_I(val, m.at<Zmx16u>(A, bad[0]), badNumber(bad[1], 4)); });
+        vectorOrder(1,
+                    [&](Bad bad) { return zmxsDivCRev_16u_I(val, m.at<Zmx16u>(A, bad[0]), badNumber(bad[1], 4)); });
     }
     m.expectUntouched();
 }
@@ -450,8 +483,10 @@ TEST(Conversion, EveryScaleAndModeAgainstTheModel) {
             ASSERT_EQ(zmxsConvert_32f16s_Sfs(src.data(), s.data(), n, ZmxRoundMode(mode), scale), zmxStsNoErr);
             ASSERT_EQ(zmxsConvert_32f16u_Sfs(src.data(), u.data(), n, ZmxRoundMode(mode), scale), zmxStsNoErr);
             for (std::size_t i = 0; i < src.size(); ++i) {
-                ASSERT_EQ(s[i], model::toInt16(src[i], mode, scale)) << src[i] << ", mode " << mode << ", scale " << scale;
-                ASSERT_EQ(u[i], model::toUint16(src[i], mode, scale)) << src[i] << ", mode " << mode << ", scale " << scale;
+                ASSERT_EQ(s[i], model::toInt16(src[i], mode, scale))
+                    << src[i] << ", mode " << mode << ", scale " << scale;
+                ASSERT_EQ(u[i], model::toUint16(src[i], mode, scale))
+                    << src[i] << ", mode " << mode << ", scale " << scale;
             }
         }
 }
@@ -472,7 +507,8 @@ TEST(Conversion, EveryHalfInRange) {
     }
 }
 
-// --- arithmetic in single precision ---------------------------------------------------------------------------------
+// --- arithmetic in single precision
+// ---------------------------------------------------------------------------------
 
 TEST(SingleArithmetic, AConstantOfZeroTouchesNothing) {
     const std::vector<Zmx32u> bits{0x7FA00001u, 0xFFA00001u, 0x7FC00000u, 0x80000000u, 1u, 0x7F800000u};
@@ -502,14 +538,16 @@ TEST(SingleArithmetic, EachResultIsRounded) {
                     if (std::isnan(expected)) {
                         ASSERT_TRUE(std::isnan(b[i])) << what;
                     } else {
-                        ASSERT_EQ(std::bit_cast<Zmx32u>(b[i]), std::bit_cast<Zmx32u>(expected)) << what << " " << b0[i];
+                        ASSERT_EQ(std::bit_cast<Zmx32u>(b[i]), std::bit_cast<Zmx32u>(expected))
+                            << what << " " << b0[i];
                     }
                 }
                 std::memcpy(b.data(), b0.data(), b0.size() * 4);
             };
             const Zmx32f val = std::nextafter(Zmx32f(rng.range(-3000, 3000)), kInfinity);
             ASSERT_EQ(zmxsAddC_32f_I(val, b.data(), n), zmxStsNoErr);
-            ASSERT_NO_FATAL_FAILURE(check("add", [&](std::size_t i) { return model::single(double(b0[i]) + double(val)); }));
+            ASSERT_NO_FATAL_FAILURE(
+                check("add", [&](std::size_t i) { return model::single(double(b0[i]) + double(val)); }));
             ASSERT_EQ(zmxsSubC_32f_I(val, b.data(), n), zmxStsNoErr);
             ASSERT_NO_FATAL_FAILURE(
                 check("subtract", [&](std::size_t i) { return model::single(double(b0[i]) - double(val)); }));
@@ -520,7 +558,8 @@ TEST(SingleArithmetic, EachResultIsRounded) {
         }
 }
 
-// --- products and quotients of integers -------------------------------------------------------------------------------
+// --- products and quotients of integers
+// -------------------------------------------------------------------------------
 
 TEST(Products, Saturate) {
     const Zmx16s a[6] = {256, -256, -32768, 32767, 181, -1}, b[6] = {128, 128, -32768, 1, 181, -32768};
@@ -610,7 +649,9 @@ TEST(ScaledProducts, EveryScaleAgainstTheModel) {
             Guarded<Zmx16s> b(n), d(n);
             for (std::size_t i = 0; i < n; ++i) {
                 // Full range, small products, and powers of two: ties.
-                a[i] = Zmx16u(round % 3 == 0 ? rng.range(0, 65535) : round % 3 == 1 ? rng.range(0, 20) : 1 << rng.range(0, 15));
+                a[i] = Zmx16u(round % 3 == 0   ? rng.range(0, 65535)
+                              : round % 3 == 1 ? rng.range(0, 20)
+                                               : 1 << rng.range(0, 15));
                 b[i] = Zmx16s(round % 2 == 0 ? rng.range(-32768, 32767) : rng.range(-40, 40));
                 if (rng.oneIn(30)) a[i] = 65535;
                 if (rng.oneIn(30)) b[i] = Zmx16s(rng.oneIn(2) ? -32768 : 32767);
@@ -667,7 +708,8 @@ TEST(Quotients, EveryDivisorAndEveryDividend) {
     for (std::size_t i = 0; i < d.size(); ++i) d[i] = Zmx16u(i);
     for (int val : {1, 2, 3, 255, 256, 32767, 32768, 32769, 65534, 65535}) {
         ASSERT_EQ(zmxsDivCRev_16u(d.data(), Zmx16u(val), out.data(), 65536), zmxStsDivByZero);
-        for (std::size_t i = 0; i < d.size(); ++i) ASSERT_EQ(out[i], model::quotient(Zmx16u(val), d[i])) << val << " / " << i;
+        for (std::size_t i = 0; i < d.size(); ++i)
+            ASSERT_EQ(out[i], model::quotient(Zmx16u(val), d[i])) << val << " / " << i;
         ASSERT_EQ(zmxsDivCRev_16u(d.data() + 1, Zmx16u(val), out.data(), 65535), zmxStsNoErr);
     }
     const std::vector<Zmx16u> few{1, 2, 3, 4, 5, 7, 8, 10, 255, 256, 32768, 43691, 65535};
@@ -677,7 +719,8 @@ TEST(Quotients, EveryDivisorAndEveryDividend) {
     }
 }
 
-// --- rectangles -----------------------------------------------------------------------------------------------------------
+// --- rectangles
+// -----------------------------------------------------------------------------------------------------------
 
 TEST(Rectangles, BytesWidened) {
     Rng rng(238);
@@ -697,7 +740,8 @@ TEST(Rectangles, BytesWidened) {
                 const Zmx16u v = src[std::size_t(y * srcStep + x)];
                 std::memcpy(&expected[std::size_t(y * dstStep + 2 * x)], &v, 2);
             }
-        ASSERT_EQ(zmxiConvert_8u16u_C1R(src.data(), srcStep, reinterpret_cast<Zmx16u*>(dst.data()), dstStep, roi), zmxStsNoErr);
+        ASSERT_EQ(zmxiConvert_8u16u_C1R(src.data(), srcStep, reinterpret_cast<Zmx16u*>(dst.data()), dstStep, roi),
+                  zmxStsNoErr);
         ASSERT_TRUE(sameBytes(expected, dst.copy()));
     }
 }
@@ -759,7 +803,8 @@ TEST(Thresholds, AgainstTheModel) {
         const auto extent = [&](int step) { return std::size_t(step / 2 * 2 * (roi.height - 1) + 2 * roi.width); };
         const bool greater = i % 2;
         const auto mode = greater ? zmxCmpGreater : zmxCmpLess;
-        const Zmx16u bound = Zmx16u(i % 3 ? rng.range(0, 65535) : rng.range(0, 1) * 65535), value = Zmx16u(rng.next());
+        const Zmx16u bound = Zmx16u(i % 3 ? rng.range(0, 65535) : rng.range(0, 1) * 65535),
+                     value = Zmx16u(rng.next());
         const auto flush = i % 4 < 2 ? GuardedBlock::AtEnd : GuardedBlock::AtStart;
         // At an even address that is not a multiple of four as well.
         const std::size_t lead = 2 * std::size_t(rng.range(0, 1));
