@@ -12,7 +12,7 @@ struct alignas(32) Block16s {
 };
 
 // Transposes a block: three perfect shuffles of 64 elements turn the index rrrccc into cccrrr.
-inline void shuffle(const Zmx16s* in, Zmx16s* out) {
+inline void shuffle(const Zmx16s* __restrict in, Zmx16s* __restrict out) {
     for (int i = 0; i < 32; ++i) {
         out[2 * i] = in[i];
         out[2 * i + 1] = in[i + 32];

@@ -12,35 +12,43 @@
 static Zmx16s sumEnded(First, Wrapping v) { return wrap16s(Zmx32s(v * 8)); }
 static Zmx16s sumEnded(Second, Wrapping v) { return wrap16s(shiftRight(v + 32, 6)); }
 
-template <class Pass> static void forwardPass(const Zmx16s* in, Zmx16s* out) {
-    for (int i = 0; i < 8; ++i) {
-        const int x0 = in[i], x1 = in[8 + i], x2 = in[16 + i], x3 = in[24 + i];
-        const int x4 = in[32 + i], x5 = in[40 + i], x6 = in[48 + i], x7 = in[56 + i];
-        const Wrapping s0 = Wrapping(x0 + x7), s1 = Wrapping(x1 + x6), s2 = Wrapping(x2 + x5), s3 = Wrapping(x3 + x4);
-        const Wrapping d0 = Wrapping(x0 - x7), d1 = Wrapping(x1 - x6), d2 = Wrapping(x2 - x5), d3 = Wrapping(x3 - x4);
+// A product with a constant of up to 16 bits: one of 16 by 16 bits where the operand has so few, for vectors have that.
+template <Zmx16u Constant> static Wrapping times(Zmx32s v) { return Wrapping(v) * Constant; }
+template <Zmx16u Constant> static Wrapping times(Zmx16s v) {
+    if constexpr (Constant < 32768) return product(v, Constant);
+    else return 2 * product(v, Constant / 2) + Wrapping(Constant % 2 * v);
+}
 
-        const Wrapping a = s0 + s3, b = s0 - s3, c = s1 + s2, e = s1 - s2;
-        out[i] = sumEnded(Pass(), a + c);
-        out[32 + i] = sumEnded(Pass(), a - c);
+// T is a type that holds every sum ahead of a product: 32 bits, or 16 in a first pass over samples of 8 bits.
+template <class Pass, class T> static void forwardPass(const Zmx16s* __restrict in, Zmx16s* __restrict out) {
+    for (int i = 0; i < 8; ++i) {
+        const T x0 = in[i], x1 = in[8 + i], x2 = in[16 + i], x3 = in[24 + i];
+        const T x4 = in[32 + i], x5 = in[40 + i], x6 = in[48 + i], x7 = in[56 + i];
+        const T s0 = T(x0 + x7), s1 = T(x1 + x6), s2 = T(x2 + x5), s3 = T(x3 + x4);
+        const T d0 = T(x0 - x7), d1 = T(x1 - x6), d2 = T(x2 - x5), d3 = T(x3 - x4);
+
+        const T a = T(s0 + s3), b = T(s0 - s3), c = T(s1 + s2), e = T(s1 - s2);
+        out[i] = sumEnded(Pass(), Wrapping(a + c));
+        out[32 + i] = sumEnded(Pass(), Wrapping(a - c));
         // Multipliers of 15 fraction bits.
-        const Wrapping w = (b + e) * 17734u;
-        out[16 + i] = ended<Pass>(w + b * 25080u);
-        out[48 + i] = ended<Pass>(w - e * 60547u);
+        const Wrapping w = times<17734>(T(b + e));
+        out[16 + i] = ended<Pass>(w + times<25080>(b));
+        out[48 + i] = ended<Pass>(w - times<60547>(e));
 
         // The odd part is eight times as large from here on, its multipliers have 12 fraction bits. The root of two
         // times the outer differences is rounded here, in both passes.
-        const Wrapping u = (d1 + d2) * 8, v = (d1 - d2) * 8;
-        const Wrapping p = Wrapping(shiftRight(d0 * 46341u + 2048, 12)), q = Wrapping(shiftRight(d3 * 46341u + 2048, 12));
-        const Wrapping e1 = u + p, e2 = p - u, e3 = v + q, e4 = q - v;
-        const Wrapping w1 = (e1 + e3) * 799u, w2 = (e2 + e4) * 3406u;
-        out[8 + i] = ended<Pass>(w1 + e1 * 3218u);
-        out[56 + i] = ended<Pass>(w1 - e3 * 4816u);
-        out[24 + i] = ended<Pass>(w2 - e4 * 5681u);
-        out[40 + i] = ended<Pass>(w2 - e2 * 1130u);
+        const T u = T(8 * (d1 + d2)), v = T(8 * (d1 - d2));
+        const T p = T(shiftRight(times<46341>(d0) + 2048, 12)), q = T(shiftRight(times<46341>(d3) + 2048, 12));
+        const T e1 = T(u + p), e2 = T(p - u), e3 = T(v + q), e4 = T(q - v);
+        const Wrapping w1 = times<799>(T(e1 + e3)), w2 = times<3406>(T(e2 + e4));
+        out[8 + i] = ended<Pass>(w1 + times<3218>(e1));
+        out[56 + i] = ended<Pass>(w1 - times<4816>(e3));
+        out[24 + i] = ended<Pass>(w2 - times<5681>(e4));
+        out[40 + i] = ended<Pass>(w2 - times<1130>(e2));
     }
 }
 
-template <class Pass> static void inversePass(const Zmx16s* in, Zmx16s* out) {
+template <class Pass> static void inversePass(const Zmx16s* __restrict in, Zmx16s* __restrict out) {
     for (int i = 0; i < 8; ++i) {
         const Zmx16s c0 = in[i], c1 = in[8 + i], c2 = in[16 + i], c3 = in[24 + i];
         const Zmx16s c4 = in[32 + i], c5 = in[40 + i], c6 = in[48 + i], c7 = in[56 + i];
@@ -73,13 +81,22 @@ template <class Pass> static void inversePass(const Zmx16s* in, Zmx16s* out) {
     }
 }
 
+// Whether all samples are those of 8 bits around zero.
+static bool are8Bits(const Zmx16s* samples) {
+    int beyond = 0;
+    for (int i = 0; i < 64; ++i) beyond |= (samples[i] + 128) & ~255;
+    return !beyond;
+}
+
 // The cores: the source may be the destination, which is written last.
 static void dct_8x8_fwd_16s(const Zmx16s* src, Zmx16s* dst) {
     Block16s turned, held;
     transpose(src, turned.at);
-    forwardPass<First>(turned.at, held.at);
+    // The sums of 8-bit samples fit 16 bits up to the rotations, and the products are cheaper; the results are the same.
+    if (are8Bits(src)) forwardPass<First, Zmx16s>(turned.at, held.at);
+    else forwardPass<First, Zmx32s>(turned.at, held.at);
     transpose(held.at, turned.at);
-    forwardPass<Second>(turned.at, dst);
+    forwardPass<Second, Zmx32s>(turned.at, dst);
 }
 
 static void dct_8x8_inv_16s(const Zmx16s* src, Zmx16s* dst) {
