@@ -304,7 +304,7 @@ TEST(DctArguments, TheTableComesBehindTheStep) {
     std::vector<Zmx8u> picture(256, 0x5A);
     const std::vector<Zmx8u> untouched = picture;
     auto* wide = reinterpret_cast<Zmx16u*>(picture.data());
-    const int asked = threadsAsked();
+    const int calls = threadsAsked();
     everyBadCombination(order, [&](Bad bad) {
         return zmxiDCTQuantFwd8x8LS_JPEG_8u16s_C1R(bad[0] ? nullptr : picture.data(), badNumber(bad[2], 8),
                                                    bad[1] ? nullptr : coefficients.data(),
@@ -328,7 +328,7 @@ TEST(DctArguments, TheTableComesBehindTheStep) {
     });
     EXPECT_EQ(coefficients, before);
     EXPECT_EQ(picture, untouched);
-    EXPECT_EQ(threadsAsked(), asked);
+    EXPECT_EQ(threadsAsked(), calls);
 }
 
 // --- blocks of 8-bit samples
@@ -490,13 +490,13 @@ TEST(DctThreads, TheLevelShiftAsksForThreadsAndOpensNoRegion) {
     const Table t = flatTable(1);
     Block b{};
     std::vector<Zmx8u> picture(128);
-    int asked = threadsAsked();
+    int calls = threadsAsked();
     ASSERT_EQ(zmxiDCTQuantFwd8x8LS_JPEG_8u16s_C1R(picture.data(), 8, b.data(), t.data()), zmxStsNoErr);
-    EXPECT_EQ(threadsAsked(), asked + 1);
+    EXPECT_EQ(threadsAsked(), calls + 1);
     for (const Decoder& d : kDecoders) {
-        asked = threadsAsked();
+        calls = threadsAsked();
         ASSERT_EQ(d.call(b.data(), picture.data(), 8, t.data()), zmxStsNoErr);
-        EXPECT_EQ(threadsAsked(), asked + d.asks) << d.name;
+        EXPECT_EQ(threadsAsked(), calls + d.asks) << d.name;
     }
     EXPECT_EQ(regionsOpened(), opened);
     setThreads(1);
@@ -697,7 +697,7 @@ const Digested kDigested[] = {
     {"zmxiDCTQuantInv8x8LS_4x4_JPEG_16s8u_C1R", pictureRound<zmxiDCTQuantInv8x8LS_4x4_JPEG_16s8u_C1R>,
      0xC2F049F3DAB48618},
     {"zmxiDCTQuantInv8x8To2x2LS_JPEG_16s8u_C1R", pictureRound<zmxiDCTQuantInv8x8To2x2LS_JPEG_16s8u_C1R>,
-     0xFB4E6BB5ED668063},
+     0x78E5FA78E4EF406D},
     {"zmxiDCTQuantInv8x8To4x4LS_JPEG_16s8u_C1R", pictureRound<zmxiDCTQuantInv8x8To4x4LS_JPEG_16s8u_C1R>,
      0x90A36E800FF91593},
     {"zmxiDCTQuantInv8x8LS_JPEG_16s16u_C1R",
