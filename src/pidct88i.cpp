@@ -12,12 +12,8 @@
 static Zmx16s sumEnded(First, Wrapping v) { return wrap16s(Zmx32s(v * 8)); }
 static Zmx16s sumEnded(Second, Wrapping v) { return wrap16s(shiftRight(v + 32, 6)); }
 
-// A product with a constant of up to 16 bits: one of 16 by 16 bits where the operand has so few, for vectors have that.
-template <Zmx16u Constant> static Wrapping times(Zmx32s v) { return Wrapping(v) * Constant; }
-template <Zmx16u Constant> static Wrapping times(Zmx16s v) {
-    if constexpr (Constant < 32768) return product(v, Constant);
-    else return 2 * product(v, Constant / 2) + Wrapping(Constant % 2 * v);
-}
+// The same for operands of 32 bits.
+template <Zmx32u Constant> static Wrapping times(Zmx32s v) { return Wrapping(v) * Constant; }
 
 // T is a type that holds every sum ahead of a product: 32 bits, or 16 in a first pass over samples of 8 bits.
 template <class Pass, class T> static void forwardPass(const Zmx16s* __restrict in, Zmx16s* __restrict out) {
@@ -55,18 +51,15 @@ template <class Pass> static void inversePass(const Zmx16s* __restrict in, Zmx16
 
         // The rotations multiplied out, so that every factor has 16 bits: sums that wrap do not mind. All multipliers
         // but 5793 have 15 fraction bits.
-        const Wrapping o1 = product(c5, 27246 - 9041) + product(c3, 27246);
-        const Wrapping o2 = product(c5, 27246) + product(c3, 27246 - 45451);
-        const Wrapping o3 = product(c1, 6393 + 25746) + product(c7, 6393);
-        const Wrapping o4 = product(c1, 6393) + product(c7, 6393 - 38531);
+        const Wrapping o1 = times<27246 - 9041>(c5) + times<27246>(c3);
+        const Wrapping o2 = times<27246>(c5) - times<45451 - 27246>(c3);
+        const Wrapping o3 = times<6393 + 25746>(c1) + times<6393>(c7);
+        const Wrapping o4 = times<6393>(c1) - times<38531 - 6393>(c7);
         const Wrapping e1 = o3 - o1, e2 = o4 - o2, h1 = e1 + e2, h2 = e1 - e2;
-        // The root of two, with 12 fraction bits; the sums are rounded ahead of it, in both passes.
-        const Wrapping g1 = Wrapping(shiftRight(o1 + o3 + 2048, 12)) * 5793u;
-        const Wrapping g2 = Wrapping(shiftRight(o2 + o4 + 2048, 12)) * 5793u;
+        const Wrapping g1 = timesRoot2(o1 + o3), g2 = timesRoot2(o2 + o4);
 
-        // 17734 + 25080 = 2 x 21407; 17734 - 60547 = 1 - 2 x 21407.
-        const Wrapping p1 = 2 * product(c2, 21407) + product(c6, 17734);
-        const Wrapping p2 = product(c2, 17734) - 2 * product(c6, 21407) + Wrapping(c6);
+        const Wrapping p1 = times<17734 + 25080>(c2) + times<17734>(c6);
+        const Wrapping p2 = times<17734>(c2) - times<60547 - 17734>(c6);
         const Wrapping sum = Wrapping(c0 + c4) << 15, difference = Wrapping(c0 - c4) << 15;
         const Wrapping q0 = sum + p1, q3 = sum - p1, q1 = difference + p2, q2 = difference - p2;
 
