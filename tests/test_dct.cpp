@@ -247,6 +247,26 @@ TEST(Quantising, DequantisingReadsTheTableAsSigned) {
               (std::vector<Zmx16s>{600, 32767, -32768, -1, -32768, 32767}));
 }
 
+TEST(Quantising, EveryCoefficientByEveryDivisor) {
+    Block b, forward, back;
+    for (int d = 0; d < 256; ++d) {
+        const Table reciprocal = flatTable(model::quotient(32768, Zmx16u(d))), divisor = flatTable(d);
+        for (int base = -32768; base <= 32767; base += 64) {
+            for (std::size_t k = 0; k < 64; ++k) {
+                b[k] = Zmx16s(base + int(k));
+                forward[k] = model::scaledProduct(reciprocal[k], b[k], 15);
+                back[k] = model::product(b[k], Zmx16s(d));
+            }
+            const Block input = b;
+            ASSERT_EQ(zmxiQuantFwd8x8_JPEG_16s_C1I(b.data(), reciprocal.data()), zmxStsNoErr);
+            ASSERT_TRUE(sameBytes(forward.data(), b.data(), 128)) << "divisor " << d << ", from " << base;
+            b = input;
+            ASSERT_EQ(zmxiQuantInv8x8_JPEG_16s_C1I(b.data(), divisor.data()), zmxStsNoErr);
+            ASSERT_TRUE(sameBytes(back.data(), b.data(), 128)) << "divisor " << d << ", from " << base;
+        }
+    }
+}
+
 TEST(Quantising, AgainstTheModel) {
     Rng rng(282);
     SCOPED_TRACE("seed 282");
@@ -380,6 +400,42 @@ TEST(ForwardDct, AgainstTheModel) {
         ASSERT_EQ(zmxiDCTQuantFwd8x8_JPEG_16s_C1I(samples.data(), table.data()), zmxStsNoErr);
         ASSERT_TRUE(sameBytes(expected.data(), samples.data(), 128)) << "in place, block " << i;
         ASSERT_TRUE(sameBytes(f.data(), table.data(), 128));
+    }
+}
+
+TEST(ForwardDct, BlackAndWhite) {
+    // Every pattern of black and white in a row, alone, in all rows, and turning with the rows: the extremes of every
+    // sum.
+    Rng rng(290);
+    SCOPED_TRACE("seed 290");
+    const Table one = flatTable(32768);
+    for (int i = 0; i < 256 * 6; ++i) {
+        const auto row = [&](int y) {
+            switch (i / 256) {
+            case 0:
+                return i;
+            case 1:
+                return y == 3 ? i : 0;
+            case 2:
+                return y % 2 ? i : ~i;
+            case 3:
+                return i << y | i >> (8 - y);
+            case 4:
+                return i >> y & 1 ? 255 : 0;
+            default:
+                return int(rng.next());
+            }
+        };
+        std::vector<Zmx8u> src;
+        for (int y = 0; y < 8; ++y)
+            for (int x = 0, bits = row(y); x < 8; ++x) src.push_back(bits >> x & 1 ? 255 : 0);
+        Block expected, actual, samples;
+        model::encodeBlock(src.data(), 8, expected.data(), one.data());
+        ASSERT_EQ(zmxiDCTQuantFwd8x8LS_JPEG_8u16s_C1R(src.data(), 8, actual.data(), one.data()), zmxStsNoErr);
+        ASSERT_EQ(actual, expected) << i;
+        for (std::size_t k = 0; k < 64; ++k) samples[k] = Zmx16s(src[k] - 128);
+        ASSERT_EQ(zmxiDCTQuantFwd8x8_JPEG_16s_C1(samples.data(), actual.data(), one.data()), zmxStsNoErr);
+        ASSERT_EQ(actual, expected) << i;
     }
 }
 
