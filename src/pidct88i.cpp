@@ -16,7 +16,8 @@ static Zmx16s sumEnded(Second, Wrapping v) { return wrap16s(shiftRight(v + 32, 6
 template <Zmx32u Constant> static Wrapping times(Zmx32s v) { return Wrapping(v) * Constant; }
 
 // Sum is a type that holds the sums and differences of the inputs, Odd one that holds those of the odd part.
-template <class Pass, class Sum, class Odd> static void forwardPass(const Zmx16s* __restrict in, Zmx16s* __restrict out) {
+template <class Pass, class Sum, class Odd>
+static void forwardPass(const Zmx16s* __restrict in, Zmx16s* __restrict out) {
     for (int i = 0; i < 8; ++i) {
         const Sum x0 = in[i], x1 = in[8 + i], x2 = in[16 + i], x3 = in[24 + i];
         const Sum x4 = in[32 + i], x5 = in[40 + i], x6 = in[48 + i], x7 = in[56 + i];
@@ -43,7 +44,8 @@ template <class Pass, class Sum, class Odd> static void forwardPass(const Zmx16s
     }
 }
 
-template <class Pass> static void inversePass(const Zmx16s* __restrict in, Zmx16s* __restrict out) {
+template <class Pass>
+static void inversePass(const Zmx16s* __restrict in, Zmx16s* __restrict out) {
     for (int i = 0; i < 8; ++i) {
         const Zmx16s c0 = in[i], c1 = in[8 + i], c2 = in[16 + i], c3 = in[24 + i];
         const Zmx16s c4 = in[32 + i], c5 = in[40 + i], c6 = in[48 + i], c7 = in[56 + i];
@@ -85,8 +87,8 @@ static void dct_8x8_fwd_16s(const Zmx16s* src, Zmx16s* dst) {
     Block16s turned, held;
     transpose(src, turned.at);
     // With samples of 8 bits the sums fit 16 bits, and products of those are cheaper; the results are the same. The
-    // first pass makes values from -8192 (eight times -128, three fraction bits) to 8191 at most, and the second adds up
-    // to four of them ahead of its products. Its odd part outgrows 16 bits, that of the first pass does not.
+    // first pass makes values from -8192 (eight times -128, three fraction bits) to 8191 at most, and the second adds
+    // up to four of them ahead of its products. Its odd part outgrows 16 bits, that of the first pass does not.
     if (are8Bits(src)) {
         forwardPass<First, Zmx16s, Zmx16s>(turned.at, held.at);
         transpose(held.at, turned.at);

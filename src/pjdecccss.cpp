@@ -1,8 +1,8 @@
-// pjdecccss.cpp - decoded minimum coded units to pixels: chroma replication, colour, level shift, saturation in one pass.
+// pjdecccss.cpp - decoded minimum coded units to pixels: replication, colour, level shift and saturation at once.
 //
 // Each row of chroma is turned into what it adds to the pixels that it covers; each row of luma under it is added, and
-// the channels are packed into pixels. All of it is in 16-bit lanes, eight of them to a vector: rows are rows of Zmx16s,
-// and pixels are put together of 16-bit halves, the lower byte first as x86 stores them.
+// the channels are packed into pixels. All of it is in 16-bit lanes, eight to a vector: rows are rows of Zmx16s, and
+// pixels are put together of 16-bit halves, the lower byte first as x86 stores them.
 #include "zmxj.h"
 
 #include "pjargs.h"
