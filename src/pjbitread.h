@@ -87,8 +87,22 @@ inline ZmxStatus ownpj_FillBitBuffer(BitReader& in, int nBitsNeeded) {
 // Sees to it that n bits are held.
 inline ZmxStatus need(BitReader& in, int n) { return in.count < n ? ownpj_FillBitBuffer(in, n) : zmxStsNoErr; }
 
-// Decodes a symbol. A code that the table does not hold stores 0 and returns zmxStsDCTRangeErr.
-ZmxStatus ownpj_DecodeHuffSymbol(BitReader& in, int* pResult, const ZmxiDecodeHuffmanSpec& table);
+// Decodes a symbol whose code is at least minLength long, bit by bit. A code that the table does not hold stores 0 and
+// returns zmxStsDCTRangeErr.
+ZmxStatus decodeLongSymbol(BitReader& in, int* pResult, const ZmxiDecodeHuffmanSpec& table, int minLength);
+
+// Decodes a symbol: by the next 8 bits where there are that many and the code is no longer.
+inline ZmxStatus ownpj_DecodeHuffSymbol(BitReader& in, int* pResult, const ZmxiDecodeHuffmanSpec& table) {
+    if (in.count < 8) {
+        if (ZmxStatus failed = ownpj_FillBitBuffer(in, 0)) return failed;
+        if (in.count < 8) return decodeLongSymbol(in, pResult, table, 1);
+    }
+    const Zmx32u entry = table.fastTable[bitsAt(in.buf, in.count - 8, 8)];
+    if (entry >> 16 == 0) return decodeLongSymbol(in, pResult, table, 9);
+    in.count -= int(entry >> 16);
+    *pResult = int(entry & 0xFFFF);
+    return zmxStsNoErr;
+}
 
 // The reader of the Direct decoder: the caller's two words, and a source that ends in a marker.
 struct DirectReader {
