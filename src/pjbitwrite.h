@@ -1,0 +1,55 @@
+// pjbitwrite.h - the bit writer of the JPEG encoders: bit fields with byte stuffing, and the flush.
+//
+// A writer lives for one call: position and register are locals, put back on every way out.
+#pragma once
+
+#include "pjhufftbl.h"
+
+#include <cstdlib>
+
+// How many bits the magnitude of v takes (ITU-T T.81, table F.1); 16 for -32768 and for the widest DC differences.
+inline int category(int v) {
+    const auto a = unsigned(std::abs(v));
+    return a < 256 ? own_pj_csize[a] : own_pj_csize[a >> 8] + 8;
+}
+
+// What an encoder writes for v behind its category: the low bits of this.
+inline Zmx32u valueBits(int v) { return Zmx32u(v < 0 ? v - 1 : v); }
+
+struct BitWriter {
+    Zmx8u* const dst;
+    const int len;
+    int pos;    // the next byte to write
+    Zmx32u buf; // pending bits from bit 23 downwards
+    int count;  // how many
+
+    BitWriter(Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos, ZmxiEncodeHuffmanState* pEncHuffState)
+        : dst(pDst), len(dstLenBytes), pos(*pDstCurrPos), buf(pEncHuffState->bitBuffer), count(pEncHuffState->bitCount),
+          posOut(pDstCurrPos), state(pEncHuffState) {}
+    ~BitWriter() {
+        *posOut = pos;
+        state->bitBuffer = buf;
+        state->bitCount = count;
+    }
+    BitWriter(const BitWriter&) = delete;
+    BitWriter& operator=(const BitWriter&) = delete;
+
+    void written() { state->bufferMark = 0; }
+
+private:
+    int* const posOut;
+    ZmxiEncodeHuffmanState* const state;
+};
+
+// Writes the low nBits (up to 16) of bits. zmxStsHuffTableErr for no bits: a symbol without a code; nothing changes.
+// zmxStsOutOfBufErr when the destination is full: what was pending stays as it was, the bytes already stored stay too.
+ZmxStatus ownpj_write_bits_jpeg(Zmx32u bits, int nBits, BitWriter& out);
+
+// Writes the code of a symbol. A category of 16 behind a run of 15 lies outside the table: it has no code.
+inline ZmxStatus writeSymbol(const ZmxiEncodeHuffmanSpec& table, int symbol, BitWriter& out) {
+    const Zmx32u code = symbol < 256 ? table.codes[symbol] : 0;
+    return ownpj_write_bits_jpeg(code & 0xFFFF, int(code >> 16), out);
+}
+
+// Fills the last byte with one-bits, drops those that are too many, and initialises the state whatever the write says.
+ZmxStatus flushWriter(Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos, ZmxiEncodeHuffmanState* pEncHuffState);

@@ -1,0 +1,137 @@
+// pjdechuff.cpp - decoding of sequential JPEG blocks (ITU-T T.81, F.2.2), with a bit state and directly.
+#include "pjargs.h"
+#include "pjbitread.h"
+#include "pjwrap.h"
+#include "pjzigzag.h"
+
+#include <cstring>
+
+namespace {
+
+constexpr int kBlock = 64;
+
+// The zig-zag walk as far as a damaged stream can carry it: a run of 15 from position 63 ends on 78. Behind the standard
+// walk and its eight spare entries every step stays on element 63 as well.
+constexpr auto zigzag = tableOf<80>([](int k) { return Zmx8u(zigzagStep(k)); });
+
+// The DC coefficient of a symbol whose extra bits give diff; the prediction is kept to 16 bits.
+Zmx16s predictDC(Zmx16s* pLastDC, int diff) { return *pLastDC = wrap16s(*pLastDC + diff); }
+
+ZmxStatus decodeDC(BitReader& in, Zmx16s* pDst, Zmx16s* pLastDC, const ZmxiDecodeHuffmanSpec& table) {
+    int symbol;
+    if (ZmxStatus failed = ownpj_DecodeHuffSymbol(in, &symbol, table)) return failed;
+    int diff = 0;
+    if (symbol != 0) { // a symbol without a category, such as 0x10, asks for no bits but does look at the count
+        const int s = symbol & 15;
+        if (ZmxStatus failed = need(in, s)) return failed;
+        diff = extend(in.take(s), s);
+    }
+    pDst[0] = predictDC(pLastDC, diff);
+    return zmxStsNoErr;
+}
+
+} // namespace
+
+ZmxStatus zmxiDecodeHuffman8x8_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos, Zmx16s* pDst,
+                                             Zmx16s* pLastDC, int* pMarker, const ZmxiDecodeHuffmanSpec* pDcTable,
+                                             const ZmxiDecodeHuffmanSpec* pAcTable,
+                                             ZmxiDecodeHuffmanState* pDecHuffState) {
+    if (ZmxStatus bad = Args().ptr(pSrc).arg(nSrcLen < 0).ptr(pSrcCurrPos).ptr(pDst).ptr(pLastDC).ptr(pMarker)
+                            .ptr(pDcTable).ptr(pAcTable).ptr(pDecHuffState)) return bad;
+    BitReader in(pSrc, nSrcLen, pSrcCurrPos, pMarker, pDecHuffState);
+    std::memset(pDst, 0, kBlock * sizeof *pDst);
+    if (ZmxStatus failed = decodeDC(in, pDst, pLastDC, *pDcTable)) {
+        pDecHuffState->blockPositions = 0;
+        return failed;
+    }
+    ZmxStatus status = zmxStsNoErr;
+    int k = 1;
+    while (k < kBlock) {
+        int symbol;
+        if ((status = ownpj_DecodeHuffSymbol(in, &symbol, *pAcTable))) break;
+        const int r = symbol >> 4 & 15, s = symbol & 15;
+        if (s == 0) {
+            if (r != 15) break; // end of block, whatever the run
+            k += 16;
+            continue;
+        }
+        const int j = k + r;
+        k = j + 1;
+        if ((status = need(in, s))) break;
+        const int value = extend(in.take(s), s);
+        // A run into the spare entries ends on element 63; behind them it is an error, and blockPositions stays.
+        if (j >= int(own_pj_izigzag_index.size())) return zmxStsErr;
+        pDst[zigzag[std::size_t(j)]] = Zmx16s(value);
+    }
+    pDecHuffState->blockPositions = k;
+    return status;
+}
+
+namespace {
+
+// A symbol by the next 8 bits, zeros behind the end of the data; or kDataEnded, kInvalidCode.
+int directSymbol(DirectReader& in, const ZmxiDecodeHuffmanSpec& table) {
+    if (in.count < 8) {
+        in.refill();
+        if (in.count < 1) return kDataEnded;
+    }
+    const Zmx32u index = in.count < 8 ? in.buf << (8 - in.count) & 255 : bitsAt(in.buf, in.count - 8, 8);
+    const Zmx32u entry = table.fastTable[index];
+    if (entry >> 16 == 0) return ownpj_DecodeLongBits(9, table, in);
+    in.count -= int(entry >> 16); // whether that many bits were held or not
+    return int(entry & 0xFFFF);
+}
+
+// Stores the value of category s; false if there is no bit left for it. With fewer than s bits the count goes negative.
+bool directValue(DirectReader& in, int s, int* pValue) {
+    if (in.count < s) {
+        in.refill();
+        if (in.count < 1) return false;
+    }
+    *pValue = extend(in.take(s), s);
+    return true;
+}
+
+} // namespace
+
+ZmxStatus zmxiDecodeHuffman8x8_Direct_JPEG_1u16s_C1(const Zmx8u* pSrc, int* pSrcBitsLen, Zmx16s* pDst, Zmx16s* pLastDC,
+                                                    int* pMarker, Zmx32u* pPrefetchedBits,
+                                                    Zmx32s* pNumValidPrefetchedBits,
+                                                    const ZmxiDecodeHuffmanSpec* pDcTable,
+                                                    const ZmxiDecodeHuffmanSpec* pAcTable) {
+    // Values are tested as soon as their pointers are good, between the pointers: required here.
+    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pSrcBitsLen)) return bad;
+    if (ZmxStatus bad = Args().arg(*pSrcBitsLen < 0).ptr(pDst).ptr(pLastDC).ptr(pMarker).ptr(pPrefetchedBits)
+                            .ptr(pNumValidPrefetchedBits)) return bad;
+    if (ZmxStatus bad = Args().arg(*pNumValidPrefetchedBits < 0).ptr(pDcTable).ptr(pAcTable)) return bad;
+    DirectReader in(pSrc, *pSrcBitsLen >> 3, pMarker, pPrefetchedBits, pNumValidPrefetchedBits);
+    std::memset(pDst, 0, kBlock * sizeof *pDst);
+
+    int symbol = directSymbol(in, *pDcTable);
+    if (symbol == kDataEnded) return zmxStsNoErr; // quietly, and without storing the position
+    if (symbol == kInvalidCode) return zmxStsDCTRangeErr;
+    int value = 0;
+    if (symbol != 0 && !directValue(in, symbol & 15, &value)) return zmxStsOutOfBufErr;
+    pDst[0] = predictDC(pLastDC, value);
+
+    for (int k = 1; k < kBlock;) {
+        symbol = directSymbol(in, *pAcTable);
+        if (symbol == kDataEnded) { // quietly too: the block stays as far as it got
+            in.count = 0;
+            break;
+        }
+        if (symbol == kInvalidCode) return zmxStsDCTRangeErr;
+        const int r = symbol >> 4, s = symbol & 15;
+        if (s == 0) {
+            if (r != 15) break;
+            k += 16;
+            continue;
+        }
+        if (!directValue(in, s, &value)) return zmxStsOutOfBufErr;
+        // No test of the position: the table reaches as far as any run.
+        pDst[zigzag[std::size_t(k + r)]] = Zmx16s(value);
+        k += r + 1;
+    }
+    *pSrcBitsLen = wrapMul(in.pos, 8);
+    return zmxStsNoErr;
+}

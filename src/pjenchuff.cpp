@@ -1,0 +1,152 @@
+// pjenchuff.cpp - encoding of sequential JPEG blocks (ITU-T T.81, F.1.2), with a bit state and directly, and the counting
+// of their symbols.
+//
+// One walk over the block feeds four sinks: the exact writer, a fast writer for when there is plenty of room, the writer
+// of the Direct function, and the counts.
+#include "pjargs.h"
+#include "pjbitwrite.h"
+#include "pjencwalk.h"
+#include "pjrows.h"
+
+namespace {
+
+constexpr int kZeroRun = 240, kEndOfBlock = 0; // symbols
+
+// Feeds the symbols of a block: sink.dc and sink.ac take a symbol with the value behind it and its category, sink.bare one
+// with none. The first status that is not zero ends the walk.
+template <class Sink> ZmxStatus walkBlock(const Zmx16s* pSrc, int diff, Sink& sink) {
+    if (ZmxStatus failed = sink.dc(category(diff), diff)) return failed;
+    std::uint64_t rest = nonZeroSet(pSrc) & ~std::uint64_t(1);
+    int last = 0;
+    for (; rest != 0; rest &= rest - 1) {
+        const int k = std::countr_zero(rest);
+        int run = k - last - 1;
+        for (; run > 15; run -= 16)
+            if (ZmxStatus failed = sink.bare(kZeroRun)) return failed;
+        const int c = pSrc[own_pj_izigzag_index[std::size_t(k)]];
+        const int n = category(c);
+        if (ZmxStatus failed = sink.ac(run * 16 + n, n, c)) return failed;
+        last = k;
+    }
+    return last < 63 ? sink.bare(kEndOfBlock) : zmxStsNoErr;
+}
+
+int differenceDC(const Zmx16s* pSrc, Zmx16s* pLastDC) {
+    const int diff = pSrc[0] - *pLastDC;
+    *pLastDC = pSrc[0];
+    return diff;
+}
+
+// The code of a symbol. A category of 16 behind a run of 15 lies outside the table: it has no code.
+Zmx32u codeOf(const ZmxiEncodeHuffmanSpec& table, int symbol) { return symbol < 256 ? table.codes[symbol] : 0; }
+
+struct ExactSink {
+    const ZmxiEncodeHuffmanSpec &dcTable, &acTable;
+    BitWriter& out;
+
+    ZmxStatus coded(Zmx32u code, int n, int v) {
+        if (ZmxStatus failed = ownpj_write_bits_jpeg(code & 0xFFFF, int(code >> 16), out)) return failed;
+        return n ? ownpj_write_bits_jpeg(valueBits(v), n, out) : zmxStsNoErr;
+    }
+    ZmxStatus dc(int n, int v) { return coded(dcTable.codes[n], n, v); }
+    ZmxStatus ac(int symbol, int n, int v) { return coded(codeOf(acTable, symbol), n, v); }
+    ZmxStatus bare(int symbol) { return coded(acTable.codes[symbol], 0, 0); }
+};
+
+} // namespace
+
+ZmxStatus zmxiEncodeHuffman8x8_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos,
+                                             Zmx16s* pLastDC, const ZmxiEncodeHuffmanSpec* pDcTable,
+                                             const ZmxiEncodeHuffmanSpec* pAcTable,
+                                             ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState) {
+    // What a flush needs comes first: it has no block. Required here.
+    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pEncHuffState)) return bad;
+    if (bFlushState) return flushWriter(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
+    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pLastDC).ptr(pDcTable).ptr(pAcTable)) return bad;
+
+    const int diff = differenceDC(pSrc, pLastDC);
+    BitWriter out(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
+    ExactSink sink{*pDcTable, *pAcTable, out};
+    return walkBlock(pSrc, diff, sink);
+}
+
+namespace {
+
+// The writer of the Direct function: bits in a 64-bit register, whole bytes out of it.
+class DirectSink {
+    const ZmxiEncodeHuffmanSpec &dcTable, &acTable;
+    Zmx8u* next;
+    std::uint64_t bits;
+    int count; // how many low ones of bits are pending: at most 7 between fields
+
+    ZmxStatus put(Zmx32u code, int n, int v) {
+        const int length = int(code >> 16) + n; // a symbol without a code leaves the value alone
+        bits = bits << length | std::uint64_t(code & 0xFFFF) << n | (valueBits(v) & ((1u << n) - 1));
+        for (count += length; count >= 8;) {
+            count -= 8;
+            const Zmx8u byte = Zmx8u(bits >> count);
+            *next++ = byte;
+            if (byte == 0xFF) *next++ = 0;
+        }
+        return zmxStsNoErr;
+    }
+
+public:
+    DirectSink(const ZmxiEncodeHuffmanSpec& dc, const ZmxiEncodeHuffmanSpec& ac, Zmx8u* byte, int used)
+        : dcTable(dc), acTable(ac), next(byte), bits(used ? std::uint64_t(*byte >> (8 - used)) : 0), count(used) {}
+
+    ZmxStatus dc(int n, int v) { return put(dcTable.codes[n], n, v); }
+    ZmxStatus ac(int symbol, int n, int v) { return put(codeOf(acTable, symbol), n, v); }
+    ZmxStatus bare(int symbol) { return put(acTable.codes[symbol], 0, 0); }
+
+    // The position in bits. The byte under it has been started, with zeros behind the pending bits, if any was written.
+    int finish(const Zmx8u* dst, int from) {
+        const int position = int(Zmx32u(next - dst) * 8 + Zmx32u(count));
+        if (position != from) *next = Zmx8u(bits << (8 - count));
+        return position;
+    }
+};
+
+} // namespace
+
+ZmxStatus zmxiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int* pDstBitsLen, Zmx16s* pLastDC,
+                                                    const ZmxiEncodeHuffmanSpec* pDcTable,
+                                                    const ZmxiEncodeHuffmanSpec* pAcTable) {
+    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDst).ptr(pDstBitsLen).ptr(pLastDC).ptr(pDcTable).ptr(pAcTable)) return bad;
+    const int from = *pDstBitsLen;
+    DirectSink sink(*pDcTable, *pAcTable, pDst + (from >> 3), from & 7);
+    walkBlock(pSrc, differenceDC(pSrc, pLastDC), sink);
+    *pDstBitsLen = sink.finish(pDst, from);
+    return zmxStsNoErr;
+}
+
+namespace {
+
+// Counts in place of writing. The limits of the categories have no counterpart in the encoders.
+struct CountSink {
+    Zmx32u *dcCounts, *acCounts;
+
+    ZmxStatus dc(int n, int) {
+        if (n > 15) return zmxStsDCTRangeErr;
+        ++dcCounts[n];
+        return zmxStsNoErr;
+    }
+    ZmxStatus ac(int symbol, int n, int) {
+        if (n > 14) return zmxStsDCTRangeErr;
+        ++acCounts[symbol];
+        return zmxStsNoErr;
+    }
+    ZmxStatus bare(int symbol) {
+        ++acCounts[symbol];
+        return zmxStsNoErr;
+    }
+};
+
+} // namespace
+
+ZmxStatus zmxiGetHuffmanStatistics8x8_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pDcStatistics, Zmx32u* pAcStatistics,
+                                                  Zmx16s* pLastDC) {
+    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDcStatistics).ptr(pAcStatistics).ptr(pLastDC)) return bad;
+    CountSink sink{pDcStatistics, pAcStatistics};
+    return walkBlock(pSrc, differenceDC(pSrc, pLastDC), sink);
+}
