@@ -3,6 +3,7 @@
 
 #include <csetjmp>
 #include <cstdlib>
+#include <cstring>
 
 extern "C" {
 #include <netpbm/pam.h>
@@ -64,6 +65,7 @@ Image readPnm(std::FILE* file, const std::string& path, std::size_t maxPixels) {
     if (head.depth < 1 || head.depth > 4 || head.maxval > 65535)
         throw ImageError(path + ": PNM: not 1 to 4 channels of up to 16 bits");
     Image image{head.width, head.height, int(head.depth), int(head.maxval), {}};
+    image.cmyk = head.depth == 4 && head.format == PAM_FORMAT && std::strcmp(head.tuple_type, "CMYK") == 0;
     image.samples.resize(image.rowSamples() * std::size_t(image.height));
     Line line(std::size_t(image.width), head.depth);
     for (int y = 0; y < image.height; ++y) {
@@ -85,7 +87,8 @@ void writePnm(std::FILE* file, const std::string& path, const Image& image, bool
     head.height = image.height;
     head.depth = unsigned(image.channels);
     head.maxval = sample(image.maxval);
-    if (image.channels <= 4) std::snprintf(head.tuple_type, sizeof head.tuple_type, "%s", kinds[image.channels - 1]);
+    if (image.channels <= 4)
+        std::snprintf(head.tuple_type, sizeof head.tuple_type, "%s", image.cmyk ? "CMYK" : kinds[image.channels - 1]);
     netpbm(path, [&] { pnm_writepaminit(&head); });
     Line line(std::size_t(image.width), head.depth);
     for (int y = 0; y < image.height; ++y) {
