@@ -10,8 +10,8 @@ ZmxStatus zmxsZero_8u(Zmx8u* pDst, int len);
 ZmxStatus zmxsZero_16s(Zmx16s* pDst, int len);
 ZmxStatus zmxsSet_8u(Zmx8u val, Zmx8u* pDst, int len);
 
-// Where the destination overlaps the source from behind, the bytes are those of a forward element loop for any length
-// up to 3200, and also beyond that when the two lie no further apart than the length.
+// Overlapping vectors are copied as by a forward element loop: a destination a little behind the start of its source
+// repeats the first elements.
 ZmxStatus zmxsCopy_8u(const Zmx8u* pSrc, Zmx8u* pDst, int len);
 
 Zmx8u* ownsZero_8u(Zmx8u* pDst, int len); // returns pDst

@@ -109,7 +109,7 @@ ZMXJ_API ZmxStatus zmxiQuantInv8x8_JPEG_16s_C1I(Zmx16s* pSrcDst, const Zmx16u* p
 
 /** Scales a raw table by a quality factor, in place: with scale 5000 / quality below 50 and 200 - 2 quality from 50
  *  up, each entry becomes (entry x scale + 50) / 100, limited to 1..255. Quality 50 leaves it as it was (but for zero
- *  entries, which become 1), 100 and more give all ones.
+ *  entries, which become 1), 100 gives all ones, and so does more until the 32-bit products wrap (above four millions).
  *
  *  \param pQuantRawTable  64 divisors; their order does not matter
  *  \param qualityFactor   1 or more; there is no upper limit

@@ -1,0 +1,44 @@
+// pidct88.h - what the integer transforms share: eight vectors side by side, one to a lane.
+//
+// A pass transforms the eight columns of a block at once, element k of lane i being in[8 k + i]: plain loops over the
+// lanes that the compiler turns into vector code. A pass over the rows is the same between two transpositions.
+#pragma once
+
+#include "pjwrap.h"
+
+// A block of 64 elements that a pass reads or writes.
+struct alignas(32) Block16s {
+    Zmx16s at[64];
+};
+
+// Transposes a block: three perfect shuffles of 64 elements turn the index rrrccc into cccrrr.
+inline void shuffle(const Zmx16s* in, Zmx16s* out) {
+    for (int i = 0; i < 32; ++i) {
+        out[2 * i] = in[i];
+        out[2 * i + 1] = in[i + 32];
+    }
+}
+inline void transpose(const Zmx16s* in, Zmx16s* out) {
+    Block16s a, b;
+    shuffle(in, a.at);
+    shuffle(a.at, b.at);
+    shuffle(b.at, out);
+}
+
+// 32-bit sums and products that wrap; the product of an element and a constant of 16 bits each cannot.
+using Wrapping = Zmx32u;
+constexpr Wrapping product(Zmx16s x, Zmx16s constant) { return Wrapping(x * constant); }
+constexpr Zmx32s shiftRight(Wrapping v, int n) { return Zmx32s(v) >> n; }
+
+// How a pass ends: the first leaves three fraction bits, the second none.
+struct First {
+    static constexpr Wrapping half = 1 << 11;
+    static constexpr int shift = 12;
+};
+struct Second {
+    static constexpr Wrapping half = 1 << 20;
+    static constexpr int shift = 21;
+};
+
+// Results keep their 16 low bits: nothing saturates.
+template <class Pass> constexpr Zmx16s ended(Wrapping v) { return wrap16s(shiftRight(v + Pass::half, Pass::shift)); }
