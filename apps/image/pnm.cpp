@@ -58,7 +58,7 @@ struct Line {
 
 Image readPnm(std::FILE* file, const std::string& path, std::size_t maxPixels) {
     startNetpbm();
-    pam head;
+    pam head{};
     netpbm(path, [&] { pnm_readpaminit(file, &head, int(sizeof head)); });
     if (std::size_t(head.width) * std::size_t(head.height) > maxPixels)
         throw ImageError(path + ": PNM: more pixels than the limit allows");

@@ -70,18 +70,20 @@ void BlockReader::restart() {
         if (--missing == 0) open(stop + 2);
         return;
     }
-    // Codes below SOF0 are no markers: damage within the data.
-    while (stop < size && data[stop + 1] < SOF0) stop = findMarker(data, size, stop + 2);
+    // Codes below SOF0 are no markers but damage within the data; one or two numbers back there is data whose place
+    // has gone by.
+    const auto ahead = [&] { return (data[stop + 1] - RST0 - number) & 7; };
+    while (stop < size && (data[stop + 1] < SOF0 || (isRestart(data[stop + 1]) && ahead() >= 6)))
+        stop = findMarker(data, size, stop + 2);
     if (stop == size || !isRestart(data[stop + 1])) {
         resumable = false;
         lose(stop == size ? "the file ends in the scan" : "a restart marker is missing");
         return;
     }
-    const int ahead = (data[stop + 1] - RST0 - number) & 7;
-    if (ahead == 0) return open(stop + 2);
+    if (ahead() == 0) return open(stop + 2);
     lose("a restart marker out of turn");
     // One or two too far on: those before it were destroyed with their data. Else its number is what is damaged.
-    if (ahead <= 2) missing = ahead;
+    if (ahead() <= 2) missing = ahead();
     else open(stop + 2);
 }
 

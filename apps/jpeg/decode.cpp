@@ -167,14 +167,16 @@ private:
     // Calls `mcu` for all MCUs of a scan, with the restarts between them, until nothing more can come (`all`: to
     // the last, blocks then being zero). Says from which row on blocks were lost.
     template <class Mcu> void eachMcu(BlockReader& source, int columns, int rows, int rowHeight, bool all, Mcu mcu) {
-        int untilRestart = source.restartInterval(), firstLost = -1;
+        int untilRestart = source.restartInterval(), firstLost = -1, previous = 0;
         for (int y = 0; y < rows && (all || !source.over()); ++y)
             for (int x = 0; x < columns; ++x) {
                 if (source.restartInterval() && untilRestart-- == 0) {
                     source.restart();
                     untilRestart = source.restartInterval() - 1;
                 }
-                if (!mcu(x, y) && firstLost < 0) firstLost = y * rowHeight;
+                // The MCU before may have ended with the data: only the next one tells.
+                if (!mcu(x, y) && firstLost < 0) firstLost = previous;
+                previous = y * rowHeight;
             }
         if (firstLost >= 0) warn(source.trouble() + "; rows from " + std::to_string(firstLost) + " on are incomplete");
         else if (!source.trouble().empty()) warn(source.trouble());
