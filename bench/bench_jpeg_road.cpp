@@ -22,7 +22,7 @@ const Bytes* photo() {
     static const auto pixels = []() -> std::unique_ptr<Bytes> {
         const char* path = std::getenv("ZMX_PHOTO");
         try {
-            const Bytes file = readBytes(path ? path : "/usr/share/backgrounds/mate/nature/RainDrops.jpg");
+            const Bytes file = readBytes(path ? path : "/usr/share/backgrounds/mate/nature/Blinds.jpg");
             const jpeg::Picture p = jpeg::decode(file.data(), file.size());
             const Image all = from8bit(p.pixels.data(), p.width, p.height, p.channels);
             return std::make_unique<Bytes>(to8bit(crop(all, (p.width - kWidth) / 2, (p.height - kHeight) / 2, kWidth, kHeight)));
