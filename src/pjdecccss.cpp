@@ -1,14 +1,15 @@
 // pjdecccss.cpp - decoded minimum coded units to pixels: chroma replication, colour, level shift, saturation in one pass.
 //
 // Each row of chroma is turned into what it adds to the pixels that it covers; each row of luma under it is added, and
-// the channels are packed into pixels. All of it is in 16-bit lanes: a row is a row of Zmx16s.
+// the channels are packed into pixels. All of it is in 16-bit lanes, eight of them to a vector: rows are rows of Zmx16s,
+// and pixels are put together of 16-bit halves, the lower byte first as x86 stores them.
 #include "zmxj.h"
 
 #include "pjargs.h"
 #include "pjmcu.h"
 #include "pjrows.h"
 
-#include <algorithm>
+#include <cstdint>
 
 namespace {
 
@@ -22,7 +23,11 @@ struct Channels {
     Row of[4];
 };
 
-Zmx16s saturatedShift(Zmx16s v) { return Zmx16s(std::clamp<Zmx16s>(v, -128, 127) + 128); }
+// By value: references, as of std::min, keep the compiler from vector code.
+constexpr Zmx16s lesser(Zmx16s a, Zmx16s b) { return a < b ? a : b; }
+constexpr Zmx16s greater(Zmx16s a, Zmx16s b) { return a > b ? a : b; }
+
+constexpr Zmx16s saturatedShift(Zmx16s v) { return Zmx16s(lesser(greater(v, -128), 127) + 128); }
 
 // Each of the eight elements once or twice.
 template <class U> void replicate(const Row& from, Row& to) {
@@ -42,8 +47,8 @@ public:
         for (int x = 0; x < 8; ++x) {
             const Zmx16s t = term.at[x];
             // Beyond the limits of 32640 every luma is on the inner side of the bound.
-            lowest.at[x] = Zmx16s(-128 - std::min<Zmx16s>(t, 32640));
-            highest.at[x] = Zmx16s(127 - std::max<Zmx16s>(t, -32640));
+            lowest.at[x] = Zmx16s(-128 - lesser(t, 32640));
+            highest.at[x] = Zmx16s(127 - greater(t, -32640));
             added.at[x] = wrap16s(t + 128);
         }
         replicate<U>(lowest, low);
@@ -53,7 +58,7 @@ public:
 
     void add(const Zmx16s* luma, int left, Row& channel) const {
         for (int x = 0; x < 8; ++x) {
-            const Zmx16s limited = std::min(std::max(luma[x], low.at[left + x]), high.at[left + x]);
+            const Zmx16s limited = lesser(greater(luma[x], low.at[left + x]), high.at[left + x]);
             channel.at[left + x] = wrap16s(limited + offset.at[left + x]);
         }
     }
@@ -112,16 +117,18 @@ public:
 template <int C0, int C1, int C2> struct Bytes3 {
     static constexpr int planes = 3;
     template <int Width> static void put(const Channels& row, Zmx8u* dst) {
-        Zmx8u quads[4 * Width];
+        // Four bytes a pixel, the lowest first, then two pixels without the gap between them.
+        Zmx16u halves[2 * Width];
         for (int x = 0; x < Width; ++x) {
-            quads[4 * x] = Zmx8u(row.of[C0].at[x]);
-            quads[4 * x + 1] = Zmx8u(row.of[C1].at[x]);
-            quads[4 * x + 2] = Zmx8u(row.of[C2].at[x]);
-            quads[4 * x + 3] = 0;
+            halves[2 * x] = Zmx16u(row.of[C0].at[x] | row.of[C1].at[x] << 8);
+            halves[2 * x + 1] = Zmx16u(row.of[C2].at[x]);
         }
-        // Each pixel overwrites the fourth byte of the one before; the last has only three.
-        for (int x = 0; x < Width - 1; ++x) std::memcpy(dst + 3 * x, quads + 4 * x, 4);
-        std::memcpy(dst + 3 * (Width - 1), quads + 4 * (Width - 1), 3);
+        std::uint64_t pairs[Width / 2];
+        std::memcpy(pairs, halves, sizeof pairs);
+        for (auto& pair : pairs) pair = (pair & 0xffffff) | (pair >> 8 & 0xffffff000000);
+        // Each pair overwrites the two bytes too many of the one before; the last has only its six.
+        for (int i = 0; i < Width / 2 - 1; ++i) std::memcpy(dst + 6 * i, pairs + i, 8);
+        std::memcpy(dst + 6 * (Width / 2 - 1), pairs + Width / 2 - 1, 6);
     }
 };
 using ToRGB = Bytes3<0, 1, 2>;
@@ -144,10 +151,9 @@ struct ToCMYK {
     static constexpr int planes = 4;
     template <int Width> static void put(const Channels& row, Zmx8u* dst) {
         for (int x = 0; x < Width; ++x) {
-            dst[4 * x] = Zmx8u(255 - row.of[0].at[x]);
-            dst[4 * x + 1] = Zmx8u(255 - row.of[1].at[x]);
-            dst[4 * x + 2] = Zmx8u(255 - row.of[2].at[x]);
-            dst[4 * x + 3] = Zmx8u(row.of[3].at[x] + 128); // K alone wraps
+            store(dst, 2 * x, Zmx16u((255 - row.of[0].at[x]) | (255 - row.of[1].at[x]) << 8));
+            const int k = row.of[3].at[x] + 128; // K alone wraps
+            store(dst, 2 * x + 1, Zmx16u((255 - row.of[2].at[x]) | k << 8));
         }
     }
 };
@@ -157,10 +163,8 @@ struct ToYCbYCr {
     static constexpr int planes = 3;
     template <int Width> static void put(const Channels& row, Zmx8u* dst) {
         for (int x = 0; x < Width; x += 2) {
-            dst[2 * x] = Zmx8u(row.of[0].at[x]);
-            dst[2 * x + 1] = Zmx8u(row.of[1].at[x]);
-            dst[2 * x + 2] = Zmx8u(row.of[0].at[x + 1]);
-            dst[2 * x + 3] = Zmx8u(row.of[2].at[x]);
+            store(dst, x, Zmx16u(row.of[0].at[x] | row.of[1].at[x] << 8));
+            store(dst, x + 1, Zmx16u(row.of[0].at[x + 1] | row.of[2].at[x] << 8));
         }
     }
 };

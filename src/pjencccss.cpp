@@ -1,32 +1,46 @@
 // pjencccss.cpp - pixels to minimum coded units: colour, chroma reduction, level shift in one pass.
 //
-// Each row of pixels is split into channels, a row of Zmx16s each. The luma is formed pixel by pixel; the channels are
-// summed over the pixels that share a chroma sample, and the chroma is formed of the sums.
+// The pixels of a unit are split into channels. The luma is formed pixel by pixel; the channels are summed over the pixels
+// that share a chroma sample, and the chroma is formed of the sums. All are plain loops over the unit in 16-bit lanes.
+// Pixels are taken apart by 16-bit halves, the lower byte first as x86 stores them.
 #include "zmxj.h"
 
 #include "pjargs.h"
 #include "pjmcu.h"
 #include "pjrows.h"
 
+#include <cstdint>
+
 namespace {
 
-// Three or four channels of a row of pixels, or sums of them: 0 to 1020.
-struct Channels {
-    alignas(32) Zmx16s of[4][16];
+// Three or four channels of all pixels of a unit, row by row.
+template <class U> struct Channels {
+    alignas(32) Zmx16u of[4][U::pixels];
 };
 
 // How pixels become the channels R, G, B (and K), or Y, Cb, Cr.
 template <int C0, int C1, int C2> struct Bytes3 {
     static constexpr int planes = 3;
-    template <int Width> static void get(const Zmx8u* src, Channels& row) {
-        // Four bytes a pixel, the fourth of no account; the last pixel has only three.
-        Zmx8u quads[4 * Width];
-        for (int x = 0; x < Width - 1; ++x) std::memcpy(quads + 4 * x, src + 3 * x, 4);
-        std::memcpy(quads + 4 * (Width - 1), src + 3 * (Width - 1), 3);
-        for (int x = 0; x < Width; ++x) {
-            row.of[C0][x] = quads[4 * x];
-            row.of[C1][x] = quads[4 * x + 1];
-            row.of[C2][x] = quads[4 * x + 2];
+    template <class U> static void get(const void* src, int srcStep, Channels<U>& to) {
+        // Two pixels at a time, then a gap is put between them: four bytes a pixel. The last pair of a row is read
+        // without what follows it. The rows are gathered first, for narrow stores that are read at once by wide loads
+        // would stall.
+        constexpr int perRow = U::width / 2;
+        std::uint64_t pairs[U::pixels / 2];
+        for (int y = 0; y < U::height; ++y) {
+            const Zmx8u* const row = rowAt(src, srcStep, y);
+            std::uint64_t* const rowPairs = pairs + perRow * y;
+            for (int i = 0; i < perRow - 1; ++i) std::memcpy(rowPairs + i, row + 6 * i, 8);
+            rowPairs[perRow - 1] = 0;
+            std::memcpy(rowPairs + perRow - 1, row + 6 * (perRow - 1), 6);
+        }
+        for (auto& pair : pairs) pair = (pair & 0xffffff) | (pair << 8 & 0xffffff00000000);
+        const auto* const halves = reinterpret_cast<const Zmx8u*>(pairs);
+        for (int i = 0; i < U::pixels; ++i) {
+            const auto low = load<Zmx16u>(halves, 2 * i), high = load<Zmx16u>(halves, 2 * i + 1);
+            to.of[C0][i] = low & 255;
+            to.of[C1][i] = low >> 8;
+            to.of[C2][i] = high;
         }
     }
 };
@@ -36,14 +50,15 @@ using FromYCbCr = Bytes3<0, 1, 2>;
 
 template <int GreenBits> struct Packed {
     static constexpr int planes = 3;
-    template <int Width> static void get(const Zmx8u* src, Channels& row) {
+    template <class U> static void get(const void* src, int srcStep, Channels<U>& to) {
         // Each field is widened by zeros below; the highest bit of 555 is no part of red.
-        for (int x = 0; x < Width; ++x) {
-            const int v = load<Zmx16u>(src, x);
-            row.of[0][x] = Zmx16s((v >> (5 + GreenBits) & 31) << 3);
-            row.of[1][x] = Zmx16s((v >> 5 & ((1 << GreenBits) - 1)) << (8 - GreenBits));
-            row.of[2][x] = Zmx16s((v & 31) << 3);
-        }
+        for (int y = 0; y < U::height; ++y)
+            for (int x = 0; x < U::width; ++x) {
+                const auto v = load<Zmx16u>(rowAt(src, srcStep, y), x);
+                to.of[0][U::width * y + x] = (v >> (5 + GreenBits) & 31) << 3;
+                to.of[1][U::width * y + x] = Zmx16u((v >> 5 & ((1 << GreenBits) - 1)) << (8 - GreenBits));
+                to.of[2][U::width * y + x] = (v & 31) << 3;
+            }
     }
 };
 using FromBGR555 = Packed<5>;
@@ -51,82 +66,92 @@ using FromBGR565 = Packed<6>;
 
 struct FromCMYK {
     static constexpr int planes = 4;
-    template <int Width> static void get(const Zmx8u* src, Channels& row) {
-        for (int x = 0; x < Width; ++x) {
-            row.of[0][x] = Zmx16s(255 - src[4 * x]);
-            row.of[1][x] = Zmx16s(255 - src[4 * x + 1]);
-            row.of[2][x] = Zmx16s(255 - src[4 * x + 2]);
-            row.of[3][x] = src[4 * x + 3];
-        }
+    template <class U> static void get(const void* src, int srcStep, Channels<U>& to) {
+        for (int y = 0; y < U::height; ++y)
+            for (int x = 0; x < U::width; ++x) {
+                const Zmx8u* const row = rowAt(src, srcStep, y);
+                const auto low = load<Zmx16u>(row, 2 * x), high = load<Zmx16u>(row, 2 * x + 1);
+                to.of[0][U::width * y + x] = 255 - (low & 255);
+                to.of[1][U::width * y + x] = Zmx16u(255 - (low >> 8));
+                to.of[2][U::width * y + x] = 255 - (high & 255);
+                to.of[3][U::width * y + x] = high >> 8;
+            }
     }
 };
 
-// Two bytes a pixel: luma, and Cb or Cr of the pair, which is put to both pixels.
+// Two bytes a pixel: luma, and Cb or Cr of the pair, which goes to both pixels.
 struct FromYCbYCr {
     static constexpr int planes = 3;
-    template <int Width> static void get(const Zmx8u* src, Channels& row) {
-        for (int x = 0; x < Width; x += 2) {
-            row.of[0][x] = src[2 * x];
-            row.of[0][x + 1] = src[2 * x + 2];
-            row.of[1][x] = row.of[1][x + 1] = src[2 * x + 1];
-            row.of[2][x] = row.of[2][x + 1] = src[2 * x + 3];
-        }
+    template <class U> static void get(const void* src, int srcStep, Channels<U>& to) {
+        for (int y = 0; y < U::height; ++y)
+            for (int x = 0; x < U::width; x += 2) {
+                const Zmx8u* const row = rowAt(src, srcStep, y);
+                const auto left = load<Zmx16u>(row, x), right = load<Zmx16u>(row, x + 1);
+                const int i = U::width * y + x;
+                to.of[0][i] = left & 255;
+                to.of[0][i + 1] = right & 255;
+                to.of[1][i] = to.of[1][i + 1] = left >> 8;
+                to.of[2][i] = to.of[2][i + 1] = right >> 8;
+            }
     }
 };
 
-// The colour formulas, N being the number of pixels that were summed, as a power of two. No rounding term: the floor is
-// taken in all three lines (the conversions of whole planes round). The chroma has no offset, the level shift is in.
+// The colour formulas; the chroma takes sums over two to the power of N pixels. No rounding term: the floor is taken in
+// all three lines (the conversions of whole planes round). The chroma has no offset, for the level shift is in.
 struct Coloured {
-    static Zmx16s luma(int r, int g, int b) { return Zmx16s(((19595 * r + 38470 * g + 7471 * b) >> 16) - 128); }
-    template <int N> static Zmx16s cb(int r, int g, int b) {
+    static Zmx16s luma(Zmx16u r, Zmx16u g, Zmx16u b) {
+        return Zmx16s(((19595u * r + 38470u * g + 7471u * b) >> 16) - 128);
+    }
+    template <int N> static Zmx16s cb(Zmx16s r, Zmx16s g, Zmx16s b) {
         return Zmx16s((-11059 * r - 21709 * g + 32768 * b) >> (16 + N));
     }
-    template <int N> static Zmx16s cr(int r, int g, int b) {
+    template <int N> static Zmx16s cr(Zmx16s r, Zmx16s g, Zmx16s b) {
         return Zmx16s((32768 * r - 27439 * g - 5329 * b) >> (16 + N));
     }
 };
 
 // No colour conversion: the floor of the mean.
 struct Plain {
-    static Zmx16s luma(int y, int, int) { return Zmx16s(y - 128); }
-    template <int N> static Zmx16s cb(int, int cb, int) { return Zmx16s((cb - (128 << N)) >> N); }
-    template <int N> static Zmx16s cr(int, int, int cr) { return Zmx16s((cr - (128 << N)) >> N); }
+    static Zmx16s luma(Zmx16u y, Zmx16u, Zmx16u) { return Zmx16s(y - 128); }
+    template <int N> static Zmx16s cb(Zmx16s, Zmx16s cb, Zmx16s) { return Zmx16s((cb - (128 << N)) >> N); }
+    template <int N> static Zmx16s cr(Zmx16s, Zmx16s, Zmx16s cr) { return Zmx16s((cr - (128 << N)) >> N); }
 };
 
-template <class U> void sumPairs(Channels& row) {
-    if constexpr (U::shiftX == 1)
-        for (auto& channel : row.of)
-            for (int x = 0; x < 8; ++x) channel[x] = Zmx16s(channel[2 * x] + channel[2 * x + 1]);
+// The 64 sums of a channel over the pixels that share a chroma sample: pairs of rows first, then pairs in the row.
+template <class U> void sum(const Zmx16u* channel, Zmx16s* sums) {
+    Zmx16u rows[8 * U::width];
+    for (int y = 0; y < 8; ++y)
+        for (int x = 0; x < U::width; ++x) {
+            const Zmx16u* const top = channel + ((U::width * y) << U::shiftY) + x;
+            rows[U::width * y + x] = U::shiftY ? Zmx16u(top[0] + top[U::width]) : top[0];
+        }
+    for (int i = 0; i < 64; ++i) sums[i] = U::shiftX ? Zmx16s(rows[2 * i] + rows[2 * i + 1]) : Zmx16s(rows[i]);
 }
 
 template <class U, class In, class Colour>
 ZmxStatus pixelsToUnit(const void* src, int srcStep, Zmx16s* const* dst) {
     // The step ahead of the planes: required here, the decoding side has it behind them.
     if (ZmxStatus bad = Args().ptr(src).ptr(dst).step(srcStep).planes(dst, In::planes)) return bad;
-    constexpr int summed = U::shiftX + U::shiftY;
-    for (int cy = 0; cy < 8; ++cy) {
-        Channels sums{};
-        for (int y = cy << U::shiftY; y < (cy + 1) << U::shiftY; ++y) {
-            Channels row;
-            In::template get<U::width>(rowAt(src, srcStep, y), row);
-            for (int left = 0; left < U::width; left += 8) {
-                Zmx16s* const luma = dst[0] + U::rowAt(left / 8, y);
-                for (int x = 0; x < 8; ++x)
-                    luma[x] = Colour::luma(row.of[0][left + x], row.of[1][left + x], row.of[2][left + x]);
-                if constexpr (In::planes == 4) {
-                    Zmx16s* const key = dst[3] + U::rowAt(left / 8, y);
-                    for (int x = 0; x < 8; ++x) key[x] = Zmx16s(row.of[3][left + x] - 128);
-                }
+    Channels<U> from;
+    In::template get<U>(src, srcStep, from);
+
+    for (int y = 0; y < U::height; ++y)
+        for (int h = 0; h < U::width / 8; ++h) {
+            const int left = U::width * y + 8 * h;
+            Zmx16s* const luma = dst[0] + U::rowAt(h, y);
+            for (int x = 0; x < 8; ++x)
+                luma[x] = Colour::luma(from.of[0][left + x], from.of[1][left + x], from.of[2][left + x]);
+            if constexpr (In::planes == 4) {
+                Zmx16s* const key = dst[3] + U::rowAt(h, y);
+                for (int x = 0; x < 8; ++x) key[x] = Zmx16s(from.of[3][left + x] - 128);
             }
-            for (int c = 0; c < 3; ++c)
-                for (int x = 0; x < U::width; ++x) sums.of[c][x] = Zmx16s(sums.of[c][x] + row.of[c][x]);
         }
-        sumPairs<U>(sums);
-        for (int x = 0; x < 8; ++x) {
-            dst[1][8 * cy + x] = Colour::template cb<summed>(sums.of[0][x], sums.of[1][x], sums.of[2][x]);
-            dst[2][8 * cy + x] = Colour::template cr<summed>(sums.of[0][x], sums.of[1][x], sums.of[2][x]);
-        }
-    }
+
+    Zmx16s sums[3][64];
+    for (int c = 0; c < 3; ++c) sum<U>(from.of[c], sums[c]);
+    constexpr int summed = U::shiftX + U::shiftY;
+    for (int i = 0; i < 64; ++i) dst[1][i] = Colour::template cb<summed>(sums[0][i], sums[1][i], sums[2][i]);
+    for (int i = 0; i < 64; ++i) dst[2][i] = Colour::template cr<summed>(sums[0][i], sums[1][i], sums[2][i]);
     return zmxStsNoErr;
 }
 

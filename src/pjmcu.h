@@ -6,7 +6,7 @@
 // A unit whose chroma has a half of its luma's width (ShiftX 1) or height (ShiftY 1), or as much (0).
 template <int ShiftX, int ShiftY> struct Unit {
     static constexpr int shiftX = ShiftX, shiftY = ShiftY;
-    static constexpr int width = 8 << ShiftX, height = 8 << ShiftY;
+    static constexpr int width = 8 << ShiftX, height = 8 << ShiftY, pixels = width * height;
 
     // Where pixel row y of column block h stands in a plane of full resolution: blocks follow one another, left to
     // right, then top to bottom.

@@ -13,8 +13,8 @@ enum class Pixel { RGB, BGR, BGR555, BGR565, CMYK, YCC, Pairs422 };
 
 int unitWidth(Sampling s);
 int unitHeight(Sampling s);
-int planesOf(Pixel p);                // 3, or 4 for CMYK
-int pixelBytes(Pixel p);              // Pairs422: two for each pixel
+int planesOf(Pixel p);                   // 3, or 4 for CMYK
+int pixelBytes(Pixel p);                 // Pairs422: two for each pixel
 int planeSamples(Sampling s, int plane); // of the unit's planes: chroma has one block
 
 // A unit of signed samples to pixels, and pixels to a unit. 16-bit pixels are in the machine's byte order.
