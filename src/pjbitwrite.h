@@ -13,6 +13,10 @@ inline int category(int v) {
     return a < 256 ? own_pj_csize[a] : own_pj_csize[a >> 8] + 8;
 }
 
+// The size of an end-of-band run: how many bits stand behind its symbol. Only a state from elsewhere has a run that the
+// table does not reach; the indices stay inside it then.
+inline int eobSize(Zmx32u run) { return run < 256 ? own_pj_eobsize[run] : own_pj_eobsize[run >> 8 & 511] + 8; }
+
 // What an encoder writes for v behind its category: the low bits of this.
 inline Zmx32u valueBits(int v) { return Zmx32u(v < 0 ? v - 1 : v); }
 
@@ -45,10 +49,18 @@ private:
 // zmxStsOutOfBufErr when the destination is full: what was pending stays as it was, the bytes already stored stay too.
 ZmxStatus ownpj_write_bits_jpeg(Zmx32u bits, int nBits, BitWriter& out);
 
-// Writes the code of a symbol. A category of 16 behind a run of 15 lies outside the table: it has no code.
+// The code of a symbol. A category of 16 behind a run of 15 lies outside the table: it has no code.
+inline Zmx32u codeOf(const ZmxiEncodeHuffmanSpec& table, int symbol) { return symbol < 256 ? table.codes[symbol] : 0; }
+
 inline ZmxStatus writeSymbol(const ZmxiEncodeHuffmanSpec& table, int symbol, BitWriter& out) {
-    const Zmx32u code = symbol < 256 ? table.codes[symbol] : 0;
+    const Zmx32u code = codeOf(table, symbol);
     return ownpj_write_bits_jpeg(code & 0xFFFF, int(code >> 16), out);
+}
+
+// Writes a symbol and the n bits of the value v behind it.
+inline ZmxStatus writeCoded(const ZmxiEncodeHuffmanSpec& table, int symbol, int n, int v, BitWriter& out) {
+    if (ZmxStatus failed = writeSymbol(table, symbol, out)) return failed;
+    return n ? ownpj_write_bits_jpeg(valueBits(v), n, out) : zmxStsNoErr;
 }
 
 // Fills the last byte with one-bits, drops those that are too many, and initialises the state whatever the write says.

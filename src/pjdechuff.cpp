@@ -1,34 +1,12 @@
 // pjdechuff.cpp - decoding of sequential JPEG blocks (ITU-T T.81, F.2.2), with a bit state and directly.
 #include "pjargs.h"
-#include "pjbitread.h"
-#include "pjwrap.h"
-#include "pjzigzag.h"
+#include "pjdecwalk.h"
 
 #include <cstring>
 
 namespace {
 
 constexpr int kBlock = 64;
-
-// The zig-zag walk as far as a damaged stream can carry it: a run of 15 from position 63 ends on 78. Behind the standard
-// walk and its eight spare entries every step stays on element 63 as well.
-constexpr auto zigzag = tableOf<80>([](int k) { return Zmx8u(zigzagStep(k)); });
-
-// The DC coefficient of a symbol whose extra bits give diff; the prediction is kept to 16 bits.
-Zmx16s predictDC(Zmx16s* pLastDC, int diff) { return *pLastDC = wrap16s(*pLastDC + diff); }
-
-ZmxStatus decodeDC(BitReader& in, Zmx16s* pDst, Zmx16s* pLastDC, const ZmxiDecodeHuffmanSpec& table) {
-    int symbol;
-    if (ZmxStatus failed = ownpj_DecodeHuffSymbol(in, &symbol, table)) return failed;
-    int diff = 0;
-    if (symbol != 0) { // a symbol without a category, such as 0x10, asks for no bits but does look at the count
-        const int s = symbol & 15;
-        if (ZmxStatus failed = need(in, s)) return failed;
-        diff = extend(in.take(s), s);
-    }
-    pDst[0] = predictDC(pLastDC, diff);
-    return zmxStsNoErr;
-}
 
 } // namespace
 
@@ -40,10 +18,11 @@ ZmxStatus zmxiDecodeHuffman8x8_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int
                             .ptr(pDcTable).ptr(pAcTable).ptr(pDecHuffState)) return bad;
     BitReader in(pSrc, nSrcLen, pSrcCurrPos, pMarker, pDecHuffState);
     std::memset(pDst, 0, kBlock * sizeof *pDst);
-    if (ZmxStatus failed = decodeDC(in, pDst, pLastDC, *pDcTable)) {
+    if (ZmxStatus failed = decodeDC(in, pLastDC, *pDcTable)) {
         pDecHuffState->blockPositions = 0;
         return failed;
     }
+    pDst[0] = *pLastDC;
     ZmxStatus status = zmxStsNoErr;
     int k = 1;
     while (k < kBlock) {
@@ -61,7 +40,7 @@ ZmxStatus zmxiDecodeHuffman8x8_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int
         const int value = extend(in.take(s), s);
         // A run into the spare entries ends on element 63; behind them it is an error, and blockPositions stays.
         if (j >= int(own_pj_izigzag_index.size())) return zmxStsErr;
-        pDst[zigzag[std::size_t(j)]] = Zmx16s(value);
+        pDst[zigzagReach[std::size_t(j)]] = Zmx16s(value);
     }
     pDecHuffState->blockPositions = k;
     return status;
@@ -112,7 +91,7 @@ ZmxStatus zmxiDecodeHuffman8x8_Direct_JPEG_1u16s_C1(const Zmx8u* pSrc, int* pSrc
     if (symbol == kInvalidCode) return zmxStsDCTRangeErr;
     int value = 0;
     if (symbol != 0 && !directValue(in, symbol & 15, &value)) return zmxStsOutOfBufErr;
-    pDst[0] = predictDC(pLastDC, value);
+    pDst[0] = *pLastDC = wrap16s(*pLastDC + value);
 
     for (int k = 1; k < kBlock;) {
         symbol = directSymbol(in, *pAcTable);
@@ -129,7 +108,7 @@ ZmxStatus zmxiDecodeHuffman8x8_Direct_JPEG_1u16s_C1(const Zmx8u* pSrc, int* pSrc
         }
         if (!directValue(in, s, &value)) return zmxStsOutOfBufErr;
         // No test of the position: the table reaches as far as any run.
-        pDst[zigzag[std::size_t(k + r)]] = Zmx16s(value);
+        pDst[zigzagReach[std::size_t(k + r)]] = Zmx16s(value);
         k += r + 1;
     }
     *pSrcBitsLen = wrapMul(in.pos, 8);

@@ -6,7 +6,6 @@
 #include "pjargs.h"
 #include "pjbitwrite.h"
 #include "pjencwalk.h"
-#include "pjrows.h"
 
 namespace {
 
@@ -16,19 +15,17 @@ constexpr int kZeroRun = 240, kEndOfBlock = 0; // symbols
 // with none. The first status that is not zero ends the walk.
 template <class Sink> ZmxStatus walkBlock(const Zmx16s* pSrc, int diff, Sink& sink) {
     if (ZmxStatus failed = sink.dc(category(diff), diff)) return failed;
-    std::uint64_t rest = nonZeroSet(pSrc) & ~std::uint64_t(1);
-    int last = 0;
-    for (; rest != 0; rest &= rest - 1) {
-        const int k = std::countr_zero(rest);
-        int run = k - last - 1;
+    const std::uint64_t set = zigzagSet(pSrc, [](Zmx16s c) { return c != 0; }) & positions(1, 63);
+    int next = 1; // behind the last coefficient coded
+    const ZmxStatus status = forEachPosition(set, [&](int k) -> ZmxStatus {
+        int run = k - next;
         for (; run > 15; run -= 16)
             if (ZmxStatus failed = sink.bare(kZeroRun)) return failed;
-        const int c = pSrc[own_pj_izigzag_index[std::size_t(k)]];
-        const int n = category(c);
-        if (ZmxStatus failed = sink.ac(run * 16 + n, n, c)) return failed;
-        last = k;
-    }
-    return last < 63 ? sink.bare(kEndOfBlock) : zmxStsNoErr;
+        const int c = pSrc[own_pj_izigzag_index[std::size_t(k)]], n = category(c);
+        next = k + 1;
+        return sink.ac(run * 16 + n, n, c);
+    });
+    return status || next > 63 ? status : sink.bare(kEndOfBlock);
 }
 
 int differenceDC(const Zmx16s* pSrc, Zmx16s* pLastDC) {
@@ -37,20 +34,13 @@ int differenceDC(const Zmx16s* pSrc, Zmx16s* pLastDC) {
     return diff;
 }
 
-// The code of a symbol. A category of 16 behind a run of 15 lies outside the table: it has no code.
-Zmx32u codeOf(const ZmxiEncodeHuffmanSpec& table, int symbol) { return symbol < 256 ? table.codes[symbol] : 0; }
-
 struct ExactSink {
     const ZmxiEncodeHuffmanSpec &dcTable, &acTable;
     BitWriter& out;
 
-    ZmxStatus coded(Zmx32u code, int n, int v) {
-        if (ZmxStatus failed = ownpj_write_bits_jpeg(code & 0xFFFF, int(code >> 16), out)) return failed;
-        return n ? ownpj_write_bits_jpeg(valueBits(v), n, out) : zmxStsNoErr;
-    }
-    ZmxStatus dc(int n, int v) { return coded(dcTable.codes[n], n, v); }
-    ZmxStatus ac(int symbol, int n, int v) { return coded(codeOf(acTable, symbol), n, v); }
-    ZmxStatus bare(int symbol) { return coded(acTable.codes[symbol], 0, 0); }
+    ZmxStatus dc(int n, int v) { return writeCoded(dcTable, n, n, v, out); }
+    ZmxStatus ac(int symbol, int n, int v) { return writeCoded(acTable, symbol, n, v, out); }
+    ZmxStatus bare(int symbol) { return writeSymbol(acTable, symbol, out); }
 };
 
 } // namespace

@@ -1,4 +1,4 @@
-// pjencwalk.h - which coefficients of a block are not zero, in zig-zag order.
+// pjencwalk.h - which coefficients of a block an encoder has to look at, in zig-zag order.
 #pragma once
 
 #include "pjzigzag.h"
@@ -19,11 +19,11 @@ inline constexpr auto zigzagSets = tableOf<16>([](int i) {
 });
 static_assert(zigzagSets[0][15] == (1u | 1u << 1 | 1u << 5 | 1u << 6));
 
-// Bit k of the result: the coefficient at zig-zag position k is not zero. Asking all 64 at once has no branches to
-// mispredict, and costs less than walking over the zeros.
-inline std::uint64_t nonZeroSet(const Zmx16s* block) {
+// Bit k of the result: the coefficient at zig-zag position k is one that is wanted. Asking for all 64 at once has no
+// branches to mispredict, and costs less than walking over the zeros.
+template <class Wanted> std::uint64_t zigzagSet(const Zmx16s* block, Wanted wanted) {
     Zmx8u flags[64];
-    for (int i = 0; i < 64; ++i) flags[i] = block[i] != 0;
+    for (int i = 0; i < 64; ++i) flags[i] = wanted(block[i]);
     static_assert(std::endian::native == std::endian::little, "flag i of a row is byte i of its word");
     std::uint64_t set = 0;
     for (std::size_t row = 0; row < 8; ++row) {
@@ -34,4 +34,16 @@ inline std::uint64_t nonZeroSet(const Zmx16s* block) {
         set |= zigzagSets[2 * row][bits & 15] | zigzagSets[2 * row + 1][bits >> 4];
     }
     return set;
+}
+
+// The positions from first to last.
+inline std::uint64_t positions(int first, int last) {
+    return ~std::uint64_t(0) << first & ~std::uint64_t(0) >> (63 - last);
+}
+
+// Calls visit(k) for the positions of a set from the lowest upward, until it returns a status other than 0.
+template <class Visit> int forEachPosition(std::uint64_t set, Visit visit) {
+    int status = 0;
+    for (; set != 0 && status == 0; set &= set - 1) status = visit(std::countr_zero(set));
+    return status;
 }
