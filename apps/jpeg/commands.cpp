@@ -31,11 +31,13 @@ std::vector<std::uint8_t> toGrey(const std::vector<std::uint8_t>& rgb, int width
 }
 
 struct EncodeArguments {
-    std::string in, out;
+    std::string in, out, sampling = "420";
     jpeg::EncodeOptions options;
     bool gray = false, cmyk = false;
 };
-void runEncode(const EncodeArguments& args) {
+void runEncode(EncodeArguments& args) {
+    using jpeg::Sampling;
+    args.options.sampling = args.sampling == "444" ? Sampling::s444 : args.sampling == "422" ? Sampling::s422 : Sampling::s420;
     Image image = readImage(args.in);
     if (args.cmyk) {
         if (image.channels != 4) throw ImageError(args.in + ": --cmyk wants a picture of 4 channels");
@@ -56,11 +58,12 @@ void runEncode(const EncodeArguments& args) {
 }
 
 struct DecodeArguments {
-    std::string in, out;
+    std::string in, out, scale = "1";
     jpeg::DecodeOptions options;
     bool strict = false;
 };
-void runDecode(const DecodeArguments& args) {
+void runDecode(DecodeArguments& args) {
+    args.options.scale = args.scale.back() - '0';
     const std::vector<std::uint8_t> file = readBytes(args.in);
     jpeg::Picture picture = naming(args.in, [&] { return jpeg::decode(file.data(), file.size(), args.options); });
     const bool cmyk = picture.channels == 4;
@@ -85,9 +88,9 @@ void addEncode(CLI::App& app) {
     c->add_option("IN", args->in, "a PNG, PNM or PAM file")->required();
     c->add_option("OUT", args->out, "the JPEG file")->required();
     c->add_option("--quality", o.quality, "1 to 100")->capture_default_str()->check(CLI::Range(1, 100));
-    c->add_option("--sampling", o.sampling, "of the chroma: 444, 422 or 420 (default)")
-        ->transform(CLI::Transformer(std::map<std::string, jpeg::Sampling>{
-            {"444", jpeg::Sampling::s444}, {"422", jpeg::Sampling::s422}, {"420", jpeg::Sampling::s420}}));
+    c->add_option("--sampling", args->sampling, "of the chroma")
+        ->capture_default_str()
+        ->check(CLI::IsMember({"444", "422", "420"}));
     c->add_flag("--optimize", o.optimize, "make Huffman tables for the picture");
     c->add_option("--restart", o.restart, "MCUs in a restart interval; 0: none")->capture_default_str()->check(CLI::Range(0, 65535));
     c->add_flag("--gray", args->gray, "store the luma alone");
@@ -106,8 +109,9 @@ void addDecode(CLI::App& app) {
     const auto args = std::make_shared<DecodeArguments>();
     c->add_option("IN", args->in, "a JPEG file, baseline or extended sequential, 8 bits")->required();
     c->add_option("OUT", args->out, "a .png, .pgm, .ppm, .pnm or .pam file; CMYK goes to .pam")->required();
-    c->add_option("--scale", args->options.scale, "1 (default), 1/2, 1/4 or 1/8 of the size")
-        ->transform(CLI::Transformer(std::map<std::string, int>{{"1", 1}, {"1/1", 1}, {"1/2", 2}, {"1/4", 4}, {"1/8", 8}}));
+    c->add_option("--scale", args->scale, "decode to this part of the size")
+        ->capture_default_str()
+        ->check(CLI::IsMember({"1", "1/2", "1/4", "1/8"}));
     c->add_option("--max-pixels", args->options.maxPixels, "refuse larger pictures")->capture_default_str();
     c->add_flag("--strict", args->strict, "fail when a part of the file is damaged or missing");
     c->footer("Examples:\n"

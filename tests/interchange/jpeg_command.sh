@@ -35,9 +35,10 @@ for scale in 1/2 1/4 1/8; do
 done
 
 # A truncated file: the rows so far and a warning; an error only when asked for.
-head -c 900 a.jpg >cut.jpg
+size=$(wc -c <a.jpg)
+head -c $((size - 120)) a.jpg >cut.jpg
 succeeds "$zmx" jpeg decode cut.jpg cut.ppm
-grep -q "cut.jpg: warning: byte 9[0-9]*: .*rows from" err || bad "no warning: $(cat err)"
+grep -q "cut.jpg: warning: byte [0-9]*: .*rows from" err || bad "no warning: $(cat err)"
 succeeds "$zmx" image compare a.ppm cut.ppm
 "$zmx" jpeg decode cut.jpg cut.ppm --strict 2>err && bad "--strict succeeds"
 head -c 100 a.jpg >short.jpg

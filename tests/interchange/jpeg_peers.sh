@@ -37,8 +37,10 @@ ours() {
     [ ! -s djpeg.log ] || bad "djpeg warns of $name $*: $(cat djpeg.log)"
     "$zmx" jpeg decode o.jpg ours.${original##*.} --strict || { bad "decode $name $*"; return; }
     ours=$(psnr "$original" ours.${original##*.}) theirs=$(psnr "$original" theirs.pnm)
-    awk -v a="$ours" -v b="$theirs" 'BEGIN { exit !(a == b || (a - b <= 1 && b - a <= 1)) }' ||
-        bad "$name $*: $ours dB decoded by us, $theirs dB by djpeg"
+    awk -v a="$ours" -v b="$theirs" 'BEGIN { exit !(a == b || (a - b <= 1 && b - a <= 1)) }' && return
+    # A ratio of three samples says little.
+    [ "$name" = 1.ppm ] && "$zmx" image compare theirs.pnm ours.ppm | awk '$1 == "max" { exit $2 > 2 }' && return
+    bad "$name $*: $ours dB decoded by us, $theirs dB by djpeg"
 }
 for sampling in 444 422 420; do
     for quality in 10 50 75 90 100; do
@@ -73,7 +75,7 @@ for sample in 1x1 2x1 2x2 1x2 4x1 4x2; do
     for quality in 10 25 60 90 100; do
         for options in "" "-optimize" "-restart 1" "-restart 3B"; do
             # shellcheck disable=SC2086
-            cjpeg -sample $sample -quality $quality $options -outfile t.jpg big.ppm && theirs t.jpg cjpeg -sample $sample -quality $quality $options
+            cjpeg -sample $sample -quality $quality $options -outfile t.jpg big.ppm 2>/dev/null && theirs t.jpg cjpeg -sample $sample -quality $quality $options
         done
     done
     for size in 1 7 8 9 16 17 33 100; do
@@ -81,8 +83,8 @@ for sample in 1x1 2x1 2x2 1x2 4x1 4x2; do
     done
 done
 for quality in 10 75 95; do
-    cjpeg -grayscale -quality $quality -outfile t.jpg big.ppm && theirs t.jpg cjpeg -grayscale -quality $quality
-    cjpeg -rgb -quality $quality -outfile t.jpg big.ppm && theirs t.jpg cjpeg -rgb -quality $quality
+    cjpeg -grayscale -quality $quality -outfile t.jpg big.ppm 2>/dev/null && theirs t.jpg cjpeg -grayscale -quality $quality
+    cjpeg -rgb -quality $quality -outfile t.jpg big.ppm 2>/dev/null && theirs t.jpg cjpeg -rgb -quality $quality
 done
 # Components in scans of their own.
 printf '0;\n1;\n2;\n' >scans
