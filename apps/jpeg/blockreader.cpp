@@ -75,11 +75,8 @@ void BlockReader::restart() {
     const auto ahead = [&] { return (data[stop + 1] - RST0 - number) & 7; };
     while (stop < size && (data[stop + 1] < SOF0 || (isRestart(data[stop + 1]) && ahead() >= 6)))
         stop = findMarker(data, size, stop + 2);
-    if (stop == size || !isRestart(data[stop + 1])) {
-        resumable = false;
-        lose(stop == size ? "the file ends in the scan" : "a restart marker is missing");
-        return;
-    }
+    if (stop == size || !isRestart(data[stop + 1]))
+        return lose(stop == size ? "the file ends in the scan" : "a restart marker is missing");
     if (ahead() == 0) return open(stop + 2);
     lose("a restart marker out of turn");
     // One or two too far on: those before it were destroyed with their data. Else its number is what is damaged.

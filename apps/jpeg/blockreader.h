@@ -17,8 +17,6 @@ public:
     bool block(int component, Zmx16s* coefficients);
     // The end of a restart interval: goes to the next one.
     void restart();
-    // No further block can come.
-    bool over() const { return lost && !(interval && resumable); }
     // The offset of the marker behind the data read so far.
     std::size_t end() const { return stop; }
     // What was wrong first, with its offset; empty: nothing.
@@ -52,7 +50,6 @@ private:
     Zmx32s bitCount = 0;
 
     bool lost = false;     // no block comes out of the present interval
-    bool resumable = true; // but a later one may be sound
     int expected = 0;      // number of the next restart marker
     int missing = 0;       // intervals of which the restart marker was not seen
     std::string fault;

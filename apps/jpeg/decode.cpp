@@ -4,8 +4,6 @@
 #include "jpeg/coefficients.h"
 #include "jpeg/render.h"
 
-#include <numeric>
-
 namespace jpeg {
 
 namespace {
@@ -60,8 +58,7 @@ public:
 
         if (reader.header().scan.components.size() == frame.components.size()) {
             startScan();
-            const auto renderer = makeRenderer(frame, model, tables, options.scale, picture);
-            straight(*renderer);
+            straight(*makeRenderer(frame, model, tables, options.scale, picture));
         } else {
             Coefficients all(frame);
             collect(all);
@@ -76,6 +73,13 @@ public:
     }
 
 private:
+    // A block of the MCUs of a scan.
+    struct McuBlock {
+        int inScan, component; // which component, by its place in the scan and in the frame
+        int x, y;              // where in the part of the MCU that is its component's
+        int h, v;              // the size of that part, in blocks
+    };
+
     // What a scan of this mode may be, and the quantisation tables as they are when a component starts.
     void startScan() {
         const Header& h = reader.header();
@@ -92,34 +96,54 @@ private:
         }
     }
 
-    // The components of such a scan may stand in another order than those of the frame.
-    void straight(Renderer& renderer) {
-        std::vector<int> owner; // of each block of an MCU: its component in the scan
-        alignas(32) Zmx16s coefficients[kMaxBlocks * kBlock];
-        std::vector<Zmx16s*> order;         // blocks as the scan has them
-        const Zmx16s* blocks[kMaxBlocks];   // and as the frame has them
-        std::vector<int> first(frame.components.size());
-        int count = 0;
-        for (std::size_t i = 0; i < first.size(); ++i) {
-            first[i] = count;
-            for (int k = frame.components[i].h * frame.components[i].v; k > 0; --k, ++count) blocks[count] = coefficients + count * kBlock;
+    // Decodes the scan that the reader has come to. `place` says where a block of an MCU goes; `done` hears of each
+    // MCU behind its last block. Blocks that are lost are zero.
+    template <class Place, class Done> void decodeScan(Place place, Done done) {
+        const std::vector<ScanComponent> parts = reader.header().scan.components;
+        // One component alone comes block by block, without those that only fill up MCUs (A.2.2).
+        const bool alone = parts.size() == 1;
+        const Component& first = frame.components[std::size_t(parts[0].index)];
+        const int columns = alone ? frame.blockColumns(first) : frame.mcuColumns();
+        const int rows = alone ? frame.blockRows(first) : frame.mcuRows();
+        const int rowHeight = 8 * frame.vMax / (alone ? first.v : 1);
+        std::vector<McuBlock> mcu;
+        for (int i = 0; i < int(parts.size()); ++i) {
+            const Component& c = frame.components[std::size_t(parts[std::size_t(i)].index)];
+            const int h = alone ? 1 : c.h, v = alone ? 1 : c.v;
+            for (int k = 0; k < h * v; ++k) mcu.push_back({i, parts[std::size_t(i)].index, k % h, k / h, h, v});
         }
-        const Scan& scan = reader.header().scan;
-        for (std::size_t s = 0; s < scan.components.size(); ++s) {
-            const auto i = std::size_t(scan.components[s].index);
-            for (int k = 0; k < frame.components[i].h * frame.components[i].v; ++k) {
-                owner.push_back(int(s));
-                order.push_back(coefficients + (first[i] + k) * kBlock);
-            }
-        }
+
         BlockReader source(reader.header(), data, size);
-        eachMcu(source, frame.mcuColumns(), frame.mcuRows(), 8 * frame.vMax, true, [&](int x, int y) {
-            bool sound = true;
-            for (std::size_t k = 0; k < order.size(); ++k) sound &= source.block(owner[k], order[k]);
-            renderer.mcu(blocks, x, y);
-            return sound;
-        });
-        finish(source);
+        const int interval = source.restartInterval();
+        int untilRestart = interval, firstLost = -1, previous = 0;
+        for (int y = 0; y < rows; ++y)
+            for (int x = 0; x < columns; ++x) {
+                if (interval && untilRestart-- == 0) {
+                    source.restart();
+                    untilRestart = interval - 1;
+                }
+                bool sound = true;
+                for (const McuBlock& b : mcu) sound &= source.block(b.inScan, place(b, x, y));
+                done(x, y);
+                // The MCU before may have ended with the data: only the next one tells.
+                if (!sound && firstLost < 0) firstLost = previous;
+                previous = y * rowHeight;
+            }
+        if (firstLost >= 0) warn(source.trouble() + "; rows from " + std::to_string(firstLost) + " on are incomplete");
+        else if (!source.trouble().empty()) warn(source.trouble());
+        reader.seek(source.end());
+    }
+
+    // MCU by MCU to pixels. The components of the scan may stand in another order than those of the frame.
+    void straight(Renderer& renderer) {
+        alignas(32) Zmx16s coefficients[kMaxBlocks * kBlock];
+        const Zmx16s* blocks[kMaxBlocks];
+        for (int i = 0; i < kMaxBlocks; ++i) blocks[i] = coefficients + i * kBlock;
+        Zmx16s* first[kMaxComponents] = {coefficients}; // of the blocks of each component
+        for (std::size_t i = 1; i < frame.components.size(); ++i)
+            first[i] = first[i - 1] + frame.components[i - 1].h * frame.components[i - 1].v * kBlock;
+        decodeScan([&](const McuBlock& b, int, int) { return first[b.component] + (b.y * b.h + b.x) * kBlock; },
+                   [&](int x, int y) { renderer.mcu(blocks, x, y); });
         try {
             if (reader.nextScan()) warn("scans behind the last component are passed over");
         } catch (const Error& e) {
@@ -127,11 +151,13 @@ private:
         }
     }
 
+    // The coefficients of all scans.
     void collect(Coefficients& all) {
         try {
             do {
                 startScan();
-                scanInto(all);
+                decodeScan([&](const McuBlock& b, int x, int y) { return all.block(b.component, x * b.h + b.x, y * b.v + b.y); },
+                           [](int, int) {});
             } while (reader.nextScan());
         } catch (const Error& e) {
             if (std::count(seen.begin(), seen.end(), true) == 0) throw;
@@ -141,48 +167,6 @@ private:
             if (!seen[i]) warn("component " + std::to_string(frame.components[i].id) + " is missing");
     }
 
-    void scanInto(Coefficients& all) {
-        BlockReader source(reader.header(), data, size);
-        const std::vector<ScanComponent> parts = reader.header().scan.components;
-        if (parts.size() == 1) {
-            // One component alone comes block by block, without those that only fill up MCUs (A.2.2).
-            const int i = parts[0].index;
-            const Component& c = frame.components[std::size_t(i)];
-            eachMcu(source, frame.blockColumns(c), frame.blockRows(c), 8 * frame.vMax / c.v, false,
-                    [&](int x, int y) { return source.block(0, all.block(i, x, y)); });
-        } else {
-            eachMcu(source, frame.mcuColumns(), frame.mcuRows(), 8 * frame.vMax, false, [&](int x, int y) {
-                bool sound = true;
-                for (std::size_t s = 0; s < parts.size(); ++s) {
-                    const Component& c = frame.components[std::size_t(parts[s].index)];
-                    for (int k = 0; k < c.h * c.v; ++k)
-                        sound &= source.block(int(s), all.block(parts[s].index, x * c.h + k % c.h, y * c.v + k / c.h));
-                }
-                return sound;
-            });
-        }
-        finish(source);
-    }
-
-    // Calls `mcu` for all MCUs of a scan, with the restarts between them, until nothing more can come (`all`: to
-    // the last, blocks then being zero). Says from which row on blocks were lost.
-    template <class Mcu> void eachMcu(BlockReader& source, int columns, int rows, int rowHeight, bool all, Mcu mcu) {
-        int untilRestart = source.restartInterval(), firstLost = -1, previous = 0;
-        for (int y = 0; y < rows && (all || !source.over()); ++y)
-            for (int x = 0; x < columns; ++x) {
-                if (source.restartInterval() && untilRestart-- == 0) {
-                    source.restart();
-                    untilRestart = source.restartInterval() - 1;
-                }
-                // The MCU before may have ended with the data: only the next one tells.
-                if (!mcu(x, y) && firstLost < 0) firstLost = previous;
-                previous = y * rowHeight;
-            }
-        if (firstLost >= 0) warn(source.trouble() + "; rows from " + std::to_string(firstLost) + " on are incomplete");
-        else if (!source.trouble().empty()) warn(source.trouble());
-    }
-
-    void finish(const BlockReader& source) { reader.seek(source.end()); }
     void warn(const std::string& what) { picture.warnings.push_back(what); }
 
     const std::uint8_t* data;
