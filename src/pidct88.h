@@ -12,7 +12,7 @@ struct alignas(32) Block16s {
 };
 
 // Transposes a block: three perfect shuffles of 64 elements turn the index rrrccc into cccrrr.
-inline void shuffle(const Zmx16s* in, Zmx16s* out) {
+inline void shuffle(const Zmx16s* __restrict in, Zmx16s* __restrict out) {
     for (int i = 0; i < 32; ++i) {
         out[2 * i] = in[i];
         out[2 * i + 1] = in[i + 32];
@@ -28,6 +28,11 @@ inline void transpose(const Zmx16s* in, Zmx16s* out) {
 // 32-bit sums and products that wrap; the product of an element and a constant of 16 bits each cannot.
 using Wrapping = Zmx32u;
 constexpr Wrapping product(Zmx16s x, Zmx16s constant) { return Wrapping(x * constant); }
+// The same with a constant of up to 17 bits: a wider one goes in two steps, for vectors have products of 16 by 16 bits.
+template <Zmx32u Constant> constexpr Wrapping times(Zmx16s v) {
+    if constexpr (Constant < 32768) return product(v, Constant);
+    else return 2 * product(v, Constant / 2) + Wrapping(int(Constant % 2) * v);
+}
 constexpr Zmx32s shiftRight(Wrapping v, int n) { return Zmx32s(v) >> n; }
 
 // How a pass ends: the first leaves three fraction bits, the second none.
@@ -39,6 +44,9 @@ struct Second {
     static constexpr Wrapping half = 1 << 20;
     static constexpr int shift = 21;
 };
+
+// The root of two with 12 fraction bits: its operand is rounded ahead of the product, in all transforms and passes.
+constexpr Wrapping timesRoot2(Wrapping v) { return Wrapping(shiftRight(v + 2048, 12)) * 5793; }
 
 // Results keep their 16 low bits: nothing saturates.
 template <class Pass> constexpr Zmx16s ended(Wrapping v) { return wrap16s(shiftRight(v + Pass::half, Pass::shift)); }

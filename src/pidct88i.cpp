@@ -12,53 +12,54 @@
 static Zmx16s sumEnded(First, Wrapping v) { return wrap16s(Zmx32s(v * 8)); }
 static Zmx16s sumEnded(Second, Wrapping v) { return wrap16s(shiftRight(v + 32, 6)); }
 
-template <class Pass> static void forwardPass(const Zmx16s* in, Zmx16s* out) {
-    for (int i = 0; i < 8; ++i) {
-        const int x0 = in[i], x1 = in[8 + i], x2 = in[16 + i], x3 = in[24 + i];
-        const int x4 = in[32 + i], x5 = in[40 + i], x6 = in[48 + i], x7 = in[56 + i];
-        const Wrapping s0 = Wrapping(x0 + x7), s1 = Wrapping(x1 + x6), s2 = Wrapping(x2 + x5), s3 = Wrapping(x3 + x4);
-        const Wrapping d0 = Wrapping(x0 - x7), d1 = Wrapping(x1 - x6), d2 = Wrapping(x2 - x5), d3 = Wrapping(x3 - x4);
+// The same for operands of 32 bits.
+template <Zmx32u Constant> static Wrapping times(Zmx32s v) { return Wrapping(v) * Constant; }
 
-        const Wrapping a = s0 + s3, b = s0 - s3, c = s1 + s2, e = s1 - s2;
-        out[i] = sumEnded(Pass(), a + c);
-        out[32 + i] = sumEnded(Pass(), a - c);
+// T is a type that holds every sum ahead of a product: 32 bits, or 16 in a first pass over samples of 8 bits.
+template <class Pass, class T> static void forwardPass(const Zmx16s* __restrict in, Zmx16s* __restrict out) {
+    for (int i = 0; i < 8; ++i) {
+        const T x0 = in[i], x1 = in[8 + i], x2 = in[16 + i], x3 = in[24 + i];
+        const T x4 = in[32 + i], x5 = in[40 + i], x6 = in[48 + i], x7 = in[56 + i];
+        const T s0 = T(x0 + x7), s1 = T(x1 + x6), s2 = T(x2 + x5), s3 = T(x3 + x4);
+        const T d0 = T(x0 - x7), d1 = T(x1 - x6), d2 = T(x2 - x5), d3 = T(x3 - x4);
+
+        const T a = T(s0 + s3), b = T(s0 - s3), c = T(s1 + s2), e = T(s1 - s2);
+        out[i] = sumEnded(Pass(), Wrapping(a + c));
+        out[32 + i] = sumEnded(Pass(), Wrapping(a - c));
         // Multipliers of 15 fraction bits.
-        const Wrapping w = (b + e) * 17734u;
-        out[16 + i] = ended<Pass>(w + b * 25080u);
-        out[48 + i] = ended<Pass>(w - e * 60547u);
+        const Wrapping w = times<17734>(T(b + e));
+        out[16 + i] = ended<Pass>(w + times<25080>(b));
+        out[48 + i] = ended<Pass>(w - times<60547>(e));
 
         // The odd part is eight times as large from here on, its multipliers have 12 fraction bits. The root of two
         // times the outer differences is rounded here, in both passes.
-        const Wrapping u = (d1 + d2) * 8, v = (d1 - d2) * 8;
-        const Wrapping p = Wrapping(shiftRight(d0 * 46341u + 2048, 12)), q = Wrapping(shiftRight(d3 * 46341u + 2048, 12));
-        const Wrapping e1 = u + p, e2 = p - u, e3 = v + q, e4 = q - v;
-        const Wrapping w1 = (e1 + e3) * 799u, w2 = (e2 + e4) * 3406u;
-        out[8 + i] = ended<Pass>(w1 + e1 * 3218u);
-        out[56 + i] = ended<Pass>(w1 - e3 * 4816u);
-        out[24 + i] = ended<Pass>(w2 - e4 * 5681u);
-        out[40 + i] = ended<Pass>(w2 - e2 * 1130u);
+        const T u = T(8 * (d1 + d2)), v = T(8 * (d1 - d2));
+        const T p = T(shiftRight(times<46341>(d0) + 2048, 12)), q = T(shiftRight(times<46341>(d3) + 2048, 12));
+        const T e1 = T(u + p), e2 = T(p - u), e3 = T(v + q), e4 = T(q - v);
+        const Wrapping w1 = times<799>(T(e1 + e3)), w2 = times<3406>(T(e2 + e4));
+        out[8 + i] = ended<Pass>(w1 + times<3218>(e1));
+        out[56 + i] = ended<Pass>(w1 - times<4816>(e3));
+        out[24 + i] = ended<Pass>(w2 - times<5681>(e4));
+        out[40 + i] = ended<Pass>(w2 - times<1130>(e2));
     }
 }
 
-template <class Pass> static void inversePass(const Zmx16s* in, Zmx16s* out) {
+template <class Pass> static void inversePass(const Zmx16s* __restrict in, Zmx16s* __restrict out) {
     for (int i = 0; i < 8; ++i) {
         const Zmx16s c0 = in[i], c1 = in[8 + i], c2 = in[16 + i], c3 = in[24 + i];
         const Zmx16s c4 = in[32 + i], c5 = in[40 + i], c6 = in[48 + i], c7 = in[56 + i];
 
         // The rotations multiplied out, so that every factor has 16 bits: sums that wrap do not mind. All multipliers
         // but 5793 have 15 fraction bits.
-        const Wrapping o1 = product(c5, 27246 - 9041) + product(c3, 27246);
-        const Wrapping o2 = product(c5, 27246) + product(c3, 27246 - 45451);
-        const Wrapping o3 = product(c1, 6393 + 25746) + product(c7, 6393);
-        const Wrapping o4 = product(c1, 6393) + product(c7, 6393 - 38531);
+        const Wrapping o1 = times<27246 - 9041>(c5) + times<27246>(c3);
+        const Wrapping o2 = times<27246>(c5) - times<45451 - 27246>(c3);
+        const Wrapping o3 = times<6393 + 25746>(c1) + times<6393>(c7);
+        const Wrapping o4 = times<6393>(c1) - times<38531 - 6393>(c7);
         const Wrapping e1 = o3 - o1, e2 = o4 - o2, h1 = e1 + e2, h2 = e1 - e2;
-        // The root of two, with 12 fraction bits; the sums are rounded ahead of it, in both passes.
-        const Wrapping g1 = Wrapping(shiftRight(o1 + o3 + 2048, 12)) * 5793u;
-        const Wrapping g2 = Wrapping(shiftRight(o2 + o4 + 2048, 12)) * 5793u;
+        const Wrapping g1 = timesRoot2(o1 + o3), g2 = timesRoot2(o2 + o4);
 
-        // 17734 + 25080 = 2 x 21407; 17734 - 60547 = 1 - 2 x 21407.
-        const Wrapping p1 = 2 * product(c2, 21407) + product(c6, 17734);
-        const Wrapping p2 = product(c2, 17734) - 2 * product(c6, 21407) + Wrapping(c6);
+        const Wrapping p1 = times<17734 + 25080>(c2) + times<17734>(c6);
+        const Wrapping p2 = times<17734>(c2) - times<60547 - 17734>(c6);
         const Wrapping sum = Wrapping(c0 + c4) << 15, difference = Wrapping(c0 - c4) << 15;
         const Wrapping q0 = sum + p1, q3 = sum - p1, q1 = difference + p2, q2 = difference - p2;
 
@@ -73,13 +74,22 @@ template <class Pass> static void inversePass(const Zmx16s* in, Zmx16s* out) {
     }
 }
 
+// Whether all samples are those of 8 bits around zero.
+static bool are8Bits(const Zmx16s* samples) {
+    int beyond = 0;
+    for (int i = 0; i < 64; ++i) beyond |= (samples[i] + 128) & ~255;
+    return !beyond;
+}
+
 // The cores: the source may be the destination, which is written last.
 static void dct_8x8_fwd_16s(const Zmx16s* src, Zmx16s* dst) {
     Block16s turned, held;
     transpose(src, turned.at);
-    forwardPass<First>(turned.at, held.at);
+    // The sums of 8-bit samples fit 16 bits up to the rotations, and the products are cheaper; the results are the same.
+    if (are8Bits(src)) forwardPass<First, Zmx16s>(turned.at, held.at);
+    else forwardPass<First, Zmx32s>(turned.at, held.at);
     transpose(held.at, turned.at);
-    forwardPass<Second>(turned.at, dst);
+    forwardPass<Second, Zmx32s>(turned.at, dst);
 }
 
 static void dct_8x8_inv_16s(const Zmx16s* src, Zmx16s* dst) {

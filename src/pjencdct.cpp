@@ -3,13 +3,18 @@
 #include "pidct88.h"
 #include "pjargs.h"
 #include "pjls.h"
+#include "pjquant.h"
 #include "psconvert.h"
 #include "psmul.h"
+
+static void quantise(Zmx16s* block, const Zmx16u* table) {
+    for (int i = 0; i < 64; ++i) block[i] = quantised(table[i], block[i]);
+}
 
 ZmxStatus zmxiDCTQuantFwd8x8_JPEG_16s_C1(const Zmx16s* pSrc, Zmx16s* pDst, const Zmx16u* pQuantFwdTable) {
     if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDst).ptr(pQuantFwdTable)) return bad;
     zmxiDCT8x8Fwd_16s_C1(pSrc, pDst);
-    zmxsMul_16u16s_Sfs(pQuantFwdTable, pDst, pDst, 64, 15);
+    quantise(pDst, pQuantFwdTable);
     return zmxStsNoErr;
 }
 

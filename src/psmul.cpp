@@ -79,6 +79,7 @@ static ZmxStatus products(const Zmx16u* src1, const Zmx16s* src2, Zmx16s* dst, i
 ZmxStatus zmxsMul_16u16s_Sfs(const Zmx16u* pSrc1, const Zmx16s* pSrc2, Zmx16s* pDst, int len, int scaleFactor) {
     if (ZmxStatus bad = Args().ptr(pSrc1).ptr(pSrc2).ptr(pDst).size(len)) return bad;
     if (scaleFactor >= 32) return zmxsZero_16s(pDst, len);
+    if (scaleFactor == 15) return products(pSrc1, pSrc2, pDst, len, quantised);
     if (scaleFactor >= 2) return products(pSrc1, pSrc2, pDst, len, ShiftedRight{scaleFactor});
     if (scaleFactor == 1) return products(pSrc1, pSrc2, pDst, len, Halved{});
     if (scaleFactor == 0) return products(pSrc1, pSrc2, pDst, len, Unscaled{});

@@ -107,7 +107,7 @@ TYPED_TEST(LevelShiftRows, EachPointerIsFollowedByItsStep) {
     using Dst = typename TypeParam::Dst;
     const std::vector<Src> src(16, Src(1));
     std::vector<Dst> dst(16, Dst(99));
-    const int asked = threadsAsked();
+    const int before = threadsAsked();
     everyBadCombination({{1, zmxStsNullPtrErr},
                          {3, zmxStsStepErr},
                          {1, zmxStsNullPtrErr},
@@ -120,7 +120,7 @@ TYPED_TEST(LevelShiftRows, EachPointerIsFollowedByItsStep) {
                                                     {badNumber(bad[4], 4), badNumber(bad[5], 2)});
                         });
     EXPECT_EQ(dst, std::vector<Dst>(16, Dst(99)));
-    EXPECT_EQ(threadsAsked(), asked);
+    EXPECT_EQ(threadsAsked(), before);
 }
 
 TYPED_TEST(LevelShiftRows, RowsInMemory) {
@@ -150,12 +150,12 @@ TYPED_TEST(LevelShiftRows, TheSameBytesFromAnyNumberOfThreads) {
                          ZmxiSize{1, 8193}, ZmxiSize{301, 97}, ZmxiSize{3000, 3}})
         for (int threads : {1, 2, 7}) {
             setThreads(threads);
-            const int asked = threadsAsked();
+            const int before = threadsAsked();
             const long opened = regionsOpened();
             ASSERT_NO_FATAL_FAILURE(compare<TypeParam>(rng, roi, roi.width * int(sizeof(typename TypeParam::Src)) + 1,
                                                        roi.width * int(sizeof(typename TypeParam::Dst)) + 3,
                                                        GuardedBlock::AtEnd));
-            EXPECT_EQ(threadsAsked(), asked + 1) << "the count is asked at every size";
+            EXPECT_EQ(threadsAsked(), before + 1) << "the count is asked at every size";
             if (regionsCounted()) {
                 EXPECT_EQ(regionsOpened(), opened + (roi.width * roi.height > 8192 ? 1 : 0))
                     << roi.width << " by " << roi.height;

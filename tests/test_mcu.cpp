@@ -103,6 +103,12 @@ const Encoder kEncoders[] = {
     ENCODER(zmxiSplit422LS_MCU_8u16s_C2P3R, S422, Pairs422, 0x360310D84FA46A7E),
 };
 
+template <class C, std::size_t N> const C& find(const C (&all)[N], Sampling s, Pixel p) {
+    return *std::find_if(all, all + N, [&](const C& c) { return c.sampling == s && c.pixel == p; });
+}
+const Decoder& decoder(Sampling s, Pixel p) { return find(kDecoders, s, p); }
+const Encoder& encoder(Sampling s, Pixel p) { return find(kEncoders, s, p); }
+
 // The planes of a unit, each of exactly its length between guard pages; the fourth of three is not there.
 class Planes {
     std::vector<std::unique_ptr<Guarded<Zmx16s>>> plane;
@@ -247,10 +253,10 @@ TEST(McuDecode, ColoursWithNoRounding) {
 
 TEST(McuDecode, PackingCutsLowBitsOff) {
     // (199, 99, 49): 24, 12, 6 in five bits, green 24 in six.
-    EXPECT_EQ(decodeFlat(kDecoders[6], {-4, -42, 54}), (Bytes{0x86, 0x61})); // 0x6186
-    EXPECT_EQ(decodeFlat(kDecoders[9], {-4, -42, 54}), (Bytes{0x06, 0xC3})); // 0xC306
-    EXPECT_EQ(decodeFlat(kDecoders[6], {127, 0, 0}), (Bytes{0xFF, 0x7F}));
-    EXPECT_EQ(decodeFlat(kDecoders[9], {127, 0, 0}), (Bytes{0xFF, 0xFF}));
+    EXPECT_EQ(decodeFlat(decoder(Sampling::S444, Pixel::BGR555), {-4, -42, 54}), (Bytes{0x86, 0x61})); // 0x6186
+    EXPECT_EQ(decodeFlat(decoder(Sampling::S444, Pixel::BGR565), {-4, -42, 54}), (Bytes{0x06, 0xC3})); // 0xC306
+    EXPECT_EQ(decodeFlat(decoder(Sampling::S444, Pixel::BGR555), {127, 0, 0}), (Bytes{0xFF, 0x7F}));
+    EXPECT_EQ(decodeFlat(decoder(Sampling::S444, Pixel::BGR565), {127, 0, 0}), (Bytes{0xFF, 0xFF}));
 }
 
 TEST(McuDecode, TheBlackChannelAloneWraps) {
@@ -272,7 +278,7 @@ TEST(McuDecode, SampleUpSaturates) {
 }
 
 TEST(McuDecode, JoinInterleavesPairs) {
-    const Decoder& c = kDecoders[18];
+    const Decoder& c = decoder(Sampling::S422, Pixel::Pairs422);
     Planes planes(c, GuardedBlock::AtEnd);
     for (int i = 0; i < 128; ++i) planes[0][std::size_t(i)] = Zmx16s(i - 128);
     for (int i = 0; i < 64; ++i) {
@@ -315,18 +321,18 @@ TEST(McuDecode, ChromaIsReplicated) {
 
 TEST(McuDecode, ProductsWrapIn32Bits) {
     // 91881 x 32767 is 3010664727, read as -1284302569: red gains -19597, not 45939.
-    EXPECT_EQ(decodeFlat(kDecoders[0], {0, 0, 32767})[0], 0);
-    EXPECT_EQ(decodeFlat(kDecoders[0], {19597, 0, 32767})[0], 128);
+    EXPECT_EQ(decodeFlat(decoder(Sampling::S444, Pixel::RGB), {0, 0, 32767})[0], 0);
+    EXPECT_EQ(decodeFlat(decoder(Sampling::S444, Pixel::RGB), {19597, 0, 32767})[0], 128);
     // 116130 x 32767 is 3805231710, read as -489735586: blue gains -7473.
-    EXPECT_EQ(decodeFlat(kDecoders[0], {0, 32767, 0})[2], 0);
-    EXPECT_EQ(decodeFlat(kDecoders[0], {7473, 32767, 0})[2], 128);
+    EXPECT_EQ(decodeFlat(decoder(Sampling::S444, Pixel::RGB), {0, 32767, 0})[2], 0);
+    EXPECT_EQ(decodeFlat(decoder(Sampling::S444, Pixel::RGB), {7473, 32767, 0})[2], 128);
     // (22554 + 46802) x 32768 is 2272657408, read as -2022309888: green gains -30858.
-    EXPECT_EQ(decodeFlat(kDecoders[0], {30858, -32768, -32768})[1], 128);
+    EXPECT_EQ(decodeFlat(decoder(Sampling::S444, Pixel::RGB), {30858, -32768, -32768})[1], 128);
 }
 
 TEST(McuDecode, EveryChromaValueThroughEachLine) {
     // Luma is chosen so that one channel stays inside 0 to 255 and shows every step.
-    const Decoder& c = kDecoders[0];
+    const Decoder& c = decoder(Sampling::S444, Pixel::RGB);
     Rng rng(221);
     SCOPED_TRACE("seed 221");
     Planes planes(c, GuardedBlock::AtEnd);
@@ -420,28 +426,29 @@ TEST(McuEncode, ColoursWithNoRounding) {
                 EXPECT_EQ(encodeFlat(c, pixel), ycc);
             }
         }
-    EXPECT_EQ(encodeFlat(kEncoders[12], {255, 255, 255, 0}), (Samples{-128, 0, 0, -128}));
+    EXPECT_EQ(encodeFlat(encoder(Sampling::S444, Pixel::CMYK), {255, 255, 255, 0}), (Samples{-128, 0, 0, -128}));
 }
 
 TEST(McuEncode, RedDoesNotComeBackWhole) {
-    const Samples red = encodeFlat(kEncoders[0], {255, 0, 0});
-    EXPECT_EQ(decodeFlat(kDecoders[0], {red[0], red[1], red[2]}), (Bytes{254, 0, 0}));
-    const Samples brown = encodeFlat(kEncoders[0], {200, 100, 50});
-    EXPECT_EQ(decodeFlat(kDecoders[0], {brown[0], brown[1], brown[2]}), (Bytes{199, 99, 49}));
+    const Samples red = encodeFlat(encoder(Sampling::S444, Pixel::RGB), {255, 0, 0});
+    EXPECT_EQ(decodeFlat(decoder(Sampling::S444, Pixel::RGB), {red[0], red[1], red[2]}), (Bytes{254, 0, 0}));
+    const Samples brown = encodeFlat(encoder(Sampling::S444, Pixel::RGB), {200, 100, 50});
+    EXPECT_EQ(decodeFlat(decoder(Sampling::S444, Pixel::RGB), {brown[0], brown[1], brown[2]}), (Bytes{199, 99, 49}));
 }
 
 TEST(McuEncode, PackedFieldsAreWidenedWithZeros) {
-    EXPECT_EQ(encodeFlat(kEncoders[6], {0xFF, 0x7F}), (Samples{120, 0, 0}));
-    EXPECT_EQ(encodeFlat(kEncoders[6], {0xFF, 0xFF}), (Samples{120, 0, 0})) << "bit 15 is ignored";
-    EXPECT_EQ(encodeFlat(kEncoders[6], {0x00, 0x80}), (Samples{-128, 0, 0}));
+    EXPECT_EQ(encodeFlat(encoder(Sampling::S444, Pixel::BGR555), {0xFF, 0x7F}), (Samples{120, 0, 0}));
+    EXPECT_EQ(encodeFlat(encoder(Sampling::S444, Pixel::BGR555), {0xFF, 0xFF}), (Samples{120, 0, 0}))
+        << "bit 15 is ignored";
+    EXPECT_EQ(encodeFlat(encoder(Sampling::S444, Pixel::BGR555), {0x00, 0x80}), (Samples{-128, 0, 0}));
     // 565 white is (248, 252, 248): Y 250.348, Cb -1.3, Cr -1.7.
-    EXPECT_EQ(encodeFlat(kEncoders[9], {0xFF, 0xFF}), (Samples{122, -2, -2}));
-    EXPECT_EQ(encodeFlat(kEncoders[9], {0x00, 0x80}), encodeFlat(kEncoders[0], {128, 0, 0}));
+    EXPECT_EQ(encodeFlat(encoder(Sampling::S444, Pixel::BGR565), {0xFF, 0xFF}), (Samples{122, -2, -2}));
+    EXPECT_EQ(encodeFlat(encoder(Sampling::S444, Pixel::BGR565), {0x00, 0x80}),
+              encodeFlat(encoder(Sampling::S444, Pixel::RGB), {128, 0, 0}));
 }
 
 TEST(McuEncode, AveragesGoToTheFloor) {
-    const Encoder& half = kEncoders[16];
-    ASSERT_EQ(half.sampling, Sampling::S422);
+    const Encoder& half = encoder(Sampling::S422, Pixel::YCC);
     const auto chromaOf = [&](const Encoder& c, Zmx8u a, Zmx8u b) {
         std::vector<Zmx8u> src(c.extent(c.rowBytes()), 0);
         for (int x = 0; x < 16; ++x) // columns in turn, all rows alike
@@ -455,19 +462,19 @@ TEST(McuEncode, AveragesGoToTheFloor) {
     };
     EXPECT_EQ(chromaOf(half, 128, 129), 0);
     EXPECT_EQ(chromaOf(half, 127, 128), -1);
-    EXPECT_EQ(chromaOf(kEncoders[17], 128, 129), 0);
-    EXPECT_EQ(chromaOf(kEncoders[17], 127, 128), -1);
+    EXPECT_EQ(chromaOf(encoder(Sampling::S411, Pixel::YCC), 128, 129), 0);
+    EXPECT_EQ(chromaOf(encoder(Sampling::S411, Pixel::YCC), 127, 128), -1);
     // One sample of four below the middle is enough for the floor.
     std::vector<Zmx8u> src(16 * 48, 128);
     src[1] = 127;
-    Planes planes(kEncoders[17], GuardedBlock::AtEnd);
-    ASSERT_EQ(kEncoders[17].call(src.data(), 48, planes.data()), zmxStsNoErr);
+    Planes planes(encoder(Sampling::S411, Pixel::YCC), GuardedBlock::AtEnd);
+    ASSERT_EQ(encoder(Sampling::S411, Pixel::YCC).call(src.data(), 48, planes.data()), zmxStsNoErr);
     EXPECT_EQ(planes[1][0], -1);
     EXPECT_EQ(planes[1][1], 0);
 }
 
 TEST(McuEncode, SplitTakesPairsApart) {
-    const Encoder& c = kEncoders[18];
+    const Encoder& c = encoder(Sampling::S422, Pixel::Pairs422);
     Zmx8u src[256];
     for (int i = 0; i < 256; ++i) src[i] = Zmx8u(i);
     Planes planes(c, GuardedBlock::AtEnd);
@@ -497,7 +504,7 @@ TEST(McuEncode, EveryPackedPixel) {
 
 TEST(McuEncode, AGridOfColours) {
     // Every third value of each channel, first and last included.
-    const Encoder& c = kEncoders[0];
+    const Encoder& c = encoder(Sampling::S444, Pixel::RGB);
     std::vector<Zmx8u> src(192);
     Planes expected(c, GuardedBlock::AtEnd), actual(c, GuardedBlock::AtEnd);
     std::size_t at = 0;

@@ -129,6 +129,26 @@ TEST(IntegerDct, EachElementAlone) {
             }
 }
 
+TEST(IntegerDct, TheEndsOfTheRange) {
+    // Two extreme values, at several reaches: the largest sums that a reach can make.
+    Rng rng(271);
+    SCOPED_TRACE("seed 271");
+    for (int reach : {128, 256, 512, 1024, 2048, 4096, 16384, 32768})
+        for (int i = 0; i < 300; ++i) {
+            Block input;
+            for (std::size_t k = 0; k < 64; ++k) {
+                // Rows all alike, columns all alike, or neither.
+                const std::size_t like = i % 3 == 0 ? k % 8 : i % 3 == 1 ? k / 8 * 8 : k;
+                input[k] = like == k ? Zmx16s(rng.oneIn(2) ? reach - 1 : -reach) : input[like];
+            }
+            for (const Transform& t : kTransforms) {
+                Block expected = input;
+                t.model(expected.data());
+                ASSERT_EQ(after(t.library, input), expected) << t.name << ", reach " << reach;
+            }
+        }
+}
+
 TEST(IntegerDct, WithinTheCallersBlocks) {
     Rng rng(262);
     SCOPED_TRACE("seed 262");
