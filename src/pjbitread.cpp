@@ -1,16 +1,6 @@
 // pjbitread.cpp - Huffman codes, bit by bit where the look-up of eight bits does not hold them (ITU-T T.81, F.2.2.3).
 #include "pjbitread.h"
 
-namespace {
-
-// The symbol of code c of the given length. In a table with more codes than there is room for, c may lie below minCode:
-// the index goes modulo 256, and so stays in the list.
-int symbolOf(const ZmxiDecodeHuffmanSpec& table, int length, Zmx32u c) {
-    return table.huffVal[(table.valIndex[length] - table.minCode[length] + c) & 255];
-}
-
-} // namespace
-
 ZmxStatus decodeLongSymbol(BitReader& in, int* pResult, const ZmxiDecodeHuffmanSpec& table, int minLength) {
     int length = minLength;
     if (ZmxStatus failed = need(in, length)) return failed;

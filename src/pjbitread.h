@@ -43,6 +43,11 @@ struct BitReader {
         count += 8;
         state->bufferMark = 0;
     }
+    // For one that has taken bits and bytes in its place.
+    void moveTo(int newPos, int newCount) {
+        pos = newPos;
+        count = newCount;
+    }
     // Takes n bits (up to 16) that have been asked for.
     Zmx32u take(int n) {
         count -= n;
@@ -87,6 +92,12 @@ inline ZmxStatus ownpj_FillBitBuffer(BitReader& in, int nBitsNeeded) {
 // Sees to it that n bits are held.
 inline ZmxStatus need(BitReader& in, int n) { return in.count < n ? ownpj_FillBitBuffer(in, n) : zmxStsNoErr; }
 
+// The symbol of code c of the given length. In a table with more codes than there is room for, c may lie below minCode:
+// the index goes modulo 256, and so stays in the list.
+inline int symbolOf(const ZmxiDecodeHuffmanSpec& table, int length, Zmx32u c) {
+    return table.huffVal[(table.valIndex[length] - table.minCode[length] + c) & 255];
+}
+
 // Decodes a symbol whose code is at least minLength long, bit by bit. A code that the table does not hold stores 0 and
 // returns zmxStsDCTRangeErr.
 ZmxStatus decodeLongSymbol(BitReader& in, int* pResult, const ZmxiDecodeHuffmanSpec& table, int minLength);
@@ -128,6 +139,10 @@ struct DirectReader {
     void append(Zmx32u byte) {
         buf = buf << 8 | byte;
         count += 8;
+    }
+    void moveTo(int newPos, int newCount) {
+        pos = newPos;
+        count = newCount;
     }
     void refill() {
         if (marker <= 0) appendBytes(*this, 0);

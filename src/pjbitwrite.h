@@ -39,6 +39,15 @@ struct BitWriter {
     BitWriter& operator=(const BitWriter&) = delete;
 
     void written() { state->bufferMark = 0; }
+    // Whether the register is as writers leave it: at most 7 bits pending, and zeros behind them.
+    bool regular() const { return count >= 0 && count <= 7 && buf << (8 + count) == 0; }
+    // For one that has written in its place.
+    void moveTo(int newPos, Zmx32u newBuf, int newCount) {
+        if (newPos != pos || newCount != count) written();
+        pos = newPos;
+        buf = newBuf;
+        count = newCount;
+    }
 
 private:
     int* const posOut;

@@ -1,12 +1,64 @@
 // pjdechuff.cpp - decoding of sequential JPEG blocks (ITU-T T.81, F.2.2), with a bit state and directly.
 #include "pjargs.h"
 #include "pjdecwalk.h"
+#include "pjfastread.h"
 
 #include <cstring>
 
 namespace {
 
 constexpr int kBlock = 64;
+
+enum class Left { Open, Ended, Outside };
+
+// Decodes as much of a block as there is without a 0xFF in the stream: up to zig-zag position *pNext, where the reader
+// goes on unless the block has ended. Checked: a value behind the spare entries of the walk is Outside.
+template <bool Checked, class Reader>
+[[gnu::noinline]] Left decodeFast(Reader& in, Zmx16s* pDst, Zmx16s* pLastDC, const ZmxiDecodeHuffmanSpec& dcTable,
+                                  const ZmxiDecodeHuffmanSpec& acTable, int* pNext) {
+    *pNext = 0;
+    if (!FastReader<Reader>::suits(in)) return Left::Open;
+    FastReader<Reader> fast(in);
+    if (!fast.refill()) return Left::Open;
+    int symbol = fast.symbol(dcTable);
+    if (symbol < 0) return Left::Open;
+    const Zmx16s dc = wrap16s(*pLastDC + (symbol & 15 ? fast.value() : 0));
+
+    int k = 1;
+    Left left = Left::Open;
+    while (k < kBlock && fast.refill()) {
+        for (int twice = 0; twice < 2; ++twice) {
+            symbol = fast.symbol(acTable);
+            if (symbol < 0) goto out;
+            const int r = symbol >> 4;
+            if ((symbol & 15) == 0) {
+                if (r != 15) {
+                    left = Left::Ended;
+                    goto out;
+                }
+                k += 16;
+            } else {
+                const int j = k + r;
+                k = j + 1;
+                const int value = fast.value();
+                if (Checked && j >= int(own_pj_izigzag_index.size())) {
+                    left = Left::Outside;
+                    goto out;
+                }
+                pDst[zigzagReach[std::size_t(j)]] = Zmx16s(value);
+            }
+            if (k >= kBlock) goto out;
+        }
+    }
+out:
+    if (!fast.leave(in)) {
+        std::memset(pDst, 0, kBlock * sizeof *pDst);
+        return Left::Open;
+    }
+    pDst[0] = *pLastDC = dc;
+    *pNext = k;
+    return left;
+}
 
 } // namespace
 
@@ -18,14 +70,19 @@ ZmxStatus zmxiDecodeHuffman8x8_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int
                             .ptr(pDcTable).ptr(pAcTable).ptr(pDecHuffState)) return bad;
     BitReader in(pSrc, nSrcLen, pSrcCurrPos, pMarker, pDecHuffState);
     std::memset(pDst, 0, kBlock * sizeof *pDst);
-    if (ZmxStatus failed = decodeDC(in, pLastDC, *pDcTable)) {
-        pDecHuffState->blockPositions = 0;
-        return failed;
+    int k;
+    const Left left = decodeFast<true>(in, pDst, pLastDC, *pDcTable, *pAcTable, &k);
+    if (left == Left::Outside) return zmxStsErr;
+    if (k == 0) {
+        if (ZmxStatus failed = decodeDC(in, pLastDC, *pDcTable)) {
+            pDecHuffState->blockPositions = 0;
+            return failed;
+        }
+        pDst[0] = *pLastDC;
+        k = 1;
     }
-    pDst[0] = *pLastDC;
     ZmxStatus status = zmxStsNoErr;
-    int k = 1;
-    while (k < kBlock) {
+    while (left == Left::Open && k < kBlock) {
         int symbol;
         if ((status = ownpj_DecodeHuffSymbol(in, &symbol, *pAcTable))) break;
         const int r = symbol >> 4 & 15, s = symbol & 15;
@@ -86,15 +143,18 @@ ZmxStatus zmxiDecodeHuffman8x8_Direct_JPEG_1u16s_C1(const Zmx8u* pSrc, int* pSrc
     DirectReader in(pSrc, *pSrcBitsLen >> 3, pMarker, pPrefetchedBits, pNumValidPrefetchedBits);
     std::memset(pDst, 0, kBlock * sizeof *pDst);
 
-    int symbol = directSymbol(in, *pDcTable);
-    if (symbol == kDataEnded) return zmxStsNoErr; // quietly, and without storing the position
-    if (symbol == kInvalidCode) return zmxStsDCTRangeErr;
-    int value = 0;
-    if (symbol != 0 && !directValue(in, symbol & 15, &value)) return zmxStsOutOfBufErr;
-    pDst[0] = *pLastDC = wrap16s(*pLastDC + value);
-
-    for (int k = 1; k < kBlock;) {
-        symbol = directSymbol(in, *pAcTable);
+    int k, value = 0;
+    const Left left = decodeFast<false>(in, pDst, pLastDC, *pDcTable, *pAcTable, &k);
+    if (k == 0) {
+        const int symbol = directSymbol(in, *pDcTable);
+        if (symbol == kDataEnded) return zmxStsNoErr; // quietly, and without storing the position
+        if (symbol == kInvalidCode) return zmxStsDCTRangeErr;
+        if (symbol != 0 && !directValue(in, symbol & 15, &value)) return zmxStsOutOfBufErr;
+        pDst[0] = *pLastDC = wrap16s(*pLastDC + value);
+        k = 1;
+    }
+    while (left == Left::Open && k < kBlock) {
+        const int symbol = directSymbol(in, *pAcTable);
         if (symbol == kDataEnded) { // quietly too: the block stays as far as it got
             in.count = 0;
             break;

@@ -6,6 +6,8 @@
 #include "pjargs.h"
 #include "pjbitwrite.h"
 #include "pjencwalk.h"
+#include "pjfastwrite.h"
+#include "pjwrap.h"
 
 namespace {
 
@@ -43,6 +45,26 @@ struct ExactSink {
     ZmxStatus bare(int symbol) { return writeSymbol(acTable, symbol, out); }
 };
 
+// A sink with room for whatever a block can be. Strict: a symbol without a code is an error, with nothing of it written;
+// otherwise it is passed over, and the value behind it is written all the same.
+template <bool Strict> struct FastSink {
+    const ZmxiEncodeHuffmanSpec &dcTable, &acTable;
+    FastWriter out;
+
+    ZmxStatus coded(Zmx32u code, int n, int v) {
+        const int length = int(code >> 16);
+        if (Strict && length == 0) return zmxStsHuffTableErr;
+        out.put(std::uint64_t(code & 0xFFFF) << n | (valueBits(v) & ((1u << n) - 1)), length + n);
+        return zmxStsNoErr;
+    }
+    ZmxStatus dc(int n, int v) { return coded(dcTable.codes[n], n, v); }
+    ZmxStatus ac(int symbol, int n, int v) { return coded(codeOf(acTable, symbol), n, v); }
+    ZmxStatus bare(int symbol) { return coded(acTable.codes[symbol], 0, 0); }
+};
+
+// 64 coefficients of up to 32 bits with their code, an end of block, seven bits pending, and every byte stuffed.
+constexpr int kWorstBlock = 2 * (64 * 32 + 16 + 7) / 8 + 2;
+
 } // namespace
 
 ZmxStatus zmxiEncodeHuffman8x8_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos,
@@ -56,57 +78,30 @@ ZmxStatus zmxiEncodeHuffman8x8_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, in
 
     const int diff = differenceDC(pSrc, pLastDC);
     BitWriter out(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
+    if (out.len - out.pos >= kWorstBlock && out.regular()) {
+        FastSink<true> sink{*pDcTable, *pAcTable, FastWriter(out.dst + out.pos, out.buf >> (24 - out.count), out.count)};
+        const ZmxStatus status = walkBlock(pSrc, diff, sink);
+        sink.out.drain();
+        out.moveTo(int(sink.out.position() - out.dst), Zmx32u(sink.out.pendingBits() << (24 - sink.out.pending())), sink.out.pending());
+        return status;
+    }
     ExactSink sink{*pDcTable, *pAcTable, out};
     return walkBlock(pSrc, diff, sink);
 }
-
-namespace {
-
-// The writer of the Direct function: bits in a 64-bit register, whole bytes out of it.
-class DirectSink {
-    const ZmxiEncodeHuffmanSpec &dcTable, &acTable;
-    Zmx8u* next;
-    std::uint64_t bits;
-    int count; // how many low ones of bits are pending: at most 7 between fields
-
-    ZmxStatus put(Zmx32u code, int n, int v) {
-        const int length = int(code >> 16) + n; // a symbol without a code leaves the value alone
-        bits = bits << length | std::uint64_t(code & 0xFFFF) << n | (valueBits(v) & ((1u << n) - 1));
-        for (count += length; count >= 8;) {
-            count -= 8;
-            const Zmx8u byte = Zmx8u(bits >> count);
-            *next++ = byte;
-            if (byte == 0xFF) *next++ = 0;
-        }
-        return zmxStsNoErr;
-    }
-
-public:
-    DirectSink(const ZmxiEncodeHuffmanSpec& dc, const ZmxiEncodeHuffmanSpec& ac, Zmx8u* byte, int used)
-        : dcTable(dc), acTable(ac), next(byte), bits(used ? std::uint64_t(*byte >> (8 - used)) : 0), count(used) {}
-
-    ZmxStatus dc(int n, int v) { return put(dcTable.codes[n], n, v); }
-    ZmxStatus ac(int symbol, int n, int v) { return put(codeOf(acTable, symbol), n, v); }
-    ZmxStatus bare(int symbol) { return put(acTable.codes[symbol], 0, 0); }
-
-    // The position in bits. The byte under it has been started, with zeros behind the pending bits, if any was written.
-    int finish(const Zmx8u* dst, int from) {
-        const int position = int(Zmx32u(next - dst) * 8 + Zmx32u(count));
-        if (position != from) *next = Zmx8u(bits << (8 - count));
-        return position;
-    }
-};
-
-} // namespace
 
 ZmxStatus zmxiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int* pDstBitsLen, Zmx16s* pLastDC,
                                                     const ZmxiEncodeHuffmanSpec* pDcTable,
                                                     const ZmxiEncodeHuffmanSpec* pAcTable) {
     if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDst).ptr(pDstBitsLen).ptr(pLastDC).ptr(pDcTable).ptr(pAcTable)) return bad;
-    const int from = *pDstBitsLen;
-    DirectSink sink(*pDcTable, *pAcTable, pDst + (from >> 3), from & 7);
+    const int from = *pDstBitsLen, used = from & 7;
+    Zmx8u* const first = pDst + (from >> 3);
+    FastSink<false> sink{*pDcTable, *pAcTable, FastWriter(first, used ? *first >> (8 - used) : 0, used)};
     walkBlock(pSrc, differenceDC(pSrc, pLastDC), sink);
-    *pDstBitsLen = sink.finish(pDst, from);
+    sink.out.drain();
+    const int to = wrapAdd(wrapMul(int(sink.out.position() - pDst), 8), sink.out.pending());
+    // The byte under the position: what is pending, and zeros. Where nothing was written it is left alone.
+    if (to != from) *sink.out.position() = Zmx8u(sink.out.pendingBits() << (8 - sink.out.pending()));
+    *pDstBitsLen = to;
     return zmxStsNoErr;
 }
 
