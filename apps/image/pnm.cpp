@@ -21,6 +21,7 @@ void startNetpbm() {
     static const bool started = [] {
         pm_init("zmx", 0);
         pm_setusermessagefn(keepMessage);
+        pm_setusererrormsgfn(keepMessage);
         return true;
     }();
     (void)started;
