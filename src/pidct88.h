@@ -36,14 +36,12 @@ template <Zmx32u Constant> constexpr Wrapping times(Zmx16s v) {
 constexpr Zmx32s shiftRight(Wrapping v, int n) { return Zmx32s(v) >> n; }
 
 // How a pass ends: the first leaves three fraction bits, the second none.
-struct First {
-    static constexpr Wrapping half = 1 << 11;
-    static constexpr int shift = 12;
+template <int Shift> struct Ending {
+    static constexpr Wrapping half = 1 << (Shift - 1);
+    static constexpr int shift = Shift;
 };
-struct Second {
-    static constexpr Wrapping half = 1 << 20;
-    static constexpr int shift = 21;
-};
+using First = Ending<12>;
+using Second = Ending<21>;
 
 // The root of two with 12 fraction bits: its operand is rounded ahead of the product, in all transforms and passes.
 constexpr Wrapping timesRoot2(Wrapping v) { return Wrapping(shiftRight(v + 2048, 12)) * 5793; }

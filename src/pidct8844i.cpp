@@ -83,16 +83,10 @@ static void dct_8x8_to_4x4_inv_16s(Zmx16s* block) {
         for (int c = 0; c < 4; ++c) block[4 * r + c] = held.at[8 * c + r];
 }
 
-// Eight coefficients to two points, of the odd ones and the first, with one bit more than in the other transforms. So few
-// vectors are taken one by one.
-struct FirstTo2 {
-    static constexpr Wrapping half = 1 << 12;
-    static constexpr int shift = 13;
-};
-struct SecondTo2 {
-    static constexpr Wrapping half = 1 << 21;
-    static constexpr int shift = 22;
-};
+// Eight coefficients to two points, of the odd ones and the first, with one bit more than in the other transforms. The
+// vectors are so few that they are taken one by one.
+using FirstTo2 = Ending<13>;
+using SecondTo2 = Ending<22>;
 template <class Pass> static void vectorTo2(const Zmx16s* in, int inStep, Zmx16s* out, int outStep) {
     const Wrapping t = times<59384>(in[inStep]) - times<20853>(in[3 * inStep]) + times<13932>(in[5 * inStep]) -
                        times<11812>(in[7 * inStep]);

@@ -15,28 +15,28 @@ static Zmx16s sumEnded(Second, Wrapping v) { return wrap16s(shiftRight(v + 32, 6
 // The same for operands of 32 bits.
 template <Zmx32u Constant> static Wrapping times(Zmx32s v) { return Wrapping(v) * Constant; }
 
-// T is a type that holds every sum ahead of a product: 32 bits, or 16 in a first pass over samples of 8 bits.
-template <class Pass, class T> static void forwardPass(const Zmx16s* __restrict in, Zmx16s* __restrict out) {
+// Sum is a type that holds the sums and differences of the inputs, Odd one that holds those of the odd part.
+template <class Pass, class Sum, class Odd>
+static void forwardPass(const Zmx16s* __restrict in, Zmx16s* __restrict out) {
     for (int i = 0; i < 8; ++i) {
-        const T x0 = in[i], x1 = in[8 + i], x2 = in[16 + i], x3 = in[24 + i];
-        const T x4 = in[32 + i], x5 = in[40 + i], x6 = in[48 + i], x7 = in[56 + i];
-        const T s0 = T(x0 + x7), s1 = T(x1 + x6), s2 = T(x2 + x5), s3 = T(x3 + x4);
-        const T d0 = T(x0 - x7), d1 = T(x1 - x6), d2 = T(x2 - x5), d3 = T(x3 - x4);
+        const Sum x0 = in[i], x1 = in[8 + i], x2 = in[16 + i], x3 = in[24 + i];
+        const Sum x4 = in[32 + i], x5 = in[40 + i], x6 = in[48 + i], x7 = in[56 + i];
+        const Sum s0 = Sum(x0 + x7), s1 = Sum(x1 + x6), s2 = Sum(x2 + x5), s3 = Sum(x3 + x4);
+        const Sum d0 = Sum(x0 - x7), d1 = Sum(x1 - x6), d2 = Sum(x2 - x5), d3 = Sum(x3 - x4);
 
-        const T a = T(s0 + s3), b = T(s0 - s3), c = T(s1 + s2), e = T(s1 - s2);
+        const Sum a = Sum(s0 + s3), b = Sum(s0 - s3), c = Sum(s1 + s2), e = Sum(s1 - s2);
         out[i] = sumEnded(Pass(), Wrapping(a + c));
         out[32 + i] = sumEnded(Pass(), Wrapping(a - c));
-        // Multipliers of 15 fraction bits.
-        const Wrapping w = times<17734>(T(b + e));
-        out[16 + i] = ended<Pass>(w + times<25080>(b));
-        out[48 + i] = ended<Pass>(w - times<60547>(e));
+        // The rotation multiplied out: b + e may outgrow its type. Multipliers of 15 fraction bits.
+        out[16 + i] = ended<Pass>(times<17734 + 25080>(b) + times<17734>(e));
+        out[48 + i] = ended<Pass>(times<17734>(b) - times<60547 - 17734>(e));
 
         // The odd part is eight times as large from here on, its multipliers have 12 fraction bits. The root of two
         // times the outer differences is rounded here, in both passes.
-        const T u = T(8 * (d1 + d2)), v = T(8 * (d1 - d2));
-        const T p = T(shiftRight(times<46341>(d0) + 2048, 12)), q = T(shiftRight(times<46341>(d3) + 2048, 12));
-        const T e1 = T(u + p), e2 = T(p - u), e3 = T(v + q), e4 = T(q - v);
-        const Wrapping w1 = times<799>(T(e1 + e3)), w2 = times<3406>(T(e2 + e4));
+        const Odd u = Odd(8 * (d1 + d2)), v = Odd(8 * (d1 - d2));
+        const Odd p = Odd(shiftRight(times<46341>(d0) + 2048, 12)), q = Odd(shiftRight(times<46341>(d3) + 2048, 12));
+        const Odd e1 = Odd(u + p), e2 = Odd(p - u), e3 = Odd(v + q), e4 = Odd(q - v);
+        const Wrapping w1 = times<799>(Odd(e1 + e3)), w2 = times<3406>(Odd(e2 + e4));
         out[8 + i] = ended<Pass>(w1 + times<3218>(e1));
         out[56 + i] = ended<Pass>(w1 - times<4816>(e3));
         out[24 + i] = ended<Pass>(w2 - times<5681>(e4));
@@ -44,7 +44,8 @@ template <class Pass, class T> static void forwardPass(const Zmx16s* __restrict 
     }
 }
 
-template <class Pass> static void inversePass(const Zmx16s* __restrict in, Zmx16s* __restrict out) {
+template <class Pass>
+static void inversePass(const Zmx16s* __restrict in, Zmx16s* __restrict out) {
     for (int i = 0; i < 8; ++i) {
         const Zmx16s c0 = in[i], c1 = in[8 + i], c2 = in[16 + i], c3 = in[24 + i];
         const Zmx16s c4 = in[32 + i], c5 = in[40 + i], c6 = in[48 + i], c7 = in[56 + i];
@@ -85,11 +86,18 @@ static bool are8Bits(const Zmx16s* samples) {
 static void dct_8x8_fwd_16s(const Zmx16s* src, Zmx16s* dst) {
     Block16s turned, held;
     transpose(src, turned.at);
-    // The sums of 8-bit samples fit 16 bits up to the rotations, and the products are cheaper; the results are the same.
-    if (are8Bits(src)) forwardPass<First, Zmx16s>(turned.at, held.at);
-    else forwardPass<First, Zmx32s>(turned.at, held.at);
-    transpose(held.at, turned.at);
-    forwardPass<Second, Zmx32s>(turned.at, dst);
+    // With samples of 8 bits the sums fit 16 bits, and products of those are cheaper; the results are the same. The
+    // first pass makes values from -8192 (eight times -128, three fraction bits) to 8191 at most, and the second adds
+    // up to four of them ahead of its products. Its odd part outgrows 16 bits, that of the first pass does not.
+    if (are8Bits(src)) {
+        forwardPass<First, Zmx16s, Zmx16s>(turned.at, held.at);
+        transpose(held.at, turned.at);
+        forwardPass<Second, Zmx16s, Zmx32s>(turned.at, dst);
+    } else {
+        forwardPass<First, Zmx32s, Zmx32s>(turned.at, held.at);
+        transpose(held.at, turned.at);
+        forwardPass<Second, Zmx32s, Zmx32s>(turned.at, dst);
+    }
 }
 
 static void dct_8x8_inv_16s(const Zmx16s* src, Zmx16s* dst) {

@@ -1,11 +1,12 @@
-// pjdecccss.cpp - decoded minimum coded units to pixels: chroma replication, colour, level shift, saturation in one pass.
+// pjdecccss.cpp - decoded minimum coded units to pixels: replication, colour, level shift and saturation at once.
 //
 // Each row of chroma is turned into what it adds to the pixels that it covers; each row of luma under it is added, and
-// the channels are packed into pixels. All of it is in 16-bit lanes, eight of them to a vector: rows are rows of Zmx16s,
-// and pixels are put together of 16-bit halves, the lower byte first as x86 stores them.
+// the channels are packed into pixels. All of it is in 16-bit lanes, eight to a vector: rows are rows of Zmx16s, and
+// pixels are put together of 16-bit halves, the lower byte first as x86 stores them.
 #include "zmxj.h"
 
 #include "pjargs.h"
+#include "pjls.h"
 #include "pjmcu.h"
 #include "pjrows.h"
 
@@ -22,12 +23,6 @@ struct Row {
 struct Channels {
     Row of[4];
 };
-
-// By value: references, as of std::min, keep the compiler from vector code.
-constexpr Zmx16s lesser(Zmx16s a, Zmx16s b) { return a < b ? a : b; }
-constexpr Zmx16s greater(Zmx16s a, Zmx16s b) { return a > b ? a : b; }
-
-constexpr Zmx16s saturatedShift(Zmx16s v) { return Zmx16s(lesser(greater(v, -128), 127) + 128); }
 
 // Each of the eight elements once or twice.
 template <class U> void replicate(const Row& from, Row& to) {
@@ -95,7 +90,7 @@ template <class U> class Plain {
 
     static void shifted(const Zmx16s* from, Row& to) {
         Row once;
-        for (int x = 0; x < 8; ++x) once.at[x] = saturatedShift(from[x]);
+        for (int x = 0; x < 8; ++x) once.at[x] = shiftedUp(from[x]);
         replicate<U>(once, to);
     }
 
@@ -106,7 +101,7 @@ public:
     }
     void luma(const Zmx16s* luma, int left, Channels& row) const {
         for (int x = 0; x < 8; ++x) {
-            row.of[0].at[left + x] = saturatedShift(luma[x]);
+            row.of[0].at[left + x] = shiftedUp(luma[x]);
             row.of[1].at[left + x] = second.at[left + x];
             row.of[2].at[left + x] = third.at[left + x];
         }

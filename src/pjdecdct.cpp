@@ -28,6 +28,18 @@ static ZmxStatus tested(const void* src, const void* dst, int dstStep, const voi
     return Args().ptr(src).ptr(dst).step(dstStep).ptr(table);
 }
 
+ZmxStatus zmxiDCTQuantInv8x8LS_JPEG_16s8u_C1R(const Zmx16s* pSrc, Zmx8u* pDst, int dstStep,
+                                              const Zmx16u* pQuantInvTable) {
+    if (ZmxStatus bad = tested(pSrc, pDst, dstStep, pQuantInvTable)) return bad;
+    Block16s block;
+    dequantise(pSrc, block.at, pQuantInvTable);
+    zmxiDCT8x8Inv_16s_C1I(block.at);
+    // What zmxiDCT8x8InvLSClip_16s8u_C1R does, with a level shift and bounds that are known.
+    for (int y = 0; y < 8; ++y)
+        for (int x = 0; x < 8; ++x) rowAt(pDst, dstStep, y)[x] = Zmx8u(shiftedUp(block.at[8 * y + x]));
+    return zmxStsNoErr;
+}
+
 // Dequantisation, a transform in place that leaves Size rows of Size samples, level shift.
 template <int Size>
 static ZmxStatus toSamples(const Zmx16s* src, Zmx8u* dst, int dstStep, const Zmx16u* table,
@@ -36,15 +48,10 @@ static ZmxStatus toSamples(const Zmx16s* src, Zmx8u* dst, int dstStep, const Zmx
     Block16s block;
     dequantise(src, block.at, table);
     transform(block.at);
-    for (int y = 0; y < Size; ++y)
-        for (int x = 0; x < Size; ++x) rowAt(dst, dstStep, y)[x] = shiftedUp(block.at[Size * y + x]);
+    ownpj_Add128_JPEG_16s8u_C1R(block.at, Size * int(sizeof(Zmx16s)), dst, dstStep, {Size, Size});
     return zmxStsNoErr;
 }
 
-ZmxStatus zmxiDCTQuantInv8x8LS_JPEG_16s8u_C1R(const Zmx16s* pSrc, Zmx8u* pDst, int dstStep,
-                                              const Zmx16u* pQuantInvTable) {
-    return toSamples<8>(pSrc, pDst, dstStep, pQuantInvTable, zmxiDCT8x8Inv_16s_C1I);
-}
 ZmxStatus zmxiDCTQuantInv8x8LS_2x2_JPEG_16s8u_C1R(const Zmx16s* pSrc, Zmx8u* pDst, int dstStep,
                                                   const Zmx16u* pQuantInvTable) {
     return toSamples<8>(pSrc, pDst, dstStep, pQuantInvTable, zmxiDCT8x8Inv_2x2_16s_C1I);

@@ -11,7 +11,7 @@ ZmxStatus zmxiAdd128_JPEG_16s8u_C1R(const Zmx16s* pSrc, int srcStep, Zmx8u* pDst
 }
 
 static void shiftRowUp(const Zmx8u* src, Zmx8u* dst, int width) {
-    for (int x = 0; x < width; ++x) dst[x] = shiftedUp(load<Zmx16s>(src, x));
+    for (int x = 0; x < width; ++x) dst[x] = Zmx8u(shiftedUp(load<Zmx16s>(src, x)));
 }
 
 void ownpj_Add128_JPEG_16s8u_C1R(const Zmx16s* pSrc, int srcStep, Zmx8u* pDst, int dstStep, ZmxiSize roiSize) {

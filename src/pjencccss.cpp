@@ -1,8 +1,8 @@
 // pjencccss.cpp - pixels to minimum coded units: colour, chroma reduction, level shift in one pass.
 //
-// The pixels of a unit are split into channels. The luma is formed pixel by pixel; the channels are summed over the pixels
-// that share a chroma sample, and the chroma is formed of the sums. All are plain loops over the unit in 16-bit lanes.
-// Pixels are taken apart by 16-bit halves, the lower byte first as x86 stores them.
+// The pixels of a unit are split into channels. The luma is formed pixel by pixel; the channels are summed over the
+// pixels that share a chroma sample, and the chroma is formed of the sums. All are plain loops over the unit in 16-bit
+// lanes. Pixels are taken apart by 16-bit halves, the lower byte first as x86 stores them.
 #include "zmxj.h"
 
 #include "pjargs.h"

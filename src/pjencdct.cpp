@@ -30,8 +30,7 @@ static ZmxStatus tested(const void* src, int srcStep, const void* dst, const voi
 ZmxStatus zmxiDCTQuantFwd8x8LS_JPEG_8u16s_C1R(const Zmx8u* pSrc, int srcStep, Zmx16s* pDst,
                                               const Zmx16u* pQuantFwdTable) {
     if (ZmxStatus bad = tested(pSrc, srcStep, pDst, pQuantFwdTable)) return bad;
-    for (int y = 0; y < 8; ++y)
-        for (int x = 0; x < 8; ++x) pDst[8 * y + x] = shiftedDown(rowAt(pSrc, srcStep, y)[x]);
+    ownpj_Sub128_JPEG_8u16s_C1R(pSrc, srcStep, pDst, 16, {8, 8});
     return zmxiDCTQuantFwd8x8_JPEG_16s_C1I(pDst, pQuantFwdTable);
 }
 

@@ -32,11 +32,13 @@ template <class T, class F> static T roundedTo(F x, ZmxRoundMode mode) {
     if (x > hi) return T(hi);
     if (x < lo) return T(lo);
     if (mode == zmxRndZero) return T(int(x));
-    const F sum = x < 0 ? x - F(0.5) : x + F(0.5);
+    // Signs are as likely one as the other: no branch on them.
+    const int sign = 1 - 2 * (x < 0);
+    const F sum = x + F(0.5) * F(sign);
     const int t = int(sum);
     // A half exactly went away from zero: an odd result goes back to its even neighbour.
-    if (mode == zmxRndNear && t % 2 != 0 && F(t) == sum) return T(x < 0 ? t + 1 : t - 1);
-    return T(t);
+    const int tie = (mode == zmxRndNear) & (t % 2 != 0) & (F(t) == sum);
+    return T(t - sign * tie);
 }
 
 template <class T>

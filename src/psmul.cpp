@@ -2,25 +2,22 @@
 #include "psmul.h"
 
 #include "pjargs.h"
-#include "pjround.h"
 #include "pjquant.h"
+#include "pjround.h"
 #include "pscopyca.h"
-
-template <class Op> static ZmxStatus eachInPlace(Zmx32f* srcDst, int len, Op op) {
-    for (int i = 0; i < len; ++i) srcDst[i] = rounded(op(srcDst[i]));
-    return zmxStsNoErr;
-}
 
 ZmxStatus zmxsAddC_32f_I(Zmx32f val, Zmx32f* pSrcDst, int len) {
     if (ZmxStatus bad = Args().ptr(pSrcDst).size(len)) return bad;
     if (val == 0) return zmxStsNoErr; // required: even signalling NaNs and minus zeros stay
-    return eachInPlace(pSrcDst, len, [=](Zmx32f v) { return v + val; });
+    for (int i = 0; i < len; ++i) pSrcDst[i] = rounded(pSrcDst[i] + val);
+    return zmxStsNoErr;
 }
 
 ZmxStatus zmxsSubC_32f_I(Zmx32f val, Zmx32f* pSrcDst, int len) {
     if (ZmxStatus bad = Args().ptr(pSrcDst).size(len)) return bad;
     if (val == 0) return zmxStsNoErr;
-    return eachInPlace(pSrcDst, len, [=](Zmx32f v) { return v - val; });
+    for (int i = 0; i < len; ++i) pSrcDst[i] = rounded(pSrcDst[i] - val);
+    return zmxStsNoErr;
 }
 
 ZmxStatus zmxsMul_32f_I(const Zmx32f* pSrc, Zmx32f* pSrcDst, int len) {
@@ -35,9 +32,11 @@ ZmxStatus zmxsMul_16s(const Zmx16s* pSrc1, const Zmx16s* pSrc2, Zmx16s* pDst, in
     return zmxStsNoErr;
 }
 
-ZmxStatus zmxsMul_16s_I(const Zmx16s* pSrc, Zmx16s* pSrcDst, int len) { return zmxsMul_16s(pSrc, pSrcDst, pSrcDst, len); }
+ZmxStatus zmxsMul_16s_I(const Zmx16s* pSrc, Zmx16s* pSrcDst, int len) {
+    return zmxsMul_16s(pSrc, pSrcDst, pSrcDst, len);
+}
 
-// The product times two to the power of minus Scale, in the ways that the scale factor asks for.
+// The product times two to the power of minus the scale factor, in the ways that it asks for.
 namespace {
 struct Unscaled {
     Zmx16s operator()(Zmx16u a, Zmx16s b) const { return saturate16s(a * b); }
@@ -70,6 +69,7 @@ struct AllOrNothing {
 };
 }
 
+// One of them for every pair of elements.
 template <class Product>
 static ZmxStatus products(const Zmx16u* src1, const Zmx16s* src2, Zmx16s* dst, int len, Product product) {
     for (int i = 0; i < len; ++i) dst[i] = product(src1[i], src2[i]);
@@ -105,4 +105,6 @@ ZmxStatus zmxsDivCRev_16u(const Zmx16u* pSrc, Zmx16u val, Zmx16u* pDst, int len)
     return status;
 }
 
-ZmxStatus zmxsDivCRev_16u_I(Zmx16u val, Zmx16u* pSrcDst, int len) { return zmxsDivCRev_16u(pSrcDst, val, pSrcDst, len); }
+ZmxStatus zmxsDivCRev_16u_I(Zmx16u val, Zmx16u* pSrcDst, int len) {
+    return zmxsDivCRev_16u(pSrcDst, val, pSrcDst, len);
+}

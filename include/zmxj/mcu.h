@@ -126,14 +126,14 @@ ZMXJ_API ZmxStatus zmxiBGRToYCbCr422LS_MCU_8u16s_C3P3R(const Zmx8u* pSrc, int sr
 /** The same for a 411 unit. */
 ZMXJ_API ZmxStatus zmxiBGRToYCbCr411LS_MCU_8u16s_C3P3R(const Zmx8u* pSrc, int srcStep, Zmx16s* const pDstMCU[3]);
 
-/** As zmxiRGBToYCbCr444LS_MCU_8u16s_C3P3R, from 16-bit pixels, 555 packing: zero bits below each field, bit 15 ignored. */
+/** As zmxiRGBToYCbCr444LS_MCU_8u16s_C3P3R, from 16-bit pixels, 555 packing: zeros below each field, bit 15 ignored. */
 ZMXJ_API ZmxStatus zmxiBGR555ToYCbCr444LS_MCU_16u16s_C3P3R(const Zmx16u* pSrc, int srcStep, Zmx16s* const pDstMCU[3]);
 /** The same for a 422 unit. */
 ZMXJ_API ZmxStatus zmxiBGR555ToYCbCr422LS_MCU_16u16s_C3P3R(const Zmx16u* pSrc, int srcStep, Zmx16s* const pDstMCU[3]);
 /** The same for a 411 unit. */
 ZMXJ_API ZmxStatus zmxiBGR555ToYCbCr411LS_MCU_16u16s_C3P3R(const Zmx16u* pSrc, int srcStep, Zmx16s* const pDstMCU[3]);
 
-/** As zmxiRGBToYCbCr444LS_MCU_8u16s_C3P3R, from 16-bit pixels, 565 packing: zero bits below each field. */
+/** As zmxiRGBToYCbCr444LS_MCU_8u16s_C3P3R, from 16-bit pixels, 565 packing: zeros below each field. */
 ZMXJ_API ZmxStatus zmxiBGR565ToYCbCr444LS_MCU_16u16s_C3P3R(const Zmx16u* pSrc, int srcStep, Zmx16s* const pDstMCU[3]);
 /** The same for a 422 unit. */
 ZMXJ_API ZmxStatus zmxiBGR565ToYCbCr422LS_MCU_16u16s_C3P3R(const Zmx16u* pSrc, int srcStep, Zmx16s* const pDstMCU[3]);
