@@ -5,6 +5,7 @@
 #pragma once
 
 #include "pjhufftbl.h"
+#include "pjwords.h"
 
 // The n bits (up to 16) of bits that stand above the low count ones. Where a marker cut the data short the count is
 // negative. The value means nothing then, but it has to be one: the count goes modulo 32.
@@ -13,6 +14,16 @@ inline Zmx32u bitsAt(Zmx32u bits, int count, int n) { return bits >> (count & 31
 // The value of category s that the bits v stand for (ITU-T T.81, F.2.2.1, EXTEND); 0 for category 0.
 inline int extend(Zmx32u v, int s) {
     return int(v) < own_pj_extend_test[std::size_t(s)] ? int(v) + own_pj_lowest_coef[std::size_t(s)] : int(v);
+}
+
+// Moves a reader over bytes that are no 0xFF: the buffer is the last four bytes.
+template <class Reader> void advance(Reader& in, int pos, int count) {
+    if (pos - in.pos >= 4) {
+        in.buf = loadBigEndian32(in.src + pos - 4);
+        in.pos = pos;
+    }
+    while (in.pos < pos) in.buf = in.buf << 8 | in.next();
+    in.count = count;
 }
 
 // The reader of a state, in a source of known length.
@@ -43,10 +54,10 @@ struct BitReader {
         count += 8;
         state->bufferMark = 0;
     }
-    // For one that has taken bits and bytes in its place.
+    // For one that has taken bits and bytes in its place, none of them 0xFF.
     void moveTo(int newPos, int newCount) {
-        pos = newPos;
-        count = newCount;
+        if (newPos != pos) state->bufferMark = 0;
+        advance(*this, newPos, newCount);
     }
     // Takes n bits (up to 16) that have been asked for.
     Zmx32u take(int n) {
@@ -140,10 +151,7 @@ struct DirectReader {
         buf = buf << 8 | byte;
         count += 8;
     }
-    void moveTo(int newPos, int newCount) {
-        pos = newPos;
-        count = newCount;
-    }
+    void moveTo(int newPos, int newCount) { advance(*this, newPos, newCount); }
     void refill() {
         if (marker <= 0) appendBytes(*this, 0);
     }

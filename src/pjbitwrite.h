@@ -56,7 +56,24 @@ private:
 
 // Writes the low nBits (up to 16) of bits. zmxStsHuffTableErr for no bits: a symbol without a code; nothing changes.
 // zmxStsOutOfBufErr when the destination is full: what was pending stays as it was, the bytes already stored stay too.
-ZmxStatus ownpj_write_bits_jpeg(Zmx32u bits, int nBits, BitWriter& out);
+inline ZmxStatus ownpj_write_bits_jpeg(Zmx32u bits, int nBits, BitWriter& out) {
+    if (nBits == 0) return zmxStsHuffTableErr;
+    int total = out.count + nBits;
+    Zmx32u w = (bits & ((1u << nBits) - 1)) << ((24 - total) & 31) | out.buf;
+    for (; total >= 8; total -= 8, w <<= 8) {
+        if (out.pos >= out.len) return zmxStsOutOfBufErr;
+        const Zmx8u byte = Zmx8u(w >> 16);
+        out.dst[out.pos++] = byte;
+        if (byte == 0xFF) {
+            if (out.pos >= out.len) return zmxStsOutOfBufErr;
+            out.dst[out.pos++] = 0;
+        }
+    }
+    out.written();
+    out.buf = w;
+    out.count = total;
+    return zmxStsNoErr;
+}
 
 // The code of a symbol. A category of 16 behind a run of 15 lies outside the table: it has no code.
 inline Zmx32u codeOf(const ZmxiEncodeHuffmanSpec& table, int symbol) { return symbol < 256 ? table.codes[symbol] : 0; }

@@ -72,19 +72,21 @@ template <class Sink> ZmxStatus putHeld(Sink& sink, ZmxiEncodeHuffmanState& stat
 }
 
 // What is left of a coefficient: its magnitude is shifted, not its two's complement form, so that it goes towards zero.
-int shifted(int c, int Al) { return std::abs(c) >> Al; }
+// In 16 bits, eight at a time.
+Zmx16u shifted(Zmx16s c, int Al) { return Zmx16u(Zmx16u(c < 0 ? -c : c) >> Al); }
 
 template <class Sink>
 ZmxStatus firstBand(const Zmx16s* pSrc, int Ss, int Se, int Al, ZmxiEncodeHuffmanState& state, Sink& sink) {
     const std::uint64_t set =
-        zigzagSet(pSrc, [Al](int c) { return shifted(c, Al) != 0; }) & positions(Ss, Se);
+        zigzagSet(pSrc, [Al](Zmx16s c) { return shifted(c, Al) != 0; }) & positions(Ss, Se);
     int next = Ss; // behind the last coefficient coded
     const ZmxStatus status = forEachPosition(set, [&](int k) -> ZmxStatus {
         if (ZmxStatus failed = putRun(sink, state.eobRun)) return failed;
         int r = k - next;
         for (; r > 15; r -= 16)
             if (ZmxStatus failed = sink.symbol(kZeroRun)) return failed;
-        const int c = pSrc[own_pj_izigzag_index[std::size_t(k)]], a = shifted(c, Al), n = category(a);
+        const Zmx16s c = pSrc[own_pj_izigzag_index[std::size_t(k)]];
+        const int a = shifted(c, Al), n = category(a);
         if (n > Sink::maxCategory) return zmxStsDCTRangeErr;
         if (ZmxStatus failed = sink.symbol(r * 16 + n)) return failed;
         next = k + 1;
@@ -97,8 +99,8 @@ ZmxStatus firstBand(const Zmx16s* pSrc, int Ss, int Se, int Al, ZmxiEncodeHuffma
 template <class Sink>
 ZmxStatus refineBand(const Zmx16s* pSrc, int Ss, int Se, int Al, ZmxiEncodeHuffmanState& state, Sink& sink) {
     const std::uint64_t band = positions(Ss, Se);
-    const std::uint64_t known = zigzagSet(pSrc, [Al](int c) { return shifted(c, Al) > 1; }) & band;
-    const std::uint64_t fresh = zigzagSet(pSrc, [Al](int c) { return shifted(c, Al) == 1; }) & band;
+    const std::uint64_t known = zigzagSet(pSrc, [Al](Zmx16s c) { return shifted(c, Al) > 1; }) & band;
+    const std::uint64_t fresh = zigzagSet(pSrc, [Al](Zmx16s c) { return shifted(c, Al) == 1; }) & band;
     const int lastFresh = fresh ? 63 - std::countl_zero(fresh) : 0;
 
     Zmx8u* bits = state.correctionBits + state.correctionCount; // of this block, behind those of earlier ones
@@ -120,7 +122,7 @@ ZmxStatus refineBand(const Zmx16s* pSrc, int Ss, int Se, int Al, ZmxiEncodeHuffm
         // Behind the last fresh coefficient zeros are left to the end-of-band run, however many there are.
         for (; r > 15 && k <= lastFresh; r -= 16)
             if (ZmxStatus failed = put(kZeroRun, 0)) return failed;
-        const int c = pSrc[own_pj_izigzag_index[std::size_t(k)]];
+        const Zmx16s c = pSrc[own_pj_izigzag_index[std::size_t(k)]];
         if (known >> k & 1) { // its bit waits
             bits[count++] = Zmx8u(shifted(c, Al) & 1);
             return zmxStsNoErr;

@@ -64,10 +64,7 @@ public:
     explicit FastReader(const Reader& reader)
         : in(reader), bits(reader.count > 0 ? std::uint64_t(reader.buf) << (64 - reader.count) : 0),
           held(unsigned(reader.count)), count(held), category(0), nextCount(nextCounts[0][held]),
-          next(reader.src + reader.pos), known(next) {
-        lookAhead();
-        lookAhead();
-    }
+          next(reader.src + reader.pos), known(next) {}
 
     // Whether a reader is in a state to begin with.
     static bool suits(const Reader& reader) { return reader.marker == 0 && reader.count >= 0 && reader.count <= 32; }
@@ -122,7 +119,6 @@ public:
             if (stop > known) return false;
         }
         const int pos = int(stop - reader.src);
-        for (int i = pos - reader.pos > 4 ? pos - 4 : reader.pos; i < pos; ++i) reader.append(reader.src[i]);
         reader.moveTo(pos, atEnd);
         return true;
     }

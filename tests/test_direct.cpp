@@ -239,7 +239,8 @@ TEST(Direct, RandomTablesAndStreams) {
         if (rng.oneIn(8))
             list = {{2, 0, 0, 0, 0, 0, 0, 1}, {0x21, 0xF0, 0x11}}; // index 256 of the fast table
         ac.build(list);
-        DirectIn in(withMarker(randomStream(rng, int(rng.range(1, 300)), 30, 12)));
+        DirectIn in(withMarker(
+            randomStream(rng, int(rng.range(1, 400)), rng.oneIn(3) ? 400 : int(rng.range(2, 60)), 12)));
         // The last byte may be a 0xFF of its own: fill, and the marker stays one.
         BlockOut out(flushAt);
         in.bits[0] = in.bits[1] = Zmx32u(rng.next());

@@ -489,9 +489,11 @@ TEST(Lossless, RandomTablesAndStreams) {
             tables.back()->build(list);
             pointers.push_back(tables.back().get());
         }
-        StreamIn in(randomStream(rng, int(rng.range(1, 120)), 12, 10), flushAt);
+        StreamIn in(randomStream(rng, int(rng.range(1, 120)), rng.oneIn(3) ? 400 : int(rng.range(2, 40)), 10),
+                    flushAt);
         rng.bytes(&in.state.plain, sizeof in.state.plain);
-        in.state.plain.bitCount = int(rng.range(-2, 32));
+        in.state.plain.bitCount = int(rng.range(rng.oneIn(4) ? -15 : 0, 32));
+        in.pos[0] = in.pos[1] = rng.oneIn(2) ? 0 : int(rng.range(0, in.len() + 2));
         in.state.share();
         for (int call = 0; call < 12; ++call) {
             DecodePlanes out(width, pointers);

@@ -324,7 +324,8 @@ TEST(ProgressiveDecoding, RandomTablesAndStreams) {
                     flushAt);
         BlockOut out(flushAt);
         rng.bytes(&in.state.plain, sizeof in.state.plain);
-        in.state.plain.bitCount = int(rng.range(-2, 32));
+        in.state.plain.bitCount = int(rng.range(rng.oneIn(4) ? -15 : 0, 32));
+        in.pos[0] = in.pos[1] = rng.oneIn(2) ? 0 : int(rng.range(0, in.len() + 2));
         in.state.plain.eobRun = rng.oneIn(3) ? int(rng.range(-2, 5)) : 0;
         in.state.share();
         const int ss = int(rng.range(1, 63));

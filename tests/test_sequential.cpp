@@ -354,11 +354,13 @@ TEST(Sequential, RandomTablesAndStreams) {
         if (rng.oneIn(8))
             list = {{2, 0, 0, 0, 0, 0, 0, 1}, {0x21, 0xF0, 0x11}}; // index 256 of the fast table
         ac.build(list);
-        StreamIn in(randomStream(rng, int(rng.range(1, 200)), 12, 10), flushAt);
+        const int ffOneIn = rng.oneIn(3) ? 400 : int(rng.range(2, 40));
+        StreamIn in(randomStream(rng, int(rng.range(1, rng.oneIn(4) ? 600 : 120)), ffOneIn, 10), flushAt);
         BlockOut out(flushAt);
         rng.bytes(&in.state.plain, sizeof in.state.plain);
-        in.state.plain.bitCount = int(rng.range(-2, 32));
+        in.state.plain.bitCount = int(rng.range(rng.oneIn(4) ? -15 : 0, 32));
         in.state.share();
+        in.pos[0] = in.pos[1] = rng.oneIn(2) ? 0 : int(rng.range(0, in.len() + 2));
         for (int call = 0; call < 10; ++call) {
             const Outcome o = decode(in, out, dc, ac);
             if (::testing::Test::HasFailure()) return;
@@ -381,6 +383,7 @@ TEST(Sequential, EncoderWithRandomTablesAndShortBuffers) {
         EncodeTable ac(randomList(rng, int(rng.range(230, 254)), 1, rng.oneIn(2)),
                        rng.oneIn(2) ? GuardedBlock::AtEnd : GuardedBlock::AtStart);
         StreamOut out(int(rng.range(1, rng.oneIn(2) ? 60 : 900)));
+        out.pos[0] = out.pos[1] = rng.oneIn(2) ? 0 : int(rng.range(0, std::min(40, out.len() + 2)));
         Zmx16s lastDC[2] = {};
         lastDC[0] = lastDC[1] = Zmx16s(rng.range(-32768, 32767));
         rng.bytes(&out.state.plain, sizeof out.state.plain);
