@@ -305,6 +305,29 @@ TEST(Jpeg, TablesOfWords) {
     EXPECT_TRUE(sameBytes(expected, decode(file).pixels));
 }
 
+TEST(Jpeg, OneComponentHasNoSampling) {
+    Bytes file = encode(33, 20, kKinds[0], optionsFor(kKinds[0]));
+    const Bytes expected = decode(file).pixels;
+    file[find(file, jpeg::SOF0).begin + 11] = 0x22;
+    EXPECT_TRUE(sameBytes(expected, decode(file).pixels));
+}
+
+TEST(Jpeg, TheLastByteIsStuffedToo) {
+    // Of many small files some end in a byte of ones.
+    Rng rng(21);
+    int stuffed = 0;
+    for (int round = 0; round < 1500; ++round) {
+        const auto pixels = rng.vec<std::uint8_t>(64, 0, 255);
+        const Bytes file = jpeg::encode(pixels.data(), 8, 8, 1, optionsFor(kKinds[0], 97));
+        const std::size_t n = file.size();
+        ASSERT_EQ(file[n - 2], 0xFF);
+        ASSERT_NE(file[n - 3], 0xFF) << "the byte ahead of the marker would be a fill byte";
+        stuffed += file[n - 4] == 0xFF && file[n - 3] == 0x00;
+        ASSERT_TRUE(decode(file).warnings.empty());
+    }
+    EXPECT_GT(stuffed, 0);
+}
+
 TEST(Jpeg, MemoryIsUsedAgain) {
     const Bytes big = encode(64, 64, kColour, optionsFor(kColour)), small = encode(16, 8, kKinds[0], optionsFor(kKinds[0]));
     jpeg::Picture p = decode(big);
