@@ -11,7 +11,6 @@
 
 namespace {
 
-constexpr int kZeroRun = 240;
 constexpr int kMaxRun = 32767; // of blocks, the most that a symbol holds
 // One further block may add 63 bits to those held, of which there is room for 1024. With a margin, as it has to be.
 constexpr int kMaxHeldBits = 937;
@@ -136,13 +135,6 @@ ZmxStatus refineBand(const Zmx16s* pSrc, int Ss, int Se, int Al, ZmxiEncodeHuffm
     ++state.eobRun;
     state.correctionCount += count;
     return state.eobRun >= kMaxRun || state.correctionCount > kMaxHeldBits ? putHeld(sink, state) : zmxStsNoErr;
-}
-
-int differenceDC(const Zmx16s* pSrc, Zmx16s* pLastDC, int Al) {
-    const int t = pSrc[0] >> Al; // arithmetic, unlike AC
-    const int diff = t - *pLastDC;
-    *pLastDC = Zmx16s(t);
-    return diff;
 }
 
 constexpr int kMaxCategoryDC = 11;

@@ -47,3 +47,13 @@ template <class Visit> int forEachPosition(std::uint64_t set, Visit visit) {
     for (; set != 0 && status == 0; set &= set - 1) status = visit(std::countr_zero(set));
     return status;
 }
+
+inline constexpr int kZeroRun = 240; // the symbol of 16 zeros
+
+// The difference of a DC coefficient to its prediction, both behind an arithmetic shift by Al, and the next prediction.
+inline int differenceDC(const Zmx16s* pSrc, Zmx16s* pLastDC, int Al = 0) {
+    const int t = pSrc[0] >> Al;
+    const int diff = t - *pLastDC;
+    *pLastDC = Zmx16s(t);
+    return diff;
+}
