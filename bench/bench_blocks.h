@@ -45,9 +45,15 @@ inline std::vector<Block> pictureBlocks(int side, int filled) {
     return blocks;
 }
 
+// The lists of a DHT segment.
+struct HuffmanLists {
+    Zmx8u bits[16], vals[256];
+};
+
 // The blocks with optimal tables and their stream, ending in a marker.
 struct Coded {
     std::vector<Block> blocks;
+    HuffmanLists dcLists, acLists;
     std::vector<Zmx8u> stream;
     ZmxiEncodeHuffmanSpec *encDC, *encAC;
     ZmxiDecodeHuffmanSpec *decDC, *decAC;
@@ -58,8 +64,8 @@ struct Coded {
         Zmx32u dc[257] = {}, ac[257] = {};
         Zmx16s lastDC = 0;
         for (const Block& b : blocks) check(zmxiGetHuffmanStatistics8x8_JPEG_16s_C1(b.data(), dc, ac, &lastDC));
-        tables(dc, &encDC, &decDC);
-        tables(ac, &encAC, &decAC);
+        dcLists = tables(dc, &encDC, &decDC);
+        acLists = tables(ac, &encAC, &decAC);
         check(zmxiEncodeHuffmanStateInitAlloc_JPEG_8u(&writer));
         check(zmxiDecodeHuffmanStateInitAlloc_JPEG_8u(&reader));
         stream.resize(blocks.size() * 600);
@@ -91,12 +97,13 @@ struct Coded {
     static void check(ZmxStatus status) {
         if (status) std::abort();
     }
-    static void tables(const Zmx32u* counts, ZmxiEncodeHuffmanSpec** enc, ZmxiDecodeHuffmanSpec** dec) {
+    static HuffmanLists tables(const Zmx32u* counts, ZmxiEncodeHuffmanSpec** enc, ZmxiDecodeHuffmanSpec** dec) {
         Zmx32s statistics[257];
         for (int i = 0; i < 257; ++i) statistics[i] = Zmx32s(counts[i]);
-        Zmx8u bits[16], vals[256];
-        check(zmxiEncodeHuffmanRawTableInit_JPEG_8u(statistics, bits, vals));
-        check(zmxiEncodeHuffmanSpecInitAlloc_JPEG_8u(bits, vals, enc));
-        check(zmxiDecodeHuffmanSpecInitAlloc_JPEG_8u(bits, vals, dec));
+        HuffmanLists lists{};
+        check(zmxiEncodeHuffmanRawTableInit_JPEG_8u(statistics, lists.bits, lists.vals));
+        check(zmxiEncodeHuffmanSpecInitAlloc_JPEG_8u(lists.bits, lists.vals, enc));
+        check(zmxiDecodeHuffmanSpecInitAlloc_JPEG_8u(lists.bits, lists.vals, dec));
+        return lists;
     }
 };

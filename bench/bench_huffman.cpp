@@ -81,14 +81,14 @@ void decodeDirect(benchmark::State& state) {
 #ifdef ZMX_HAVE_LIBJPEG
 void encodeLibjpeg(benchmark::State& state) {
     const Coded coded(int(state.range(0)));
-    const LibjpegFile file(coded.blocks);
+    const LibjpegFile file(coded);
     for (auto _ : state) benchmark::DoNotOptimize(file.rewrite());
     coded.report(state);
 }
 
 void decodeLibjpeg(benchmark::State& state) {
     const Coded coded(int(state.range(0)));
-    const LibjpegFile file(coded.blocks);
+    const LibjpegFile file(coded);
     for (auto _ : state) file.read();
     coded.report(state);
 }
