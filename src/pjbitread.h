@@ -16,13 +16,10 @@ inline int extend(Zmx32u v, int s) {
     return int(v) < own_pj_extend_test[std::size_t(s)] ? int(v) + own_pj_lowest_coef[std::size_t(s)] : int(v);
 }
 
-// Moves a reader over bytes that are no 0xFF: the buffer is the last four bytes.
-template <class Reader> void advance(Reader& in, int pos, int count) {
-    if (pos - in.pos >= 4) {
-        in.buf = loadBigEndian32(in.src + pos - 4);
-        in.pos = pos;
-    }
-    while (in.pos < pos) in.buf = in.buf << 8 | in.next();
+// Moves a reader on to stop, over data bytes of which those from p on enter the buffer.
+template <class Reader> void advance(Reader& in, const Zmx8u* p, const Zmx8u* stop, int count) {
+    for (; p < stop; p += *p == 0xFF ? 2 : 1) in.buf = in.buf << 8 | *p;
+    in.pos = int(stop - in.src);
     in.count = count;
 }
 
@@ -54,10 +51,9 @@ struct BitReader {
         count += 8;
         state->bufferMark = 0;
     }
-    // For one that has taken bits and bytes in its place, none of them 0xFF.
-    void moveTo(int newPos, int newCount) {
-        if (newPos != pos) state->bufferMark = 0;
-        advance(*this, newPos, newCount);
+    void moveTo(const Zmx8u* p, const Zmx8u* stop, int newCount) {
+        if (p < stop) state->bufferMark = 0;
+        advance(*this, p, stop, newCount);
     }
     // Takes n bits (up to 16) that have been asked for.
     Zmx32u take(int n) {
@@ -151,7 +147,7 @@ struct DirectReader {
         buf = buf << 8 | byte;
         count += 8;
     }
-    void moveTo(int newPos, int newCount) { advance(*this, newPos, newCount); }
+    void moveTo(const Zmx8u* p, const Zmx8u* stop, int newCount) { advance(*this, p, stop, newCount); }
     void refill() {
         if (marker <= 0) appendBytes(*this, 0);
     }
