@@ -1,22 +1,22 @@
 // pjfastread.h - decoding of a block from a 64-bit register that runs ahead of the reader.
 //
-// What a reader leaves in its state is exact, and so is when it reads: it refills to 25 bits or more whenever fewer than
-// 8 are held in front of a code, or too few in front of a value. Here the register is filled on a schedule of its own,
-// and the count that the reader would have is kept beside it. As long as no marker and no end of the source comes up, a
-// refill is nothing but an addition to the count, and the two counts differ by whole data bytes: at the end the reader
-// stands that many data bytes before or behind the register. If a marker may be among them the block is decoded again,
-// exactly.
+// What a reader leaves in its state is exact, and so is when it reads: it refills to 25 bits or more whenever
+// fewer than 8 are held in front of a code, or too few in front of a value. Here the register is filled on a
+// schedule of its own, and the count that the reader would have is kept beside it. As long as no marker and
+// no end of the source comes up, a refill is nothing but an addition to the count, and the two counts differ
+// by whole data bytes: at the end the reader stands that many data bytes before or behind the register. If a
+// marker may be among them the block is decoded again, exactly.
 #pragma once
 
 #include "pjdecwalk.h"
 #include "pjwords.h"
 
-// What a reader with count bits holds once need of them have been asked for: a refill makes it the one number from 25 to
-// 32 that leaves whole bytes.
+// What a reader with count bits holds once need of them have been asked for: a refill makes it the one number
+// from 25 to 32 that leaves whole bytes.
 constexpr int refilledBelow(int count, int need) { return count < need ? ((count - 1) & 7) + 25 : count; }
 
-// By category and count behind a code: the count in front of the next code, that is with the value taken and 8 bits asked
-// for. A table, since a branch on either refill is as good as random.
+// By category and count behind a code: the count in front of the next code, that is with the value taken and
+// 8 bits asked for. A table, since a branch on either refill is as good as random.
 inline constexpr auto nextCounts = tableOf<16>([](int s) {
     return tableOf<64>([s](int count) { return Zmx8u(refilledBelow(refilledBelow(count, s) - s, 8)); });
 });
@@ -44,14 +44,14 @@ inline bool stuffedFF(const DirectReader&, const Zmx8u* p) { return p[0] == 0xFF
 
 template <class Reader> class FastReader {
     const Reader* in;
-    std::uint64_t bits;  // the next bit on top
-    unsigned held;       // how many of them count: at most 63
-    unsigned count;      // how many the reader would hold behind the last code
-    unsigned category;   // of that code
-    unsigned nextCount;  // how many it would hold in front of the next one
-    const Zmx8u* next;   // the byte behind the register
-    const Zmx8u* known;  // the byte behind those from next on that are known to be there and not 0xFF
-    bool stuffed;        // a 0xFF with its stuffing has been passed
+    std::uint64_t bits; // the next bit on top
+    unsigned held;      // how many of them count: at most 63
+    unsigned count;     // how many the reader would hold behind the last code
+    unsigned category;  // of that code
+    unsigned nextCount; // how many it would hold in front of the next one
+    const Zmx8u* next;  // the byte behind the register
+    const Zmx8u* known; // the byte behind those from next on that are known to be there and not 0xFF
+    bool stuffed;       // a 0xFF with its stuffing has been passed
 
     void lookAhead() { known += bytesWithoutFF(*in, known); }
 
@@ -67,15 +67,15 @@ template <class Reader> class FastReader {
         }
         return true;
     }
-    // The same backwards, over what has been stepped over in this call. A zero byte is stuffing behind a 0xFF only: a data
-    // byte of zero has stuffing between it and a 0xFF.
+    // The same backwards, over what has been stepped over in this call. A zero byte is stuffing behind a 0xFF
+    // only: a data byte of zero has stuffing between it and a 0xFF.
     const Zmx8u* stepBack(const Zmx8u* p) const {
         const bool pair = stuffed && p - (in->src + in->pos) >= 2 && p[-1] == 0 && p[-2] == 0xFF;
         return p - (pair ? 2 : 1);
     }
 
-    // Refills a reader byte by byte near a 0xFF. Not a member: the fields of one stay in registers as long as nobody takes
-    // its address.
+    // Refills a reader byte by byte near a 0xFF. Not a member: the fields of one stay in registers as long as
+    // nobody takes its address.
     [[gnu::noinline]] static bool refillSlowly(FastReader& r) {
         while (r.held <= 56) {
             const Zmx8u* const byte = r.next;
@@ -103,10 +103,12 @@ public:
           next(reader.src + reader.pos), known(next), stuffed(false) {}
 
     // Whether a reader is in a state to begin with.
-    static bool suits(const Reader& reader) { return reader.marker == 0 && reader.count >= 0 && reader.count <= 32; }
+    static bool suits(const Reader& reader) {
+        return reader.marker == 0 && reader.count >= 0 && reader.count <= 32;
+    }
 
-    // Fills the register to 56 bits or more, enough for a code of 16 bits with its value and one of 8 bits with its own.
-    // False near a marker or the end.
+    // Fills the register to 56 bits or more, enough for a code of 16 bits with its value and one of 8 bits
+    // with its own. False near a marker or the end.
     bool refill() {
         if (known - next < 8) {
             lookAhead();
@@ -143,7 +145,8 @@ public:
         return int(entry & 0xFFFF);
     }
 
-    // Takes the value behind a code with a category other than 0. With the top bit clear it is negative (EXTEND).
+    // Takes the value behind a code with a category other than 0. With the top bit clear it is negative
+    // (EXTEND).
     int value() {
         const Zmx32s negative = Zmx32s(bits >> 63) - 1;
         const int v = int(bits >> (64 - category)) + (own_pj_lowest_coef[category] & negative);

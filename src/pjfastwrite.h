@@ -1,12 +1,13 @@
-// pjfastwrite.h - writing of bits through a 64-bit register, eight bytes at a time, where there is room enough.
+// pjfastwrite.h - writing of bits through a 64-bit register, eight bytes at a time, where there is room
+// enough.
 #pragma once
 
 #include "pjbitwrite.h"
 #include "pjwords.h"
 #include "pjwrap.h"
 
-// Above what is pending the register keeps what has been written, so that a bit writer's, which keeps the last byte above
-// its own pending bits, can be read off it.
+// Above what is pending the register keeps what has been written, so that a bit writer's, which keeps the
+// last byte above its own pending bits, can be read off it.
 class FastWriter {
     Zmx8u* next;        // the next byte to write
     std::uint64_t bits; // the newest bit lowest
@@ -33,7 +34,8 @@ public:
 
     // At a position in bits: those in front of it in its byte are pending.
     FastWriter(Zmx8u* dst, int position)
-        : next(dst + (position >> 3)), bits(position & 7 ? *next >> (8 - (position & 7)) : 0), count(position & 7) {}
+        : next(dst + (position >> 3)), bits(position & 7 ? *next >> (8 - (position & 7)) : 0),
+          count(position & 7) {}
 
     // Writes the low n bits of v, up to 32 of them; the bits above have to be zero.
     void put(std::uint64_t v, int n) {
@@ -59,7 +61,8 @@ public:
         out.moveTo(int(next - out.dst), Zmx32u(bits << (24 - count)), count);
     }
 
-    // The position in bits. The byte under it gets what is pending and zeros, but where nothing was written it is left.
+    // The position in bits. The byte under it gets what is pending and zeros, but where nothing was written
+    // it is left.
     int leave(Zmx8u* dst, int from) {
         drain();
         const int to = wrapAdd(wrapMul(int(next - dst), 8), count);
