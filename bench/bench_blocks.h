@@ -23,8 +23,8 @@ inline int naturalPosition(int k) {
     return 63;
 }
 
-// A square of side x side blocks: Laplace-distributed coefficients that fall off along the zig-zag walk, busy blocks
-// beside quiet ones. Of the AC coefficients about filled in a mean block are not 0.
+// A square of side x side blocks: Laplace-distributed coefficients that fall off along the zig-zag walk, busy
+// blocks beside quiet ones. Of the AC coefficients about filled in a mean block are not 0.
 inline std::vector<Block> pictureBlocks(int side, int filled) {
     std::minstd_rand random(20);
     const auto uniform = [&random] { return (double(random() % 1000000) + 0.5) / 1e6; };
@@ -45,9 +45,15 @@ inline std::vector<Block> pictureBlocks(int side, int filled) {
     return blocks;
 }
 
+// The lists of a DHT segment.
+struct HuffmanLists {
+    Zmx8u bits[16], vals[256];
+};
+
 // The blocks with optimal tables and their stream, ending in a marker.
 struct Coded {
     std::vector<Block> blocks;
+    HuffmanLists dcLists, acLists;
     std::vector<Zmx8u> stream;
     ZmxiEncodeHuffmanSpec *encDC, *encAC;
     ZmxiDecodeHuffmanSpec *decDC, *decAC;
@@ -57,19 +63,20 @@ struct Coded {
     explicit Coded(int filled) : blocks(pictureBlocks(64, filled)) {
         Zmx32u dc[257] = {}, ac[257] = {};
         Zmx16s lastDC = 0;
-        for (const Block& b : blocks) check(zmxiGetHuffmanStatistics8x8_JPEG_16s_C1(b.data(), dc, ac, &lastDC));
-        tables(dc, &encDC, &decDC);
-        tables(ac, &encAC, &decAC);
+        for (const Block& b : blocks)
+            check(zmxiGetHuffmanStatistics8x8_JPEG_16s_C1(b.data(), dc, ac, &lastDC));
+        dcLists = tables(dc, &encDC, &decDC);
+        acLists = tables(ac, &encAC, &decAC);
         check(zmxiEncodeHuffmanStateInitAlloc_JPEG_8u(&writer));
         check(zmxiDecodeHuffmanStateInitAlloc_JPEG_8u(&reader));
         stream.resize(blocks.size() * 600);
         int pos = 0;
         lastDC = 0;
         for (const Block& b : blocks)
-            check(zmxiEncodeHuffman8x8_JPEG_16s1u_C1(b.data(), stream.data(), int(stream.size()), &pos, &lastDC, encDC,
-                                                     encAC, writer, 0));
-        check(zmxiEncodeHuffman8x8_JPEG_16s1u_C1(nullptr, stream.data(), int(stream.size()), &pos, nullptr, nullptr,
-                                                 nullptr, writer, 1));
+            check(zmxiEncodeHuffman8x8_JPEG_16s1u_C1(b.data(), stream.data(), int(stream.size()), &pos,
+                                                     &lastDC, encDC, encAC, writer, 0));
+        check(zmxiEncodeHuffman8x8_JPEG_16s1u_C1(nullptr, stream.data(), int(stream.size()), &pos, nullptr,
+                                                 nullptr, nullptr, writer, 1));
         stream.resize(std::size_t(pos));
         stream.insert(stream.end(), {0xFF, 0xD9});
     }
@@ -91,12 +98,14 @@ struct Coded {
     static void check(ZmxStatus status) {
         if (status) std::abort();
     }
-    static void tables(const Zmx32u* counts, ZmxiEncodeHuffmanSpec** enc, ZmxiDecodeHuffmanSpec** dec) {
+    static HuffmanLists tables(const Zmx32u* counts, ZmxiEncodeHuffmanSpec** enc,
+                               ZmxiDecodeHuffmanSpec** dec) {
         Zmx32s statistics[257];
         for (int i = 0; i < 257; ++i) statistics[i] = Zmx32s(counts[i]);
-        Zmx8u bits[16], vals[256];
-        check(zmxiEncodeHuffmanRawTableInit_JPEG_8u(statistics, bits, vals));
-        check(zmxiEncodeHuffmanSpecInitAlloc_JPEG_8u(bits, vals, enc));
-        check(zmxiDecodeHuffmanSpecInitAlloc_JPEG_8u(bits, vals, dec));
+        HuffmanLists lists{};
+        check(zmxiEncodeHuffmanRawTableInit_JPEG_8u(statistics, lists.bits, lists.vals));
+        check(zmxiEncodeHuffmanSpecInitAlloc_JPEG_8u(lists.bits, lists.vals, enc));
+        check(zmxiDecodeHuffmanSpecInitAlloc_JPEG_8u(lists.bits, lists.vals, dec));
+        return lists;
     }
 };

@@ -1,5 +1,6 @@
-// bench_huffman.cpp - sequential block coding, beside libjpeg coding the same coefficients (set JSIMD_FORCENONE=1 for its
-// scalar code). The argument is the number of coefficients other than 0 in a mean block, roughly.
+// bench_huffman.cpp - sequential block coding, beside libjpeg coding the same coefficients (set
+// JSIMD_FORCENONE=1 for its scalar code). The argument is the number of coefficients other than 0 in a mean
+// block, roughly.
 #include "bench_libjpeg.h"
 
 #include "zmxj.h"
@@ -16,8 +17,8 @@ void encode(benchmark::State& state) {
         Zmx16s lastDC = 0;
         zmxiEncodeHuffmanStateInit_JPEG_8u(coded.writer);
         for (const Block& b : coded.blocks)
-            zmxiEncodeHuffman8x8_JPEG_16s1u_C1(b.data(), out.data(), int(out.size()), &pos, &lastDC, coded.encDC,
-                                               coded.encAC, coded.writer, 0);
+            zmxiEncodeHuffman8x8_JPEG_16s1u_C1(b.data(), out.data(), int(out.size()), &pos, &lastDC,
+                                               coded.encDC, coded.encAC, coded.writer, 0);
         benchmark::DoNotOptimize(out.data());
     }
     coded.report(state);
@@ -30,7 +31,8 @@ void encodeDirect(benchmark::State& state) {
         int bits = 0;
         Zmx16s lastDC = 0;
         for (const Block& b : coded.blocks)
-            zmxiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(b.data(), out.data(), &bits, &lastDC, coded.encDC, coded.encAC);
+            zmxiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(b.data(), out.data(), &bits, &lastDC, coded.encDC,
+                                                      coded.encAC);
         benchmark::DoNotOptimize(out.data());
     }
     coded.report(state);
@@ -41,7 +43,8 @@ void statistics(benchmark::State& state) {
     Zmx32u dc[257] = {}, ac[257] = {};
     for (auto _ : state) {
         Zmx16s lastDC = 0;
-        for (const Block& b : coded.blocks) zmxiGetHuffmanStatistics8x8_JPEG_16s_C1(b.data(), dc, ac, &lastDC);
+        for (const Block& b : coded.blocks)
+            zmxiGetHuffmanStatistics8x8_JPEG_16s_C1(b.data(), dc, ac, &lastDC);
         benchmark::DoNotOptimize(ac);
     }
     coded.report(state);
@@ -55,8 +58,8 @@ void decode(benchmark::State& state) {
         Zmx16s lastDC = 0;
         zmxiDecodeHuffmanStateInit_JPEG_8u(coded.reader);
         for (std::size_t i = 0; i < coded.blocks.size(); ++i)
-            zmxiDecodeHuffman8x8_JPEG_1u16s_C1(coded.stream.data(), int(coded.stream.size()), &pos, b.data(), &lastDC,
-                                               &marker, coded.decDC, coded.decAC, coded.reader);
+            zmxiDecodeHuffman8x8_JPEG_1u16s_C1(coded.stream.data(), int(coded.stream.size()), &pos, b.data(),
+                                               &lastDC, &marker, coded.decDC, coded.decAC, coded.reader);
         benchmark::DoNotOptimize(b.data());
     }
     coded.report(state);
@@ -71,8 +74,8 @@ void decodeDirect(benchmark::State& state) {
         Zmx32s valid = 0;
         Zmx16s lastDC = 0;
         for (std::size_t i = 0; i < coded.blocks.size(); ++i)
-            zmxiDecodeHuffman8x8_Direct_JPEG_1u16s_C1(coded.stream.data(), &bits, b.data(), &lastDC, &marker, &prefetched,
-                                                      &valid, coded.decDC, coded.decAC);
+            zmxiDecodeHuffman8x8_Direct_JPEG_1u16s_C1(coded.stream.data(), &bits, b.data(), &lastDC, &marker,
+                                                      &prefetched, &valid, coded.decDC, coded.decAC);
         benchmark::DoNotOptimize(b.data());
     }
     coded.report(state);
@@ -81,14 +84,14 @@ void decodeDirect(benchmark::State& state) {
 #ifdef ZMX_HAVE_LIBJPEG
 void encodeLibjpeg(benchmark::State& state) {
     const Coded coded(int(state.range(0)));
-    const LibjpegFile file(coded.blocks);
+    const LibjpegFile file(coded);
     for (auto _ : state) benchmark::DoNotOptimize(file.rewrite());
     coded.report(state);
 }
 
 void decodeLibjpeg(benchmark::State& state) {
     const Coded coded(int(state.range(0)));
-    const LibjpegFile file(coded.blocks);
+    const LibjpegFile file(coded);
     for (auto _ : state) file.read();
     coded.report(state);
 }

@@ -1,4 +1,5 @@
-// pjbitread.cpp - Huffman codes, bit by bit where the look-up of eight bits does not hold them (ITU-T T.81, F.2.2.3).
+// pjbitread.cpp - Huffman codes, bit by bit where the look-up of eight bits does not hold them (ITU-T T.81,
+// F.2.2.3).
 #include "pjbitread.h"
 
 ZmxStatus decodeLongSymbol(BitReader& in, int* pResult, const ZmxiDecodeHuffmanSpec& table, int minLength) {
@@ -19,7 +20,9 @@ ZmxStatus decodeLongSymbol(BitReader& in, int* pResult, const ZmxiDecodeHuffmanS
 
 int ownpj_DecodeLongBits(int minBits, const ZmxiDecodeHuffmanSpec& table, DirectReader& in) {
     // The words from maxCode on; valIndex stands behind maxCode.
-    const auto bound = [&table](int length) { return length < 18 ? table.maxCode[length] : table.valIndex[length - 18]; };
+    const auto bound = [&table](int length) {
+        return length < 18 ? table.maxCode[length] : table.valIndex[length - 18];
+    };
     int length = minBits;
     if (in.count < length) {
         in.refill();

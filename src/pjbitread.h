@@ -1,14 +1,16 @@
-// pjbitread.h - the bit readers of the JPEG decoders: refill with stuffing and markers, one symbol, one bit field.
+// pjbitread.h - the bit readers of the JPEG decoders: refill with stuffing and markers, one symbol, one bit
+// field.
 //
-// A reader lives for one call: position, bits and marker are locals, put back on every way out. What callers see of it
-// is exact: when bytes are read, where the position stands, and all 32 bits of the buffer that is left in the state.
+// A reader lives for one call: position, bits and marker are locals, put back on every way out. What callers
+// see of it is exact: when bytes are read, where the position stands, and all 32 bits of the buffer that is
+// left in the state.
 #pragma once
 
 #include "pjhufftbl.h"
 #include "pjwords.h"
 
-// The n bits (up to 16) of bits that stand above the low count ones. Where a marker cut the data short the count is
-// negative. The value means nothing then, but it has to be one: the count goes modulo 32.
+// The n bits (up to 16) of bits that stand above the low count ones. Where a marker cut the data short the
+// count is negative. The value means nothing then, but it has to be one: the count goes modulo 32.
 inline Zmx32u bitsAt(Zmx32u bits, int count, int n) { return bits >> (count & 31) & ((1u << n) - 1); }
 
 // The value of category s that the bits v stand for (ITU-T T.81, F.2.2.1, EXTEND); 0 for category 0.
@@ -16,13 +18,10 @@ inline int extend(Zmx32u v, int s) {
     return int(v) < own_pj_extend_test[std::size_t(s)] ? int(v) + own_pj_lowest_coef[std::size_t(s)] : int(v);
 }
 
-// Moves a reader over bytes that are no 0xFF: the buffer is the last four bytes.
-template <class Reader> void advance(Reader& in, int pos, int count) {
-    if (pos - in.pos >= 4) {
-        in.buf = loadBigEndian32(in.src + pos - 4);
-        in.pos = pos;
-    }
-    while (in.pos < pos) in.buf = in.buf << 8 | in.next();
+// Moves a reader on to stop, over data bytes of which those from p on enter the buffer.
+template <class Reader> void advance(Reader& in, const Zmx8u* p, const Zmx8u* stop, int count) {
+    for (; p < stop; p += *p == 0xFF ? 2 : 1) in.buf = in.buf << 8 | *p;
+    in.pos = int(stop - in.src);
     in.count = count;
 }
 
@@ -35,7 +34,8 @@ struct BitReader {
     Zmx32u buf; // the newest byte in bits 0 to 7
     int count;  // how many low bits of buf are not used yet; negative when a marker cut a field short
 
-    BitReader(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos, int* pMarker, ZmxiDecodeHuffmanState* pDecHuffState)
+    BitReader(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos, int* pMarker,
+              ZmxiDecodeHuffmanState* pDecHuffState)
         : src(pSrc), len(nSrcLen), pos(*pSrcCurrPos), marker(*pMarker), buf(pDecHuffState->bitBuffer),
           count(pDecHuffState->bitCount), posOut(pSrcCurrPos), markerOut(pMarker), state(pDecHuffState) {}
     ~BitReader() {
@@ -54,10 +54,9 @@ struct BitReader {
         count += 8;
         state->bufferMark = 0;
     }
-    // For one that has taken bits and bytes in its place, none of them 0xFF.
-    void moveTo(int newPos, int newCount) {
-        if (newPos != pos) state->bufferMark = 0;
-        advance(*this, newPos, newCount);
+    void moveTo(const Zmx8u* p, const Zmx8u* stop, int newCount) {
+        if (p < stop) state->bufferMark = 0;
+        advance(*this, p, stop, newCount);
     }
     // Takes n bits (up to 16) that have been asked for.
     Zmx32u take(int n) {
@@ -71,8 +70,9 @@ private:
     ZmxiDecodeHuffmanState* const state;
 };
 
-// Appends bytes until 25 bits are held, with n of them needed at once. Returns zmxStsOutOfBufErr when the source ends
-// before that, at a 0xFF always: its meaning is lost. A new marker ends it with zmxStsNoErr even if it leaves too few.
+// Appends bytes until 25 bits are held, with n of them needed at once. Returns zmxStsOutOfBufErr when the
+// source ends before that, at a 0xFF always: its meaning is lost. A new marker ends it with zmxStsNoErr even
+// if it leaves too few.
 template <class Reader> ZmxStatus appendBytes(Reader& in, int n) {
     while (in.count < 25) {
         if (in.ended()) return n > in.count ? zmxStsOutOfBufErr : zmxStsNoErr;
@@ -93,24 +93,26 @@ template <class Reader> ZmxStatus appendBytes(Reader& in, int n) {
     return zmxStsNoErr;
 }
 
-// Refills, with nBitsNeeded of the bits needed at once. A marker that was met before gives zmxStsDCTRangeErr if too few
-// are held.
+// Refills, with nBitsNeeded of the bits needed at once. A marker that was met before gives zmxStsDCTRangeErr
+// if too few are held.
 inline ZmxStatus ownpj_FillBitBuffer(BitReader& in, int nBitsNeeded) {
     if (in.marker != 0) return nBitsNeeded > in.count ? zmxStsDCTRangeErr : zmxStsNoErr;
     return appendBytes(in, nBitsNeeded);
 }
 
 // Sees to it that n bits are held.
-inline ZmxStatus need(BitReader& in, int n) { return in.count < n ? ownpj_FillBitBuffer(in, n) : zmxStsNoErr; }
+inline ZmxStatus need(BitReader& in, int n) {
+    return in.count < n ? ownpj_FillBitBuffer(in, n) : zmxStsNoErr;
+}
 
-// The symbol of code c of the given length. In a table with more codes than there is room for, c may lie below minCode:
-// the index goes modulo 256, and so stays in the list.
+// The symbol of code c of the given length. In a table with more codes than there is room for, c may lie
+// below minCode: the index goes modulo 256, and so stays in the list.
 inline int symbolOf(const ZmxiDecodeHuffmanSpec& table, int length, Zmx32u c) {
     return table.huffVal[(table.valIndex[length] - table.minCode[length] + c) & 255];
 }
 
-// Decodes a symbol whose code is at least minLength long, bit by bit. A code that the table does not hold stores 0 and
-// returns zmxStsDCTRangeErr.
+// Decodes a symbol whose code is at least minLength long, bit by bit. A code that the table does not hold
+// stores 0 and returns zmxStsDCTRangeErr.
 ZmxStatus decodeLongSymbol(BitReader& in, int* pResult, const ZmxiDecodeHuffmanSpec& table, int minLength);
 
 // Decodes a symbol: by the next 8 bits where there are that many and the code is no longer.
@@ -134,7 +136,8 @@ struct DirectReader {
     Zmx32u buf;
     int count;
 
-    DirectReader(const Zmx8u* pSrc, int bytePos, int* pMarker, Zmx32u* pPrefetchedBits, Zmx32s* pNumValidPrefetchedBits)
+    DirectReader(const Zmx8u* pSrc, int bytePos, int* pMarker, Zmx32u* pPrefetchedBits,
+                 Zmx32s* pNumValidPrefetchedBits)
         : src(pSrc), pos(bytePos), marker(*pMarker), buf(*pPrefetchedBits), count(*pNumValidPrefetchedBits),
           markerOut(pMarker), bufOut(pPrefetchedBits), countOut(pNumValidPrefetchedBits) {}
     ~DirectReader() { // the position goes back only where a block ends well
@@ -151,7 +154,7 @@ struct DirectReader {
         buf = buf << 8 | byte;
         count += 8;
     }
-    void moveTo(int newPos, int newCount) { advance(*this, newPos, newCount); }
+    void moveTo(const Zmx8u* p, const Zmx8u* stop, int newCount) { advance(*this, p, stop, newCount); }
     void refill() {
         if (marker <= 0) appendBytes(*this, 0);
     }
@@ -168,6 +171,6 @@ private:
 
 inline constexpr int kDataEnded = -256, kInvalidCode = -1;
 
-// Decodes a symbol of at least minBits bits: the symbol, kDataEnded, or kInvalidCode. Behind the sentinel the walk goes
-// on over the words of the table that follow, up to its end, and takes a bit for each.
+// Decodes a symbol of at least minBits bits: the symbol, kDataEnded, or kInvalidCode. Behind the sentinel the
+// walk goes on over the words of the table that follow, up to its end, and takes a bit for each.
 int ownpj_DecodeLongBits(int minBits, const ZmxiDecodeHuffmanSpec& table, DirectReader& in);

@@ -7,15 +7,18 @@
 
 #include <cstdlib>
 
-// How many bits the magnitude of v takes (ITU-T T.81, table F.1); 16 for -32768 and for the widest DC differences.
+// How many bits the magnitude of v takes (ITU-T T.81, table F.1); 16 for -32768 and for the widest DC
+// differences.
 inline int category(int v) {
     const auto a = unsigned(std::abs(v));
     return a < 256 ? own_pj_csize[a] : own_pj_csize[a >> 8] + 8;
 }
 
-// The size of an end-of-band run: how many bits stand behind its symbol. Only a state from elsewhere has a run that the
-// table does not reach; the indices stay inside it then.
-inline int eobSize(Zmx32u run) { return run < 256 ? own_pj_eobsize[run] : own_pj_eobsize[run >> 8 & 511] + 8; }
+// The size of an end-of-band run: how many bits stand behind its symbol. Only a state from elsewhere has a
+// run that the table does not reach; the indices stay inside it then.
+inline int eobSize(Zmx32u run) {
+    return run < 256 ? own_pj_eobsize[run] : own_pj_eobsize[run >> 8 & 511] + 8;
+}
 
 // What an encoder writes for v behind its category: the low bits of this.
 inline Zmx32u valueBits(int v) { return Zmx32u(v < 0 ? v - 1 : v); }
@@ -28,8 +31,8 @@ struct BitWriter {
     int count;  // how many
 
     BitWriter(Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos, ZmxiEncodeHuffmanState* pEncHuffState)
-        : dst(pDst), len(dstLenBytes), pos(*pDstCurrPos), buf(pEncHuffState->bitBuffer), count(pEncHuffState->bitCount),
-          posOut(pDstCurrPos), state(pEncHuffState) {}
+        : dst(pDst), len(dstLenBytes), pos(*pDstCurrPos), buf(pEncHuffState->bitBuffer),
+          count(pEncHuffState->bitCount), posOut(pDstCurrPos), state(pEncHuffState) {}
     ~BitWriter() {
         *posOut = pos;
         state->bitBuffer = buf;
@@ -54,8 +57,9 @@ private:
     ZmxiEncodeHuffmanState* const state;
 };
 
-// Writes the low nBits (up to 16) of bits. zmxStsHuffTableErr for no bits: a symbol without a code; nothing changes.
-// zmxStsOutOfBufErr when the destination is full: what was pending stays as it was, the bytes already stored stay too.
+// Writes the low nBits (up to 16) of bits. zmxStsHuffTableErr for no bits: a symbol without a code; nothing
+// changes. zmxStsOutOfBufErr when the destination is full: what was pending stays as it was, the bytes
+// already stored stay too.
 inline ZmxStatus ownpj_write_bits_jpeg(Zmx32u bits, int nBits, BitWriter& out) {
     if (nBits == 0) return zmxStsHuffTableErr;
     int total = out.count + nBits;
@@ -76,7 +80,9 @@ inline ZmxStatus ownpj_write_bits_jpeg(Zmx32u bits, int nBits, BitWriter& out) {
 }
 
 // The code of a symbol. A category of 16 behind a run of 15 lies outside the table: it has no code.
-inline Zmx32u codeOf(const ZmxiEncodeHuffmanSpec& table, int symbol) { return symbol < 256 ? table.codes[symbol] : 0; }
+inline Zmx32u codeOf(const ZmxiEncodeHuffmanSpec& table, int symbol) {
+    return symbol < 256 ? table.codes[symbol] : 0;
+}
 
 inline ZmxStatus writeSymbol(const ZmxiEncodeHuffmanSpec& table, int symbol, BitWriter& out) {
     const Zmx32u code = codeOf(table, symbol);
@@ -89,5 +95,6 @@ inline ZmxStatus writeCoded(const ZmxiEncodeHuffmanSpec& table, int symbol, int 
     return n ? ownpj_write_bits_jpeg(valueBits(v), n, out) : zmxStsNoErr;
 }
 
-// Fills the last byte with one-bits, drops those that are too many, and initialises the state whatever the write says.
+// Fills the last byte with one-bits, drops those that are too many, and initialises the state whatever the
+// write says.
 ZmxStatus flushWriter(Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos, ZmxiEncodeHuffmanState* pEncHuffState);

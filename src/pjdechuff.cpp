@@ -16,8 +16,9 @@ void clear(Zmx16s* block) {
 
 enum class Left { Open, Ended, Outside };
 
-// Decodes as much of a cleared block as there is without a 0xFF in the stream: up to zig-zag position *pNext, 0 if not even
-// DC, where the reader goes on unless the block has ended. Checked: a value behind the spare entries of the walk is Outside.
+// Decodes as much of a cleared block as stands well ahead of a marker and of the end: up to zig-zag position *pNext,
+// 0 if not even DC, where the reader goes on unless the block has ended. Checked: a value behind the spare
+// entries of the walk is Outside.
 template <bool Checked, class Reader>
 Left decodeFast(Reader& in, Zmx16s* pDst, Zmx16s* pLastDC, const ZmxiDecodeHuffmanSpec& dcTable,
                 const ZmxiDecodeHuffmanSpec& acTable, int* pNext) {
@@ -64,8 +65,9 @@ Left decodeFast(Reader& in, Zmx16s* pDst, Zmx16s* pLastDC, const ZmxiDecodeHuffm
 
 // Decodes a block from zig-zag position k on.
 [[gnu::noinline]] ZmxStatus decodeExact(BitReader in, Zmx16s* pDst, Zmx16s* pLastDC,
-                                        const ZmxiDecodeHuffmanSpec& dcTable, const ZmxiDecodeHuffmanSpec& acTable,
-                                        int k, Zmx32s* pBlockPositions) {
+                                        const ZmxiDecodeHuffmanSpec& dcTable,
+                                        const ZmxiDecodeHuffmanSpec& acTable, int k,
+                                        Zmx32s* pBlockPositions) {
     if (k == 0) {
         if (ZmxStatus failed = decodeDC(in, pLastDC, dcTable)) {
             *pBlockPositions = 0;
@@ -88,7 +90,8 @@ Left decodeFast(Reader& in, Zmx16s* pDst, Zmx16s* pLastDC, const ZmxiDecodeHuffm
         k = j + 1;
         if ((status = need(in, s))) break;
         const int value = extend(in.take(s), s);
-        // A run into the spare entries ends on element 63; behind them it is an error, and blockPositions stays.
+        // A run into the spare entries ends on element 63; behind them it is an error, and blockPositions
+        // stays.
         if (j >= int(own_pj_izigzag_index.size())) return zmxStsErr;
         pDst[zigzagReach[std::size_t(j)]] = Zmx16s(value);
     }
@@ -99,11 +102,21 @@ Left decodeFast(Reader& in, Zmx16s* pDst, Zmx16s* pLastDC, const ZmxiDecodeHuffm
 } // namespace
 
 ZmxStatus zmxiDecodeHuffman8x8_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos, Zmx16s* pDst,
-                                             Zmx16s* pLastDC, int* pMarker, const ZmxiDecodeHuffmanSpec* pDcTable,
+                                             Zmx16s* pLastDC, int* pMarker,
+                                             const ZmxiDecodeHuffmanSpec* pDcTable,
                                              const ZmxiDecodeHuffmanSpec* pAcTable,
                                              ZmxiDecodeHuffmanState* pDecHuffState) {
-    if (ZmxStatus bad = Args().ptr(pSrc).arg(nSrcLen < 0).ptr(pSrcCurrPos).ptr(pDst).ptr(pLastDC).ptr(pMarker)
-                            .ptr(pDcTable).ptr(pAcTable).ptr(pDecHuffState)) return bad;
+    if (ZmxStatus bad = Args()
+                            .ptr(pSrc)
+                            .arg(nSrcLen < 0)
+                            .ptr(pSrcCurrPos)
+                            .ptr(pDst)
+                            .ptr(pLastDC)
+                            .ptr(pMarker)
+                            .ptr(pDcTable)
+                            .ptr(pAcTable)
+                            .ptr(pDecHuffState))
+        return bad;
     clear(pDst);
     int k;
     Left left;
@@ -113,8 +126,8 @@ ZmxStatus zmxiDecodeHuffman8x8_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int
     }
     if (left == Left::Outside) return zmxStsErr;
     if (left == Left::Open)
-        return decodeExact({pSrc, nSrcLen, pSrcCurrPos, pMarker, pDecHuffState}, pDst, pLastDC, *pDcTable, *pAcTable, k,
-                           &pDecHuffState->blockPositions);
+        return decodeExact({pSrc, nSrcLen, pSrcCurrPos, pMarker, pDecHuffState}, pDst, pLastDC, *pDcTable,
+                           *pAcTable, k, &pDecHuffState->blockPositions);
     pDecHuffState->blockPositions = k;
     return zmxStsNoErr;
 }
@@ -134,7 +147,8 @@ int directSymbol(DirectReader& in, const ZmxiDecodeHuffmanSpec& table) {
     return int(entry & 0xFFFF);
 }
 
-// Stores the value of category s; false if there is no bit left for it. With fewer than s bits the count goes negative.
+// Stores the value of category s; false if there is no bit left for it. With fewer than s bits the count goes
+// negative.
 bool directValue(DirectReader& in, int s, int* pValue) {
     if (in.count < s) {
         in.refill();
@@ -146,8 +160,8 @@ bool directValue(DirectReader& in, int s, int* pValue) {
 
 // Decodes a block from zig-zag position k on.
 [[gnu::noinline]] ZmxStatus decodeDirect(DirectReader in, Zmx16s* pDst, Zmx16s* pLastDC,
-                                         const ZmxiDecodeHuffmanSpec& dcTable, const ZmxiDecodeHuffmanSpec& acTable,
-                                         int k, int* pSrcBitsLen) {
+                                         const ZmxiDecodeHuffmanSpec& dcTable,
+                                         const ZmxiDecodeHuffmanSpec& acTable, int k, int* pSrcBitsLen) {
     int value = 0;
     if (k == 0) {
         const int symbol = directSymbol(in, dcTable);
@@ -181,15 +195,21 @@ bool directValue(DirectReader& in, int s, int* pValue) {
 
 } // namespace
 
-ZmxStatus zmxiDecodeHuffman8x8_Direct_JPEG_1u16s_C1(const Zmx8u* pSrc, int* pSrcBitsLen, Zmx16s* pDst, Zmx16s* pLastDC,
-                                                    int* pMarker, Zmx32u* pPrefetchedBits,
+ZmxStatus zmxiDecodeHuffman8x8_Direct_JPEG_1u16s_C1(const Zmx8u* pSrc, int* pSrcBitsLen, Zmx16s* pDst,
+                                                    Zmx16s* pLastDC, int* pMarker, Zmx32u* pPrefetchedBits,
                                                     Zmx32s* pNumValidPrefetchedBits,
                                                     const ZmxiDecodeHuffmanSpec* pDcTable,
                                                     const ZmxiDecodeHuffmanSpec* pAcTable) {
     // Values are tested as soon as their pointers are good, between the pointers: required here.
     if (ZmxStatus bad = Args().ptr(pSrc).ptr(pSrcBitsLen)) return bad;
-    if (ZmxStatus bad = Args().arg(*pSrcBitsLen < 0).ptr(pDst).ptr(pLastDC).ptr(pMarker).ptr(pPrefetchedBits)
-                            .ptr(pNumValidPrefetchedBits)) return bad;
+    if (ZmxStatus bad = Args()
+                            .arg(*pSrcBitsLen < 0)
+                            .ptr(pDst)
+                            .ptr(pLastDC)
+                            .ptr(pMarker)
+                            .ptr(pPrefetchedBits)
+                            .ptr(pNumValidPrefetchedBits))
+        return bad;
     if (ZmxStatus bad = Args().arg(*pNumValidPrefetchedBits < 0).ptr(pDcTable).ptr(pAcTable)) return bad;
     clear(pDst);
     int k, pos;
@@ -200,8 +220,8 @@ ZmxStatus zmxiDecodeHuffman8x8_Direct_JPEG_1u16s_C1(const Zmx8u* pSrc, int* pSrc
         pos = in.pos;
     }
     if (left == Left::Open)
-        return decodeDirect({pSrc, pos, pMarker, pPrefetchedBits, pNumValidPrefetchedBits}, pDst, pLastDC, *pDcTable,
-                            *pAcTable, k, pSrcBitsLen);
+        return decodeDirect({pSrc, pos, pMarker, pPrefetchedBits, pNumValidPrefetchedBits}, pDst, pLastDC,
+                            *pDcTable, *pAcTable, k, pSrcBitsLen);
     *pSrcBitsLen = wrapMul(pos, 8);
     return zmxStsNoErr;
 }

@@ -25,18 +25,35 @@ ZmxStatus decodeDifference(BitReader& in, Zmx16s* pDst, const ZmxiDecodeHuffmanS
 ZmxStatus zmxiDecodeHuffmanOne_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos, Zmx16s* pDst,
                                              int* pMarker, const ZmxiDecodeHuffmanSpec* pDecHuffTable,
                                              ZmxiDecodeHuffmanState* pDecHuffState) {
-    if (ZmxStatus bad = Args().ptr(pSrc).size(nSrcLen).ptr(pSrcCurrPos).ptr(pDst).ptr(pMarker).ptr(pDecHuffTable)
-                            .ptr(pDecHuffState)) return bad;
+    if (ZmxStatus bad = Args()
+                            .ptr(pSrc)
+                            .size(nSrcLen)
+                            .ptr(pSrcCurrPos)
+                            .ptr(pDst)
+                            .ptr(pMarker)
+                            .ptr(pDecHuffTable)
+                            .ptr(pDecHuffState))
+        return bad;
     BitReader in(pSrc, nSrcLen, pSrcCurrPos, pMarker, pDecHuffState);
     return decodeDifference(in, pDst, *pDecHuffTable);
 }
 
 ZmxStatus zmxiDecodeHuffmanRow_JPEG_1u16s_C1P4(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos,
-                                               Zmx16s* const pDstPlanes[4], int nWidth, int nPlanes, int* pMarker,
+                                               Zmx16s* const pDstPlanes[4], int nWidth, int nPlanes,
+                                               int* pMarker,
                                                const ZmxiDecodeHuffmanSpec* const pDecHuffTables[4],
                                                ZmxiDecodeHuffmanState* pDecHuffState) {
-    if (ZmxStatus bad = Args().ptr(pSrc).size(nSrcLen).ptr(pSrcCurrPos).ptr(pDstPlanes).size(nWidth).size(nPlanes)
-                            .ptr(pMarker).ptr(pDecHuffTables).ptr(pDecHuffState)) return bad;
+    if (ZmxStatus bad = Args()
+                            .ptr(pSrc)
+                            .size(nSrcLen)
+                            .ptr(pSrcCurrPos)
+                            .ptr(pDstPlanes)
+                            .size(nWidth)
+                            .size(nPlanes)
+                            .ptr(pMarker)
+                            .ptr(pDecHuffTables)
+                            .ptr(pDecHuffState))
+        return bad;
     const int planes = std::min(nPlanes, 4); // further ones are not looked at
     for (int c = 0; c < planes; ++c)
         if (ZmxStatus bad = Args().ptr(pDstPlanes[c]).ptr(pDecHuffTables[c])) return bad;

@@ -1,7 +1,7 @@
 // pjdechuffp.cpp - decoding of one block's share of a progressive scan (ITU-T T.81, G.2).
 //
-// The block keeps what earlier scans left. Positions are not tested against the band: a damaged stream may write outside
-// it, but the walk's table keeps every position within the block.
+// The block keeps what earlier scans left. Positions are not tested against the band: a damaged stream may
+// write outside it, but the walk's table keeps every position within the block.
 #include "pjargs.h"
 #include "pjband.h"
 #include "pjdecwalk.h"
@@ -29,41 +29,67 @@ ZmxStatus decodeEobRun(BitReader& in, int n, Zmx32s* pEobRun) {
     return zmxStsNoErr;
 }
 
-Args bandArgs(const Zmx8u* pSrc, int nSrcLen, const int* pSrcCurrPos, const Zmx16s* pDst, const int* pMarker, int Ss,
-              int Se, int Al, const ZmxiDecodeHuffmanSpec* pAcTable, const ZmxiDecodeHuffmanState* pDecHuffState) {
-    return Args().ptr(pSrc).size(nSrcLen).ptr(pSrcCurrPos).ptr(pDst).ptr(pMarker).arg(badBand(Ss, Se, Al)).ptr(pAcTable)
+Args bandArgs(const Zmx8u* pSrc, int nSrcLen, const int* pSrcCurrPos, const Zmx16s* pDst, const int* pMarker,
+              int Ss, int Se, int Al, const ZmxiDecodeHuffmanSpec* pAcTable,
+              const ZmxiDecodeHuffmanState* pDecHuffState) {
+    return Args()
+        .ptr(pSrc)
+        .size(nSrcLen)
+        .ptr(pSrcCurrPos)
+        .ptr(pDst)
+        .ptr(pMarker)
+        .arg(badBand(Ss, Se, Al))
+        .ptr(pAcTable)
         .ptr(pDecHuffState);
 }
 
 } // namespace
 
-ZmxStatus zmxiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos, Zmx16s* pDst,
-                                                     Zmx16s* pLastDC, int* pMarker, int Al,
+ZmxStatus zmxiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos,
+                                                     Zmx16s* pDst, Zmx16s* pLastDC, int* pMarker, int Al,
                                                      const ZmxiDecodeHuffmanSpec* pDcTable,
                                                      ZmxiDecodeHuffmanState* pDecHuffState) {
-    if (ZmxStatus bad = Args().ptr(pSrc).size(nSrcLen).ptr(pSrcCurrPos).ptr(pDst).ptr(pLastDC).ptr(pMarker)
-                            .arg(badShift(Al)).ptr(pDcTable).ptr(pDecHuffState)) return bad;
+    if (ZmxStatus bad = Args()
+                            .ptr(pSrc)
+                            .size(nSrcLen)
+                            .ptr(pSrcCurrPos)
+                            .ptr(pDst)
+                            .ptr(pLastDC)
+                            .ptr(pMarker)
+                            .arg(badShift(Al))
+                            .ptr(pDcTable)
+                            .ptr(pDecHuffState))
+        return bad;
     BitReader in(pSrc, nSrcLen, pSrcCurrPos, pMarker, pDecHuffState);
     if (ZmxStatus failed = decodeDC(in, pLastDC, *pDcTable)) return failed;
     pDst[0] = wrap16s(*pLastDC << Al); // the prediction is the value ahead of the shift
     return zmxStsNoErr;
 }
 
-ZmxStatus zmxiDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos, Zmx16s* pDst,
-                                                      int* pMarker, int Al, ZmxiDecodeHuffmanState* pDecHuffState) {
-    if (ZmxStatus bad = Args().ptr(pSrc).size(nSrcLen).ptr(pSrcCurrPos).ptr(pDst).ptr(pMarker).arg(badShift(Al))
-                            .ptr(pDecHuffState)) return bad;
+ZmxStatus zmxiDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos,
+                                                      Zmx16s* pDst, int* pMarker, int Al,
+                                                      ZmxiDecodeHuffmanState* pDecHuffState) {
+    if (ZmxStatus bad = Args()
+                            .ptr(pSrc)
+                            .size(nSrcLen)
+                            .ptr(pSrcCurrPos)
+                            .ptr(pDst)
+                            .ptr(pMarker)
+                            .arg(badShift(Al))
+                            .ptr(pDecHuffState))
+        return bad;
     BitReader in(pSrc, nSrcLen, pSrcCurrPos, pMarker, pDecHuffState);
     if (ZmxStatus failed = need(in, 1)) return failed;
     if (in.take(1)) pDst[0] = Zmx16s(pDst[0] | 1 << Al);
     return zmxStsNoErr;
 }
 
-ZmxStatus zmxiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos, Zmx16s* pDst,
-                                                     int* pMarker, int Ss, int Se, int Al,
+ZmxStatus zmxiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos,
+                                                     Zmx16s* pDst, int* pMarker, int Ss, int Se, int Al,
                                                      const ZmxiDecodeHuffmanSpec* pAcTable,
                                                      ZmxiDecodeHuffmanState* pDecHuffState) {
-    if (ZmxStatus bad = bandArgs(pSrc, nSrcLen, pSrcCurrPos, pDst, pMarker, Ss, Se, Al, pAcTable, pDecHuffState))
+    if (ZmxStatus bad =
+            bandArgs(pSrc, nSrcLen, pSrcCurrPos, pDst, pMarker, Ss, Se, Al, pAcTable, pDecHuffState))
         return bad;
     if (pDecHuffState->eobRun > 0) {
         --pDecHuffState->eobRun;
@@ -88,11 +114,12 @@ ZmxStatus zmxiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrc
     return zmxStsNoErr;
 }
 
-ZmxStatus zmxiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos, Zmx16s* pDst,
-                                                      int* pMarker, int Ss, int Se, int Al,
+ZmxStatus zmxiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos,
+                                                      Zmx16s* pDst, int* pMarker, int Ss, int Se, int Al,
                                                       const ZmxiDecodeHuffmanSpec* pAcTable,
                                                       ZmxiDecodeHuffmanState* pDecHuffState) {
-    if (ZmxStatus bad = bandArgs(pSrc, nSrcLen, pSrcCurrPos, pDst, pMarker, Ss, Se, Al, pAcTable, pDecHuffState))
+    if (ZmxStatus bad =
+            bandArgs(pSrc, nSrcLen, pSrcCurrPos, pDst, pMarker, Ss, Se, Al, pAcTable, pDecHuffState))
         return bad;
     BitReader in(pSrc, nSrcLen, pSrcCurrPos, pMarker, pDecHuffState);
     Zmx32s& eobRun = pDecHuffState->eobRun;
@@ -103,8 +130,8 @@ ZmxStatus zmxiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSr
         *pBit = in.take(1);
         return ZmxStatus(zmxStsNoErr);
     };
-    // One bit for a coefficient that is known already. What is tested is the bit of its two's complement form, not of its
-    // magnitude: required here.
+    // One bit for a coefficient that is known already. What is tested is the bit of its two's complement
+    // form, not of its magnitude: required here.
     const auto correct = [&](Zmx16s& c) {
         Zmx32u bit;
         if (ZmxStatus failed = readBit(&bit)) return failed;

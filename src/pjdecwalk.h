@@ -5,8 +5,9 @@
 #include "pjwrap.h"
 #include "pjzigzag.h"
 
-// The zig-zag walk as far as a damaged stream can carry it: a run of 15 from position 63 ends on 78. Behind the eight
-// spare entries of own_pj_izigzag_index every step stays on element 63 as well, so that no decoder leaves its block.
+// The zig-zag walk as far as a damaged stream can carry it: a run of 15 from position 63 ends on 78. Behind
+// the eight spare entries of own_pj_izigzag_index every step stays on element 63 as well, so that no decoder
+// leaves its block.
 inline constexpr auto zigzagReach = tableOf<80>([](int k) { return Zmx8u(zigzagStep(k)); });
 
 // Decodes a DC coefficient into the prediction, which is kept to 16 bits.

@@ -1,5 +1,5 @@
-// pjenchuffls.cpp - encoding of lossless differences (ITU-T T.81, H.1.2.2): one, or a row of up to four planes; and the
-// counting of their symbols.
+// pjenchuffls.cpp - encoding of lossless differences (ITU-T T.81, H.1.2.2): one, or a row of up to four
+// planes; and the counting of their symbols.
 #include "pjargs.h"
 #include "pjbitwrite.h"
 
@@ -14,8 +14,8 @@ ZmxStatus encodeDifference(int v, const ZmxiEncodeHuffmanSpec& table, BitWriter&
 
 } // namespace
 
-ZmxStatus zmxiEncodeHuffmanOne_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos,
-                                             const ZmxiEncodeHuffmanSpec* pEncHuffTable,
+ZmxStatus zmxiEncodeHuffmanOne_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes,
+                                             int* pDstCurrPos, const ZmxiEncodeHuffmanSpec* pEncHuffTable,
                                              ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState) {
     // What a flush needs comes first: required here.
     if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pEncHuffState)) return bad;
@@ -25,8 +25,8 @@ ZmxStatus zmxiEncodeHuffmanOne_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, in
     return encodeDifference(*pSrc, *pEncHuffTable, out);
 }
 
-ZmxStatus zmxiEncodeHuffmanRow_JPEG_16s1u_P4C1(const Zmx16s* const pSrcPlanes[4], int nWidth, int nPlanes, Zmx8u* pDst,
-                                               int dstLenBytes, int* pDstCurrPos,
+ZmxStatus zmxiEncodeHuffmanRow_JPEG_16s1u_P4C1(const Zmx16s* const pSrcPlanes[4], int nWidth, int nPlanes,
+                                               Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos,
                                                const ZmxiEncodeHuffmanSpec* const pEncHuffTables[4],
                                                ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState) {
     if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pEncHuffState)) return bad;

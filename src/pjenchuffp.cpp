@@ -1,9 +1,9 @@
-// pjenchuffp.cpp - encoding of one block's share of a progressive scan (ITU-T T.81, G.1.2), and the counting of its
-// symbols.
+// pjenchuffp.cpp - encoding of one block's share of a progressive scan (ITU-T T.81, G.1.2), and the counting
+// of its symbols.
 //
-// Encoder and statistics are one walk with two sinks, so that the counts are those of the symbols that will be written.
-// An end-of-band run is held back in the state until something has to stand behind it; correction bits of refinement
-// scans are held back with it, since they follow the code of the run.
+// Encoder and statistics are one walk with two sinks, so that the counts are those of the symbols that will
+// be written. An end-of-band run is held back in the state until something has to stand behind it; correction
+// bits of refinement scans are held back with it, since they follow the code of the run.
 #include "pjargs.h"
 #include "pjband.h"
 #include "pjbitwrite.h"
@@ -11,9 +11,9 @@
 
 namespace {
 
-constexpr int kZeroRun = 240;
 constexpr int kMaxRun = 32767; // of blocks, the most that a symbol holds
-// One further block may add 63 bits to those held, of which there is room for 1024. With a margin, as it has to be.
+// One further block may add 63 bits to those held, of which there is room for 1024. With a margin, as it has
+// to be.
 constexpr int kMaxHeldBits = 937;
 
 // The two sinks. The category limit of the statistics is one less than the encoder's: required here.
@@ -57,8 +57,8 @@ template <class Sink> ZmxStatus putRun(Sink& sink, Zmx32s& eobRun) {
     return zmxStsNoErr;
 }
 
-// Writes count correction bits. The count goes down on the way: a failure leaves the number of those not yet written,
-// while the bits stay where they are.
+// Writes count correction bits. The count goes down on the way: a failure leaves the number of those not yet
+// written, while the bits stay where they are.
 template <class Sink> ZmxStatus putBits(Sink& sink, const Zmx8u* bits, Zmx32s& count) {
     for (; count > 0; --count)
         if (ZmxStatus failed = sink.bits(*bits++, 1)) return failed;
@@ -71,8 +71,8 @@ template <class Sink> ZmxStatus putHeld(Sink& sink, ZmxiEncodeHuffmanState& stat
     return putBits(sink, state.correctionBits, state.correctionCount);
 }
 
-// What is left of a coefficient: its magnitude is shifted, not its two's complement form, so that it goes towards zero.
-// In 16 bits, eight at a time.
+// What is left of a coefficient: its magnitude is shifted, not its two's complement form, so that it goes
+// towards zero. In 16 bits, eight at a time.
 Zmx16u shifted(Zmx16s c, int Al) { return Zmx16u(Zmx16u(c < 0 ? -c : c) >> Al); }
 
 template <class Sink>
@@ -135,14 +135,8 @@ ZmxStatus refineBand(const Zmx16s* pSrc, int Ss, int Se, int Al, ZmxiEncodeHuffm
     if (r == 0 && next > Se && count == 0) return zmxStsNoErr;
     ++state.eobRun;
     state.correctionCount += count;
-    return state.eobRun >= kMaxRun || state.correctionCount > kMaxHeldBits ? putHeld(sink, state) : zmxStsNoErr;
-}
-
-int differenceDC(const Zmx16s* pSrc, Zmx16s* pLastDC, int Al) {
-    const int t = pSrc[0] >> Al; // arithmetic, unlike AC
-    const int diff = t - *pLastDC;
-    *pLastDC = Zmx16s(t);
-    return diff;
+    return state.eobRun >= kMaxRun || state.correctionCount > kMaxHeldBits ? putHeld(sink, state)
+                                                                           : zmxStsNoErr;
 }
 
 constexpr int kMaxCategoryDC = 11;
@@ -151,8 +145,9 @@ constexpr int kMaxCategoryDC = 11;
 
 // In all four encoders what a flush needs is tested first: it has no block. Required here.
 
-ZmxStatus zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos,
-                                                     Zmx16s* pLastDC, int Al, const ZmxiEncodeHuffmanSpec* pDcTable,
+ZmxStatus zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes,
+                                                     int* pDstCurrPos, Zmx16s* pLastDC, int Al,
+                                                     const ZmxiEncodeHuffmanSpec* pDcTable,
                                                      ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState) {
     if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pEncHuffState)) return bad;
     if (bFlushState) return flushWriter(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
@@ -164,8 +159,10 @@ ZmxStatus zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* 
     return writeCoded(*pDcTable, n, n, diff, out);
 }
 
-ZmxStatus zmxiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos,
-                                                      int Al, ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState) {
+ZmxStatus zmxiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes,
+                                                      int* pDstCurrPos, int Al,
+                                                      ZmxiEncodeHuffmanState* pEncHuffState,
+                                                      int bFlushState) {
     if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pEncHuffState)) return bad;
     if (bFlushState) return flushWriter(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
     if (ZmxStatus bad = Args().ptr(pSrc).arg(badShift(Al))) return bad;
@@ -174,10 +171,12 @@ ZmxStatus zmxiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u*
     return ownpj_write_bits_jpeg(Zmx32u(pSrc[0] >> Al), 1, out);
 }
 
-ZmxStatus zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos,
-                                                     int Ss, int Se, int Al, const ZmxiEncodeHuffmanSpec* pAcTable,
+ZmxStatus zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes,
+                                                     int* pDstCurrPos, int Ss, int Se, int Al,
+                                                     const ZmxiEncodeHuffmanSpec* pAcTable,
                                                      ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState) {
-    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pAcTable).ptr(pEncHuffState)) return bad;
+    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pAcTable).ptr(pEncHuffState))
+        return bad;
     if (bFlushState) {
         {
             BitWriter out(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
@@ -192,17 +191,21 @@ ZmxStatus zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* 
     return firstBand(pSrc, Ss, Se, Al, *pEncHuffState, sink);
 }
 
-ZmxStatus zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos,
-                                                      int Ss, int Se, int Al, const ZmxiEncodeHuffmanSpec* pAcTable,
-                                                      ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState) {
-    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pAcTable).ptr(pEncHuffState)) return bad;
+ZmxStatus zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes,
+                                                      int* pDstCurrPos, int Ss, int Se, int Al,
+                                                      const ZmxiEncodeHuffmanSpec* pAcTable,
+                                                      ZmxiEncodeHuffmanState* pEncHuffState,
+                                                      int bFlushState) {
+    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pAcTable).ptr(pEncHuffState))
+        return bad;
     if (bFlushState) {
         ZmxStatus run;
         {
             BitWriter out(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
             Write sink{*pAcTable, out};
             run = putRun(sink, pEncHuffState->eobRun); // reported, unlike in the first scan
-            if (run == zmxStsNoErr) putBits(sink, pEncHuffState->correctionBits, pEncHuffState->correctionCount);
+            if (run == zmxStsNoErr)
+                putBits(sink, pEncHuffState->correctionBits, pEncHuffState->correctionCount);
         }
         const ZmxStatus flushed = flushWriter(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
         return flushed ? flushed : run;
@@ -213,8 +216,8 @@ ZmxStatus zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u*
     return refineBand(pSrc, Ss, Se, Al, *pEncHuffState, sink);
 }
 
-ZmxStatus zmxiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pDcStatistics, Zmx16s* pLastDC,
-                                                          int Al) {
+ZmxStatus zmxiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pDcStatistics,
+                                                          Zmx16s* pLastDC, int Al) {
     if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDcStatistics).ptr(pLastDC).arg(badShift(Al))) return bad;
     const int n = category(differenceDC(pSrc, pLastDC, Al));
     if (n > kMaxCategoryDC) return zmxStsDCTRangeErr;
@@ -241,13 +244,15 @@ ZmxStatus countBand(const Zmx16s* pSrc, Zmx32u* pAcStatistics, int Ss, int Se, i
 
 } // namespace
 
-ZmxStatus zmxiGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pAcStatistics, int Ss, int Se,
-                                                          int Al, ZmxiEncodeHuffmanState* pEncHuffState,
+ZmxStatus zmxiGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pAcStatistics, int Ss,
+                                                          int Se, int Al,
+                                                          ZmxiEncodeHuffmanState* pEncHuffState,
                                                           int bFlushState) {
     return countBand(pSrc, pAcStatistics, Ss, Se, Al, pEncHuffState, bFlushState, firstBand<Count>);
 }
-ZmxStatus zmxiGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pAcStatistics, int Ss, int Se,
-                                                           int Al, ZmxiEncodeHuffmanState* pEncHuffState,
+ZmxStatus zmxiGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pAcStatistics, int Ss,
+                                                           int Se, int Al,
+                                                           ZmxiEncodeHuffmanState* pEncHuffState,
                                                            int bFlushState) {
     return countBand(pSrc, pAcStatistics, Ss, Se, Al, pEncHuffState, bFlushState, refineBand<Count>);
 }

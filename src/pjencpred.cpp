@@ -13,7 +13,8 @@ ZmxStatus zmxiDiffPredRow_JPEG_16s_C1(const Zmx16s* pSrc, const Zmx16s* pPrevRow
     if (ZmxStatus bad = rowArgs(pSrc, pPrevRow, pDst, nWidth, predictor)) return bad;
     pDst[0] = wrap16s(pSrc[0] - pPrevRow[0]); // whatever the predictor
     withPredictor(predictor, [=](auto predict) {
-        for (int i = 1; i < nWidth; ++i) pDst[i] = wrap16s(pSrc[i] - predict(pSrc[i - 1], pPrevRow[i], pPrevRow[i - 1]));
+        for (int i = 1; i < nWidth; ++i)
+            pDst[i] = wrap16s(pSrc[i] - predict(pSrc[i - 1], pPrevRow[i], pPrevRow[i - 1]));
     });
     return zmxStsNoErr;
 }

@@ -8,8 +8,8 @@
 #include <cstdint>
 #include <cstring>
 
-// Entry [i][flags]: the zig-zag positions of those of the four natural positions from 4i on whose flag is set, as a set
-// of bits.
+// Entry [i][flags]: the zig-zag positions of those of the four natural positions from 4i on whose flag is
+// set, as a set of bits.
 inline constexpr auto zigzagSets = tableOf<16>([](int i) {
     std::array<std::uint64_t, 16> sets{};
     for (unsigned flags = 0; flags < 16; ++flags)
@@ -19,8 +19,8 @@ inline constexpr auto zigzagSets = tableOf<16>([](int i) {
 });
 static_assert(zigzagSets[0][15] == (1u | 1u << 1 | 1u << 5 | 1u << 6));
 
-// Bit k of the result: the coefficient at zig-zag position k is one that is wanted. Asking for all 64 at once has no
-// branches to mispredict, and costs less than walking over the zeros.
+// Bit k of the result: the coefficient at zig-zag position k is one that is wanted. Asking for all 64 at once
+// has no branches to mispredict, and costs less than walking over the zeros.
 template <class Wanted> std::uint64_t zigzagSet(const Zmx16s* block, Wanted wanted) {
     Zmx8u flags[64];
     for (int i = 0; i < 64; ++i) flags[i] = wanted(block[i]);
@@ -46,4 +46,15 @@ template <class Visit> int forEachPosition(std::uint64_t set, Visit visit) {
     int status = 0;
     for (; set != 0 && status == 0; set &= set - 1) status = visit(std::countr_zero(set));
     return status;
+}
+
+inline constexpr int kZeroRun = 240; // the symbol of 16 zeros
+
+// The difference of a DC coefficient to its prediction, both behind an arithmetic shift by Al, and the next
+// prediction.
+inline int differenceDC(const Zmx16s* pSrc, Zmx16s* pLastDC, int Al = 0) {
+    const int t = pSrc[0] >> Al;
+    const int diff = t - *pLastDC;
+    *pLastDC = Zmx16s(t);
+    return diff;
 }

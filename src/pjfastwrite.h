@@ -1,10 +1,13 @@
-// pjfastwrite.h - writing of bits through a 64-bit register, eight bytes at a time, where there is room enough.
+// pjfastwrite.h - writing of bits through a 64-bit register, eight bytes at a time, where there is room
+// enough.
 #pragma once
 
 #include "pjbitwrite.h"
 #include "pjwords.h"
+#include "pjwrap.h"
 
-// The register keeps what has been written above what is pending: a bit writer's state can be read off it.
+// Above what is pending the register keeps what has been written, so that a bit writer's, which keeps the
+// last byte above its own pending bits, can be read off it.
 class FastWriter {
     Zmx8u* next;        // the next byte to write
     std::uint64_t bits; // the newest bit lowest
@@ -18,8 +21,21 @@ class FastWriter {
         }
     }
 
+    // Writes the whole bytes out: at most seven bits are pending after that.
+    void drain() {
+        putBytes(count > 0 ? bits << (64 - count) : 0, count / 8);
+        count &= 7;
+    }
+
 public:
-    FastWriter(Zmx8u* p, std::uint64_t pending, int n) : next(p), bits(pending), count(n) {}
+    // In the place of a bit writer.
+    explicit FastWriter(const BitWriter& out)
+        : next(out.dst + out.pos), bits(out.buf >> (24 - out.count)), count(out.count) {}
+
+    // At a position in bits: those in front of it in its byte are pending.
+    FastWriter(Zmx8u* dst, int position)
+        : next(dst + (position >> 3)), bits(position & 7 ? *next >> (8 - (position & 7)) : 0),
+          count(position & 7) {}
 
     // Writes the low n bits of v, up to 32 of them; the bits above have to be zero.
     void put(std::uint64_t v, int n) {
@@ -39,13 +55,18 @@ public:
         bits = bits << n | v;
     }
 
-    // Writes the whole bytes out: at most seven bits are pending after that.
-    void drain() {
-        putBytes(count > 0 ? bits << (64 - count) : 0, count / 8);
-        count &= 7;
+    // Puts a bit writer where it would stand.
+    void leave(BitWriter& out) {
+        drain();
+        out.moveTo(int(next - out.dst), Zmx32u(bits << (24 - count)), count);
     }
 
-    Zmx8u* position() const { return next; }
-    int pending() const { return count; }
-    std::uint64_t pendingBits() const { return bits; }
+    // The position in bits. The byte under it gets what is pending and zeros, but where nothing was written
+    // it is left.
+    int leave(Zmx8u* dst, int from) {
+        drain();
+        const int to = wrapAdd(wrapMul(int(next - dst), 8), count);
+        if (to != from) *next = Zmx8u(bits << (8 - count));
+        return to;
+    }
 };

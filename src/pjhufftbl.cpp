@@ -1,5 +1,5 @@
-// pjhufftbl.cpp - Huffman tables and bit states of JPEG: their sizes, building, allocation and release, and the optimal
-// table of given statistics (ITU-T T.81, Annex C and K.2).
+// pjhufftbl.cpp - Huffman tables and bit states of JPEG: their sizes, building, allocation and release, and
+// the optimal table of given statistics (ITU-T T.81, Annex C and K.2).
 #include "pjhufftbl.h"
 
 #include "pjargs.h"
@@ -36,7 +36,8 @@ template <class Block> ZmxStatus release(Block* pBlock) {
 
 template <class Spec> using Build = ZmxStatus (*)(const Zmx8u*, const Zmx8u*, Spec*);
 
-template <class Spec> ZmxStatus initSpec(const Zmx8u* pListBits, const Zmx8u* pListVals, Spec* pSpec, Build<Spec> build) {
+template <class Spec>
+ZmxStatus initSpec(const Zmx8u* pListBits, const Zmx8u* pListVals, Spec* pSpec, Build<Spec> build) {
     if (ZmxStatus bad = Args().ptr(pListBits).ptr(pListVals).ptr(pSpec)) return bad;
     return build(pListBits, pListVals, pSpec);
 }
@@ -75,7 +76,8 @@ ZmxStatus ownpj_DecodeHuffmanSpecInit(const Zmx8u* pListBits, const Zmx8u* pList
     t = {};
     if (countCodes(pListBits) > kMaxCodes) return zmxStsHuffTableErr;
 
-    // That a code fits in its length is not tested on this side. Codes count modulo 2^16, as the tables hold them.
+    // That a code fits in its length is not tested on this side. Codes count modulo 2^16, as the tables hold
+    // them.
     int firstCode[kMaxLength + 1];
     unsigned code = 0;
     int p = 0;
@@ -136,10 +138,18 @@ static ZmxStatus encodeHuffmanSpecInit(const Zmx8u* pListBits, const Zmx8u* pLis
 
 void ownpj_EncodeHuffmanStateInit(ZmxiEncodeHuffmanState* pEncHuffState) { *pEncHuffState = {}; }
 
-ZmxStatus zmxiDecodeHuffmanSpecGetBufSize_JPEG_8u(int* pSize) { return getBufSize<ZmxiDecodeHuffmanSpec>(pSize); }
-ZmxStatus zmxiDecodeHuffmanStateGetBufSize_JPEG_8u(int* pSize) { return getBufSize<ZmxiDecodeHuffmanState>(pSize); }
-ZmxStatus zmxiEncodeHuffmanSpecGetBufSize_JPEG_8u(int* pSize) { return getBufSize<ZmxiEncodeHuffmanSpec>(pSize); }
-ZmxStatus zmxiEncodeHuffmanStateGetBufSize_JPEG_8u(int* pSize) { return getBufSize<ZmxiEncodeHuffmanState>(pSize); }
+ZmxStatus zmxiDecodeHuffmanSpecGetBufSize_JPEG_8u(int* pSize) {
+    return getBufSize<ZmxiDecodeHuffmanSpec>(pSize);
+}
+ZmxStatus zmxiDecodeHuffmanStateGetBufSize_JPEG_8u(int* pSize) {
+    return getBufSize<ZmxiDecodeHuffmanState>(pSize);
+}
+ZmxStatus zmxiEncodeHuffmanSpecGetBufSize_JPEG_8u(int* pSize) {
+    return getBufSize<ZmxiEncodeHuffmanSpec>(pSize);
+}
+ZmxStatus zmxiEncodeHuffmanStateGetBufSize_JPEG_8u(int* pSize) {
+    return getBufSize<ZmxiEncodeHuffmanState>(pSize);
+}
 
 ZmxStatus zmxiDecodeHuffmanSpecInit_JPEG_8u(const Zmx8u* pListBits, const Zmx8u* pListVals,
                                             ZmxiDecodeHuffmanSpec* pDecHuffSpec) {
@@ -158,8 +168,12 @@ ZmxStatus zmxiEncodeHuffmanSpecInitAlloc_JPEG_8u(const Zmx8u* pListBits, const Z
     return initAllocSpec(pListBits, pListVals, ppEncHuffSpec, encodeHuffmanSpecInit);
 }
 
-ZmxStatus zmxiDecodeHuffmanStateInit_JPEG_8u(ZmxiDecodeHuffmanState* pDecHuffState) { return initState(pDecHuffState); }
-ZmxStatus zmxiEncodeHuffmanStateInit_JPEG_8u(ZmxiEncodeHuffmanState* pEncHuffState) { return initState(pEncHuffState); }
+ZmxStatus zmxiDecodeHuffmanStateInit_JPEG_8u(ZmxiDecodeHuffmanState* pDecHuffState) {
+    return initState(pDecHuffState);
+}
+ZmxStatus zmxiEncodeHuffmanStateInit_JPEG_8u(ZmxiEncodeHuffmanState* pEncHuffState) {
+    return initState(pEncHuffState);
+}
 ZmxStatus zmxiDecodeHuffmanStateInitAlloc_JPEG_8u(ZmxiDecodeHuffmanState** ppDecHuffState) {
     return initAllocState(ppDecHuffState);
 }
@@ -167,10 +181,18 @@ ZmxStatus zmxiEncodeHuffmanStateInitAlloc_JPEG_8u(ZmxiEncodeHuffmanState** ppEnc
     return initAllocState(ppEncHuffState);
 }
 
-ZmxStatus zmxiDecodeHuffmanSpecFree_JPEG_8u(ZmxiDecodeHuffmanSpec* pDecHuffSpec) { return release(pDecHuffSpec); }
-ZmxStatus zmxiDecodeHuffmanStateFree_JPEG_8u(ZmxiDecodeHuffmanState* pDecHuffState) { return release(pDecHuffState); }
-ZmxStatus zmxiEncodeHuffmanSpecFree_JPEG_8u(ZmxiEncodeHuffmanSpec* pEncHuffSpec) { return release(pEncHuffSpec); }
-ZmxStatus zmxiEncodeHuffmanStateFree_JPEG_8u(ZmxiEncodeHuffmanState* pEncHuffState) { return release(pEncHuffState); }
+ZmxStatus zmxiDecodeHuffmanSpecFree_JPEG_8u(ZmxiDecodeHuffmanSpec* pDecHuffSpec) {
+    return release(pDecHuffSpec);
+}
+ZmxStatus zmxiDecodeHuffmanStateFree_JPEG_8u(ZmxiDecodeHuffmanState* pDecHuffState) {
+    return release(pDecHuffState);
+}
+ZmxStatus zmxiEncodeHuffmanSpecFree_JPEG_8u(ZmxiEncodeHuffmanSpec* pEncHuffSpec) {
+    return release(pEncHuffSpec);
+}
+ZmxStatus zmxiEncodeHuffmanStateFree_JPEG_8u(ZmxiEncodeHuffmanState* pEncHuffState) {
+    return release(pEncHuffState);
+}
 
 namespace {
 
@@ -178,7 +200,8 @@ constexpr int kReserved = 256;   // the symbol that keeps the code of all ones f
 constexpr int kSymbols = 257;    // with the reserved one
 constexpr int kMaxCodeSize = 32; // of the tree, ahead of limiting
 
-// The index of the smallest frequency that is not 0, the highest one among equals; -1 if there is none up to the bound.
+// The index of the smallest frequency that is not 0, the highest one among equals; -1 if there is none up to
+// the bound.
 int rarest(const Zmx32s (&freq)[kSymbols], int except) {
     int best = -1;
     Zmx32s least = 1000000000;
@@ -210,9 +233,9 @@ void findCodeSizes(const Zmx32s* pStatistics, int (&codeSize)[kSymbols]) {
     }
 }
 
-// Shortens codes to 16 bits (figure K.3): of each pair of longest codes one takes the place of their common prefix, and
-// the other one shares the place of a shorter code. A tree deeper than 16 with at most 257 leaves has a leaf two levels
-// above its deepest ones, or higher, so that the search for it ends.
+// Shortens codes to 16 bits (figure K.3): of each pair of longest codes one takes the place of their common
+// prefix, and the other one shares the place of a shorter code. A tree deeper than 16 with at most 257 leaves
+// has a leaf two levels above its deepest ones, or higher, so that the search for it ends.
 void limitCodeSizes(Zmx8u (&bits)[kMaxCodeSize + 1]) {
     for (int i = kMaxCodeSize; i > kMaxLength; --i)
         while (bits[i] > 0) {
@@ -227,7 +250,8 @@ void limitCodeSizes(Zmx8u (&bits)[kMaxCodeSize + 1]) {
 
 } // namespace
 
-ZmxStatus zmxiEncodeHuffmanRawTableInit_JPEG_8u(const Zmx32s* pStatistics, Zmx8u* pListBits, Zmx8u* pListVals) {
+ZmxStatus zmxiEncodeHuffmanRawTableInit_JPEG_8u(const Zmx32s* pStatistics, Zmx8u* pListBits,
+                                                Zmx8u* pListVals) {
     if (ZmxStatus bad = Args().ptr(pStatistics).ptr(pListBits).ptr(pListVals)) return bad;
     int codeSize[kSymbols] = {};
     findCodeSizes(pStatistics, codeSize);

@@ -1,4 +1,4 @@
-// pjwords.h - four or eight bytes of a JPEG stream at a time.
+// pjwords.h - eight bytes of a JPEG stream at a time.
 #pragma once
 
 #include "zmxj.h"
@@ -7,11 +7,9 @@
 
 // The compiler makes one load or store and a byte swap of these.
 inline std::uint64_t loadBigEndian(const Zmx8u* p) {
-    return std::uint64_t(p[0]) << 56 | std::uint64_t(p[1]) << 48 | std::uint64_t(p[2]) << 40 | std::uint64_t(p[3]) << 32 |
-           std::uint64_t(p[4]) << 24 | std::uint64_t(p[5]) << 16 | std::uint64_t(p[6]) << 8 | std::uint64_t(p[7]);
-}
-inline Zmx32u loadBigEndian32(const Zmx8u* p) {
-    return Zmx32u(p[0]) << 24 | Zmx32u(p[1]) << 16 | Zmx32u(p[2]) << 8 | Zmx32u(p[3]);
+    return std::uint64_t(p[0]) << 56 | std::uint64_t(p[1]) << 48 | std::uint64_t(p[2]) << 40 |
+           std::uint64_t(p[3]) << 32 | std::uint64_t(p[4]) << 24 | std::uint64_t(p[5]) << 16 |
+           std::uint64_t(p[6]) << 8 | std::uint64_t(p[7]);
 }
 inline void storeBigEndian(Zmx8u* p, std::uint64_t word) {
     p[0] = Zmx8u(word >> 56), p[1] = Zmx8u(word >> 48), p[2] = Zmx8u(word >> 40), p[3] = Zmx8u(word >> 32);

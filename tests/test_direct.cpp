@@ -232,15 +232,15 @@ TEST(Direct, RandomTablesAndStreams) {
     for (int seed = 1; seed <= 1500; ++seed) {
         SCOPED_TRACE(seed);
         Rng rng{std::uint64_t(seed)};
-        const auto flushAt = rng.oneIn(2) ? GuardedBlock::AtEnd : GuardedBlock::AtStart;
-        DecodeTable dc(randomList(rng, int(rng.range(2, 40)), int(rng.range(0, 2)), rng.oneIn(4)), flushAt);
+        const auto flushAt = randomFlush(rng);
+        DecodeTable dc(randomList(rng, {2, 40}, {0, 2}, 4), flushAt);
         DecodeTable ac(flushAt);
-        HuffmanList list = randomList(rng, int(rng.range(2, 250)), int(rng.range(0, 2)), rng.oneIn(4));
+        HuffmanList list = randomList(rng, {2, 250}, {0, 2}, 4);
         if (rng.oneIn(8))
             list = {{2, 0, 0, 0, 0, 0, 0, 1}, {0x21, 0xF0, 0x11}}; // index 256 of the fast table
         ac.build(list);
-        DirectIn in(withMarker(
-            randomStream(rng, int(rng.range(1, 400)), rng.oneIn(3) ? 400 : int(rng.range(2, 60)), 12)));
+        const int ffOneIn = rng.oneIn(3) ? 400 : int(rng.range(2, 60));
+        DirectIn in(withMarker(randomStream(rng, int(rng.range(1, 400)), ffOneIn, 12)));
         // The last byte may be a 0xFF of its own: fill, and the marker stays one.
         BlockOut out(flushAt);
         in.bits[0] = in.bits[1] = Zmx32u(rng.next());
@@ -357,11 +357,12 @@ TEST(Direct, EncoderWithRandomTables) {
     for (int seed = 1; seed <= 200; ++seed) {
         SCOPED_TRACE(seed);
         Rng rng{std::uint64_t(seed)};
-        EncodeTable dc(randomList(rng, int(rng.range(2, 254)), 1, rng.oneIn(2)));
-        EncodeTable ac(randomList(rng, int(rng.range(2, 254)), 1, rng.oneIn(2)));
+        EncodeTable dc(randomList(rng, {2, 254}, {1, 1}, 2));
+        EncodeTable ac(randomList(rng, {2, 254}, {1, 1}, 2));
         DirectOut out;
         for (int i = 0; i < 5; ++i) {
-            Block b = randomBlock(rng, int(rng.range(1, 12)), rng.oneIn(3) ? 15 : 9);
+            const int oneIn = int(rng.range(1, 12));
+            Block b = randomBlock(rng, oneIn, rng.oneIn(3) ? 15 : 9);
             if (rng.oneIn(8)) b[std::size_t(rng.range(0, 63))] = -32768;
             out.encode(b, dc, ac);
             if (::testing::Test::HasFailure()) return;

@@ -313,7 +313,7 @@ TEST(Lossless, RandomRowsThereAndBack) {
         Rng rng{std::uint64_t(seed)};
         const std::size_t n = std::size_t(rng.range(1, rng.oneIn(3) ? 4 : 150));
         const bool wild = rng.oneIn(2);
-        const auto flushAt = rng.oneIn(2) ? GuardedBlock::AtEnd : GuardedBlock::AtStart;
+        const auto flushAt = randomFlush(rng);
         const Row src = rng.vec<Zmx16s>(n, wild ? -32768 : 0, wild ? 32767 : 255);
         Row above = rng.vec<Zmx16s>(n, wild ? -32768 : 0, wild ? 32767 : 255);
         if (rng.oneIn(4))
@@ -476,12 +476,12 @@ TEST(Lossless, RandomTablesAndStreams) {
     for (int seed = 1; seed <= 1200; ++seed) {
         SCOPED_TRACE(seed);
         Rng rng{std::uint64_t(seed)};
-        const auto flushAt = rng.oneIn(2) ? GuardedBlock::AtEnd : GuardedBlock::AtStart;
+        const auto flushAt = randomFlush(rng);
         std::vector<std::unique_ptr<DecodeTable>> tables;
         std::vector<DecodeTable*> pointers;
         const int planes = int(rng.range(1, 4)), width = int(rng.range(1, 12));
         for (int c = 0; c < planes; ++c) {
-            HuffmanList list = randomList(rng, int(rng.range(2, 40)), int(rng.range(0, 2)), rng.oneIn(3));
+            HuffmanList list = randomList(rng, {2, 40}, {0, 2}, 3);
             for (Zmx8u& symbol : list.vals)
                 if (!rng.oneIn(4)) symbol %= 18;
             if (rng.oneIn(12)) list = {{2, 0, 0, 0, 0, 0, 0, 1}, {1, 9, 3}}; // index 256 of the fast table
@@ -489,8 +489,8 @@ TEST(Lossless, RandomTablesAndStreams) {
             tables.back()->build(list);
             pointers.push_back(tables.back().get());
         }
-        StreamIn in(randomStream(rng, int(rng.range(1, 120)), rng.oneIn(3) ? 400 : int(rng.range(2, 40)), 10),
-                    flushAt);
+        const int ffOneIn = rng.oneIn(3) ? 400 : int(rng.range(2, 40));
+        StreamIn in(randomStream(rng, int(rng.range(1, 120)), ffOneIn, 10), flushAt);
         rng.bytes(&in.state.plain, sizeof in.state.plain);
         in.state.plain.bitCount = int(rng.range(rng.oneIn(4) ? -15 : 0, 32));
         in.pos[0] = in.pos[1] = rng.oneIn(2) ? 0 : int(rng.range(0, in.len() + 2));

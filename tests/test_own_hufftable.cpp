@@ -250,8 +250,8 @@ TEST(DecodeHuffSymbol, RandomTablesAndStreams) {
         SCOPED_TRACE(seed);
         Rng rng{std::uint64_t(seed)};
         // AtStart: an index ahead of the table's first symbol would be outside.
-        DecodeTable table(rng.oneIn(2) ? GuardedBlock::AtEnd : GuardedBlock::AtStart);
-        HuffmanList list = randomList(rng, int(rng.range(2, 250)), int(rng.range(0, 3)), rng.oneIn(2));
+        DecodeTable table(randomFlush(rng));
+        HuffmanList list = randomList(rng, {2, 250}, {0, 3}, 2);
         if (rng.oneIn(5)) list = {{2, 0, 0, 0, 0, 0, 0, 1}, {1, 2, 3}}; // index 256 of the fast table
         if (table.build(list)) continue;
         StreamIn s(dense(rng, int(rng.range(1, 40)), 12));

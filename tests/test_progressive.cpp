@@ -313,14 +313,15 @@ TEST(ProgressiveDecoding, RandomTablesAndStreams) {
     for (int seed = 1; seed <= 3000; ++seed) {
         SCOPED_TRACE(seed);
         Rng rng{std::uint64_t(seed)};
-        const auto flushAt = rng.oneIn(2) ? GuardedBlock::AtEnd : GuardedBlock::AtStart;
+        const auto flushAt = randomFlush(rng);
         DecodeTable table(flushAt);
-        HuffmanList list = randomList(rng, int(rng.range(2, 250)), int(rng.range(0, 2)), rng.oneIn(4));
+        HuffmanList list = randomList(rng, {2, 250}, {0, 2}, 4);
         if (rng.oneIn(10))
             list = {{2, 0, 0, 0, 0, 0, 0, 1}, {0x21, 0xF0, 0x11}}; // index 256 of the fast table
         table.build(list);
         const int kind = seed % 4;
-        StreamIn in(randomStream(rng, int(rng.range(1, kind == 1 ? 6 : 150)), 12, kind == 1 ? 2 : 10),
+        const int ffOneIn = rng.oneIn(3) ? 400 : int(rng.range(2, 40));
+        StreamIn in(randomStream(rng, int(rng.range(1, kind == 1 ? 6 : 150)), ffOneIn, kind == 1 ? 2 : 10),
                     flushAt);
         BlockOut out(flushAt);
         rng.bytes(&in.state.plain, sizeof in.state.plain);

@@ -290,7 +290,7 @@ TEST(Sequential, ScansOfTableK) {
         Rng rng{std::uint64_t(seed)};
         const Scan scan = makeScan(rng, 12, t, int(rng.range(1, 30)), 10);
         for (const Bytes& bytes : {scan.stream, withMarker(scan.stream)}) {
-            StreamIn in(bytes, rng.oneIn(2) ? GuardedBlock::AtEnd : GuardedBlock::AtStart);
+            StreamIn in(bytes, randomFlush(rng));
             BlockOut out;
             for (const Block& b : scan.blocks) {
                 ASSERT_EQ(decode(in, out, t.decDC, t.decAC).status, zmxStsNoErr);
@@ -347,10 +347,10 @@ TEST(Sequential, RandomTablesAndStreams) {
     for (int seed = 1; seed <= 1200; ++seed) {
         SCOPED_TRACE(seed);
         Rng rng{std::uint64_t(seed)};
-        const auto flushAt = rng.oneIn(2) ? GuardedBlock::AtEnd : GuardedBlock::AtStart;
-        DecodeTable dc(randomList(rng, int(rng.range(2, 40)), int(rng.range(0, 2)), rng.oneIn(4)), flushAt);
+        const auto flushAt = randomFlush(rng);
+        DecodeTable dc(randomList(rng, {2, 40}, {0, 2}, 4), flushAt);
         DecodeTable ac(flushAt);
-        HuffmanList list = randomList(rng, int(rng.range(2, 250)), int(rng.range(0, 2)), rng.oneIn(4));
+        HuffmanList list = randomList(rng, {2, 250}, {0, 2}, 4);
         if (rng.oneIn(8))
             list = {{2, 0, 0, 0, 0, 0, 0, 1}, {0x21, 0xF0, 0x11}}; // index 256 of the fast table
         ac.build(list);
@@ -379,9 +379,9 @@ TEST(Sequential, EncoderWithRandomTablesAndShortBuffers) {
     for (int seed = 1; seed <= 500; ++seed) {
         SCOPED_TRACE(seed);
         Rng rng{std::uint64_t(seed)};
-        EncodeTable dc(randomList(rng, int(rng.range(150, 254)), 1, rng.oneIn(2)));
-        EncodeTable ac(randomList(rng, int(rng.range(230, 254)), 1, rng.oneIn(2)),
-                       rng.oneIn(2) ? GuardedBlock::AtEnd : GuardedBlock::AtStart);
+        EncodeTable dc(randomList(rng, {150, 254}, {1, 1}, 2));
+        const auto flushAt = randomFlush(rng);
+        EncodeTable ac(randomList(rng, {230, 254}, {1, 1}, 2), flushAt);
         StreamOut out(int(rng.range(1, rng.oneIn(2) ? 60 : 900)));
         out.pos[0] = out.pos[1] = rng.oneIn(2) ? 0 : int(rng.range(0, std::min(40, out.len() + 2)));
         Zmx16s lastDC[2] = {};
@@ -391,7 +391,8 @@ TEST(Sequential, EncoderWithRandomTablesAndShortBuffers) {
         out.state.plain.bitBuffer &= 0xFFFFFFu << (24 - out.state.plain.bitCount) & 0xFFFFFF;
         out.state.share();
         for (int call = 0; call < 8; ++call) {
-            Block b = randomBlock(rng, int(rng.range(1, 12)), rng.oneIn(5) ? 15 : 9);
+            const int oneIn = int(rng.range(1, 12));
+            Block b = randomBlock(rng, oneIn, rng.oneIn(5) ? 15 : 9);
             if (rng.oneIn(6)) b[std::size_t(rng.range(0, 63))] = -32768;
             const ZmxStatus s = encode(out, b, lastDC, dc, ac);
             (s == zmxStsNoErr ? good : s == zmxStsOutOfBufErr ? full : noCode) += 1;

@@ -164,7 +164,7 @@ struct StreamOut {
 
 // n symbols out of 0 to 255, each once, on the leaves of a random tree; `open` codes of the deepest are left
 // out, which with 0 makes a complete code set. A deep tree has codes of up to 16 bits from few symbols on.
-inline HuffmanList randomList(Rng& rng, int n, int open, bool deep) {
+inline HuffmanList randomTree(Rng& rng, int n, int open, bool deep) {
     int leaves[17] = {1};
     for (int have = 1; have < n + open;) {
         int depth = deep ? 15 : int(rng.range(0, 15));
@@ -190,6 +190,21 @@ inline HuffmanList randomList(Rng& rng, int n, int open, bool deep) {
     const int total = std::accumulate(list.bits.begin(), list.bits.end(), 0);
     list.vals.assign(all.begin(), all.begin() + total);
     return list;
+}
+
+// The same with drawn parameters, one tree in `deepOneIn` deep. They are drawn here and not where they are
+// passed, because compilers differ in the order in which they look at arguments.
+struct Range {
+    int lo, hi;
+};
+inline HuffmanList randomList(Rng& rng, Range symbols, Range open, int deepOneIn) {
+    const int n = int(rng.range(symbols.lo, symbols.hi));
+    const int left = int(rng.range(open.lo, open.hi));
+    return randomTree(rng, n, left, rng.oneIn(deepOneIn));
+}
+
+inline GuardedBlock::Flush randomFlush(Rng& rng) {
+    return rng.oneIn(2) ? GuardedBlock::AtEnd : GuardedBlock::AtStart;
 }
 
 // The optimal table for 257 counters, built by the library and compared with the model.
@@ -220,8 +235,10 @@ inline Block blockOf(std::initializer_list<std::pair<int, int>> values) {
 inline Block randomBlock(Rng& rng, int oneIn, int bits) {
     Block b{};
     for (Zmx16s& c : b)
-        if (rng.oneIn(oneIn))
-            c = Zmx16s(rng.range(1, (1 << rng.range(1, bits)) - 1) * (rng.oneIn(2) ? 1 : -1));
+        if (rng.oneIn(oneIn)) {
+            const int magnitude = int(rng.range(1, (1 << rng.range(1, bits)) - 1));
+            c = Zmx16s(rng.oneIn(2) ? magnitude : -magnitude);
+        }
     return b;
 }
 
