@@ -1,5 +1,6 @@
-// The whole road of a JPEG picture in memory, in both directions, beside libjpeg-turbo's. 1920x1080 pixels of a
-// photograph, 4:2:0, quality 90, one thread. scripts/bench-jpeg runs this with and without libjpeg-turbo's vector code.
+// The whole road of a JPEG picture in memory, in both directions, beside libjpeg-turbo's. 1920x1080 pixels of
+// a photograph, 4:2:0, quality 90, one thread. scripts/bench-jpeg runs this with and without libjpeg-turbo's
+// vector code.
 //
 // ZMX_PHOTO names the photograph: a baseline JPEG file of at least that size.
 #ifdef ZMX_HAVE_LIBJPEG
@@ -25,7 +26,8 @@ const Bytes* photo() {
             const Bytes file = readBytes(path ? path : "/usr/share/backgrounds/mate/nature/Blinds.jpg");
             const jpeg::Picture p = jpeg::decode(file.data(), file.size());
             const Image all = from8bit(p.pixels.data(), p.width, p.height, p.channels);
-            return std::make_unique<Bytes>(to8bit(crop(all, (p.width - kWidth) / 2, (p.height - kHeight) / 2, kWidth, kHeight)));
+            return std::make_unique<Bytes>(
+                to8bit(crop(all, (p.width - kWidth) / 2, (p.height - kHeight) / 2, kWidth, kHeight)));
         } catch (const std::exception& e) {
             std::fprintf(stderr, "bench_jpeg_road: %s\n", e.what());
             return nullptr;
@@ -85,7 +87,8 @@ void decodeTheirs(const Bytes& file, Bytes& pixels) {
 template <class Call> void run(benchmark::State& state, Call call) {
     if (!photo()) return state.SkipWithError("no photograph");
     for (auto _ : state) call();
-    state.counters["pixels"] = benchmark::Counter(double(kWidth) * kHeight, benchmark::Counter::kIsIterationInvariantRate);
+    state.counters["pixels"] =
+        benchmark::Counter(double(kWidth) * kHeight, benchmark::Counter::kIsIterationInvariantRate);
 }
 
 void jpegEncodeOurs(benchmark::State& state) {

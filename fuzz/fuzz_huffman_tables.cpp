@@ -1,5 +1,5 @@
-// The builders of Huffman tables: decoder and encoder tables from arbitrary lists, and optimal tables from arbitrary
-// statistics. A table that both sides accept must code every symbol of it there and back.
+// The builders of Huffman tables: decoder and encoder tables from arbitrary lists, and optimal tables from
+// arbitrary statistics. A table that both sides accept must code every symbol of it there and back.
 #include "zmxj.h"
 
 #include <algorithm>
@@ -24,7 +24,8 @@ void fromLists(const Zmx8u* bits, const Zmx8u* vals) {
         int count = 0;
         for (int i = 0; i < 16; ++i) count += bits[i];
         for (int i = 0; i < count; ++i) {
-            // The symbols that a block can be made of at will: those of its DC difference. One listed twice has two codes.
+            // The symbols that a block can be made of at will: those of its DC difference. One listed twice
+            // has two codes.
             const int category = vals[i];
             if (category > 15 || std::count(vals, vals + count, vals[i]) != 1) continue;
             Zmx16s block[64] = {}, back[64], lastDc = 0;
@@ -37,7 +38,8 @@ void fromLists(const Zmx8u* bits, const Zmx8u* vals) {
             require(zmxiDecodeHuffmanStateInitAlloc_JPEG_8u(&state) == zmxStsNoErr);
             int position = 0, marker = 0;
             lastDc = 0;
-            const ZmxStatus status = zmxiDecodeHuffman8x8_JPEG_1u16s_C1(stream, int(sizeof stream), &position, back, &lastDc, &marker, decoder, decoder, state);
+            const ZmxStatus status = zmxiDecodeHuffman8x8_JPEG_1u16s_C1(
+                stream, int(sizeof stream), &position, back, &lastDc, &marker, decoder, decoder, state);
             // The AC part may hold codes that the table has not; the DC value comes first.
             require(status == zmxStsNoErr || status == zmxStsDCTRangeErr || status == zmxStsErr);
             require(lastDc == block[0]);
@@ -50,8 +52,10 @@ void fromLists(const Zmx8u* bits, const Zmx8u* vals) {
 
 void fromStatistics(const Zmx8u* data, std::size_t size) {
     Zmx32s statistics[257] = {};
-    // Two bytes a symbol: numbers of up to 15 bits, whose sum stays far below the 10^9 that the builder starts from.
-    for (std::size_t i = 0; i < 256 && 2 * i + 1 < size; ++i) statistics[i] = (data[2 * i] & 15) << data[2 * i + 1] % 12;
+    // Two bytes a symbol: numbers of up to 15 bits, whose sum stays far below the 10^9 that the builder
+    // starts from.
+    for (std::size_t i = 0; i < 256 && 2 * i + 1 < size; ++i)
+        statistics[i] = (data[2 * i] & 15) << data[2 * i + 1] % 12;
     Zmx8u bits[16], vals[256] = {};
     const ZmxStatus status = zmxiEncodeHuffmanRawTableInit_JPEG_8u(statistics, bits, vals);
     require(status == zmxStsNoErr || status == zmxStsHuffTableErr);
@@ -59,8 +63,8 @@ void fromStatistics(const Zmx8u* data, std::size_t size) {
     int used = 0, listed = 0;
     for (int i = 0; i < 256; ++i) used += statistics[i] != 0;
     for (Zmx8u n : bits) listed += n;
-    // 256 codes of one length, the reserved one among them, are more than the byte that counts them can hold: such a
-    // list comes out short.
+    // 256 codes of one length, the reserved one among them, are more than the byte that counts them can hold:
+    // such a list comes out short.
     require(listed == used || used >= 255);
     fromLists(bits, vals);
     ZmxiEncodeHuffmanSpec* encoder = nullptr;
@@ -74,7 +78,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size < 17) return 0;
     Zmx8u vals[256] = {};
     std::memcpy(vals, data + 17, std::min<std::size_t>(256, size - 17));
-    if (data[0] & 1) fromLists(data + 1, vals);
-    else fromStatistics(data + 1, size - 1);
+    if (data[0] & 1)
+        fromLists(data + 1, vals);
+    else
+        fromStatistics(data + 1, size - 1);
     return 0;
 }

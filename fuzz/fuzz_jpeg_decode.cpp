@@ -9,7 +9,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     options.scale = 1 << (size & 3);
     try {
         const jpeg::Picture p = jpeg::decode(data, size, options);
-        if (p.pixels.size() != std::size_t(p.width) * std::size_t(p.height) * std::size_t(p.channels)) std::abort();
+        if (p.pixels.size() != std::size_t(p.width) * std::size_t(p.height) * std::size_t(p.channels))
+            std::abort();
     } catch (const jpeg::Error&) {
     }
     try {

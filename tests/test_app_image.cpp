@@ -22,7 +22,8 @@ struct Folder {
 
 Image noise(int width, int height, int channels, int maxval) {
     Rng rng(1);
-    return {width, height, channels, maxval, rng.vec<std::uint16_t>(std::size_t(width * height * channels), 0, maxval)};
+    return {width, height, channels, maxval,
+            rng.vec<std::uint16_t>(std::size_t(width * height * channels), 0, maxval)};
 }
 
 void expectSame(const Image& a, const Image& b) {
@@ -45,7 +46,8 @@ TEST(Image, FilesGiveBackWhatTheyWereGiven) {
             if (channels % 2) names.push_back(channels == 1 ? "a.pgm" : "a.ppm");
             if (maxval == 255 || maxval == 65535) names.push_back("a.png");
             for (const std::string& name : names) {
-                SCOPED_TRACE(name + " of " + std::to_string(channels) + " channels to " + std::to_string(maxval));
+                SCOPED_TRACE(name + " of " + std::to_string(channels) + " channels to " +
+                             std::to_string(maxval));
                 writeImage(folder.file(name), image);
                 expectSame(image, readImage(folder.file(name)));
             }
@@ -81,7 +83,8 @@ TEST(Image, CropTakesThePart) {
     for (int y = 0; y < 5; ++y)
         for (int x = 0; x < 12; ++x) EXPECT_EQ(part.row(y)[x], image.row(y + 3)[6 + x]);
     expectSame(crop(image, 0, 0, 9, 8), image);
-    for (auto [x, y, w, h] : {std::array{-1, 0, 2, 2}, {0, -1, 2, 2}, {8, 0, 2, 1}, {0, 8, 1, 1}, {0, 0, 0, 1}, {0, 0, 1, 9}})
+    for (auto [x, y, w, h] :
+         {std::array{-1, 0, 2, 2}, {0, -1, 2, 2}, {8, 0, 2, 1}, {0, 8, 1, 1}, {0, 0, 0, 1}, {0, 0, 1, 9}})
         EXPECT_THROW(crop(image, x, y, w, h), ImageError);
 }
 
@@ -110,17 +113,21 @@ TEST(Image, TroubleIsNamed) {
         }
         return "";
     };
-    EXPECT_NE(message([&] { readImage(folder.file("none.png")); }).find("none.png: No such file"), std::string::npos);
+    EXPECT_NE(message([&] { readImage(folder.file("none.png")); }).find("none.png: No such file"),
+              std::string::npos);
     writeBytes(folder.file("odd"), {1, 2, 3});
-    EXPECT_NE(message([&] { readImage(folder.file("odd")); }).find("neither a PNG nor a PNM"), std::string::npos);
+    EXPECT_NE(message([&] { readImage(folder.file("odd")); }).find("neither a PNG nor a PNM"),
+              std::string::npos);
     writeBytes(folder.file("short"), {'P'});
     EXPECT_NE(message([&] { readImage(folder.file("short")); }).find("too short"), std::string::npos);
-    EXPECT_NE(message([&] { writeImage(folder.file("a.gif"), noise(1, 1, 1, 255)); }).find("ends in"), std::string::npos);
+    EXPECT_NE(message([&] { writeImage(folder.file("a.gif"), noise(1, 1, 1, 255)); }).find("ends in"),
+              std::string::npos);
     const Image image = noise(20, 20, 3, 255);
     for (const char* name : {"cut.png", "cut.ppm"}) {
         writeImage(folder.file(name), image);
         std::vector<std::uint8_t> bytes = readBytes(folder.file(name));
-        EXPECT_NE(message([&] { readImage(folder.file(name), 399); }).find("more pixels"), std::string::npos) << name;
+        EXPECT_NE(message([&] { readImage(folder.file(name), 399); }).find("more pixels"), std::string::npos)
+            << name;
         bytes.resize(bytes.size() / 2);
         writeBytes(folder.file(name), bytes);
         EXPECT_NE(message([&] { readImage(folder.file(name)); }).find(name), std::string::npos);

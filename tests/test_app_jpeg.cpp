@@ -1,4 +1,5 @@
-// The JPEG codec: round trips in every option, the roads of other encoders' files, and broken files of every kind.
+// The JPEG codec: round trips in every option, the roads of other encoders' files, and broken files of every
+// kind.
 #include "jpeg/blockreader.h"
 #include "jpeg/coefficients.h"
 #include "jpeg/jpeg.h"
@@ -26,7 +27,8 @@ Bytes waves(int width, int height, int channels, int texture = 4) {
         for (int x = 0; x < width; ++x)
             for (int c = 0; c < channels; ++c) {
                 const double v = 128 + 60 * std::sin(0.09 * x + c) + 50 * std::cos(0.07 * y - 0.5 * c);
-                pixels.push_back(std::uint8_t(std::clamp(int(v) + int(rng.range(-texture, texture)), 0, 255)));
+                pixels.push_back(
+                    std::uint8_t(std::clamp(int(v) + int(rng.range(-texture, texture)), 0, 255)));
             }
     return pixels;
 }
@@ -87,8 +89,11 @@ struct Kind {
     int channels;
     bool rgb, ycck;
 };
-const Kind kKinds[] = {{"grey", 1, false, false}, {"YCbCr", 3, false, false}, {"RGB", 3, true, false},
-                       {"CMYK", 4, false, false}, {"YCCK", 4, false, true}};
+const Kind kKinds[] = {{"grey", 1, false, false},
+                       {"YCbCr", 3, false, false},
+                       {"RGB", 3, true, false},
+                       {"CMYK", 4, false, false},
+                       {"YCCK", 4, false, true}};
 
 EncodeOptions optionsFor(const Kind& kind, int quality = 90, Sampling sampling = Sampling::s420) {
     EncodeOptions o;
@@ -111,8 +116,9 @@ TEST(Jpeg, RoundTripsInEveryOption) {
             for (auto [width, height] : {std::pair{1, 1}, {8, 8}, {16, 16}, {17, 15}, {7, 50}, {65, 33}})
                 for (int quality : {10, 90, 100})
                     for (int variant = 0; variant < 4; ++variant) {
-                        SCOPED_TRACE(std::string(kind.name) + " " + std::to_string(width) + "x" + std::to_string(height) + " quality " +
-                                     std::to_string(quality) + " sampling " + std::to_string(int(sampling)) + " variant " +
+                        SCOPED_TRACE(std::string(kind.name) + " " + std::to_string(width) + "x" +
+                                     std::to_string(height) + " quality " + std::to_string(quality) +
+                                     " sampling " + std::to_string(int(sampling)) + " variant " +
                                      std::to_string(variant));
                         EncodeOptions o = optionsFor(kind, quality, sampling);
                         o.optimize = variant & 1;
@@ -130,7 +136,9 @@ TEST(Jpeg, RoundTripsInEveryOption) {
                         if (variant == 0) continue;
                         o.optimize = false;
                         o.restart = 0;
-                        EXPECT_TRUE(sameBytes(decode(jpeg::encode(pixels.data(), width, height, kind.channels, o)).pixels, p.pixels))
+                        EXPECT_TRUE(sameBytes(
+                            decode(jpeg::encode(pixels.data(), width, height, kind.channels, o)).pixels,
+                            p.pixels))
                             << "coding must not change the picture";
                     }
 }
@@ -147,7 +155,8 @@ TEST(Jpeg, QualityAndSamplingOrderTheSizes) {
         EXPECT_GT(now, fidelity - 0.1) << quality;
         fidelity = now;
     }
-    EXPECT_GT(encode(96, 80, kind, optionsFor(kind, 90, Sampling::s444)).size(), encode(96, 80, kind, optionsFor(kind, 90, Sampling::s422)).size());
+    EXPECT_GT(encode(96, 80, kind, optionsFor(kind, 90, Sampling::s444)).size(),
+              encode(96, 80, kind, optionsFor(kind, 90, Sampling::s422)).size());
     EncodeOptions o = optionsFor(kind);
     const std::size_t standard = encode(96, 80, kind, o).size();
     o.optimize = true;
@@ -161,9 +170,11 @@ TEST(Jpeg, AtQuality100TheCodecIsNearlyLossless) {
         const Bytes noise = rng.vec<std::uint8_t>(std::size_t(40 * 40 * kind.channels), 0, 1);
         Bytes pixels;
         for (std::uint8_t v : noise) pixels.push_back(v ? 255 : 0);
-        const jpeg::Picture p = decode(jpeg::encode(pixels.data(), 40, 40, kind.channels, optionsFor(kind, 100)));
+        const jpeg::Picture p =
+            decode(jpeg::encode(pixels.data(), 40, 40, kind.channels, optionsFor(kind, 100)));
         ASSERT_EQ(p.pixels.size(), pixels.size());
-        for (std::size_t i = 0; i < pixels.size(); ++i) ASSERT_NEAR(p.pixels[i], pixels[i], 3) << kind.name << " sample " << i;
+        for (std::size_t i = 0; i < pixels.size(); ++i)
+            ASSERT_NEAR(p.pixels[i], pixels[i], 3) << kind.name << " sample " << i;
     }
 }
 
@@ -178,7 +189,9 @@ TEST(Jpeg, TheSameBytesFromEveryBuild) {
                 Rng rng(3);
                 Bytes source;
                 for (int i = 0; i < 45 * 37; ++i)
-                    for (int c = 0; c < kind.channels; ++c) source.push_back(std::uint8_t((i % 45) * 3 + (i / 45) * (c + 1) + int(rng.range(0, 15))));
+                    for (int c = 0; c < kind.channels; ++c)
+                        source.push_back(
+                            std::uint8_t((i % 45) * 3 + (i / 45) * (c + 1) + int(rng.range(0, 15))));
                 const Bytes file = jpeg::encode(source.data(), 45, 37, kind.channels, o);
                 files.add(file);
                 for (int scale : {1, 2, 4, 8}) pixels.add(decode(file, scale).pixels);
@@ -194,7 +207,9 @@ TEST(Jpeg, ReducedSizes) {
                 SCOPED_TRACE(std::string(kind.name) + " 1/" + std::to_string(scale));
                 const int width = 64, height = 48;
                 const Bytes pixels = waves(width, height, kind.channels, 0);
-                const jpeg::Picture p = decode(jpeg::encode(pixels.data(), width, height, kind.channels, optionsFor(kind, 95, sampling)), scale);
+                const jpeg::Picture p = decode(
+                    jpeg::encode(pixels.data(), width, height, kind.channels, optionsFor(kind, 95, sampling)),
+                    scale);
                 ASSERT_EQ(p.width, width / scale);
                 ASSERT_EQ(p.height, height / scale);
                 Bytes mean;
@@ -203,7 +218,10 @@ TEST(Jpeg, ReducedSizes) {
                         for (int c = 0; c < kind.channels; ++c) {
                             int sum = 0;
                             for (int i = 0; i < scale * scale; ++i)
-                                sum += pixels[std::size_t(((y * scale + i / scale) * width + x * scale + i % scale) * kind.channels + c)];
+                                sum += pixels[std::size_t(
+                                    ((y * scale + i / scale) * width + x * scale + i % scale) *
+                                        kind.channels +
+                                    c)];
                             mean.push_back(std::uint8_t(sum / (scale * scale)));
                         }
                 EXPECT_GT(psnr(mean, p.pixels), sampling == Sampling::s444 || kind.channels == 1 ? 36 : 26);
@@ -230,7 +248,8 @@ Bytes inScans(const Bytes& file, const std::vector<std::vector<int>>& scans, int
         for (int x = 0; x < frame.mcuColumns(); ++x)
             for (int i = 0; i < int(frame.components.size()); ++i) {
                 const jpeg::Component& c = frame.components[std::size_t(i)];
-                for (int k = 0; k < c.h * c.v; ++k) EXPECT_TRUE(source.block(i, all.block(i, x * c.h + k % c.h, y * c.v + k / c.h)));
+                for (int k = 0; k < c.h * c.v; ++k)
+                    EXPECT_TRUE(source.block(i, all.block(i, x * c.h + k % c.h, y * c.v + k / c.h)));
             }
     jpeg::Output out;
     for (std::size_t i = 0; i < header.scanOffset; ++i) out.byte(file[i]);
@@ -244,7 +263,8 @@ Bytes inScans(const Bytes& file, const std::vector<std::vector<int>>& scans, int
         jpeg::BlockWriter writer(out, dc, ac);
         const jpeg::Component& alone = frame.components[std::size_t(parts[0])];
         const bool single = parts.size() == 1;
-        const int columns = single ? frame.blockColumns(alone) : frame.mcuColumns(), rows = single ? frame.blockRows(alone) : frame.mcuRows();
+        const int columns = single ? frame.blockColumns(alone) : frame.mcuColumns(),
+                  rows = single ? frame.blockRows(alone) : frame.mcuRows();
         for (int n = 0; n < columns * rows; ++n) {
             if (restart && n && n % restart == 0) {
                 writer.finishInterval();
@@ -254,7 +274,8 @@ Bytes inScans(const Bytes& file, const std::vector<std::vector<int>>& scans, int
             for (int i : parts) {
                 const jpeg::Component& c = frame.components[std::size_t(i)];
                 const int h = single ? 1 : c.h, v = single ? 1 : c.v;
-                for (int k = 0; k < h * v; ++k) writer.block(all.block(i, x * h + k % h, y * v + k / h), i, i > 0);
+                for (int k = 0; k < h * v; ++k)
+                    writer.block(all.block(i, x * h + k % h, y * v + k / h), i, i > 0);
             }
         }
         writer.finishInterval();
@@ -272,10 +293,15 @@ TEST(Jpeg, ScansOfTheirOwn) {
                 const Bytes file = encode(width, height, kColour, optionsFor(kColour, 80, sampling));
                 const Bytes expected = decode(file).pixels;
                 for (const std::vector<std::vector<int>>& scans :
-                     {std::vector<std::vector<int>>{{0}, {1}, {2}}, {{2}, {0}, {1}}, {{0}, {1, 2}}, {{0, 1}, {2}}, {{2, 1, 0}}}) {
+                     {std::vector<std::vector<int>>{{0}, {1}, {2}},
+                      {{2}, {0}, {1}},
+                      {{0}, {1, 2}},
+                      {{0, 1}, {2}},
+                      {{2, 1, 0}}}) {
                     const jpeg::Picture p = decode(inScans(file, scans, restart));
                     EXPECT_TRUE(p.warnings.empty()) << p.warnings[0];
-                    EXPECT_TRUE(sameBytes(expected, p.pixels)) << width << "x" << height << " in " << scans.size() << " scans";
+                    EXPECT_TRUE(sameBytes(expected, p.pixels))
+                        << width << "x" << height << " in " << scans.size() << " scans";
                 }
             }
 }
@@ -329,7 +355,8 @@ TEST(Jpeg, TheLastByteIsStuffedToo) {
 }
 
 TEST(Jpeg, MemoryIsUsedAgain) {
-    const Bytes big = encode(64, 64, kColour, optionsFor(kColour)), small = encode(16, 8, kKinds[0], optionsFor(kKinds[0]));
+    const Bytes big = encode(64, 64, kColour, optionsFor(kColour)),
+                small = encode(16, 8, kKinds[0], optionsFor(kKinds[0]));
     jpeg::Picture p = decode(big);
     p.warnings.push_back("of old");
     const std::uint8_t* memory = p.pixels.data();
@@ -416,7 +443,8 @@ TEST(Jpeg, EveryTruncation) {
             const std::size_t data = find(file, jpeg::SOS).end;
             std::size_t rowsBefore = 0;
             for (std::size_t n = 0; n < file.size(); ++n) {
-                SCOPED_TRACE(std::string(kind.name) + " cut to " + std::to_string(n) + " of " + std::to_string(file.size()));
+                SCOPED_TRACE(std::string(kind.name) + " cut to " + std::to_string(n) + " of " +
+                             std::to_string(file.size()));
                 const Bytes cut(file.begin(), file.begin() + std::ptrdiff_t(n));
                 if (n < data) {
                     EXPECT_NE(refusal(cut), "");
@@ -425,9 +453,13 @@ TEST(Jpeg, EveryTruncation) {
                 const jpeg::Picture p = decode(cut);
                 EXPECT_FALSE(p.warnings.empty());
                 ASSERT_EQ(p.pixels.size(), whole.size());
-                // Rows decoded so far are those of the whole picture, and there are no fewer than with fewer bytes.
+                // Rows decoded so far are those of the whole picture, and there are no fewer than with fewer
+                // bytes.
                 const std::size_t rowBytes = std::size_t(35 * kind.channels);
-                const std::size_t same = std::size_t(std::mismatch(whole.begin(), whole.end(), p.pixels.begin()).first - whole.begin()) / rowBytes;
+                const std::size_t same =
+                    std::size_t(std::mismatch(whole.begin(), whole.end(), p.pixels.begin()).first -
+                                whole.begin()) /
+                    rowBytes;
                 EXPECT_GE(same + 1, rowsBefore);
                 rowsBefore = same;
                 const std::size_t at = p.warnings[0].find("rows from ");
@@ -447,7 +479,8 @@ void survives(const Bytes& file) {
     for (int scale : {1, 4}) {
         try {
             const jpeg::Picture p = decode(file, scale, limit);
-            EXPECT_EQ(p.pixels.size(), std::size_t(p.width) * std::size_t(p.height) * std::size_t(p.channels));
+            EXPECT_EQ(p.pixels.size(),
+                      std::size_t(p.width) * std::size_t(p.height) * std::size_t(p.channels));
             EXPECT_LE(p.pixels.size(), 4 * limit);
         } catch (const jpeg::Error& e) {
             EXPECT_GT(std::string(e.what()).size(), 5u);
@@ -469,7 +502,8 @@ TEST(Jpeg, EachSegmentDamagedInTurn) {
         for (const Segment& s : segmentsOf(file)) {
             survives(without(file, s));
             Bytes twice = file;
-            twice.insert(twice.begin() + std::ptrdiff_t(s.end), file.begin() + std::ptrdiff_t(s.begin), file.begin() + std::ptrdiff_t(s.end));
+            twice.insert(twice.begin() + std::ptrdiff_t(s.end), file.begin() + std::ptrdiff_t(s.begin),
+                         file.begin() + std::ptrdiff_t(s.end));
             survives(twice);
             const auto length = int(s.end - s.begin - 2);
             for (int other : {0, 1, 2, 3, length - 1, length + 1, 0x7FFF, 0xFFFF}) {
@@ -494,16 +528,24 @@ TEST(Jpeg, RandomDamage) {
     EncodeOptions o = optionsFor(kKinds[4], 60);
     o.restart = 1;
     o.optimize = true;
-    const Bytes files[] = {plain, inScans(plain, {{0}, {1, 2}}, 3), encode(40, 40, kKinds[4], o), encode(40, 40, kKinds[0], optionsFor(kKinds[0]))};
+    const Bytes files[] = {plain, inScans(plain, {{0}, {1, 2}}, 3), encode(40, 40, kKinds[4], o),
+                           encode(40, 40, kKinds[0], optionsFor(kKinds[0]))};
     for (int round = 0; round < 1500; ++round) {
         Bytes f = files[rng.range(0, 3)];
         for (auto n = rng.range(1, 6); n > 0; --n) {
             const auto at = std::size_t(rng.range(0, std::int64_t(f.size()) - 1));
             switch (rng.range(0, 3)) {
-            case 0: f[at] = 0xFF; break;
-            case 1: f.erase(f.begin() + std::ptrdiff_t(at)); break;
-            case 2: f.insert(f.begin() + std::ptrdiff_t(at), std::uint8_t(rng.next())); break;
-            default: f[at] = std::uint8_t(rng.next());
+            case 0:
+                f[at] = 0xFF;
+                break;
+            case 1:
+                f.erase(f.begin() + std::ptrdiff_t(at));
+                break;
+            case 2:
+                f.insert(f.begin() + std::ptrdiff_t(at), std::uint8_t(rng.next()));
+                break;
+            default:
+                f[at] = std::uint8_t(rng.next());
             }
         }
         survives(f);
@@ -538,7 +580,9 @@ TEST(Jpeg, RestartsKeepDamageInItsInterval) {
         EXPECT_FALSE(p.warnings.empty());
         std::vector<int> rows;
         for (int r = 0; r < 20; ++r)
-            if (!std::equal(whole.begin() + r * 8 * 48, whole.begin() + (r + 1) * 8 * 48, p.pixels.begin() + r * 8 * 48)) rows.push_back(r);
+            if (!std::equal(whole.begin() + r * 8 * 48, whole.begin() + (r + 1) * 8 * 48,
+                            p.pixels.begin() + r * 8 * 48))
+                rows.push_back(r);
         return rows;
     };
     Bytes f = file; // the data of row 3 end early
@@ -553,7 +597,8 @@ TEST(Jpeg, RestartsKeepDamageInItsInterval) {
     f = file; // the number of a marker is damaged
     f[marks[6] + 1] = jpeg::RST0 + 2;
     EXPECT_EQ(rowsLost(f), std::vector<int>{});
-    f[marks[6] + 1] = jpeg::RST0; // as if two were lost: row 7 lands two further down, then the numbers are right again
+    f[marks[6] + 1] =
+        jpeg::RST0; // as if two were lost: row 7 lands two further down, then the numbers are right again
     EXPECT_EQ(rowsLost(f), (std::vector<int>{7, 8, 9}));
     f = file; // what looks like a marker within the data of row 9 is none
     f[marks[8] + 6] = 0xFF;
@@ -566,7 +611,8 @@ TEST(Jpeg, DescribeSaysWhatTheFileIs) {
     o.restart = 7;
     const Bytes file = encode(33, 21, kColour, o);
     const std::string text = jpeg::describe(file.data(), file.size());
-    for (const char* words : {"size: 33 by 21", "baseline, Huffman coding", "component 1: sampling 2x2", "restart interval: 7", "JFIF", "scans: 1", "EOI"})
+    for (const char* words : {"size: 33 by 21", "baseline, Huffman coding", "component 1: sampling 2x2",
+                              "restart interval: 7", "JFIF", "scans: 1", "EOI"})
         EXPECT_NE(text.find(words), std::string::npos) << words << " in\n" << text;
     const std::string cut = jpeg::describe(file.data(), file.size() - 2);
     EXPECT_NE(cut.find("trouble: byte " + std::to_string(file.size() - 2)), std::string::npos) << cut;

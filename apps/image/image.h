@@ -12,7 +12,8 @@
 struct Image {
     int width = 0, height = 0;
     int channels = 1; // 1 grey, 2 grey and alpha, 3 RGB, 4 RGBA or CMYK
-    int maxval = 255; // the largest sample: 255 for 8 bits, 65535 for 16, 4095 for 12 and so on (1 for bitmaps)
+    int maxval =
+        255; // the largest sample: 255 for 8 bits, 65535 for 16, 4095 for 12 and so on (1 for bitmaps)
     std::vector<std::uint16_t> samples;
     bool cmyk = false; // the 4 channels are amounts of ink
 
@@ -27,12 +28,12 @@ struct ImageError : std::runtime_error {
 };
 
 // Reads a PNG, PBM, PGM, PPM or PAM file, told apart by its first bytes. Palettes are expanded; a tRNS chunk
-// becomes an alpha channel; PNG samples of fewer than 8 bits are scaled to 8. `maxPixels` bounds what a header
-// may ask for.
+// becomes an alpha channel; PNG samples of fewer than 8 bits are scaled to 8. `maxPixels` bounds what a
+// header may ask for.
 Image readImage(const std::string& path, std::size_t maxPixels = std::size_t(1) << 28);
 
-// Writes a PNG (maxval 255 or 65535; other depths are scaled up to the next of the two), or, by the ending of the
-// path, a .pgm, .ppm, .pnm or .pam with the picture's own maxval. CMYK goes into .pam files only.
+// Writes a PNG (maxval 255 or 65535; other depths are scaled up to the next of the two), or, by the ending of
+// the path, a .pgm, .ppm, .pnm or .pam with the picture's own maxval. CMYK goes into .pam files only.
 void writeImage(const std::string& path, const Image& image);
 
 // The picture as bytes: width x channels x height samples, scaled to 8 bits where it has another depth.

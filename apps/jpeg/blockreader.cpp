@@ -19,7 +19,8 @@ BlockReader::Spec BlockReader::specOf(const std::optional<HuffmanTable>& table, 
     const std::string name = std::string(kind) + " Huffman table " + std::to_string(number);
     if (!table) fail(offset, name + " is missing");
     ZmxiDecodeHuffmanSpec* spec = nullptr;
-    const ZmxStatus status = zmxiDecodeHuffmanSpecInitAlloc_JPEG_8u(table->bits.data(), table->vals.data(), &spec);
+    const ZmxStatus status =
+        zmxiDecodeHuffmanSpecInitAlloc_JPEG_8u(table->bits.data(), table->vals.data(), &spec);
     Spec owned(spec);
     if (status != zmxStsNoErr) fail(offset, name + " is no prefix code");
     return owned;
@@ -44,13 +45,15 @@ void BlockReader::open(std::size_t from) {
 void BlockReader::lose(const char* why) {
     lost = true;
     if (!fault.empty()) return;
-    const std::size_t behind = tail.empty() ? std::size_t(next - data) : size - tail.size() + 2 + std::size_t(next - tail.data());
+    const std::size_t behind =
+        tail.empty() ? std::size_t(next - data) : size - tail.size() + 2 + std::size_t(next - tail.data());
     fault = "byte " + std::to_string(std::min(behind, stop)) + ": " + why;
 }
 
 bool BlockReader::block(int component, Zmx16s* coefficients) {
     const auto c = std::size_t(component);
-    if (!lost && marker != 0 && bitCount < 1) lose(stop == size ? "the file ends in the scan" : "the data of the scan end too early");
+    if (!lost && marker != 0 && bitCount < 1)
+        lose(stop == size ? "the file ends in the scan" : "the data of the scan end too early");
     if (!lost) {
         int bits = 0; // from `next`, so that no length of scan overflows it
         const ZmxStatus status = zmxiDecodeHuffman8x8_Direct_JPEG_1u16s_C1(
@@ -70,8 +73,8 @@ void BlockReader::restart() {
         if (--missing == 0) open(stop + 2);
         return;
     }
-    // Codes below SOF0 are no markers but damage within the data; one or two numbers back there is data whose place
-    // has gone by.
+    // Codes below SOF0 are no markers but damage within the data; one or two numbers back there is data whose
+    // place has gone by.
     const auto ahead = [&] { return (data[stop + 1] - RST0 - number) & 7; };
     while (stop < size && (data[stop + 1] < SOF0 || (isRestart(data[stop + 1]) && ahead() >= 6)))
         stop = findMarker(data, size, stop + 2);
@@ -79,9 +82,12 @@ void BlockReader::restart() {
         return lose(stop == size ? "the file ends in the scan" : "a restart marker is missing");
     if (ahead() == 0) return open(stop + 2);
     lose("a restart marker out of turn");
-    // One or two too far on: those before it were destroyed with their data. Else its number is what is damaged.
-    if (ahead() <= 2) missing = ahead();
-    else open(stop + 2);
+    // One or two too far on: those before it were destroyed with their data. Else its number is what is
+    // damaged.
+    if (ahead() <= 2)
+        missing = ahead();
+    else
+        open(stop + 2);
 }
 
 } // namespace jpeg

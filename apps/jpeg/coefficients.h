@@ -1,5 +1,5 @@
-// coefficients.h - the quantised coefficients of a whole picture, for files whose components do not come block by
-// block together, and for encoders that look at a picture twice.
+// coefficients.h - the quantised coefficients of a whole picture, for files whose components do not come
+// block by block together, and for encoders that look at a picture twice.
 #pragma once
 
 #include "jpeg/format.h"
@@ -11,7 +11,8 @@ public:
     explicit Coefficients(const Frame& f) : frame(f) {
         for (const Component& c : frame.components) {
             const std::size_t columns = std::size_t(frame.mcuColumns()) * std::size_t(c.h);
-            planes.push_back({columns, std::vector<Zmx16s>(columns * std::size_t(frame.mcuRows()) * std::size_t(c.v) * kBlock)});
+            planes.push_back({columns, std::vector<Zmx16s>(columns * std::size_t(frame.mcuRows()) *
+                                                           std::size_t(c.v) * kBlock)});
         }
     }
 

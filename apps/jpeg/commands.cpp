@@ -1,7 +1,7 @@
 // commands.cpp - zmx jpeg: the codec behind files.
+#include "zmx/commands.h"
 #include "image/image.h"
 #include "jpeg/jpeg.h"
-#include "zmx/commands.h"
 #include "zmxj.h"
 
 #include <CLI/CLI.hpp>
@@ -37,7 +37,9 @@ struct EncodeArguments {
 };
 void runEncode(EncodeArguments& args) {
     using jpeg::Sampling;
-    args.options.sampling = args.sampling == "444" ? Sampling::s444 : args.sampling == "422" ? Sampling::s422 : Sampling::s420;
+    args.options.sampling = args.sampling == "444"   ? Sampling::s444
+                            : args.sampling == "422" ? Sampling::s422
+                                                     : Sampling::s420;
     Image image = readImage(args.in);
     if (args.cmyk) {
         if (image.channels != 4) throw ImageError(args.in + ": --cmyk wants a picture of 4 channels");
@@ -65,13 +67,15 @@ struct DecodeArguments {
 void runDecode(DecodeArguments& args) {
     args.options.scale = args.scale.back() - '0';
     const std::vector<std::uint8_t> file = readBytes(args.in);
-    jpeg::Picture picture = naming(args.in, [&] { return jpeg::decode(file.data(), file.size(), args.options); });
+    jpeg::Picture picture =
+        naming(args.in, [&] { return jpeg::decode(file.data(), file.size(), args.options); });
     const bool cmyk = picture.channels == 4;
     if (cmyk && picture.adobe) invert(picture.pixels);
     Image image = from8bit(picture.pixels.data(), picture.width, picture.height, picture.channels);
     image.cmyk = cmyk;
     writeImage(args.out, image);
-    for (const std::string& w : picture.warnings) std::fprintf(stderr, "zmx: %s: warning: %s\n", args.in.c_str(), w.c_str());
+    for (const std::string& w : picture.warnings)
+        std::fprintf(stderr, "zmx: %s: warning: %s\n", args.in.c_str(), w.c_str());
     if (args.strict && !picture.warnings.empty()) throw jpeg::Error(args.in + ": not a sound file");
 }
 
@@ -92,7 +96,9 @@ void addEncode(CLI::App& app) {
         ->capture_default_str()
         ->check(CLI::IsMember({"444", "422", "420"}));
     c->add_flag("--optimize", o.optimize, "make Huffman tables for the picture");
-    c->add_option("--restart", o.restart, "MCUs in a restart interval; 0: none")->capture_default_str()->check(CLI::Range(0, 65535));
+    c->add_option("--restart", o.restart, "MCUs in a restart interval; 0: none")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 65535));
     c->add_flag("--gray", args->gray, "store the luma alone");
     c->add_flag("--rgb", o.rgb, "store RGB as it is, not as YCbCr");
     c->add_flag("--cmyk", args->cmyk, "the 4 channels of IN are CMYK, whatever the file says");

@@ -1,5 +1,5 @@
-// decode.cpp - from a file to pixels. A file whose first scan holds all components goes MCU by MCU straight to
-// pixels; any other one collects the coefficients of all scans first.
+// decode.cpp - from a file to pixels. A file whose first scan holds all components goes MCU by MCU straight
+// to pixels; any other one collects the coefficients of all scans first.
 #include "jpeg/blockreader.h"
 #include "jpeg/coefficients.h"
 #include "jpeg/render.h"
@@ -12,10 +12,15 @@ namespace {
 std::string unsupported(const Frame& frame) {
     switch (frame.sof) {
     case SOF0:
-    case SOF1: break;
-    case SOF2: return "progressive mode is not supported";
-    case SOF3: return "lossless mode is not supported";
-    default: return frame.sof < SOF0 + 8 ? "hierarchical mode is not supported" : "arithmetic coding is not supported";
+    case SOF1:
+        break;
+    case SOF2:
+        return "progressive mode is not supported";
+    case SOF3:
+        return "lossless mode is not supported";
+    default:
+        return frame.sof < SOF0 + 8 ? "hierarchical mode is not supported"
+                                    : "arithmetic coding is not supported";
     }
     if (frame.precision != 8) return std::to_string(frame.precision) + "-bit samples are not supported";
     if (frame.components.size() == 2) return "a picture of 2 components is not supported";
@@ -45,14 +50,15 @@ public:
         frame = reader.header().frame;
         if (const std::string what = unsupported(frame); !what.empty()) throw Error(what);
         if (std::size_t(frame.width) * std::size_t(frame.height) > options.maxPixels)
-            throw Error("a picture of " + std::to_string(frame.width) + " by " + std::to_string(frame.height) +
-                        " pixels, more than the limit allows");
+            throw Error("a picture of " + std::to_string(frame.width) + " by " +
+                        std::to_string(frame.height) + " pixels, more than the limit allows");
         const Model model = modelOf(reader.header());
         picture.width = divUp(frame.width, options.scale);
         picture.height = divUp(frame.height, options.scale);
         picture.channels = channelsOf(model);
         picture.adobe = reader.header().adobe >= 0;
-        picture.pixels.resize(std::size_t(picture.width) * std::size_t(picture.height) * std::size_t(picture.channels));
+        picture.pixels.resize(std::size_t(picture.width) * std::size_t(picture.height) *
+                              std::size_t(picture.channels));
         tables.resize(frame.components.size());
         seen.assign(frame.components.size(), false);
 
@@ -87,7 +93,8 @@ private:
             fail(h.scanOffset, "a progressive scan in a sequential file");
         for (const ScanComponent& c : h.scan.components) {
             const auto i = std::size_t(c.index);
-            if (seen[i]) fail(h.scanOffset, "component " + std::to_string(frame.components[i].id) + " is coded twice");
+            if (seen[i])
+                fail(h.scanOffset, "component " + std::to_string(frame.components[i].id) + " is coded twice");
             seen[i] = true;
             const int which = frame.components[i].quant;
             const auto& table = h.quant[std::size_t(which)];
@@ -96,8 +103,8 @@ private:
         }
     }
 
-    // Decodes the scan that the reader has come to. `place` says where a block of an MCU goes; `done` hears of each
-    // MCU behind its last block. Blocks that are lost are zero.
+    // Decodes the scan that the reader has come to. `place` says where a block of an MCU goes; `done` hears
+    // of each MCU behind its last block. Blocks that are lost are zero.
     template <class Place, class Done> void decodeScan(Place place, Done done) {
         const std::vector<ScanComponent> parts = reader.header().scan.components;
         // One component alone comes block by block, without those that only fill up MCUs (A.2.2).
@@ -110,7 +117,8 @@ private:
         for (int i = 0; i < int(parts.size()); ++i) {
             const Component& c = frame.components[std::size_t(parts[std::size_t(i)].index)];
             const int h = alone ? 1 : c.h, v = alone ? 1 : c.v;
-            for (int k = 0; k < h * v; ++k) mcu.push_back({i, parts[std::size_t(i)].index, k % h, k / h, h, v});
+            for (int k = 0; k < h * v; ++k)
+                mcu.push_back({i, parts[std::size_t(i)].index, k % h, k / h, h, v});
         }
 
         BlockReader source(reader.header(), data, size);
@@ -129,8 +137,10 @@ private:
                 if (!sound && firstLost < 0) firstLost = previous;
                 previous = y * rowHeight;
             }
-        if (firstLost >= 0) warn(source.trouble() + "; rows from " + std::to_string(firstLost) + " on are incomplete");
-        else if (!source.trouble().empty()) warn(source.trouble());
+        if (firstLost >= 0)
+            warn(source.trouble() + "; rows from " + std::to_string(firstLost) + " on are incomplete");
+        else if (!source.trouble().empty())
+            warn(source.trouble());
         reader.seek(source.end());
     }
 
@@ -142,8 +152,9 @@ private:
         Zmx16s* first[kMaxComponents] = {coefficients}; // of the blocks of each component
         for (std::size_t i = 1; i < frame.components.size(); ++i)
             first[i] = first[i - 1] + frame.components[i - 1].h * frame.components[i - 1].v * kBlock;
-        decodeScan([&](const McuBlock& b, int, int) { return first[b.component] + (b.y * b.h + b.x) * kBlock; },
-                   [&](int x, int y) { renderer.mcu(blocks, x, y); });
+        decodeScan(
+            [&](const McuBlock& b, int, int) { return first[b.component] + (b.y * b.h + b.x) * kBlock; },
+            [&](int x, int y) { renderer.mcu(blocks, x, y); });
         try {
             if (reader.nextScan()) warn("scans behind the last component are passed over");
         } catch (const Error& e) {
@@ -156,7 +167,8 @@ private:
         try {
             do {
                 startScan();
-                decodeScan([&](const McuBlock& b, int x, int y) { return all.block(b.component, x * b.h + b.x, y * b.v + b.y); },
+                decodeScan([&](const McuBlock& b, int x,
+                               int y) { return all.block(b.component, x * b.h + b.x, y * b.v + b.y); },
                            [](int, int) {});
             } while (reader.nextScan());
         } catch (const Error& e) {

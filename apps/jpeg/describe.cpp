@@ -36,8 +36,8 @@ std::string describe(const std::uint8_t* data, std::size_t size) {
         out += "mode: " + modeOf(h.frame.sof) + "\n";
         out += "bits: " + std::to_string(h.frame.precision) + "\n";
         for (const Component& c : h.frame.components)
-            out += "component " + std::to_string(c.id) + ": sampling " + std::to_string(c.h) + "x" + std::to_string(c.v) +
-                   ", quantisation table " + std::to_string(c.quant) + "\n";
+            out += "component " + std::to_string(c.id) + ": sampling " + std::to_string(c.h) + "x" +
+                   std::to_string(c.v) + ", quantisation table " + std::to_string(c.quant) + "\n";
     }
     out += "restart interval: " + std::to_string(h.restart) + "\n";
     if (h.jfif) out += "JFIF: yes\n";

@@ -12,10 +12,14 @@ namespace {
 
 Model modelFor(int channels, const EncodeOptions& options) {
     switch (channels) {
-    case 1: return Model::Grey;
-    case 3: return options.rgb ? Model::Rgb : Model::YCbCr;
-    case 4: return options.ycck ? Model::Ycck : Model::Cmyk;
-    default: throw Error("a picture of " + std::to_string(channels) + " channels; supported are 1, 3 and 4");
+    case 1:
+        return Model::Grey;
+    case 3:
+        return options.rgb ? Model::Rgb : Model::YCbCr;
+    case 4:
+        return options.ycck ? Model::Ycck : Model::Cmyk;
+    default:
+        throw Error("a picture of " + std::to_string(channels) + " channels; supported are 1, 3 and 4");
     }
 }
 
@@ -31,7 +35,8 @@ Frame frameFor(int width, int height, Model model, const EncodeOptions& options)
     const bool chroma = tableOf(model, 1) != 0;
     frame.components = componentsOf(model, chroma && options.sampling != Sampling::s444 ? 2 : 1,
                                     chroma && options.sampling == Sampling::s420 ? 2 : 1);
-    for (int i = 0; i < int(frame.components.size()); ++i) frame.components[std::size_t(i)].quant = tableOf(model, i);
+    for (int i = 0; i < int(frame.components.size()); ++i)
+        frame.components[std::size_t(i)].quant = tableOf(model, i);
     frame.setMaxima();
     return frame;
 }
@@ -62,7 +67,8 @@ public:
     // Into `blocks`, component by component, each row by row.
     void mcu(int column, int row, Zmx16s* const* blocks) {
         const int width = 8 * unit.h, height = 8 * unit.v, step = frame.width * channels;
-        const Zmx8u* at = pixels + std::size_t(row * height) * std::size_t(step) + std::size_t(column * width * channels);
+        const Zmx8u* at =
+            pixels + std::size_t(row * height) * std::size_t(step) + std::size_t(column * width * channels);
         const int inside = std::min(width, frame.width - column * width);
         const int below = std::min(height, frame.height - row * height);
         if (inside == width && below == height) {
@@ -71,7 +77,8 @@ public:
             repeatEdge(at, step, inside, below);
             unit.fromPixels(edge, kEdgeStep, planes);
         }
-        for (int i = 0; i < count; ++i) zmxiDCTQuantFwd8x8_JPEG_16s_C1(samples + i * kBlock, blocks[i], table[i]);
+        for (int i = 0; i < count; ++i)
+            zmxiDCTQuantFwd8x8_JPEG_16s_C1(samples + i * kBlock, blocks[i], table[i]);
     }
 
     int blocks() const { return count; }
@@ -83,7 +90,8 @@ private:
     void repeatEdge(const Zmx8u* at, int step, int inside, int below) {
         for (int y = 0; y < 8 * unit.v; ++y) {
             Zmx8u* to = edge + y * kEdgeStep;
-            std::memcpy(to, at + std::ptrdiff_t(std::min(y, below - 1)) * step, std::size_t(inside * channels));
+            std::memcpy(to, at + std::ptrdiff_t(std::min(y, below - 1)) * step,
+                        std::size_t(inside * channels));
             for (int x = inside * channels; x < 8 * unit.h * channels; ++x) to[x] = to[x - channels];
         }
     }
@@ -112,7 +120,9 @@ template <class Mcu, class Restart> void eachMcu(const Frame& frame, int interva
 std::vector<int> ownersOf(const Frame& frame) {
     std::vector<int> owners;
     for (int i = 0; i < int(frame.components.size()); ++i)
-        owners.insert(owners.end(), std::size_t(frame.components[std::size_t(i)].h * frame.components[std::size_t(i)].v), i);
+        owners.insert(owners.end(),
+                      std::size_t(frame.components[std::size_t(i)].h * frame.components[std::size_t(i)].v),
+                      i);
     return owners;
 }
 
@@ -130,14 +140,16 @@ void optimalTables(const Frame& frame, int interval, Coefficients& all, Tables& 
             all.mcu(x, y, blocks);
             for (std::size_t k = 0; k < owners.size(); ++k) {
                 const int c = owners[k], table = frame.components[std::size_t(c)].quant;
-                zmxiGetHuffmanStatistics8x8_JPEG_16s_C1(blocks[k], dcCounts[table].data(), acCounts[table].data(), &lastDc[c]);
+                zmxiGetHuffmanStatistics8x8_JPEG_16s_C1(blocks[k], dcCounts[table].data(),
+                                                        acCounts[table].data(), &lastDc[c]);
             }
         },
         [&](int) { std::fill_n(lastDc, kMaxComponents, Zmx16s(0)); });
     const auto build = [](const std::array<Zmx32u, 257>& counts, HuffmanTable& table) {
         std::array<Zmx32s, 257> statistics;
         std::copy(counts.begin(), counts.end(), statistics.begin());
-        if (zmxiEncodeHuffmanRawTableInit_JPEG_8u(statistics.data(), table.bits.data(), table.vals.data()) != zmxStsNoErr)
+        if (zmxiEncodeHuffmanRawTableInit_JPEG_8u(statistics.data(), table.bits.data(), table.vals.data()) !=
+            zmxStsNoErr)
             throw Error("no Huffman table fits the picture");
     };
     for (std::size_t t = 0; t < 2; ++t) build(dcCounts[t], dc[t]), build(acCounts[t], ac[t]);
@@ -147,17 +159,22 @@ void writeHeader(Output& out, Model model) {
     out.marker(SOI);
     switch (model) {
     case Model::Grey:
-    case Model::YCbCr: return writeJfif(out);
-    case Model::Ycck: return writeAdobe(out, 2);
-    default: return writeAdobe(out, 0);
+    case Model::YCbCr:
+        return writeJfif(out);
+    case Model::Ycck:
+        return writeAdobe(out, 2);
+    default:
+        return writeAdobe(out, 0);
     }
 }
 
 } // namespace
 
-std::vector<std::uint8_t> encode(const std::uint8_t* pixels, int width, int height, int channels, const EncodeOptions& options) {
+std::vector<std::uint8_t> encode(const std::uint8_t* pixels, int width, int height, int channels,
+                                 const EncodeOptions& options) {
     if (width < 1 || width > 65535 || height < 1 || height > 65535)
-        throw Error("a picture of " + std::to_string(width) + " by " + std::to_string(height) + "; a JPEG file holds 1 to 65535 a side");
+        throw Error("a picture of " + std::to_string(width) + " by " + std::to_string(height) +
+                    "; a JPEG file holds 1 to 65535 a side");
     if (options.quality < 1 || options.quality > 100) throw Error("the quality is 1 to 100");
     if (options.restart < 0 || options.restart > 65535) throw Error("a restart interval is 0 to 65535 MCUs");
     const Model model = modelFor(channels, options);
@@ -194,7 +211,8 @@ std::vector<std::uint8_t> encode(const std::uint8_t* pixels, int width, int heig
     }
     if (options.restart) writeRestartInterval(out, options.restart);
     Scan scan;
-    for (int i = 0; i < int(frame.components.size()); ++i) scan.components.push_back({i, tableOf(model, i), tableOf(model, i)});
+    for (int i = 0; i < int(frame.components.size()); ++i)
+        scan.components.push_back({i, tableOf(model, i), tableOf(model, i)});
     writeScan(out, frame, scan);
 
     const HuffmanTable* const dcTables[2] = {&dc[0], used > 1 ? &dc[1] : nullptr};
@@ -205,9 +223,12 @@ std::vector<std::uint8_t> encode(const std::uint8_t* pixels, int width, int heig
     eachMcu(
         frame, options.restart,
         [&](int x, int y) {
-            if (all) all->mcu(x, y, blocks);
-            else transformer.mcu(x, y, blocks);
-            for (std::size_t k = 0; k < owners.size(); ++k) writer.block(blocks[k], owners[k], tableOf(model, owners[k]));
+            if (all)
+                all->mcu(x, y, blocks);
+            else
+                transformer.mcu(x, y, blocks);
+            for (std::size_t k = 0; k < owners.size(); ++k)
+                writer.block(blocks[k], owners[k], tableOf(model, owners[k]));
         },
         [&](int number) {
             writer.finishInterval();

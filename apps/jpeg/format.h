@@ -9,17 +9,26 @@
 
 namespace jpeg {
 
+// clang-format off
 enum Marker : std::uint8_t {
-    SOF0 = 0xC0, SOF1 = 0xC1, SOF2 = 0xC2, SOF3 = 0xC3, DHT = 0xC4, SOF15 = 0xCF, JPG = 0xC8, DAC = 0xCC,
-    RST0 = 0xD0, RST7 = 0xD7, SOI = 0xD8, EOI = 0xD9, SOS = 0xDA, DQT = 0xDB, DNL = 0xDC, DRI = 0xDD,
-    APP0 = 0xE0, APP14 = 0xEE, APP15 = 0xEF, COM = 0xFE, TEM = 0x01
+    TEM = 0x01,
+    SOF0 = 0xC0, SOF1 = 0xC1, SOF2 = 0xC2, SOF3 = 0xC3, SOF15 = 0xCF, // and others between them
+    DHT = 0xC4, JPG = 0xC8, DAC = 0xCC,                               // which stand among the frame headers
+    RST0 = 0xD0, RST7 = 0xD7,
+    SOI = 0xD8, EOI = 0xD9, SOS = 0xDA, DQT = 0xDB, DNL = 0xDC, DRI = 0xDD,
+    APP0 = 0xE0, APP14 = 0xEE, APP15 = 0xEF, COM = 0xFE
 };
+// clang-format on
 inline bool isRestart(int marker) { return marker >= RST0 && marker <= RST7; }
+// A frame header, of whatever mode.
+inline bool isFrame(int marker) {
+    return marker >= SOF0 && marker <= SOF15 && marker != DHT && marker != JPG && marker != DAC;
+}
 
 inline constexpr int kMaxComponents = 4;
-inline constexpr int kMaxFactor = 4;          // of sampling, in either direction
+inline constexpr int kMaxFactor = 4; // of sampling, in either direction
 inline constexpr int kMaxBlocks = kMaxComponents * kMaxFactor * kMaxFactor; // in the MCU of a frame
-inline constexpr int kBlock = 64;             // coefficients
+inline constexpr int kBlock = 64;                                           // coefficients
 
 // How the components of a file make a colour.
 enum class Model { Grey, YCbCr, Rgb, Ycck, Cmyk };

@@ -1,5 +1,5 @@
-// reader.cpp - the segments of a JPEG file (ITU-T T.81, B.2). Every length and number in them is checked here, so
-// that the modules behind it may rely on a Header.
+// reader.cpp - the segments of a JPEG file (ITU-T T.81, B.2). Every length and number in them is checked
+// here, so that the modules behind it may rely on a Header.
 #include "jpeg/reader.h"
 
 #include <cstdio>
@@ -7,7 +7,9 @@
 
 namespace jpeg {
 
-void fail(std::size_t offset, const std::string& what) { throw Error("byte " + std::to_string(offset) + ": " + what); }
+void fail(std::size_t offset, const std::string& what) {
+    throw Error("byte " + std::to_string(offset) + ": " + what);
+}
 
 std::size_t findMarker(const std::uint8_t* data, std::size_t size, std::size_t from) {
     while (from + 1 < size) {
@@ -25,26 +27,38 @@ namespace {
 
 std::string nameOf(int marker) {
     char other[8];
-    if (marker >= SOF0 && marker <= SOF15 && marker != DHT && marker != JPG && marker != DAC)
+    if (isFrame(marker))
         return "SOF" + std::to_string(marker - SOF0);
     if (marker >= APP0 && marker <= APP15) return "APP" + std::to_string(marker - APP0);
     switch (marker) {
-    case DHT: return "DHT";
-    case DAC: return "DAC";
-    case SOI: return "SOI";
-    case EOI: return "EOI";
-    case SOS: return "SOS";
-    case DQT: return "DQT";
-    case DNL: return "DNL";
-    case DRI: return "DRI";
-    case COM: return "COM";
-    default: std::snprintf(other, sizeof other, "0xFF%02X", marker); return other;
+    case DHT:
+        return "DHT";
+    case DAC:
+        return "DAC";
+    case SOI:
+        return "SOI";
+    case EOI:
+        return "EOI";
+    case SOS:
+        return "SOS";
+    case DQT:
+        return "DQT";
+    case DNL:
+        return "DNL";
+    case DRI:
+        return "DRI";
+    case COM:
+        return "COM";
+    default:
+        std::snprintf(other, sizeof other, "0xFF%02X", marker);
+        return other;
     }
 }
 
 } // namespace
 
-Reader::Reader(const std::uint8_t* bytes, std::size_t n, std::string* lines) : data(bytes), size(n), log(lines) {
+Reader::Reader(const std::uint8_t* bytes, std::size_t n, std::string* lines)
+    : data(bytes), size(n), log(lines) {
     if (n < 2 || bytes[0] != 0xFF || bytes[1] != SOI) fail(0, "not a JPEG file: no SOI marker");
     pos = 2;
 }
@@ -76,15 +90,23 @@ void Reader::segment(int marker) {
     end = pos + std::size_t(length - 2);
     if (marker != SOS) note(at, nameOf(marker) + ", " + std::to_string(length) + " bytes");
     switch (marker) {
-    case DQT: return quantTables();
-    case DHT: return huffmanTables();
-    case SOS: return scan();
-    case DRI: head.restart = word(); return;
-    case DNL: fail(at, "DNL segment: a height behind the scan is not supported");
-    case DAC: fail(at, "DAC segment: arithmetic coding is not supported");
-    default: break;
+    case DQT:
+        return quantTables();
+    case DHT:
+        return huffmanTables();
+    case SOS:
+        return scan();
+    case DRI:
+        head.restart = word();
+        return;
+    case DNL:
+        fail(at, "DNL segment: a height behind the scan is not supported");
+    case DAC:
+        fail(at, "DAC segment: arithmetic coding is not supported");
+    default:
+        break;
     }
-    if (marker >= SOF0 && marker <= SOF15 && marker != JPG) return frame(marker);
+    if (isFrame(marker)) return frame(marker);
     if (marker >= APP0 && marker <= APP15) return application(marker);
 }
 
@@ -111,7 +133,8 @@ void Reader::frame(int marker) {
     if (f.width == 0) fail(at, "a picture of no width");
     if (f.height == 0) fail(at, "a picture of no height (a height behind the scan is not supported)");
     const int count = byte();
-    if (count < 1 || count > kMaxComponents) fail(at, std::to_string(count) + " components; supported are 1 to 4");
+    if (count < 1 || count > kMaxComponents)
+        fail(at, std::to_string(count) + " components; supported are 1 to 4");
     for (int i = 0; i < count; ++i) {
         Component c;
         c.id = byte();
@@ -120,13 +143,16 @@ void Reader::frame(int marker) {
         c.v = factors & 15;
         c.quant = byte();
         if (c.h < 1 || c.h > kMaxFactor || c.v < 1 || c.v > kMaxFactor)
-            fail(at, "component " + std::to_string(i) + ": sampling factors " + std::to_string(c.h) + "x" + std::to_string(c.v));
-        if (c.quant > 3) fail(at, "component " + std::to_string(i) + ": quantisation table " + std::to_string(c.quant));
+            fail(at, "component " + std::to_string(i) + ": sampling factors " + std::to_string(c.h) + "x" +
+                         std::to_string(c.v));
+        if (c.quant > 3)
+            fail(at, "component " + std::to_string(i) + ": quantisation table " + std::to_string(c.quant));
         for (const Component& other : f.components)
             if (other.id == c.id) fail(at, "two components with the number " + std::to_string(c.id));
         f.components.push_back(c);
     }
-    if (count == 1) f.components[0].h = f.components[0].v = 1; // one component has no one to be sampled against (A.2.2)
+    if (count == 1)
+        f.components[0].h = f.components[0].v = 1; // one component has no one to be sampled against (A.2.2)
     f.setMaxima();
     head.frame = f;
 }
@@ -157,7 +183,8 @@ void Reader::scan() {
     if (head.frame.components.empty()) fail(at, "a scan ahead of the frame header");
     Scan s;
     const int count = byte();
-    if (count < 1 || count > int(head.frame.components.size())) fail(at, "a scan of " + std::to_string(count) + " components");
+    if (count < 1 || count > int(head.frame.components.size()))
+        fail(at, "a scan of " + std::to_string(count) + " components");
     int blocks = 0;
     for (int i = 0; i < count; ++i) {
         const int id = byte(), tables = byte();
@@ -167,7 +194,8 @@ void Reader::scan() {
         if (c.index < 0) fail(at, "a scan of component " + std::to_string(id) + ", which the frame has not");
         for (const ScanComponent& other : s.components)
             if (other.index == c.index) fail(at, "a scan with component " + std::to_string(id) + " twice");
-        if (c.dc > 3 || c.ac > 3) fail(at, "a scan with Huffman tables " + std::to_string(c.dc) + " and " + std::to_string(c.ac));
+        if (c.dc > 3 || c.ac > 3)
+            fail(at, "a scan with Huffman tables " + std::to_string(c.dc) + " and " + std::to_string(c.ac));
         const Component& component = head.frame.components[std::size_t(c.index)];
         blocks += component.h * component.v;
         s.components.push_back(c);
@@ -186,7 +214,9 @@ void Reader::scan() {
 }
 
 void Reader::application(int marker) {
-    const auto starts = [&](const char* text, std::size_t n) { return end - pos >= n && std::memcmp(data + pos, text, n) == 0; };
+    const auto starts = [&](const char* text, std::size_t n) {
+        return end - pos >= n && std::memcmp(data + pos, text, n) == 0;
+    };
     if (marker == APP0 && starts("JFIF", 5)) head.jfif = true;
     if (marker == APP14 && starts("Adobe", 5) && end - pos >= 12) head.adobe = data[pos + 11];
 }

@@ -3,6 +3,8 @@
 
 namespace jpeg {
 
+// clang-format off: rows of 16, as files hold them
+
 // Tables K.1 and K.2 in zig-zag order.
 const std::array<std::uint8_t, 64> kLumaQuant{
     16, 11, 12, 14, 12, 10, 16, 14, 13, 14, 18, 17, 16, 19, 24, 40,

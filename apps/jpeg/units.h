@@ -5,8 +5,8 @@
 
 namespace jpeg {
 
-// The MCU of a full-size picture: a library function for each direction, between interleaved pixels and planes of
-// zero-centred 8x8 blocks. Component 0 (and the K of YCCK) has h x v blocks, the others have one.
+// The MCU of a full-size picture: a library function for each direction, between interleaved pixels and
+// planes of zero-centred 8x8 blocks. Component 0 (and the K of YCCK) has h x v blocks, the others have one.
 struct Unit {
     Model model;
     int h, v;

@@ -7,8 +7,8 @@ namespace jpeg {
 
 namespace {
 
-// A block at its worst: 64 codes of 16 bits with up to 16 more each, all bytes 0xFF with their stuffing; and the
-// byte that the coder clears behind its last one.
+// A block at its worst: 64 codes of 16 bits with up to 16 more each, all bytes 0xFF with their stuffing; and
+// the byte that the coder clears behind its last one.
 constexpr std::size_t kWorstBlock = 2 * 64 * 4 + 2;
 
 void segment(Output& out, int marker, int payload) {
@@ -81,7 +81,9 @@ void writeScan(Output& out, const Frame& frame, const Scan& scan) {
     out.byte(scan.high << 4 | scan.low);
 }
 
-BlockWriter::BlockWriter(Output& o, const HuffmanTable* const dcTables[2], const HuffmanTable* const acTables[2]) : out(o) {
+BlockWriter::BlockWriter(Output& o, const HuffmanTable* const dcTables[2],
+                         const HuffmanTable* const acTables[2])
+    : out(o) {
     for (int i = 0; i < 2; ++i) {
         if (dcTables[i]) dc[i] = specOf(*dcTables[i]);
         if (acTables[i]) ac[i] = specOf(*acTables[i]);
@@ -90,15 +92,16 @@ BlockWriter::BlockWriter(Output& o, const HuffmanTable* const dcTables[2], const
 
 BlockWriter::Spec BlockWriter::specOf(const HuffmanTable& table) {
     ZmxiEncodeHuffmanSpec* spec = nullptr;
-    const ZmxStatus status = zmxiEncodeHuffmanSpecInitAlloc_JPEG_8u(table.bits.data(), table.vals.data(), &spec);
+    const ZmxStatus status =
+        zmxiEncodeHuffmanSpecInitAlloc_JPEG_8u(table.bits.data(), table.vals.data(), &spec);
     Spec owned(spec);
     if (status != zmxStsNoErr) throw Error("a Huffman table cannot be built");
     return owned;
 }
 
 void BlockWriter::block(const Zmx16s* coefficients, int component, int table) {
-    zmxiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(coefficients, out.reserve(kWorstBlock), &bits, &lastDc[component],
-                                              dc[table].get(), ac[table].get());
+    zmxiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(coefficients, out.reserve(kWorstBlock), &bits,
+                                              &lastDc[component], dc[table].get(), ac[table].get());
     out.advance(std::size_t(bits >> 3));
     bits &= 7;
 }
