@@ -29,12 +29,56 @@ inline constexpr MqEstimate owniEstimator_JPEG2K[47] = {
 
 // Context numbers; this library's own, 2 above the labels of the standard where those have numbers.
 inline constexpr int kContexts = 19;
-inline constexpr int kUniformContext = 0;    // the run-length pair and the segmentation symbol
-inline constexpr int kRunLengthContext = 1;  // the run-length decision of a cleanup pass
-inline constexpr int kZeroCodingContext = 2; // 2 to 10: zero coding; 2: no significant neighbour
-inline constexpr int kSignContext = 11;      // 11 to 15: sign coding
-inline constexpr int kRefineContext = 16;    // 16, 17: first refinement without and with a significant neighbour; 18: later
+inline constexpr Zmx32u kUniformContext = 0;    // the run-length pair and the segmentation symbol
+inline constexpr Zmx32u kRunLengthContext = 1;  // the run-length decision of a cleanup pass
+inline constexpr Zmx32u kZeroCodingContext = 2; // 2 to 10: zero coding; 2: no significant neighbour
+inline constexpr Zmx32u kSignContext = 11;      // 11 to 15: sign coding
+inline constexpr Zmx32u kRefineContext = 16;    // 16, 17: first refinement without and with a significant neighbour; 18: later
 
 // ISO/IEC 15444-1 Table D.7.
 inline constexpr Zmx32u owniInitialCtxIndexes_JPEG2K[kContexts] = {46, 3, 4};
 inline constexpr Zmx32u owniInitialMPS_JPEG2K[kContexts] = {};
+
+// A context at work is one word, so that a decision loads once: Qe in the upper 16 bits, twice the row of the state
+// table plus the MPS below.
+using MqContext = Zmx32u;
+
+constexpr MqContext mqContext(Zmx32u row, Zmx32u mps) { return owniEstimator_JPEG2K[row].qe << 16 | row << 1 | mps; }
+constexpr Zmx32u mqQe(MqContext c) { return c >> 16; }
+constexpr Zmx32u mqMps(MqContext c) { return c & 1; }
+
+// What becomes of a context: entry 0 after an MPS, entry 1 after an LPS.
+struct MqTransition {
+    MqContext after[2];
+};
+inline constexpr auto mqTransitions = tableOf<2 * 47>([](int i) {
+    const MqEstimate& e = owniEstimator_JPEG2K[i >> 1];
+    const Zmx32u mps = i & 1;
+    return MqTransition{mqContext(e.nmps, mps), mqContext(e.nlps, mps ^ e.flip)};
+});
+static_assert(mqTransitions[0].after[1] == (0x3401u << 16 | 2 | 1) && mqTransitions[93].after[0] == mqContext(46, 1));
+
+constexpr MqContext mqNext(MqContext c, Zmx32u isLps) { return mqTransitions[c & 0xFF].after[isLps]; }
+
+// The contexts of a coder for the length of one call. A local of its own beside the coder's registers, which then stay
+// in the processor's: an array indexed at run time would hold a common object in memory.
+struct MqContexts {
+    MqContext at[kContexts];
+
+    MqContexts(const Zmx32u* rows, const Zmx32u* mps) {
+        for (int i = 0; i < kContexts; ++i) at[i] = mqContext(rows[i], mps[i]);
+    }
+    void save(Zmx32u* rows, Zmx32u* mps) const {
+        for (int i = 0; i < kContexts; ++i) {
+            rows[i] = (at[i] & 0xFF) >> 1;
+            mps[i] = mqMps(at[i]);
+        }
+    }
+};
+
+inline void mqInitialContexts(Zmx32u* rows, Zmx32u* mps) {
+    for (int i = 0; i < kContexts; ++i) {
+        rows[i] = owniInitialCtxIndexes_JPEG2K[i];
+        mps[i] = owniInitialMPS_JPEG2K[i];
+    }
+}
