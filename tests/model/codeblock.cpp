@@ -17,11 +17,11 @@ void Samples::set(int x, int y, std::uint32_t v) const {
 
 // ---- the passes
 
-void CodingPasses::setBlock(int w, int h, int band, bool keepState) {
+void CodingPasses::setBlock(int w, int h, int subband, bool keepState) {
     width = w;
     height = h;
-    subband = band;
-    if (!keepState) samples.assign(std::size_t(w) * std::size_t(h), Sample());
+    band = subband;
+    if (!keepState || samples.empty()) samples.assign(std::size_t(w) * std::size_t(h), Sample());
 }
 
 // The neighbour at (dx, dy), if it is significant as far as this sample may know.
@@ -42,14 +42,14 @@ CodingPasses::Around CodingPasses::around(int x, int y) const {
 int CodingPasses::zeroCodingContext(int x, int y) const {
     Around n = around(x, y);
     int label;
-    if (subband == 3) {
+    if (band == 3) {
         const int hv = n.h + n.v;
         if (n.d >= 3) label = 8;
         else if (n.d == 2) label = hv >= 1 ? 7 : 6;
         else if (n.d == 1) label = hv >= 2 ? 5 : hv == 1 ? 4 : 3;
         else label = hv >= 2 ? 2 : hv;
     } else {
-        if (subband == 2) std::swap(n.h, n.v);
+        if (band == 2) std::swap(n.h, n.v);
         if (n.h == 2) label = 8;
         else if (n.h == 1) label = n.v >= 1 ? 7 : n.d >= 1 ? 6 : 5;
         else if (n.v >= 1) label = n.v == 2 ? 4 : 3;
@@ -292,31 +292,30 @@ bool BlockDecoder::stepOneSegment() {
 }
 
 ZmxStatus BlockDecoder::block(const std::uint8_t* src, void* dst, int dstStep, ZmxiSize size, int subband,
-                              int nBitPlanes, int nPasses, const std::vector<int>& lengths, unsigned style,
+                              int nBitPlanes, int nPasses, const std::vector<int>& lengths, unsigned cbStyle,
                               int& errorPlane) {
-    BlockDecoder d;
-    d.attach(dst, dstStep, size, subband, nBitPlanes, style);
-    d.passCounter = nPasses;
+    attach(dst, dstStep, size, subband, nBitPlanes, cbStyle);
+    passCounter = nPasses;
     ZmxStatus status = zmxStsNoErr;
     for (int length : lengths) {
-        status = d.step(src, length);
+        status = step(src, length);
         if (status) break;
         src += length;
     }
     const auto each = [&](auto change) {
         for (int y = 0; y < size.height; ++y)
-            for (int x = 0; x < size.width; ++x) d.samples.set(x, y, change(d.samples.get(x, y)));
+            for (int x = 0; x < size.width; ++x) samples.set(x, y, change(samples.get(x, y)));
     };
-    const std::uint32_t below = d.plane < 1 ? 0 : (1u << d.plane) - 1;
+    const std::uint32_t below = plane < 1 ? 0 : (1u << plane) - 1;
     if (status == zmxStsCBDamagedErr) {
-        errorPlane = d.plane;
-        if (style & Conceal)
+        errorPlane = plane;
+        if (has(Conceal))
             each([&](std::uint32_t v) {
                 v &= ~below;
                 return v & 0x7FFFFFFF ? v | (below + 1) : 0;
             });
     }
-    if (!(style & KeepMidpoint)) each([&](std::uint32_t v) { return v & ~below; });
+    if (!has(KeepMidpoint)) each([&](std::uint32_t v) { return v & ~below; });
     return status;
 }
 
