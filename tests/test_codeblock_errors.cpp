@@ -39,11 +39,14 @@ Count spoil(Zmx32u layout, Zmx32u tests) {
         c.bytes[at] = Zmx8u(c.bytes[at] + rng.range(1, 255));
         BlockSamples decoded(256);
         const ZmxStatus status = zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(
-            c.bytes.data(), reinterpret_cast<Zmx32s*>(decoded.data()), 64, size, 0, c.sfBits, c.passes, c.lengths.data(),
-            c.segments, layout | tests, nullptr, decoder);
-        if (status == zmxStsCBDamagedErr) ++count.noticed;
-        else if (decoded == samples) ++count.harmless;
-        else ++count.unnoticed;
+            c.bytes.data(), reinterpret_cast<Zmx32s*>(decoded.data()), 64, size, 0, c.sfBits, c.passes,
+            c.lengths.data(), c.segments, layout | tests, nullptr, decoder);
+        if (status == zmxStsCBDamagedErr)
+            ++count.noticed;
+        else if (decoded == samples)
+            ++count.harmless;
+        else
+            ++count.unnoticed;
     }
     return count;
 }
@@ -77,8 +80,8 @@ TEST(CodeBlockErrors, OneSpoiltByte) {
     };
     for (const auto& c : cases) {
         const Count n = spoil(c.layout, c.tests);
-        std::printf("%-52s noticed %4d harmless %4d unnoticed %4d of %d\n", c.name, n.noticed, n.harmless, n.unnoticed,
-                    kBlocks);
+        std::printf("%-52s noticed %4d harmless %4d unnoticed %4d of %d\n", c.name, n.noticed, n.harmless,
+                    n.unnoticed, kBlocks);
         EXPECT_EQ(n.noticed, c.noticed) << c.name;
         EXPECT_EQ(n.harmless, c.harmless) << c.name;
         EXPECT_EQ(n.noticed + n.harmless + n.unnoticed, kBlocks);

@@ -1,6 +1,7 @@
 // Code blocks cut out of codestreams that another encoder wrote: what they decode to is the picture.
 //
-// tests/data/codeblock has the streams; ZMX_CODEBLOCK_STREAMS names another folder with picture.pgm and *.j2k.
+// tests/data/codeblock has the streams; ZMX_CODEBLOCK_STREAMS names another folder with picture.pgm and
+// *.j2k.
 #include "model/codeblock.h"
 #include "model/codestream.h"
 #include "support/codeblock.h"
@@ -56,8 +57,9 @@ Plane decodeBand(const model::StreamBand& band, Zmx32u style) {
                   zmxStsNoErr);
         EXPECT_EQ(errorPlane, -7);
         std::vector<Zmx32s> expected(samples.size());
-        EXPECT_EQ(model::BlockDecoder().block(b.bytes.data(), expected.data(), b.width * 4, size, band.orientation,
-                                             b.planes, b.passes, b.lengths, style, errorPlane),
+        EXPECT_EQ(model::BlockDecoder().block(b.bytes.data(), expected.data(), b.width * 4, size,
+                                              band.orientation, b.planes, b.passes, b.lengths, style,
+                                              errorPlane),
                   zmxStsNoErr);
         EXPECT_TRUE(sameBytes(expected, samples.copy()));
         for (int y = 0; y < b.height; ++y)
@@ -73,7 +75,9 @@ Plane decodeBand(const model::StreamBand& band, Zmx32u style) {
 void synthesise(std::vector<int>& line) {
     const int n = int(line.size());
     if (n == 1) return;
-    const auto at = [&](int i) -> int& { return line[std::size_t(i < 0 ? -i : i >= n ? 2 * (n - 1) - i : i)]; };
+    const auto at = [&](int i) -> int& {
+        return line[std::size_t(i < 0 ? -i : i >= n ? 2 * (n - 1) - i : i)];
+    };
     for (int i = 0; i < n; i += 2) at(i) -= (at(i - 1) + at(i + 1) + 2) >> 2;
     for (int i = 1; i < n; i += 2) at(i) += (at(i - 1) + at(i + 1)) >> 1;
 }
@@ -99,8 +103,8 @@ Plane synthesise(Plane& ll, Plane& hl, Plane& lh, Plane& hh) {
     return all;
 }
 
-// Segment by segment. A raw segment may end in a byte 0xFF here; the other encoder has one more byte behind it then,
-// which is nothing but filling.
+// Segment by segment. A raw segment may end in a byte 0xFF here; the other encoder has one more byte behind
+// it then, which is nothing but filling.
 void sameSegments(const model::StreamBlock& theirs, const CodedBlock& ours) {
     const std::vector<Zmx8u> filling = {0x2A};
     auto t = theirs.bytes.begin();
@@ -109,7 +113,8 @@ void sameSegments(const model::StreamBlock& theirs, const CodedBlock& ours) {
         std::vector<Zmx8u> expected(t, t + theirs.lengths[i]), actual(o, o + ours.lengths[i]);
         t += theirs.lengths[i];
         o += ours.lengths[i];
-        if (!actual.empty() && actual.back() == 0xFF) actual.insert(actual.end(), filling.begin(), filling.end());
+        if (!actual.empty() && actual.back() == 0xFF)
+            actual.insert(actual.end(), filling.begin(), filling.end());
         EXPECT_TRUE(sameBytes(expected, actual)) << "segment " << i;
     }
 }
@@ -125,7 +130,8 @@ TEST(CodeBlockStreams, DecodeToThePicture) {
         ASSERT_EQ(stream.width, picture.width);
         ASSERT_EQ(stream.height, picture.height);
         std::vector<Plane> bands;
-        for (const model::StreamBand& band : stream.bands) bands.push_back(decodeBand(band, styleOf(stream.mode)));
+        for (const model::StreamBand& band : stream.bands)
+            bands.push_back(decodeBand(band, styleOf(stream.mode)));
         ASSERT_LE(stream.levels, 1);
         const Plane decoded = stream.levels ? synthesise(bands[0], bands[1], bands[2], bands[3]) : bands[0];
         std::vector<Zmx8u> samples;
@@ -134,8 +140,8 @@ TEST(CodeBlockStreams, DecodeToThePicture) {
     }
 }
 
-// The other way round. Where the standard leaves no choice of termination, or there is only the flush at the end of the
-// block, the bytes are the other encoder's too.
+// The other way round. Where the standard leaves no choice of termination, or there is only the flush at the
+// end of the block, the bytes are the other encoder's too.
 TEST(CodeBlockStreams, EncodeToTheSameBytes) {
     int compared = 0;
     for (const std::string& name : streams()) {
@@ -181,7 +187,8 @@ TEST(CodeBlockStreams, CoverTheStyles) {
         modes |= stream.mode;
         for (const model::StreamBand& band : stream.bands) {
             orientations.insert(band.orientation);
-            for (const model::StreamBlock& b : band.blocks) rawSegments |= stream.mode == 1 && b.lengths.size() > 2;
+            for (const model::StreamBlock& b : band.blocks)
+                rawSegments |= stream.mode == 1 && b.lengths.size() > 2;
         }
     }
     EXPECT_EQ(modes, 63u);

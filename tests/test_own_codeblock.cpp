@@ -10,8 +10,8 @@
 
 namespace {
 
-// ISO/IEC 15444-1 Table D.1, columns LL and LH: the label by the significant neighbours across (0 to 2, down), up and
-// down (0 to 2, groups) and on the diagonals (0 to 4).
+// ISO/IEC 15444-1 Table D.1, columns LL and LH: the label by the significant neighbours across (0 to 2,
+// down), up and down (0 to 2, groups) and on the diagonals (0 to 4).
 const char* const kLabels[3] = {
     "01222 33333 44444", // none across: V = 0, 1, 2
     "56666 77777 77777", // one
@@ -30,7 +30,10 @@ public:
     explicit FlagWords(const ZmxiDecodeCBProgrState* state) : s(state) {}
     Zmx32u at(int f, int x) const {
         Zmx32u v;
-        std::memcpy(&v, reinterpret_cast<const Zmx8u*>(s->flagPlane.pFlags) + s->flagPlane.flagStride * (f + 1) + (x + 1) * 4, 4);
+        std::memcpy(&v,
+                    reinterpret_cast<const Zmx8u*>(s->flagPlane.pFlags) + s->flagPlane.flagStride * (f + 1) +
+                        (x + 1) * 4,
+                    4);
         return v;
     }
 };
@@ -51,16 +54,21 @@ TEST(ContextTables, ZeroCoding) {
 
 TEST(ContextTables, SignCoding) {
     ASSERT_EQ(SignCodingLUT.size(), 512u);
-    // Table D.3: by the contributions across (-1 to 1) and up and down (-1 to 1), the context and the prediction.
+    // Table D.3: by the contributions across (-1 to 1) and up and down (-1 to 1), the context and the
+    // prediction.
     const int context[3][3] = {{15, 14, 13}, {12, 11, 12}, {13, 14, 15}};
     const Zmx32u predicted[3][3] = {{1, 1, 1}, {1, 0, 0}, {0, 0, 0}};
     for (int i = 0; i < 511; ++i) {
         const auto half = [&](int bit) { return i >> (bit - 4) & 1; };
-        const auto one = [&](int significant, int negative) { return half(significant) ? (half(negative) ? -1 : 1) : 0; };
-        const int h = std::clamp(one(6, 11) + one(7, 12), -1, 1), v = std::clamp(one(4, 9) + one(5, 10), -1, 1);
+        const auto one = [&](int significant, int negative) {
+            return half(significant) ? (half(negative) ? -1 : 1) : 0;
+        };
+        const int h = std::clamp(one(6, 11) + one(7, 12), -1, 1),
+                  v = std::clamp(one(4, 9) + one(5, 10), -1, 1);
         const Zmx32u entry = SignCodingLUT[std::size_t(i)];
         // A neighbour that is negative without being significant does not occur.
-        const bool occurs = (half(4) || !half(9)) && (half(5) || !half(10)) && (half(6) || !half(11)) && (half(7) || !half(12));
+        const bool occurs = (half(4) || !half(9)) && (half(5) || !half(10)) && (half(6) || !half(11)) &&
+                            (half(7) || !half(12));
         if (!occurs) continue;
         EXPECT_EQ(int(entry & 15), context[h + 1][v + 1]) << i;
         EXPECT_EQ(entry >> 31, predicted[h + 1][v + 1]) << i;
@@ -92,16 +100,16 @@ TEST(DistortionTables, Entries) {
     EXPECT_EQ(FmLossless_LUT.size() + FmLossy_LUT.size(), 256u);
 }
 
-// One sample of a block that is significant, wherever it stands: what the words around it say afterwards. The cleanup
-// has taken the visited bits away again.
+// One sample of a block that is significant, wherever it stands: what the words around it say afterwards. The
+// cleanup has taken the visited bits away again.
 TEST(FlagPlane, OneSample) {
     constexpr Zmx32u kMarks = 0x40004000;
     struct Update {
         int f, x;
         Zmx32u positive, negative;
     };
-    const Update even[] = {{0, 0, 0x2020C000, 0x2420C000},  {0, 1, 0x20082080, 0x20083080},
-                           {0, -1, 0x20042040, 0x20042840}, {-1, 0, 0x20100000, 0x22100000},
+    const Update even[] = {{0, 0, 0x2020C000, 0x2420C000},   {0, 1, 0x20082080, 0x20083080},
+                           {0, -1, 0x20042040, 0x20042840},  {-1, 0, 0x20100000, 0x22100000},
                            {-1, -1, 0x20010000, 0x20010000}, {-1, 1, 0x20020000, 0x20020000}};
     const Update odd[] = {{0, 0, 0xC0002010, 0xC0002210},  {0, 1, 0x20802002, 0x30802002},
                           {0, -1, 0x20402001, 0x28402001}, {1, 0, 0x2020, 0x2420},
@@ -111,7 +119,8 @@ TEST(FlagPlane, OneSample) {
         for (int y = 0; y < size.height; ++y)
             for (int x = 0; x < size.width; ++x)
                 for (int negative : {0, 1}) {
-                    SCOPED_TRACE(::testing::Message() << "at " << x << ' ' << y << " negative " << negative << " style " << style);
+                    SCOPED_TRACE(::testing::Message()
+                                 << "at " << x << ' ' << y << " negative " << negative << " style " << style);
                     BlockSamples samples(55), decoded(55);
                     samples[std::size_t(y * 5 + x)] = 1 | Zmx32u(negative) << 31;
                     model::BlockEncoder e;
@@ -120,8 +129,9 @@ TEST(FlagPlane, OneSample) {
                     bool more;
                     const int length = e.store(bytes.data(), 64, more);
                     DecoderState state(size);
-                    ASSERT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(bytes.data(), reinterpret_cast<Zmx32s*>(decoded.data()),
-                                                                   20, size, 0, 1, 1, &length, 1, style, nullptr, state),
+                    ASSERT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(
+                                  bytes.data(), reinterpret_cast<Zmx32s*>(decoded.data()), 20, size, 0, 1, 1,
+                                  &length, 1, style, nullptr, state),
                               zmxStsNoErr);
                     ASSERT_EQ(decoded, samples);
                     const FlagWords words(state);
@@ -129,7 +139,8 @@ TEST(FlagPlane, OneSample) {
                         for (int column = -1; column < 6; ++column) {
                             Zmx32u expected = 0;
                             for (const Update& u : y % 2 ? odd : even)
-                                if (f == y / 2 + u.f && column == x + u.x) expected = negative ? u.negative : u.positive;
+                                if (f == y / 2 + u.f && column == x + u.x)
+                                    expected = negative ? u.negative : u.positive;
                             // The first row of a stripe does not report upwards.
                             if (style && y % 4 == 0 && f < y / 2) expected = 0;
                             ASSERT_EQ(words.at(f, column), expected & ~kMarks) << f << ' ' << column;
@@ -139,8 +150,8 @@ TEST(FlagPlane, OneSample) {
 
 // A significance pass leaves marks on what it has coded.
 TEST(FlagPlane, VisitedMarks) {
-    // Plane 1: the first sample. Plane 0: its neighbours are visited, of which the one to the right turns significant
-    // and is negative.
+    // Plane 1: the first sample. Plane 0: its neighbours are visited, of which the one to the right turns
+    // significant and is negative.
     const BlockSamples samples = {2, 0x80000001, 0, 0};
     model::BlockEncoder e;
     e.load(samples.data(), 16, {4, 1}, 0, 31, 0, 0);
@@ -149,8 +160,9 @@ TEST(FlagPlane, VisitedMarks) {
     const int length = e.store(bytes.data(), 64, more);
     DecoderState state({4, 1});
     BlockSamples decoded(4);
-    ASSERT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(bytes.data(), reinterpret_cast<Zmx32s*>(decoded.data()), 16, {4, 1}, 0, 2,
-                                                   2, &length, 1, ZMX_CB_KEEP_MIDPOINT, nullptr, state),
+    ASSERT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(bytes.data(), reinterpret_cast<Zmx32s*>(decoded.data()),
+                                                   16, {4, 1}, 0, 2, 2, &length, 1, ZMX_CB_KEEP_MIDPOINT,
+                                                   nullptr, state),
               zmxStsNoErr);
     EXPECT_EQ(decoded, (BlockSamples{3, 0x80000001, 0, 0}));
     FlagWords words(state);
@@ -159,8 +171,8 @@ TEST(FlagPlane, VisitedMarks) {
     EXPECT_EQ(words.at(0, 2), 0x20083080u | 0x4000u) << "visited on 0 too";
     EXPECT_EQ(words.at(0, 3), 0u);
     // The refinement marks the first sample, and the cleanup takes the marks of the visits away.
-    ASSERT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(bytes.data(), reinterpret_cast<Zmx32s*>(decoded.data()), 16, {4, 1}, 0, 2,
-                                                   4, &length, 1, 0, nullptr, state),
+    ASSERT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(bytes.data(), reinterpret_cast<Zmx32s*>(decoded.data()),
+                                                   16, {4, 1}, 0, 2, 4, &length, 1, 0, nullptr, state),
               zmxStsNoErr);
     EXPECT_EQ(decoded, samples);
     EXPECT_EQ(words.at(0, 0), 0x20208000u | 0x20042840u | 0x100u);
@@ -179,16 +191,21 @@ TEST(FlagPlane, RawRefinementLeavesNoMark) {
         e.store(bytes.data(), 64, more);
         DecoderState state({1, 1});
         Zmx32s decoded = 0;
-        // All flags but those of the raw planes 1 and 0 are forgotten: attached anew with the first of them next.
-        ASSERT_EQ(zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(&decoded, 4, {1, 1}, state, 0, 6, style), zmxStsNoErr);
+        // All flags but those of the raw planes 1 and 0 are forgotten: attached anew with the first of them
+        // next.
+        ASSERT_EQ(zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(&decoded, 4, {1, 1}, state, 0, 6, style),
+                  zmxStsNoErr);
         ASSERT_EQ(zmxiDecodeCBProgrSetPassCounter_JPEG2K(100, state), zmxStsNoErr);
         ASSERT_EQ(zmxiDecodeCBProgrStep_JPEG2K(bytes.data(), e.segmentLength(0), state), zmxStsNoErr);
         if (!style) continue;
         ZmxiDecodeCBProgrState* s = state;
-        Zmx32u* word = reinterpret_cast<Zmx32u*>(reinterpret_cast<Zmx8u*>(s->flagPlane.pFlags) + s->flagPlane.flagStride) + 1;
+        Zmx32u* word = reinterpret_cast<Zmx32u*>(reinterpret_cast<Zmx8u*>(s->flagPlane.pFlags) +
+                                                 s->flagPlane.flagStride) +
+                       1;
         EXPECT_EQ(*word & 0x8100u, 0x8100u) << "refined in the planes before";
         *word &= ~0x100u;
-        ASSERT_EQ(zmxiDecodeCBProgrStep_JPEG2K(bytes.data() + e.segmentLength(0), e.segmentLength(1), state), zmxStsNoErr);
+        ASSERT_EQ(zmxiDecodeCBProgrStep_JPEG2K(bytes.data() + e.segmentLength(0), e.segmentLength(1), state),
+                  zmxStsNoErr);
         EXPECT_EQ(*word & 0x8100u, 0x8000u);
     }
 }
@@ -230,7 +247,8 @@ TEST(FlagPlane, Attach) {
             // Five rows of a border, seven words and a border; the rest of each stride is left alone.
             for (int f = 0; f < 5; ++f)
                 for (int i = 0; i < 64; ++i)
-                    ASSERT_EQ(area[f * 64 + i], i < 36 && style != ZMX_CB_KEEP_FLAGS ? 0 : 0xEE) << f << ' ' << i;
+                    ASSERT_EQ(area[f * 64 + i], i < 36 && style != ZMX_CB_KEEP_FLAGS ? 0 : 0xEE)
+                        << f << ' ' << i;
             EXPECT_EQ(area[5 * 64], 0xEE);
         }
 }
@@ -240,7 +258,8 @@ TEST(FlagPlane, BypassPlane) {
     Zmx32s dst;
     for (int planes = 0; planes <= 31; ++planes)
         for (Zmx32u style : {Zmx32u(0), Zmx32u(ZMX_CB_SELECTIVE_BYPASS)}) {
-            ASSERT_EQ(zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(&dst, 4, {1, 1}, state, 0, planes, style), zmxStsNoErr);
+            ASSERT_EQ(zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(&dst, 4, {1, 1}, state, 0, planes, style),
+                      zmxStsNoErr);
             const ZmxiDecodeCBProgrState* s = state;
             EXPECT_EQ(s->bypassPlane, style && planes > 4 ? planes - 4 : 0) << planes;
         }
@@ -252,7 +271,9 @@ TEST(FlagPlane, TableOfTheSubband) {
     for (int subband : {0, 1, 2, 3, 4, -1, 1000}) {
         ASSERT_EQ(zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(&dst, 4, {1, 1}, state, subband, 1, 0), zmxStsNoErr);
         const ZmxiDecodeCBProgrState* s = state;
-        const auto& table = subband == 2 ? ZeroCodingLUT_HxLy : subband == 3 ? ZeroCodingLUT_HxHy : ZeroCodingLUT_LxHy;
+        const auto& table = subband == 2   ? ZeroCodingLUT_HxLy
+                            : subband == 3 ? ZeroCodingLUT_HxHy
+                                           : ZeroCodingLUT_LxHy;
         EXPECT_TRUE(std::equal(table.begin(), table.end(), s->pZeroCodingLUT)) << subband;
     }
 }

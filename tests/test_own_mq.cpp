@@ -1,4 +1,5 @@
-// The MQ coder by itself: registers and bytes against the plain model, a published test sequence, the ends of segments.
+// The MQ coder by itself: registers and bytes against the plain model, a published test sequence, the ends of
+// segments.
 #include "model/mq.h"
 #include "pj2mqdec.h"
 #include "pj2mqenc.h"
@@ -14,9 +15,11 @@ namespace {
 
 using Bytes = std::vector<Zmx8u>;
 
-// ITU-T T.88 Annex H.2, ahead of the marker that closes it there. All decisions are in one context that begins in row 0.
-const Bytes kPlain = {0x00, 0x02, 0x00, 0x51, 0x00, 0x00, 0x00, 0xC0, 0x03, 0x52, 0x87, 0x2A, 0xAA, 0xAA, 0xAA, 0xAA,
-                      0x82, 0xC0, 0x20, 0x00, 0xFC, 0xD7, 0x9E, 0xF6, 0xBF, 0x7F, 0xED, 0x90, 0x4F, 0x46, 0xA3, 0xBF};
+// ITU-T T.88 Annex H.2, ahead of the marker that closes it there. All decisions are in one context that
+// begins in row 0.
+const Bytes kPlain = {0x00, 0x02, 0x00, 0x51, 0x00, 0x00, 0x00, 0xC0, 0x03, 0x52, 0x87,
+                      0x2A, 0xAA, 0xAA, 0xAA, 0xAA, 0x82, 0xC0, 0x20, 0x00, 0xFC, 0xD7,
+                      0x9E, 0xF6, 0xBF, 0x7F, 0xED, 0x90, 0x4F, 0x46, 0xA3, 0xBF};
 const Bytes kCoded = {0x84, 0xC7, 0x3B, 0xFC, 0xE1, 0xA1, 0x43, 0x04, 0x02, 0x20, 0x00, 0x00, 0x41, 0x0D,
                       0xBB, 0x86, 0xF4, 0x31, 0x7F, 0xFF, 0x88, 0xFF, 0x37, 0x47, 0x1A, 0xDB, 0x6A, 0xDF};
 constexpr int kOneContext = 3;
@@ -95,11 +98,14 @@ Bytes modelTerminated(model::MqContexts& contexts, const Decisions& d, int metho
 
 void resetContexts(MQDecoderState& s) { mqDecoderResetCtx(&s); }
 
-::testing::AssertionResult sameState(const model::MqDecoder& m, const model::MqContexts& x, const MQDecoderState& s) {
-    if (m.a != s.areg || m.c != s.creg || m.ct != s.ct || m.at != s.bytePos || m.marker != (s.markerFound != 0))
+::testing::AssertionResult sameState(const model::MqDecoder& m, const model::MqContexts& x,
+                                     const MQDecoderState& s) {
+    if (m.a != s.areg || m.c != s.creg || m.ct != s.ct || m.at != s.bytePos ||
+        m.marker != (s.markerFound != 0))
         return ::testing::AssertionFailure()
-               << std::hex << "registers: expected " << m.a << ' ' << m.c << ' ' << m.ct << ' ' << m.at << ' ' << m.marker
-               << ", actual " << s.areg << ' ' << s.creg << ' ' << s.ct << ' ' << s.bytePos << ' ' << s.markerFound;
+               << std::hex << "registers: expected " << m.a << ' ' << m.c << ' ' << m.ct << ' ' << m.at << ' '
+               << m.marker << ", actual " << s.areg << ' ' << s.creg << ' ' << s.ct << ' ' << s.bytePos << ' '
+               << s.markerFound;
     for (int i = 0; i < kContexts; ++i)
         if (Zmx32u(x.row[i]) != s.ctxState[i] || Zmx32u(x.mps[i]) != s.ctxMPS[i])
             return ::testing::AssertionFailure() << "context " << i;
@@ -115,7 +121,8 @@ TEST(MqTables, AreTheStandards) {
         EXPECT_EQ(owniEstimator_JPEG2K[i].nlps, model::kQe[i].nlps) << i;
         EXPECT_EQ(owniEstimator_JPEG2K[i].flip, Zmx32u(model::kQe[i].flips)) << i;
     }
-    const Zmx32u rows[][5] = {{0, 0x5601, 1, 1, 1}, {5, 0x0221, 38, 33, 0}, {45, 1, 45, 43, 0}, {46, 0x5601, 46, 46, 0}};
+    const Zmx32u rows[][5] = {
+        {0, 0x5601, 1, 1, 1}, {5, 0x0221, 38, 33, 0}, {45, 1, 45, 43, 0}, {46, 0x5601, 46, 46, 0}};
     for (const auto& r : rows) {
         const auto& e = owniEstimator_JPEG2K[r[0]];
         EXPECT_TRUE(e.qe == r[1] && e.nmps == r[2] && e.nlps == r[3] && e.flip == r[4]) << r[0];
@@ -301,7 +308,8 @@ TEST(MqDecoder, TheTestOfTheEnd) {
         s.creg = c.c;
         EXPECT_EQ(mqDecoderCheckErrPredTerm(&s), c.answer);
         if (c.marker && c.ct == 1) {
-            EXPECT_TRUE(s.areg == c.a && s.creg == c.c && s.ct == c.ct && s.bytePos == c.bytePos && s.markerFound == 1);
+            EXPECT_TRUE(s.areg == c.a && s.creg == c.c && s.ct == c.ct && s.bytePos == c.bytePos &&
+                        s.markerFound == 1);
         }
     }
 }
@@ -317,7 +325,8 @@ TEST(MqEncoder, BytesAndRegistersOfTheModel) {
         // Several segments with the contexts going on.
         for (int segment = 0; segment < 4; ++segment) {
             const Decisions d = randomDecisions(rng, n % 5 ? 60 : 600);
-            ASSERT_TRUE(sameBytes(modelTerminated(contexts, d, method), coder.terminated(d, capacity))) << segment;
+            ASSERT_TRUE(sameBytes(modelTerminated(contexts, d, method), coder.terminated(d, capacity)))
+                << segment;
             for (int i = 0; i < kContexts; ++i) {
                 ASSERT_EQ(coder.ctxState[i], Zmx32u(contexts.row[i]));
                 ASSERT_EQ(coder.ctxMPS[i], Zmx32u(contexts.mps[i]));
@@ -409,8 +418,8 @@ struct Ends {
     long segments = 0, wrong = 0, bytes = 0;
 };
 
-// Short segments one after the other, the contexts going on. Each decodes to what went in, and none ends in 0xFF. The
-// bytes of all methods are for the same decisions.
+// Short segments one after the other, the contexts going on. Each decodes to what went in, and none ends in
+// 0xFF. The bytes of all methods are for the same decisions.
 Ends closeAndTest(int method, int segments) {
     Rng rng(0x6403);
     Coder coder(method);
@@ -425,7 +434,8 @@ Ends closeAndTest(int method, int segments) {
         int length = int(room.size()), differing = 0;
         EXPECT_EQ(decEncoderMQEncodeAndTerminate(&coder, room.data(), &length), 0);
         mqDecoderInit(&s, room.data(), length);
-        for (std::size_t i = 0; i < d.size(); ++i) differing += mqDecoderDecode(&s, d.contexts[i]) != d.values[i];
+        for (std::size_t i = 0; i < d.size(); ++i)
+            differing += mqDecoderDecode(&s, d.contexts[i]) != d.values[i];
         EXPECT_EQ(differing, 0);
         EXPECT_FALSE(length && room[std::size_t(length) - 1] == 0xFF);
         if (::testing::Test::HasFailure()) {
@@ -449,7 +459,8 @@ TEST(MqTermination, AMillionSegments) {
 }
 
 TEST(MqTermination, TheOtherMethods) {
-    const Ends flush = closeAndTest(ZMX_MQ_TERM_FLUSH, 100000), shortest = closeAndTest(ZMX_MQ_TERM_NEAR_OPTIMAL, 100000),
+    const Ends flush = closeAndTest(ZMX_MQ_TERM_FLUSH, 100000),
+               shortest = closeAndTest(ZMX_MQ_TERM_NEAR_OPTIMAL, 100000),
                easy = closeAndTest(ZMX_MQ_TERM_EASY, 100000);
     EXPECT_GT(flush.wrong, flush.segments / 10);
     EXPECT_GT(shortest.wrong, shortest.segments / 10);

@@ -35,7 +35,8 @@ const CodingPasses::Sample* CodingPasses::seen(int x, int y, int dx, int dy) con
 
 CodingPasses::Around CodingPasses::around(int x, int y) const {
     const auto one = [&](int dx, int dy) { return seen(x, y, dx, dy) ? 1 : 0; };
-    return {one(-1, 0) + one(1, 0), one(0, -1) + one(0, 1), one(-1, -1) + one(1, -1) + one(-1, 1) + one(1, 1)};
+    return {one(-1, 0) + one(1, 0), one(0, -1) + one(0, 1),
+            one(-1, -1) + one(1, -1) + one(-1, 1) + one(1, 1)};
 }
 
 // Table D.1.
@@ -44,16 +45,24 @@ int CodingPasses::zeroCodingContext(int x, int y) const {
     int label;
     if (band == 3) {
         const int hv = n.h + n.v;
-        if (n.d >= 3) label = 8;
-        else if (n.d == 2) label = hv >= 1 ? 7 : 6;
-        else if (n.d == 1) label = hv >= 2 ? 5 : hv == 1 ? 4 : 3;
-        else label = hv >= 2 ? 2 : hv;
+        if (n.d >= 3)
+            label = 8;
+        else if (n.d == 2)
+            label = hv >= 1 ? 7 : 6;
+        else if (n.d == 1)
+            label = hv >= 2 ? 5 : hv == 1 ? 4 : 3;
+        else
+            label = hv >= 2 ? 2 : hv;
     } else {
         if (band == 2) std::swap(n.h, n.v);
-        if (n.h == 2) label = 8;
-        else if (n.h == 1) label = n.v >= 1 ? 7 : n.d >= 1 ? 6 : 5;
-        else if (n.v >= 1) label = n.v == 2 ? 4 : 3;
-        else label = n.d >= 2 ? 2 : n.d;
+        if (n.h == 2)
+            label = 8;
+        else if (n.h == 1)
+            label = n.v >= 1 ? 7 : n.d >= 1 ? 6 : 5;
+        else if (n.v >= 1)
+            label = n.v == 2 ? 4 : 3;
+        else
+            label = n.d >= 2 ? 2 : n.d;
     }
     return ZeroCoding + label;
 }
@@ -69,7 +78,8 @@ int CodingPasses::signContribution(int x, int y, int dx, int dy) const {
     return std::clamp(one(seen(x, y, dx, dy)) + one(seen(x, y, -dx, -dy)), -1, 1);
 }
 
-// Tables D.2 and D.3. The label depends on the contributions up to a common change of sign, which the decision takes.
+// Tables D.2 and D.3. The label depends on the contributions up to a common change of sign, which the
+// decision takes.
 void CodingPasses::codeSign(int x, int y, bool raw) {
     int negative;
     if (raw) {
@@ -144,7 +154,8 @@ void CodingPasses::cleanupPass() {
 
 // ---- decoder
 
-void BlockDecoder::attach(void* dst, int dstStep, ZmxiSize size, int subband, int nBitPlanes, unsigned cbStyle) {
+void BlockDecoder::attach(void* dst, int dstStep, ZmxiSize size, int subband, int nBitPlanes,
+                          unsigned cbStyle) {
     style = cbStyle;
     samples = Samples(dst, dstStep);
     setBlock(size.width, size.height, subband, has(KeepFlags));
@@ -241,11 +252,20 @@ bool BlockDecoder::stepOnePass() {
     const bool test = has(ErrorPrediction);
     --passCounter;
     switch (next) {
-    case Significance: next = Refine; return significance(test);
-    case Refine: next = Cleanup; return refine(test);
-    case RawSignificance: next = RawRefine; return significanceRaw(true);
-    case RawRefine: next = CleanupAfterRaw; return refineRaw();
-    default: break;
+    case Significance:
+        next = Refine;
+        return significance(test);
+    case Refine:
+        next = Cleanup;
+        return refine(test);
+    case RawSignificance:
+        next = RawRefine;
+        return significanceRaw(true);
+    case RawRefine:
+        next = CleanupAfterRaw;
+        return refineRaw();
+    default:
+        break;
     }
     if (cleanup(test)) return true;
     --plane;
@@ -332,7 +352,8 @@ int BlockEncoder::fraction(int x, int y, int bits) const {
     return int(scaled & ((1u << bits) - 1));
 }
 
-// What an error goes down by, from all of v (1 up to 2) to its distance from the midpoint, or to nothing; in 1/8192.
+// What an error goes down by, from all of v (1 up to 2) to its distance from the midpoint, or to nothing; in
+// 1/8192.
 void BlockEncoder::becameSignificant(int x, int y, int) {
     const int k = fraction(x, y, 6), v = 64 + k;
     const int before = 2 * v * v, after = 2 * (v - 96) * (v - 96);
@@ -354,8 +375,8 @@ void BlockEncoder::beginPass(bool raw) {
     passes.back().exponent = 2 * (plane - basePlane) - 13;
 }
 
-void BlockEncoder::load(const void* src, int srcStep, ZmxiSize size, int subband, int magnBits, int mqTermType,
-                        unsigned codeStyle) {
+void BlockEncoder::load(const void* src, int srcStep, ZmxiSize size, int subband, int magnBits,
+                        int mqTermType, unsigned codeStyle) {
     *this = BlockEncoder();
     samples = Samples(const_cast<void*>(src), srcStep);
     style = codeStyle;
@@ -441,8 +462,10 @@ bool BlockEncoder::codePass(bool last) {
     drain();
     while (position < pass.decisions.size() && room()) {
         const Decision& d = pass.decisions[position++];
-        if (pass.raw) codeRaw(d.value);
-        else mq.encode(contexts, d.context, d.value);
+        if (pass.raw)
+            codeRaw(d.value);
+        else
+            mq.encode(contexts, d.context, d.value);
         drain();
     }
     if (position < pass.decisions.size() || !mq.out.empty()) return false;

@@ -71,8 +71,10 @@ public:
             Node& n = l.nodes[std::size_t((y >> i) * l.width + (x >> i))];
             n.low = std::max(n.low, low);
             while (!n.known && n.low < threshold)
-                if (in.bit()) n.known = true;
-                else ++n.low;
+                if (in.bit())
+                    n.known = true;
+                else
+                    ++n.low;
             low = n.low;
             known = n.known;
         }
@@ -103,8 +105,10 @@ std::vector<int> segmentPasses(unsigned mode, int passes) {
     const bool bypass = mode & 1, termAll = mode & 4;
     while (passes > 0) {
         int n = passes;
-        if (termAll) n = 1;
-        else if (bypass) n = all.empty() ? 10 : all.size() % 2 ? 2 : 1;
+        if (termAll)
+            n = 1;
+        else if (bypass)
+            n = all.empty() ? 10 : all.size() % 2 ? 2 : 1;
         n = std::min(n, passes);
         all.push_back(n);
         passes -= n;
@@ -159,7 +163,8 @@ Codestream::Codestream(const Bytes& file) {
         case 0xFF64: // COM
         case 0xFF90: // SOT
             break;
-        default: unknown("marker");
+        default:
+            unknown("marker");
         }
         at = segment + std::size_t(length);
     }
@@ -172,7 +177,8 @@ Codestream::Codestream(const Bytes& file) {
             for (int i = 0; i < down; ++i) n = high && i == down - 1 ? n / 2 : (n + 1) / 2;
             return n;
         };
-        if (r == 0) bands.push_back({0, half(width, false), half(height, false), {}});
+        if (r == 0)
+            bands.push_back({0, half(width, false), half(height, false), {}});
         else {
             bands.push_back({2, half(width, true), half(height, false), {}});
             bands.push_back({1, half(width, false), half(height, true), {}});

@@ -1,7 +1,8 @@
-// codestream.h - takes a simple JPEG2000 codestream apart into its code blocks (ISO/IEC 15444-1 Annexes A and B).
+// codestream.h - takes a simple JPEG2000 codestream apart into its code blocks (ISO/IEC 15444-1 Annexes A and
+// B).
 //
-// One tile of one part, one component, one layer, one precinct to a resolution, reversible, no region of interest:
-// what a lossless encoder makes of a small grey picture.
+// One tile of one part, one component, one layer, one precinct to a resolution, reversible, no region of
+// interest: what a lossless encoder makes of a small grey picture.
 #pragma once
 
 #include <cstdint>

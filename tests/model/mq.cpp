@@ -98,12 +98,14 @@ int MqDecoder::decode(MqContexts& x, int context) {
 
 bool MqDecoder::endsWrongly() {
     if (!marker) {
-        // Without a marker met, it must be the very next thing: a byte 0xFF just used up, and no data behind it.
+        // Without a marker met, it must be the very next thing: a byte 0xFF just used up, and no data behind
+        // it.
         if (byteAt(at) != 0xFF || ct != 0 || byteAt(at + 1) < 0x90) return true;
     }
     if (ct == 1) return false;
     if (ct == 0) ct = 8;
-    // One more decision, of a probability set by the number of bits not used, must come out as the less probable.
+    // One more decision, of a probability set by the number of bits not used, must come out as the less
+    // probable.
     const std::uint32_t spare = ct - 1, q = 0x8000u >> spare;
     a -= q;
     if (a > c >> 16) return true;
@@ -165,17 +167,24 @@ void MqEncoder::encode(MqContexts& x, int context, int decision) {
     }
     // The larger part of the interval is the MPS's; the upper part is the one of size a.
     const bool upper = likely == (a >= qe);
-    if (upper) c += qe;
-    else a = qe;
-    if (likely) mostProbable(x, context);
-    else lessProbable(x, context);
+    if (upper)
+        c += qe;
+    else
+        a = qe;
+    if (likely)
+        mostProbable(x, context);
+    else
+        lessProbable(x, context);
     renormalise();
 }
 
 void MqEncoder::terminate(int method) {
-    if (method == Easy) easy();
-    else if (method == NearOptimal) nearOptimal();
-    else flush();
+    if (method == Easy)
+        easy();
+    else if (method == NearOptimal)
+        nearOptimal();
+    else
+        flush();
     pending = false;
 }
 
@@ -205,8 +214,9 @@ void MqEncoder::easy() {
     byteOut();
 }
 
-// The shortest string of bytes that, followed by bytes 0xFF for ever, stays inside the interval. low and high are the
-// ends of the interval as whole bytes (of 7 bits behind a 0xFF), lowRest and highRest what is below them.
+// The shortest string of bytes that, followed by bytes 0xFF for ever, stays inside the interval. low and high
+// are the ends of the interval as whole bytes (of 7 bits behind a 0xFF), lowRest and highRest what is below
+// them.
 void MqEncoder::nearOptimal() {
     const std::uint32_t carry = 0x8000000;
     std::uint32_t lowRest = c << ct, highRest = (c + a) << ct, low = b, high = b;

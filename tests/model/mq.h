@@ -6,7 +6,8 @@
 
 namespace model {
 
-// Table C.2: the probability estimate, the rows that follow an MPS and an LPS, and whether an LPS flips the MPS.
+// Table C.2: the probability estimate, the rows that follow an MPS and an LPS, and whether an LPS flips the
+// MPS.
 struct QeRow {
     unsigned qe, nmps, nlps;
     bool flips;
@@ -22,16 +23,18 @@ struct MqContexts {
     void reset();
 };
 
-// Decodes one codeword segment. It reads 0xFF wherever the segment has no byte, and stops consuming at a marker.
+// Decodes one codeword segment. It reads 0xFF wherever the segment has no byte, and stops consuming at a
+// marker.
 class MqDecoder {
 public:
     void start(const std::uint8_t* segment, int length);
     int decode(MqContexts& contexts, int context);
-    // Whether the segment did not end as an error-free encoder with predictable termination would have ended it.
-    // It consumes the decoder.
+    // Whether the segment did not end as an error-free encoder with predictable termination would have ended
+    // it. It consumes the decoder.
     bool endsWrongly();
 
-    // The registers, in the software conventions of Annex J.1: c is the complement of the standard's register.
+    // The registers, in the software conventions of Annex J.1: c is the complement of the standard's
+    // register.
     std::uint32_t a = 0, c = 0, ct = 0;
     int at = 0;
     bool marker = false;

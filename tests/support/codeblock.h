@@ -1,5 +1,5 @@
-// codeblock.h - code blocks for tests: random samples, the library's encoder and decoder states, and segments flush
-// against a guard page.
+// codeblock.h - code blocks for tests: random samples, the library's encoder and decoder states, and segments
+// flush against a guard page.
 #pragma once
 
 #include "support/guarded.h"
@@ -13,8 +13,8 @@
 
 using BlockSamples = std::vector<Zmx32u>;
 
-// Samples with up to `bits` magnitude bits, of one of several characters: sparse, dense, in clusters, alike, of one
-// sign, at the extremes. No sample is a negative zero.
+// Samples with up to `bits` magnitude bits, of one of several characters: sparse, dense, in clusters, alike,
+// of one sign, at the extremes. No sample is a negative zero.
 inline BlockSamples randomBlock(Rng& rng, int width, int height, int bits) {
     BlockSamples v(std::size_t(width) * std::size_t(height));
     const int kind = int(rng.range(0, 6));
@@ -25,13 +25,26 @@ inline BlockSamples randomBlock(Rng& rng, int width, int height, int bits) {
         for (int x = 0; x < width; ++x) {
             Zmx32u m = 0;
             switch (kind) {
-            case 0: m = rng.oneIn(rare) ? Zmx32u(rng.range(1, most)) : 0; break;
-            case 1: m = Zmx32u(rng.range(0, most)); break;
+            case 0:
+                m = rng.oneIn(rare) ? Zmx32u(rng.range(1, most)) : 0;
+                break;
+            case 1:
+                m = Zmx32u(rng.range(0, most));
+                break;
             case 2: // sizes of all orders
-            case 3: m = Zmx32u(rng.range(0, most)) >> rng.range(0, bits); break;
-            case 4: m = std::abs(x - cx) + std::abs(y - cy) < 4 ? Zmx32u(rng.range(0, most)) : Zmx32u(rng.oneIn(9)); break;
-            case 5: m = same; break;
-            default: m = rng.oneIn(2) ? most : 0; break;
+            case 3:
+                m = Zmx32u(rng.range(0, most)) >> rng.range(0, bits);
+                break;
+            case 4:
+                m = std::abs(x - cx) + std::abs(y - cy) < 4 ? Zmx32u(rng.range(0, most))
+                                                            : Zmx32u(rng.oneIn(9));
+                break;
+            case 5:
+                m = same;
+                break;
+            default:
+                m = rng.oneIn(2) ? most : 0;
+                break;
             }
             const bool negative = kind == 5 ? same & 1 : rng.oneIn(2);
             v[std::size_t(y) * std::size_t(width) + std::size_t(x)] = m && negative ? m | 0x80000000u : m;
@@ -98,9 +111,9 @@ struct EncodeChoice {
 inline CodedBlock encodeBlock(ZmxiEncodeState_JPEG2K* state, const BlockSamples& samples, ZmxiSize size,
                               const EncodeChoice& how, int capacity = 1 << 16) {
     CodedBlock c;
-    EXPECT_EQ(zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(reinterpret_cast<const Zmx32s*>(samples.data()), size.width * 4,
-                                                     size, state, how.subband, how.magnBits, how.termination, 0,
-                                                     how.style, &c.sfBits, &c.passes, &c.segments),
+    EXPECT_EQ(zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(
+                  reinterpret_cast<const Zmx32s*>(samples.data()), size.width * 4, size, state, how.subband,
+                  how.magnBits, how.termination, 0, how.style, &c.sfBits, &c.passes, &c.segments),
               zmxStsNoErr);
     std::vector<Zmx8u> piece(static_cast<std::size_t>(capacity));
     for (int more = 1; more;) {
