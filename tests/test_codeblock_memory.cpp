@@ -61,7 +61,7 @@ TEST(CodeBlockMemory, EncoderState) {
         const int freed = nullsFreed();
         ASSERT_EQ(zmxiEncodeFree_JPEG2K(p), zmxStsNoErr);
         EXPECT_EQ(blocksHeld(), before);
-        EXPECT_EQ(nullsFreed(), nulls);
+        EXPECT_EQ(nullsFreed(), freed);
     }
 }
 
