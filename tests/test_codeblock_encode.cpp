@@ -577,6 +577,27 @@ TEST(CodeBlockEncoder, AnyCapacity) {
     EXPECT_GT(other, 0);
 }
 
+// The last decision of a pass may put two bytes out at once, of which a small buffer takes one. The pass's rate is that of
+// a large buffer all the same.
+TEST(CodeBlockEncoder, APassThatEndsWithTwoBytes) {
+    Rng rng(0x6318);
+    for (int plane = 1; plane < 10; ++plane) {
+        SCOPED_TRACE(plane);
+        // Refinements of nothing but zeros, thousands of them, at the very end of a plane a one, and bytes behind it.
+        const ZmxiSize size{64, 64};
+        BlockSamples samples(4096);
+        for (Zmx32u& s : samples) s = 0x1000u | Zmx32u(rng.range(0, 1)) | (rng.oneIn(30) ? 0x80000000u : 0);
+        samples.back() |= 1u << plane;
+        EncoderState state(size);
+        const CodedBlock whole = encodeBlock(state, samples, size, choice(0));
+        ASSERT_NO_FATAL_FAILURE(expectSame(modelBlock(samples, size, choice(0)), whole));
+        for (int capacity : {1, 2, 3, 5}) {
+            const CodedBlock pieces = encodeBlock(state, samples, size, choice(0), capacity);
+            ASSERT_NO_FATAL_FAILURE(expectSame(whole, pieces)) << capacity;
+        }
+    }
+}
+
 // Call by call: the bytes of each, flush with a guard page, and whether there are more.
 TEST(CodeBlockEncoder, EachCallOfTheStore) {
     Rng rng(0x6315);
