@@ -98,19 +98,13 @@ private:
     }
 
     template <int Row, bool Full> [[gnu::always_inline]] void refinementPair(Zmx32u* f, Sample* s, int rows) {
-        Zmx32u w = *f;
-        if (!(w & ~(w << 1) & (kSelf | kSelf << 16))) return;
-        refinementHalf<Row>(w, s);
-        if (Full || rows > Row + 1) refinementHalf<Row + 1>(w, s);
-        if (Coder::marksRefined) *f = w;
+        const Zmx32u w = *f;
+        const Zmx32u open = w & ~(w << 1) & (Full || rows > Row + 1 ? kSelf | kSelf << 16 : kSelf);
+        if (!open) return;
+        if (open & kSelf) coder.refine(w, row<Row>(s));
+        if (open & kSelf << 16) coder.refine(w >> 16, row<Row + 1>(s));
+        if (Coder::marksRefined) *f = w | open >> 7; // kSelf to kRefined
     }
-    template <int Row> [[gnu::always_inline]] void refinementHalf(Zmx32u& w, Sample* s) {
-        constexpr int shift = Row % 2 * 16;
-        if ((w >> shift & (kSelf | kVisited)) != kSelf) return;
-        coder.refine(w >> shift, row<Row>(s));
-        if (Coder::marksRefined) w |= kRefined << shift;
-    }
-
     template <int Row, bool Full> [[gnu::always_inline]] void cleanupPair(Zmx32u* f, Sample* s, int rows) {
         Zmx32u w = *f;
         if (~(w | w << 1) & (kSelf | kSelf << 16)) {

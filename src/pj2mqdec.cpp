@@ -17,7 +17,9 @@ void mqDecoderInit(MQDecoderState* state, const Zmx8u* pData, int dataLen) {
 
 int mqDecoderDecode(MQDecoderState* state, int context) {
     MqContexts contexts(state->ctxState, state->ctxMPS);
-    return int(MqDecoder(*state, contexts).decode(Zmx32u(context)));
+    const Zmx32u decision = MqDecoder(*state).decode(contexts.at[context]);
+    contexts.save(state->ctxState, state->ctxMPS);
+    return int(decision);
 }
 
 // The bits that a predictable termination leaves unread make one more decision, with a probability set by their number,

@@ -4,7 +4,6 @@
 
 #include "pj2mqprobest.h"
 
-#include <bit>
 
 struct MQDecoderState {
     const Zmx8u* pData; // the codeword segment
@@ -73,62 +72,60 @@ private:
 
 // The decoder at work: registers in locals for the length of a pass, put back at the end.
 //
-// A decision is the MPS and changes nothing but the interval exactly when areg - Qe is above the upper half of creg and
-// still normalised. Both bounds are one, `floor`, which moves only on a renormalisation, so the register that a
-// decision works on is areg's `margin` over it, and its sign is the answer.
+// The interval stands in the upper half of its word, as the comparable part of the code register does. A decision is the
+// MPS and changes nothing but the interval exactly when areg - Qe is above creg and still normalised. `floor` is both
+// bounds in one; it moves only on a renormalisation.
 class MqDecoder {
     MQDecoderState& state;
-    MqContexts& contexts;
     MqBytes bytes;
-    Zmx32u creg, ct;
-    Zmx32u floor;
-    int margin;
+    Zmx32u areg, creg, floor;
+    int ct;
 
 public:
-    MqDecoder(MQDecoderState& s, MqContexts& c) : state(s), contexts(c), bytes(s), creg(s.creg), ct(s.ct) { setInterval(s.areg); }
+    explicit MqDecoder(MQDecoderState& s) : state(s), bytes(s), areg(s.areg << 16), creg(s.creg), ct(int(s.ct)) {
+        setFloor();
+    }
     ~MqDecoder() {
         bytes.save(state);
-        state.areg = margin + floor;
+        state.areg = areg >> 16;
         state.creg = creg;
-        state.ct = ct;
-        contexts.save(state.ctxState, state.ctxMPS);
+        state.ct = Zmx32u(ct);
     }
     MqDecoder(const MqDecoder&) = delete;
     MqDecoder& operator=(const MqDecoder&) = delete;
 
-    [[gnu::always_inline]] Zmx32u decode(Zmx32u context) {
-        const MqContext c = contexts.at[context];
-        margin -= int(mqQe(c));
-        return margin >= 0 ? mqMps(c) : adapt(context, c);
+    [[gnu::always_inline]] Zmx32u decode(MqContext& context) {
+        const MqContext c = context;
+        areg -= mqQe(c);
+        return areg > floor ? mqMps(c) : adapt(context, c);
     }
 
 private:
-    void setInterval(Zmx32u areg) {
-        floor = creg >> 16 < 0x8000 ? 0x8000 : (creg >> 16) + 1;
-        margin = int(areg - floor);
-    }
+    void setFloor() { floor = creg > 0x7FFFFFFF ? creg : 0x7FFFFFFF; }
 
     // All other outcomes: a renormalisation follows. Which of the four exchanges it is cannot be foretold, so it is
     // worked out without branches.
-    [[gnu::always_inline]] Zmx32u adapt(Zmx32u context, MqContext c) {
+    [[gnu::always_inline]] Zmx32u adapt(MqContext& context, MqContext c) {
         const Zmx32u qe = mqQe(c);
-        Zmx32u areg = margin + floor;
-        const bool lower = areg <= creg >> 16;
-        const Zmx32u isLps = lower != (areg < qe);
-        creg -= lower ? areg << 16 : 0;
-        areg = lower ? qe : areg;
-        contexts.at[context] = mqNext(c, isLps);
+        const Zmx32u upper = -Zmx32u(creg < areg); // a mask: the code is in the upper part of the interval
+        const Zmx32u isLps = (upper + 1) ^ Zmx32u(areg < qe);
+        context = mqNext(c, isLps);
+        creg = creg - areg + (areg & upper);
+        areg = qe ^ ((areg ^ qe) & upper);
+        renormalise();
+        setFloor();
+        return mqMps(c) ^ isLps;
+    }
 
-        Zmx32u shifts = std::countl_zero(areg) - 16;
+    [[gnu::always_inline]] void renormalise() {
+        int shifts = __builtin_clz(areg); // areg is never zero
         areg <<= shifts;
-        while (shifts > ct) {
+        while (shifts > ct) [[unlikely]] {
             creg <<= ct;
             shifts -= ct;
-            ct = bytes.byteIn(creg);
+            ct = int(bytes.byteIn(creg));
         }
         creg <<= shifts;
         ct -= shifts;
-        setInterval(areg);
-        return mqMps(c) ^ isLps;
     }
 };

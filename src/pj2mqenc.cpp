@@ -63,14 +63,14 @@ Zmx8u* codeDecisions(EncCoderState& s, Zmx8u* out, const Zmx8u* stop) {
         MqContext& held = contexts.at[*context++];
         const MqContext c = held;
         const Zmx32u isLps = mqMps(c) ^ *decision++;
-        const Zmx32u qe = mqQe(c);
+        const Zmx32u qe = mqQe(c) >> 16;
         areg -= qe;
         if (areg >> 15 > isLps) continue; // an MPS, and still normalised
 
         // Which of the four exchanges it is cannot be foretold, so it is worked out without branches.
-        const bool lower = (areg < qe) != bool(isLps);
-        top -= lower ? areg : 0;
-        areg = lower ? qe : areg;
+        const Zmx32u lower = -(Zmx32u(areg < qe) ^ isLps); // a mask: the interval becomes its lower part
+        top -= areg & lower;
+        areg ^= (areg ^ qe) & lower;
         held = mqNext(c, isLps);
 
         int shifts = std::countl_zero(areg) - 16;

@@ -33,18 +33,20 @@ inline constexpr Zmx32u kUniformContext = 0;    // the run-length pair and the s
 inline constexpr Zmx32u kRunLengthContext = 1;  // the run-length decision of a cleanup pass
 inline constexpr Zmx32u kZeroCodingContext = 2; // 2 to 10: zero coding; 2: no significant neighbour
 inline constexpr Zmx32u kSignContext = 11;      // 11 to 15: sign coding
-inline constexpr Zmx32u kRefineContext = 16;    // 16, 17: first refinement without and with a significant neighbour; 18: later
+inline constexpr Zmx32u kRefineContext = 16;    // 16, 17: first refinement without and with a significant neighbour
+inline constexpr Zmx32u kLaterRefinementContext = 18;
 
 // ISO/IEC 15444-1 Table D.7.
 inline constexpr Zmx32u owniInitialCtxIndexes_JPEG2K[kContexts] = {46, 3, 4};
 inline constexpr Zmx32u owniInitialMPS_JPEG2K[kContexts] = {};
 
-// A context at work is one word, so that a decision loads once: Qe in the upper 16 bits, twice the row of the state
-// table plus the MPS below.
+// A context at work is one word, so that a decision loads once: Qe in the upper half, and below it twice the row of the
+// state table plus the MPS.
 using MqContext = Zmx32u;
 
 constexpr MqContext mqContext(Zmx32u row, Zmx32u mps) { return owniEstimator_JPEG2K[row].qe << 16 | row << 1 | mps; }
-constexpr Zmx32u mqQe(MqContext c) { return c >> 16; }
+constexpr Zmx32u mqQe(MqContext c) { return c & 0xFFFF0000; } // in the upper half
+constexpr Zmx32u mqRowAndMps(MqContext c) { return c & 0xFF; }
 constexpr Zmx32u mqMps(MqContext c) { return c & 1; }
 
 // What becomes of a context: entry 0 after an MPS, entry 1 after an LPS.
@@ -56,9 +58,9 @@ inline constexpr auto mqTransitions = tableOf<2 * 47>([](int i) {
     const Zmx32u mps = i & 1;
     return MqTransition{mqContext(e.nmps, mps), mqContext(e.nlps, mps ^ e.flip)};
 });
-static_assert(mqTransitions[0].after[1] == (0x3401u << 16 | 2 | 1) && mqTransitions[93].after[0] == mqContext(46, 1));
+static_assert(mqTransitions[0].after[0] == (0x3401u << 16 | 2) && mqTransitions[93].after[0] == mqContext(46, 1));
 
-constexpr MqContext mqNext(MqContext c, Zmx32u isLps) { return mqTransitions[c & 0xFF].after[isLps]; }
+constexpr MqContext mqNext(MqContext c, Zmx32u isLps) { return mqTransitions[mqRowAndMps(c)].after[isLps]; }
 
 // The contexts of a coder for the length of one call. A local of its own beside the coder's registers, which then stay
 // in the processor's: an array indexed at run time would hold a common object in memory.
@@ -70,7 +72,7 @@ struct MqContexts {
     }
     void save(Zmx32u* rows, Zmx32u* mps) const {
         for (int i = 0; i < kContexts; ++i) {
-            rows[i] = (at[i] & 0xFF) >> 1;
+            rows[i] = mqRowAndMps(at[i]) >> 1;
             mps[i] = mqMps(at[i]);
         }
     }
