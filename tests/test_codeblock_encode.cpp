@@ -54,15 +54,6 @@ CodedBlock encodeOnce(const BlockSamples& samples, ZmxiSize size, const EncodeCh
     return encodeBlock(state, samples, size, how, capacity);
 }
 
-EncodeChoice choice(Zmx32u style, int termination = 0, int magnBits = 31, int subband = 0) {
-    EncodeChoice c;
-    c.style = style;
-    c.termination = termination;
-    c.magnBits = magnBits;
-    c.subband = subband;
-    return c;
-}
-
 // Anything of a number of styles; in braces, so that every compiler draws in the same order.
 EncodeChoice anyChoice(Rng& rng, int styles) {
     return {int(rng.range(0, 3)), 31, int(rng.range(0, 2)), Zmx32u(rng.range(0, styles - 1))};
@@ -362,11 +353,8 @@ TEST(CodeBlockEncoder, RawPassThatEndsInFF) {
     // With a buffer that is full with the 0xFF the pass ends in the call after, where the byte is not at
     // hand.
     EncoderState state({8, 1});
-    int sf, passes, segments, more = 1, n = before + 1;
-    ASSERT_EQ(zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(reinterpret_cast<const Zmx32s*>(samples.data()), 32,
-                                                     {8, 1}, state, 0, 31, 0, 0, style, &sf, &passes,
-                                                     &segments),
-              zmxStsNoErr);
+    loadBlock(state, samples, {8, 1}, choice(style));
+    int more = 1, n = before + 1;
     Bytes out(256);
     ASSERT_EQ(zmxiEncodeStoreBits_JPEG2K_1u(out.data(), &n, state, &more), zmxStsNoErr);
     EXPECT_EQ(n, before + 1);
@@ -396,11 +384,8 @@ TEST(CodeBlockEncoder, RawTerminationNeedsRoom) {
     EXPECT_EQ(c.bytes[std::size_t(before)], 0xFF);
     EXPECT_EQ(c.bytes[std::size_t(before) + 1], 0x55);
     EncoderState state({9, 1});
-    int sf, passes, segments, more = 1, n = before + 1, length = -1;
-    ASSERT_EQ(zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(reinterpret_cast<const Zmx32s*>(samples.data()), 36,
-                                                     {9, 1}, state, 0, 31, 0, 0, style, &sf, &passes,
-                                                     &segments),
-              zmxStsNoErr);
+    loadBlock(state, samples, {9, 1}, choice(style));
+    int more = 1, n = before + 1, length = -1;
     Bytes out(256);
     ASSERT_EQ(zmxiEncodeStoreBits_JPEG2K_1u(out.data(), &n, state, &more), zmxStsNoErr);
     EXPECT_EQ(n, before + 1);
@@ -577,13 +562,14 @@ TEST(CodeBlockEncoder, AnyCapacity) {
     EXPECT_GT(other, 0);
 }
 
-// The last decision of a pass may put two bytes out at once, of which a small buffer takes one. The pass's rate is that of
-// a large buffer all the same.
+// The last decision of a pass may put two bytes out at once, of which a small buffer takes one. The pass's
+// rate is that of a large buffer all the same.
 TEST(CodeBlockEncoder, APassThatEndsWithTwoBytes) {
     Rng rng(0x6318);
     for (int plane = 1; plane < 10; ++plane) {
         SCOPED_TRACE(plane);
-        // Refinements of nothing but zeros, thousands of them, at the very end of a plane a one, and bytes behind it.
+        // Refinements of nothing but zeros, thousands of them, at the very end of a plane a one, and bytes
+        // behind it.
         const ZmxiSize size{64, 64};
         BlockSamples samples(4096);
         for (Zmx32u& s : samples) s = 0x1000u | Zmx32u(rng.range(0, 1)) | (rng.oneIn(30) ? 0x80000000u : 0);
@@ -609,11 +595,7 @@ TEST(CodeBlockEncoder, EachCallOfTheStore) {
         const BlockSamples samples = randomBlock(rng, size.width, size.height, int(rng.range(1, 9)));
         model::BlockEncoder e;
         e.load(samples.data(), size.width * 4, size, how.subband, how.magnBits, how.termination, how.style);
-        int sf, passes, segments;
-        ASSERT_EQ(zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(
-                      reinterpret_cast<const Zmx32s*>(samples.data()), size.width * 4, size, state,
-                      how.subband, how.magnBits, how.termination, 0, how.style, &sf, &passes, &segments),
-                  zmxStsNoErr);
+        loadBlock(state, samples, size, how);
         bool more = true;
         // Two calls beyond the end write nothing.
         for (int beyond = 0; beyond < 2; beyond += !more) {
@@ -651,11 +633,8 @@ TEST(CodeBlockEncoder, LoadInTheMiddleOfAStore) {
                     expectSame(modelBlock(samples, size, how), encodeBlock(state, samples, size, how)));
                 break;
             }
-            int sf, passes, segments, more;
-            ASSERT_EQ(zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(
-                          reinterpret_cast<const Zmx32s*>(samples.data()), size.width * 4, size, state, 0, 31,
-                          how.termination, 0, how.style, &sf, &passes, &segments),
-                      zmxStsNoErr);
+            loadBlock(state, samples, size, how);
+            int more;
             Zmx8u room[8];
             for (int calls = int(rng.range(0, 3)); calls > 0; --calls) {
                 int length = int(rng.range(1, 8));
@@ -669,14 +648,8 @@ TEST(CodeBlockEncoder, LoadInTheMiddleOfAStore) {
 TEST(CodeBlockEncoder, LengthsBeforeTheStoreAreStale) {
     EncoderState state({8, 8});
     const BlockSamples samples(64, 0x80000077);
-    int sf, passes, segments, length = -1;
-    const auto load = [&](const BlockSamples& s, ZmxiSize size, Zmx32u style) {
-        ASSERT_EQ(zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(reinterpret_cast<const Zmx32s*>(s.data()),
-                                                         size.width * 4, size, state, 0, 31, 0, 0, style, &sf,
-                                                         &passes, &segments),
-                  zmxStsNoErr);
-    };
-    load(samples, {8, 8}, ZMX_CB_TERMINATE_ALL);
+    int length = -1;
+    const int segments = loadBlock(state, samples, {8, 8}, choice(ZMX_CB_TERMINATE_ALL)).segments;
     for (int i = 0; i < segments; ++i) {
         ASSERT_EQ(zmxiEncodeGetTermPassLen_JPEG2K(state, i, &length), zmxStsNoErr);
         EXPECT_EQ(length, 0);
@@ -684,9 +657,8 @@ TEST(CodeBlockEncoder, LengthsBeforeTheStoreAreStale) {
         EXPECT_EQ(length, 0);
     }
     const CodedBlock c = encodeBlock(state, samples, {8, 8}, choice(ZMX_CB_TERMINATE_ALL));
-    load({7}, {1, 1}, ZMX_CB_TERMINATE_ALL);
-    ASSERT_EQ(segments, 7);
-    for (int i = 0; i < segments; ++i) {
+    ASSERT_EQ(loadBlock(state, {7}, {1, 1}, choice(ZMX_CB_TERMINATE_ALL)).segments, 7);
+    for (int i = 0; i < 7; ++i) {
         ASSERT_EQ(zmxiEncodeGetTermPassLen_JPEG2K(state, i, &length), zmxStsNoErr);
         EXPECT_EQ(length, c.lengths[std::size_t(i)]);
         ASSERT_EQ(zmxiEncodeGetRate_JPEG2K(state, i, &length), zmxStsNoErr);
@@ -702,11 +674,7 @@ TEST(CodeBlockEncoder, OtherMagnitudeBitsAreSafe) {
             const ZmxiSize size{4, 5};
             EncoderState state(size);
             const BlockSamples samples = randomBlock(rng, 4, 5, int(rng.range(1, 31)));
-            int sf, passes = 0, segments = 0;
-            ASSERT_EQ(zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(reinterpret_cast<const Zmx32s*>(samples.data()),
-                                                             16, size, state, 0, magnBits, 0, 0, style, &sf,
-                                                             &passes, &segments),
-                      zmxStsNoErr);
+            const int passes = loadBlock(state, samples, size, choice(style, 0, magnBits)).passes;
             Bytes out(1 << 14);
             int length = int(out.size()), more = 1;
             ASSERT_EQ(zmxiEncodeStoreBits_JPEG2K_1u(out.data(), &length, state, &more), zmxStsNoErr);
