@@ -54,6 +54,32 @@ CodedBlock encodeOnce(const BlockSamples& samples, ZmxiSize size, const EncodeCh
     return encodeBlock(state, samples, size, how, capacity);
 }
 
+// What one call of the store writes into a buffer of a capacity.
+struct Piece {
+    Bytes bytes;
+    bool more;
+};
+Piece storePiece(ZmxiEncodeState_JPEG2K* state, int capacity) {
+    Bytes bytes(static_cast<std::size_t>(capacity));
+    int n = capacity, more = 7;
+    EXPECT_EQ(zmxiEncodeStoreBits_JPEG2K_1u(bytes.data(), &n, state, &more), zmxStsNoErr);
+    EXPECT_TRUE(more == 0 || more == 1) << more;
+    bytes.resize(std::size_t(n));
+    return {bytes, more != 0};
+}
+
+// The length of a segment and the rate of a pass.
+int lengthOf(ZmxiEncodeState_JPEG2K* state, int segment) {
+    int n = -1;
+    EXPECT_EQ(zmxiEncodeGetTermPassLen_JPEG2K(state, segment, &n), zmxStsNoErr);
+    return n;
+}
+int rateOf(ZmxiEncodeState_JPEG2K* state, int pass) {
+    int n = -1;
+    EXPECT_EQ(zmxiEncodeGetRate_JPEG2K(state, pass, &n), zmxStsNoErr);
+    return n;
+}
+
 // Anything of a number of styles; in braces, so that every compiler draws in the same order.
 EncodeChoice anyChoice(Rng& rng, int styles) {
     return {int(rng.range(0, 3)), 31, int(rng.range(0, 2)), Zmx32u(rng.range(0, styles - 1))};
@@ -225,12 +251,9 @@ TEST(CodeBlockEncoder, NothingWrittenToTheSource) {
                   zmxStsNoErr);
         EXPECT_TRUE(sameBytes(before, src.copy()));
         const CodedBlock expected = modelBlock(packed, size, how);
-        Bytes out(1 << 16);
-        int length = int(out.size()), more = 1;
-        ASSERT_EQ(zmxiEncodeStoreBits_JPEG2K_1u(out.data(), &length, state, &more), zmxStsNoErr);
-        out.resize(std::size_t(length));
-        EXPECT_EQ(more, 0);
-        ASSERT_TRUE(sameBytes(expected.bytes, out));
+        const Piece all = storePiece(state, 1 << 16);
+        EXPECT_FALSE(all.more);
+        ASSERT_TRUE(sameBytes(expected.bytes, all.bytes));
         EXPECT_EQ(passes, expected.passes);
     }
 }
@@ -354,20 +377,13 @@ TEST(CodeBlockEncoder, RawPassThatEndsInFF) {
     // hand.
     EncoderState state({8, 1});
     loadBlock(state, samples, {8, 1}, choice(style));
-    int more = 1, n = before + 1;
-    Bytes out(256);
-    ASSERT_EQ(zmxiEncodeStoreBits_JPEG2K_1u(out.data(), &n, state, &more), zmxStsNoErr);
-    EXPECT_EQ(n, before + 1);
-    EXPECT_EQ(out[std::size_t(before)], 0xFF);
-    EXPECT_EQ(more, 1);
-    n = 200;
-    ASSERT_EQ(zmxiEncodeStoreBits_JPEG2K_1u(out.data(), &n, state, &more), zmxStsNoErr);
-    EXPECT_EQ(more, 0);
-    int rate = 0, length = 0;
-    ASSERT_EQ(zmxiEncodeGetRate_JPEG2K(state, 11, &rate), zmxStsNoErr);
-    EXPECT_EQ(rate, before + 1);
-    ASSERT_EQ(zmxiEncodeGetTermPassLen_JPEG2K(state, 11, &length), zmxStsNoErr);
-    EXPECT_EQ(length, 1);
+    const Piece first = storePiece(state, before + 1), rest = storePiece(state, 200);
+    EXPECT_EQ(int(first.bytes.size()), before + 1);
+    EXPECT_EQ(first.bytes.back(), 0xFF);
+    EXPECT_TRUE(first.more);
+    EXPECT_FALSE(rest.more);
+    EXPECT_EQ(rateOf(state, 11), before + 1);
+    EXPECT_EQ(lengthOf(state, 11), 1);
 }
 
 // The raw termination needs a byte of room: with none left behind the last bit the pass stays open.
@@ -385,17 +401,11 @@ TEST(CodeBlockEncoder, RawTerminationNeedsRoom) {
     EXPECT_EQ(c.bytes[std::size_t(before) + 1], 0x55);
     EncoderState state({9, 1});
     loadBlock(state, samples, {9, 1}, choice(style));
-    int more = 1, n = before + 1, length = -1;
-    Bytes out(256);
-    ASSERT_EQ(zmxiEncodeStoreBits_JPEG2K_1u(out.data(), &n, state, &more), zmxStsNoErr);
-    EXPECT_EQ(n, before + 1);
-    EXPECT_EQ(more, 1);
-    n = 1;
-    ASSERT_EQ(zmxiEncodeStoreBits_JPEG2K_1u(out.data(), &n, state, &more), zmxStsNoErr);
-    EXPECT_EQ(n, 1);
-    EXPECT_EQ(out[0], 0x55);
-    ASSERT_EQ(zmxiEncodeGetTermPassLen_JPEG2K(state, 11, &length), zmxStsNoErr);
-    EXPECT_EQ(length, 2);
+    const Piece first = storePiece(state, before + 1), second = storePiece(state, 1);
+    EXPECT_EQ(int(first.bytes.size()), before + 1);
+    EXPECT_TRUE(first.more);
+    EXPECT_EQ(second.bytes, Bytes{0x55});
+    EXPECT_EQ(lengthOf(state, 11), 2);
 }
 
 // Without every pass terminated, segments end where raw and MQ passes meet: 10 passes, then 2 and 1.
@@ -634,12 +644,8 @@ TEST(CodeBlockEncoder, LoadInTheMiddleOfAStore) {
                 break;
             }
             loadBlock(state, samples, size, how);
-            int more;
-            Zmx8u room[8];
-            for (int calls = int(rng.range(0, 3)); calls > 0; --calls) {
-                int length = int(rng.range(1, 8));
-                ASSERT_EQ(zmxiEncodeStoreBits_JPEG2K_1u(room, &length, state, &more), zmxStsNoErr);
-            }
+            for (int calls = int(rng.range(0, 3)); calls > 0; --calls)
+                storePiece(state, int(rng.range(1, 8)));
         }
     }
 }
@@ -648,21 +654,16 @@ TEST(CodeBlockEncoder, LoadInTheMiddleOfAStore) {
 TEST(CodeBlockEncoder, LengthsBeforeTheStoreAreStale) {
     EncoderState state({8, 8});
     const BlockSamples samples(64, 0x80000077);
-    int length = -1;
     const int segments = loadBlock(state, samples, {8, 8}, choice(ZMX_CB_TERMINATE_ALL)).segments;
     for (int i = 0; i < segments; ++i) {
-        ASSERT_EQ(zmxiEncodeGetTermPassLen_JPEG2K(state, i, &length), zmxStsNoErr);
-        EXPECT_EQ(length, 0);
-        ASSERT_EQ(zmxiEncodeGetRate_JPEG2K(state, i, &length), zmxStsNoErr);
-        EXPECT_EQ(length, 0);
+        EXPECT_EQ(lengthOf(state, i), 0);
+        EXPECT_EQ(rateOf(state, i), 0);
     }
     const CodedBlock c = encodeBlock(state, samples, {8, 8}, choice(ZMX_CB_TERMINATE_ALL));
     ASSERT_EQ(loadBlock(state, {7}, {1, 1}, choice(ZMX_CB_TERMINATE_ALL)).segments, 7);
     for (int i = 0; i < 7; ++i) {
-        ASSERT_EQ(zmxiEncodeGetTermPassLen_JPEG2K(state, i, &length), zmxStsNoErr);
-        EXPECT_EQ(length, c.lengths[std::size_t(i)]);
-        ASSERT_EQ(zmxiEncodeGetRate_JPEG2K(state, i, &length), zmxStsNoErr);
-        EXPECT_EQ(length, c.rates[std::size_t(i)]);
+        EXPECT_EQ(lengthOf(state, i), c.lengths[std::size_t(i)]);
+        EXPECT_EQ(rateOf(state, i), c.rates[std::size_t(i)]);
     }
 }
 
@@ -675,9 +676,7 @@ TEST(CodeBlockEncoder, OtherMagnitudeBitsAreSafe) {
             EncoderState state(size);
             const BlockSamples samples = randomBlock(rng, 4, 5, int(rng.range(1, 31)));
             const int passes = loadBlock(state, samples, size, choice(style, 0, magnBits)).passes;
-            Bytes out(1 << 14);
-            int length = int(out.size()), more = 1;
-            ASSERT_EQ(zmxiEncodeStoreBits_JPEG2K_1u(out.data(), &length, state, &more), zmxStsNoErr);
+            storePiece(state, 1 << 14);
             double distortion = 0;
             if (passes) {
                 ASSERT_EQ(zmxiEncodeGetDist_JPEG2K(state, passes - 1, &distortion), zmxStsNoErr);
