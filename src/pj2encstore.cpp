@@ -10,7 +10,9 @@ static int rateSlack(const EncCoderState& s) {
     if (s.passIsRaw) return rawBitsPending(&s);
     if (!s.mqPending) return 0;
     const int limit = s.curByte >= 0xFE ? 22 : 23;
-    return (27 - s.ct > limit ? 5 : 4) - (s.bytesOut == 0);
+    // Bytes that a full buffer left in the queue count too, so that rates do not depend on the size of buffers.
+    const int queued = s.fifoCount - s.fifoRead;
+    return queued + (27 - s.ct > limit ? 5 : 4) - (s.bytesOut == 0);
 }
 
 // Books a pass that is finished, and goes on to the next.
