@@ -1,9 +1,10 @@
-// bench_codeblock.cpp - JPEG2000 code blocks of 64x64 coefficients of a photograph: coefficients a second through the
-// encoder (load and store) and the decoder, and decisions a second through the MQ coder.
+// bench_codeblock.cpp - JPEG2000 code blocks of 64x64 coefficients of a photograph: coefficients a second
+// through the encoder (load and store) and the decoder, and decisions a second through the MQ coder.
 //
-// The picture is a JPEG file, $ZMX_BENCH_PICTURE or one of the package mate-backgrounds. Its luma stands as it is
-// ("samples", which scripts/bench-codeblock compares with a codec that is told to do without wavelets), or is transformed
-// by five levels of the 5/3 or the 9/7 wavelet. Beyond 8 bits the samples get random bits below.
+// The picture is a JPEG file, $ZMX_BENCH_PICTURE or one of the package mate-backgrounds. Its luma stands as
+// it is
+// ("samples", which scripts/bench-codeblock compares with a codec that is told to do without wavelets), or is
+// transformed by five levels of the 5/3 or the 9/7 wavelet. Beyond 8 bits the samples get random bits below.
 #include "../src/pj2encoder.h" // for the number of decisions, which the interface does not tell
 
 #include <benchmark/benchmark.h>
@@ -80,7 +81,8 @@ template <class Step> void lift(std::vector<double>& line, std::size_t from, Ste
         const auto n = std::ptrdiff_t(line.size());
         return line[std::size_t(i < 0 ? -i : i >= n ? 2 * (n - 1) - i : i)];
     };
-    for (std::size_t i = from; i < line.size(); i += 2) line[i] += step(at(std::ptrdiff_t(i) - 1) + at(std::ptrdiff_t(i) + 1));
+    for (std::size_t i = from; i < line.size(); i += 2)
+        line[i] += step(at(std::ptrdiff_t(i) - 1) + at(std::ptrdiff_t(i) + 1));
 }
 void lift53(std::vector<double>& line) {
     lift(line, 1, [](double sum) { return -std::floor(sum / 2); });
@@ -101,7 +103,8 @@ void transform(Plane& p, int width, int height, Lifting lifting) {
         for (int i = 0; i < n; ++i) {
             for (int j = 0; j < length; ++j) line[std::size_t(j)] = sample(i, j);
             lifting(line);
-            for (int j = 0; j < length; ++j) sample(i, j / 2 + j % 2 * ((length + 1) / 2)) = line[std::size_t(j)];
+            for (int j = 0; j < length; ++j)
+                sample(i, j / 2 + j % 2 * ((length + 1) / 2)) = line[std::size_t(j)];
         }
     };
     lines(height, width, [&p](int y, int x) -> double& { return p.at(x, y); });
@@ -176,8 +179,8 @@ public:
     Encoder& operator=(const Encoder&) = delete;
 
     void load(const Block& block, Zmx32u style) {
-        zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(block.samples.data(), kSide * 4, kSize, state, block.subband, 31,
-                                               ZMX_MQ_TERM_FLUSH, 0, style, &planes, &passes, &segments);
+        zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(block.samples.data(), kSide * 4, kSize, state, block.subband,
+                                               31, ZMX_MQ_TERM_FLUSH, 0, style, &planes, &passes, &segments);
     }
     int decisions() const { return state->pCoder->decisionCount; }
     int store() {
@@ -210,9 +213,9 @@ public:
         buffer.resize(std::size_t(size) / sizeof(Zmx32u) + 1);
     }
     const std::vector<Zmx32s>& decode(const CodedBytes& c, Zmx32u style) {
-        zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(c.bytes.data(), samples.data(), kSide * 4, kSize, c.subband, c.planes, c.passes,
-                                             c.lengths.data(), int(c.lengths.size()), style, nullptr,
-                                             reinterpret_cast<ZmxiDecodeCBProgrState*>(buffer.data()));
+        zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(
+            c.bytes.data(), samples.data(), kSide * 4, kSize, c.subband, c.planes, c.passes, c.lengths.data(),
+            int(c.lengths.size()), style, nullptr, reinterpret_cast<ZmxiDecodeCBProgrState*>(buffer.data()));
         return samples;
     }
 };
@@ -231,7 +234,8 @@ template <class Work> double secondsOf(Work work) {
 
 enum class Work { Load, Store, Encode, Decode };
 
-// All blocks of a kind. Rates are in coefficients, or in decisions for the store, which is the MQ encoder alone.
+// All blocks of a kind. Rates are in coefficients, or in decisions for the store, which is the MQ encoder
+// alone.
 void run(benchmark::State& state, Work work, const Kind& kind, Zmx32u style) {
     const std::vector<Block>& blocks = blocksOf(kind);
     if (blocks.empty()) return state.SkipWithError("no picture");
@@ -243,9 +247,14 @@ void run(benchmark::State& state, Work work, const Kind& kind, Zmx32u style) {
         encoder.load(block, style);
         const int length = encoder.store();
         // One byte more than the block has: a block without bytes still needs an address.
-        coded.push_back({block.subband, encoder.planes, encoder.passes, {encoder.data(), encoder.data() + length + 1}, {}});
+        coded.push_back({block.subband,
+                         encoder.planes,
+                         encoder.passes,
+                         {encoder.data(), encoder.data() + length + 1},
+                         {}});
         for (int i = 0; i < encoder.segments; ++i) coded.back().lengths.push_back(encoder.segmentLength(i));
-        if (decoder.decode(coded.back(), style) != block.samples) return state.SkipWithError("decoded samples differ");
+        if (decoder.decode(coded.back(), style) != block.samples)
+            return state.SkipWithError("decoded samples differ");
         bytes += length;
         decisions += encoder.decisions();
     }
@@ -264,19 +273,22 @@ void run(benchmark::State& state, Work work, const Kind& kind, Zmx32u style) {
         state.SetIterationTime(seconds);
     }
     const double coefficients = double(blocks.size()) * kCoefficients;
-    state.SetItemsProcessed(state.iterations() * std::int64_t(work == Work::Store ? decisions : coefficients));
+    state.SetItemsProcessed(state.iterations() *
+                            std::int64_t(work == Work::Store ? decisions : coefficients));
     state.counters["bits/coef"] = 8 * bytes / coefficients;
     state.counters["decisions/coef"] = decisions / coefficients;
 }
 
 constexpr Kind kKinds[] = {
-    {"samples", nullptr, 8, 1}, {"53_8bit", lift53, 8, 1},      {"53_12bit", lift53, 12, 1},   {"53_16bit", lift53, 16, 1},
-    {"97_fine", lift97, 8, 1},  {"97_medium", lift97, 8, 4}, {"97_coarse", lift97, 8, 16},
+    {"samples", nullptr, 8, 1},   {"53_8bit", lift53, 8, 1}, {"53_12bit", lift53, 12, 1},
+    {"53_16bit", lift53, 16, 1},  {"97_fine", lift97, 8, 1}, {"97_medium", lift97, 8, 4},
+    {"97_coarse", lift97, 8, 16},
 };
 
 const bool registered = [] {
     const auto add = [](const std::string& name, Work work, const Kind& kind, Zmx32u style) {
-        benchmark::RegisterBenchmark(name.c_str(), [=, &kind](benchmark::State& s) { run(s, work, kind, style); })
+        benchmark::RegisterBenchmark(name.c_str(),
+                                     [=, &kind](benchmark::State& s) { run(s, work, kind, style); })
             ->UseManualTime()
             ->Unit(benchmark::kMillisecond);
     };

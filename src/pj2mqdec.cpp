@@ -22,8 +22,9 @@ int mqDecoderDecode(MQDecoderState* state, int context) {
     return int(decision);
 }
 
-// The bits that a predictable termination leaves unread make one more decision, with a probability set by their number,
-// a certain one. All bytes up to the 0xFF or the marker behind the segment must have been taken.
+// The bits that a predictable termination leaves unread make one more decision, with a probability set by
+// their number, a certain one. All bytes up to the 0xFF or the marker behind the segment must have been
+// taken.
 int mqDecoderCheckErrPredTerm(MQDecoderState* state) {
     const MqBytes bytes(*state);
     if (bytes.current() < 0xFF && !bytes.markerFound()) return 1;

@@ -1,17 +1,16 @@
-// pj2mqdec.h - the MQ decoder (ISO/IEC 15444-1 C.3, in the software conventions of Annex J.1): its state, its routines
-// for one codeword segment, and the form in which the coding passes run it.
+// pj2mqdec.h - the MQ decoder (ISO/IEC 15444-1 C.3, in the software conventions of Annex J.1): its state, its
+// routines for one codeword segment, and the form in which the coding passes run it.
 #pragma once
 
 #include "pj2mqprobest.h"
 
-
 struct MQDecoderState {
-    const Zmx8u* pData; // the codeword segment
-    int dataLen;        // its length; zero or negative reads as empty
-    int bytePos;        // index of the byte most recently taken into creg (B of the standard)
-    Zmx32u areg;        // interval register, 16 bits, bit 15 set
-    Zmx32u creg;        // code register, inverted; its upper 16 bits are compared with areg
-    Zmx32u ct;          // bits left in creg before the next byte-in
+    const Zmx8u* pData;         // the codeword segment
+    int dataLen;                // its length; zero or negative reads as empty
+    int bytePos;                // index of the byte most recently taken into creg (B of the standard)
+    Zmx32u areg;                // interval register, 16 bits, bit 15 set
+    Zmx32u creg;                // code register, inverted; its upper 16 bits are compared with areg
+    Zmx32u ct;                  // bits left in creg before the next byte-in
     Zmx32u ctxState[kContexts]; // per context, its row of owniEstimator_JPEG2K
     Zmx32u ctxMPS[kContexts];   // per context, its more probable symbol
     Zmx32u markerFound;         // a marker has been met in this segment
@@ -23,21 +22,23 @@ void mqDecoderInit(MQDecoderState* state, const Zmx8u* pData, int dataLen);
 // Decodes one decision under a context, 0 to 18.
 int mqDecoderDecode(MQDecoderState* state, int context);
 
-// Whether the segment ended in another way than an error-free predictable termination would have ended it: 1 if so.
-// Uses up the state: it is the last thing done with a segment.
+// Whether the segment ended in another way than an error-free predictable termination would have ended it: 1
+// if so. Uses up the state: it is the last thing done with a segment.
 int mqDecoderCheckErrPredTerm(MQDecoderState* state);
 
 // Returns all contexts to their initial states.
 void mqDecoderResetCtx(MQDecoderState* state);
 
-// The bytes of an MQ segment. Behind its end there are 0xFF bytes, which look like a marker: nothing is read there.
+// The bytes of an MQ segment. Behind its end there are 0xFF bytes, which look like a marker: nothing is read
+// there.
 class MqBytes {
     const Zmx8u* data;
     int len, pos;
     Zmx32u marker;
 
 public:
-    explicit MqBytes(const MQDecoderState& s) : data(s.pData), len(s.dataLen), pos(s.bytePos), marker(s.markerFound) {}
+    explicit MqBytes(const MQDecoderState& s)
+        : data(s.pData), len(s.dataLen), pos(s.bytePos), marker(s.markerFound) {}
     void save(MQDecoderState& s) const {
         s.bytePos = pos;
         s.markerFound = marker;
@@ -47,8 +48,8 @@ public:
     Zmx32u current() const { return at(pos); }
     Zmx32u next() const { return at(pos + 1); }
 
-    // BYTEIN: adds the next byte to the code register and returns the number of its bits. A byte of 0x80 to 0x8F behind
-    // a 0xFF, which no encoder writes, carries into the bits above; the sums wrap.
+    // BYTEIN: adds the next byte to the code register and returns the number of its bits. A byte of 0x80 to
+    // 0x8F behind a 0xFF, which no encoder writes, carries into the bits above; the sums wrap.
     Zmx32u byteIn(Zmx32u& creg) {
         if (marker) return 8; // zero bits, which are ones to the inverted register, for ever
         const Zmx32u b1 = next();
@@ -72,9 +73,9 @@ private:
 
 // The decoder at work: registers in locals for the length of a pass, put back at the end.
 //
-// The interval stands in the upper half of its word, as the comparable part of the code register does. A decision is the
-// MPS and changes nothing but the interval exactly when areg - Qe is above creg and still normalised. `floor` is both
-// bounds in one; it moves only on a renormalisation.
+// The interval stands in the upper half of its word, as the comparable part of the code register does. A
+// decision is the MPS and changes nothing but the interval exactly when areg - Qe is above creg and still
+// normalised. `floor` is both bounds in one; it moves only on a renormalisation.
 class MqDecoder {
     MQDecoderState& state;
     MqBytes bytes;
@@ -82,7 +83,8 @@ class MqDecoder {
     int ct;
 
 public:
-    explicit MqDecoder(MQDecoderState& s) : state(s), bytes(s), areg(s.areg << 16), creg(s.creg), ct(int(s.ct)) {
+    explicit MqDecoder(MQDecoderState& s)
+        : state(s), bytes(s), areg(s.areg << 16), creg(s.creg), ct(int(s.ct)) {
         setFloor();
     }
     ~MqDecoder() {
@@ -103,8 +105,8 @@ public:
 private:
     void setFloor() { floor = creg > 0x7FFFFFFF ? creg : 0x7FFFFFFF; }
 
-    // All other outcomes: a renormalisation follows. Which of the four exchanges it is cannot be foretold, so it is
-    // worked out without branches.
+    // All other outcomes: a renormalisation follows. Which of the four exchanges it is cannot be foretold, so
+    // it is worked out without branches.
     [[gnu::always_inline]] Zmx32u adapt(MqContext& context, MqContext c) {
         const Zmx32u qe = mqQe(c);
         const Zmx32u upper = -Zmx32u(creg < areg); // a mask: the code is in the upper part of the interval
@@ -121,10 +123,10 @@ private:
         int shifts = __builtin_clz(areg); // areg is never zero
         areg <<= shifts;
         while (shifts > ct) [[unlikely]] {
-            creg <<= ct;
-            shifts -= ct;
-            ct = int(bytes.byteIn(creg));
-        }
+                creg <<= ct;
+                shifts -= ct;
+                ct = int(bytes.byteIn(creg));
+            }
         creg <<= shifts;
         ct -= shifts;
     }
