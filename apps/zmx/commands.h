@@ -8,5 +8,7 @@ namespace CLI {
 class App;
 }
 
+void addImageCommands(CLI::App& app);
+void addJpegCommands(CLI::App& app);
 void addTiffCommands(CLI::App& app);
 void addHdpCommands(CLI::App& app);
