@@ -181,6 +181,9 @@ TEST(Tiff, WhatCannotBeWritten) {
         }
     };
     EXPECT_NE(message(file.path, picture(4, 4, 1, 255), {0, true}).find("16 bits"), std::string::npos);
+    Image inks = picture(4, 4, 4, 255);
+    inks.cmyk = true;
+    EXPECT_NE(message(file.path, inks, {}).find("CMYK"), std::string::npos);
     EXPECT_NE(message("/nowhere/x.tif", picture(4, 4, 1, 255), {}).find("/nowhere/x.tif"), std::string::npos);
     EXPECT_EQ(message("/nowhere/x.tif", picture(4, 4, 1, 255), {}).find('\n'), std::string::npos);
     EXPECT_NE(message("/dev/full", picture(40, 40, 3, 255), {}).find("/dev/full"), std::string::npos);

@@ -140,6 +140,7 @@ Bytes readStrip(const File& file, std::uint32_t strip) {
 } // namespace
 
 void write(const std::string& path, const Image& picture, const EncodeOptions& options) {
+    if (picture.cmyk) throw Error(path + ": TIFF: a CMYK picture is not supported");
     const Image image = inFileDepth(picture);
     const std::uint64_t rowBytes = std::uint64_t(image.rowSamples()) * 2;
     if (rowBytes > INT_MAX / 2) throw Error(path + ": TIFF: the rows are too long");
