@@ -17,9 +17,10 @@ enum PBits { none, onePerSubset, onePerEnd };
 // What the block of a mode holds, in bits. The fields stand in the order of the members: the mode's prefix, the
 // partition, the rotation, the selector, all red end-points, all green, all blue, all alpha, the P-bits, the indexes.
 struct Mode {
-    int number, subsets, partition, rotation, selector, colour, alpha;
+    int number, subsets, partition, rotation, selector;
+    int colour, alpha; // of one end-point in one channel
     PBits pBits;
-    int index, index2;
+    int index, index2; // of one texel
 
     constexpr int ends() const { return 2 * subsets; }
     constexpr int partitionAt() const { return number + 1; }
@@ -27,7 +28,8 @@ struct Mode {
     constexpr int selectorAt() const { return rotationAt() + rotation; }
     constexpr int channelAt(int c) const { return selectorAt() + selector + c * ends() * colour; }
     constexpr int pBitsAt() const { return channelAt(3) + ends() * alpha; }
-    constexpr int indexAt() const { return pBitsAt() + (pBits == onePerEnd ? ends() : pBits == onePerSubset ? subsets : 0); }
+    constexpr int pBitsSize() const { return pBits == onePerEnd ? ends() : pBits == onePerSubset ? subsets : 0; }
+    constexpr int indexAt() const { return pBitsAt() + pBitsSize(); }
     constexpr int indexSize() const { return 16 * index - subsets; } // each anchor lacks a bit
     constexpr int index2At() const { return indexAt() + indexSize(); }
     constexpr int index2Size() const { return index2 ? 16 * index2 - 1 : 0; }
@@ -96,7 +98,8 @@ void makePalette(const Zmx32u* pR, const Zmx32u* pG, const Zmx32u* pB, const Zmx
     }
     for (int i = 0; i < 4 << IndexBits; i += 8) {
         Zmx8u pixels[8];
-        for (int l = 0; l < 8; ++l) pixels[l] = Zmx8u(Zmx16u(start[l] + slope[l] * kLaneWeights<IndexBits>[i + l]) >> 6);
+        for (int l = 0; l < 8; ++l)
+            pixels[l] = Zmx8u(Zmx16u(start[l] + slope[l] * kLaneWeights<IndexBits>[i + l]) >> 6);
         std::memcpy(palette + i / 4, pixels, 8);
     }
 }
@@ -133,7 +136,7 @@ void interpolateRotated(const Zmx32u* pIndexesA, const Zmx32u* pIndexesB, const 
 template <Mode M, int C> void readEnds(Bits bits, Zmx32u* ends) {
     constexpr int width = C == 3 ? M.alpha : M.colour, n = width + (M.pBits != none);
     const Word run = bits.get<M.channelAt(C), M.ends() * width>();
-    const Word p = bits.get<M.pBitsAt(), M.indexAt() - M.pBitsAt()>();
+    const Word p = bits.get<M.pBitsAt(), M.pBitsSize()>();
     for (int e = 0; e < M.ends(); ++e) {
         Zmx32u v = Zmx32u(run >> width * e) & ((1u << width) - 1);
         if (M.pBits == onePerEnd) v = v << 1 | Zmx32u(p >> e & 1);

@@ -81,8 +81,21 @@ inline constexpr Zmx32u idxFixupThreeSubsetMap[64] = {
 
 // The two texels of each class, the lower one first.
 inline constexpr Zmx8u anchorsOfThreeSubsets[14][2] = {
-    {3, 5}, {3, 8}, {3, 15}, {5, 10}, {5, 15}, {6, 8}, {6, 10}, {6, 15}, {8, 9}, {8, 10}, {8, 15}, {10, 15}, {12, 15}, {13, 15},
+    {3, 5},  {3, 8}, {3, 15}, {5, 10}, {5, 15},  {6, 8},   {6, 10}, // 0
+    {6, 15}, {8, 9}, {8, 10}, {8, 15}, {10, 15}, {12, 15}, {13, 15}, // 7
 };
+
+// Each anchor lies in its own subset, in every partition.
+constexpr bool anchorsFit() {
+    for (std::size_t p = 0; p < 64; ++p) {
+        const auto& pair = anchorsOfThreeSubsets[idxFixupThreeSubsetMap[p]];
+        const auto& three = subset_index_three_subsets[p];
+        if (subset_index_two_subsets[p][anchorOfTwoSubsets[idxFixupTwoSubsetMap[p]]] != 1) return false;
+        if (three[pair[0]] * three[pair[1]] != 2) return false; // one in subset 1, the other in subset 2
+    }
+    return true;
+}
+static_assert(anchorsFit());
 
 // The share of the second end-point, in 64ths, by index: for indexes of 2, 3 and 4 bits.
 inline constexpr Zmx16u interW2[4] = {0, 21, 43, 64};

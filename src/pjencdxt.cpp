@@ -11,10 +11,15 @@ namespace {
 using Texels8 = Zmx8u[16];   // one value for each texel of a block
 using Texels16 = Zmx16s[16]; // distances, up to 765
 
-// Channel c of the 16 interleaved pixels.
-template <int PixelBytes> inline void channelOf(const Zmx8u* pBlock, int c, Texels8& out) {
-    for (int i = 0; i < 16; ++i) out[i] = pBlock[PixelBytes * i + c];
-}
+// The 16 interleaved pixels, a channel at a time.
+template <int PixelBytes> struct Channels {
+    Texels8 at[PixelBytes];
+
+    explicit Channels(const Zmx8u* pBlock) {
+        for (int i = 0; i < 16; ++i)
+            for (int c = 0; c < PixelBytes; ++c) at[c][i] = pBlock[PixelBytes * i + c];
+    }
+};
 
 struct Bounds {
     Zmx8u lo, hi;
@@ -77,10 +82,10 @@ inline void storeAlpha(const Texels8& alpha, Zmx32u a0, Zmx32u a1, Zmx8u* pOut) 
 
     Texels8 index;
     for (int i = 0; i < 16; ++i) {
-        int count = 1;
-        for (int k = 0; k < 7; ++k) count += alpha[i] <= threshold[k];
+        Zmx8u count = 1;
+        for (int k = 0; k < 7; ++k) count = Zmx8u(count + (alpha[i] <= threshold[k]));
         // The order of the format: 0 is a0 and 1 is a1, and the values between follow.
-        const int r = count & 7;
+        const Zmx8u r = count & 7;
         index[i] = Zmx8u(r ^ (r < 2));
     }
     pOut[0] = Zmx8u(a0);
@@ -90,25 +95,20 @@ inline void storeAlpha(const Texels8& alpha, Zmx32u a0, Zmx32u a1, Zmx8u* pOut) 
 }
 
 // The colour block of 8 bytes, the same in all three formats. Alpha takes no part in it.
-inline void storeColours(const Zmx8u* pBlock, Zmx8u* pOut) {
-    Texels8 channel[3];
-    Entries entries[3];
-    Bounds box[3];
-    for (int c = 0; c < 3; ++c) {
-        channelOf<4>(pBlock, c, channel[c]);
-        box[c] = inset(boundsOf(channel[c]));
-        entries[c] = c == 1 ? entriesBetween(repeat6(box[c].hi), repeat6(box[c].lo))
-                            : entriesBetween(repeat5(box[c].hi), repeat5(box[c].lo));
-    }
-    store(pOut, 0, pack565(box[0].hi, box[1].hi, box[2].hi));
-    store(pOut, 1, pack565(box[0].lo, box[1].lo, box[2].lo));
+inline void storeColours(const Channels<4>& pixels, Zmx8u* pOut) {
+    const Texels8 &r = pixels.at[0], &g = pixels.at[1], &b = pixels.at[2];
+    const Bounds rBox = inset(boundsOf(r)), gBox = inset(boundsOf(g)), bBox = inset(boundsOf(b));
+    store(pOut, 0, pack565(rBox.hi, gBox.hi, bBox.hi));
+    store(pOut, 1, pack565(rBox.lo, gBox.lo, bBox.lo));
 
+    const Entries rEntries = entriesBetween(repeat5(rBox.hi), repeat5(rBox.lo)),
+                  gEntries = entriesBetween(repeat6(gBox.hi), repeat6(gBox.lo)),
+                  bEntries = entriesBetween(repeat5(bBox.hi), repeat5(bBox.lo));
     Texels16 d[4];
     for (int k = 0; k < 4; ++k)
         for (int i = 0; i < 16; ++i)
-            d[k][i] = Zmx16s(distance(channel[0][i], entries[0].value[k]) +
-                             distance(channel[1][i], entries[1].value[k]) +
-                             distance(channel[2][i], entries[2].value[k]));
+            d[k][i] = Zmx16s(distance(r[i], rEntries.value[k]) + distance(g[i], gEntries.value[k]) +
+                             distance(b[i], bEntries.value[k]));
     Texels8 index;
     for (int i = 0; i < 16; ++i) {
         // Strict comparisons: ties go to the lower index.
@@ -119,9 +119,9 @@ inline void storeColours(const Zmx8u* pBlock, Zmx8u* pOut) {
     storeColourIndexes(index, pOut + 4);
 }
 
-// The bounds of scaled chroma, drawn in by a sixteenth and widened by 7 sixteenths of a step, in unsigned arithmetic.
-// The low one may wrap where lo is 0 and the range below 7; then its low byte is 255, and that stands. The high one
-// saturates.
+// The bounds of scaled chroma, drawn in by a sixteenth of their distance less 7 sixteenths of a step, in unsigned
+// arithmetic. The low one wraps where lo is 0 and the distance below 7: widened to a byte it is 255 then, and that
+// stands, as it is required. The high one saturates.
 struct ChromaBounds {
     Zmx32u lo, hi;
 };
@@ -152,30 +152,27 @@ ZmxStatus zmxiTextureEncodeBlockFromYCoCg_DXT5_8u_C3C1R(const Zmx8u* pSrc, Zmx32
     return encodeSurface<3, 16>(pSrc, srcStep, roiSize, pDst, encode_block_ycocg_dxt5);
 }
 
-void encode_block_rgba_dxt1(const Zmx8u* pBlock, Zmx8u* pOut) { storeColours(pBlock, pOut); }
+void encode_block_rgba_dxt1(const Zmx8u* pBlock, Zmx8u* pOut) { storeColours(Channels<4>(pBlock), pOut); }
 
 void encode_block_rgba_dxt3(const Zmx8u* pBlock, Zmx8u* pOut) {
+    const Channels<4> pixels(pBlock);
     Texels8 alpha;
-    channelOf<4>(pBlock, 3, alpha);
-    for (Zmx8u& a : alpha) a >>= 4; // the top 4 bits, not rounded
+    for (int i = 0; i < 16; ++i) alpha[i] = pixels.at[3][i] >> 4; // the top 4 bits, not rounded
     store(pOut, 0, squeeze8<4>(alpha));
     store(pOut, 1, squeeze8<4>(alpha + 8));
-    storeColours(pBlock, pOut + 8);
+    storeColours(pixels, pOut + 8);
 }
 
 void encode_block_rgba_dxt5(const Zmx8u* pBlock, Zmx8u* pOut) {
-    Texels8 alpha;
-    channelOf<4>(pBlock, 3, alpha);
-    const Bounds ends = inset(boundsOf(alpha));
-    storeAlpha(alpha, ends.hi, ends.lo, pOut);
-    storeColours(pBlock, pOut + 8);
+    const Channels<4> pixels(pBlock);
+    const Bounds ends = inset(boundsOf(pixels.at[3]));
+    storeAlpha(pixels.at[3], ends.hi, ends.lo, pOut);
+    storeColours(pixels, pOut + 8);
 }
 
 void encode_block_ycocg_dxt5(Zmx8u* pBlock, Zmx8u* pOut) {
-    Texels8 y, co, cg;
-    channelOf<3>(pBlock, 0, y);
-    channelOf<3>(pBlock, 1, co);
-    channelOf<3>(pBlock, 2, cg);
+    Channels<3> pixels(pBlock);
+    Texels8 &y = pixels.at[0], &co = pixels.at[1], &cg = pixels.at[2];
     const Bounds yBox = boundsOf(y), coBox = boundsOf(co), cgBox = boundsOf(cg);
 
     // Small chroma ranges are scaled about 128 for the sake of the 5 and 6 bits; no value leaves its byte.
@@ -192,9 +189,9 @@ void encode_block_ycocg_dxt5(Zmx8u* pBlock, Zmx8u* pOut) {
     Zmx8u cgLo = repeat6(cgEnds.lo), cgHi = repeat6(cgEnds.hi);
 
     // Chroma that lies along the other diagonal of its box: exactly half the texels do not yet turn it.
-    const int coMid = (coLo + coHi + 1) >> 1, cgMid = (cgLo + cgHi + 1) >> 1;
-    int across = 0;
-    for (int i = 0; i < 16; ++i) across += (co[i] >= coMid) != (cg[i] >= cgMid);
+    const Zmx8u coMid = Zmx8u((coLo + coHi + 1) >> 1), cgMid = Zmx8u((cgLo + cgHi + 1) >> 1);
+    Zmx8u across = 0;
+    for (int i = 0; i < 16; ++i) across = Zmx8u(across + ((co[i] >= coMid) != (cg[i] >= cgMid)));
     if (across > 8) std::swap(cgLo, cgHi);
 
     storeAlpha(y, yBox.hi, yBox.lo, pOut); // exact bounds: luma has no inset
