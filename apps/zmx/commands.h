@@ -7,3 +7,5 @@
 namespace CLI {
 class App;
 }
+
+void addDdsCommands(CLI::App& app);
