@@ -75,10 +75,10 @@ inline void storeColourIndexes(const Texels8& index, Zmx8u* pOut) {
 
 // Bytes 0 to 7 of a DXT5 block: end-points a0 >= a1 and the 3-bit indexes of the eight-value mode.
 inline void storeAlpha(const Texels8& alpha, Zmx32u a0, Zmx32u a1, Zmx8u* pOut) {
-    // The thresholds are half-way between the values, and taken modulo 256.
-    const Zmx32u half = (a0 - a1) / 14;
-    Zmx8u threshold[7] = {Zmx8u(a1 + half)};
-    for (Zmx32u k = 2; k < 8; ++k) threshold[k - 1] = Zmx8u(((8 - k) * a0 + (k - 1) * a1) / 7 + half);
+    // A threshold half-way above each value but the first, a0, which comes last; they are taken modulo 256.
+    const Zmx16u half = Zmx16u((a0 - a1) / 14);
+    Zmx8u threshold[8];
+    for (Zmx32u k = 0; k < 8; ++k) threshold[k] = Zmx8u(Zmx16u(k * a0 + (7 - k) * a1) / 7 + half);
 
     Texels8 index;
     for (int i = 0; i < 16; ++i) {

@@ -17,7 +17,6 @@ import unittest
 import numpy as np
 from PIL import Image
 
-ZMX = os.path.abspath(sys.argv.pop(1))
 PHOTO = "/usr/share/backgrounds/mate/nature/Garden.jpg"  # Debian's mate-backgrounds
 rng = np.random.default_rng(20)
 
@@ -40,6 +39,13 @@ def header(width, height, fourcc, levels=1, caps2=0, dx10=None):
     words = [0x20534444, 124, 0x81007, height, width, 0, 0, levels] + 11 * [0] + [32, 4]
     out = struct.pack("<21I4s5I", *words, fourcc, 0, 0, 0, 0, 0) + struct.pack("<5I", 0x1000, caps2, 0, 0, 0)
     return out + (struct.pack("<5I", dx10[0], 3, dx10[1], dx10[2], 0) if dx10 else b"")
+
+
+def random_bc7(count):
+    """Random blocks, each mode in turn; random bytes alone would be mode 0 every other time."""
+    blocks = rng.integers(0, 256, (count, 16), np.uint8)
+    blocks[:, 0] = (blocks[:, 0].astype(int) << 1 | 1) << np.arange(count) % 8 & 255
+    return blocks
 
 
 def bc7_header(width, height):
@@ -147,6 +153,15 @@ def packed_bc7(block, mode):
     return b.bytes()
 
 
+def packed_picture(picture):
+    """An RGB picture as BC7 blocks, of modes 5 and 6 by turns."""
+    height, width = picture.shape[:2]
+    padded = np.pad(picture, ((0, -height % 4), (0, -width % 4), (0, 0)), "edge")
+    down, across = padded.shape[0] // 4, padded.shape[1] // 4
+    blocks = padded.reshape(down, 4, across, 4, 3).transpose(0, 2, 1, 3, 4).reshape(-1, 16, 3)
+    return b"".join(packed_bc7(block, 5 + i % 2) for i, block in enumerate(blocks))
+
+
 class Texture(unittest.TestCase):
     def setUp(self):
         self.folder = tempfile.TemporaryDirectory()
@@ -172,9 +187,7 @@ class Texture(unittest.TestCase):
 
     def test_bc7_random_blocks_of_every_mode(self):
         width, height = 2048, 1024
-        blocks = rng.integers(0, 256, (width * height // 16, 16), np.uint8)
-        mode = np.arange(len(blocks)) % 8
-        blocks[:, 0] = (blocks[:, 0].astype(int) << 1 | 1) << mode & 255
+        blocks = random_bc7(width * height // 16)
         path = self.file("random.dds", bc7_header(width, height) + blocks.tobytes())
         self.assertGreaterEqual(len(blocks), 100_000)
         np.testing.assert_array_equal(self.decoded(path), pixels(path))
@@ -182,11 +195,7 @@ class Texture(unittest.TestCase):
     def test_bc7_photograph(self):
         width, height = 252, 130
         picture = np.asarray(photograph(width, height))
-        padded = np.pad(picture, ((0, -height % 4), (0, -width % 4), (0, 0)), "edge")
-        down, across = padded.shape[0] // 4, padded.shape[1] // 4
-        blocks = padded.reshape(down, 4, across, 4, 3).transpose(0, 2, 1, 3, 4).reshape(-1, 16, 3)
-        data = b"".join(packed_bc7(block, 5 + i % 2) for i, block in enumerate(blocks))
-        path = self.file("photo.dds", bc7_header(width, height) + data)
+        path = self.file("photo.dds", bc7_header(width, height) + packed_picture(picture))
         ours = self.decoded(path)
         np.testing.assert_array_equal(ours, pixels(path))
         self.assertGreater(psnr(ours[:, :, :3], picture), 32)
@@ -332,4 +341,6 @@ class Texture(unittest.TestCase):
         self.assertFalse(os.path.exists(self.path("out.dds")))
 
 
-unittest.main(verbosity=2)
+if __name__ == "__main__":
+    ZMX = os.path.abspath(sys.argv.pop(1))
+    unittest.main(verbosity=2)
