@@ -30,25 +30,23 @@ struct Palette {
     Zmx32u entry[4];
 };
 
-constexpr Zmx32u kOpaque = 0xFF000000;
-
 // The four-colour palette, with alpha 0.
 inline Palette fourColours(const Zmx8u* colours) {
-    const Zmx32u c0 = load<Zmx16u>(colours, 0), c1 = load<Zmx16u>(colours, 1);
-    const Lanes x0 = widened(c0), x1 = widened(c1);
+    const Lanes x0 = widened(load<Zmx16u>(colours, 0)), x1 = widened(load<Zmx16u>(colours, 1));
     return {{pixelOf(x0), pixelOf(x1), pixelOf(third(2 * x0 + x1)), pixelOf(third(x0 + 2 * x1))}};
 }
 
-// DXT1: where colour 0 is not above colour 1, entry 2 is the mean, and entry 3, the format's transparent one, is
-// opaque white: required here.
+// DXT1's palette, opaque. Where colour 0 is not above colour 1, entry 2 is the mean, and entry 3, the format's
+// transparent one, is opaque white: required here. Made without a branch, which would often be guessed wrong.
 inline Palette dxt1Colours(const Zmx8u* colours) {
     const Zmx32u c0 = load<Zmx16u>(colours, 0), c1 = load<Zmx16u>(colours, 1);
-    const Lanes x0 = widened(c0), x1 = widened(c1);
-    const Zmx32u four = Zmx32u(0) - Zmx32u(c0 > c1); // all ones for four colours; a branch would guess wrong
-    const Zmx32u mean = pixelOf((x0 + x1) >> 1);
-    return {{pixelOf(x0) | kOpaque, pixelOf(x1) | kOpaque,
-             ((pixelOf(third(2 * x0 + x1)) & four) | (mean & ~four)) | kOpaque,
-             pixelOf(third(x0 + 2 * x1)) | ~four | kOpaque}};
+    const Zmx32u three = Zmx32u(0) - Zmx32u(c0 <= c1); // all bits set for three colours
+    const Zmx32u mean = pixelOf((widened(c0) + widened(c1)) >> 1);
+    Palette p = fourColours(colours);
+    p.entry[2] = (p.entry[2] & ~three) | (mean & three);
+    p.entry[3] |= three;
+    for (Zmx32u& e : p.entry) e |= 0xFF000000;
+    return p;
 }
 
 // The eight alpha values of DXT5, rounded by the constants ahead of the divisions.
