@@ -6,15 +6,14 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
-#include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace {
 
 struct Options {
-    std::string in, out;
-    dds::Format format = dds::Format::dxt1;
+    std::string in, out, format;
     bool mips = false;
     int layer = 0;
 };
@@ -32,7 +31,7 @@ void encode(const Options& o) {
     const Image picture = readImage(o.in);
     if (std::max(picture.width, picture.height) > dds::kMaxSide)
         throw dds::Error(o.in + ": a side of more than " + std::to_string(dds::kMaxSide) + " pixels");
-    dds::write(o.out, dds::encode(picture, o.format, o.mips));
+    dds::write(o.out, dds::encode(picture, dds::formatNamed(o.format), o.mips));
 }
 
 void decode(const Options& o) {
@@ -67,15 +66,13 @@ void addDdsCommands(CLI::App& app) {
     group->require_subcommand(1);
     const auto o = std::make_shared<Options>();
 
-    std::map<std::string, dds::Format> formats;
-    for (auto f : {dds::Format::dxt1, dds::Format::dxt3, dds::Format::dxt5, dds::Format::ycocgDxt5})
-        formats[dds::nameOf(f)] = f;
     CLI::App* enc = group->add_subcommand("encode", "Compress a PNG or PNM picture into a DDS file");
     enc->add_option("in", o->in, "the picture")->required();
     enc->add_option("out", o->out, "the DDS file")->required();
-    enc->add_option("--format", o->format, "dxt1, dxt3, dxt5 or ycocg-dxt5")
-        ->required()
-        ->transform(CLI::CheckedTransformer(formats));
+    std::vector<std::string> formats;
+    for (dds::Format f : {dds::Format::dxt1, dds::Format::dxt3, dds::Format::dxt5, dds::Format::ycocgDxt5})
+        formats.push_back(dds::nameOf(f));
+    enc->add_option("--format", o->format, "the block format")->required()->check(CLI::IsMember(formats));
     enc->add_flag("--mips", o->mips, "with a chain of levels down to 1 by 1");
     enc->callback([o] { encode(*o); });
 

@@ -71,8 +71,13 @@ constexpr Known kKnown[] = {
     {Format::ycocgDxt5, "ycocg-dxt5", 16, fourCC("DXT5"), 0},
     {Format::bc7, "bc7", 16, 0, 97},
 };
+template <class Test> const Known& known(Test test) {
+    const Known* k = std::find_if(std::begin(kKnown), std::end(kKnown), test);
+    if (k == std::end(kKnown)) throw Error("no such texture format");
+    return *k;
+}
 const Known& known(Format format) {
-    return *std::find_if(std::begin(kKnown), std::end(kKnown), [=](const Known& k) { return k.format == format; });
+    return known([=](const Known& k) { return k.format == format; });
 }
 
 // The fields of one file, and what to say when one of them is wrong.
@@ -162,6 +167,9 @@ File open(const std::string& path, const char* mode) {
 } // namespace
 
 const char* nameOf(Format format) { return known(format).name; }
+Format formatNamed(const std::string& name) {
+    return known([&](const Known& k) { return k.name == name; }).format;
+}
 int blockBytes(Format format) { return known(format).blockBytes; }
 
 int fullChain(int width, int height) { return int(std::bit_width(unsigned(std::max(width, height)))); }

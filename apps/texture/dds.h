@@ -19,6 +19,7 @@ namespace dds {
 enum class Format { dxt1, dxt3, dxt5, ycocgDxt5, bc7 };
 
 const char* nameOf(Format format); // as the command line spells it
+Format formatNamed(const std::string& name);
 int blockBytes(Format format);
 
 constexpr int kMaxSide = 1 << 15; // of a picture, in pixels
