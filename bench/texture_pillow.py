@@ -10,6 +10,7 @@ import time
 import numpy as np
 from PIL import Image
 
+sys.dont_write_bytecode = True
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tests", "interchange"))
 import texture
 
