@@ -9,3 +9,5 @@ class App;
 }
 
 void addDdsCommands(CLI::App& app);
+void addImageCommands(CLI::App& app);
+void addJpegCommands(CLI::App& app);

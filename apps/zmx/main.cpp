@@ -12,6 +12,8 @@ int main(int argc, char** argv) {
     app.require_subcommand(1);
     app.set_version_flag("--version", std::string(zmxjGetLibVersion()->Name) + " " + zmxjGetLibVersion()->Version);
     addDdsCommands(app);
+    addImageCommands(app);
+    addJpegCommands(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {
