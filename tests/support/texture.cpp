@@ -107,6 +107,23 @@ void checkEncoder(const TextureEncoder& f, const std::vector<Zmx8u>& pixels, Zmx
     }
 }
 
+void checkEveryPairOfBounds(const TextureEncoder& f, const std::vector<int>& follow) {
+    Rng rng(70);
+    for (int lo = 0; lo < 256; ++lo) {
+        // Blocks side by side, one for each upper bound; the bounds are the first and the last texel.
+        const ZmxiSize roi = {4 * (256 - lo), 4};
+        std::vector<Zmx8u> pixels;
+        for (int y = 0; y < 4; ++y) {
+            for (int x = 0; x < roi.width; ++x) {
+                const int hi = lo + x / 4, n = 4 * y + x % 4;
+                const auto v = n == 0 ? lo : n == 15 ? hi : int(rng.range(lo, hi));
+                for (int c : follow) pixels.push_back(Zmx8u(c > 0 ? v : c < 0 ? 255 - v : 128));
+            }
+        }
+        ASSERT_NO_FATAL_FAILURE(checkEncoder(f, pixels, roi, Zmx32u(f.channels * roi.width)));
+    }
+}
+
 void checkEverySize(const TextureDecoder& f) {
     Rng rng(71);
     forEverySize([&](ZmxiSize roi) {

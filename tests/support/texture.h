@@ -34,6 +34,10 @@ std::size_t extent(ZmxiSize roi, int channels, Zmx32u step);
 void checkDecoder(const TextureDecoder& f, const std::vector<Zmx8u>& blocks, ZmxiSize roi, Zmx32u step);
 void checkEncoder(const TextureEncoder& f, const std::vector<Zmx8u>& pixels, ZmxiSize roi, Zmx32u step);
 
+// Blocks of values between every pair of bounds. follow[c] tells of each channel whether it has these values
+// (1), runs against them (-1) or is 128 throughout (0).
+void checkEveryPairOfBounds(const TextureEncoder& f, const std::vector<int>& follow);
+
 // Surfaces of 1x1 to 20x20 pixels with steps that fit, that leave gaps and that let rows overlap.
 void checkEverySize(const TextureDecoder& f);
 void checkEverySize(const TextureEncoder& f);
