@@ -8,6 +8,7 @@ namespace CLI {
 class App;
 }
 
+void addDdsCommands(CLI::App& app);
 void addImageCommands(CLI::App& app);
 void addJpegCommands(CLI::App& app);
 void addTiffCommands(CLI::App& app);

@@ -11,6 +11,7 @@ int main(int argc, char** argv) {
     CLI::App app{"Image codecs built on libzmxjpx."};
     app.require_subcommand(1);
     app.set_version_flag("--version", std::string(zmxjGetLibVersion()->Name) + " " + zmxjGetLibVersion()->Version);
+    addDdsCommands(app);
     addImageCommands(app);
     addJpegCommands(app);
     addTiffCommands(app);

@@ -1,0 +1,88 @@
+// fuzz_dds.cpp - the DDS reader, and the texture functions on surfaces of any size.
+//
+// An input that begins like a DDS file goes to the reader; a file that it takes is decoded level by level and written
+// again. Any other input is the arguments of one call, with buffers of exactly the size that the call may touch.
+#include "texture/surface.h"
+#include "zmxj.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Bytes = std::vector<Zmx8u>;
+
+void require(bool holds) {
+    if (!holds) std::abort();
+}
+
+void readFile(const Zmx8u* data, std::size_t size) {
+    dds::Texture texture;
+    try {
+        texture = dds::parse({data, size}, "fuzz.dds");
+    } catch (const dds::Error& e) {
+        const std::string text = e.what();
+        require(text.rfind("fuzz.dds: ", 0) == 0 && text.find('\n') == std::string::npos);
+        return;
+    }
+    require(texture.blocks.size() <= size);
+    for (int layer = 0; layer < std::min(texture.layers, 8); ++layer)
+        for (int i = 0; i < texture.levels; ++i) {
+            const dds::Level place = texture.level(layer, i);
+            const Image picture = dds::decode(texture, layer, i);
+            require(picture.width == place.width && picture.height == place.height);
+        }
+    if (texture.layers == 1 && texture.format != dds::Format::bc7) {
+        const dds::Texture again = dds::parse(dds::serialise(texture), "again.dds");
+        require(again.format == texture.format && again.blocks == texture.blocks && again.levels == texture.levels);
+    }
+}
+
+// What a call reads, zeros where the input is too short.
+Bytes take(const Zmx8u* data, std::size_t size, std::size_t wanted) {
+    Bytes out(data, data + std::min(size, wanted));
+    out.resize(wanted);
+    out.shrink_to_fit();
+    return out;
+}
+
+void callFunction(const Zmx8u* data, std::size_t size) {
+    static constexpr decltype(&zmxiTextureDecodeBlockToRGBA_BC7_8u_C1C4R) decoders[] = {
+        zmxiTextureDecodeBlockToRGBA_DXT1_8u_C1C4R, zmxiTextureDecodeBlockToRGBA_DXT3_8u_C1C4R,
+        zmxiTextureDecodeBlockToRGBA_DXT5_8u_C1C4R, zmxiTextureDecodeBlockToRGBA_BC7_8u_C1C4R};
+    static constexpr decltype(&zmxiTextureEncodeBlockFromRGBA_DXT1_8u_C4C1R) encoders[] = {
+        zmxiTextureEncodeBlockFromRGBA_DXT1_8u_C4C1R, zmxiTextureEncodeBlockFromRGBA_DXT3_8u_C4C1R,
+        zmxiTextureEncodeBlockFromRGBA_DXT5_8u_C4C1R, zmxiTextureEncodeBlockFromYCoCg_DXT5_8u_C3C1R};
+    if (size < 4) return;
+    const int which = data[0] % 4;
+    const bool encode = data[0] & 4;
+    const ZmxiSize roi{data[1] % 40, data[2] % 40}; // 0 too: refused, and nothing touched
+    const std::size_t pixel = encode && which == 3 ? 3 : 4;
+    const std::size_t step = pixel * std::size_t(roi.width) + data[3] % 8;
+    const std::size_t rows = roi.height ? step * std::size_t(roi.height - 1) + pixel * std::size_t(roi.width) : 0;
+    const std::size_t blocks = std::size_t((roi.width + 3) / 4) * std::size_t((roi.height + 3) / 4) * (which ? 16 : 8);
+    const ZmxStatus expected = !step ? zmxStsStepErr : roi.width < 1 || roi.height < 1 ? zmxStsSizeErr : zmxStsNoErr;
+
+    const Bytes in = take(data + 4, size - 4, encode ? rows : blocks);
+    Bytes out(encode ? blocks : rows);
+    Zmx8u none = 0;
+    const Zmx8u* src = in.empty() ? &none : in.data();
+    Zmx8u* dst = out.empty() ? &none : out.data();
+    const ZmxStatus status = encode ? encoders[which](src, Zmx32u(step), roi, dst)
+                                    : decoders[which](src, dst, Zmx32u(step), roi);
+    require(status == expected && none == 0);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const Zmx8u* data, std::size_t size) {
+    if (size >= 4 && std::memcmp(data, "DDS ", 4) == 0) {
+        readFile(data, size);
+        return 0;
+    }
+    callFunction(data, size);
+    return 0;
+}
