@@ -6,6 +6,9 @@
 
 #include "pjwrap.h"
 
+#include <cstdint>
+#include <cstring>
+
 // A block of 64 elements that a pass reads or writes.
 struct alignas(32) Block16s {
     Zmx16s at[64];
@@ -48,3 +51,22 @@ constexpr Wrapping timesRoot2(Wrapping v) { return Wrapping(shiftRight(v + 2048,
 
 // Results keep their 16 low bits: nothing saturates.
 template <class Pass> constexpr Zmx16s ended(Wrapping v) { return wrap16s(shiftRight(v + Pass::half, Pass::shift)); }
+
+// Whether a block holds anything but zeros in its last two rows, and in its last four columns. Most blocks of photographs
+// do not, so that a branch on either is foretold well.
+struct Extent {
+    bool tall, wide;
+};
+inline Extent extentOf(const Zmx16s* block) {
+    std::uint64_t below = 0, right = 0;
+    for (int y = 0; y < 8; ++y) {
+        std::uint64_t halves[2];
+        std::memcpy(halves, block + 8 * y, sizeof halves);
+        right |= halves[1];
+        if (y >= 6) below |= halves[0] | halves[1];
+    }
+    return {below != 0, right != 0};
+}
+
+// The core of the inverse transform. The source may be the destination, which is written last.
+void dct_8x8_inv_16s(const Zmx16s* src, Zmx16s* dst, Extent extent);
