@@ -52,21 +52,19 @@ constexpr Wrapping timesRoot2(Wrapping v) { return Wrapping(shiftRight(v + 2048,
 // Results keep their 16 low bits: nothing saturates.
 template <class Pass> constexpr Zmx16s ended(Wrapping v) { return wrap16s(shiftRight(v + Pass::half, Pass::shift)); }
 
-// Whether a block holds anything but zeros in its last two rows, and in its last four columns. Most blocks of photographs
-// do not, so that a branch on either is foretold well.
-struct Extent {
-    bool tall, wide;
-};
-inline Extent extentOf(const Zmx16s* block) {
-    std::uint64_t below = 0, right = 0;
-    for (int y = 0; y < 8; ++y) {
-        std::uint64_t halves[2];
-        std::memcpy(halves, block + 8 * y, sizeof halves);
-        right |= halves[1];
-        if (y >= 6) below |= halves[0] | halves[1];
+// Whether nothing but zeros stands outside of a corner of a block that most blocks of photographs keep to.
+constexpr int kSmallRows = 6, kSmallColumns = 4;
+inline bool isSmall(const Zmx16s* block) {
+    std::uint64_t outside = 0; // four elements at a time
+    for (int k = 0; k < 64; k += 4) {
+        if (k / 8 < kSmallRows && k % 8 < kSmallColumns) continue;
+        std::uint64_t four;
+        std::memcpy(&four, block + k, sizeof four);
+        outside |= four;
     }
-    return {below != 0, right != 0};
+    return outside == 0;
 }
 
-// The core of the inverse transform. The source may be the destination, which is written last.
-void dct_8x8_inv_16s(const Zmx16s* src, Zmx16s* dst, Extent extent);
+// The core of the inverse transform; small: what isSmall says of the source. The source may be the destination, which
+// is written last.
+void dct_8x8_inv_16s(const Zmx16s* src, Zmx16s* dst, bool small);

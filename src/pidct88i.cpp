@@ -112,9 +112,10 @@ template <int Rows, int Columns> static void inverse(const Zmx16s* src, Zmx16s* 
     transpose(held.at, dst);
 }
 
-void dct_8x8_inv_16s(const Zmx16s* src, Zmx16s* dst, Extent extent) {
-    if (extent.tall) extent.wide ? inverse<8, 8>(src, dst) : inverse<8, 4>(src, dst);
-    else extent.wide ? inverse<6, 8>(src, dst) : inverse<6, 4>(src, dst);
+void dct_8x8_inv_16s(const Zmx16s* src, Zmx16s* dst, bool small) {
+    // More forms would do with less arithmetic, but a branch that goes either way costs more than it saves.
+    if (small) inverse<kSmallRows, kSmallColumns>(src, dst);
+    else inverse<8, 8>(src, dst);
 }
 
 ZmxStatus zmxiDCT8x8Fwd_16s_C1(const Zmx16s* pSrc, Zmx16s* pDst) {
@@ -127,7 +128,7 @@ ZmxStatus zmxiDCT8x8Fwd_16s_C1I(Zmx16s* pSrcDst) { return zmxiDCT8x8Fwd_16s_C1(p
 
 ZmxStatus zmxiDCT8x8Inv_16s_C1I(Zmx16s* pSrcDst) {
     if (ZmxStatus bad = Args().ptr(pSrcDst)) return bad;
-    dct_8x8_inv_16s(pSrcDst, pSrcDst, extentOf(pSrcDst));
+    dct_8x8_inv_16s(pSrcDst, pSrcDst, isSmall(pSrcDst));
     return zmxStsNoErr;
 }
 
@@ -135,7 +136,7 @@ ZmxStatus zmxiDCT8x8InvLSClip_16s8u_C1R(const Zmx16s* pSrc, Zmx8u* pDst, int dst
                                         Zmx8u minValue, Zmx8u maxValue) {
     if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDst).step(dstStep)) return bad;
     Block16s samples;
-    dct_8x8_inv_16s(pSrc, samples.at, extentOf(pSrc));
+    dct_8x8_inv_16s(pSrc, samples.at, isSmall(pSrc));
     for (int y = 0; y < 8; ++y)
         for (int x = 0; x < 8; ++x) {
             const int t = samples.at[8 * y + x] + levelShift;

@@ -26,7 +26,7 @@ ZmxStatus zmxiDCTQuantInv8x8_JPEG_16s_C1(const Zmx16s* pSrc, Zmx16s* pDst, const
     if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDst).ptr(pQuantInvTable)) return bad;
     Block16s block;
     dequantise(pSrc, block.at, pQuantInvTable);
-    dct_8x8_inv_16s(block.at, pDst, extentOf(pSrc));
+    dct_8x8_inv_16s(block.at, pDst, isSmall(pSrc));
     return zmxStsNoErr;
 }
 
