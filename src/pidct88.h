@@ -6,6 +6,9 @@
 
 #include "pjwrap.h"
 
+#include <cstdint>
+#include <cstring>
+
 // A block of 64 elements that a pass reads or writes.
 struct alignas(32) Block16s {
     Zmx16s at[64];
@@ -48,3 +51,20 @@ constexpr Wrapping timesRoot2(Wrapping v) { return Wrapping(shiftRight(v + 2048,
 
 // Results keep their 16 low bits: nothing saturates.
 template <class Pass> constexpr Zmx16s ended(Wrapping v) { return wrap16s(shiftRight(v + Pass::half, Pass::shift)); }
+
+// Whether nothing but zeros stands outside of a corner of a block that most blocks of photographs keep to.
+constexpr int kSmallRows = 6, kSmallColumns = 4;
+inline bool isSmall(const Zmx16s* block) {
+    std::uint64_t outside = 0; // four elements at a time
+    for (int k = 0; k < 64; k += 4) {
+        if (k / 8 < kSmallRows && k % 8 < kSmallColumns) continue;
+        std::uint64_t four;
+        std::memcpy(&four, block + k, sizeof four);
+        outside |= four;
+    }
+    return outside == 0;
+}
+
+// The core of the inverse transform; small: what isSmall says of the source. The source may be the destination, which
+// is written last.
+void dct_8x8_inv_16s(const Zmx16s* src, Zmx16s* dst, bool small);

@@ -44,11 +44,14 @@ static void forwardPass(const Zmx16s* __restrict in, Zmx16s* __restrict out) {
     }
 }
 
-template <class Pass>
+// Only the first Count vectors are read, the others being zero. Every result is what eight would give: products of zero
+// vanish ahead of any rounding.
+template <class Pass, int Count>
 static void inversePass(const Zmx16s* __restrict in, Zmx16s* __restrict out) {
+    const auto element = [in](int k, int i) { return k < Count ? in[8 * k + i] : Zmx16s(0); };
     for (int i = 0; i < 8; ++i) {
         const Zmx16s c0 = in[i], c1 = in[8 + i], c2 = in[16 + i], c3 = in[24 + i];
-        const Zmx16s c4 = in[32 + i], c5 = in[40 + i], c6 = in[48 + i], c7 = in[56 + i];
+        const Zmx16s c4 = element(4, i), c5 = element(5, i), c6 = element(6, i), c7 = element(7, i);
 
         // The rotations multiplied out, so that every factor has 16 bits: sums that wrap do not mind. All multipliers
         // but 5793 have 15 fraction bits.
@@ -100,12 +103,19 @@ static void dct_8x8_fwd_16s(const Zmx16s* src, Zmx16s* dst) {
     }
 }
 
-static void dct_8x8_inv_16s(const Zmx16s* src, Zmx16s* dst) {
+// Columns of zeros leave columns of zeros behind the first pass, and the second one reads columns as its vectors.
+template <int Rows, int Columns> static void inverse(const Zmx16s* src, Zmx16s* dst) {
     Block16s held, turned;
-    inversePass<First>(src, held.at);
+    inversePass<First, Rows>(src, held.at);
     transpose(held.at, turned.at);
-    inversePass<Second>(turned.at, held.at);
+    inversePass<Second, Columns>(turned.at, held.at);
     transpose(held.at, dst);
+}
+
+void dct_8x8_inv_16s(const Zmx16s* src, Zmx16s* dst, bool small) {
+    // More forms would do with less arithmetic, but a branch that goes either way costs more than it saves.
+    if (small) inverse<kSmallRows, kSmallColumns>(src, dst);
+    else inverse<8, 8>(src, dst);
 }
 
 ZmxStatus zmxiDCT8x8Fwd_16s_C1(const Zmx16s* pSrc, Zmx16s* pDst) {
@@ -118,7 +128,7 @@ ZmxStatus zmxiDCT8x8Fwd_16s_C1I(Zmx16s* pSrcDst) { return zmxiDCT8x8Fwd_16s_C1(p
 
 ZmxStatus zmxiDCT8x8Inv_16s_C1I(Zmx16s* pSrcDst) {
     if (ZmxStatus bad = Args().ptr(pSrcDst)) return bad;
-    dct_8x8_inv_16s(pSrcDst, pSrcDst);
+    dct_8x8_inv_16s(pSrcDst, pSrcDst, isSmall(pSrcDst));
     return zmxStsNoErr;
 }
 
@@ -126,7 +136,7 @@ ZmxStatus zmxiDCT8x8InvLSClip_16s8u_C1R(const Zmx16s* pSrc, Zmx8u* pDst, int dst
                                         Zmx8u minValue, Zmx8u maxValue) {
     if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDst).step(dstStep)) return bad;
     Block16s samples;
-    dct_8x8_inv_16s(pSrc, samples.at);
+    dct_8x8_inv_16s(pSrc, samples.at, isSmall(pSrc));
     for (int y = 0; y < 8; ++y)
         for (int x = 0; x < 8; ++x) {
             const int t = samples.at[8 * y + x] + levelShift;

@@ -8,15 +8,26 @@
 #include "psconvert.h"
 #include "psmul.h"
 
-// All 64 products are formed, whatever the transform reads. The table is read as signed: required.
-static void dequantise(const Zmx16s* src, Zmx16s* dst, const Zmx16u* table) {
-    zmxsMul_16s(src, reinterpret_cast<const Zmx16s*>(table), dst, 64);
+// All 64 products are formed, whatever the transform reads. The table is read as signed: required. Products that leave
+// 16 bits are rare: only a block that holds one is saturated.
+static void dequantise(const Zmx16s* __restrict src, Zmx16s* __restrict dst, const Zmx16u* __restrict table) {
+    Zmx16s beyond = 0;
+    for (int i = 0; i < 64; ++i) {
+        // Two products, for vectors have one for either half.
+        const Zmx16s a = src[i], b = Zmx16s(table[i]);
+        const Zmx16s low = Zmx16s(Zmx32u(a) * Zmx32u(b)), high = Zmx16s(a * b >> 16), sign = Zmx16s(low >> 15);
+        dst[i] = low;
+        beyond = Zmx16s(beyond | (high ^ sign));
+    }
+    if (beyond) [[unlikely]] zmxsMul_16s(src, reinterpret_cast<const Zmx16s*>(table), dst, 64);
 }
 
 ZmxStatus zmxiDCTQuantInv8x8_JPEG_16s_C1(const Zmx16s* pSrc, Zmx16s* pDst, const Zmx16u* pQuantInvTable) {
     if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDst).ptr(pQuantInvTable)) return bad;
-    dequantise(pSrc, pDst, pQuantInvTable);
-    return zmxiDCT8x8Inv_16s_C1I(pDst);
+    Block16s block;
+    dequantise(pSrc, block.at, pQuantInvTable);
+    dct_8x8_inv_16s(block.at, pDst, isSmall(pSrc));
+    return zmxStsNoErr;
 }
 
 ZmxStatus zmxiDCTQuantInv8x8_JPEG_16s_C1I(Zmx16s* pSrcDst, const Zmx16u* pQuantInvTable) {

@@ -148,8 +148,8 @@ public:
     // Takes the value behind a code with a category other than 0. With the top bit clear it is negative
     // (EXTEND).
     int value() {
-        const Zmx32s negative = Zmx32s(bits >> 63) - 1;
-        const int v = int(bits >> (64 - category)) + (own_pj_lowest_coef[category] & negative);
+        const std::uint64_t negative = (bits >> 63) - 1; // 0 or all ones
+        const int v = int(((bits ^ negative) >> (64 - category) ^ negative) - negative);
         bits <<= category;
         return v;
     }
