@@ -50,7 +50,7 @@ inline int phaseOf(int origin) { return origin & 1; }
 
 // Row by row, transforms row source(r) into row r, for a permutation of the rows of a plane. A cycle of the permutation begins
 // with its least row, which waits in the scratch memory until the cycle closes. `scratch` holds one row; it may be empty where
-// rows are too short for the lifting.
+// rows are too short for the lifting. The transform may use its source row as working memory: it is overwritten next.
 template <class Source, class Transform>
 void permuteRows(Zmx8u* plane, int step, int rows, std::size_t rowBytes, Zmx8u* scratch, Source source, Transform transform) {
     Zmx8u little[16];
@@ -62,8 +62,8 @@ void permuteRows(Zmx8u* plane, int step, int rows, std::size_t rowBytes, Zmx8u* 
         std::memcpy(waiting, rowAt(plane, step, first), rowBytes);
         int r = first;
         for (int from = source(r); from != first; r = from, from = source(r))
-            transform(static_cast<const Zmx8u*>(rowAt(plane, step, from)), rowAt(plane, step, r));
-        transform(static_cast<const Zmx8u*>(waiting), rowAt(plane, step, r));
+            transform(rowAt(plane, step, from), rowAt(plane, step, r));
+        transform(waiting, rowAt(plane, step, r));
     }
 }
 

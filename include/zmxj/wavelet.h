@@ -176,6 +176,63 @@ ZMXJ_API ZmxStatus zmxiWTInvColLift_B53_JPEG2K_16s_C1(const Zmx16s* pSrcLow1, co
 ZMXJ_API ZmxStatus zmxiWTInvColLift_B53_JPEG2K_32s_C1(const Zmx32s* pSrcLow1, const Zmx32s* pSrcHigh0, const Zmx32s* pSrcHigh1,
                                                       const Zmx32s* pSrc0, Zmx32s* pDst1, Zmx32s* pDst2, int width);
 
+/* ---- The irreversible 9/7 filter.
+ *
+ * Forward: A(2k+1) = x(2k+1) + alpha (x(2k) + x(2k+2)), B(2k) = x(2k) + beta (A(2k-1) + A(2k+1)), G(2k+1) = A(2k+1) + gamma
+ * (B(2k) + B(2k+2)), D(2k) = B(2k) + delta (G(2k-1) + G(2k+1)), low = D / K, high = K G, with alpha -1.5861343, beta
+ * -0.052980117, gamma 0.8829111, delta 0.44350687, K 1.2301741. Number systems:
+ *   whole planes, 16s  14 fractional bits, each term rounded, every value cut to 16 bits; nothing saturates
+ *   whole planes, 32s  a 64-bit significand from the first step to the output, which is limited to 32 bits and truncated
+ *                      toward zero
+ *   kernels, 16s       16 fractional bits, exact products, every step saturated to 16 bits
+ *   kernels, 32s       16 fractional bits, 64-bit products, every step cut to 32 bits
+ *   kernels, 32f       a 64-bit significand, rounded to 32-bit float wherever a value is stored in a row
+ * A kernel call of one output pair (width 1 of a row, height 1 of a column) applies the filter taps directly. */
+
+/** Transforms a plane in place: all columns, then all rows.
+ *
+ *  Unlike the 5/3 filter, at an odd origin the high band comes first, in the direction concerned. At an odd length its last
+ *  sample then replaces the first low one, and the last sample of the line keeps its value. Hence only an even origin is
+ *  brought back by zmxiWTInv_D97_JPEG2K_16s_C1IR. Lines of one sample at an odd origin are doubled.
+ *
+ *  \param pSrcDst     samples of the tile, replaced by its bands
+ *  \param srcDstStep  bytes between rows, at least 1
+ *  \param pTileRect   origin and size; the size is not tested, and a width or height of 0 is accepted
+ *  \param pBuffer     scratch memory
+ *  \return zmxStsNullPtrErr for pSrcDst; zmxStsStepErr for srcDstStep; zmxStsNullPtrErr for pTileRect, pBuffer
+ */
+ZMXJ_API ZmxStatus zmxiWTFwd_D97_JPEG2K_16s_C1IR(Zmx16s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect, Zmx8u* pBuffer);
+/** As zmxiWTFwd_D97_JPEG2K_16s_C1IR, for 32-bit samples. */
+ZMXJ_API ZmxStatus zmxiWTFwd_D97_JPEG2K_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect, Zmx8u* pBuffer);
+/** The inverse transform in place: all rows, then all columns; the low band comes first at every origin. Arguments and
+ *  statuses as zmxiWTFwd_D97_JPEG2K_16s_C1IR. */
+ZMXJ_API ZmxStatus zmxiWTInv_D97_JPEG2K_16s_C1IR(Zmx16s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect, Zmx8u* pBuffer);
+/** As zmxiWTInv_D97_JPEG2K_16s_C1IR, for 32-bit samples. */
+ZMXJ_API ZmxStatus zmxiWTInv_D97_JPEG2K_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect, Zmx8u* pBuffer);
+
+/** Transforms a plane into four bands. Arguments and statuses as zmxiWTFwd_B53_JPEG2K_16s_C1R. */
+ZMXJ_API ZmxStatus zmxiWTFwd_D97_JPEG2K_16s_C1R(const Zmx16s* pSrc, int srcStep, const ZmxiRect* pTileRect,
+                                                Zmx16s* const pDst[4], const int dstStep[4], Zmx8u* pBuffer);
+/** As zmxiWTFwd_D97_JPEG2K_16s_C1R, for 32-bit samples. */
+ZMXJ_API ZmxStatus zmxiWTFwd_D97_JPEG2K_32s_C1R(const Zmx32s* pSrc, int srcStep, const ZmxiRect* pTileRect,
+                                                Zmx32s* const pDst[4], const int dstStep[4], Zmx8u* pBuffer);
+/** Brings four bands back into a plane. Arguments and statuses as zmxiWTInv_B53_JPEG2K_16s_C1R. */
+ZMXJ_API ZmxStatus zmxiWTInv_D97_JPEG2K_16s_C1R(const Zmx16s* const pSrc[4], const int srcStep[4], Zmx16s* pDst, int dstStep,
+                                                const ZmxiRect* pTileRect, Zmx8u* pBuffer);
+/** As zmxiWTInv_D97_JPEG2K_16s_C1R, for 32-bit samples. */
+ZMXJ_API ZmxStatus zmxiWTInv_D97_JPEG2K_32s_C1R(const Zmx32s* const pSrc[4], const int srcStep[4], Zmx32s* pDst, int dstStep,
+                                                const ZmxiRect* pTileRect, Zmx8u* pBuffer);
+
+/** Tells the bytes of scratch memory that a whole-plane function needs, as zmxiWTGetBufSize_B53_JPEG2K_16s_C1IR does; 0 where
+ *  both sides of the tile are below 2 (forms in place). */
+ZMXJ_API ZmxStatus zmxiWTGetBufSize_D97_JPEG2K_16s_C1IR(const ZmxiRect* pTileRect, int* pSize);
+/** As zmxiWTGetBufSize_D97_JPEG2K_16s_C1IR, for 32-bit samples. */
+ZMXJ_API ZmxStatus zmxiWTGetBufSize_D97_JPEG2K_32s_C1IR(const ZmxiRect* pTileRect, int* pSize);
+/** As zmxiWTGetBufSize_D97_JPEG2K_16s_C1IR, for the forms on four bands. */
+ZMXJ_API ZmxStatus zmxiWTGetBufSize_D97_JPEG2K_16s_C1R(const ZmxiRect* pTileRect, int* pSize);
+/** As zmxiWTGetBufSize_D97_JPEG2K_16s_C1R, for 32-bit samples. */
+ZMXJ_API ZmxStatus zmxiWTGetBufSize_D97_JPEG2K_32s_C1R(const ZmxiRect* pTileRect, int* pSize);
+
 #ifdef __cplusplus
 }
 #endif
