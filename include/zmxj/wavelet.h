@@ -233,6 +233,88 @@ ZMXJ_API ZmxStatus zmxiWTGetBufSize_D97_JPEG2K_16s_C1R(const ZmxiRect* pTileRect
 /** As zmxiWTGetBufSize_D97_JPEG2K_16s_C1R, for 32-bit samples. */
 ZMXJ_API ZmxStatus zmxiWTGetBufSize_D97_JPEG2K_32s_C1R(const ZmxiRect* pTileRect, int* pSize);
 
+/** Lifts extended rows into their bands: 2 w samples of each row give w low and w high ones.
+ *
+ *  At phase 0 samples -4 to 2 w + 2 of each source row are read, otherwise -3 to 2 w + 3. Otherwise arguments and statuses as
+ *  zmxiWTFwdRow_B53_JPEG2K_16s_C1R.
+ */
+ZMXJ_API ZmxStatus zmxiWTFwdRow_D97_JPEG2K_16s_C1R(const Zmx16s* pSrc, int srcStep, Zmx16s* pDstLow, int dstLowStep,
+                                                   Zmx16s* pDstHigh, int dstHighStep, ZmxiSize dstRoiSize, int phase);
+/** As zmxiWTFwdRow_D97_JPEG2K_16s_C1R, for 32-bit samples. */
+ZMXJ_API ZmxStatus zmxiWTFwdRow_D97_JPEG2K_32s_C1R(const Zmx32s* pSrc, int srcStep, Zmx32s* pDstLow, int dstLowStep,
+                                                   Zmx32s* pDstHigh, int dstHighStep, ZmxiSize dstRoiSize, int phase);
+/** As zmxiWTFwdRow_D97_JPEG2K_16s_C1R, for floats. */
+ZMXJ_API ZmxStatus zmxiWTFwdRow_D97_JPEG2K_32f_C1R(const Zmx32f* pSrc, int srcStep, Zmx32f* pDstLow, int dstLowStep,
+                                                   Zmx32f* pDstHigh, int dstHighStep, ZmxiSize dstRoiSize, int phase);
+/** As zmxiWTFwdRow_D97_JPEG2K_32f_C1R, down the columns: 2 h rows give h low and h high ones. */
+ZMXJ_API ZmxStatus zmxiWTFwdCol_D97_JPEG2K_32f_C1R(const Zmx32f* pSrc, int srcStep, Zmx32f* pDstLow, int dstLowStep,
+                                                   Zmx32f* pDstHigh, int dstHighStep, ZmxiSize dstRoiSize, int phase);
+
+/** Rebuilds rows from extended bands: w low and w high samples give 2 w.
+ *
+ *  At phase 0 low samples -1 to w + 1 are read, otherwise -2 to w; high samples -2 to w + 1. Otherwise arguments and statuses as
+ *  zmxiWTInvRow_B53_JPEG2K_16s_C1R.
+ */
+ZMXJ_API ZmxStatus zmxiWTInvRow_D97_JPEG2K_16s_C1R(const Zmx16s* pSrcLow, int srcLowStep, const Zmx16s* pSrcHigh,
+                                                   int srcHighStep, ZmxiSize srcRoiSize, Zmx16s* pDst, int dstStep, int phase);
+/** As zmxiWTInvRow_D97_JPEG2K_16s_C1R, for 32-bit samples. */
+ZMXJ_API ZmxStatus zmxiWTInvRow_D97_JPEG2K_32s_C1R(const Zmx32s* pSrcLow, int srcLowStep, const Zmx32s* pSrcHigh,
+                                                   int srcHighStep, ZmxiSize srcRoiSize, Zmx32s* pDst, int dstStep, int phase);
+/** As zmxiWTInvRow_D97_JPEG2K_16s_C1R, for floats. */
+ZMXJ_API ZmxStatus zmxiWTInvRow_D97_JPEG2K_32f_C1R(const Zmx32f* pSrcLow, int srcLowStep, const Zmx32f* pSrcHigh,
+                                                   int srcHighStep, ZmxiSize srcRoiSize, Zmx32f* pDst, int dstStep, int phase);
+/** As zmxiWTInvRow_D97_JPEG2K_32f_C1R, down the columns. */
+ZMXJ_API ZmxStatus zmxiWTInvCol_D97_JPEG2K_32f_C1R(const Zmx32f* pSrcLow, int srcLowStep, const Zmx32f* pSrcHigh,
+                                                   int srcHighStep, ZmxiSize srcRoiSize, Zmx32f* pDst, int dstStep, int phase);
+
+/** One stage of the forward pipeline over rows; with r the stages so far:
+ *
+ *  \param pSrc0         source row 2 r + 2; pSrc1 is row 2 r + 3 and pSrc2 row 2 r + 4
+ *  \param pSrcDstLow0   B(2 r), becomes low row r
+ *  \param pDstLow1      receives B(2 r + 2): pSrcDstLow0 of the next call
+ *  \param pSrcDstHigh0  G(2 r - 1), becomes high row r - 1
+ *  \param pSrcDstHigh1  A(2 r + 1), becomes G(2 r + 1): pSrcDstHigh0 of the next call
+ *  \param pDstHigh2     receives A(2 r + 3): pSrcDstHigh1 of the next call
+ *  \param width         samples of a row, at least 1
+ *  \return zmxStsNullPtrErr for the pointers; zmxStsSizeErr for width
+ */
+ZMXJ_API ZmxStatus zmxiWTFwdColLift_D97_JPEG2K_16s_C1(const Zmx16s* pSrc0, const Zmx16s* pSrc1, const Zmx16s* pSrc2,
+                                                      Zmx16s* pSrcDstLow0, Zmx16s* pDstLow1, Zmx16s* pSrcDstHigh0,
+                                                      Zmx16s* pSrcDstHigh1, Zmx16s* pDstHigh2, int width);
+/** As zmxiWTFwdColLift_D97_JPEG2K_16s_C1, for 32-bit samples. */
+ZMXJ_API ZmxStatus zmxiWTFwdColLift_D97_JPEG2K_32s_C1(const Zmx32s* pSrc0, const Zmx32s* pSrc1, const Zmx32s* pSrc2,
+                                                      Zmx32s* pSrcDstLow0, Zmx32s* pDstLow1, Zmx32s* pSrcDstHigh0,
+                                                      Zmx32s* pSrcDstHigh1, Zmx32s* pDstHigh2, int width);
+/** As zmxiWTFwdColLift_D97_JPEG2K_16s_C1, for floats. */
+ZMXJ_API ZmxStatus zmxiWTFwdColLift_D97_JPEG2K_32f_C1(const Zmx32f* pSrc0, const Zmx32f* pSrc1, const Zmx32f* pSrc2,
+                                                      Zmx32f* pSrcDstLow0, Zmx32f* pDstLow1, Zmx32f* pSrcDstHigh0,
+                                                      Zmx32f* pSrcDstHigh1, Zmx32f* pDstHigh2, int width);
+
+/** One stage of the inverse pipeline over rows:
+ *
+ *  \param pSrcLow0   low row n + 1
+ *  \param pSrcHigh0  high row n
+ *  \param pSrcHigh1  high row n + 1
+ *  \param pSrc0      row 2 n - 2 of the result
+ *  \param pSrcDst1   A(2 n - 1), becomes row 2 n - 1
+ *  \param pSrcDst2   B(2 n), becomes row 2 n
+ *  \param pDst3      receives A(2 n + 1): pSrcDst1 of the next call
+ *  \param pDst4      receives B(2 n + 2): pSrcDst2 of the next call
+ *  \param width      samples of a row, at least 1
+ *  \return zmxStsNullPtrErr for the pointers; zmxStsSizeErr for width
+ */
+ZMXJ_API ZmxStatus zmxiWTInvColLift_D97_JPEG2K_16s_C1(const Zmx16s* pSrcLow0, const Zmx16s* pSrcHigh0, const Zmx16s* pSrcHigh1,
+                                                      const Zmx16s* pSrc0, Zmx16s* pSrcDst1, Zmx16s* pSrcDst2, Zmx16s* pDst3,
+                                                      Zmx16s* pDst4, int width);
+/** As zmxiWTInvColLift_D97_JPEG2K_16s_C1, for 32-bit samples. */
+ZMXJ_API ZmxStatus zmxiWTInvColLift_D97_JPEG2K_32s_C1(const Zmx32s* pSrcLow0, const Zmx32s* pSrcHigh0, const Zmx32s* pSrcHigh1,
+                                                      const Zmx32s* pSrc0, Zmx32s* pSrcDst1, Zmx32s* pSrcDst2, Zmx32s* pDst3,
+                                                      Zmx32s* pDst4, int width);
+/** As zmxiWTInvColLift_D97_JPEG2K_16s_C1, for floats. */
+ZMXJ_API ZmxStatus zmxiWTInvColLift_D97_JPEG2K_32f_C1(const Zmx32f* pSrcLow0, const Zmx32f* pSrcHigh0, const Zmx32f* pSrcHigh1,
+                                                      const Zmx32f* pSrc0, Zmx32f* pSrcDst1, Zmx32f* pSrcDst2, Zmx32f* pDst3,
+                                                      Zmx32f* pDst4, int width);
+
 #ifdef __cplusplus
 }
 #endif
