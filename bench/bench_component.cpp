@@ -18,19 +18,21 @@ template <class T> std::vector<T> picture() {
 }
 template <class T> struct Planes {
     std::vector<T> samples = picture<T>();
-    T* const planes[3] = {samples.data(), samples.data() + kSide * kSide, samples.data() + 2 * kSide * kSide};
+    T* const planes[3] = {samples.data(), samples.data() + kSide* kSide, samples.data() + 2 * kSide* kSide};
     const T* const constPlanes[3] = {planes[0], planes[1], planes[2]};
     static constexpr int step = kSide * int(sizeof(T));
 };
 void count(benchmark::State& state) { state.SetItemsProcessed(state.iterations() * 3 * kSide * kSide); }
 
-template <class T> void pack(benchmark::State& state, ZmxStatus (*fn)(const T*, int, T* const[3], int, ZmxiSize)) {
+template <class T>
+void pack(benchmark::State& state, ZmxStatus (*fn)(const T*, int, T* const[3], int, ZmxiSize)) {
     const auto pixels = picture<T>();
     const Planes<T> out;
     for (auto _ : state) fn(pixels.data(), 3 * out.step, out.planes, out.step, kRoi);
     count(state);
 }
-template <class T> void unpack(benchmark::State& state, ZmxStatus (*fn)(const T* const[3], int, T*, int, ZmxiSize)) {
+template <class T>
+void unpack(benchmark::State& state, ZmxStatus (*fn)(const T* const[3], int, T*, int, ZmxiSize)) {
     const Planes<T> in;
     auto pixels = picture<T>();
     for (auto _ : state) fn(in.constPlanes, in.step, pixels.data(), 3 * in.step, kRoi);

@@ -1,5 +1,5 @@
-// Samples a second of the wavelets: one level of a 1024 x 1024 plane, kernels on 64 rows of 1024 samples, and one stage of
-// column lifting on rows of 1024 samples.
+// Samples a second of the wavelets: one level of a 1024 x 1024 plane, kernels on 64 rows of 1024 samples, and
+// one stage of column lifting on rows of 1024 samples.
 #include "zmxj.h"
 
 #include <algorithm>
@@ -27,7 +27,8 @@ std::vector<Zmx8u> scratch(ZmxStatus (*size)(const ZmxiRect*, int*)) {
 
 // The samples are put back before each turn, so that they do not grow.
 template <class T>
-void plane(benchmark::State& state, ZmxStatus (*fn)(T*, int, const ZmxiRect*, Zmx8u*), ZmxStatus (*size)(const ZmxiRect*, int*)) {
+void plane(benchmark::State& state, ZmxStatus (*fn)(T*, int, const ZmxiRect*, Zmx8u*),
+           ZmxStatus (*size)(const ZmxiRect*, int*)) {
     const auto fresh = noise<T>(kSide * kSide);
     auto v = fresh;
     auto memory = scratch(size);
@@ -42,12 +43,14 @@ void plane(benchmark::State& state, ZmxStatus (*fn)(T*, int, const ZmxiRect*, Zm
 
 template <class T> struct Bands {
     std::vector<T> samples = noise<T>(kSide * kSide);
-    T* const bands[4] = {&samples[0], &samples[kSide * kSide / 4], &samples[kSide * kSide / 2], &samples[3 * kSide * kSide / 4]};
+    T* const bands[4] = {&samples[0], &samples[kSide * kSide / 4], &samples[kSide * kSide / 2],
+                         &samples[3 * kSide * kSide / 4]};
     const T* const constBands[4] = {bands[0], bands[1], bands[2], bands[3]};
     static constexpr int step = kSide / 2 * int(sizeof(T)), steps[4] = {step, step, step, step};
 };
 template <class T>
-void toBands(benchmark::State& state, ZmxStatus (*fn)(const T*, int, const ZmxiRect*, T* const[4], const int[4], Zmx8u*),
+void toBands(benchmark::State& state,
+             ZmxStatus (*fn)(const T*, int, const ZmxiRect*, T* const[4], const int[4], Zmx8u*),
              ZmxStatus (*size)(const ZmxiRect*, int*)) {
     const auto v = noise<T>(kSide * kSide);
     const Bands<T> out;
@@ -56,7 +59,8 @@ void toBands(benchmark::State& state, ZmxStatus (*fn)(const T*, int, const ZmxiR
     state.SetItemsProcessed(state.iterations() * kSide * kSide);
 }
 template <class T>
-void fromBands(benchmark::State& state, ZmxStatus (*fn)(const T* const[4], const int[4], T*, int, const ZmxiRect*, Zmx8u*),
+void fromBands(benchmark::State& state,
+               ZmxStatus (*fn)(const T* const[4], const int[4], T*, int, const ZmxiRect*, Zmx8u*),
                ZmxStatus (*size)(const ZmxiRect*, int*)) {
     std::vector<T> v(kSide * kSide);
     const Bands<T> in;
@@ -65,10 +69,12 @@ void fromBands(benchmark::State& state, ZmxStatus (*fn)(const T* const[4], const
     state.SetItemsProcessed(state.iterations() * kSide * kSide);
 }
 
-// Rows of 1024 samples and 16 more for what a kernel reads past them; 64 of them and as many more above and below.
+// Rows of 1024 samples and 16 more for what a kernel reads past them; 64 of them and as many more above and
+// below.
 constexpr int kRows = 64, kPitch = kSide + 32, kFirst = 8 * kPitch + 8;
 template <class T>
-void forwardKernel(benchmark::State& state, ZmxStatus (*fn)(const T*, int, T*, int, T*, int, ZmxiSize, int), ZmxiSize pairs) {
+void forwardKernel(benchmark::State& state, ZmxStatus (*fn)(const T*, int, T*, int, T*, int, ZmxiSize, int),
+                   ZmxiSize pairs) {
     const auto x = noise<T>((kRows + 16) * kPitch);
     std::vector<T> low(kRows * kPitch), high(kRows * kPitch);
     const int step = kPitch * int(sizeof(T));
@@ -76,7 +82,8 @@ void forwardKernel(benchmark::State& state, ZmxStatus (*fn)(const T*, int, T*, i
     state.SetItemsProcessed(state.iterations() * kRows * kSide);
 }
 template <class T>
-void inverseKernel(benchmark::State& state, ZmxStatus (*fn)(const T*, int, const T*, int, ZmxiSize, T*, int, int), ZmxiSize pairs) {
+void inverseKernel(benchmark::State& state,
+                   ZmxStatus (*fn)(const T*, int, const T*, int, ZmxiSize, T*, int, int), ZmxiSize pairs) {
     const auto low = noise<T>((kRows + 16) * kPitch), high = low;
     std::vector<T> x(kRows * kPitch);
     const int step = kPitch * int(sizeof(T));
@@ -98,37 +105,59 @@ template <class T, class Stage> void lift(benchmark::State& state, Stage stage) 
     }
     state.SetItemsProcessed(state.iterations() * 2 * kSide);
 }
-template <class T> void lift53(benchmark::State& state, ZmxStatus (*fn)(const T*, const T*, const T*, T*, const T*, T*, int)) {
+template <class T>
+void lift53(benchmark::State& state, ZmxStatus (*fn)(const T*, const T*, const T*, T*, const T*, T*, int)) {
     lift<T>(state, [fn](T** r) { fn(r[0], r[1], r[2], r[3], r[4], r[5], kSide); });
 }
-template <class T> void liftBack53(benchmark::State& state, ZmxStatus (*fn)(const T*, const T*, const T*, const T*, T*, T*, int)) {
+template <class T>
+void liftBack53(benchmark::State& state,
+                ZmxStatus (*fn)(const T*, const T*, const T*, const T*, T*, T*, int)) {
     lift<T>(state, [fn](T** r) { fn(r[0], r[1], r[2], r[3], r[4], r[5], kSide); });
 }
-template <class T> void lift97(benchmark::State& state, ZmxStatus (*fn)(const T*, const T*, const T*, T*, T*, T*, T*, T*, int)) {
+template <class T>
+void lift97(benchmark::State& state, ZmxStatus (*fn)(const T*, const T*, const T*, T*, T*, T*, T*, T*, int)) {
     lift<T>(state, [fn](T** r) { fn(r[0], r[1], r[2], r[3], r[4], r[5], r[6], r[7], kSide); });
 }
-template <class T> void liftBack97(benchmark::State& state, ZmxStatus (*fn)(const T*, const T*, const T*, const T*, T*, T*, T*, T*, int)) {
+template <class T>
+void liftBack97(benchmark::State& state,
+                ZmxStatus (*fn)(const T*, const T*, const T*, const T*, T*, T*, T*, T*, int)) {
     lift<T>(state, [fn](T** r) { fn(r[0], r[1], r[2], r[3], r[4], r[5], r[6], r[7], kSide); });
 }
 
 } // namespace
 
-BENCHMARK_CAPTURE(plane, Fwd_B53_16s_C1IR, zmxiWTFwd_B53_JPEG2K_16s_C1IR, zmxiWTGetBufSize_B53_JPEG2K_16s_C1IR);
-BENCHMARK_CAPTURE(plane, Fwd_B53_32s_C1IR, zmxiWTFwd_B53_JPEG2K_32s_C1IR, zmxiWTGetBufSize_B53_JPEG2K_32s_C1IR);
-BENCHMARK_CAPTURE(plane, Inv_B53_16s_C1IR, zmxiWTInv_B53_JPEG2K_16s_C1IR, zmxiWTGetBufSize_B53_JPEG2K_16s_C1IR);
-BENCHMARK_CAPTURE(plane, Inv_B53_32s_C1IR, zmxiWTInv_B53_JPEG2K_32s_C1IR, zmxiWTGetBufSize_B53_JPEG2K_32s_C1IR);
-BENCHMARK_CAPTURE(toBands, Fwd_B53_16s_C1R, zmxiWTFwd_B53_JPEG2K_16s_C1R, zmxiWTGetBufSize_B53_JPEG2K_16s_C1R);
-BENCHMARK_CAPTURE(toBands, Fwd_B53_32s_C1R, zmxiWTFwd_B53_JPEG2K_32s_C1R, zmxiWTGetBufSize_B53_JPEG2K_32s_C1R);
-BENCHMARK_CAPTURE(fromBands, Inv_B53_16s_C1R, zmxiWTInv_B53_JPEG2K_16s_C1R, zmxiWTGetBufSize_B53_JPEG2K_16s_C1R);
-BENCHMARK_CAPTURE(fromBands, Inv_B53_32s_C1R, zmxiWTInv_B53_JPEG2K_32s_C1R, zmxiWTGetBufSize_B53_JPEG2K_32s_C1R);
-BENCHMARK_CAPTURE(plane, Fwd_D97_16s_C1IR, zmxiWTFwd_D97_JPEG2K_16s_C1IR, zmxiWTGetBufSize_D97_JPEG2K_16s_C1IR);
-BENCHMARK_CAPTURE(plane, Fwd_D97_32s_C1IR, zmxiWTFwd_D97_JPEG2K_32s_C1IR, zmxiWTGetBufSize_D97_JPEG2K_32s_C1IR);
-BENCHMARK_CAPTURE(plane, Inv_D97_16s_C1IR, zmxiWTInv_D97_JPEG2K_16s_C1IR, zmxiWTGetBufSize_D97_JPEG2K_16s_C1IR);
-BENCHMARK_CAPTURE(plane, Inv_D97_32s_C1IR, zmxiWTInv_D97_JPEG2K_32s_C1IR, zmxiWTGetBufSize_D97_JPEG2K_32s_C1IR);
-BENCHMARK_CAPTURE(toBands, Fwd_D97_16s_C1R, zmxiWTFwd_D97_JPEG2K_16s_C1R, zmxiWTGetBufSize_D97_JPEG2K_16s_C1R);
-BENCHMARK_CAPTURE(toBands, Fwd_D97_32s_C1R, zmxiWTFwd_D97_JPEG2K_32s_C1R, zmxiWTGetBufSize_D97_JPEG2K_32s_C1R);
-BENCHMARK_CAPTURE(fromBands, Inv_D97_16s_C1R, zmxiWTInv_D97_JPEG2K_16s_C1R, zmxiWTGetBufSize_D97_JPEG2K_16s_C1R);
-BENCHMARK_CAPTURE(fromBands, Inv_D97_32s_C1R, zmxiWTInv_D97_JPEG2K_32s_C1R, zmxiWTGetBufSize_D97_JPEG2K_32s_C1R);
+BENCHMARK_CAPTURE(plane, Fwd_B53_16s_C1IR, zmxiWTFwd_B53_JPEG2K_16s_C1IR,
+                  zmxiWTGetBufSize_B53_JPEG2K_16s_C1IR);
+BENCHMARK_CAPTURE(plane, Fwd_B53_32s_C1IR, zmxiWTFwd_B53_JPEG2K_32s_C1IR,
+                  zmxiWTGetBufSize_B53_JPEG2K_32s_C1IR);
+BENCHMARK_CAPTURE(plane, Inv_B53_16s_C1IR, zmxiWTInv_B53_JPEG2K_16s_C1IR,
+                  zmxiWTGetBufSize_B53_JPEG2K_16s_C1IR);
+BENCHMARK_CAPTURE(plane, Inv_B53_32s_C1IR, zmxiWTInv_B53_JPEG2K_32s_C1IR,
+                  zmxiWTGetBufSize_B53_JPEG2K_32s_C1IR);
+BENCHMARK_CAPTURE(toBands, Fwd_B53_16s_C1R, zmxiWTFwd_B53_JPEG2K_16s_C1R,
+                  zmxiWTGetBufSize_B53_JPEG2K_16s_C1R);
+BENCHMARK_CAPTURE(toBands, Fwd_B53_32s_C1R, zmxiWTFwd_B53_JPEG2K_32s_C1R,
+                  zmxiWTGetBufSize_B53_JPEG2K_32s_C1R);
+BENCHMARK_CAPTURE(fromBands, Inv_B53_16s_C1R, zmxiWTInv_B53_JPEG2K_16s_C1R,
+                  zmxiWTGetBufSize_B53_JPEG2K_16s_C1R);
+BENCHMARK_CAPTURE(fromBands, Inv_B53_32s_C1R, zmxiWTInv_B53_JPEG2K_32s_C1R,
+                  zmxiWTGetBufSize_B53_JPEG2K_32s_C1R);
+BENCHMARK_CAPTURE(plane, Fwd_D97_16s_C1IR, zmxiWTFwd_D97_JPEG2K_16s_C1IR,
+                  zmxiWTGetBufSize_D97_JPEG2K_16s_C1IR);
+BENCHMARK_CAPTURE(plane, Fwd_D97_32s_C1IR, zmxiWTFwd_D97_JPEG2K_32s_C1IR,
+                  zmxiWTGetBufSize_D97_JPEG2K_32s_C1IR);
+BENCHMARK_CAPTURE(plane, Inv_D97_16s_C1IR, zmxiWTInv_D97_JPEG2K_16s_C1IR,
+                  zmxiWTGetBufSize_D97_JPEG2K_16s_C1IR);
+BENCHMARK_CAPTURE(plane, Inv_D97_32s_C1IR, zmxiWTInv_D97_JPEG2K_32s_C1IR,
+                  zmxiWTGetBufSize_D97_JPEG2K_32s_C1IR);
+BENCHMARK_CAPTURE(toBands, Fwd_D97_16s_C1R, zmxiWTFwd_D97_JPEG2K_16s_C1R,
+                  zmxiWTGetBufSize_D97_JPEG2K_16s_C1R);
+BENCHMARK_CAPTURE(toBands, Fwd_D97_32s_C1R, zmxiWTFwd_D97_JPEG2K_32s_C1R,
+                  zmxiWTGetBufSize_D97_JPEG2K_32s_C1R);
+BENCHMARK_CAPTURE(fromBands, Inv_D97_16s_C1R, zmxiWTInv_D97_JPEG2K_16s_C1R,
+                  zmxiWTGetBufSize_D97_JPEG2K_16s_C1R);
+BENCHMARK_CAPTURE(fromBands, Inv_D97_32s_C1R, zmxiWTInv_D97_JPEG2K_32s_C1R,
+                  zmxiWTGetBufSize_D97_JPEG2K_32s_C1R);
 
 BENCHMARK_CAPTURE(forwardKernel, FwdRow_B53_16s, zmxiWTFwdRow_B53_JPEG2K_16s_C1R, kRowPairs);
 BENCHMARK_CAPTURE(forwardKernel, FwdRow_B53_32s, zmxiWTFwdRow_B53_JPEG2K_32s_C1R, kRowPairs);

@@ -1,9 +1,9 @@
-// pj2wt97sys.h - the number systems of the 9/7 kernels: 16 fractional bits on 16-bit samples, saturating, and on 32-bit samples,
-// wrapping; and 32-bit floats.
+// pj2wt97sys.h - the number systems of the 9/7 kernels: 16 fractional bits on 16-bit samples, saturating, and
+// on 32-bit samples, wrapping; and 32-bit floats.
 //
-// Each has T, the type of a sample in a row, and Aside, the type of a value that never reaches a row. Results are of type
-// Aside; storing them in a row narrows them. For the integers the two are one type, every step being narrowed at once; a float
-// keeps a 64-bit significand until it is stored.
+// Each has T, the type of a sample in a row, and Aside, the type of a value that never reaches a row. Results
+// are of type Aside; storing them in a row narrows them. For the integers the two are one type, every step
+// being narrowed at once; a float keeps a 64-bit significand until it is stored.
 #pragma once
 
 #include "pj2wt97.h"
@@ -22,14 +22,17 @@ template <class Sample> struct Wt97Q16System {
     using Wide = std::conditional_t<sizeof(T) == 2, Zmx32s, std::int64_t>;
 
     static constexpr T narrow(Wide v) {
-        if constexpr (sizeof(T) == 2) return T(v < -32768 ? -32768 : v > 32767 ? 32767 : v);
-        else return T(v); // the low 32 bits
+        if constexpr (sizeof(T) == 2)
+            return T(v < -32768 ? -32768 : v > 32767 ? 32767 : v);
+        else
+            return T(v); // the low 32 bits
     }
     // The sum of two samples is formed in 32 bits, where it wraps for 32-bit samples.
     static constexpr Zmx32s sum(T a, T b) { return wrapAdd<Zmx32s>(a, b); }
 
-    // (c0 v + c1 s + 32768) >> 16 with exact products, for a sample v and a sum s. With 16-bit samples the whole parts of the
-    // weights stay out of the products; what is left of them keeps the products within 32 bits, which the compiler vectorises.
+    // (c0 v + c1 s + 32768) >> 16 with exact products, for a sample v and a sum s. With 16-bit samples the
+    // whole parts of the weights stay out of the products; what is left of them keeps the products within 32
+    // bits, which the compiler vectorises.
     static constexpr Wide weigh(Zmx32s c0, T v, Zmx32s c1, Zmx32s s) {
         if constexpr (sizeof(T) == 2) {
             const Zmx32s w0 = whole(c0), w1 = whole(c1);
@@ -40,14 +43,23 @@ template <class Sample> struct Wt97Q16System {
     }
     static constexpr Zmx32s whole(Zmx32s c) { return (c + 32768) >> 16; }
     static constexpr bool fits(Zmx32s c0, Zmx32s c1) {
-        const auto part = [](Zmx32s c) { return c < 65536 * whole(c) ? 65536 * whole(c) - c : c - 65536 * whole(c); };
-        return 32768 + std::int64_t(32768) * part(c0) + std::int64_t(65536) * part(c1) < std::int64_t(1) << 31;
+        const auto part = [](Zmx32s c) {
+            return c < 65536 * whole(c) ? 65536 * whole(c) - c : c - 65536 * whole(c);
+        };
+        return 32768 + std::int64_t(32768) * part(c0) + std::int64_t(65536) * part(c1) < std::int64_t(1)
+                                                                                             << 31;
     }
-    static_assert(fits(0, C::alpha) && fits(0, C::beta) && fits(0, C::gamma) && fits(0, C::delta) && fits(C::k, 0));
-    static_assert(fits(C::oneOverK, C::deltaOverK) && fits(C::k, C::deltaOverK) && fits(C::oneOverK, C::gamma));
+    static_assert(fits(0, C::alpha) && fits(0, C::beta) && fits(0, C::gamma) && fits(0, C::delta) &&
+                  fits(C::k, 0));
+    static_assert(fits(C::oneOverK, C::deltaOverK) && fits(C::k, C::deltaOverK) &&
+                  fits(C::oneOverK, C::gamma));
 
-    static constexpr T lift(T centre, Zmx32s c, T a, T b) { return narrow(centre + weigh(0, 0, c, sum(a, b))); }
-    static constexpr T liftBack(T centre, Zmx32s c, T a, T b) { return narrow(centre - weigh(0, 0, c, sum(a, b))); }
+    static constexpr T lift(T centre, Zmx32s c, T a, T b) {
+        return narrow(centre + weigh(0, 0, c, sum(a, b)));
+    }
+    static constexpr T liftBack(T centre, Zmx32s c, T a, T b) {
+        return narrow(centre - weigh(0, 0, c, sum(a, b)));
+    }
     static constexpr T scale(Zmx32s c, T v) { return narrow(weigh(c, v, 0, 0)); }
 
     // The last forward step and the scale with one rounding in all, and in two stages.
@@ -76,7 +88,9 @@ struct Wt97FloatSystem {
 
     static Aside low(Aside b, Aside g0, Aside g1) { return lift(b, C::delta, g0, g1) * C::oneOverK; }
     // D is stored in its row before it is scaled.
-    static Aside lowInStages(Aside b, Aside g0, Aside g1) { return ::rounded(Zmx32f(lift(b, C::delta, g0, g1))) * Aside(C::oneOverK); }
+    static Aside lowInStages(Aside b, Aside g0, Aside g1) {
+        return ::rounded(Zmx32f(lift(b, C::delta, g0, g1))) * Aside(C::oneOverK);
+    }
 
     static Aside backB(Aside low, Aside h0, Aside h1) { return C::k * low - C::deltaOverK * (h0 + h1); }
     static Aside backA(Aside high, Aside b0, Aside b1) { return C::oneOverK * high - C::gamma * (b0 + b1); }

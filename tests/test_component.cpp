@@ -23,8 +23,8 @@ template <class T> struct Layout {
     std::size_t first;
     int step, spread;
     std::uint8_t* at(int c, int x, int y) const {
-        return bytes[c]->data() + (spread == 3 ? std::size_t(c) * sizeof(T) : 0) + first + std::size_t(y * step) +
-               std::size_t(x * spread) * sizeof(T);
+        return bytes[c]->data() + (spread == 3 ? std::size_t(c) * sizeof(T) : 0) + first +
+               std::size_t(y * step) + std::size_t(x * spread) * sizeof(T);
     }
 };
 template <class T> void runModel(PixelFn<T> fn, const Layout<T>& src, const Layout<T>& dst, ZmxiSize roi) {
@@ -38,7 +38,9 @@ template <class T> void runModel(PixelFn<T> fn, const Layout<T>& src, const Layo
 }
 
 // Memory of one image or plane: `step` may be shorter than a row.
-std::size_t extent(int step, ZmxiSize roi, std::size_t rowBytes) { return std::size_t(step * (roi.height - 1)) + rowBytes; }
+std::size_t extent(int step, ZmxiSize roi, std::size_t rowBytes) {
+    return std::size_t(step * (roi.height - 1)) + rowBytes;
+}
 
 template <class T> struct Block {
     std::vector<std::uint8_t> bytes;
@@ -66,7 +68,8 @@ struct Draw {
         : roi{int(r.range(1, turn % 16 ? 40 : 700)), int(r.range(1, 6))}, kind(kCharacters[r.range(0, 5)]),
           flush(r.oneIn(2) ? GuardedBlock::AtEnd : GuardedBlock::AtStart), rng(r) {}
     int step(std::size_t rowBytes) const {
-        return rng.oneIn(6) ? int(rng.range(1, std::int64_t(rowBytes))) : int(rowBytes) + int(rng.range(0, 7));
+        return rng.oneIn(6) ? int(rng.range(1, std::int64_t(rowBytes)))
+                            : int(rowBytes) + int(rng.range(0, 7));
     }
 };
 
@@ -80,11 +83,12 @@ template <class T> void checkPack(Pack<T> fn, PixelFn<T> pixel, std::uint64_t se
         Block<T> src(rng, d.kind, extent(srcStep, d.roi, srcRow), d.flush);
         const std::size_t n = extent(dstStep, d.roi, dstRow);
         Block<T> a(rng, d.kind, n, d.flush), b(rng, d.kind, n, d.flush), c(rng, d.kind, n, d.flush);
-        runModel<T>(pixel, {{&src.bytes, &src.bytes, &src.bytes}, 0, srcStep, 3}, {{&a.bytes, &b.bytes, &c.bytes}, 0, dstStep, 1},
-                    d.roi);
+        runModel<T>(pixel, {{&src.bytes, &src.bytes, &src.bytes}, 0, srcStep, 3},
+                    {{&a.bytes, &b.bytes, &c.bytes}, 0, dstStep, 1}, d.roi);
         T* const planes[3] = {a.data(), b.data(), c.data()};
         ASSERT_EQ(fn(src.data(), srcStep, planes, dstStep, d.roi), zmxStsNoErr);
-        ASSERT_TRUE(src.same() && a.same() && b.same() && c.same()) << turn << ": " << d.roi.width << " x " << d.roi.height;
+        ASSERT_TRUE(src.same() && a.same() && b.same() && c.same())
+            << turn << ": " << d.roi.width << " x " << d.roi.height;
     }
 }
 
@@ -98,11 +102,12 @@ template <class T> void checkUnpack(Unpack<T> fn, PixelFn<T> pixel, std::uint64_
         Block<T> dst(rng, d.kind, extent(dstStep, d.roi, dstRow), d.flush);
         const std::size_t n = extent(srcStep, d.roi, srcRow);
         Block<T> a(rng, d.kind, n, d.flush), b(rng, d.kind, n, d.flush), c(rng, d.kind, n, d.flush);
-        runModel<T>(pixel, {{&a.bytes, &b.bytes, &c.bytes}, 0, srcStep, 1}, {{&dst.bytes, &dst.bytes, &dst.bytes}, 0, dstStep, 3},
-                    d.roi);
+        runModel<T>(pixel, {{&a.bytes, &b.bytes, &c.bytes}, 0, srcStep, 1},
+                    {{&dst.bytes, &dst.bytes, &dst.bytes}, 0, dstStep, 3}, d.roi);
         const T* const planes[3] = {a.data(), b.data(), c.data()};
         ASSERT_EQ(fn(planes, srcStep, dst.data(), dstStep, d.roi), zmxStsNoErr);
-        ASSERT_TRUE(dst.same() && a.same() && b.same() && c.same()) << turn << ": " << d.roi.width << " x " << d.roi.height;
+        ASSERT_TRUE(dst.same() && a.same() && b.same() && c.same())
+            << turn << ": " << d.roi.width << " x " << d.roi.height;
     }
 }
 
@@ -112,7 +117,8 @@ template <class T> void checkInPlace(InPlace<T> fn, PixelFn<T> pixel, std::uint6
     for (int turn = 0; turn < 300; ++turn) {
         const Draw d(rng, turn);
         const std::size_t row = std::size_t(d.roi.width) * sizeof(T);
-        // Rows of floats that overlap by parts of samples would make signalling NaNs; those are for another test.
+        // Rows of floats that overlap by parts of samples would make signalling NaNs; those are for another
+        // test.
         const int step = std::is_same_v<T, Zmx32f> ? int(row) + int(rng.range(0, 7)) : d.step(row);
         const std::size_t n = extent(step, d.roi, row);
         Block<T> a(rng, d.kind, n, d.flush), b(rng, d.kind, n, d.flush), c(rng, d.kind, n, d.flush);
@@ -170,10 +176,12 @@ TEST(Component, ReversibleWorkedValues) {
     // The difference 65535 is cut, not limited; Y = (32767 - 65536) >> 2.
     EXPECT_EQ(once(zmxiRCTFwd_JPEG2K_16s_P3IR, P16{32767, -32768, 0}), (P16{-8193, -32768, -1}));
     EXPECT_EQ(once(zmxiRCTFwd_JPEG2K_32s_P3IR, P32{32767, -32768, 0}), (P32{-8193, 32768, 65535}));
-    EXPECT_EQ(once(zmxiRCTFwd_JPEG2K_16s_P3IR, P16{0, 0, -1}), (P16{-1, -1, 0})) << "a floor, not a truncation";
+    EXPECT_EQ(once(zmxiRCTFwd_JPEG2K_16s_P3IR, P16{0, 0, -1}), (P16{-1, -1, 0}))
+        << "a floor, not a truncation";
     EXPECT_EQ(once(zmxiRCTFwd_JPEG2K_16s_P3IR, P16{3, 0, 0}), (P16{0, 0, 3})) << "nor a rounding";
     EXPECT_EQ(once(zmxiRCTInv_JPEG2K_16s_P3IR, P16{-1, -1, 0}), (P16{0, 0, -1}));
-    EXPECT_EQ(once(zmxiRCTFwd_JPEG2K_32s_P3IR, P32{INT_MAX, INT_MAX, INT_MAX}), (P32{-1, 0, 0})) << "32-bit sums wrap";
+    EXPECT_EQ(once(zmxiRCTFwd_JPEG2K_32s_P3IR, P32{INT_MAX, INT_MAX, INT_MAX}), (P32{-1, 0, 0}))
+        << "32-bit sums wrap";
     EXPECT_EQ(once(zmxiRCTInv_JPEG2K_32s_P3IR, P32{0, INT_MAX, 1}), (P32{536870913, 536870912, -1610612737}));
 }
 
@@ -184,7 +192,8 @@ TEST(Component, ReversibleComesBackAsLongAsNoSumWraps) {
                                      Zmx16s(rng.range(-16384, 16383))};
         ASSERT_EQ(once(zmxiRCTInv_JPEG2K_16s_P3IR, once(zmxiRCTFwd_JPEG2K_16s_P3IR, p)), p);
         const std::int64_t m = 1 << 29;
-        const model::Pixel<Zmx32s> q{Zmx32s(rng.range(-m, m - 1)), Zmx32s(rng.range(-m, m - 1)), Zmx32s(rng.range(-m, m - 1))};
+        const model::Pixel<Zmx32s> q{Zmx32s(rng.range(-m, m - 1)), Zmx32s(rng.range(-m, m - 1)),
+                                     Zmx32s(rng.range(-m, m - 1))};
         ASSERT_EQ(once(zmxiRCTInv_JPEG2K_32s_P3IR, once(zmxiRCTFwd_JPEG2K_32s_P3IR, q)), q);
     }
 }
@@ -193,14 +202,16 @@ TEST(Component, FixedPointWorkedValues) {
     using P16 = model::Pixel<Zmx16s>;
     using P32 = model::Pixel<Zmx32s>;
     for (int v = -32768; v <= 32767; ++v)
-        ASSERT_EQ(once(zmxiICTFwd_JPEG2K_16s_P3IR, P16{Zmx16s(v), Zmx16s(v), Zmx16s(v)}), (P16{Zmx16s(v), 0, 0}));
+        ASSERT_EQ(once(zmxiICTFwd_JPEG2K_16s_P3IR, P16{Zmx16s(v), Zmx16s(v), Zmx16s(v)}),
+                  (P16{Zmx16s(v), 0, 0}));
     // Halves go up in both signs: Cb of blue alone is exactly half of it.
     EXPECT_EQ(once(zmxiICTFwd_JPEG2K_16s_P3IR, P16{0, 0, 1})[1], 1);
     EXPECT_EQ(once(zmxiICTFwd_JPEG2K_16s_P3IR, P16{0, 0, -1})[1], 0);
     EXPECT_EQ(once(zmxiICTFwd_JPEG2K_16s_P3IR, P16{3, 0, 0})[2], 2);
     EXPECT_EQ(once(zmxiICTFwd_JPEG2K_16s_P3IR, P16{-3, 0, 0})[2], -1);
     EXPECT_EQ(once(zmxiICTFwd_JPEG2K_16s_P3IR, P16{100, 200, 50}), (P16{153, -58, -38}));
-    EXPECT_EQ(once(zmxiICTInv_JPEG2K_16s_P3IR, P16{0, 0, 32767}), (P16{Zmx16s(45939 - 65536), -23399, 0})) << "cut, not limited";
+    EXPECT_EQ(once(zmxiICTInv_JPEG2K_16s_P3IR, P16{0, 0, 32767}), (P16{Zmx16s(45939 - 65536), -23399, 0}))
+        << "cut, not limited";
     // The last samples whose product fits, and the first whose does not.
     EXPECT_EQ(once(zmxiICTInv_JPEG2K_32s_P3IR, P32{0, 73969, 0})[2], 131071);
     EXPECT_EQ(once(zmxiICTInv_JPEG2K_32s_P3IR, P32{0, 73970, 0})[2], 131073 - 262144);
@@ -210,13 +221,21 @@ TEST(Component, FixedPointWorkedValues) {
 
 TEST(Component, FloatWorkedValues) {
     using F = model::Pixel<Zmx32f>;
-    auto bits = [](F p) { return std::array<Zmx32u, 3>{std::bit_cast<Zmx32u>(p[0]), std::bit_cast<Zmx32u>(p[1]), std::bit_cast<Zmx32u>(p[2])}; };
+    auto bits = [](F p) {
+        return std::array<Zmx32u, 3>{std::bit_cast<Zmx32u>(p[0]), std::bit_cast<Zmx32u>(p[1]),
+                                     std::bit_cast<Zmx32u>(p[2])};
+    };
     // Each constant by itself.
-    EXPECT_EQ(bits(once(zmxiICTFwd_JPEG2K_32f_P3IR, F{1, 0, 0})), (std::array<Zmx32u, 3>{0x3E991687, 0xBE2CCCCD, 0x3F000000}));
-    EXPECT_EQ(bits(once(zmxiICTFwd_JPEG2K_32f_P3IR, F{0, 1, 0})), (std::array<Zmx32u, 3>{0x3F1645A2, 0xBEA99AE9, 0xBED65E89}));
-    EXPECT_EQ(bits(once(zmxiICTFwd_JPEG2K_32f_P3IR, F{0, 0, 1})), (std::array<Zmx32u, 3>{0x3DE978D5, 0x3F000000, 0xBDA685DB}));
-    EXPECT_EQ(bits(once(zmxiICTInv_JPEG2K_32f_P3IR, F{0, 1, 0})), (std::array<Zmx32u, 3>{0, 0xBEB031CF, 0x3FE2D0E5}));
-    EXPECT_EQ(bits(once(zmxiICTInv_JPEG2K_32f_P3IR, F{0, 0, 1})), (std::array<Zmx32u, 3>{0x3FB374BC, 0xBF36D1E1, 0}));
+    EXPECT_EQ(bits(once(zmxiICTFwd_JPEG2K_32f_P3IR, F{1, 0, 0})),
+              (std::array<Zmx32u, 3>{0x3E991687, 0xBE2CCCCD, 0x3F000000}));
+    EXPECT_EQ(bits(once(zmxiICTFwd_JPEG2K_32f_P3IR, F{0, 1, 0})),
+              (std::array<Zmx32u, 3>{0x3F1645A2, 0xBEA99AE9, 0xBED65E89}));
+    EXPECT_EQ(bits(once(zmxiICTFwd_JPEG2K_32f_P3IR, F{0, 0, 1})),
+              (std::array<Zmx32u, 3>{0x3DE978D5, 0x3F000000, 0xBDA685DB}));
+    EXPECT_EQ(bits(once(zmxiICTInv_JPEG2K_32f_P3IR, F{0, 1, 0})),
+              (std::array<Zmx32u, 3>{0, 0xBEB031CF, 0x3FE2D0E5}));
+    EXPECT_EQ(bits(once(zmxiICTInv_JPEG2K_32f_P3IR, F{0, 0, 1})),
+              (std::array<Zmx32u, 3>{0x3FB374BC, 0xBF36D1E1, 0}));
     EXPECT_EQ(once(zmxiICTInv_JPEG2K_32f_P3IR, F{5, 0, 0}), (F{5, 5, 5}));
     // The range is not limited.
     EXPECT_EQ(once(zmxiICTFwd_JPEG2K_32f_P3IR, F{1e30F, 1e30F, 1e30F})[0], 1e30F);
@@ -230,22 +249,32 @@ TEST(Component, FloatWorkedValues) {
 
 namespace {
 
-bool sameFloat(Zmx32f a, Zmx32f b) { return std::isnan(a) ? std::isnan(b) : std::bit_cast<Zmx32u>(a) == std::bit_cast<Zmx32u>(b); }
+bool sameFloat(Zmx32f a, Zmx32f b) {
+    return std::isnan(a) ? std::isnan(b) : std::bit_cast<Zmx32u>(a) == std::bit_cast<Zmx32u>(b);
+}
 
-// Floats that are hard to round once: halves between two floats, cancelling sums, infinities and NaNs, the smallest and
-// the largest numbers.
+// Floats that are hard to round once: halves between two floats, cancelling sums, infinities and NaNs, the
+// smallest and the largest numbers.
 Zmx32f hardFloat(Rng& rng, const model::Pixel<Zmx32f>& p, int c) {
-    static const Zmx32u weights[] = {0x3E991687, 0x3F1645A2, 0x3DE978D5, 0xBE2CCCCD, 0x3EA99AE9, 0x3ED65E89, 0x3DA685DB,
-                                     0x3FB374BC, 0x3EB031CF, 0x3F36D1E1, 0x3FE2D0E5};
+    static const Zmx32u weights[] = {0x3E991687, 0x3F1645A2, 0x3DE978D5, 0xBE2CCCCD, 0x3EA99AE9, 0x3ED65E89,
+                                     0x3DA685DB, 0x3FB374BC, 0x3EB031CF, 0x3F36D1E1, 0x3FE2D0E5};
     switch (rng.range(0, 7)) {
-    case 0: return Zmx32f(rng.range(-255, 255));
-    case 1: return std::bit_cast<Zmx32f>(Zmx32u(rng.next()));                        // any bits at all
-    case 2: return std::ldexp(Zmx32f(rng.range(-3, 3)), int(rng.range(-149, 127)));  // few bits, any magnitude
-    case 3: return c ? -p[std::size_t(c - 1)] : 0;                                   // cancels
-    case 4: return c ? p[0] * std::ldexp(1.0F, -int(rng.range(20, 27))) : 1;         // half a unit of the other
-    case 5: return Zmx32f(1) / std::bit_cast<Zmx32f>(weights[rng.range(0, 10)]);
-    case 6: return c ? -p[0] * std::bit_cast<Zmx32f>(weights[rng.range(0, 10)]) : Zmx32f(rng.range(1, 1 << 24));
-    default: return std::bit_cast<Zmx32f>(Zmx32u(rng.range(0, 1) << 31 | rng.range(0x30000000, 0x4F000000)));
+    case 0:
+        return Zmx32f(rng.range(-255, 255));
+    case 1:
+        return std::bit_cast<Zmx32f>(Zmx32u(rng.next())); // any bits at all
+    case 2:
+        return std::ldexp(Zmx32f(rng.range(-3, 3)), int(rng.range(-149, 127))); // few bits, any magnitude
+    case 3:
+        return c ? -p[std::size_t(c - 1)] : 0; // cancels
+    case 4:
+        return c ? p[0] * std::ldexp(1.0F, -int(rng.range(20, 27))) : 1; // half a unit of the other
+    case 5:
+        return Zmx32f(1) / std::bit_cast<Zmx32f>(weights[rng.range(0, 10)]);
+    case 6:
+        return c ? -p[0] * std::bit_cast<Zmx32f>(weights[rng.range(0, 10)]) : Zmx32f(rng.range(1, 1 << 24));
+    default:
+        return std::bit_cast<Zmx32f>(Zmx32u(rng.range(0, 1) << 31 | rng.range(0x30000000, 0x4F000000)));
     }
 }
 
@@ -258,7 +287,10 @@ void stressFloats(InPlace<Zmx32f> fn, PixelFn<Zmx32f> pixel, int rounds, std::ui
     for (int round = 0; round < rounds; ++round) {
         for (std::size_t i = 0; i < n; ++i) {
             for (int c = 0; c < 3; ++c)
-                in[i][std::size_t(c)] = round & 1 ? hardFloat(rng, in[i], c) : std::bit_cast<Zmx32f>(Zmx32u(rng.range(0, 1) << 31 | rng.range(0x3F000000, 0x44000000)));
+                in[i][std::size_t(c)] =
+                    round & 1 ? hardFloat(rng, in[i], c)
+                              : std::bit_cast<Zmx32f>(
+                                    Zmx32u(rng.range(0, 1) << 31 | rng.range(0x3F000000, 0x44000000)));
             for (std::size_t c = 0; c < 3; ++c) planes[c][i] = in[i][c];
         }
         Zmx32f* const p[3] = {planes[0].data(), planes[1].data(), planes[2].data()};
@@ -267,8 +299,8 @@ void stressFloats(InPlace<Zmx32f> fn, PixelFn<Zmx32f> pixel, int rounds, std::ui
             const auto want = pixel(in[i]);
             for (std::size_t c = 0; c < 3; ++c)
                 ASSERT_TRUE(sameFloat(want[c], planes[c][i]))
-                    << std::hexfloat << in[i][0] << ' ' << in[i][1] << ' ' << in[i][2] << ": output " << c << ' ' << want[c] << ", not "
-                    << planes[c][i];
+                    << std::hexfloat << in[i][0] << ' ' << in[i][1] << ' ' << in[i][2] << ": output " << c
+                    << ' ' << want[c] << ", not " << planes[c][i];
         }
     }
 }
@@ -284,7 +316,8 @@ TEST(Component, FloatsAreRoundedOnceOnHardPixels) {
 
 namespace {
 
-// Arguments in the order of their tests. `order` holds what is wrong with each and the status; the earlier fault wins.
+// Arguments in the order of their tests. `order` holds what is wrong with each and the status; the earlier
+// fault wins.
 struct Fault {
     ZmxStatus status;
     const char* what;
@@ -298,27 +331,33 @@ void checkFaults(const std::vector<Fault>& order, const std::function<ZmxStatus(
 }
 constexpr Fault kNull{zmxStsNullPtrErr, "null"}, kStep{zmxStsStepErr, "step"}, kSize{zmxStsSizeErr, "size"};
 
-template <class T> void checkArguments(Pack<T> pack, Unpack<T> unpack, std::initializer_list<InPlace<T>> inPlace) {
+template <class T>
+void checkArguments(Pack<T> pack, Unpack<T> unpack, std::initializer_list<InPlace<T>> inPlace) {
     const std::vector<T> fresh(12, T(7));
     for (int bad : {0, -1, INT_MIN}) {
         auto off = [bad](unsigned f, int bit, int good) { return f >> bit & 1 ? bad : good; };
         // pSrc, pDst, the planes, srcStep, dstStep, width, height.
         const std::vector<Fault> order{kNull, kNull, kNull, kNull, kNull, kStep, kStep, kSize, kSize};
         std::vector<T> pixels = fresh, planes = fresh;
-        auto plane = [&planes](unsigned f, unsigned c) { return f >> (2 + c) & 1 ? nullptr : planes.data() + 4 * c; };
+        auto plane = [&planes](unsigned f, unsigned c) {
+            return f >> (2 + c) & 1 ? nullptr : planes.data() + 4 * c;
+        };
         if (pack)
             checkFaults(order, [&](unsigned f) {
                 T* const p[3] = {plane(f, 0), plane(f, 1), plane(f, 2)};
-                return pack(f & 1 ? nullptr : pixels.data(), off(f, 5, 12), f & 2 ? nullptr : p, off(f, 6, 4), {off(f, 7, 1), off(f, 8, 1)});
+                return pack(f & 1 ? nullptr : pixels.data(), off(f, 5, 12), f & 2 ? nullptr : p, off(f, 6, 4),
+                            {off(f, 7, 1), off(f, 8, 1)});
             });
         if (unpack)
             checkFaults(order, [&](unsigned f) {
                 const T* const p[3] = {plane(f, 0), plane(f, 1), plane(f, 2)};
-                return unpack(f & 1 ? nullptr : p, off(f, 5, 12), f & 2 ? nullptr : pixels.data(), off(f, 6, 4), {off(f, 7, 1), off(f, 8, 1)});
+                return unpack(f & 1 ? nullptr : p, off(f, 5, 12), f & 2 ? nullptr : pixels.data(),
+                              off(f, 6, 4), {off(f, 7, 1), off(f, 8, 1)});
             });
         for (InPlace<T> fn : inPlace)
             checkFaults({kNull, kNull, kNull, kNull, kStep, kSize, kSize}, [&](unsigned f) {
-                T* const p[3] = {f & 2 ? nullptr : planes.data(), f & 4 ? nullptr : planes.data() + 4, f & 8 ? nullptr : planes.data() + 8};
+                T* const p[3] = {f & 2 ? nullptr : planes.data(), f & 4 ? nullptr : planes.data() + 4,
+                                 f & 8 ? nullptr : planes.data() + 8};
                 return fn(f & 1 ? nullptr : p, off(f, 4, 4), {off(f, 5, 1), off(f, 6, 1)});
             });
         EXPECT_EQ(pixels, fresh) << "nothing is written";
@@ -330,10 +369,13 @@ template <class T> void checkArguments(Pack<T> pack, Unpack<T> unpack, std::init
 
 TEST(Component, TheFirstBadArgumentDecides) {
     checkArguments<Zmx16s>(zmxiRCTFwd_JPEG2K_16s_C3P3R, zmxiRCTInv_JPEG2K_16s_P3C3R,
-                           {zmxiRCTFwd_JPEG2K_16s_P3IR, zmxiRCTInv_JPEG2K_16s_P3IR, zmxiICTFwd_JPEG2K_16s_P3IR, zmxiICTInv_JPEG2K_16s_P3IR});
+                           {zmxiRCTFwd_JPEG2K_16s_P3IR, zmxiRCTInv_JPEG2K_16s_P3IR,
+                            zmxiICTFwd_JPEG2K_16s_P3IR, zmxiICTInv_JPEG2K_16s_P3IR});
     checkArguments<Zmx32s>(zmxiRCTFwd_JPEG2K_32s_C3P3R, zmxiRCTInv_JPEG2K_32s_P3C3R,
-                           {zmxiRCTFwd_JPEG2K_32s_P3IR, zmxiRCTInv_JPEG2K_32s_P3IR, zmxiICTFwd_JPEG2K_32s_P3IR, zmxiICTInv_JPEG2K_32s_P3IR});
-    checkArguments<Zmx32f>(zmxiICTFwd_JPEG2K_32f_C3P3R, zmxiICTInv_JPEG2K_32f_P3C3R, {zmxiICTFwd_JPEG2K_32f_P3IR, zmxiICTInv_JPEG2K_32f_P3IR});
+                           {zmxiRCTFwd_JPEG2K_32s_P3IR, zmxiRCTInv_JPEG2K_32s_P3IR,
+                            zmxiICTFwd_JPEG2K_32s_P3IR, zmxiICTInv_JPEG2K_32s_P3IR});
+    checkArguments<Zmx32f>(zmxiICTFwd_JPEG2K_32f_C3P3R, zmxiICTInv_JPEG2K_32f_P3C3R,
+                           {zmxiICTFwd_JPEG2K_32f_P3IR, zmxiICTInv_JPEG2K_32f_P3IR});
 }
 
 namespace {
@@ -341,7 +383,9 @@ namespace {
 template <class T> std::vector<T> picture(std::uint64_t seed) {
     Rng rng(seed);
     std::vector<T> v(3 * 64 * 33);
-    for (T& x : v) x = std::is_same_v<T, Zmx32f> ? T(double(rng.range(-40000, 40000)) / 64) : T(rng.range(-20000, 20000));
+    for (T& x : v)
+        x = std::is_same_v<T, Zmx32f> ? T(double(rng.range(-40000, 40000)) / 64)
+                                      : T(rng.range(-20000, 20000));
     return v;
 }
 template <class T> std::uint64_t digestInPlace(InPlace<T> fn) {

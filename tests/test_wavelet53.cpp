@@ -1,4 +1,5 @@
-// The reversible 5/3 wavelet against its model: whole planes, kernels, column lifting. Also the line model by itself.
+// The reversible 5/3 wavelet against its model: whole planes, kernels, column lifting. Also the line model by
+// itself.
 #include "model/wavelet53.h"
 #include "support/wavelet_checks.h"
 #include "zmxj/wavelet.h"
@@ -7,14 +8,26 @@
 
 namespace {
 
-constexpr PlaneFns<Zmx16s> kPlanes16{
-    zmxiWTFwd_B53_JPEG2K_16s_C1IR, zmxiWTInv_B53_JPEG2K_16s_C1IR, zmxiWTFwd_B53_JPEG2K_16s_C1R, zmxiWTInv_B53_JPEG2K_16s_C1R,
-    zmxiWTGetBufSize_B53_JPEG2K_16s_C1IR, zmxiWTGetBufSize_B53_JPEG2K_16s_C1R, model::forward53<Zmx16s>, model::inverse53<Zmx16s>,
-    model::lineSize53<Zmx16s>, model::bandSize53<Zmx16s>};
-constexpr PlaneFns<Zmx32s> kPlanes32{
-    zmxiWTFwd_B53_JPEG2K_32s_C1IR, zmxiWTInv_B53_JPEG2K_32s_C1IR, zmxiWTFwd_B53_JPEG2K_32s_C1R, zmxiWTInv_B53_JPEG2K_32s_C1R,
-    zmxiWTGetBufSize_B53_JPEG2K_32s_C1IR, zmxiWTGetBufSize_B53_JPEG2K_32s_C1R, model::forward53<Zmx32s>, model::inverse53<Zmx32s>,
-    model::lineSize53<Zmx32s>, model::bandSize53<Zmx32s>};
+constexpr PlaneFns<Zmx16s> kPlanes16{zmxiWTFwd_B53_JPEG2K_16s_C1IR,
+                                     zmxiWTInv_B53_JPEG2K_16s_C1IR,
+                                     zmxiWTFwd_B53_JPEG2K_16s_C1R,
+                                     zmxiWTInv_B53_JPEG2K_16s_C1R,
+                                     zmxiWTGetBufSize_B53_JPEG2K_16s_C1IR,
+                                     zmxiWTGetBufSize_B53_JPEG2K_16s_C1R,
+                                     model::forward53<Zmx16s>,
+                                     model::inverse53<Zmx16s>,
+                                     model::lineSize53<Zmx16s>,
+                                     model::bandSize53<Zmx16s>};
+constexpr PlaneFns<Zmx32s> kPlanes32{zmxiWTFwd_B53_JPEG2K_32s_C1IR,
+                                     zmxiWTInv_B53_JPEG2K_32s_C1IR,
+                                     zmxiWTFwd_B53_JPEG2K_32s_C1R,
+                                     zmxiWTInv_B53_JPEG2K_32s_C1R,
+                                     zmxiWTGetBufSize_B53_JPEG2K_32s_C1IR,
+                                     zmxiWTGetBufSize_B53_JPEG2K_32s_C1R,
+                                     model::forward53<Zmx32s>,
+                                     model::inverse53<Zmx32s>,
+                                     model::lineSize53<Zmx32s>,
+                                     model::bandSize53<Zmx32s>};
 
 // How far the kernels read.
 constexpr Reach kForward0{2, 1}, kForward1{1, 2};
@@ -31,13 +44,15 @@ template <class T> std::vector<T> lineOf(model::Line<T>& line, int from, int to)
 }
 
 // One line through a whole-plane function, as a row at column origin x.
-template <class T> std::vector<T> row(ZmxStatus (*fn)(T*, int, const ZmxiRect*, Zmx8u*), std::vector<T> v, int x) {
+template <class T>
+std::vector<T> row(ZmxStatus (*fn)(T*, int, const ZmxiRect*, Zmx8u*), std::vector<T> v, int x) {
     Zmx8u scratch[256];
     const ZmxiRect r{x, 0, int(v.size()), 1};
     EXPECT_EQ(fn(v.data(), int(v.size() * sizeof(T)), &r, scratch), zmxStsNoErr);
     return v;
 }
-template <class T> std::vector<T> column(ZmxStatus (*fn)(T*, int, const ZmxiRect*, Zmx8u*), std::vector<T> v, int y) {
+template <class T>
+std::vector<T> column(ZmxStatus (*fn)(T*, int, const ZmxiRect*, Zmx8u*), std::vector<T> v, int y) {
     Zmx8u scratch[256];
     const ZmxiRect r{0, y, 1, int(v.size())};
     EXPECT_EQ(fn(v.data(), int(sizeof(T)), &r, scratch), zmxStsNoErr);
@@ -94,8 +109,10 @@ TEST(Wavelet53, LinesOfAllLengthsAgreeWithTheModel) {
         for (int other : {1, 2, 3})
             for (int phases = 0; phases < 4; ++phases)
                 for (const ZmxiSize s : {ZmxiSize{n, other}, ZmxiSize{other, n}}) {
-                    checkInPlace(rng, kPlanes16, {phases & 1, phases >> 1, s.width, s.height}, kCharacters[rng.range(0, 5)]);
-                    checkInPlace(rng, kPlanes32, {phases & 1, phases >> 1, s.width, s.height}, kCharacters[rng.range(0, 5)]);
+                    checkInPlace(rng, kPlanes16, {phases & 1, phases >> 1, s.width, s.height},
+                                 kCharacters[rng.range(0, 5)]);
+                    checkInPlace(rng, kPlanes32, {phases & 1, phases >> 1, s.width, s.height},
+                                 kCharacters[rng.range(0, 5)]);
                     ASSERT_FALSE(HasFatalFailure());
                 }
 }
@@ -127,14 +144,16 @@ TEST(Wavelet53, WorkedLines) {
     EXPECT_EQ(row(zmxiWTFwd_B53_JPEG2K_16s_C1IR, V16{4, 10}, 1), (V16{7, -6}));
     EXPECT_EQ(row(zmxiWTInv_B53_JPEG2K_16s_C1IR, V16{7, -6}, 1), (V16{4, 10}));
     EXPECT_EQ(column(zmxiWTFwd_B53_JPEG2K_32s_C1IR, V32{4, 10}, -5), (V32{7, -6}));
-    // In a pair the difference of 16-bit samples stays whole for the low value: 32767 - -32768 is 65535, stored as -1.
+    // In a pair the difference of 16-bit samples stays whole for the low value: 32767 - -32768 is 65535,
+    // stored as -1.
     EXPECT_EQ(row(zmxiWTFwd_B53_JPEG2K_16s_C1IR, V16{-32768, 32767}, 0), (V16{0, -1}));
     // In longer lines the cut difference enters the low value.
     EXPECT_EQ(row(zmxiWTFwd_B53_JPEG2K_16s_C1IR, V16{-32768, 32767, -32768}, 0), (V16{-32768, -32768, -1}));
     EXPECT_EQ(row(zmxiWTFwd_B53_JPEG2K_32s_C1IR, V32{-32768, 32767, -32768}, 0), (V32{0, 0, 65535}));
     // A ramp has no high band but at its mirrored end.
     EXPECT_EQ(row(zmxiWTFwd_B53_JPEG2K_32s_C1IR, V32{0, 10, 20, 30, 40, 50}, 0), (V32{0, 20, 43, 0, 0, 10}));
-    EXPECT_EQ(row(zmxiWTFwd_B53_JPEG2K_32s_C1IR, V32{0, 10, 20, 30, 40}, 1), (V32{8, 33, -10, 0, 10})) << "two low, three high";
+    EXPECT_EQ(row(zmxiWTFwd_B53_JPEG2K_32s_C1IR, V32{0, 10, 20, 30, 40}, 1), (V32{8, 33, -10, 0, 10}))
+        << "two low, three high";
     EXPECT_EQ(row(zmxiWTFwd_B53_JPEG2K_32s_C1IR, V32{1, 2, 3}, 0), (V32{1, 3, 0}));
 }
 
@@ -198,7 +217,8 @@ template <class T> void checkPerfectReconstruction(const PlaneFns<T>& f, int mag
     Rng rng(seed);
     std::vector<Zmx8u> scratch(200000);
     for (int turn = 0; turn < 300; ++turn) {
-        const ZmxiRect r{int(rng.range(0, 1)), int(rng.range(0, 1)), int(rng.range(1, 60)), int(rng.range(1, 60))};
+        const ZmxiRect r{int(rng.range(0, 1)), int(rng.range(0, 1)), int(rng.range(1, 60)),
+                         int(rng.range(1, 60))};
         SCOPED_TRACE(::testing::Message() << r.x << ',' << r.y << ' ' << r.width << 'x' << r.height);
         const auto v = rng.vec<T>(std::size_t(r.width * r.height), -magnitude, magnitude);
         auto a = v;
@@ -207,15 +227,16 @@ template <class T> void checkPerfectReconstruction(const PlaneFns<T>& f, int mag
         const auto transformed = a;
         ASSERT_EQ(f.inverse(a.data(), step, &r, scratch.data()), zmxStsNoErr);
         ASSERT_EQ(a, v);
-        const int bw = (r.width + 1) / 2, n = bw * ((r.height + 1) / 2), steps[4] = {bw * s, bw * s, bw * s, bw * s};
+        const int bw = (r.width + 1) / 2, n = bw * ((r.height + 1) / 2),
+                  steps[4] = {bw * s, bw * s, bw * s, bw * s};
         std::vector<T> bands(std::size_t(4 * n), T(0x55));
         T* const to[4] = {bands.data(), bands.data() + n, bands.data() + 2 * n, bands.data() + 3 * n};
         const T* const from[4] = {to[0], to[1], to[2], to[3]};
         ASSERT_EQ(f.forwardBands(v.data(), step, &r, to, steps, scratch.data()), zmxStsNoErr);
         ASSERT_EQ(f.inverseBands(from, steps, a.data(), step, &r, scratch.data()), zmxStsNoErr);
         ASSERT_EQ(a, v);
-        // Band 0 is the top left corner whatever the phases: at an odd origin of odd size its last column is the first
-        // high one.
+        // Band 0 is the top left corner whatever the phases: at an odd origin of odd size its last column is
+        // the first high one.
         for (int y = 0; y < (r.height + 1) / 2; ++y)
             for (int x = 0; x < bw; ++x)
                 ASSERT_EQ(bands[std::size_t(y * bw + x)], transformed[std::size_t(y * r.width + x)]);
@@ -243,22 +264,31 @@ TEST(Wavelet53, BandsAreDisplacedAtAnOddOriginOfOddSize) {
 }
 
 TEST(Wavelet53, RowKernelsAgreeWithTheModel) {
-    checkForwardKernel<Zmx16s>(zmxiWTFwdRow_B53_JPEG2K_16s_C1R, model::forwardLine53, false, kForward0, kForward1, 400, 541);
-    checkForwardKernel<Zmx32s>(zmxiWTFwdRow_B53_JPEG2K_32s_C1R, model::forwardLine53, false, kForward0, kForward1, 400, 542);
-    checkInverseKernel<Zmx16s>(zmxiWTInvRow_B53_JPEG2K_16s_C1R, model::inverseLine53, false, kInverse0, kInverse1, 400, 543);
-    checkInverseKernel<Zmx32s>(zmxiWTInvRow_B53_JPEG2K_32s_C1R, model::inverseLine53, false, kInverse0, kInverse1, 400, 544);
+    checkForwardKernel<Zmx16s>(zmxiWTFwdRow_B53_JPEG2K_16s_C1R, model::forwardLine53, false, kForward0,
+                               kForward1, 400, 541);
+    checkForwardKernel<Zmx32s>(zmxiWTFwdRow_B53_JPEG2K_32s_C1R, model::forwardLine53, false, kForward0,
+                               kForward1, 400, 542);
+    checkInverseKernel<Zmx16s>(zmxiWTInvRow_B53_JPEG2K_16s_C1R, model::inverseLine53, false, kInverse0,
+                               kInverse1, 400, 543);
+    checkInverseKernel<Zmx32s>(zmxiWTInvRow_B53_JPEG2K_32s_C1R, model::inverseLine53, false, kInverse0,
+                               kInverse1, 400, 544);
 }
 
 TEST(Wavelet53, ColumnKernelsAgreeWithTheModel) {
-    checkForwardKernel<Zmx16s>(zmxiWTFwdCol_B53_JPEG2K_16s_C1R, model::forwardLine53, true, kForward0, kForward1, 400, 545);
-    checkForwardKernel<Zmx32s>(zmxiWTFwdCol_B53_JPEG2K_32s_C1R, model::forwardLine53, true, kForward0, kForward1, 400, 546);
-    checkInverseKernel<Zmx16s>(zmxiWTInvCol_B53_JPEG2K_16s_C1R, model::inverseLine53, true, kInverse0, kInverse1, 400, 547);
-    checkInverseKernel<Zmx32s>(zmxiWTInvCol_B53_JPEG2K_32s_C1R, model::inverseLine53, true, kInverse0, kInverse1, 400, 548);
+    checkForwardKernel<Zmx16s>(zmxiWTFwdCol_B53_JPEG2K_16s_C1R, model::forwardLine53, true, kForward0,
+                               kForward1, 400, 545);
+    checkForwardKernel<Zmx32s>(zmxiWTFwdCol_B53_JPEG2K_32s_C1R, model::forwardLine53, true, kForward0,
+                               kForward1, 400, 546);
+    checkInverseKernel<Zmx16s>(zmxiWTInvCol_B53_JPEG2K_16s_C1R, model::inverseLine53, true, kInverse0,
+                               kInverse1, 400, 547);
+    checkInverseKernel<Zmx32s>(zmxiWTInvCol_B53_JPEG2K_32s_C1R, model::inverseLine53, true, kInverse0,
+                               kInverse1, 400, 548);
 }
 
 namespace {
 
-// Low row -1 stands one step of the high band ahead of low row 0, the other low rows follow by their own step.
+// Low row -1 stands one step of the high band ahead of low row 0, the other low rows follow by their own
+// step.
 template <class T> void checkFirstLowRow(InverseKernel<T> fn) {
     constexpr int w = 3, h = 4;
     Rng rng(551);
@@ -266,7 +296,8 @@ template <class T> void checkFirstLowRow(InverseKernel<T> fn) {
     const int lowRow = 5, highRow = 9; // samples in a row
     const int first = 20;
     std::vector<T> out(2 * h * w);
-    ASSERT_EQ(fn(&low[first], lowRow * int(sizeof(T)), &high[first], highRow * int(sizeof(T)), {w, h}, out.data(), w * int(sizeof(T)), 1),
+    ASSERT_EQ(fn(&low[first], lowRow * int(sizeof(T)), &high[first], highRow * int(sizeof(T)), {w, h},
+                 out.data(), w * int(sizeof(T)), 1),
               zmxStsNoErr);
     for (int x = 0; x < w; ++x) {
         model::Line<T> l(h), d(h);
@@ -331,8 +362,12 @@ TEST(Wavelet53, TheSameBytesInEveryBuild) {
     EXPECT_EQ(kernelDigest<Zmx32s>(zmxiWTInvRow_B53_JPEG2K_32s_C1R, false, 1 << 30), 0x52A24FB813CE2C03u);
     EXPECT_EQ(kernelDigest<Zmx16s>(zmxiWTInvCol_B53_JPEG2K_16s_C1R, true, 32767), 0x2CC1CA4FB7894E6Fu);
     EXPECT_EQ(kernelDigest<Zmx32s>(zmxiWTInvCol_B53_JPEG2K_32s_C1R, true, 1 << 30), 0x62112880DC0A7338u);
-    EXPECT_EQ((liftDigest<Zmx16s, 6>(sixRows<Zmx16s>(zmxiWTFwdColLift_B53_JPEG2K_16s_C1), 32767)), 0x1DE308253CC7546Bu);
-    EXPECT_EQ((liftDigest<Zmx32s, 6>(sixRows<Zmx32s>(zmxiWTFwdColLift_B53_JPEG2K_32s_C1), 1 << 30)), 0x84891BB22F86B048u);
-    EXPECT_EQ((liftDigest<Zmx16s, 6>(sixRows<Zmx16s>(zmxiWTInvColLift_B53_JPEG2K_16s_C1), 32767)), 0xD568B8081CC79B80u);
-    EXPECT_EQ((liftDigest<Zmx32s, 6>(sixRows<Zmx32s>(zmxiWTInvColLift_B53_JPEG2K_32s_C1), 1 << 30)), 0x672660170CBB7CA6u);
+    EXPECT_EQ((liftDigest<Zmx16s, 6>(sixRows<Zmx16s>(zmxiWTFwdColLift_B53_JPEG2K_16s_C1), 32767)),
+              0x1DE308253CC7546Bu);
+    EXPECT_EQ((liftDigest<Zmx32s, 6>(sixRows<Zmx32s>(zmxiWTFwdColLift_B53_JPEG2K_32s_C1), 1 << 30)),
+              0x84891BB22F86B048u);
+    EXPECT_EQ((liftDigest<Zmx16s, 6>(sixRows<Zmx16s>(zmxiWTInvColLift_B53_JPEG2K_16s_C1), 32767)),
+              0xD568B8081CC79B80u);
+    EXPECT_EQ((liftDigest<Zmx32s, 6>(sixRows<Zmx32s>(zmxiWTInvColLift_B53_JPEG2K_32s_C1), 1 << 30)),
+              0x672660170CBB7CA6u);
 }

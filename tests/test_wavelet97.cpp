@@ -8,25 +8,39 @@
 
 namespace {
 
-constexpr PlaneFns<Zmx16s> kPlanes16{
-    zmxiWTFwd_D97_JPEG2K_16s_C1IR, zmxiWTInv_D97_JPEG2K_16s_C1IR, zmxiWTFwd_D97_JPEG2K_16s_C1R, zmxiWTInv_D97_JPEG2K_16s_C1R,
-    zmxiWTGetBufSize_D97_JPEG2K_16s_C1IR, zmxiWTGetBufSize_D97_JPEG2K_16s_C1R, model::forward97<Zmx16s>, model::inverse97<Zmx16s>,
-    model::lineSize97<Zmx16s>, model::bandSize97<Zmx16s>};
-constexpr PlaneFns<Zmx32s> kPlanes32{
-    zmxiWTFwd_D97_JPEG2K_32s_C1IR, zmxiWTInv_D97_JPEG2K_32s_C1IR, zmxiWTFwd_D97_JPEG2K_32s_C1R, zmxiWTInv_D97_JPEG2K_32s_C1R,
-    zmxiWTGetBufSize_D97_JPEG2K_32s_C1IR, zmxiWTGetBufSize_D97_JPEG2K_32s_C1R, model::forward97<Zmx32s>, model::inverse97<Zmx32s>,
-    model::lineSize97<Zmx32s>, model::bandSize97<Zmx32s>};
+constexpr PlaneFns<Zmx16s> kPlanes16{zmxiWTFwd_D97_JPEG2K_16s_C1IR,
+                                     zmxiWTInv_D97_JPEG2K_16s_C1IR,
+                                     zmxiWTFwd_D97_JPEG2K_16s_C1R,
+                                     zmxiWTInv_D97_JPEG2K_16s_C1R,
+                                     zmxiWTGetBufSize_D97_JPEG2K_16s_C1IR,
+                                     zmxiWTGetBufSize_D97_JPEG2K_16s_C1R,
+                                     model::forward97<Zmx16s>,
+                                     model::inverse97<Zmx16s>,
+                                     model::lineSize97<Zmx16s>,
+                                     model::bandSize97<Zmx16s>};
+constexpr PlaneFns<Zmx32s> kPlanes32{zmxiWTFwd_D97_JPEG2K_32s_C1IR,
+                                     zmxiWTInv_D97_JPEG2K_32s_C1IR,
+                                     zmxiWTFwd_D97_JPEG2K_32s_C1R,
+                                     zmxiWTInv_D97_JPEG2K_32s_C1R,
+                                     zmxiWTGetBufSize_D97_JPEG2K_32s_C1IR,
+                                     zmxiWTGetBufSize_D97_JPEG2K_32s_C1R,
+                                     model::forward97<Zmx32s>,
+                                     model::inverse97<Zmx32s>,
+                                     model::lineSize97<Zmx32s>,
+                                     model::bandSize97<Zmx32s>};
 
 using V16 = std::vector<Zmx16s>;
 using V32 = std::vector<Zmx32s>;
 
-template <class T> std::vector<T> row(ZmxStatus (*fn)(T*, int, const ZmxiRect*, Zmx8u*), std::vector<T> v, int x) {
+template <class T>
+std::vector<T> row(ZmxStatus (*fn)(T*, int, const ZmxiRect*, Zmx8u*), std::vector<T> v, int x) {
     Zmx8u scratch[512];
     const ZmxiRect r{x, 0, int(v.size()), 1};
     EXPECT_EQ(fn(v.data(), int(v.size() * sizeof(T)), &r, scratch), zmxStsNoErr);
     return v;
 }
-template <class T> std::vector<T> column(ZmxStatus (*fn)(T*, int, const ZmxiRect*, Zmx8u*), std::vector<T> v, int y) {
+template <class T>
+std::vector<T> column(ZmxStatus (*fn)(T*, int, const ZmxiRect*, Zmx8u*), std::vector<T> v, int y) {
     Zmx8u scratch[512];
     const ZmxiRect r{0, y, 1, int(v.size())};
     EXPECT_EQ(fn(v.data(), int(sizeof(T)), &r, scratch), zmxStsNoErr);
@@ -46,8 +60,10 @@ TEST(Wavelet97, LinesOfAllLengthsAgreeWithTheModel) {
         for (int other : {1, 2, 5})
             for (int phases = 0; phases < 4; ++phases)
                 for (const ZmxiSize s : {ZmxiSize{n, other}, ZmxiSize{other, n}}) {
-                    checkInPlace(rng, kPlanes16, {phases & 1, phases >> 1, s.width, s.height}, kCharacters[rng.range(0, 5)]);
-                    checkInPlace(rng, kPlanes32, {phases & 1, phases >> 1, s.width, s.height}, kCharacters[rng.range(0, 5)]);
+                    checkInPlace(rng, kPlanes16, {phases & 1, phases >> 1, s.width, s.height},
+                                 kCharacters[rng.range(0, 5)]);
+                    checkInPlace(rng, kPlanes32, {phases & 1, phases >> 1, s.width, s.height},
+                                 kCharacters[rng.range(0, 5)]);
                     ASSERT_FALSE(HasFatalFailure());
                 }
 }
@@ -111,11 +127,13 @@ TEST(Wavelet97, EmptyRectanglesAreAcceptedInPlace) {
 }
 
 TEST(Wavelet97, ShortLinesAreFiltered) {
-    // Two samples go through the filter on a, b, a, b ..., not through a difference: 1000, 0 has the low value 500 and a bit.
+    // Two samples go through the filter on a, b, a, b ..., not through a difference: 1000, 0 has the low
+    // value 500 and a bit.
     const V32 pair = row(zmxiWTFwd_D97_JPEG2K_32s_C1IR, V32{1000, 0}, 0);
     EXPECT_EQ(pair, (V32{500, -999}));
     EXPECT_EQ(row(zmxiWTFwd_D97_JPEG2K_16s_C1IR, V16{1000, 0}, 0), (V16{500, -1000}));
-    // A flat line has no high band; what the constants leave of it is truncated in one system and rounded in the other.
+    // A flat line has no high band; what the constants leave of it is truncated in one system and rounded in
+    // the other.
     for (int n = 2; n <= 9; ++n)
         for (int x : {0, 1}) {
             const V16 flat(std::size_t(n), Zmx16s(1000));
@@ -149,7 +167,8 @@ TEST(Wavelet97, AtAnOddOriginTheHighBandComesFirst) {
         const V32 u = row(zmxiWTFwd_D97_JPEG2K_32s_C1IR, w, 1);
         for (int i = 0; i < n; ++i) EXPECT_NEAR(u[std::size_t(i)], i < n / 2 ? 0 : 1000, 1);
     }
-    // Of five samples the last high one replaces the first low one, and the last sample of the line is left alone.
+    // Of five samples the last high one replaces the first low one, and the last sample of the line is left
+    // alone.
     const V32 in{1000, 1000, 1000, 1000, 1234};
     V32 t = row(zmxiWTFwd_D97_JPEG2K_32s_C1IR, in, 1);
     EXPECT_EQ(t[4], 1234);
@@ -175,15 +194,18 @@ TEST(Wavelet97, OutputsAreLimitedAndTruncated) {
     EXPECT_EQ(row(zmxiWTFwd_D97_JPEG2K_32s_C1IR, v, 0)[6], INT_MAX);
     v[3] = INT_MIN;
     EXPECT_EQ(row(zmxiWTFwd_D97_JPEG2K_32s_C1IR, v, 0)[6], INT_MIN);
-    EXPECT_EQ(row(zmxiWTInv_D97_JPEG2K_32s_C1IR, V32{INT_MAX, INT_MAX, INT_MAX, INT_MIN, INT_MIN}, 0)[2], INT_MAX);
-    // 2^30 on both sides of an odd sample: the sum is -2^31, so A is positive where it would have been negative.
+    EXPECT_EQ(row(zmxiWTInv_D97_JPEG2K_32s_C1IR, V32{INT_MAX, INT_MAX, INT_MAX, INT_MIN, INT_MIN}, 0)[2],
+              INT_MAX);
+    // 2^30 on both sides of an odd sample: the sum is -2^31, so A is positive where it would have been
+    // negative.
     const V32 t = row(zmxiWTFwd_D97_JPEG2K_32s_C1IR, V32(8, 1 << 30), 0);
     for (int i = 4; i < 8; ++i) EXPECT_EQ(t[std::size_t(i)], INT_MAX);
 }
 
 namespace {
 
-template <class T> void checkNearReconstruction(const PlaneFns<T>& f, int magnitude, int tolerance, std::uint64_t seed) {
+template <class T>
+void checkNearReconstruction(const PlaneFns<T>& f, int magnitude, int tolerance, std::uint64_t seed) {
     SCOPED_TRACE(seed);
     Rng rng(seed);
     std::vector<Zmx8u> scratch(200000);
@@ -212,8 +234,8 @@ TEST(Wavelet97, TheFirstBadArgumentDecides) {
 
 namespace {
 
-// Rows whose outputs lie at or next to whole numbers, where a truncation turns on the last bits; the plane is two samples
-// high at most, so that the other direction is plain.
+// Rows whose outputs lie at or next to whole numbers, where a truncation turns on the last bits; the plane is
+// two samples high at most, so that the other direction is plain.
 class HardRows {
     Rng rng;
 
@@ -222,7 +244,8 @@ class HardRows {
 
 public:
     explicit HardRows(std::uint64_t seed) : rng(seed) {
-        for (const double scale : {1.2301741, 0.8128931, double(1.2301741F), double(0.8128931F), 1.0 / double(1.2301741F)})
+        for (const double scale :
+             {1.2301741, 0.8128931, double(1.2301741F), double(0.8128931F), 1.0 / double(1.2301741F)})
             for (Zmx32s n = 1; n < 2000000 && nearWhole.size() < 3000; ++n) {
                 const double x = n * scale;
                 if (std::abs(x - double(std::int64_t(x + 0.5))) < 2e-6) nearWhole.push_back(n);
@@ -235,19 +258,40 @@ public:
     void fill(std::vector<Zmx32s>& row) {
         const auto kind = rng.range(0, 9);
         const auto magnitude = std::int64_t(1) << rng.range(1, 31);
-        const Zmx32s value = Zmx32s(rng.range(-magnitude, magnitude - 1)), slope = Zmx32s(rng.range(-1000, 1000));
+        const Zmx32s value = Zmx32s(rng.range(-magnitude, magnitude - 1)),
+                     slope = Zmx32s(rng.range(-1000, 1000));
         const Zmx32s powers = Zmx32s(Zmx32u(1) << rng.range(0, 31));
         for (std::size_t i = 0; i < row.size(); ++i) switch (kind) {
-            case 0: row[i] = value; break;                                                   // flat
-            case 1: row[i] = Zmx32s(Zmx32u(value) + Zmx32u(slope) * Zmx32u(i)); break;       // ramp
-            case 2: row[i] = rng.oneIn(12) ? hard() : 0; break;                              // sparse, near whole
-            case 3: row[i] = rng.oneIn(12) ? powers : 0; break;                              // a power of two
-            case 4: row[i] = Zmx32s(rng.range(-255, 255)); break;
-            case 5: row[i] = i < row.size() / 2 ? value : hard(); break;                     // a step between flats
-            case 6: row[i] = Zmx32s((rng.oneIn(2) ? 1 : -1) * rng.range(1 << 26, INT_MAX)); break;
-            case 7: row[i] = Zmx32s(rng.range(INT_MAX - 9, INT_MAX)) * (i & 1 ? -1 : 1); break; // near the limits
-            case 8: row[i] = i & 1 ? -value / 2 : value / 2; break;                          // all high band
-            default: row[i] = Zmx32s(rng.range(-magnitude, magnitude - 1)); break;
+            case 0:
+                row[i] = value;
+                break; // flat
+            case 1:
+                row[i] = Zmx32s(Zmx32u(value) + Zmx32u(slope) * Zmx32u(i));
+                break; // ramp
+            case 2:
+                row[i] = rng.oneIn(12) ? hard() : 0;
+                break; // sparse, near whole
+            case 3:
+                row[i] = rng.oneIn(12) ? powers : 0;
+                break; // a power of two
+            case 4:
+                row[i] = Zmx32s(rng.range(-255, 255));
+                break;
+            case 5:
+                row[i] = i < row.size() / 2 ? value : hard();
+                break; // a step between flats
+            case 6:
+                row[i] = Zmx32s((rng.oneIn(2) ? 1 : -1) * rng.range(1 << 26, INT_MAX));
+                break;
+            case 7:
+                row[i] = Zmx32s(rng.range(INT_MAX - 9, INT_MAX)) * (i & 1 ? -1 : 1);
+                break; // near the limits
+            case 8:
+                row[i] = i & 1 ? -value / 2 : value / 2;
+                break; // all high band
+            default:
+                row[i] = Zmx32s(rng.range(-magnitude, magnitude - 1));
+                break;
             }
     }
 };
@@ -270,16 +314,19 @@ void stressPlanes(long samples, std::uint64_t seed) {
         }
         auto v = want.v;
         (forward ? model::forward97<Zmx32s> : model::inverse97<Zmx32s>)(want, r);
-        ASSERT_EQ((forward ? kPlanes32.forward : kPlanes32.inverse)(v.data(), 4 * r.width, &r, scratch.data()), zmxStsNoErr);
-        ASSERT_TRUE(sameBytes(want.v, v)) << (forward ? "forward " : "inverse ") << r.x << ',' << r.y << ' ' << r.width << 'x' << r.height;
+        ASSERT_EQ(
+            (forward ? kPlanes32.forward : kPlanes32.inverse)(v.data(), 4 * r.width, &r, scratch.data()),
+            zmxStsNoErr);
+        ASSERT_TRUE(sameBytes(want.v, v))
+            << (forward ? "forward " : "inverse ") << r.x << ',' << r.y << ' ' << r.width << 'x' << r.height;
         done += long(v.size());
     }
 }
 
 } // namespace
 
-// The truncation to whole numbers agrees with the extended form where it hangs on the last bits. ZMX_LONG_TESTS=1 compares
-// a hundred million samples.
+// The truncation to whole numbers agrees with the extended form where it hangs on the last bits.
+// ZMX_LONG_TESTS=1 compares a hundred million samples.
 TEST(Wavelet97, HardTruncationsAgreeWithTheExtendedForm) {
     stressPlanes(std::getenv("ZMX_LONG_TESTS") ? 100'000'000 : 400'000, 591);
 }
@@ -298,7 +345,8 @@ TEST(Wavelet97, FlatPlanesAgreeWithTheExtendedForm) {
             for (Zmx32s& v : want.v) v = value;
             auto v = want.v;
             (forward ? model::forward97<Zmx32s> : model::inverse97<Zmx32s>)(want, r);
-            ASSERT_EQ((forward ? kPlanes32.forward : kPlanes32.inverse)(v.data(), 28, &r, scratch), zmxStsNoErr);
+            ASSERT_EQ((forward ? kPlanes32.forward : kPlanes32.inverse)(v.data(), 28, &r, scratch),
+                      zmxStsNoErr);
             ASSERT_TRUE(sameBytes(want.v, v)) << value << ' ' << forward;
         }
     }

@@ -16,19 +16,27 @@ struct Constant {
     int q14, q16;
     Extended value() const { return std::bit_cast<float>(bits); }
 };
-constexpr Constant kAlpha{0xBFCB0673, -25987, -103949}, kBeta{0xBD5901AE, -868, -3472}, kGamma{0x3F620676, 14466, 57862},
-    kDelta{0x3EE31355, 7266, 29066}, kK{0x3F9D7658, 20155, 80621}, kInvK{0x3F5019C3, 13318, 53274},
-    kDeltaInvK{0x3EB8968E, 0, 23627};
+constexpr Constant kAlpha{0xBFCB0673, -25987, -103949}, kBeta{0xBD5901AE, -868, -3472},
+    kGamma{0x3F620676, 14466, 57862}, kDelta{0x3EE31355, 7266, 29066}, kK{0x3F9D7658, 20155, 80621},
+    kInvK{0x3F5019C3, 13318, 53274}, kDeltaInvK{0x3EB8968E, 0, 23627};
 
 struct Taps {
     Constant c[5], g[4];
 };
-constexpr Taps kForwardTaps{{{0x3F1A5ADE, 0, 39515}, {0x3E88A26A, 0, 17489}, {0xBDA03385, 0, -5126}, {0xBC8A269F, 0, -1105},
-                             {0x3CDB2036, 0, 1753}},
-                            {{0x3F8EBB2C, 0, 73078}, {0xBF175D96, 0, -38749}, {0xBD6BB2C3, 0, -3771}, {0x3DBAECB1, 0, 5982}}};
-constexpr Taps kInverseTaps{{{0x3F1A5ADE, 0, 39515}, {0xBE88A26A, 0, -17489}, {0xBDA03385, 0, -5126}, {0x3C8A269F, 0, 1105},
-                             {0x3CDB2036, 0, 1753}},
-                            {{0x3F8EBB2C, 0, 73078}, {0x3F175D96, 0, 38750}, {0xBD6BB2C3, 0, -3771}, {0xBDBAECB1, 0, -5981}}};
+constexpr Taps kForwardTaps{
+    {{0x3F1A5ADE, 0, 39515},
+     {0x3E88A26A, 0, 17489},
+     {0xBDA03385, 0, -5126},
+     {0xBC8A269F, 0, -1105},
+     {0x3CDB2036, 0, 1753}},
+    {{0x3F8EBB2C, 0, 73078}, {0xBF175D96, 0, -38749}, {0xBD6BB2C3, 0, -3771}, {0x3DBAECB1, 0, 5982}}};
+constexpr Taps kInverseTaps{
+    {{0x3F1A5ADE, 0, 39515},
+     {0xBE88A26A, 0, -17489},
+     {0xBDA03385, 0, -5126},
+     {0x3C8A269F, 0, 1105},
+     {0x3CDB2036, 0, 1753}},
+    {{0x3F8EBB2C, 0, 73078}, {0x3F175D96, 0, 38750}, {0xBD6BB2C3, 0, -3771}, {0xBDBAECB1, 0, -5981}}};
 
 Zmx32s wrap(Wide v) { return Zmx32s(Zmx32u(std::uint64_t(v))); }
 Wide saturate(Wide v) { return v > 32767 ? 32767 : v < -32768 ? -32768 : v; }
@@ -51,7 +59,9 @@ struct Unrounded {
     using Value = Extended;
     static Value add(Value x, Constant c, Value a, Value b) { return x + c.value() * (a + b); }
     static Value sub(Value x, Constant c, Value a, Value b) { return x - c.value() * (a + b); }
-    static Value first(Zmx32s x, Zmx32s a, Zmx32s b) { return Value(x) + kAlpha.value() * Value(wrap(Wide(a) + b)); }
+    static Value first(Zmx32s x, Zmx32s a, Zmx32s b) {
+        return Value(x) + kAlpha.value() * Value(wrap(Wide(a) + b));
+    }
     static Value scale(Value x, Constant c) { return x * c.value(); }
     static Zmx32s sample(Value x) { return toSample(x); }
 };
@@ -67,8 +77,10 @@ template <class T> void forwardLine(Stroke<T> s, int n, int p) {
         return;
     }
     Line<T> x(n);
-    if (n <= 4) readExt4(s, x, n);
-    else readExt(s, x, n, 4 - p, ((p + n) & 1) + 3);
+    if (n <= 4)
+        readExt4(s, x, n);
+    else
+        readExt(s, x, n, 4 - p, ((p + n) & 1) + 3);
     auto e = [&](int k) { return x[k + p]; };
 
     Line<typename Sys::Value> v(n + 8);
@@ -95,8 +107,10 @@ template <class T> void inverseLine(Stroke<T> s, int n, int p) {
         return;
     }
     Line<T> x(n);
-    if (n <= 4) readInterleaveExt4(s, x, n, p);
-    else readInterleaveExt(s, x, n, p, p + 3, 4 - ((p + n) & 1));
+    if (n <= 4)
+        readInterleaveExt4(s, x, n, p);
+    else
+        readInterleaveExt(s, x, n, p, p + 3, 4 - ((p + n) & 1));
     auto scaled = [&](int k) { return Sys::scale(typename Sys::Value(x[k - p]), k & 1 ? kInvK : kK); };
 
     Line<typename Sys::Value> v(n + 8);
@@ -117,7 +131,8 @@ template <class T> void inverseLine(Stroke<T> s, int n, int p) {
 
 // ---- Kernels
 
-// What is common to the two integer systems: exact products, 16 fractional bits; they differ in what becomes of a value.
+// What is common to the two integer systems: exact products, 16 fractional bits; they differ in what becomes
+// of a value.
 template <class T, Wide (*Keep)(Wide), Wide (*Sum)(Wide)> struct Q16 {
     using Value = Wide;
     static Value term(Constant c, Value s) { return (c.q16 * Sum(s) + 32768) >> 16; }
@@ -156,7 +171,9 @@ struct Wrapping : Q16<Zmx32s, wrapped, wrapped> {
 };
 // Extended precision; what stands in a row is a float.
 struct Floats : Unrounded {
-    static Value evenOf(Value l, Value h0, Value h1) { return kK.value() * l - kDeltaInvK.value() * (h0 + h1); }
+    static Value evenOf(Value l, Value h0, Value h1) {
+        return kK.value() * l - kDeltaInvK.value() * (h0 + h1);
+    }
     static Value oddOf(Value h, Value b0, Value b1) { return kInvK.value() * h - kGamma.value() * (b0 + b1); }
     static Value firstGamma(Value x, Value a, Value b) { return add(x, kGamma, a, b); }
     static Value lastOdd(Value h, Value b0, Value b1) { return oddOf(h, b0, b1); }
@@ -176,7 +193,9 @@ struct Tapped {
     Extended s; // exact: two samples of any type
     Wide i;
 };
-template <class T> Tapped under(Constant c, T a, T b) { return {c, Extended(a) + Extended(b), Wide(a) + Wide(b)}; }
+template <class T> Tapped under(Constant c, T a, T b) {
+    return {c, Extended(a) + Extended(b), Wide(a) + Wide(b)};
+}
 template <class T> Tapped under(Constant c, T a) { return {c, Extended(a), Wide(a)}; }
 template <> Tapped under(Constant c, Zmx32f a, Zmx32f b) { return {c, Extended(a) + Extended(b), 0}; }
 template <> Tapped under(Constant c, Zmx32f a) { return {c, Extended(a), 0}; }
@@ -208,7 +227,8 @@ template <class T> void forwardPair(const T* x, T* low, T* high, int q) {
     const T *l = x + q, *h = x + 1 - q; // where the low and the high sample stand
     const Tapped lowTaps[] = {under(c[4], l[-4], l[4]), under(c[3], l[-3], l[3]), under(c[2], l[-2], l[2]),
                               under(c[1], l[-1], l[1]), under(c[0], l[0])};
-    const Tapped highTaps[] = {under(g[3], h[-3], h[3]), under(g[2], h[-2], h[2]), under(g[1], h[-1], h[1]), under(g[0], h[0])};
+    const Tapped highTaps[] = {under(g[3], h[-3], h[3]), under(g[2], h[-2], h[2]), under(g[1], h[-1], h[1]),
+                               under(g[0], h[0])};
     *low = tapSum<T>(lowTaps, Output::ForwardLow);
     *high = tapSum<T>(highTaps, Output::ForwardHigh);
 }
@@ -219,8 +239,9 @@ template <class T> void inversePair(const T* low, const T* high, T* dst, int q) 
     const Tapped lowPlace[] = {under(g[2], low[-1], low[1]), under(g[0], low[0]), under(c[3], h[-2], h[1]),
                                under(c[1], h[-1], h[0])};
     const T* l = low - q; // the low sample ahead of the high one
-    const Tapped highPlace[] = {under(g[3], l[-1], l[2]), under(g[1], l[0], l[1]), under(c[4], high[-2], high[2]),
-                                under(c[2], high[-1], high[1]), under(c[0], high[0])};
+    const Tapped highPlace[] = {under(g[3], l[-1], l[2]), under(g[1], l[0], l[1]),
+                                under(c[4], high[-2], high[2]), under(c[2], high[-1], high[1]),
+                                under(c[0], high[0])};
     dst[q] = tapSum<T>(lowPlace, Output::Inverse);
     dst[1 - q] = tapSum<T>(highPlace, Output::Inverse);
 }
@@ -247,13 +268,15 @@ template <class T> void forwardLine97(const T* x, T* low, T* high, int w, int ph
     using Sys = KernelSystem<T>;
     const int q = phase ? 1 : 0;
     if (w == 1) return forwardPair(x, low, high, q);
-    // v is indexed by position; low sample i stands at 2 i + q. What stands in a row is what lies in 0 to 2 w - 1.
+    // v is indexed by position; low sample i stands at 2 i + q. What stands in a row is what lies in 0 to 2 w
+    // - 1.
     Line<typename Sys::Value> v(2 * w);
     auto keep = [&](int k, auto value) { v[k] = Sys::stored(k >= 0 && k < 2 * w, value); };
     for (int k = -3 + q; k <= 2 * w + 1 + q; k += 2) keep(k, Sys::add(x[k], kAlpha, x[k - 1], x[k + 1]));
     for (int k = -2 + q; k <= 2 * w + q; k += 2) keep(k, Sys::add(x[k], kBeta, v[k - 1], v[k + 1]));
     for (int k = -1 + q; k <= 2 * w - 1 + q; k += 2)
-        keep(k, k < 0 ? Sys::firstGamma(v[k], v[k - 1], v[k + 1]) : Sys::add(v[k], kGamma, v[k - 1], v[k + 1]));
+        keep(k,
+             k < 0 ? Sys::firstGamma(v[k], v[k - 1], v[k + 1]) : Sys::add(v[k], kGamma, v[k - 1], v[k + 1]));
     for (int i = 0; i < w; ++i) {
         const int k = 2 * i + q;
         if constexpr (std::is_same_v<T, Zmx32f>) {
@@ -275,23 +298,26 @@ template <class T> void inverseLine97(const T* low, const T* high, T* dst, int w
     const int q = phase ? 1 : 0;
     if (w == 1) return inversePair(low, high, dst, q);
     Line<typename Sys::Value> v(2 * w);
-    auto l = [&](int k) { return low[(k - q) / 2]; };       // the low sample at position k, k - q even
-    auto h = [&](int k) { return high[(k - 1 + q) / 2]; };  // the high sample at position k
+    auto l = [&](int k) { return low[(k - q) / 2]; };      // the low sample at position k, k - q even
+    auto h = [&](int k) { return high[(k - 1 + q) / 2]; }; // the high sample at position k
     auto keep = [&](int k, auto value) { v[k] = Sys::stored(k >= 0 && k < 2 * w, value); };
     const bool phase0 = q == 0;
     for (int k = -2 - q; k <= 2 * w + 2 - q; k += 2) keep(k, Sys::evenOf(l(k), h(k - 1), h(k + 1)));
     for (int k = -1 - q; k <= 2 * w + 1 - q; k += 2)
-        keep(k, phase0 && k == 2 * w + 1 ? Sys::lastOdd(h(k), v[k - 1], v[k + 1]) : Sys::oddOf(h(k), v[k - 1], v[k + 1]));
+        keep(k, phase0 && k == 2 * w + 1 ? Sys::lastOdd(h(k), v[k - 1], v[k + 1])
+                                         : Sys::oddOf(h(k), v[k - 1], v[k + 1]));
     for (int k = -q; k <= 2 * w - q; k += 2) keep(k, Sys::sub(v[k], kBeta, v[k - 1], v[k + 1]));
     for (int k = 1 - q; k <= 2 * w - 1 - q; k += 2)
-        keep(k, phase0 && k == 2 * w - 1 ? Sys::lastSample(v[k], v[k - 1], v[k + 1]) : Sys::sub(v[k], kAlpha, v[k - 1], v[k + 1]));
+        keep(k, phase0 && k == 2 * w - 1 ? Sys::lastSample(v[k], v[k - 1], v[k + 1])
+                                         : Sys::sub(v[k], kAlpha, v[k - 1], v[k + 1]));
     for (int k = 0; k < 2 * w; ++k) dst[k] = Sys::sample(v[k]);
 }
 
-// Step by step on one column of the rows, in the order stated, so that rows that are one and the same behave as they must.
+// Step by step on one column of the rows, in the order stated, so that rows that are one and the same behave
+// as they must.
 template <class T>
-void forwardLift97(const T* src0, const T* src1, const T* src2, T* srcDstLow0, T* dstLow1, T* srcDstHigh0, T* srcDstHigh1,
-                   T* dstHigh2, int width) {
+void forwardLift97(const T* src0, const T* src1, const T* src2, T* srcDstLow0, T* dstLow1, T* srcDstHigh0,
+                   T* srcDstHigh1, T* dstHigh2, int width) {
     using Sys = KernelSystem<T>;
     for (int i = 0; i < width; ++i) {
         dstHigh2[i] = Sys::sample(Sys::add(src1[i], kAlpha, src0[i], src2[i]));
@@ -308,8 +334,8 @@ void forwardLift97(const T* src0, const T* src1, const T* src2, T* srcDstLow0, T
 }
 
 template <class T>
-void inverseLift97(const T* srcLow0, const T* srcHigh0, const T* srcHigh1, const T* src0, T* srcDst1, T* srcDst2, T* dst3,
-                   T* dst4, int width) {
+void inverseLift97(const T* srcLow0, const T* srcHigh0, const T* srcHigh1, const T* src0, T* srcDst1,
+                   T* srcDst2, T* dst3, T* dst4, int width) {
     using Sys = KernelSystem<T>;
     for (int i = 0; i < width; ++i) {
         dst4[i] = Sys::sample(Sys::evenOf(srcLow0[i], srcHigh0[i], srcHigh1[i]));
@@ -330,11 +356,17 @@ template void inverseLine97(const Zmx16s*, const Zmx16s*, Zmx16s*, int, int);
 template void inverseLine97(const Zmx32s*, const Zmx32s*, Zmx32s*, int, int);
 template void inverseLine97(const Zmx32f*, const Zmx32f*, Zmx32f*, int, int);
 
-template void forwardLift97(const Zmx16s*, const Zmx16s*, const Zmx16s*, Zmx16s*, Zmx16s*, Zmx16s*, Zmx16s*, Zmx16s*, int);
-template void forwardLift97(const Zmx32s*, const Zmx32s*, const Zmx32s*, Zmx32s*, Zmx32s*, Zmx32s*, Zmx32s*, Zmx32s*, int);
-template void forwardLift97(const Zmx32f*, const Zmx32f*, const Zmx32f*, Zmx32f*, Zmx32f*, Zmx32f*, Zmx32f*, Zmx32f*, int);
-template void inverseLift97(const Zmx16s*, const Zmx16s*, const Zmx16s*, const Zmx16s*, Zmx16s*, Zmx16s*, Zmx16s*, Zmx16s*, int);
-template void inverseLift97(const Zmx32s*, const Zmx32s*, const Zmx32s*, const Zmx32s*, Zmx32s*, Zmx32s*, Zmx32s*, Zmx32s*, int);
-template void inverseLift97(const Zmx32f*, const Zmx32f*, const Zmx32f*, const Zmx32f*, Zmx32f*, Zmx32f*, Zmx32f*, Zmx32f*, int);
+template void forwardLift97(const Zmx16s*, const Zmx16s*, const Zmx16s*, Zmx16s*, Zmx16s*, Zmx16s*, Zmx16s*,
+                            Zmx16s*, int);
+template void forwardLift97(const Zmx32s*, const Zmx32s*, const Zmx32s*, Zmx32s*, Zmx32s*, Zmx32s*, Zmx32s*,
+                            Zmx32s*, int);
+template void forwardLift97(const Zmx32f*, const Zmx32f*, const Zmx32f*, Zmx32f*, Zmx32f*, Zmx32f*, Zmx32f*,
+                            Zmx32f*, int);
+template void inverseLift97(const Zmx16s*, const Zmx16s*, const Zmx16s*, const Zmx16s*, Zmx16s*, Zmx16s*,
+                            Zmx16s*, Zmx16s*, int);
+template void inverseLift97(const Zmx32s*, const Zmx32s*, const Zmx32s*, const Zmx32s*, Zmx32s*, Zmx32s*,
+                            Zmx32s*, Zmx32s*, int);
+template void inverseLift97(const Zmx32f*, const Zmx32f*, const Zmx32f*, const Zmx32f*, Zmx32f*, Zmx32f*,
+                            Zmx32f*, Zmx32f*, int);
 
 } // namespace model

@@ -1,4 +1,5 @@
-// What the models of both wavelets share: planes, the lines in them, and the mirroring of a line past its ends.
+// What the models of both wavelets share: planes, the lines in them, and the mirroring of a line past its
+// ends.
 #pragma once
 
 #include "zmxj/types.h"
@@ -72,7 +73,8 @@ template <class T> void readInterleave(Stroke<T> src, Line<T>& line, int len, in
     Cursors at(phase, len);
     for (int i = 0; i < len; ++i) line[i] = src[at.next(i)];
 }
-template <class T> void readInterleaveExt(Stroke<T> src, Line<T>& line, int len, int phase, int leftExt, int rightExt) {
+template <class T>
+void readInterleaveExt(Stroke<T> src, Line<T>& line, int len, int phase, int leftExt, int rightExt) {
     readInterleave(src, line, len, phase);
     for (int k = 1; k <= leftExt; ++k) line[-k] = line[k];
     mirrorRight(line, len, rightExt);
@@ -86,22 +88,26 @@ template <class T> void writeInterleave(Line<T>& line, Stroke<T> dst, int phase,
     for (int i = 0; i < len; ++i) dst[at.next(i)] = line[i];
 }
 
-// All columns, then all rows. An empty direction still has its first line of no samples visited by the other one.
+// All columns, then all rows. An empty direction still has its first line of no samples visited by the other
+// one.
 template <class T, class LineTransform> void columns(Grid<T>& g, const ZmxiRect& r, LineTransform transform) {
-    for (int x = 0; x < r.width; ++x) transform(Stroke<T>{&g.at(x, 0), std::max(g.width, 1)}, r.height, r.y & 1);
+    for (int x = 0; x < r.width; ++x)
+        transform(Stroke<T>{&g.at(x, 0), std::max(g.width, 1)}, r.height, r.y & 1);
 }
 template <class T, class LineTransform> void rows(Grid<T>& g, const ZmxiRect& r, LineTransform transform) {
     for (int y = 0; y < r.height; ++y) transform(Stroke<T>{&g.at(0, y), 1}, r.width, r.x & 1);
 }
 
-// The four bands of a transformed plane: low-low, low-high, high-low, high-high. Cut without regard to the phases.
+// The four bands of a transformed plane: low-low, low-high, high-low, high-high. Cut without regard to the
+// phases.
 template <class T> using Bands = std::array<Grid<T>, 4>;
 struct BandPlace {
     int x, y, width, height;
 };
 inline BandPlace bandPlace(int band, int w, int h) {
     const bool highX = band >= 2, highY = band & 1;
-    return {highX ? (w + 1) / 2 : 0, highY ? (h + 1) / 2 : 0, highX ? w / 2 : (w + 1) / 2, highY ? h / 2 : (h + 1) / 2};
+    return {highX ? (w + 1) / 2 : 0, highY ? (h + 1) / 2 : 0, highX ? w / 2 : (w + 1) / 2,
+            highY ? h / 2 : (h + 1) / 2};
 }
 template <class T> Grid<T> cutBand(Grid<T>& g, int band) {
     const BandPlace b = bandPlace(band, g.width, g.height);
@@ -110,7 +116,9 @@ template <class T> Grid<T> cutBand(Grid<T>& g, int band) {
         for (int x = 0; x < b.width; ++x) out.at(x, y) = g.at(b.x + x, b.y + y);
     return out;
 }
-template <class T> Bands<T> cut(Grid<T>& g) { return {cutBand(g, 0), cutBand(g, 1), cutBand(g, 2), cutBand(g, 3)}; }
+template <class T> Bands<T> cut(Grid<T>& g) {
+    return {cutBand(g, 0), cutBand(g, 1), cutBand(g, 2), cutBand(g, 3)};
+}
 template <class T> Grid<T> join(Bands<T>& bands, int w, int h) {
     Grid<T> g(w, h);
     for (int band = 0; band < 4; ++band) {
@@ -121,8 +129,8 @@ template <class T> Grid<T> join(Bands<T>& bands, int w, int h) {
     return g;
 }
 
-// The scratch sizes: one line of the longer side with its margins, all as unsigned 32-bit numbers, and for the forms on four
-// bands a plane ahead of it.
+// The scratch sizes: one line of the longer side with its margins, all as unsigned 32-bit numbers, and for
+// the forms on four bands a plane ahead of it.
 inline int lineBytes(int w, int h, int smallest, Zmx32u sample, Zmx32u margins) {
     if (w < smallest && h < smallest) return 0;
     return int(std::max(sample * (Zmx32u(w) + margins), sample * (Zmx32u(h) + margins)));
