@@ -153,6 +153,44 @@ template <class T> void checkPlanes(const PlaneFns<T>& f, int all, int larger, s
     }
 }
 
+// One line through a whole-plane function in place: a row at column origin x, or a column at row origin y.
+template <class T>
+std::vector<T> transformed(ZmxStatus (*fn)(T*, int, const ZmxiRect*, Zmx8u*), std::vector<T> v,
+                           const ZmxiRect& r, int step) {
+    Zmx8u scratch[512];
+    EXPECT_EQ(fn(v.data(), step, &r, scratch), zmxStsNoErr);
+    return v;
+}
+template <class T>
+std::vector<T> row(ZmxStatus (*fn)(T*, int, const ZmxiRect*, Zmx8u*), std::vector<T> v, int x) {
+    return transformed(fn, v, {x, 0, int(v.size()), 1}, int(v.size() * sizeof(T)));
+}
+template <class T>
+std::vector<T> column(ZmxStatus (*fn)(T*, int, const ZmxiRect*, Zmx8u*), std::vector<T> v, int y) {
+    return transformed(fn, v, {0, y, 1, int(v.size())}, int(sizeof(T)));
+}
+
+// Lines of every length up to 40, a few side by side, as rows and as columns.
+template <class T> void checkLines(const PlaneFns<T>& f, std::uint64_t seed) {
+    SCOPED_TRACE(seed);
+    Rng rng(seed);
+    for (int n = 0; n <= 40; ++n)
+        for (int other : {1, 2, 3, 5})
+            for (int phases = 0; phases < 4; ++phases)
+                for (const ZmxiSize s : {ZmxiSize{n, other}, ZmxiSize{other, n}}) {
+                    checkInPlace(rng, f, {phases & 1, phases >> 1, s.width, s.height},
+                                 kCharacters[rng.range(0, 5)]);
+                    if (::testing::Test::HasFatalFailure()) return;
+                }
+}
+
+inline int sizeOf(ZmxStatus (*fn)(const ZmxiRect*, int*), int w, int h) {
+    const ZmxiRect r{0, 0, w, h};
+    int n = -1;
+    EXPECT_EQ(fn(&r, &n), zmxStsNoErr);
+    return n;
+}
+
 template <class T> void checkSizes(const PlaneFns<T>& f, std::uint64_t seed) {
     SCOPED_TRACE(seed);
     Rng rng(seed);
