@@ -126,9 +126,9 @@ std::vector<std::uint8_t> encodeSamples(const Sample* pixels, int width, int hei
     const Model model = modelFor(channels, options);
     const Frame frame = frameFor(width, height, precision, model, options);
     const Quantiser quantisers[2] = {{kLumaQuant, options.quality}, {kChromaQuant, options.quality}};
-    const auto transformer = makeTransformer(pixels, frame, model, quantisers);
-    const bool plain = !options.optimize && !options.progressive && options.scans.empty();
-    if (plain && precision == 8 && sequentialScript(frame, model).size() == 1)
+    const bool scripted = options.progressive || !options.scans.empty();
+    const auto transformer = makeTransformer(pixels, frame, model, quantisers, scripted);
+    if (!scripted && !options.optimize && precision == 8 && sequentialScript(frame, model).size() == 1)
         return encodeStraight(frame, model, *transformer, quantisers, options.restart);
 
     CoefficientFile file(frame);

@@ -1,6 +1,7 @@
 // transform.cpp - two roads from pixels to coefficients. UnitTransformer cuts whole MCUs out of the picture with
-// one library function. PlaneTransformer serves every sampling and 12-bit samples: it makes a small plane of
-// each component, averages it down to its size, and leaves the level shift to the transform.
+// one library function, whose colour conversion rounds nothing. PlaneTransformer serves every sampling and 12-bit
+// samples, and converts with rounding: it makes a small plane of each component, averages it down to its size,
+// and leaves the level shift to the transform.
 #include "jpeg/transform.h"
 
 #include "jpeg/units.h"
@@ -81,25 +82,26 @@ private:
 
 constexpr int kStep = 8 * kMaxFactor; // samples in a row of an MCU's planes
 
-template <class Sample> void split(const Sample* pixels, int channels, Sample* const* planes) {
-    for (int i = 0; i < kStep * kStep; ++i)
-        for (int c = 0; c < channels; ++c) planes[c][i] = pixels[channels * i + c];
+template <class Sample> void split(const Sample* pixels, int channels, Sample* const* planes, ZmxiSize size) {
+    for (int y = 0; y < size.height; ++y)
+        for (int i = y * kStep; i < y * kStep + size.width; ++i)
+            for (int c = 0; c < channels; ++c) planes[c][i] = pixels[channels * i + c];
 }
 
 // Pixels of an MCU, `kStep` in a row, to planes of the components.
-void toPlanes(Model model, Zmx8u* pixels, Zmx8u* const* planes) {
-    constexpr ZmxiSize kAll{kStep, kStep};
+void toPlanes(Model model, Zmx8u* pixels, Zmx8u* const* planes, ZmxiSize size) {
     if (model == Model::YCbCr)
-        zmxiRGBToYCbCr_JPEG_8u_C3P3R(pixels, 3 * kStep, planes, kStep, kAll);
+        zmxiRGBToYCbCr_JPEG_8u_C3P3R(pixels, 3 * kStep, planes, kStep, size);
     else if (model == Model::Ycck)
-        zmxiCMYKToYCCK_JPEG_8u_C4P4R(pixels, 4 * kStep, planes, kStep, kAll);
+        zmxiCMYKToYCCK_JPEG_8u_C4P4R(pixels, 4 * kStep, planes, kStep, size);
     else
-        split(pixels, channelsOf(model), planes);
+        split(pixels, channelsOf(model), planes, size);
 }
-void toPlanes(Model model, Zmx16u* pixels, Zmx16u* const* planes) {
+void toPlanes(Model model, Zmx16u* pixels, Zmx16u* const* planes, ZmxiSize size) {
     const int channels = channelsOf(model);
-    for (int i = 0; i < kStep * kStep; ++i) wideFromPixel(model, pixels + channels * i);
-    split(pixels, channels, planes);
+    for (int y = 0; y < size.height; ++y)
+        for (int i = y * kStep; i < y * kStep + size.width; ++i) wideFromPixel(model, pixels + channels * i);
+    split(pixels, channels, planes, size);
 }
 
 void forward(const Zmx8u* samples, Zmx16s* block, const Quantiser& q) {
@@ -119,7 +121,7 @@ public:
         cut(pixels, frame, column * width, row * height, {width, height}, part, kStep * channelsOf(model));
         Sample* all[kMaxComponents];
         for (int i = 0; i < kMaxComponents; ++i) all[i] = planes[i];
-        toPlanes(model, part, all);
+        toPlanes(model, part, all, {width, height});
         for (std::size_t i = 0; i < frame.components.size(); ++i) {
             const Component& c = frame.components[i];
             const Sample* from = reduce(planes[i], c);
@@ -157,14 +159,14 @@ private:
 } // namespace
 
 std::unique_ptr<Transformer> makeTransformer(const Zmx8u* pixels, const Frame& frame, Model model,
-                                             const Quantiser (&quantisers)[2]) {
-    if (const Unit* unit = unitFor(model, frame.components))
+                                             const Quantiser (&quantisers)[2], bool exact) {
+    if (const Unit* unit = exact ? nullptr : unitFor(model, frame.components))
         return std::make_unique<UnitTransformer>(pixels, frame, *unit, quantisers);
     return std::make_unique<PlaneTransformer<Zmx8u>>(pixels, frame, model, quantisers);
 }
 
 std::unique_ptr<Transformer> makeTransformer(const Zmx16u* pixels, const Frame& frame, Model model,
-                                             const Quantiser (&quantisers)[2]) {
+                                             const Quantiser (&quantisers)[2], bool) {
     return std::make_unique<PlaneTransformer<Zmx16u>>(pixels, frame, model, quantisers);
 }
 
