@@ -46,7 +46,7 @@ void firstScan(Reader& reader) {
 std::size_t scanBudget(const Frame& frame) {
     const std::size_t blocks =
         std::size_t(frame.mcuColumns()) * std::size_t(frame.mcuRows()) * std::size_t(frame.blocksInMcu());
-    return std::max(100 * blocks, std::size_t(1) << 26);
+    return std::max(100 * blocks, std::size_t(1) << 24);
 }
 
 namespace {
