@@ -1,5 +1,5 @@
-// The modes of the JPEG codec beyond baseline: progressive files and scan scripts, transcoding, 12 bits, every
-// sampling, lossless files; and broken files of each kind.
+// The modes of the JPEG codec beyond baseline: progressive files and scan scripts, transcoding, 12 bits,
+// every sampling, lossless files; and broken files of each kind.
 #include "jpeg/jpeg.h"
 #include "jpeg/reader.h"
 #include "jpeg/writer.h"
@@ -105,8 +105,13 @@ TEST(JpegModes, EveryScriptKeepsTheCoefficients) {
         int channels;
         std::vector<jpeg::Factors> factors;
     };
-    const Sampled kinds[] = {{1, {}}, {3, {{1, 1}}}, {3, {{2, 1}}}, {3, {{2, 2}}}, {3, {{1, 2}, {1, 1}, {1, 2}}},
-                             {3, {{4, 4}, {2, 1}, {1, 4}}}, {4, {{2, 2}, {1, 1}, {1, 1}, {2, 2}}}};
+    const Sampled kinds[] = {{1, {}},
+                             {3, {{1, 1}}},
+                             {3, {{2, 1}}},
+                             {3, {{2, 2}}},
+                             {3, {{1, 2}, {1, 1}, {1, 2}}},
+                             {3, {{4, 4}, {2, 1}, {1, 4}}},
+                             {4, {{2, 2}, {1, 1}, {1, 1}, {2, 2}}}};
     for (const Sampled& kind : kinds)
         for (auto [width, height] : {std::pair{1, 1}, {8, 8}, {17, 15}, {7, 50}, {65, 33}})
             for (int restart : {0, 1, 5}) {
@@ -224,7 +229,8 @@ TEST(JpegModes, RunsDoNotCrossRestarts) {
         ASSERT_EQ(zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(flat, longRun, 16, &at, 1, 63, 0, table.get(),
                                                              state.get(), 0),
                   zmxStsNoErr);
-    ASSERT_EQ(zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(flat, longRun, 16, &at, 1, 63, 0, table.get(), state.get(), 1),
+    ASSERT_EQ(zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(flat, longRun, 16, &at, 1, 63, 0, table.get(),
+                                                         state.get(), 1),
               zmxStsNoErr);
     const Bytes original(file.begin() + std::ptrdiff_t(h.dataOffset), file.begin() + std::ptrdiff_t(next));
     const Bytes replaced(longRun, longRun + at);
@@ -255,7 +261,8 @@ TEST(JpegModes, PicturesAfterEachScan) {
 TEST(JpegModes, EverySampling) {
     Bytes source; // without texture, which chroma loses
     for (int y = 0; y < 60; ++y)
-        for (int x = 0; x < 70; ++x) source.insert(source.end(), {std::uint8_t(x * 3), std::uint8_t(y * 4), std::uint8_t(x + y)});
+        for (int x = 0; x < 70; ++x)
+            source.insert(source.end(), {std::uint8_t(x * 3), std::uint8_t(y * 4), std::uint8_t(x + y)});
     for (int h = 1; h <= 4; ++h)
         for (int v = 1; v <= 4; ++v)
             for (int other = 0; other < 3; ++other) {
@@ -285,8 +292,11 @@ TEST(JpegModes, TwelveBits) {
             for (int form = 0; form < 4; ++form)
                 for (int quality : {60, 100}) {
                     SCOPED_TRACE(std::to_string(channels) + " channels, " + std::to_string(width) + "x" +
-                                 std::to_string(height) + ", form " + std::to_string(form) + ", quality " + std::to_string(quality));
-                    EncodeOptions o = form == 1 ? progressive() : form == 2 ? progressive(2) : EncodeOptions();
+                                 std::to_string(height) + ", form " + std::to_string(form) + ", quality " +
+                                 std::to_string(quality));
+                    EncodeOptions o = form == 1   ? progressive()
+                                      : form == 2 ? progressive(2)
+                                                  : EncodeOptions();
                     o.sampling = jpeg::Sampling::s444;
                     o.quality = quality;
                     o.ycck = form == 2;
@@ -314,7 +324,8 @@ TEST(JpegModes, TwelveBits) {
     finest.quality = 100;
     EXPECT_EQ(sound(jpeg::encode(flat.data(), 16, 16, 1, 12, finest)).wide, flat);
     const Words few(4, 0);
-    for (int bits : {2, 8, 11, 13, 16}) EXPECT_THROW(jpeg::encode(few.data(), 2, 2, 1, bits, {}), jpeg::Error);
+    for (int bits : {2, 8, 11, 13, 16})
+        EXPECT_THROW(jpeg::encode(few.data(), 2, 2, 1, bits, {}), jpeg::Error);
 }
 
 // The largest coefficients need more low bits left out of their first scan than usual.
@@ -339,10 +350,12 @@ TEST(JpegModes, LosslessInEveryPrecision) {
         for (int predictor = 1; predictor <= 7; ++predictor)
             for (int channels = 1; channels <= 4; ++channels)
                 for (int variant = 0; variant < 3; ++variant) {
-                    SCOPED_TRACE(std::to_string(bits) + " bits, predictor " + std::to_string(predictor) + ", " +
-                                 std::to_string(channels) + " channels, variant " + std::to_string(variant));
+                    SCOPED_TRACE(std::to_string(bits) + " bits, predictor " + std::to_string(predictor) +
+                                 ", " + std::to_string(channels) + " channels, variant " +
+                                 std::to_string(variant));
                     const int width = variant == 2 ? 1 : 19, height = 11, shift = variant == 1 ? bits / 3 : 0;
-                    Words source = variant == 0 ? slopes<std::uint16_t>(width, height, channels, bits) : Words();
+                    Words source =
+                        variant == 0 ? slopes<std::uint16_t>(width, height, channels, bits) : Words();
                     if (variant > 0)
                         for (int i = 0; i < width * height * channels; ++i)
                             source.push_back(std::uint16_t(rng.range(0, (1 << bits) - 1)));
@@ -377,8 +390,8 @@ TEST(JpegModes, WhatLosslessRefuses) {
     EXPECT_THROW(transcode(file, {}), jpeg::Error);
 }
 
-// A scan of three components, two of them subsampled, coded by hand with one table: all differences are zero, so
-// that every sample is the first prediction.
+// A scan of three components, two of them subsampled, coded by hand with one table: all differences are zero,
+// so that every sample is the first prediction.
 TEST(JpegModes, LosslessSubsampled) {
     for (int units : {9 * 6 * 6, 9 * 6 * 6 - 1}) {
         jpeg::Frame frame;
@@ -511,14 +524,24 @@ TEST(JpegModes, ScansThatNoFileHas) {
         return refusal([&] { decode(f); });
     };
     EXPECT_EQ(with(0, 0, 0x01), "");
-    for (const auto& [first, last, bits] : {std::array{0, 1, 0x01}, {0, 63, 0}, {1, 63, 0}, {1, 0, 0}, {64, 64, 0}, {0, 0, 0x0E}, {0, 0, 0x31}, {0, 0, 0x11}})
-        EXPECT_NE(with(first, last, bits).find("no progressive scan"), std::string::npos) << first << " " << last << " " << bits;
+    for (const auto& [first, last, bits] : {std::array{0, 1, 0x01},
+                                            {0, 63, 0},
+                                            {1, 63, 0},
+                                            {1, 0, 0},
+                                            {64, 64, 0},
+                                            {0, 0, 0x0E},
+                                            {0, 0, 0x31},
+                                            {0, 0, 0x11}})
+        EXPECT_NE(with(first, last, bits).find("no progressive scan"), std::string::npos)
+            << first << " " << last << " " << bits;
     // A scan twice: decoded, and said.
     jpeg::Reader second(file.data(), file.size());
     ASSERT_TRUE(second.nextScan() && second.nextScan());
     Bytes twice = file;
-    const std::size_t from = second.header().scanOffset, to = jpeg::findMarker(file.data(), file.size(), second.header().dataOffset);
-    twice.insert(twice.begin() + std::ptrdiff_t(to), file.begin() + std::ptrdiff_t(from), file.begin() + std::ptrdiff_t(to));
+    const std::size_t from = second.header().scanOffset,
+                      to = jpeg::findMarker(file.data(), file.size(), second.header().dataOffset);
+    twice.insert(twice.begin() + std::ptrdiff_t(to), file.begin() + std::ptrdiff_t(from),
+                 file.begin() + std::ptrdiff_t(to));
     const jpeg::Picture p = decode(twice);
     ASSERT_FALSE(p.warnings.empty());
     EXPECT_NE(p.warnings[0].find("out of turn"), std::string::npos);

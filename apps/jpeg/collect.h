@@ -23,8 +23,8 @@ QuantTable quantTableOf(const Header& header, const Component& component);
 void firstScan(Reader& reader);
 
 // How many blocks the scans of a picture may visit before the rest of them is passed over. A hundred scans of
-// everything, or for small pictures whatever a lawful script can ask for: each of 64 coefficients of 14 bits, in
-// each of 4 components, coded alone.
+// everything, or for small pictures whatever a lawful script can ask for: each of 64 coefficients of 14 bits,
+// in each of 4 components, coded alone.
 std::size_t scanBudget(const Frame& frame);
 
 // Reads on from the first scan, to which `reader` has come. `afterScan(file)` may be empty.

@@ -26,7 +26,8 @@ std::vector<std::uint8_t> toGrey(const std::vector<std::uint8_t>& rgb, int width
 }
 
 void warn(const std::string& path, const std::vector<std::string>& warnings) {
-    for (const std::string& w : warnings) std::fprintf(stderr, "zmx: %s: warning: %s\n", path.c_str(), w.c_str());
+    for (const std::string& w : warnings)
+        std::fprintf(stderr, "zmx: %s: warning: %s\n", path.c_str(), w.c_str());
 }
 
 std::string readText(const std::string& path) {
@@ -50,7 +51,8 @@ void readSampling(const std::string& text, jpeg::EncodeOptions& options) {
         return;
     }
     for (std::size_t at = 0; at < text.size(); at += 4) {
-        const bool factors = text.size() - at >= 3 && text[at + 1] == 'x' && (at + 3 == text.size() || text[at + 3] == ',');
+        const bool factors =
+            text.size() - at >= 3 && text[at + 1] == 'x' && (at + 3 == text.size() || text[at + 3] == ',');
         options.factors.push_back({factors ? text[at] - '0' : 0, factors ? text[at + 2] - '0' : 0});
     }
 }
@@ -83,7 +85,8 @@ void runEncode(EncodeArguments& args) {
     image = withoutAlpha(image);
     if (args.gray && image.channels != 1) {
         if (image.channels != 3) throw ImageError(args.in + ": --gray wants a grey or RGB picture");
-        image = from8bit(toGrey(to8bit(image), image.width, image.height).data(), image.width, image.height, 1);
+        image =
+            from8bit(toGrey(to8bit(image), image.width, image.height).data(), image.width, image.height, 1);
     }
     // Adobe's programs store CMYK inverted, and so does everyone else.
     if (image.cmyk)
@@ -164,7 +167,8 @@ void addEncode(CLI::App& app) {
         ->check(CLI::IsMember({"444", "422", "420"}) |
                 CLI::Validator(
                     [](std::string& s) {
-                        return s.find('x') == 1 ? std::string() : "neither 444, 422, 420 nor HxV[,HxV...]: " + s;
+                        return s.find('x') == 1 ? std::string()
+                                                : "neither 444, 422, 420 nor HxV[,HxV...]: " + s;
                     },
                     "HxV[,HxV...]"));
     c->add_flag("--optimize", o.optimize, "make Huffman tables for the picture");

@@ -30,15 +30,16 @@ public:
             return;
         }
         const Model model = modelOf(reader.header());
-        picture.shape(divUp(frame.width, options.scale), divUp(frame.height, options.scale), channelsOf(model),
-                      frame.precision);
+        picture.shape(divUp(frame.width, options.scale), divUp(frame.height, options.scale),
+                      channelsOf(model), frame.precision);
         if (!frame.progressive() && reader.header().scan.components.size() == frame.components.size()) {
             straight(frame, model);
             tell();
         } else {
             const auto render = [&](CoefficientFile& file) { renderAll(file); };
             if (options.afterScan)
-                collect(reader, data, size, picture.warnings, [&](CoefficientFile& file) { render(file), tell(); });
+                collect(reader, data, size, picture.warnings,
+                        [&](CoefficientFile& file) { render(file), tell(); });
             else {
                 CoefficientFile file = collect(reader, data, size, picture.warnings);
                 render(file);
@@ -68,11 +69,14 @@ private:
         BlockReader source(h, data, size);
         decodeScan(
             source, ScanLayout(frame, h.scan),
-            [&](const ScanLayout::Part& p, int, int) { return first[p.component] + (p.y * p.h + p.x) * kBlock; },
+            [&](const ScanLayout::Part& p, int, int) {
+                return first[p.component] + (p.y * p.h + p.x) * kBlock;
+            },
             [&](int x, int y) { renderer->mcu(blocks, x, y); }, picture.warnings);
         reader.seek(source.end());
         try {
-            if (reader.nextScan()) picture.warnings.push_back("scans behind the last component are passed over");
+            if (reader.nextScan())
+                picture.warnings.push_back("scans behind the last component are passed over");
         } catch (const Error& e) {
             picture.warnings.push_back(e.what());
         }

@@ -9,8 +9,8 @@ namespace jpeg {
 
 using Warnings = std::vector<std::string>;
 
-// Decodes the scan of `source`. `place(part, column, row)` says where a unit of an MCU goes; `done(column, row)`
-// hears of each MCU behind its last unit.
+// Decodes the scan of `source`. `place(part, column, row)` says where a unit of an MCU goes; `done(column,
+// row)` hears of each MCU behind its last unit.
 template <class Source, class Place, class Done>
 void decodeScan(Source& source, const ScanLayout& layout, Place place, Done done, Warnings& warnings) {
     int firstLost = -1, previous = 0;
@@ -26,7 +26,8 @@ void decodeScan(Source& source, const ScanLayout& layout, Place place, Done done
         },
         [&] { source.restart(); });
     if (firstLost >= 0)
-        warnings.push_back(source.trouble() + "; rows from " + std::to_string(firstLost) + " on are incomplete");
+        warnings.push_back(source.trouble() + "; rows from " + std::to_string(firstLost) +
+                           " on are incomplete");
     else if (!source.trouble().empty())
         warnings.push_back(source.trouble());
 }

@@ -38,7 +38,9 @@ protected:
     virtual std::size_t position() const = 0;
     // Nothing more comes out of the present interval.
     void lose(const std::string& why);
-    void loseAtEnd() { lose(stop == size ? "the file ends in the scan" : "the data of the scan end too early"); }
+    void loseAtEnd() {
+        lose(stop == size ? "the file ends in the scan" : "the data of the scan end too early");
+    }
 
     const std::uint8_t* data;
     std::size_t size;

@@ -1,8 +1,8 @@
 // jpeg.h - JPEG files in memory: pixels to bytes and back, and files to files.
 //
 // Pixels are interleaved, rows without gaps: 1 channel is grey, 3 are RGB, 4 are CMYK as the file stores them
-// (files with an Adobe marker store 255 for no ink; invert the picture for ink amounts). Samples of 8 bits are
-// bytes, others are 16-bit words.
+// (files with an Adobe marker store 255 for no ink; invert the picture for ink amounts). Samples of 8 bits
+// are bytes, others are 16-bit words.
 #pragma once
 
 #include <cstddef>
@@ -42,13 +42,13 @@ struct EncodeOptions {
 std::vector<std::uint8_t> encode(const std::uint8_t* pixels, int width, int height, int channels,
                                  const EncodeOptions& options = {});
 // Samples of `precision` bits: 12, or 2 to 16 and any 1 to 4 channels in lossless mode.
-std::vector<std::uint8_t> encode(const std::uint16_t* pixels, int width, int height, int channels, int precision,
-                                 const EncodeOptions& options = {});
+std::vector<std::uint8_t> encode(const std::uint16_t* pixels, int width, int height, int channels,
+                                 int precision, const EncodeOptions& options = {});
 
 struct Picture {
     int width = 0, height = 0, channels = 0;
-    int precision = 8;  // bits of a sample
-    bool adobe = false; // the file has an Adobe marker: its CMYK is inverted
+    int precision = 8;                // bits of a sample
+    bool adobe = false;               // the file has an Adobe marker: its CMYK is inverted
     std::vector<std::uint8_t> pixels; // samples of 8 bits
     std::vector<std::uint16_t> wide;  // samples of another precision
     // What was wrong with a file that could be decoded in part, a line each; empty for a sound file. Places
@@ -59,8 +59,8 @@ struct Picture {
 };
 
 struct DecodeOptions {
-    int scale = 1;                                // 1, 2, 4 or 8: the picture is decoded at 1/scale
-    std::size_t maxPixels = std::size_t(1) << 28; // of the picture in the file; more are refused
+    int scale = 1;                                 // 1, 2, 4 or 8: the picture is decoded at 1/scale
+    std::size_t maxPixels = std::size_t(1) << 28;  // of the picture in the file; more are refused
     std::function<void(const Picture&)> afterScan; // hears of the picture as it is behind each scan
 };
 

@@ -1,8 +1,8 @@
 // lossless.h - lossless files (ITU-T T.81, Annex H).
 //
-// The predictors of the library halve sums of signed 16-bit samples. Samples that fill all 16 bits are therefore
-// carried with their top bit turned over, as signed numbers around zero: each predictor is off by just as much,
-// so that the differences are those of the standard; and the first row is predicted from zero.
+// The predictors of the library halve sums of signed 16-bit samples. Samples that fill all 16 bits are
+// therefore carried with their top bit turned over, as signed numbers around zero: each predictor is off by
+// just as much, so that the differences are those of the standard; and the first row is predicted from zero.
 #pragma once
 
 #include "jpeg/format.h"
@@ -25,7 +25,7 @@ void decodeLossless(Reader& reader, const std::uint8_t* data, std::size_t size, 
 
 // One scan of all channels; `options` are what jpeg::encode takes.
 template <class Sample>
-std::vector<std::uint8_t> encodeLossless(const Sample* pixels, int width, int height, int channels, int precision,
-                                         const EncodeOptions& options);
+std::vector<std::uint8_t> encodeLossless(const Sample* pixels, int width, int height, int channels,
+                                         int precision, const EncodeOptions& options);
 
 } // namespace jpeg

@@ -21,8 +21,8 @@ public:
     }
     // A row of each component, sample by sample.
     bool rows(Zmx16s* const* to, int width) {
-        return !lost && check(zmxiDecodeHuffmanRow_JPEG_1u16s_C1P4(source, length, &at, to, width, count, &marker,
-                                                                   tables, state()));
+        return !lost && check(zmxiDecodeHuffmanRow_JPEG_1u16s_C1P4(source, length, &at, to, width, count,
+                                                                   &marker, tables, state()));
     }
     bool one(int component, Zmx16s* to) {
         return !lost && check(zmxiDecodeHuffmanOne_JPEG_1u16s_C1(source, length, &at, to, &marker,
@@ -64,7 +64,8 @@ public:
         }
         for (std::size_t i = 0; i < seen.size(); ++i)
             if (!seen[i])
-                picture.warnings.push_back("component " + std::to_string(frame.components[i].id) + " is missing");
+                picture.warnings.push_back("component " + std::to_string(frame.components[i].id) +
+                                           " is missing");
     }
 
 private:
@@ -135,7 +136,8 @@ private:
         for (int x = 0; x < layout.columns; ++x)
             for (const ScanLayout::Part& p : layout.mcu) {
                 Rows& r = parts[std::size_t(p.inScan)];
-                if (!source.one(p.inScan, &r.differences[std::size_t(p.y * r.width + x * p.h + p.x)])) return false;
+                if (!source.one(p.inScan, &r.differences[std::size_t(p.y * r.width + x * p.h + p.x)]))
+                    return false;
             }
         return true;
     }
@@ -156,12 +158,14 @@ private:
     // Into the pixels that the row covers; samples of smaller components are repeated.
     void show(const std::vector<Zmx16s>& row, const ScanLayout::Part& p, int at, const LosslessRows& how) {
         const Component& c = frame.components[std::size_t(p.component)];
-        const int top = divUp(at * frame.vMax, c.v), bottom = std::min(divUp((at + 1) * frame.vMax, c.v), frame.height);
+        const int top = divUp(at * frame.vMax, c.v),
+                  bottom = std::min(divUp((at + 1) * frame.vMax, c.v), frame.height);
         for (int y = top; y < bottom; ++y)
             for (int x = 0; x < frame.width; ++x) {
                 const int sample = how.sample(row[std::size_t(x * c.h / frame.hMax)]);
-                const std::size_t to = (std::size_t(y) * std::size_t(frame.width) + std::size_t(x)) *
-                                           frame.components.size() + std::size_t(p.component);
+                const std::size_t to =
+                    (std::size_t(y) * std::size_t(frame.width) + std::size_t(x)) * frame.components.size() +
+                    std::size_t(p.component);
                 if (frame.precision == 8)
                     picture.pixels[to] = std::uint8_t(sample);
                 else

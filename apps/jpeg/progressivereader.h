@@ -11,9 +11,11 @@ public:
     // The scan that `header` has come to, which is a progressive one. `header` need not live on.
     ProgressiveReader(const Header& header, const std::uint8_t* data, std::size_t size);
 
-    // Decodes the share of the next block of a component of the scan. When the data of the interval have ended
-    // or are damaged the blocks up to the next interval stay as they are.
-    bool block(int component, Zmx16s* coefficients) { return !lost && check((this->*decode)(component, coefficients)); }
+    // Decodes the share of the next block of a component of the scan. When the data of the interval have
+    // ended or are damaged the blocks up to the next interval stay as they are.
+    bool block(int component, Zmx16s* coefficients) {
+        return !lost && check((this->*decode)(component, coefficients));
+    }
 
 private:
     void reset() override { lastDc = {}; }

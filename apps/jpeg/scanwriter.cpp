@@ -10,8 +10,8 @@ namespace {
 
 constexpr int kTables = 2; // of each class: luma and the rest, chroma
 
-// One pass over a scan. A block's share of it goes through one of the members below, which know the five kinds
-// of scan; the library counts or writes.
+// One pass over a scan. A block's share of it goes through one of the members below, which know the five
+// kinds of scan; the library counts or writes.
 class Pass {
 public:
     explicit Pass(const Scan& s) : scan(s), state(newEncodeState()) {}
@@ -23,9 +23,10 @@ public:
 protected:
     enum Kind { Sequential, DcFirst, DcRefine, AcFirst, AcRefine };
     Kind kind() const {
-        return isSequential(scan)   ? Sequential
-               : scan.first == 0    ? (scan.high ? DcRefine : DcFirst)
-               : scan.high ? AcRefine : AcFirst;
+        return isSequential(scan) ? Sequential
+               : scan.first == 0  ? (scan.high ? DcRefine : DcFirst)
+               : scan.high        ? AcRefine
+                                  : AcFirst;
     }
     void forget() { std::fill_n(lastDc, kMaxComponents, Zmx16s(0)); }
 
@@ -44,7 +45,8 @@ public:
         case Sequential:
             return zmxiGetHuffmanStatistics8x8_JPEG_16s_C1(b, dc[t].data(), ac[t].data(), &lastDc[component]);
         case DcFirst:
-            return zmxiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(b, dc[t].data(), &lastDc[component], scan.low);
+            return zmxiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(b, dc[t].data(), &lastDc[component],
+                                                                   scan.low);
         case DcRefine:
             return zmxStsNoErr;
         default:
@@ -76,8 +78,8 @@ public:
     }
 
 private:
-    // A block at its worst, 64 codes of 16 bits with up to 16 more each, and a thousand correction bits of the
-    // blocks ahead of it; all of these bytes 0xFF with their stuffing.
+    // A block at its worst, 64 codes of 16 bits with up to 16 more each, and a thousand correction bits of
+    // the blocks ahead of it; all of these bytes 0xFF with their stuffing.
     static constexpr int kRoom = 2 * (64 * 4 + 1024 / 8 + 8);
 
     ZmxStatus write(const Zmx16s* b, int component, int t, int last) {
@@ -91,19 +93,19 @@ private:
         Zmx16s* const dcAt = &lastDc[component];
         switch (kind()) {
         case Sequential:
-            return zmxiEncodeHuffman8x8_JPEG_16s1u_C1(b, to, kRoom, at, dcAt, dc[t].get(), ac[t].get(), state.get(),
-                                                      last);
+            return zmxiEncodeHuffman8x8_JPEG_16s1u_C1(b, to, kRoom, at, dcAt, dc[t].get(), ac[t].get(),
+                                                      state.get(), last);
         case DcFirst:
             return zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(b, to, kRoom, at, dcAt, scan.low, dc[t].get(),
                                                               state.get(), last);
         case DcRefine:
             return zmxiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(b, to, kRoom, at, scan.low, state.get(), last);
         case AcFirst:
-            return zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(b, to, kRoom, at, scan.first, scan.last, scan.low,
-                                                              ac[t].get(), state.get(), last);
+            return zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(b, to, kRoom, at, scan.first, scan.last,
+                                                              scan.low, ac[t].get(), state.get(), last);
         default:
-            return zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(b, to, kRoom, at, scan.first, scan.last, scan.low,
-                                                               ac[t].get(), state.get(), last);
+            return zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(b, to, kRoom, at, scan.first, scan.last,
+                                                               scan.low, ac[t].get(), state.get(), last);
         }
     }
 
@@ -181,9 +183,10 @@ private:
             layout.columns, layout.rows, file.restart,
             [&](int x, int y) {
                 for (const ScanLayout::Part& part : layout.mcu)
-                    sound = sound &&
-                            p.block(file.blocks.block(part.component, x * part.h + part.x, y * part.v + part.y),
-                                    part.inScan, s.components[std::size_t(part.inScan)].dc) == zmxStsNoErr;
+                    sound =
+                        sound &&
+                        p.block(file.blocks.block(part.component, x * part.h + part.x, y * part.v + part.y),
+                                part.inScan, s.components[std::size_t(part.inScan)].dc) == zmxStsNoErr;
             },
             [&] {
                 sound = sound && p.flush(band) == zmxStsNoErr;

@@ -105,7 +105,8 @@ public:
                 throw Error("the scan script mixes sequential and progressive scans");
         for (std::size_t i = 0; i < low.size(); ++i)
             if (low[i][0] == kUnseen)
-                throw Error("the scan script leaves out the DC coefficients of component " + std::to_string(i));
+                throw Error("the scan script leaves out the DC coefficients of component " +
+                            std::to_string(i));
         return script;
     }
 
@@ -140,7 +141,8 @@ private:
     int integer(const char* what) {
         if (!atNumber()) fault(std::string(what) + " is missing");
         int v = 0;
-        for (; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at) v = std::min(1000, 10 * v + text[at] - '0');
+        for (; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at)
+            v = std::min(1000, 10 * v + text[at] - '0');
         return v;
     }
 
@@ -183,7 +185,8 @@ private:
         for (int k = s.first; k <= s.last; ++k) {
             int& bit = bits[std::size_t(k)];
             if (s.high == 0 && bit != kUnseen) fault("coefficient " + std::to_string(k) + " begins twice");
-            if (s.high != 0 && bit != s.high) fault("coefficient " + std::to_string(k) + " is refined out of turn");
+            if (s.high != 0 && bit != s.high)
+                fault("coefficient " + std::to_string(k) + " is refined out of turn");
             bit = s.low;
         }
     }
@@ -211,7 +214,7 @@ Script parseScript(const std::string& text, const Frame& frame, Model model) {
 }
 
 Script scriptFor(const CoefficientFile& file, const std::string& text, bool progressive) {
-    return !text.empty()  ? parseScript(text, file.frame, file.model)
+    return !text.empty() ? parseScript(text, file.frame, file.model)
            : progressive ? usualScript(file)
                          : sequentialScript(file.frame, file.model);
 }

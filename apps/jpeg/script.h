@@ -11,8 +11,8 @@ using Script = std::vector<Scan>;
 
 // All components in one scan or, where an MCU would be too large, a scan for each.
 Script sequentialScript(const Frame& frame, Model model);
-// Rough luma and all chroma first, then the rest of the luma, then what is missing bit by bit. Coefficients that
-// are too large for a first scan with their two lowest bits left out begin with fewer bits.
+// Rough luma and all chroma first, then the rest of the luma, then what is missing bit by bit. Coefficients
+// that are too large for a first scan with their two lowest bits left out begin with fewer bits.
 Script usualScript(const CoefficientFile& file);
 // From the text of a script (see docs/jpeg-modes.md). An Error names the scan at fault.
 Script parseScript(const std::string& text, const Frame& frame, Model model);

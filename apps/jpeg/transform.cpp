@@ -1,7 +1,7 @@
-// transform.cpp - two roads from pixels to coefficients. UnitTransformer cuts whole MCUs out of the picture with
-// one library function, whose colour conversion rounds nothing. PlaneTransformer serves every sampling and 12-bit
-// samples, and converts with rounding: it makes a small plane of each component, averages it down to its size,
-// and leaves the level shift to the transform.
+// transform.cpp - two roads from pixels to coefficients. UnitTransformer cuts whole MCUs out of the picture
+// with one library function, whose colour conversion rounds nothing. PlaneTransformer serves every sampling
+// and 12-bit samples, and converts with rounding: it makes a small plane of each component, averages it down
+// to its size, and leaves the level shift to the transform.
 #include "jpeg/transform.h"
 
 #include "jpeg/units.h"
@@ -57,8 +57,8 @@ public:
         const int width = 8 * unit.h, height = 8 * unit.v, left = column * width, top = row * height;
         if (left + width <= frame.width && top + height <= frame.height) {
             const int step = frame.width * channels;
-            unit.fromPixels(pixels + std::size_t(top) * std::size_t(step) + std::size_t(left * channels), step,
-                            planes);
+            unit.fromPixels(pixels + std::size_t(top) * std::size_t(step) + std::size_t(left * channels),
+                            step, planes);
         } else {
             cut(pixels, frame, left, top, {width, height}, edge, kEdgeStep);
             unit.fromPixels(edge, kEdgeStep, planes);
@@ -153,7 +153,7 @@ private:
     Model model;
     const Quantiser (&quantisers)[2];
     Sample part[kMaxComponents * kStep * kStep] = {}, planes[kMaxComponents][kStep * kStep] = {},
-           small[kStep * kStep];
+                                         small[kStep * kStep];
 };
 
 } // namespace

@@ -24,8 +24,9 @@ public:
     virtual void mcu(int column, int row, Zmx16s* const* blocks) = 0;
 };
 
-// Each component of the frame names one of the two quantisers. Samples have 8 and 12 bits. `exact`: the colour
-// conversion rounds, which takes longer and makes files a few percent smaller; that of 12 bits always does.
+// Each component of the frame names one of the two quantisers. Samples have 8 and 12 bits. `exact`: the
+// colour conversion rounds, which takes longer and makes files a few percent smaller; that of 12 bits always
+// does.
 std::unique_ptr<Transformer> makeTransformer(const Zmx8u* pixels, const Frame& frame, Model model,
                                              const Quantiser (&quantisers)[2], bool exact);
 std::unique_ptr<Transformer> makeTransformer(const Zmx16u* pixels, const Frame& frame, Model model,

@@ -44,8 +44,8 @@ private:
         Zmx16u samples[kStep * kStep];
     };
 
-    // Of the scale x scale samples from (x, y) of the MCU on, those of smaller components repeated. The library
-    // reduces blocks of 8-bit files only.
+    // Of the scale x scale samples from (x, y) of the MCU on, those of smaller components repeated. The
+    // library reduces blocks of 8-bit files only.
     Zmx16u mean(const Plane& p, int x, int y) const {
         int sum = 0;
         for (int v = y; v < y + scale; ++v)
@@ -63,8 +63,9 @@ private:
 
 } // namespace
 
-std::unique_ptr<Renderer> makeWideRenderer(const Frame& frame, Model model, const std::vector<DequantTable>& tables,
-                                           int scale, Picture& picture) {
+std::unique_ptr<Renderer> makeWideRenderer(const Frame& frame, Model model,
+                                           const std::vector<DequantTable>& tables, int scale,
+                                           Picture& picture) {
     return std::make_unique<WideRenderer>(frame, model, tables, scale, picture);
 }
 

@@ -1,5 +1,5 @@
-// writer.h - a growing file, the segments of a JPEG file, Huffman tables on their way into it, and the blocks of
-// a sequential scan with tables that are known beforehand.
+// writer.h - a growing file, the segments of a JPEG file, Huffman tables on their way into it, and the blocks
+// of a sequential scan with tables that are known beforehand.
 #pragma once
 
 #include "jpeg/format.h"
