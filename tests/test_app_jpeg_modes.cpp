@@ -551,6 +551,28 @@ TEST(JpegModes, TheWorkOfScansIsLimited) {
     EXPECT_EQ(scans, (1 << 24) / (128 * 128) - 1); // all but the two lawful ones, and the one past the limit
 }
 
+// Any number of bytes 0xFF may stand ahead of a marker (ITU-T T.81, B.1.1.2), an empty interval may not.
+TEST(JpegModes, FillBytesAheadOfMarkers) {
+    for (const Bytes& file : {encode(30, 22, 3, progressive(2)), encode(15, 11, 3, losslessWith(4, 30))}) {
+        Bytes filled, emptied = file;
+        std::vector<std::ptrdiff_t> marks;
+        for (std::size_t at = 0; at < file.size(); ++at) {
+            if (at + 1 < file.size() && file[at] == 0xFF && jpeg::isRestart(file[at + 1])) {
+                marks.push_back(std::ptrdiff_t(at));
+                filled.insert(filled.end(), {0xFF, 0xFF});
+            }
+            filled.push_back(file[at]);
+        }
+        ASSERT_GT(marks.size(), 1u);
+        emptied.erase(emptied.begin() + marks[0] + 2, emptied.begin() + marks[1]);
+        const jpeg::Picture p = sound(file), q = sound(filled);
+        EXPECT_EQ(q.pixels, p.pixels);
+        const jpeg::Picture lost = decode(emptied);
+        ASSERT_FALSE(lost.warnings.empty());
+        EXPECT_NE(lost.warnings[0].find("end too early"), std::string::npos) << lost.warnings[0];
+    }
+}
+
 TEST(JpegModes, OtherSegmentsAreKept) {
     Bytes file = encode(20, 20, 3, {});
     const Bytes comment{0xFF, 0xFE, 0, 6, 'z', 'm', 'x', '!'};
