@@ -391,8 +391,8 @@ TEST(JpegModes, WhatLosslessRefuses) {
     EXPECT_THROW(transcode(file, {}), jpeg::Error);
 }
 
-// A scan of three components, two of them subsampled, coded by hand with one table: all differences are zero,
-// so that every sample is the first prediction.
+// A scan of three components, two of them subsampled, coded by hand with one table: the first difference is
+// one, all others are zero, so that every sample of the first component is one above the first prediction.
 TEST(JpegModes, LosslessSubsampled) {
     for (int units : {9 * 6 * 6, 9 * 6 * 6 - 1}) {
         jpeg::Frame frame;
@@ -404,18 +404,25 @@ TEST(JpegModes, LosslessSubsampled) {
         out.marker(jpeg::SOI);
         jpeg::writeFrame(out, frame);
         jpeg::HuffmanTable table;
-        table.bits[0] = 1; // symbol 0 is the bit 0
+        table.bits[0] = table.bits[1] = 1; // symbol 0 is the bit 0, symbol 1 the bits 10
+        table.vals[1] = 1;
         jpeg::writeHuffmanTable(out, 0, 0, table);
         jpeg::Scan scan;
         scan.components = {{0, 0, 0}, {1, 0, 0}, {2, 0, 0}};
         scan.first = 1;
         scan.last = 0;
         jpeg::writeScan(out, frame, scan);
-        for (int i = 0; i < units / 8; ++i) out.byte(0);
-        if (units % 8) out.byte(0xFF >> units % 8);
+        const int bits = 3 + units - 1;
+        out.byte(0xA0);
+        for (int i = 1; i < bits / 8; ++i) out.byte(0);
+        out.byte(0xFF >> bits % 8);
         out.marker(jpeg::EOI);
         const jpeg::Picture p = decode(out.take());
-        EXPECT_EQ(p.pixels, Bytes(17 * 12 * 3, 128));
+        Bytes want;
+        for (int i = 0; i < 17 * 12; ++i) want.insert(want.end(), {129, 128, 128});
+        if (units == 9 * 6 * 6) {
+            EXPECT_EQ(p.pixels, want);
+        }
         EXPECT_EQ(p.warnings.empty(), units == 9 * 6 * 6);
     }
 }
