@@ -16,6 +16,9 @@ Model modelOf(const Header& h) {
     return c[0].id == 'R' && c[1].id == 'G' && c[2].id == 'B' ? Model::Rgb : Model::YCbCr;
 }
 
+namespace {
+
+// What the decoders cannot do, in words; empty: they can.
 std::string unsupported(const Frame& frame) {
     if (frame.sof > SOF3)
         return frame.sof < SOF0 + 8 ? "hierarchical mode is not supported"
@@ -28,6 +31,8 @@ std::string unsupported(const Frame& frame) {
         return "a picture of 2 components is not supported";
     return {};
 }
+
+} // namespace
 
 void checkFrame(const Frame& frame, std::size_t maxPixels) {
     if (const std::string what = unsupported(frame); !what.empty()) throw Error(what);

@@ -12,14 +12,12 @@ namespace jpeg {
 // The colour of a file is not written in it; these are the customs (JFIF, Adobe TN 5116, component numbers).
 Model modelOf(const Header& header);
 
-// What the decoders cannot do, in words; empty: they can.
-std::string unsupported(const Frame& frame);
 // Throws when a frame is not supported or has more than `maxPixels`.
 void checkFrame(const Frame& frame, std::size_t maxPixels);
 
 // The quantisation table of a component, as it is when the component starts.
 QuantTable quantTableOf(const Header& header, const Component& component);
-// The marker of a file without a scan: an Error.
+// Goes to the first scan; a file without one is an Error.
 void firstScan(Reader& reader);
 
 // How many blocks the scans of a picture may visit before the rest of them is passed over. A hundred scans of

@@ -60,7 +60,7 @@ protected:
     StateReader(const Header& header, const std::uint8_t* data, std::size_t size);
     void begin(std::size_t from) final;
     std::size_t position() const final { return std::size_t(source - data) + std::size_t(at); }
-    // The first components' DC predictions, or what else begins anew with an interval.
+    // What else begins anew with an interval.
     virtual void reset() {}
     // False when `status` says that the interval is lost.
     bool check(ZmxStatus status);
