@@ -5,6 +5,7 @@
 #include "jpeg/jpeg.h"
 #include "jpeg/units.h"
 #include "jpeg/writer.h"
+#include "support/damage.h"
 #include "support/digest.h"
 #include "support/guarded.h"
 #include "support/rng.h"
@@ -196,7 +197,7 @@ TEST(Jpeg, TheSameBytesFromEveryBuild) {
                 files.add(file);
                 for (int scale : {1, 2, 4, 8}) pixels.add(decode(file, scale).pixels);
             }
-    EXPECT_EQ(files.get(), 14122998010489239733u);
+    EXPECT_EQ(files.get(), 7779298281895832193u);
     EXPECT_EQ(pixels.get(), 13503637081707722612u);
 }
 
@@ -391,7 +392,7 @@ TEST(Jpeg, WhatIsNotSupportedIsNamed) {
         return f;
     };
     EXPECT_REFUSED(with(sof + 1, 0xC2), "progressive");
-    EXPECT_REFUSED(with(sof + 1, 0xC3), "lossless");
+    EXPECT_REFUSED(with(sof + 1, 0xC3), "predictor 0");
     EXPECT_REFUSED(with(sof + 1, 0xC5), "hierarchical");
     EXPECT_REFUSED(with(sof + 1, 0xC9), "arithmetic");
     EXPECT_REFUSED(with(sof + 4, 12), "12-bit");
@@ -531,24 +532,7 @@ TEST(Jpeg, RandomDamage) {
     const Bytes files[] = {plain, inScans(plain, {{0}, {1, 2}}, 3), encode(40, 40, kKinds[4], o),
                            encode(40, 40, kKinds[0], optionsFor(kKinds[0]))};
     for (int round = 0; round < 1500; ++round) {
-        Bytes f = files[rng.range(0, 3)];
-        for (auto n = rng.range(1, 6); n > 0; --n) {
-            const auto at = std::size_t(rng.range(0, std::int64_t(f.size()) - 1));
-            switch (rng.range(0, 3)) {
-            case 0:
-                f[at] = 0xFF;
-                break;
-            case 1:
-                f.erase(f.begin() + std::ptrdiff_t(at));
-                break;
-            case 2:
-                f.insert(f.begin() + std::ptrdiff_t(at), std::uint8_t(rng.next()));
-                break;
-            default:
-                f[at] = std::uint8_t(rng.next());
-            }
-        }
-        survives(f);
+        survives(damaged(files[rng.range(0, 3)], rng, 6));
         if (HasFailure()) FAIL() << "round " << round;
     }
 }

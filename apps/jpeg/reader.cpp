@@ -27,8 +27,7 @@ namespace {
 
 std::string nameOf(int marker) {
     char other[8];
-    if (isFrame(marker))
-        return "SOF" + std::to_string(marker - SOF0);
+    if (isFrame(marker)) return "SOF" + std::to_string(marker - SOF0);
     if (marker >= APP0 && marker <= APP15) return "APP" + std::to_string(marker - APP0);
     switch (marker) {
     case DHT:
@@ -107,6 +106,7 @@ void Reader::segment(int marker) {
         break;
     }
     if (isFrame(marker)) return frame(marker);
+    if (marker == COM || (marker >= APP0 && marker <= APP15)) head.application.push_back({at, end});
     if (marker >= APP0 && marker <= APP15) return application(marker);
 }
 
