@@ -49,6 +49,14 @@ add_test(NAME headers COMMAND ${PROJECT_SOURCE_DIR}/tests/check_headers.sh
 add_test(NAME symbols COMMAND ${PROJECT_SOURCE_DIR}/tests/check_symbols.sh
   ${PROJECT_SOURCE_DIR}/include $<TARGET_FILE:zmxjpx> ${CMAKE_C_COMPILER})
 
+# The example of the README.
+separate_arguments(zmx_example_flags UNIX_COMMAND "${CMAKE_C_FLAGS}")
+if(ZMX_SANITIZE)
+  list(APPEND zmx_example_flags -fsanitize=address,undefined)
+endif()
+add_test(NAME readme COMMAND ${PROJECT_SOURCE_DIR}/tests/check_readme.sh
+  ${PROJECT_SOURCE_DIR} $<TARGET_FILE_DIR:zmxjpx> ${CMAKE_C_COMPILER} ${zmx_example_flags})
+
 # Checks of the zmx command against programs from elsewhere: tests/interchange/*.sh BIN-DIR
 if(TARGET zmx)
   file(GLOB zmx_interchange CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/interchange/*.sh)
