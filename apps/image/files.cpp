@@ -23,7 +23,8 @@ File open(const std::string& path, const char* mode) {
 std::string endingOf(const std::string& path) {
     const auto dot = path.rfind('.');
     std::string ending = dot == std::string::npos ? "" : path.substr(dot + 1);
-    std::transform(ending.begin(), ending.end(), ending.begin(), [](unsigned char c) { return char(std::tolower(c)); });
+    std::transform(ending.begin(), ending.end(), ending.begin(),
+                   [](unsigned char c) { return char(std::tolower(c)); });
     return ending;
 }
 
@@ -32,7 +33,8 @@ std::string endingOf(const std::string& path) {
 Image readImage(const std::string& path, std::size_t maxPixels) {
     const File file = open(path, "rb");
     unsigned char head[2] = {};
-    if (std::fread(head, 1, sizeof head, file.get()) != sizeof head) throw ImageError(path + ": too short for a picture");
+    if (std::fread(head, 1, sizeof head, file.get()) != sizeof head)
+        throw ImageError(path + ": too short for a picture");
     std::rewind(file.get());
     if (head[0] == 0x89 && head[1] == 'P') return readPng(file.get(), path, maxPixels);
     if (head[0] == 'P' && head[1] >= '1' && head[1] <= '7') return readPnm(file.get(), path, maxPixels);
@@ -44,9 +46,33 @@ void writeImage(const std::string& path, const Image& image) {
     const bool pnm = ending == "pgm" || ending == "ppm" || ending == "pnm", pam = ending == "pam";
     if (!pnm && !pam && ending != "png")
         throw ImageError(path + ": the name of a picture to write ends in .png, .pgm, .ppm, .pnm or .pam");
-    if (pnm && image.channels % 2 == 0) throw ImageError(path + ": a PNM file holds no alpha channel; write .png or .pam");
+    if (pnm && image.channels % 2 == 0)
+        throw ImageError(path + ": a PNM file holds no alpha channel; write .png or .pam");
+    if (image.cmyk && !pam) throw ImageError(path + ": a CMYK picture is written to a .pam file");
     File file = open(path, "wb");
-    if (ending == "png") writePng(file.get(), path, image);
-    else writePnm(file.get(), path, image, pam);
+    if (ending == "png")
+        writePng(file.get(), path, image);
+    else
+        writePnm(file.get(), path, image, pam);
     if (std::fclose(file.release()) != 0) throw ImageError(path + ": " + std::strerror(errno));
+}
+
+std::vector<std::uint8_t> readBytes(const std::string& path) {
+    const File file = open(path, "rb");
+    std::vector<std::uint8_t> bytes;
+    std::size_t used = 0;
+    do {
+        bytes.resize(std::max<std::size_t>(1 << 16, 2 * used));
+        used += std::fread(bytes.data() + used, 1, bytes.size() - used, file.get());
+    } while (used == bytes.size());
+    if (std::ferror(file.get())) throw ImageError(path + ": " + std::strerror(errno));
+    bytes.resize(used);
+    return bytes;
+}
+
+void writeBytes(const std::string& path, const std::vector<std::uint8_t>& bytes) {
+    File file = open(path, "wb");
+    const bool written =
+        bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
+    if (std::fclose(file.release()) != 0 || !written) throw ImageError(path + ": " + std::strerror(errno));
 }
