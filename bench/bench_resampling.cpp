@@ -107,33 +107,20 @@ ZmxStatus plainDownH2V2(const Zmx8u* src, int srcStep, ZmxiSize, Zmx8u* dst, int
     return zmxStsNoErr;
 }
 
-// A plane that stays in the cache, and one of a picture.
-void onOneThread(benchmark::internal::Benchmark* b) { b->Args({128, 64, 1})->Args({1920, 1080, 1}); }
-void onAnyNumber(benchmark::internal::Benchmark* b) {
-    onOneThread(b);
-    b->Args({1920, 1080, Team::all()})->UseRealTime();
-}
-
-BENCHMARK(copyOfPlane)->Apply(onOneThread);
-BENCHMARK(up<plainUpH2V1, 1>)->Name("plainUpH2V1")->Apply(onOneThread);
-BENCHMARK(up<zmxiSampleUpH2V1_JPEG_8u_C1R, 1>)->Name("SampleUpH2V1")->Apply(onOneThread);
-BENCHMARK(upRows<oneRow<zmxiSampleUpRowH2V1_Triangle_JPEG_8u_C1>, 1>)
-    ->Name("SampleUpRowH2V1_Triangle")
-    ->Apply(onOneThread);
-BENCHMARK(up<plainUpH2V2, 2>)->Name("plainUpH2V2")->Apply(onOneThread);
-BENCHMARK(up<zmxiSampleUpH2V2_JPEG_8u_C1R, 2>)->Name("SampleUpH2V2")->Apply(onAnyNumber);
-BENCHMARK(upRows<zmxiSampleUpRowH2V2_Triangle_JPEG_8u_C1, 2>)
-    ->Name("SampleUpRowH2V2_Triangle")
-    ->Apply(onOneThread);
-BENCHMARK(down<plainDownH2V1, 1>)->Name("plainDownH2V1")->Apply(onOneThread);
-BENCHMARK(down<zmxiSampleDownH2V1_JPEG_8u_C1R, 1>)->Name("SampleDownH2V1")->Apply(onAnyNumber);
-BENCHMARK(downRows<oneRow<zmxiSampleDownRowH2V1_Box_JPEG_8u_C1>, 1>)
-    ->Name("SampleDownRowH2V1_Box")
-    ->Apply(onOneThread);
-BENCHMARK(down<plainDownH2V2, 2>)->Name("plainDownH2V2")->Apply(onOneThread);
-BENCHMARK(down<zmxiSampleDownH2V2_JPEG_8u_C1R, 2>)->Name("SampleDownH2V2")->Apply(onAnyNumber);
-BENCHMARK(downRows<zmxiSampleDownRowH2V2_Box_JPEG_8u_C1, 2>)
-    ->Name("SampleDownRowH2V2_Box")
-    ->Apply(onOneThread);
+[[maybe_unused]] const bool registered = registerAll({
+    {"copyOfPlane", copyOfPlane},
+    {"plainUpH2V1", up<plainUpH2V1, 1>},
+    {"SampleUpH2V1", up<zmxiSampleUpH2V1_JPEG_8u_C1R, 1>},
+    {"SampleUpRowH2V1_Triangle", upRows<oneRow<zmxiSampleUpRowH2V1_Triangle_JPEG_8u_C1>, 1>},
+    {"plainUpH2V2", up<plainUpH2V2, 2>},
+    {"SampleUpH2V2", up<zmxiSampleUpH2V2_JPEG_8u_C1R, 2>, true},
+    {"SampleUpRowH2V2_Triangle", upRows<zmxiSampleUpRowH2V2_Triangle_JPEG_8u_C1, 2>},
+    {"plainDownH2V1", down<plainDownH2V1, 1>},
+    {"SampleDownH2V1", down<zmxiSampleDownH2V1_JPEG_8u_C1R, 1>, true},
+    {"SampleDownRowH2V1_Box", downRows<oneRow<zmxiSampleDownRowH2V1_Box_JPEG_8u_C1>, 1>},
+    {"plainDownH2V2", down<plainDownH2V2, 2>},
+    {"SampleDownH2V2", down<zmxiSampleDownH2V2_JPEG_8u_C1R, 2>, true},
+    {"SampleDownRowH2V2_Box", downRows<zmxiSampleDownRowH2V2_Box_JPEG_8u_C1, 2>},
+});
 
 } // namespace
