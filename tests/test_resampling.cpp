@@ -345,7 +345,7 @@ TEST_P(Resampling, TheSameBytesFromAnyNumberOfThreads) {
 
 // The destination's size decides whether rows are shared out, not the source's.
 TEST_P(Resampling, TheDestinationDecidesAboutThreads) {
-    const Bytes src(3 * 200);
+    const Bytes src(6 * 200);
     Bytes dst(16);
     const long opened = regionsOpened();
     ASSERT_EQ(GetParam().call(src.data() + 201, 200, {10000, 10000}, dst.data(), 2, {2, 2}), zmxStsNoErr);
