@@ -11,6 +11,8 @@
 #include <random>
 #include <vector>
 
+namespace entropy {
+
 using Block = std::array<Zmx16s, 64>;
 
 // The natural position of the coefficient at zig-zag position k (ITU-T T.81, figure A.6).
@@ -109,3 +111,5 @@ struct Coded {
         return lists;
     }
 };
+
+} // namespace entropy

@@ -9,6 +9,8 @@
 
 namespace {
 
+using namespace entropy;
+
 void encode(benchmark::State& state) {
     const Coded coded(int(state.range(0)));
     std::vector<Zmx8u> out(coded.stream.size() + 1024);

@@ -9,6 +9,8 @@
 #include <cstring>
 #include <jpeglib.h>
 
+namespace entropy {
+
 class LibjpegFile {
     std::vector<unsigned char> file;
     mutable jpeg_error_mgr errors{};
@@ -89,6 +91,7 @@ public:
         jpeg_finish_decompress(&d);
         jpeg_destroy_decompress(&d);
     }
-    std::size_t size() const { return file.size(); }
 };
+
+} // namespace entropy
 #endif

@@ -3,6 +3,8 @@
 
 namespace {
 
+using namespace entropy;
+
 constexpr int kWidth = 4096, kPlanes = 3;
 
 // Rows of a smooth picture with a little noise, and their differences.

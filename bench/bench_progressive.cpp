@@ -4,6 +4,8 @@
 
 namespace {
 
+using namespace entropy;
+
 constexpr int kFilled = 10, kAl = 1;
 
 struct Stream {

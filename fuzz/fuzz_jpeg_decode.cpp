@@ -1,4 +1,5 @@
-// The whole JPEG decoder on arbitrary bytes, at a size that the bytes choose.
+// The whole JPEG decoder on arbitrary bytes, at a size that the bytes choose; and what it reads coded anew, in
+// scans that they choose.
 #include "jpeg/jpeg.h"
 
 #include <cstdlib>
@@ -9,8 +10,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     options.scale = 1 << (size & 3);
     try {
         const jpeg::Picture p = jpeg::decode(data, size, options);
-        if (p.pixels.size() != std::size_t(p.width) * std::size_t(p.height) * std::size_t(p.channels))
+        if (p.pixels.size() + p.wide.size() != std::size_t(p.width) * std::size_t(p.height) * std::size_t(p.channels))
             std::abort();
+    } catch (const jpeg::Error&) {
+    }
+    try {
+        jpeg::TranscodeOptions how;
+        how.maxPixels = options.maxPixels;
+        how.progressive = size & 4;
+        how.restart = size & 8 ? 3 : -1;
+        const jpeg::Transcoded t = jpeg::transcode(data, size, how);
+        if (t.before != t.after) std::abort();
     } catch (const jpeg::Error&) {
     }
     try {

@@ -19,64 +19,131 @@ template <class Call> auto naming(const std::string& path, Call call) {
     }
 }
 
-// Adobe's programs store CMYK inverted, and so does everyone else.
-void invert(std::vector<std::uint8_t>& samples) {
-    for (std::uint8_t& s : samples) s = std::uint8_t(255 - s);
-}
-
 std::vector<std::uint8_t> toGrey(const std::vector<std::uint8_t>& rgb, int width, int height) {
     std::vector<std::uint8_t> grey(rgb.size() / 3);
     zmxiRGBToY_JPEG_8u_C3C1R(rgb.data(), 3 * width, grey.data(), width, {width, height});
     return grey;
 }
 
+void warn(const std::string& path, const std::vector<std::string>& warnings) {
+    for (const std::string& w : warnings) std::fprintf(stderr, "zmx: %s: warning: %s\n", path.c_str(), w.c_str());
+}
+
+std::string readText(const std::string& path) {
+    const std::vector<std::uint8_t> bytes = readBytes(path);
+    // A script of no words is an error of its own, unlike none.
+    return bytes.empty() ? " " : std::string(bytes.begin(), bytes.end());
+}
+
 struct EncodeArguments {
-    std::string in, out, sampling = "420";
+    std::string in, out, sampling = "420", scans;
     jpeg::EncodeOptions options;
     bool gray = false, cmyk = false;
+    int precision = 0; // 0: 8 or, in lossless mode, what the picture has
 };
-void runEncode(EncodeArguments& args) {
+
+// One of the names, or HxV for each component.
+void readSampling(const std::string& text, jpeg::EncodeOptions& options) {
     using jpeg::Sampling;
-    args.options.sampling = args.sampling == "444"   ? Sampling::s444
-                            : args.sampling == "422" ? Sampling::s422
-                                                     : Sampling::s420;
+    if (text == "444" || text == "422" || text == "420") {
+        options.sampling = text == "444" ? Sampling::s444 : text == "422" ? Sampling::s422 : Sampling::s420;
+        return;
+    }
+    for (std::size_t at = 0; at < text.size(); at += 4) {
+        const bool factors = text.size() - at >= 3 && text[at + 1] == 'x' && (at + 3 == text.size() || text[at + 3] == ',');
+        options.factors.push_back({factors ? text[at] - '0' : 0, factors ? text[at + 2] - '0' : 0});
+    }
+}
+
+// The bits that hold the samples of a picture.
+int bitsOf(const Image& image) {
+    int bits = 2;
+    while (image.maxval >> bits) ++bits;
+    return bits;
+}
+
+// Samples of a picture at a depth of so many bits.
+std::vector<std::uint16_t> scaled(const Image& image, int bits) {
+    const unsigned max = unsigned(image.maxval), to = (1U << bits) - 1;
+    std::vector<std::uint16_t> samples = image.samples;
+    if (max != to)
+        for (std::uint16_t& s : samples) s = std::uint16_t((s * std::uint64_t(to) + max / 2) / max);
+    return samples;
+}
+
+void runEncode(EncodeArguments& args) {
+    jpeg::EncodeOptions& o = args.options;
+    readSampling(args.sampling, o);
+    if (!args.scans.empty()) o.scans = readText(args.scans);
     Image image = readImage(args.in);
     if (args.cmyk) {
         if (image.channels != 4) throw ImageError(args.in + ": --cmyk wants a picture of 4 channels");
         image.cmyk = true;
     }
     image = withoutAlpha(image);
-    std::vector<std::uint8_t> pixels = to8bit(image);
-    int channels = image.channels;
-    if (image.cmyk) invert(pixels);
-    if (args.gray && channels != 1) {
-        if (channels != 3) throw ImageError(args.in + ": --gray wants a grey or RGB picture");
-        pixels = toGrey(pixels, image.width, image.height);
-        channels = 1;
+    if (args.gray && image.channels != 1) {
+        if (image.channels != 3) throw ImageError(args.in + ": --gray wants a grey or RGB picture");
+        image = from8bit(toGrey(to8bit(image), image.width, image.height).data(), image.width, image.height, 1);
     }
+    // Adobe's programs store CMYK inverted, and so does everyone else.
+    if (image.cmyk)
+        for (std::uint16_t& s : image.samples) s = std::uint16_t(image.maxval - s);
+    const int precision = args.precision ? args.precision : o.lossless ? bitsOf(image) : 8;
     writeBytes(args.out, naming(args.in, [&] {
-                   return jpeg::encode(pixels.data(), image.width, image.height, channels, args.options);
+                   if (precision != 8)
+                       return jpeg::encode(scaled(image, precision).data(), image.width, image.height,
+                                           image.channels, precision, o);
+                   return jpeg::encode(to8bit(image).data(), image.width, image.height, image.channels, o);
                }));
 }
 
+Image imageOf(const jpeg::Picture& p) {
+    Image image{p.width, p.height, p.channels, (1 << p.precision) - 1, p.wide};
+    if (p.precision == 8) image = from8bit(p.pixels.data(), p.width, p.height, p.channels);
+    image.cmyk = p.channels == 4;
+    if (image.cmyk && p.adobe)
+        for (std::uint16_t& s : image.samples) s = std::uint16_t(image.maxval - s);
+    return image;
+}
+
 struct DecodeArguments {
-    std::string in, out, scale = "1";
+    std::string in, out, scale = "1", scans;
     jpeg::DecodeOptions options;
     bool strict = false;
 };
 void runDecode(DecodeArguments& args) {
     args.options.scale = args.scale.back() - '0';
     const std::vector<std::uint8_t> file = readBytes(args.in);
-    jpeg::Picture picture =
+    int scans = 0;
+    if (!args.scans.empty())
+        args.options.afterScan = [&](const jpeg::Picture& p) {
+            char name[32];
+            std::snprintf(name, sizeof name, "/scan%03d.%s", ++scans, p.channels == 4 ? "pam" : "png");
+            writeImage(args.scans + name, imageOf(p));
+        };
+    const jpeg::Picture picture =
         naming(args.in, [&] { return jpeg::decode(file.data(), file.size(), args.options); });
-    const bool cmyk = picture.channels == 4;
-    if (cmyk && picture.adobe) invert(picture.pixels);
-    Image image = from8bit(picture.pixels.data(), picture.width, picture.height, picture.channels);
-    image.cmyk = cmyk;
-    writeImage(args.out, image);
-    for (const std::string& w : picture.warnings)
-        std::fprintf(stderr, "zmx: %s: warning: %s\n", args.in.c_str(), w.c_str());
+    writeImage(args.out, imageOf(picture));
+    warn(args.in, picture.warnings);
     if (args.strict && !picture.warnings.empty()) throw jpeg::Error(args.in + ": not a sound file");
+}
+
+struct TranscodeArguments {
+    std::string in, out, scans;
+    jpeg::TranscodeOptions options;
+    bool digest = false;
+};
+void runTranscode(TranscodeArguments& args) {
+    if (!args.scans.empty()) args.options.scans = readText(args.scans);
+    const std::vector<std::uint8_t> file = readBytes(args.in);
+    const jpeg::Transcoded result =
+        naming(args.in, [&] { return jpeg::transcode(file.data(), file.size(), args.options); });
+    warn(args.in, result.warnings);
+    writeBytes(args.out, result.file);
+    if (args.digest)
+        std::printf("before %016llx\nafter %016llx\n", static_cast<unsigned long long>(result.before),
+                    static_cast<unsigned long long>(result.after));
+    if (result.before != result.after) throw jpeg::Error(args.out + ": the coefficients have changed");
 }
 
 void runInfo(const std::string& in) {
@@ -86,7 +153,7 @@ void runInfo(const std::string& in) {
 }
 
 void addEncode(CLI::App& app) {
-    auto* c = app.add_subcommand("encode", "Write a picture as a baseline JPEG file");
+    auto* c = app.add_subcommand("encode", "Write a picture as a JPEG file");
     const auto args = std::make_shared<EncodeArguments>();
     jpeg::EncodeOptions& o = args->options;
     c->add_option("IN", args->in, "a PNG, PNM or PAM file")->required();
@@ -94,11 +161,27 @@ void addEncode(CLI::App& app) {
     c->add_option("--quality", o.quality, "1 to 100")->capture_default_str()->check(CLI::Range(1, 100));
     c->add_option("--sampling", args->sampling, "of the chroma")
         ->capture_default_str()
-        ->check(CLI::IsMember({"444", "422", "420"}));
+        ->check(CLI::IsMember({"444", "422", "420"}) |
+                CLI::Validator(
+                    [](std::string& s) {
+                        return s.find('x') == 1 ? std::string() : "neither 444, 422, 420 nor HxV[,HxV...]: " + s;
+                    },
+                    "HxV[,HxV...]"));
     c->add_flag("--optimize", o.optimize, "make Huffman tables for the picture");
     c->add_option("--restart", o.restart, "MCUs in a restart interval; 0: none")
         ->capture_default_str()
         ->check(CLI::Range(0, 65535));
+    auto* progressive = c->add_flag("--progressive", o.progressive, "in the usual progressive scans");
+    auto* scans = c->add_option("--scans", args->scans, "a file with a scan script")->excludes(progressive);
+    auto* lossless = c->add_option("--lossless", o.lossless, "lossless mode with this predictor")
+                         ->check(CLI::Range(1, 7))
+                         ->excludes(progressive)
+                         ->excludes(scans);
+    c->add_option("--point-transform", o.pointTransform, "lossless: low bits to leave out")
+        ->check(CLI::Range(0, 15))
+        ->needs(lossless);
+    c->add_option("--precision", args->precision, "bits of a sample: 8, 12, or in lossless mode 2 to 16")
+        ->check(CLI::Range(2, 16));
     c->add_flag("--gray", args->gray, "store the luma alone");
     c->add_flag("--rgb", o.rgb, "store RGB as it is, not as YCbCr");
     c->add_flag("--cmyk", args->cmyk, "the 4 channels of IN are CMYK, whatever the file says");
@@ -106,24 +189,47 @@ void addEncode(CLI::App& app) {
     c->footer("Examples:\n"
               "  zmx jpeg encode photo.png photo.jpg --quality 90\n"
               "  zmx jpeg encode scan.pgm scan.jpg --optimize --restart 64\n"
-              "  zmx jpeg encode print.pam print.jpg --ycck --sampling 444");
+              "  zmx jpeg encode print.pam print.jpg --ycck --sampling 444\n"
+              "  zmx jpeg encode photo.png photo.jpg --progressive --sampling 2x2,2x1,1x2\n"
+              "  zmx jpeg encode scan16.pgm scan16.jpg --lossless 4\n"
+              "  zmx jpeg encode scan16.pgm scan12.jpg --precision 12");
     c->callback([args] { runEncode(*args); });
 }
 
 void addDecode(CLI::App& app) {
     auto* c = app.add_subcommand("decode", "Write a JPEG file as a PNG, PNM or PAM file");
     const auto args = std::make_shared<DecodeArguments>();
-    c->add_option("IN", args->in, "a JPEG file, baseline or extended sequential, 8 bits")->required();
+    c->add_option("IN", args->in, "a JPEG file: sequential, progressive or lossless")->required();
     c->add_option("OUT", args->out, "a .png, .pgm, .ppm, .pnm or .pam file; CMYK goes to .pam")->required();
     c->add_option("--scale", args->scale, "decode to this part of the size")
         ->capture_default_str()
         ->check(CLI::IsMember({"1", "1/2", "1/4", "1/8"}));
+    c->add_option("--show-scans", args->scans, "a directory for the picture as it is after each scan")
+        ->check(CLI::ExistingDirectory);
     c->add_option("--max-pixels", args->options.maxPixels, "refuse larger pictures")->capture_default_str();
     c->add_flag("--strict", args->strict, "fail when a part of the file is damaged or missing");
     c->footer("Examples:\n"
               "  zmx jpeg decode photo.jpg photo.png\n"
               "  zmx jpeg decode photo.jpg small.ppm --scale 1/4");
     c->callback([args] { runDecode(*args); });
+}
+
+void addTranscode(CLI::App& app) {
+    auto* c = app.add_subcommand("transcode", "Code the coefficients of a JPEG file anew, without any loss");
+    const auto args = std::make_shared<TranscodeArguments>();
+    jpeg::TranscodeOptions& o = args->options;
+    c->add_option("IN", args->in, "a JPEG file, sequential or progressive")->required();
+    c->add_option("OUT", args->out, "the JPEG file, with Huffman tables made for it")->required();
+    auto* progressive = c->add_flag("--progressive", o.progressive, "in the usual progressive scans");
+    c->add_option("--scans", args->scans, "a file with a scan script")->excludes(progressive);
+    c->add_option("--restart", o.restart, "MCUs in a restart interval; 0: none; else as IN has it")
+        ->check(CLI::Range(0, 65535));
+    c->add_option("--max-pixels", o.maxPixels, "refuse larger pictures")->capture_default_str();
+    c->add_flag("--digest", args->digest, "print a digest of the coefficients of IN and OUT");
+    c->footer("Examples:\n"
+              "  zmx jpeg transcode photo.jpg smaller.jpg --progressive\n"
+              "  zmx jpeg transcode photo.jpg sequential.jpg --digest");
+    c->callback([args] { runTranscode(*args); });
 }
 
 void addInfo(CLI::App& app) {
@@ -141,5 +247,6 @@ void addJpegCommands(CLI::App& app) {
     jpeg->require_subcommand(1);
     addEncode(*jpeg);
     addDecode(*jpeg);
+    addTranscode(*jpeg);
     addInfo(*jpeg);
 }

@@ -36,6 +36,11 @@ inline int channelsOf(Model model) {
     return model == Model::Grey ? 1 : model == Model::YCbCr || model == Model::Rgb ? 3 : 4;
 }
 
+// Chroma has tables of its own, for quantisation and for Huffman coding.
+inline bool isChroma(Model model, int component) {
+    return (model == Model::YCbCr || model == Model::Ycck) && (component == 1 || component == 2);
+}
+
 using QuantTable = std::array<std::uint16_t, 64>; // in zig-zag order
 
 struct HuffmanTable {
@@ -57,11 +62,15 @@ struct Frame {
     std::vector<Component> components;
     int hMax = 1, vMax = 1;
 
-    int mcuColumns() const { return divUp(width, 8 * hMax); }
-    int mcuRows() const { return divUp(height, 8 * vMax); }
-    // Blocks that hold samples of the picture: what a scan of this component alone codes.
-    int blockColumns(const Component& c) const { return divUp(divUp(width * c.h, hMax), 8); }
-    int blockRows(const Component& c) const { return divUp(divUp(height * c.v, vMax), 8); }
+    bool lossless() const { return sof == SOF3; }
+    bool progressive() const { return sof == SOF2; }
+    // The side of a data unit in samples: a block, or in lossless files one sample.
+    int unit() const { return lossless() ? 1 : 8; }
+    int mcuColumns() const { return divUp(width, unit() * hMax); }
+    int mcuRows() const { return divUp(height, unit() * vMax); }
+    // Units that hold samples of the picture: what a scan of this component alone codes.
+    int blockColumns(const Component& c) const { return divUp(divUp(width * c.h, hMax), unit()); }
+    int blockRows(const Component& c) const { return divUp(divUp(height * c.v, vMax), unit()); }
     int blocksInMcu() const {
         int n = 0;
         for (const Component& c : components) n += c.h * c.v;

@@ -107,6 +107,7 @@ void Reader::segment(int marker) {
         break;
     }
     if (isFrame(marker)) return frame(marker);
+    if (marker == COM || (marker >= APP0 && marker <= APP15)) head.application.push_back({at, end});
     if (marker >= APP0 && marker <= APP15) return application(marker);
 }
 

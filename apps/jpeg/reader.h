@@ -21,6 +21,7 @@ struct Header {
     int restart = 0; // MCUs in an interval; 0: no restart markers
     bool jfif = false;
     int adobe = -1; // the transform of the Adobe marker; -1: no such marker
+    std::vector<std::pair<std::size_t, std::size_t>> application; // where the APPn and COM segments stand
     Scan scan;
     std::size_t scanOffset = 0; // of the SOS marker
     std::size_t dataOffset = 0; // of the entropy-coded data

@@ -200,6 +200,7 @@ bool wantsRounding(Model model, const DequantTable& luma) {
 
 std::unique_ptr<Renderer> makeRenderer(const Frame& frame, Model model,
                                        const std::vector<DequantTable>& tables, int scale, Picture& picture) {
+    if (frame.precision != 8) return makeWideRenderer(frame, model, tables, scale, picture);
     const Unit* unit =
         scale == 1 && !wantsRounding(model, tables[0]) ? unitFor(model, frame.components) : nullptr;
     if (unit) return std::make_unique<UnitRenderer>(*unit, frame, tables, picture);

@@ -20,5 +20,9 @@ public:
 // Writes into `picture`, which has its size; `tables` is one for each component. `scale` is 1, 2, 4 or 8.
 std::unique_ptr<Renderer> makeRenderer(const Frame& frame, Model model,
                                        const std::vector<DequantTable>& tables, int scale, Picture& picture);
+// The same for 12-bit files; makeRenderer comes to it.
+std::unique_ptr<Renderer> makeWideRenderer(const Frame& frame, Model model,
+                                           const std::vector<DequantTable>& tables, int scale,
+                                           Picture& picture);
 
 } // namespace jpeg

@@ -1,6 +1,7 @@
 // writer.cpp - segments (ITU-T T.81, B.2) and entropy-coded data (F.1).
 #include "jpeg/writer.h"
 
+#include <new>
 #include <numeric>
 
 namespace jpeg {
@@ -17,6 +18,31 @@ void segment(Output& out, int marker, int payload) {
 }
 
 } // namespace
+
+EncodeSpec encodeSpecOf(const HuffmanTable& table) {
+    ZmxiEncodeHuffmanSpec* spec = nullptr;
+    const ZmxStatus status =
+        zmxiEncodeHuffmanSpecInitAlloc_JPEG_8u(table.bits.data(), table.vals.data(), &spec);
+    EncodeSpec owned(spec);
+    if (status != zmxStsNoErr) throw Error("a Huffman table cannot be built");
+    return owned;
+}
+
+HuffmanTable optimalTable(const SymbolCounts& counts) {
+    HuffmanTable table;
+    std::array<Zmx32s, 257> statistics;
+    std::copy(counts.begin(), counts.end(), statistics.begin());
+    if (zmxiEncodeHuffmanRawTableInit_JPEG_8u(statistics.data(), table.bits.data(), table.vals.data()) !=
+        zmxStsNoErr)
+        throw Error("no Huffman table fits the picture");
+    return table;
+}
+
+EncodeState newEncodeState() {
+    ZmxiEncodeHuffmanState* state = nullptr;
+    if (zmxiEncodeHuffmanStateInitAlloc_JPEG_8u(&state) != zmxStsNoErr) throw std::bad_alloc();
+    return EncodeState(state);
+}
 
 void writeJfif(Output& out) {
     segment(out, APP0, 14);
@@ -37,10 +63,11 @@ void writeAdobe(Output& out, int transform) {
     out.byte(transform);
 }
 
-void writeQuantTable(Output& out, int number, const std::array<std::uint8_t, 64>& table) {
-    segment(out, DQT, 65);
-    out.byte(number);
-    for (std::uint8_t q : table) out.byte(q);
+void writeQuantTable(Output& out, int number, const QuantTable& table) {
+    const bool words = *std::max_element(table.begin(), table.end()) > 255;
+    segment(out, DQT, words ? 129 : 65);
+    out.byte(words << 4 | number);
+    for (std::uint16_t q : table) words ? out.word(q) : out.byte(q);
 }
 
 void writeHuffmanTable(Output& out, int cls, int number, const HuffmanTable& table) {
@@ -85,18 +112,9 @@ BlockWriter::BlockWriter(Output& o, const HuffmanTable* const dcTables[2],
                          const HuffmanTable* const acTables[2])
     : out(o) {
     for (int i = 0; i < 2; ++i) {
-        if (dcTables[i]) dc[i] = specOf(*dcTables[i]);
-        if (acTables[i]) ac[i] = specOf(*acTables[i]);
+        if (dcTables[i]) dc[i] = encodeSpecOf(*dcTables[i]);
+        if (acTables[i]) ac[i] = encodeSpecOf(*acTables[i]);
     }
-}
-
-BlockWriter::Spec BlockWriter::specOf(const HuffmanTable& table) {
-    ZmxiEncodeHuffmanSpec* spec = nullptr;
-    const ZmxStatus status =
-        zmxiEncodeHuffmanSpecInitAlloc_JPEG_8u(table.bits.data(), table.vals.data(), &spec);
-    Spec owned(spec);
-    if (status != zmxStsNoErr) throw Error("a Huffman table cannot be built");
-    return owned;
 }
 
 void BlockWriter::block(const Zmx16s* coefficients, int component, int table) {

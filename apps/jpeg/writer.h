@@ -1,4 +1,5 @@
-// writer.h - a growing file, the segments of a JPEG file, and the entropy-coded blocks of a sequential scan.
+// writer.h - a growing file, the segments of a JPEG file, Huffman tables on their way into it, and the blocks of
+// a sequential scan with tables that are known beforehand.
 #pragma once
 
 #include "jpeg/format.h"
@@ -32,9 +33,27 @@ private:
     std::size_t used = 0;
 };
 
+struct FreeEncodeSpec {
+    void operator()(ZmxiEncodeHuffmanSpec* spec) const { zmxiEncodeHuffmanSpecFree_JPEG_8u(spec); }
+};
+using EncodeSpec = std::unique_ptr<ZmxiEncodeHuffmanSpec, FreeEncodeSpec>;
+EncodeSpec encodeSpecOf(const HuffmanTable& table);
+
+// How often each symbol occurs; the last entry is the table builder's own.
+using SymbolCounts = std::array<Zmx32u, 257>;
+// The table that codes them in the fewest bits.
+HuffmanTable optimalTable(const SymbolCounts& counts);
+
+// A bit writer of the library.
+struct FreeEncodeState {
+    void operator()(ZmxiEncodeHuffmanState* s) const { zmxiEncodeHuffmanStateFree_JPEG_8u(s); }
+};
+using EncodeState = std::unique_ptr<ZmxiEncodeHuffmanState, FreeEncodeState>;
+EncodeState newEncodeState();
+
 void writeJfif(Output& out);
 void writeAdobe(Output& out, int transform);
-void writeQuantTable(Output& out, int number, const std::array<std::uint8_t, 64>& table);
+void writeQuantTable(Output& out, int number, const QuantTable& table);
 void writeHuffmanTable(Output& out, int cls, int number, const HuffmanTable& table); // cls: 0 DC, 1 AC
 void writeFrame(Output& out, const Frame& frame);
 void writeRestartInterval(Output& out, int mcus);
@@ -51,14 +70,8 @@ public:
     void finishInterval();
 
 private:
-    struct FreeSpec {
-        void operator()(ZmxiEncodeHuffmanSpec* spec) const { zmxiEncodeHuffmanSpecFree_JPEG_8u(spec); }
-    };
-    using Spec = std::unique_ptr<ZmxiEncodeHuffmanSpec, FreeSpec>;
-    static Spec specOf(const HuffmanTable& table);
-
     Output& out;
-    Spec dc[2], ac[2];
+    EncodeSpec dc[2], ac[2];
     Zmx16s lastDc[kMaxComponents] = {};
     int bits = 0; // of the byte behind the output that are written, 0 to 7
 };

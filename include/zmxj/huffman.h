@@ -143,7 +143,8 @@ ZMXJ_API ZmxStatus zmxiDecodeHuffman8x8_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSr
                                                       const ZmxiDecodeHuffmanSpec* pDcTable,
                                                       const ZmxiDecodeHuffmanSpec* pAcTable,
                                                       ZmxiDecodeHuffmanState* pDecHuffState);
-/** The same for data that end in a marker, without a test for the end of the source.
+/** The same for data that end in a marker, without a test for the end of the source. The marker may be looked at well
+ *  before its turn, nothing behind it ever is.
  *
  *  \param pSrcBitsLen              in and out: the position in bits; on return it stands on the next unread byte. It is
  *                                  stored when the block has ended, also ahead of a marker among the AC coefficients

@@ -12,18 +12,9 @@ template <class Lib, class Plain> Outcome decodeBoth(StreamIn& in, BlockOut& out
     bool astray = false;
     const ZmxStatus expected = plain(r, astray);
     const ZmxStatus got = lib();
-    const bool path = !r.noPath && !astray;
     // A run whose bits are not there has no meaning either.
     if (r.noValue) std::memcpy(&in.state.plain.eobRun, in.state.bytes() + 12, 4);
-    if (path) {
-        EXPECT_EQ(got, expected);
-        EXPECT_TRUE(in.same());
-        if (!r.noValue) {
-            EXPECT_TRUE(out.same());
-        }
-    }
-    if (r.noValue || !path) out.follow();
-    return {expected, path, path && !r.noValue};
+    return settle(in, out, expected, got, !r.noPath && !astray, r.noValue);
 }
 
 inline Outcome decodeDCFirst(StreamIn& in, BlockOut& out, int al, DecodeTable& dc) {
