@@ -47,6 +47,15 @@ for name in big 1x1 4x9 5x5 6x6 17x33 208x144; do
     done
 done
 
+# Without colour there is the transform alone.
+for quality in 30 75 95; do
+    checks=$((checks + 1))
+    cjpeg -grayscale -quality $quality -outfile a.jpg big.ppm && djpeg -dct int -outfile theirs.pgm a.jpg &&
+        "$zmx" jpeg decode a.jpg ours.pgm --upsampling fancy --strict &&
+        "$zmx" image compare theirs.pgm ours.pgm | awk '$1 == "max" { found = $2 <= 1 } END { exit !found }' ||
+        bad "grey, quality $quality"
+done
+
 # The filter is at work: repetition is much further from djpeg's picture.
 cjpeg -sample 2x2 -quality 90 -outfile a.jpg big.ppm && djpeg -dct int -outfile theirs.ppm a.jpg && "$zmx" jpeg decode a.jpg plain.ppm
 checks=$((checks + 1))
