@@ -331,10 +331,10 @@ TEST_P(Resampling, TheSameBytesFromAnyNumberOfThreads) {
                           ZmxiSize{1, 8193}, ZmxiSize{2731, 3}, ZmxiSize{301, 97}})
         for (int threads : {1, 2, 7}) {
             setThreads(threads);
-            const int asked = threadsAsked();
+            const int askedBefore = threadsAsked();
             const long opened = regionsOpened();
             ASSERT_NO_FATAL_FAILURE(compare(rng, size, 1, size.width + 3, GuardedBlock::AtEnd));
-            EXPECT_EQ(threadsAsked(), asked + shared) << "the count is asked at every size";
+            EXPECT_EQ(threadsAsked(), askedBefore + shared) << "the count is asked at every size";
             if (regionsCounted()) {
                 EXPECT_EQ(regionsOpened(), opened + (shared && size.width * size.height > 8192 ? 1 : 0))
                     << size.width << " by " << size.height;
@@ -356,10 +356,10 @@ TEST_P(ResamplingRow, OnTheCallingThread) {
     const RowForm& f = GetParam();
     const Bytes src(20002);
     Bytes dst(40000);
-    const int asked = threadsAsked();
+    const int askedBefore = threadsAsked();
     const long opened = regionsOpened();
     ASSERT_EQ(f.call(src.data(), src.data(), 20000, dst.data()), zmxStsNoErr);
-    EXPECT_EQ(threadsAsked(), asked);
+    EXPECT_EQ(threadsAsked(), askedBefore);
     EXPECT_EQ(regionsOpened(), opened);
 }
 
