@@ -27,7 +27,7 @@ inline void toRgb(const Zmx8u* y, const Zmx8u* cb, const Zmx8u* cr, Run& out, in
         const Zmx16s u = Zmx16s(cb[i] - 128), v = Zmx16s(cr[i] - 128);
         const Zmx16s red = Zmx16s(v + ((mulHigh(26345, Zmx16s(2 * v)) + 1) >> 1));
         const Zmx16s blue = Zmx16s(2 * u + ((mulHigh(-14942, Zmx16s(2 * u)) + 1) >> 1));
-        const Zmx16s green = Zmx16s(((18734 * v - 22554 * u + 32768) >> 16) - v);
+        const Zmx16s green = Zmx16s(roundedSumHigh(18734, v, -22554, u) - v);
         out.r[i] = Zmx8u(std::clamp<Zmx16s>(Zmx16s(y[i] + red), 0, 255));
         out.g[i] = Zmx8u(std::clamp<Zmx16s>(Zmx16s(y[i] + green), 0, 255));
         out.b[i] = Zmx8u(std::clamp<Zmx16s>(Zmx16s(y[i] + blue), 0, 255));

@@ -23,21 +23,22 @@ struct Run {
 // The rounding term of Y is a half, those of Cb and Cr are one short of it. Taking the shift of Cb in two steps of 15 and 1
 // gives 128 + ((b + ((32767 - 11059 a) >> 15)) >> 1), and the inner term, being a ceiling, is minus the high half of
 // 22118 a: 16-bit lanes are enough. Cr likewise. Nothing saturates: no result leaves 0 to 255.
-inline Zmx8u lumaOf(Zmx8u r, Zmx8u g, Zmx8u b) {
-    return Zmx8u(g + ((19595 * Zmx16s(r - g) + 7471 * Zmx16s(b - g) + 32768) >> 16));
-}
+inline Zmx8u lumaOf(Zmx16s a, Zmx8u g, Zmx16s b) { return Zmx8u(g + roundedSumHigh(19595, a, 7471, b)); }
 // Cb of (a, b), and Cr of (b, a), by the factor of the first difference doubled.
 inline Zmx8u chromaOf(Zmx16s other, Zmx16s own, Zmx16s factor) {
     return Zmx8u(128 + (Zmx16s(own - mulHigh(factor, other)) >> 1));
 }
 
 inline void toY(const Run& rgb, Zmx8u* y, int n) {
-    for (int i = 0; i < n; ++i) y[i] = lumaOf(rgb.c[0][i], rgb.c[1][i], rgb.c[2][i]);
-}
-inline void toYcc(const Run& rgb, Run& ycc, int n) {
-    toY(rgb, ycc.c[0], n);
     for (int i = 0; i < n; ++i) {
         const Zmx16s a = Zmx16s(rgb.c[0][i] - rgb.c[1][i]), b = Zmx16s(rgb.c[2][i] - rgb.c[1][i]);
+        y[i] = lumaOf(a, rgb.c[1][i], b);
+    }
+}
+inline void toYcc(const Run& rgb, Run& ycc, int n) {
+    for (int i = 0; i < n; ++i) {
+        const Zmx16s a = Zmx16s(rgb.c[0][i] - rgb.c[1][i]), b = Zmx16s(rgb.c[2][i] - rgb.c[1][i]);
+        ycc.c[0][i] = lumaOf(a, rgb.c[1][i], b);
         ycc.c[1][i] = chromaOf(a, b, 22118);
         ycc.c[2][i] = chromaOf(b, a, 10658);
     }

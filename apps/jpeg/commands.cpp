@@ -110,12 +110,13 @@ Image imageOf(const jpeg::Picture& p) {
 }
 
 struct DecodeArguments {
-    std::string in, out, scale = "1", scans;
+    std::string in, out, scale = "1", upsampling = "plain", scans;
     jpeg::DecodeOptions options;
     bool strict = false;
 };
 void runDecode(DecodeArguments& args) {
     args.options.scale = args.scale.back() - '0';
+    if (args.upsampling == "fancy") args.options.upsampling = jpeg::Upsampling::fancy;
     const std::vector<std::uint8_t> file = readBytes(args.in);
     int scans = 0;
     if (!args.scans.empty())
@@ -208,6 +209,9 @@ void addDecode(CLI::App& app) {
     c->add_option("--scale", args->scale, "decode to this part of the size")
         ->capture_default_str()
         ->check(CLI::IsMember({"1", "1/2", "1/4", "1/8"}));
+    c->add_option("--upsampling", args->upsampling, "of the chroma: plain repetition, or fancy: smoothly")
+        ->capture_default_str()
+        ->check(CLI::IsMember({"plain", "fancy"}));
     c->add_option("--show-scans", args->scans, "a directory for the picture as it is after each scan")
         ->check(CLI::ExistingDirectory);
     c->add_option("--max-pixels", args->options.maxPixels, "refuse larger pictures")->capture_default_str();

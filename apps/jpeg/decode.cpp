@@ -52,6 +52,14 @@ private:
         if (options.afterScan) options.afterScan(picture);
     }
 
+    std::unique_ptr<Renderer> rendererOf(const Frame& frame, Model model, const std::vector<DequantTable>& tables) {
+        if (options.upsampling == Upsampling::plain)
+            return makeRenderer(frame, model, tables, options.scale, picture);
+        if (options.scale != 1 || frame.precision != 8)
+            throw Error("chroma is upsampled smoothly in 8-bit pictures of full size only");
+        return makeFancyRenderer(frame, model, tables, picture);
+    }
+
     // MCU by MCU to pixels. The components of the scan may stand in another order than those of the frame.
     void straight(const Frame& frame, Model model) {
         const Header& h = reader.header();
@@ -59,7 +67,7 @@ private:
             fail(h.scanOffset, "a progressive scan in a sequential file");
         std::vector<DequantTable> tables;
         for (const Component& c : frame.components) tables.push_back(dequantTableOf(quantTableOf(h, c)));
-        const auto renderer = makeRenderer(frame, model, tables, options.scale, picture);
+        const auto renderer = rendererOf(frame, model, tables);
         alignas(32) Zmx16s coefficients[kMaxBlocks * kBlock];
         const Zmx16s* blocks[kMaxBlocks];
         for (int i = 0; i < kMaxBlocks; ++i) blocks[i] = coefficients + i * kBlock;
@@ -73,6 +81,7 @@ private:
                 return first[p.component] + (p.y * p.h + p.x) * kBlock;
             },
             [&](int x, int y) { renderer->mcu(blocks, x, y); }, picture.warnings);
+        renderer->finish();
         reader.seek(source.end());
         try {
             if (reader.nextScan())
@@ -85,13 +94,14 @@ private:
     void renderAll(CoefficientFile& file) {
         std::vector<DequantTable> tables;
         for (const QuantTable& table : file.quant) tables.push_back(dequantTableOf(table));
-        const auto renderer = makeRenderer(file.frame, file.model, tables, options.scale, picture);
+        const auto renderer = rendererOf(file.frame, file.model, tables);
         Zmx16s* blocks[kMaxBlocks];
         for (int y = 0; y < file.frame.mcuRows(); ++y)
             for (int x = 0; x < file.frame.mcuColumns(); ++x) {
                 file.blocks.mcu(x, y, blocks);
                 renderer->mcu(blocks, x, y);
             }
+        renderer->finish();
     }
 
     const std::uint8_t* data;

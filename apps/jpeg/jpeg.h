@@ -58,9 +58,14 @@ struct Picture {
     void shape(int width, int height, int channels, int precision);
 };
 
+// How chroma of a lower rate is brought to the rate of the picture: by repetition, or smoothly where the ratio is 2 to 1
+// (8-bit files at full size).
+enum class Upsampling { plain, fancy };
+
 struct DecodeOptions {
-    int scale = 1;                                 // 1, 2, 4 or 8: the picture is decoded at 1/scale
-    std::size_t maxPixels = std::size_t(1) << 28;  // of the picture in the file; more are refused
+    int scale = 1;                                // 1, 2, 4 or 8: the picture is decoded at 1/scale
+    Upsampling upsampling = Upsampling::plain;
+    std::size_t maxPixels = std::size_t(1) << 28; // of the picture in the file; more are refused
     std::function<void(const Picture&)> afterScan; // hears of the picture as it is behind each scan
 };
 

@@ -83,15 +83,12 @@ InverseTransform inverseTo(int side) {
                        : inverseTo1x1;
 }
 
-using PlanesToPixels = void (*)(const Zmx8u* const* planes, int planeStep, Zmx8u* pixels, int step,
-                                ZmxiSize size);
-
 template <int Channels>
 void interleave(const Zmx8u* const* planes, int planeStep, Zmx8u* pixels, int step, ZmxiSize size) {
     for (int y = 0; y < size.height; ++y)
         for (int x = 0; x < size.width; ++x)
             for (int c = 0; c < Channels; ++c)
-                pixels[y * std::ptrdiff_t(step) + Channels * x + c] = planes[c][y * planeStep + x];
+                pixels[y * std::ptrdiff_t(step) + Channels * x + c] = planes[c][y * std::ptrdiff_t(planeStep) + x];
 }
 void fromYCbCr(const Zmx8u* const* planes, int planeStep, Zmx8u* pixels, int step, ZmxiSize size) {
     zmxiYCbCrToRGB_JPEG_8u_P3C3R(planes, planeStep, pixels, step, size);
@@ -99,6 +96,8 @@ void fromYCbCr(const Zmx8u* const* planes, int planeStep, Zmx8u* pixels, int ste
 void fromYcck(const Zmx8u* const* planes, int planeStep, Zmx8u* pixels, int step, ZmxiSize size) {
     zmxiYCCKToCMYK_JPEG_8u_P4C4R(planes, planeStep, pixels, step, size);
 }
+
+} // namespace
 
 PlanesToPixels conversionFrom(Model model) {
     switch (model) {
@@ -114,6 +113,8 @@ PlanesToPixels conversionFrom(Model model) {
         return interleave<4>;
     }
 }
+
+namespace {
 
 class PlaneRenderer final : public Renderer {
 public:

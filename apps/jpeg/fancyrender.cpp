@@ -1,0 +1,105 @@
+// fancyrender.cpp - the renderer of smooth pictures: whole planes of samples, chroma of half the rate brought
+// to the full one by the triangle filter, and one colour conversion of planes for the picture.
+#include "jpeg/render.h"
+
+#include <cstring>
+
+namespace jpeg {
+
+namespace {
+
+// A plane with a margin of one sample all around, which the triangle filter looks at.
+class Plane {
+public:
+    int width, height; // of the samples that belong to the picture
+
+    Plane(int w, int h, int s, int paddedRows)
+        : width(w), height(h), step(s), samples((std::size_t(paddedRows) + 2) * std::size_t(s), Zmx8u(128)) {}
+    Zmx8u* row(int y) { return samples.data() + (std::ptrdiff_t(y) + 1) * step + 1; }
+
+    // Repeats the outermost samples into the margin. What an MCU holds beyond the picture does not count.
+    void extend() {
+        for (int y = 0; y < height; ++y) {
+            row(y)[-1] = row(y)[0];
+            row(y)[width] = row(y)[width - 1];
+        }
+        std::memcpy(row(-1) - 1, row(0) - 1, std::size_t(width + 2));
+        std::memcpy(row(height) - 1, row(height - 1) - 1, std::size_t(width + 2));
+    }
+
+private:
+    int step;
+    std::vector<Zmx8u> samples;
+};
+
+class FancyRenderer final : public Renderer {
+public:
+    FancyRenderer(const Frame& f, Model model, const std::vector<DequantTable>& dequant, Picture& out)
+        : frame(f), tables(dequant), toPixels(conversionFrom(model)), picture(out),
+          rows(f.mcuRows() * 8 * f.vMax), step(f.mcuColumns() * 8 * f.hMax + 2) {
+        for (const Component& c : frame.components)
+            planes.emplace_back(divUp(frame.width * c.h, frame.hMax), divUp(frame.height * c.v, frame.vMax),
+                                step, frame.mcuRows() * 8 * c.v);
+    }
+
+    void mcu(const Zmx16s* const* blocks, int column, int row) override {
+        for (std::size_t i = 0; i < planes.size(); ++i) {
+            const Component& c = frame.components[i];
+            for (int y = 0; y < c.v; ++y)
+                for (int x = 0; x < c.h; ++x)
+                    zmxiDCTQuantInv8x8LS_JPEG_16s8u_C1R(
+                        *blocks++, planes[i].row(8 * (row * c.v + y)) + 8 * (column * c.h + x), step,
+                        tables[i].data());
+        }
+    }
+
+    void finish() override {
+        const Zmx8u* source[kMaxComponents];
+        std::vector<Plane> full; // those that had to be enlarged
+        full.reserve(planes.size());
+        for (std::size_t i = 0; i < planes.size(); ++i) {
+            const Component& c = frame.components[i];
+            if (c.h == frame.hMax && c.v == frame.vMax)
+                source[i] = planes[i].row(0);
+            else
+                source[i] = enlarge(planes[i], c, full.emplace_back(frame.width, frame.height, step, rows));
+        }
+        toPixels(source, step, picture.pixels.data(), picture.width * picture.channels,
+                 {picture.width, picture.height});
+    }
+
+private:
+    // Two to one is by the triangle filter, unless the plane is so narrow that it has no inner samples; every
+    // other ratio by repetition.
+    const Zmx8u* enlarge(Plane& from, const Component& c, Plane& to) const {
+        const bool halfWidth = 2 * c.h == frame.hMax && from.width > 2;
+        const auto up = halfWidth && c.v == frame.vMax       ? zmxiSampleUpH2V1_JPEG_8u_C1R
+                        : halfWidth && 2 * c.v == frame.vMax ? zmxiSampleUpH2V2_JPEG_8u_C1R
+                                                             : nullptr;
+        if (up) {
+            from.extend();
+            up(from.row(0), step, {from.width, from.height}, to.row(0), step, {to.width, to.height});
+        } else {
+            for (int y = 0; y < to.height; ++y)
+                for (int x = 0; x < to.width; ++x)
+                    to.row(y)[x] = from.row(y * c.v / frame.vMax)[x * c.h / frame.hMax];
+        }
+        return to.row(0);
+    }
+
+    const Frame frame;
+    const std::vector<DequantTable> tables;
+    const PlanesToPixels toPixels;
+    Picture& picture;
+    const int rows, step;
+    std::vector<Plane> planes;
+};
+
+} // namespace
+
+std::unique_ptr<Renderer> makeFancyRenderer(const Frame& frame, Model model,
+                                            const std::vector<DequantTable>& tables, Picture& picture) {
+    return std::make_unique<FancyRenderer>(frame, model, tables, picture);
+}
+
+} // namespace jpeg

@@ -1,0 +1,69 @@
+#!/usr/bin/env bash
+# Smooth upsampling of chroma against djpeg's default, which is by the same triangle filter: the pictures differ by no more
+# than what the two inverse transforms differ by.
+#
+#   jpeg_upsampling.sh BIN-DIR
+set -u
+zmx=$(realpath "$1")/zmx
+for program in cjpeg djpeg awk; do command -v $program >/dev/null || exit 77; done
+dir=$(mktemp -d)
+trap 'rm -rf "$dir"' EXIT
+cd "$dir" || exit 1
+checks=0 failures=0
+bad() { echo "FAILED: $*"; failures=$((failures + 1)); }
+
+# Waves of all colours, hard edges and a little texture.
+awk 'BEGIN {
+    w = 211; h = 157; s = 1
+    print "P3", w, h, 255
+    for (y = 0; y < h; ++y) for (x = 0; x < w; ++x) {
+        s = (s * 1103515245 + 12345) % 2147483648; t = int(s / 65536) % 17 - 8
+        e = (int(x / 37) + int(y / 29)) % 2 * 40
+        printf "%d %d %d\n", 100 + 80 * sin(x * 0.031) + e + t, 120 + 60 * cos(y * 0.043) + 30 * sin(x * 0.3) + t, 90 + 50 * sin((x + y) * 0.019) + e + t
+    }
+}' >big.pnm
+"$zmx" image convert big.pnm big.ppm || exit 1
+for size in 1x1 4x9 5x5 6x6 17x33 208x144; do
+    "$zmx" image convert big.ppm $size.ppm --crop 2,3,${size%x*},${size#*x} || exit 1
+done
+
+# largest NAME OPTIONS...: the largest difference between djpeg's picture of the file and ours
+largest() {
+    local name=$1
+    shift
+    cjpeg "$@" -outfile a.jpg "$name" && djpeg -dct int -outfile theirs.ppm a.jpg &&
+        "$zmx" jpeg decode a.jpg ours.ppm --upsampling fancy --strict || return
+    "$zmx" image compare theirs.ppm ours.ppm | awk '$1 == "max" { print $2 }'
+}
+for name in big 1x1 4x9 5x5 6x6 17x33 208x144; do
+    for sampling in 1x1 2x1 2x2; do
+        for options in "-quality 30" "-quality 75" "-quality 95" "-quality 75 -progressive" "-quality 90 -restart 1"; do
+            checks=$((checks + 1))
+            # shellcheck disable=SC2086
+            max=$(largest $name.ppm -sample $sampling $options)
+            echo "$name $sampling $options: $max"
+            [ -n "$max" ] && [ "$max" -le 3 ] || bad "$name, sampling $sampling, $options: they differ by ${max:-?}"
+        done
+    done
+done
+
+# Without colour there is the transform alone.
+for quality in 30 75 95; do
+    checks=$((checks + 1))
+    cjpeg -grayscale -quality $quality -outfile a.jpg big.ppm && djpeg -dct int -outfile theirs.pgm a.jpg &&
+        "$zmx" jpeg decode a.jpg ours.pgm --upsampling fancy --strict &&
+        "$zmx" image compare theirs.pgm ours.pgm | awk '$1 == "max" { found = $2 <= 1 } END { exit !found }' ||
+        bad "grey, quality $quality"
+done
+
+# The filter is at work: repetition is much further from djpeg's picture.
+cjpeg -sample 2x2 -quality 90 -outfile a.jpg big.ppm && djpeg -dct int -outfile theirs.ppm a.jpg && "$zmx" jpeg decode a.jpg plain.ppm
+checks=$((checks + 1))
+"$zmx" image compare theirs.ppm plain.ppm | awk '$1 == "max" { exit $2 <= 10 }' || bad "repetition comes as close"
+
+# Reduced pictures are not upsampled smoothly.
+checks=$((checks + 1))
+"$zmx" jpeg decode a.jpg small.ppm --upsampling fancy --scale 1/2 2>/dev/null && bad "a reduced picture was not refused"
+
+echo "$checks checks, $failures failures"
+[ $failures -eq 0 ]
