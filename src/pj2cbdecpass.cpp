@@ -1,0 +1,175 @@
+// pj2cbdecpass.cpp - the coding passes of the decoder: what a decision is when it comes from an MQ or a raw segment.
+#include "pj2cbpasses.h"
+#include "pj2decoder.h"
+#include "pjrows.h"
+
+namespace {
+
+// What a pass works with, set down in the state; the scan itself runs in locals.
+void beginPass(ZmxiDecodeCBProgrState& s) {
+    // The plane's masks. The sign survives a refinement: planeKeepMask has bit 31.
+    s.planeOne = atPlane(1, s.curBitPlane);
+    s.planeNewSig = atPlane(3, s.curBitPlane) >> 1;
+    s.planeHalf = s.planeOne >> 1;
+    s.planeKeepMask = atPlane(~0u, s.curBitPlane) << 1;
+
+    s.stripeRow = 0;
+    s.pSample = s.pStripe = s.pColumn = s.block.pDst;
+    s.pColumnEnd = s.block.pDst + s.block.width;
+    s.pFlagStripe = s.pFlagColumn = s.pFlagWord = s.flagPlane.pFlags + s.flagPlane.flagStride / 4 + 1;
+}
+
+CodedBlock<Zmx8u> codedBlock(const ZmxiDecodeCBProgrState& s, bool causal) {
+    return {reinterpret_cast<Zmx8u*>(s.pStripe), s.block.dstStep, s.block.width, s.block.height, s.pFlagStripe,
+            s.flagPlane.flagStride / 4, causal ? 0 : ~0u};
+}
+
+// The samples of a plane: midpoints stand in for the planes to come.
+struct PlaneSamples {
+    const Zmx32u newSig, half, keep;
+    const int plane;
+
+    explicit PlaneSamples(const ZmxiDecodeCBProgrState& s)
+        : newSig(s.planeNewSig), half(s.planeHalf), keep(s.planeKeepMask), plane(s.curBitPlane & 31) {}
+
+    // Assigned, not merged.
+    void turnSignificant(Zmx8u* sample, Zmx32u negative) const { store(sample, 0, negative << 31 | newSig); }
+    void refine(Zmx8u* sample, Zmx32u bit) const {
+        store(sample, 0, (load<Zmx32u>(sample, 0) & keep) | bit << plane | half);
+    }
+};
+
+class MqDecoding {
+    const PlaneSamples samples;
+    const Zmx32u* const zeroCoding;
+    MqDecoder mq;
+
+public:
+    using Sample = Zmx8u;
+    static constexpr bool marksRefined = true;
+
+    [[gnu::always_inline]] MqDecoding(ZmxiDecodeCBProgrState& s, MqContexts& contexts)
+        : samples(s), zeroCoding(s.pZeroCodingLUT), mq(s.mq, contexts) {}
+
+    [[gnu::always_inline]] bool significant(Zmx32u half, Sample*) { return mq.decode(zeroCoding[half & 0xFF]); }
+    [[gnu::always_inline]] Zmx32u sign(Zmx32u half, Sample* sample) {
+        const Zmx32u prediction = SignCodingLUT[half >> 4 & 0x1FF];
+        const Zmx32u negative = mq.decode(prediction & 15) ^ prediction >> 31;
+        samples.turnSignificant(sample, negative);
+        return negative;
+    }
+    [[gnu::always_inline]] void refine(Zmx32u half, Sample* sample) {
+        samples.refine(sample, mq.decode(MagnRefineLUT[half & 0x1FF]));
+    }
+    [[gnu::always_inline]] int firstOf4(Sample*, std::ptrdiff_t) {
+        if (!mq.decode(kRunLengthContext)) return 4;
+        return int(number(2));
+    }
+    // A number of so many decisions under the uniform context, the high bit first.
+    [[gnu::always_inline]] Zmx32u number(int bits) {
+        Zmx32u n = 0;
+        while (bits--) n = n << 1 | mq.decode(kUniformContext);
+        return n;
+    }
+};
+
+class RawDecoding {
+    const PlaneSamples samples;
+    RawBitReader& state;
+    RawBitReader raw;
+
+public:
+    using Sample = Zmx8u;
+    static constexpr bool marksRefined = false; // no MQ refinement can follow that would ask for it
+
+    [[gnu::always_inline]] explicit RawDecoding(ZmxiDecodeCBProgrState& s) : samples(s), state(s.raw), raw(s.raw) {}
+    [[gnu::always_inline]] ~RawDecoding() { state = raw; }
+    RawDecoding(const RawDecoding&) = delete;
+    RawDecoding& operator=(const RawDecoding&) = delete;
+
+    [[gnu::always_inline]] bool significant(Zmx32u, Sample*) { return bit(); }
+    [[gnu::always_inline]] Zmx32u sign(Zmx32u, Sample* sample) { // no prediction
+        const Zmx32u negative = bit();
+        samples.turnSignificant(sample, negative);
+        return negative;
+    }
+    [[gnu::always_inline]] void refine(Zmx32u, Sample* sample) { samples.refine(sample, bit()); }
+
+private:
+    [[gnu::always_inline]] Zmx32u bit() {
+        if (raw.bitIndex < 0) {
+            raw.bitIndex = raw.curByte == 0xFF ? 6 : 7; // a stuffed bit is passed over
+            raw.curByte = raw.bytePos < raw.dataLen ? raw.pData[raw.bytePos] : 0xFF;
+            ++raw.bytePos;
+        }
+        return raw.curByte >> raw.bitIndex-- & 1;
+    }
+};
+
+// The end of an MQ pass.
+int endMqPass(ZmxiDecodeCBProgrState& s, bool reset, bool errorPrediction) {
+    const int damaged = errorPrediction ? mqDecoderCheckErrPredTerm(&s.mq) : 0;
+    if (reset) mqDecoderResetCtx(&s.mq);
+    return damaged;
+}
+
+// Whether the bits left in the last raw byte are not the 0101... of an error-free termination.
+int rawTerminationDamaged(const RawBitReader& raw) {
+    if (raw.bitIndex < 0) return 0;
+    const int left = raw.curByte & ((2 << raw.bitIndex) - 1);
+    return left != 0x55 >> (7 - raw.bitIndex);
+}
+
+} // namespace
+
+int significancePropagation(ZmxiDecodeCBProgrState* state, bool causal, bool reset, bool errorPrediction) {
+    beginPass(*state);
+    {
+        MqContexts contexts(state->mq.ctxState, state->mq.ctxMPS);
+        MqDecoding coder(*state, contexts);
+        CodingPass<MqDecoding>(coder, codedBlock(*state, causal)).significancePropagation();
+    }
+    return endMqPass(*state, reset, errorPrediction);
+}
+
+int magnitudeRefinement(ZmxiDecodeCBProgrState* state, bool reset, bool errorPrediction) {
+    beginPass(*state);
+    {
+        MqContexts contexts(state->mq.ctxState, state->mq.ctxMPS);
+        MqDecoding coder(*state, contexts);
+        CodingPass<MqDecoding>(coder, codedBlock(*state, false)).magnitudeRefinement();
+    }
+    return endMqPass(*state, reset, errorPrediction);
+}
+
+int cleanup(ZmxiDecodeCBProgrState* state, bool causal, bool segmentationSymbols, bool reset, bool errorPrediction) {
+    beginPass(*state);
+    bool wrongSymbol = false;
+    {
+        MqContexts contexts(state->mq.ctxState, state->mq.ctxMPS);
+        MqDecoding coder(*state, contexts);
+        CodingPass<MqDecoding>(coder, codedBlock(*state, causal)).cleanup();
+        if (segmentationSymbols) wrongSymbol = coder.number(4) != 0b1010;
+    }
+    // With both tests on, the termination's answer replaces the symbol's, which then goes unreported: required.
+    const int damaged = endMqPass(*state, reset, errorPrediction);
+    return errorPrediction ? damaged : wrongSymbol;
+}
+
+int significancePropagationRaw(ZmxiDecodeCBProgrState* state, bool causal, bool terminated) {
+    beginPass(*state);
+    {
+        RawDecoding coder(*state);
+        CodingPass<RawDecoding>(coder, codedBlock(*state, causal)).significancePropagation();
+    }
+    return terminated ? rawTerminationDamaged(state->raw) : 0;
+}
+
+int magnitudeRefinementRaw(ZmxiDecodeCBProgrState* state) {
+    beginPass(*state);
+    {
+        RawDecoding coder(*state);
+        CodingPass<RawDecoding>(coder, codedBlock(*state, false)).magnitudeRefinement();
+    }
+    return rawTerminationDamaged(state->raw);
+}

@@ -1,0 +1,94 @@
+// pj2encstore.cpp - the second half of the code-block encoder: its passes become bytes, through buffers of any size, with
+// the rate at which the stream can be cut behind each pass and the length of each codeword segment.
+#include "pj2encoder.h"
+
+#include <algorithm>
+
+// How many bytes beyond those that have left the coder decode the current pass, which is at its end. An upper bound by the
+// registers as they stand: the coder runs on undisturbed.
+static int rateSlack(const EncCoderState& s) {
+    if (s.passIsRaw) return rawBitsPending(&s);
+    if (!s.mqPending) return 0;
+    const int limit = s.curByte >= 0xFE ? 22 : 23;
+    return (27 - s.ct > limit ? 5 : 4) - (s.bytesOut == 0);
+}
+
+// Books a pass that is finished, and goes on to the next.
+static void endPass(EncCoderState& s) {
+    s.totalBytes += s.passBytes;
+    const int slack = rateSlack(s);
+    s.passRate[s.curPass] = s.totalBytes + slack;
+    // An exact rate may come out below earlier bounds; rates do not decrease.
+    if (slack == 0)
+        for (int i = s.curPass; i > 0 && s.passRate[i] < s.passRate[i - 1]; --i) s.passRate[i - 1] = s.passRate[i];
+    s.passLen[s.curPass] = s.passBytes;
+    s.decisionBase += s.passDecisions[s.curPass];
+    ++s.curPass;
+    enterPass(s);
+    if (s.resetCtx) mqInitialContexts(s.ctxState, s.ctxMPS); // behind raw passes too
+}
+
+void enterPass(EncCoderState& s) {
+    s.passDecisionPos = s.passBytes = 0;
+    if (s.curPass == s.passCount) return;
+    s.pPassDecisions = s.pDecisions + s.decisionBase;
+    s.pPassContexts = s.pContexts + s.decisionBase;
+    s.passDecisionCount = s.passDecisions[s.curPass];
+    s.passIsRaw = Zmx32u(s.passRaw[s.curPass]);
+}
+
+void encBufEncodeTermLastPass(EncCoderState* state, Zmx8u* pDst, int* pLen) {
+    int written = 0;
+    while (state->curPass < state->passCount && written < *pLen) {
+        const auto code = !endsSegment(*state, state->curPass) ? decEncoderEncode
+                          : state->passIsRaw                   ? rawEncodeAndTerminate
+                                                               : decEncoderMQEncodeAndTerminate;
+        int len = *pLen - written;
+        const int unfinished = code(state, pDst + written, &len);
+        written += len;
+        if (!unfinished) endPass(*state);
+    }
+    *pLen = written;
+}
+
+// A truncation point does not stay behind a 0xFF, which the decoder supplies itself. Looks at the finished passes that end
+// in the bytes of this call.
+static void keepRatesOffFF(EncCoderState& s, const Zmx8u* dst, int written) {
+    const int end = s.totalBytes + s.passBytes;
+    const int start = end - written;
+    for (int i = 0; i < s.curPass; ++i) {
+        int& rate = s.passRate[i];
+        if (rate > start && rate <= end && dst[rate - 1 - start] == 0xFF) --rate;
+    }
+}
+
+ZmxStatus zmxiEncodeStoreBits_JPEG2K_1u(Zmx8u* pDst, int* pDstLen, ZmxiEncodeState_JPEG2K* pState, int* pIsNotFinish) {
+    if (ZmxStatus bad = stateArgs(pState).ptr(pDst).ptr(pDstLen).ptr(pIsNotFinish)) return bad;
+    if (ZmxStatus bad = Args().size(*pDstLen)) return bad;
+    EncCoderState& coder = *pState->pCoder;
+    encBufEncodeTermLastPass(&coder, pDst, pDstLen);
+    keepRatesOffFF(coder, pDst, *pDstLen);
+    *pIsNotFinish = coder.curPass != coder.passCount;
+    return zmxStsNoErr;
+}
+
+int segmentCount(const EncCoderState& coder) {
+    if (!coder.passCount) return coder.termAll ? 0 : 1; // no pass is one segment of no bytes, unless all are terminated
+    int n = 0;
+    for (int i = 0; i < coder.passCount; ++i) n += endsSegment(coder, i);
+    return n;
+}
+
+ZmxStatus zmxiEncodeGetTermPassLen_JPEG2K(const ZmxiEncodeState_JPEG2K* pState, int termNum, int* pLen) {
+    if (ZmxStatus bad = stateArgs(pState).ptr(pLen)) return bad;
+    const EncCoderState& coder = *pState->pCoder;
+    if (termNum < 0 || termNum >= segmentCount(coder)) return zmxStsBadPassNumberErr;
+    int pass = 0;
+    for (int skipped = 0; skipped < termNum; ++pass) skipped += endsSegment(coder, pass);
+    *pLen = 0;
+    for (; pass < coder.passCount; ++pass) {
+        *pLen += coder.passLen[pass];
+        if (endsSegment(coder, pass)) break;
+    }
+    return zmxStsNoErr;
+}
