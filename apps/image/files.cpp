@@ -45,8 +45,28 @@ void writeImage(const std::string& path, const Image& image) {
     if (!pnm && !pam && ending != "png")
         throw ImageError(path + ": the name of a picture to write ends in .png, .pgm, .ppm, .pnm or .pam");
     if (pnm && image.channels % 2 == 0) throw ImageError(path + ": a PNM file holds no alpha channel; write .png or .pam");
+    if (image.cmyk && !pam) throw ImageError(path + ": a CMYK picture is written to a .pam file");
     File file = open(path, "wb");
     if (ending == "png") writePng(file.get(), path, image);
     else writePnm(file.get(), path, image, pam);
     if (std::fclose(file.release()) != 0) throw ImageError(path + ": " + std::strerror(errno));
+}
+
+std::vector<std::uint8_t> readBytes(const std::string& path) {
+    const File file = open(path, "rb");
+    std::vector<std::uint8_t> bytes;
+    std::size_t used = 0;
+    do {
+        bytes.resize(std::max<std::size_t>(1 << 16, 2 * used));
+        used += std::fread(bytes.data() + used, 1, bytes.size() - used, file.get());
+    } while (used == bytes.size());
+    if (std::ferror(file.get())) throw ImageError(path + ": " + std::strerror(errno));
+    bytes.resize(used);
+    return bytes;
+}
+
+void writeBytes(const std::string& path, const std::vector<std::uint8_t>& bytes) {
+    File file = open(path, "wb");
+    const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
+    if (std::fclose(file.release()) != 0 || !written) throw ImageError(path + ": " + std::strerror(errno));
 }

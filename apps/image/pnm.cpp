@@ -3,6 +3,7 @@
 
 #include <csetjmp>
 #include <cstdlib>
+#include <cstring>
 
 extern "C" {
 #include <netpbm/pam.h>
@@ -20,6 +21,7 @@ void startNetpbm() {
     static const bool started = [] {
         pm_init("zmx", 0);
         pm_setusermessagefn(keepMessage);
+        pm_setusererrormsgfn(keepMessage);
         return true;
     }();
     (void)started;
@@ -57,13 +59,14 @@ struct Line {
 
 Image readPnm(std::FILE* file, const std::string& path, std::size_t maxPixels) {
     startNetpbm();
-    pam head;
+    pam head{};
     netpbm(path, [&] { pnm_readpaminit(file, &head, int(sizeof head)); });
     if (std::size_t(head.width) * std::size_t(head.height) > maxPixels)
         throw ImageError(path + ": PNM: more pixels than the limit allows");
     if (head.depth < 1 || head.depth > 4 || head.maxval > 65535)
         throw ImageError(path + ": PNM: not 1 to 4 channels of up to 16 bits");
     Image image{head.width, head.height, int(head.depth), int(head.maxval), {}};
+    image.cmyk = head.depth == 4 && head.format == PAM_FORMAT && std::strcmp(head.tuple_type, "CMYK") == 0;
     image.samples.resize(image.rowSamples() * std::size_t(image.height));
     Line line(std::size_t(image.width), head.depth);
     for (int y = 0; y < image.height; ++y) {
@@ -85,7 +88,8 @@ void writePnm(std::FILE* file, const std::string& path, const Image& image, bool
     head.height = image.height;
     head.depth = unsigned(image.channels);
     head.maxval = sample(image.maxval);
-    if (image.channels <= 4) std::snprintf(head.tuple_type, sizeof head.tuple_type, "%s", kinds[image.channels - 1]);
+    if (image.channels <= 4)
+        std::snprintf(head.tuple_type, sizeof head.tuple_type, "%s", image.cmyk ? "CMYK" : kinds[image.channels - 1]);
     netpbm(path, [&] { pnm_writepaminit(&head); });
     Line line(std::size_t(image.width), head.depth);
     for (int y = 0; y < image.height; ++y) {

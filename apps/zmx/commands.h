@@ -7,3 +7,6 @@
 namespace CLI {
 class App;
 }
+
+void addImageCommands(CLI::App& app);
+void addJpegCommands(CLI::App& app);

@@ -11,6 +11,8 @@ int main(int argc, char** argv) {
     CLI::App app{"Image codecs built on libzmxjpx."};
     app.require_subcommand(1);
     app.set_version_flag("--version", std::string(zmxjGetLibVersion()->Name) + " " + zmxjGetLibVersion()->Version);
+    addImageCommands(app);
+    addJpegCommands(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {

@@ -1,0 +1,54 @@
+// bench_levelshift.cpp - the level shift of blocks and of pictures. The peer is a plain copy of the larger side.
+#include "zmxj.h"
+
+#include <benchmark/benchmark.h>
+
+#include <cstring>
+#include <random>
+#include <vector>
+
+namespace {
+
+// Regions of 8 x 8, of 128 x 64 (the largest that is run serially) and of a picture that a team shares.
+struct Plane {
+    ZmxiSize size;
+    std::vector<Zmx8u> samples;
+    std::vector<Zmx16s> centred;
+
+    explicit Plane(const benchmark::State& state)
+        : size{int(state.range(0)), int(state.range(1))}, samples(std::size_t(size.width * size.height)),
+          centred(samples.size()) {
+        std::mt19937 random(1);
+        for (auto& v : samples) v = Zmx8u(random());
+        for (auto& v : centred) v = Zmx16s(int(random() & 511) - 256);
+    }
+};
+
+template <class Run> void each(benchmark::State& state, Run run) {
+    Plane plane(state);
+    for (auto _ : state) {
+        run(plane);
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * plane.size.width * plane.size.height);
+}
+
+void copyOfSamples(benchmark::State& s) {
+    std::vector<Zmx16s> copy(std::size_t(s.range(0) * s.range(1)));
+    each(s, [&](Plane& p) { std::memcpy(copy.data(), p.centred.data(), 2 * copy.size()); });
+}
+void Add128_JPEG_16s8u_C1R(benchmark::State& s) {
+    each(s, [](Plane& p) {
+        zmxiAdd128_JPEG_16s8u_C1R(p.centred.data(), 2 * p.size.width, p.samples.data(), p.size.width, p.size);
+    });
+}
+void Sub128_JPEG_8u16s_C1R(benchmark::State& s) {
+    each(s, [](Plane& p) {
+        zmxiSub128_JPEG_8u16s_C1R(p.samples.data(), p.size.width, p.centred.data(), 2 * p.size.width, p.size);
+    });
+}
+BENCHMARK(copyOfSamples)->Args({8, 8})->Args({128, 64})->Args({1920, 1080});
+BENCHMARK(Add128_JPEG_16s8u_C1R)->Args({8, 8})->Args({128, 64})->Args({1920, 1080})->UseRealTime();
+BENCHMARK(Sub128_JPEG_8u16s_C1R)->Args({8, 8})->Args({128, 64})->Args({1920, 1080})->UseRealTime();
+
+} // namespace

@@ -1,0 +1,7 @@
+// pizigzag.h - blocks reordered.
+#pragma once
+
+#include "zmxj.h"
+
+// 64 elements from zig-zag to natural order; the two blocks are distinct. A null pointer gives zmxStsNullPtrErr.
+ZmxStatus zmxiZigzagInv8x8_16s_C1(const Zmx16s* pSrc, Zmx16s* pDst);

@@ -1,0 +1,12 @@
+// pjbitwrite.cpp - the end of a JPEG stream (ITU-T T.81, F.1.2.3).
+#include "pjbitwrite.h"
+
+ZmxStatus flushWriter(Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos, ZmxiEncodeHuffmanState* pEncHuffState) {
+    ZmxStatus status;
+    {
+        BitWriter out(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
+        status = ownpj_write_bits_jpeg(127, 7, out);
+    }
+    ownpj_EncodeHuffmanStateInit(pEncHuffState);
+    return status;
+}

@@ -1,0 +1,93 @@
+// pjbitwrite.h - the bit writer of the JPEG encoders: bit fields with byte stuffing, and the flush.
+//
+// A writer lives for one call: position and register are locals, put back on every way out.
+#pragma once
+
+#include "pjhufftbl.h"
+
+#include <cstdlib>
+
+// How many bits the magnitude of v takes (ITU-T T.81, table F.1); 16 for -32768 and for the widest DC differences.
+inline int category(int v) {
+    const auto a = unsigned(std::abs(v));
+    return a < 256 ? own_pj_csize[a] : own_pj_csize[a >> 8] + 8;
+}
+
+// The size of an end-of-band run: how many bits stand behind its symbol. Only a state from elsewhere has a run that the
+// table does not reach; the indices stay inside it then.
+inline int eobSize(Zmx32u run) { return run < 256 ? own_pj_eobsize[run] : own_pj_eobsize[run >> 8 & 511] + 8; }
+
+// What an encoder writes for v behind its category: the low bits of this.
+inline Zmx32u valueBits(int v) { return Zmx32u(v < 0 ? v - 1 : v); }
+
+struct BitWriter {
+    Zmx8u* const dst;
+    const int len;
+    int pos;    // the next byte to write
+    Zmx32u buf; // pending bits from bit 23 downwards
+    int count;  // how many
+
+    BitWriter(Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos, ZmxiEncodeHuffmanState* pEncHuffState)
+        : dst(pDst), len(dstLenBytes), pos(*pDstCurrPos), buf(pEncHuffState->bitBuffer), count(pEncHuffState->bitCount),
+          posOut(pDstCurrPos), state(pEncHuffState) {}
+    ~BitWriter() {
+        *posOut = pos;
+        state->bitBuffer = buf;
+        state->bitCount = count;
+    }
+    BitWriter(const BitWriter&) = delete;
+    BitWriter& operator=(const BitWriter&) = delete;
+
+    void written() { state->bufferMark = 0; }
+    // Whether the register is as writers leave it: at most 7 bits pending, and zeros behind them.
+    bool regular() const { return count >= 0 && count <= 7 && buf << (8 + count) == 0; }
+    // For one that has written in its place.
+    void moveTo(int newPos, Zmx32u newBuf, int newCount) {
+        if (newPos != pos || newCount != count) written();
+        pos = newPos;
+        buf = newBuf;
+        count = newCount;
+    }
+
+private:
+    int* const posOut;
+    ZmxiEncodeHuffmanState* const state;
+};
+
+// Writes the low nBits (up to 16) of bits. zmxStsHuffTableErr for no bits: a symbol without a code; nothing changes.
+// zmxStsOutOfBufErr when the destination is full: what was pending stays as it was, the bytes already stored stay too.
+inline ZmxStatus ownpj_write_bits_jpeg(Zmx32u bits, int nBits, BitWriter& out) {
+    if (nBits == 0) return zmxStsHuffTableErr;
+    int total = out.count + nBits;
+    Zmx32u w = (bits & ((1u << nBits) - 1)) << ((24 - total) & 31) | out.buf;
+    for (; total >= 8; total -= 8, w <<= 8) {
+        if (out.pos >= out.len) return zmxStsOutOfBufErr;
+        const Zmx8u byte = Zmx8u(w >> 16);
+        out.dst[out.pos++] = byte;
+        if (byte == 0xFF) {
+            if (out.pos >= out.len) return zmxStsOutOfBufErr;
+            out.dst[out.pos++] = 0;
+        }
+    }
+    out.written();
+    out.buf = w;
+    out.count = total;
+    return zmxStsNoErr;
+}
+
+// The code of a symbol. A category of 16 behind a run of 15 lies outside the table: it has no code.
+inline Zmx32u codeOf(const ZmxiEncodeHuffmanSpec& table, int symbol) { return symbol < 256 ? table.codes[symbol] : 0; }
+
+inline ZmxStatus writeSymbol(const ZmxiEncodeHuffmanSpec& table, int symbol, BitWriter& out) {
+    const Zmx32u code = codeOf(table, symbol);
+    return ownpj_write_bits_jpeg(code & 0xFFFF, int(code >> 16), out);
+}
+
+// Writes a symbol and the n bits of the value v behind it.
+inline ZmxStatus writeCoded(const ZmxiEncodeHuffmanSpec& table, int symbol, int n, int v, BitWriter& out) {
+    if (ZmxStatus failed = writeSymbol(table, symbol, out)) return failed;
+    return n ? ownpj_write_bits_jpeg(valueBits(v), n, out) : zmxStsNoErr;
+}
+
+// Fills the last byte with one-bits, drops those that are too many, and initialises the state whatever the write says.
+ZmxStatus flushWriter(Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos, ZmxiEncodeHuffmanState* pEncHuffState);

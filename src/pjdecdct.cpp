@@ -1,0 +1,97 @@
+// pjdecdct.cpp - quantised coefficients to samples.
+#include "pidct.h"
+#include "pidct88.h"
+#include "pithresh16u.h"
+#include "pjargs.h"
+#include "pjls.h"
+#include "pjquant.h"
+#include "psconvert.h"
+#include "psmul.h"
+
+// All 64 products are formed, whatever the transform reads. The table is read as signed: required.
+static void dequantise(const Zmx16s* src, Zmx16s* dst, const Zmx16u* table) {
+    zmxsMul_16s(src, reinterpret_cast<const Zmx16s*>(table), dst, 64);
+}
+
+ZmxStatus zmxiDCTQuantInv8x8_JPEG_16s_C1(const Zmx16s* pSrc, Zmx16s* pDst, const Zmx16u* pQuantInvTable) {
+    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDst).ptr(pQuantInvTable)) return bad;
+    dequantise(pSrc, pDst, pQuantInvTable);
+    return zmxiDCT8x8Inv_16s_C1I(pDst);
+}
+
+ZmxStatus zmxiDCTQuantInv8x8_JPEG_16s_C1I(Zmx16s* pSrcDst, const Zmx16u* pQuantInvTable) {
+    return zmxiDCTQuantInv8x8_JPEG_16s_C1(pSrcDst, pSrcDst, pQuantInvTable);
+}
+
+// The order of the tests of all functions with a row step: the table comes last. Required.
+static ZmxStatus tested(const void* src, const void* dst, int dstStep, const void* table) {
+    return Args().ptr(src).ptr(dst).step(dstStep).ptr(table);
+}
+
+ZmxStatus zmxiDCTQuantInv8x8LS_JPEG_16s8u_C1R(const Zmx16s* pSrc, Zmx8u* pDst, int dstStep,
+                                              const Zmx16u* pQuantInvTable) {
+    if (ZmxStatus bad = tested(pSrc, pDst, dstStep, pQuantInvTable)) return bad;
+    Block16s block;
+    dequantise(pSrc, block.at, pQuantInvTable);
+    zmxiDCT8x8Inv_16s_C1I(block.at);
+    // What zmxiDCT8x8InvLSClip_16s8u_C1R does, with a level shift and bounds that are known.
+    for (int y = 0; y < 8; ++y)
+        for (int x = 0; x < 8; ++x) rowAt(pDst, dstStep, y)[x] = Zmx8u(shiftedUp(block.at[8 * y + x]));
+    return zmxStsNoErr;
+}
+
+// Dequantisation, a transform in place that leaves Size rows of Size samples, level shift.
+template <int Size>
+static ZmxStatus toSamples(const Zmx16s* src, Zmx8u* dst, int dstStep, const Zmx16u* table,
+                           ZmxStatus (*transform)(Zmx16s*)) {
+    if (ZmxStatus bad = tested(src, dst, dstStep, table)) return bad;
+    Block16s block;
+    dequantise(src, block.at, table);
+    transform(block.at);
+    ownpj_Add128_JPEG_16s8u_C1R(block.at, Size * int(sizeof(Zmx16s)), dst, dstStep, {Size, Size});
+    return zmxStsNoErr;
+}
+
+ZmxStatus zmxiDCTQuantInv8x8LS_2x2_JPEG_16s8u_C1R(const Zmx16s* pSrc, Zmx8u* pDst, int dstStep,
+                                                  const Zmx16u* pQuantInvTable) {
+    return toSamples<8>(pSrc, pDst, dstStep, pQuantInvTable, zmxiDCT8x8Inv_2x2_16s_C1I);
+}
+ZmxStatus zmxiDCTQuantInv8x8LS_4x4_JPEG_16s8u_C1R(const Zmx16s* pSrc, Zmx8u* pDst, int dstStep,
+                                                  const Zmx16u* pQuantInvTable) {
+    return toSamples<8>(pSrc, pDst, dstStep, pQuantInvTable, zmxiDCT8x8Inv_4x4_16s_C1I);
+}
+ZmxStatus zmxiDCTQuantInv8x8To2x2LS_JPEG_16s8u_C1R(const Zmx16s* pSrc, Zmx8u* pDst, int dstStep,
+                                                   const Zmx16u* pQuantInvTable) {
+    return toSamples<2>(pSrc, pDst, dstStep, pQuantInvTable, zmxiDCT8x8To2x2Inv_16s_C1I);
+}
+ZmxStatus zmxiDCTQuantInv8x8To4x4LS_JPEG_16s8u_C1R(const Zmx16s* pSrc, Zmx8u* pDst, int dstStep,
+                                                   const Zmx16u* pQuantInvTable) {
+    return toSamples<4>(pSrc, pDst, dstStep, pQuantInvTable, zmxiDCT8x8To4x4Inv_16s_C1I);
+}
+
+ZmxStatus zmxiDCTQuantInv8x8LS_1x1_JPEG_16s8u_C1R(const Zmx16s* pSrc, Zmx8u* pDst, int dstStep,
+                                                  const Zmx16u* pQuantInvTable) {
+    if (ZmxStatus bad = tested(pSrc, pDst, dstStep, pQuantInvTable)) return bad;
+    // Unlike in the other forms the table entry is unsigned, the product keeps its 32 bits, and the shift rounds
+    // downward.
+    const Zmx8u sample = saturate8u((pQuantInvTable[0] * pSrc[0] >> 3) + 128);
+    for (int y = 0; y < 8; ++y) std::memset(rowAt(pDst, dstStep, y), sample, 8);
+    return zmxStsNoErr;
+}
+
+ZmxStatus zmxiDCTQuantInv8x8LS_JPEG_16s16u_C1R(const Zmx16s* pSrc, Zmx16u* pDst, int dstStep,
+                                               const Zmx32f* pQuantInvTable) {
+    if (ZmxStatus bad = tested(pSrc, pDst, dstStep, pQuantInvTable)) return bad;
+    Zmx32f block[64];
+    zmxsConvert_16s32f(pSrc, block, 64);
+    zmxsMul_32f_I(pQuantInvTable, block, 64);
+    zmxiDCT8x8Inv_32f_C1I(block);
+    zmxsAddC_32f_I(2048, block, 64);
+    for (int y = 0; y < 8; ++y) {
+        Zmx16u row[8];
+        zmxsConvert_32f16u_Sfs(block + 8 * y, row, 8, zmxRndNear, 0);
+        std::memcpy(rowAt(pDst, dstStep, y), row, sizeof row);
+    }
+    zmxiThreshold_16u_C1IR(pDst, dstStep, {8, 8}, 4095, zmxCmpGreater);
+    return zmxStsNoErr;
+}

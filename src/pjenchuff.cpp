@@ -1,0 +1,137 @@
+// pjenchuff.cpp - encoding of sequential JPEG blocks (ITU-T T.81, F.1.2), with a bit state and directly, and the counting
+// of their symbols.
+//
+// One walk over the block feeds four sinks: the exact writer, a fast writer for when there is plenty of room, the writer
+// of the Direct function, and the counts.
+#include "pjargs.h"
+#include "pjbitwrite.h"
+#include "pjencwalk.h"
+#include "pjfastwrite.h"
+#include "pjwrap.h"
+
+namespace {
+
+constexpr int kZeroRun = 240, kEndOfBlock = 0; // symbols
+
+// Feeds the symbols of a block: sink.dc and sink.ac take a symbol with the value behind it and its category, sink.bare one
+// with none. The first status that is not zero ends the walk.
+template <class Sink> ZmxStatus walkBlock(const Zmx16s* pSrc, int diff, Sink& sink) {
+    if (ZmxStatus failed = sink.dc(category(diff), diff)) return failed;
+    const std::uint64_t set = zigzagSet(pSrc, [](Zmx16s c) { return c != 0; }) & positions(1, 63);
+    int next = 1; // behind the last coefficient coded
+    const ZmxStatus status = forEachPosition(set, [&](int k) -> ZmxStatus {
+        int run = k - next;
+        for (; run > 15; run -= 16)
+            if (ZmxStatus failed = sink.bare(kZeroRun)) return failed;
+        const int c = pSrc[own_pj_izigzag_index[std::size_t(k)]], n = category(c);
+        next = k + 1;
+        return sink.ac(run * 16 + n, n, c);
+    });
+    return status || next > 63 ? status : sink.bare(kEndOfBlock);
+}
+
+int differenceDC(const Zmx16s* pSrc, Zmx16s* pLastDC) {
+    const int diff = pSrc[0] - *pLastDC;
+    *pLastDC = pSrc[0];
+    return diff;
+}
+
+struct ExactSink {
+    const ZmxiEncodeHuffmanSpec &dcTable, &acTable;
+    BitWriter& out;
+
+    ZmxStatus dc(int n, int v) { return writeCoded(dcTable, n, n, v, out); }
+    ZmxStatus ac(int symbol, int n, int v) { return writeCoded(acTable, symbol, n, v, out); }
+    ZmxStatus bare(int symbol) { return writeSymbol(acTable, symbol, out); }
+};
+
+// A sink with room for whatever a block can be. Strict: a symbol without a code is an error, with nothing of it written;
+// otherwise it is passed over, and the value behind it is written all the same.
+template <bool Strict> struct FastSink {
+    const ZmxiEncodeHuffmanSpec &dcTable, &acTable;
+    FastWriter out;
+
+    ZmxStatus coded(Zmx32u code, int n, int v) {
+        const int length = int(code >> 16);
+        if (Strict && length == 0) return zmxStsHuffTableErr;
+        out.put(std::uint64_t(code & 0xFFFF) << n | (valueBits(v) & ((1u << n) - 1)), length + n);
+        return zmxStsNoErr;
+    }
+    ZmxStatus dc(int n, int v) { return coded(dcTable.codes[n], n, v); }
+    ZmxStatus ac(int symbol, int n, int v) { return coded(codeOf(acTable, symbol), n, v); }
+    ZmxStatus bare(int symbol) { return coded(acTable.codes[symbol], 0, 0); }
+};
+
+// 64 coefficients of up to 32 bits with their code, an end of block, seven bits pending, and every byte stuffed.
+constexpr int kWorstBlock = 2 * (64 * 32 + 16 + 7) / 8 + 2;
+
+} // namespace
+
+ZmxStatus zmxiEncodeHuffman8x8_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos,
+                                             Zmx16s* pLastDC, const ZmxiEncodeHuffmanSpec* pDcTable,
+                                             const ZmxiEncodeHuffmanSpec* pAcTable,
+                                             ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState) {
+    // What a flush needs comes first: it has no block. Required here.
+    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pEncHuffState)) return bad;
+    if (bFlushState) return flushWriter(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
+    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pLastDC).ptr(pDcTable).ptr(pAcTable)) return bad;
+
+    const int diff = differenceDC(pSrc, pLastDC);
+    BitWriter out(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
+    if (out.len - out.pos >= kWorstBlock && out.regular()) {
+        FastSink<true> sink{*pDcTable, *pAcTable, FastWriter(out.dst + out.pos, out.buf >> (24 - out.count), out.count)};
+        const ZmxStatus status = walkBlock(pSrc, diff, sink);
+        sink.out.drain();
+        out.moveTo(int(sink.out.position() - out.dst), Zmx32u(sink.out.pendingBits() << (24 - sink.out.pending())), sink.out.pending());
+        return status;
+    }
+    ExactSink sink{*pDcTable, *pAcTable, out};
+    return walkBlock(pSrc, diff, sink);
+}
+
+ZmxStatus zmxiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int* pDstBitsLen, Zmx16s* pLastDC,
+                                                    const ZmxiEncodeHuffmanSpec* pDcTable,
+                                                    const ZmxiEncodeHuffmanSpec* pAcTable) {
+    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDst).ptr(pDstBitsLen).ptr(pLastDC).ptr(pDcTable).ptr(pAcTable)) return bad;
+    const int from = *pDstBitsLen, used = from & 7;
+    Zmx8u* const first = pDst + (from >> 3);
+    FastSink<false> sink{*pDcTable, *pAcTable, FastWriter(first, used ? *first >> (8 - used) : 0, used)};
+    walkBlock(pSrc, differenceDC(pSrc, pLastDC), sink);
+    sink.out.drain();
+    const int to = wrapAdd(wrapMul(int(sink.out.position() - pDst), 8), sink.out.pending());
+    // The byte under the position: what is pending, and zeros. Where nothing was written it is left alone.
+    if (to != from) *sink.out.position() = Zmx8u(sink.out.pendingBits() << (8 - sink.out.pending()));
+    *pDstBitsLen = to;
+    return zmxStsNoErr;
+}
+
+namespace {
+
+// Counts in place of writing. The limits of the categories have no counterpart in the encoders.
+struct CountSink {
+    Zmx32u *dcCounts, *acCounts;
+
+    ZmxStatus dc(int n, int) {
+        if (n > 15) return zmxStsDCTRangeErr;
+        ++dcCounts[n];
+        return zmxStsNoErr;
+    }
+    ZmxStatus ac(int symbol, int n, int) {
+        if (n > 14) return zmxStsDCTRangeErr;
+        ++acCounts[symbol];
+        return zmxStsNoErr;
+    }
+    ZmxStatus bare(int symbol) {
+        ++acCounts[symbol];
+        return zmxStsNoErr;
+    }
+};
+
+} // namespace
+
+ZmxStatus zmxiGetHuffmanStatistics8x8_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pDcStatistics, Zmx32u* pAcStatistics,
+                                                  Zmx16s* pLastDC) {
+    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDcStatistics).ptr(pAcStatistics).ptr(pLastDC)) return bad;
+    CountSink sink{pDcStatistics, pAcStatistics};
+    return walkBlock(pSrc, differenceDC(pSrc, pLastDC), sink);
+}

@@ -1,0 +1,253 @@
+// pjenchuffp.cpp - encoding of one block's share of a progressive scan (ITU-T T.81, G.1.2), and the counting of its
+// symbols.
+//
+// Encoder and statistics are one walk with two sinks, so that the counts are those of the symbols that will be written.
+// An end-of-band run is held back in the state until something has to stand behind it; correction bits of refinement
+// scans are held back with it, since they follow the code of the run.
+#include "pjargs.h"
+#include "pjband.h"
+#include "pjbitwrite.h"
+#include "pjencwalk.h"
+
+namespace {
+
+constexpr int kZeroRun = 240;
+constexpr int kMaxRun = 32767; // of blocks, the most that a symbol holds
+// One further block may add 63 bits to those held, of which there is room for 1024. With a margin, as it has to be.
+constexpr int kMaxHeldBits = 937;
+
+// The two sinks. The category limit of the statistics is one less than the encoder's: required here.
+struct Write {
+    const ZmxiEncodeHuffmanSpec& table;
+    BitWriter& out;
+    static constexpr int maxCategory = 11;
+
+    ZmxStatus symbol(int s) { return writeSymbol(table, s, out); }
+    ZmxStatus bits(Zmx32u v, int n) { return ownpj_write_bits_jpeg(v, n, out); }
+};
+struct Count {
+    Zmx32u* counts;
+    static constexpr int maxCategory = 10;
+
+    ZmxStatus symbol(int s) {
+        ++counts[s];
+        return zmxStsNoErr;
+    }
+    ZmxStatus bits(Zmx32u, int) { return zmxStsNoErr; }
+};
+
+// Writes the end-of-band run, if there is one. It is cleared only when it has been written whole.
+template <class Sink> ZmxStatus putRun(Sink& sink, Zmx32s& eobRun) {
+    if (eobRun == 0) return zmxStsNoErr;
+    if (eobRun == 1) {
+        if (ZmxStatus failed = sink.symbol(0)) return failed;
+        eobRun = 0;
+        return zmxStsNoErr;
+    }
+    if (eobRun > kMaxRun) { // only a state that came from elsewhere: a run is written when it gets there
+        if (ZmxStatus failed = sink.symbol(14 * 16)) return failed;
+        if (ZmxStatus failed = sink.bits(Zmx32u(eobRun), 14)) return failed;
+        eobRun -= kMaxRun;
+    }
+    const int n = eobSize(Zmx32u(eobRun));
+    if (n > 14) return zmxStsDCTRangeErr;
+    if (ZmxStatus failed = sink.symbol(n * 16)) return failed;
+    if (ZmxStatus failed = sink.bits(Zmx32u(eobRun), n)) return failed;
+    eobRun = 0;
+    return zmxStsNoErr;
+}
+
+// Writes count correction bits. The count goes down on the way: a failure leaves the number of those not yet written,
+// while the bits stay where they are.
+template <class Sink> ZmxStatus putBits(Sink& sink, const Zmx8u* bits, Zmx32s& count) {
+    for (; count > 0; --count)
+        if (ZmxStatus failed = sink.bits(*bits++, 1)) return failed;
+    return zmxStsNoErr;
+}
+
+// Writes the run and the correction bits behind it.
+template <class Sink> ZmxStatus putHeld(Sink& sink, ZmxiEncodeHuffmanState& state) {
+    if (ZmxStatus failed = putRun(sink, state.eobRun)) return failed;
+    return putBits(sink, state.correctionBits, state.correctionCount);
+}
+
+// What is left of a coefficient: its magnitude is shifted, not its two's complement form, so that it goes towards zero.
+// In 16 bits, eight at a time.
+Zmx16u shifted(Zmx16s c, int Al) { return Zmx16u(Zmx16u(c < 0 ? -c : c) >> Al); }
+
+template <class Sink>
+ZmxStatus firstBand(const Zmx16s* pSrc, int Ss, int Se, int Al, ZmxiEncodeHuffmanState& state, Sink& sink) {
+    const std::uint64_t set =
+        zigzagSet(pSrc, [Al](Zmx16s c) { return shifted(c, Al) != 0; }) & positions(Ss, Se);
+    int next = Ss; // behind the last coefficient coded
+    const ZmxStatus status = forEachPosition(set, [&](int k) -> ZmxStatus {
+        if (ZmxStatus failed = putRun(sink, state.eobRun)) return failed;
+        int r = k - next;
+        for (; r > 15; r -= 16)
+            if (ZmxStatus failed = sink.symbol(kZeroRun)) return failed;
+        const Zmx16s c = pSrc[own_pj_izigzag_index[std::size_t(k)]];
+        const int a = shifted(c, Al), n = category(a);
+        if (n > Sink::maxCategory) return zmxStsDCTRangeErr;
+        if (ZmxStatus failed = sink.symbol(r * 16 + n)) return failed;
+        next = k + 1;
+        return sink.bits(Zmx32u(c < 0 ? ~a : a), n);
+    });
+    if (status || next > Se) return status;
+    return ++state.eobRun >= kMaxRun ? putRun(sink, state.eobRun) : zmxStsNoErr;
+}
+
+template <class Sink>
+ZmxStatus refineBand(const Zmx16s* pSrc, int Ss, int Se, int Al, ZmxiEncodeHuffmanState& state, Sink& sink) {
+    const std::uint64_t band = positions(Ss, Se);
+    const std::uint64_t known = zigzagSet(pSrc, [Al](Zmx16s c) { return shifted(c, Al) > 1; }) & band;
+    const std::uint64_t fresh = zigzagSet(pSrc, [Al](Zmx16s c) { return shifted(c, Al) == 1; }) & band;
+    const int lastFresh = fresh ? 63 - std::countl_zero(fresh) : 0;
+
+    Zmx8u* bits = state.correctionBits + state.correctionCount; // of this block, behind those of earlier ones
+    Zmx32s count = 0;
+    int next = Ss, r = 0;
+    // A symbol, with all that has to stand in front of it and behind it.
+    const auto put = [&](int symbol, int sign) -> ZmxStatus {
+        if (ZmxStatus failed = putHeld(sink, state)) return failed;
+        if (ZmxStatus failed = sink.symbol(symbol)) return failed;
+        if (symbol != kZeroRun)
+            if (ZmxStatus failed = sink.bits(Zmx32u(sign), 1)) return failed;
+        if (ZmxStatus failed = putBits(sink, bits, count)) return failed;
+        bits = state.correctionBits;
+        return zmxStsNoErr;
+    };
+    const ZmxStatus status = forEachPosition(known | fresh, [&](int k) -> ZmxStatus {
+        r += k - next;
+        next = k + 1;
+        // Behind the last fresh coefficient zeros are left to the end-of-band run, however many there are.
+        for (; r > 15 && k <= lastFresh; r -= 16)
+            if (ZmxStatus failed = put(kZeroRun, 0)) return failed;
+        const Zmx16s c = pSrc[own_pj_izigzag_index[std::size_t(k)]];
+        if (known >> k & 1) { // its bit waits
+            bits[count++] = Zmx8u(shifted(c, Al) & 1);
+            return zmxStsNoErr;
+        }
+        if (ZmxStatus failed = put(r * 16 + 1, c >= 0)) return failed;
+        r = 0;
+        return zmxStsNoErr;
+    });
+    if (status) return status;
+    if (r == 0 && next > Se && count == 0) return zmxStsNoErr;
+    ++state.eobRun;
+    state.correctionCount += count;
+    return state.eobRun >= kMaxRun || state.correctionCount > kMaxHeldBits ? putHeld(sink, state) : zmxStsNoErr;
+}
+
+int differenceDC(const Zmx16s* pSrc, Zmx16s* pLastDC, int Al) {
+    const int t = pSrc[0] >> Al; // arithmetic, unlike AC
+    const int diff = t - *pLastDC;
+    *pLastDC = Zmx16s(t);
+    return diff;
+}
+
+constexpr int kMaxCategoryDC = 11;
+
+} // namespace
+
+// In all four encoders what a flush needs is tested first: it has no block. Required here.
+
+ZmxStatus zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos,
+                                                     Zmx16s* pLastDC, int Al, const ZmxiEncodeHuffmanSpec* pDcTable,
+                                                     ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState) {
+    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pEncHuffState)) return bad;
+    if (bFlushState) return flushWriter(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
+    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pLastDC).arg(badShift(Al)).ptr(pDcTable)) return bad;
+
+    const int diff = differenceDC(pSrc, pLastDC, Al), n = category(diff);
+    if (n > kMaxCategoryDC) return zmxStsDCTRangeErr;
+    BitWriter out(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
+    return writeCoded(*pDcTable, n, n, diff, out);
+}
+
+ZmxStatus zmxiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos,
+                                                      int Al, ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState) {
+    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pEncHuffState)) return bad;
+    if (bFlushState) return flushWriter(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
+    if (ZmxStatus bad = Args().ptr(pSrc).arg(badShift(Al))) return bad;
+
+    BitWriter out(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
+    return ownpj_write_bits_jpeg(Zmx32u(pSrc[0] >> Al), 1, out);
+}
+
+ZmxStatus zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos,
+                                                     int Ss, int Se, int Al, const ZmxiEncodeHuffmanSpec* pAcTable,
+                                                     ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState) {
+    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pAcTable).ptr(pEncHuffState)) return bad;
+    if (bFlushState) {
+        {
+            BitWriter out(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
+            Write sink{*pAcTable, out};
+            putHeld(sink, *pEncHuffState); // its status is not reported, nor is a run that has no symbol
+        }
+        return flushWriter(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
+    }
+    if (ZmxStatus bad = Args().ptr(pSrc).arg(badBand(Ss, Se, Al))) return bad;
+    BitWriter out(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
+    Write sink{*pAcTable, out};
+    return firstBand(pSrc, Ss, Se, Al, *pEncHuffState, sink);
+}
+
+ZmxStatus zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos,
+                                                      int Ss, int Se, int Al, const ZmxiEncodeHuffmanSpec* pAcTable,
+                                                      ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState) {
+    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pAcTable).ptr(pEncHuffState)) return bad;
+    if (bFlushState) {
+        ZmxStatus run;
+        {
+            BitWriter out(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
+            Write sink{*pAcTable, out};
+            run = putRun(sink, pEncHuffState->eobRun); // reported, unlike in the first scan
+            if (run == zmxStsNoErr) putBits(sink, pEncHuffState->correctionBits, pEncHuffState->correctionCount);
+        }
+        const ZmxStatus flushed = flushWriter(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
+        return flushed ? flushed : run;
+    }
+    if (ZmxStatus bad = Args().ptr(pSrc).arg(badBand(Ss, Se, Al))) return bad;
+    BitWriter out(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
+    Write sink{*pAcTable, out};
+    return refineBand(pSrc, Ss, Se, Al, *pEncHuffState, sink);
+}
+
+ZmxStatus zmxiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pDcStatistics, Zmx16s* pLastDC,
+                                                          int Al) {
+    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDcStatistics).ptr(pLastDC).arg(badShift(Al))) return bad;
+    const int n = category(differenceDC(pSrc, pLastDC, Al));
+    if (n > kMaxCategoryDC) return zmxStsDCTRangeErr;
+    ++pDcStatistics[n];
+    return zmxStsNoErr;
+}
+
+namespace {
+
+using Band = ZmxStatus (*)(const Zmx16s*, int, int, int, ZmxiEncodeHuffmanState&, Count&);
+
+ZmxStatus countBand(const Zmx16s* pSrc, Zmx32u* pAcStatistics, int Ss, int Se, int Al,
+                    ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState, Band band) {
+    if (ZmxStatus bad = Args().ptr(pAcStatistics).ptr(pEncHuffState)) return bad;
+    Count sink{pAcStatistics};
+    if (bFlushState) {
+        const ZmxStatus status = putRun(sink, pEncHuffState->eobRun);
+        ownpj_EncodeHuffmanStateInit(pEncHuffState);
+        return status;
+    }
+    if (ZmxStatus bad = Args().ptr(pSrc).arg(badBand(Ss, Se, Al))) return bad;
+    return band(pSrc, Ss, Se, Al, *pEncHuffState, sink);
+}
+
+} // namespace
+
+ZmxStatus zmxiGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pAcStatistics, int Ss, int Se,
+                                                          int Al, ZmxiEncodeHuffmanState* pEncHuffState,
+                                                          int bFlushState) {
+    return countBand(pSrc, pAcStatistics, Ss, Se, Al, pEncHuffState, bFlushState, firstBand<Count>);
+}
+ZmxStatus zmxiGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pAcStatistics, int Ss, int Se,
+                                                           int Al, ZmxiEncodeHuffmanState* pEncHuffState,
+                                                           int bFlushState) {
+    return countBand(pSrc, pAcStatistics, Ss, Se, Al, pEncHuffState, bFlushState, refineBand<Count>);
+}

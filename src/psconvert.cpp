@@ -1,0 +1,63 @@
+// psconvert.cpp - vectors between integers and single precision.
+#include "psconvert.h"
+
+#include "pjargs.h"
+#include "pjround.h"
+
+#include <cmath>
+#include <limits>
+
+template <class T> static ZmxStatus widen(const T* src, Zmx32f* dst, int len) {
+    if (ZmxStatus bad = Args().ptr(src).ptr(dst).size(len)) return bad;
+    for (int i = 0; i < len; ++i) dst[i] = Zmx32f(src[i]);
+    return zmxStsNoErr;
+}
+
+ZmxStatus zmxsConvert_16s32f(const Zmx16s* pSrc, Zmx32f* pDst, int len) { return widen(pSrc, pDst, len); }
+ZmxStatus zmxsConvert_16u32f(const Zmx16u* pSrc, Zmx32f* pDst, int len) { return widen(pSrc, pDst, len); }
+
+// Two to the power of minus scaleFactor, by repeated products in extended precision: a large power leaves its range.
+static Extended scaleOf(int scaleFactor) {
+    Extended scale = 1;
+    const Extended step = scaleFactor > 0 ? 0.5 : 2.0;
+    // Once the product is zero or infinite further steps change nothing.
+    for (int i = scaleFactor; i != 0 && scale != 0 && !std::isinf(scale); i += scaleFactor > 0 ? -1 : 1) scale *= step;
+    return scale;
+}
+
+// F is wide enough for the value plus a half to be exact wherever the half decides: see convert().
+template <class T, class F> static T roundedTo(F x, ZmxRoundMode mode) {
+    constexpr int lo = std::numeric_limits<T>::min(), hi = std::numeric_limits<T>::max();
+    if (std::isnan(x)) return 0;
+    if (x > hi) return T(hi);
+    if (x < lo) return T(lo);
+    if (mode == zmxRndZero) return T(int(x));
+    // Signs are as likely one as the other: no branch on them.
+    const int sign = 1 - 2 * (x < 0);
+    const F sum = x + F(0.5) * F(sign);
+    const int t = int(sum);
+    // A half exactly went away from zero: an odd result goes back to its even neighbour.
+    const int tie = (mode == zmxRndNear) & (t % 2 != 0) & (F(t) == sum);
+    return T(t - sign * tie);
+}
+
+template <class T>
+static ZmxStatus convert(const Zmx32f* src, T* dst, int len, ZmxRoundMode mode, int scaleFactor) {
+    if (ZmxStatus bad = Args().ptr(src).ptr(dst).size(len)) return bad;
+    if (scaleFactor == 0) {
+        // Double precision holds every single-precision value of the range plus a half exactly enough: the sum is
+        // wrong only for values below 2^-29, which round to zero either way.
+        for (int i = 0; i < len; ++i) dst[i] = roundedTo<T>(double(src[i]), mode);
+    } else {
+        const Extended scale = scaleOf(scaleFactor);
+        for (int i = 0; i < len; ++i) dst[i] = roundedTo<T>(src[i] * scale, mode);
+    }
+    return zmxStsNoErr;
+}
+
+ZmxStatus zmxsConvert_32f16s_Sfs(const Zmx32f* pSrc, Zmx16s* pDst, int len, ZmxRoundMode rndMode, int scaleFactor) {
+    return convert(pSrc, pDst, len, rndMode, scaleFactor);
+}
+ZmxStatus zmxsConvert_32f16u_Sfs(const Zmx32f* pSrc, Zmx16u* pDst, int len, ZmxRoundMode rndMode, int scaleFactor) {
+    return convert(pSrc, pDst, len, rndMode, scaleFactor);
+}

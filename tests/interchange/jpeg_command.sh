@@ -1,0 +1,82 @@
+#!/usr/bin/env bash
+# The zmx jpeg commands: exit codes and messages, truncated files, reduced sizes, and CMYK through PAM files.
+#
+#   jpeg_command.sh BIN-DIR
+set -u
+zmx=$(realpath "$1")/zmx
+dir=$(mktemp -d)
+trap 'rm -rf "$dir"' EXIT
+cd "$dir" || exit 1
+checks=0 failures=0
+bad() { echo "FAILED: $*"; failures=$((failures + 1)); }
+succeeds() { checks=$((checks + 1)); "$@" >out 2>err || bad "$*: exit $?, $(cat err)"; }
+fails() { # fails WORDS COMMAND...: with one line on stderr that holds the words
+    local words=$1
+    shift
+    checks=$((checks + 1))
+    "$@" >out 2>err && bad "$* succeeds"
+    grep -q -- "$words" err || bad "$*: says '$(cat err)', not '$words'"
+    [ "$(wc -l <err)" -eq 1 ] || bad "$*: more than one line: $(cat err)"
+}
+
+samples() { # samples EXPRESSION...: of each pixel (x, y), 48 x 40 of them, as bytes
+    # shellcheck disable=SC2059
+    printf "$(awk "BEGIN { for (y = 0; y < 40; ++y) for (x = 0; x < 48; ++x) { $(printf 'printf "\\%%03o", %s;' "$@") } }")"
+}
+{ printf 'P6 48 40 255\n'; samples x*5 y*6 '(x+y)*2'; } >in.ppm
+
+succeeds "$zmx" jpeg encode in.ppm a.jpg --quality 85
+succeeds "$zmx" jpeg decode a.jpg a.ppm
+succeeds "$zmx" jpeg info a.jpg
+grep -q "size: 48 by 40" out || bad "info: $(cat out)"
+for scale in 1/2 1/4 1/8; do
+    succeeds "$zmx" jpeg decode a.jpg s.pgm.ppm --scale $scale
+    head -n 2 s.pgm.ppm | grep -q "^$((48 / ${scale#1/})) $((40 / ${scale#1/}))" || bad "scale $scale: $(head -c 12 s.pgm.ppm)"
+done
+
+# A truncated file: the rows so far and a warning; an error only when asked for.
+size=$(wc -c <a.jpg)
+head -c $((size - 120)) a.jpg >cut.jpg
+succeeds "$zmx" jpeg decode cut.jpg cut.ppm
+grep -q "cut.jpg: warning: byte [0-9]*: .*rows from" err || bad "no warning: $(cat err)"
+succeeds "$zmx" image compare a.ppm cut.ppm
+"$zmx" jpeg decode cut.jpg cut.ppm --strict 2>err && bad "--strict succeeds"
+head -c 100 a.jpg >short.jpg
+fails "short.jpg: byte " "$zmx" jpeg decode short.jpg b.ppm
+: >empty.jpg
+fails "empty.jpg: byte 0: not a JPEG file" "$zmx" jpeg decode empty.jpg b.ppm
+fails "nowhere.jpg: No such file" "$zmx" jpeg decode nowhere.jpg b.ppm
+fails "more than the limit" "$zmx" jpeg decode a.jpg b.ppm --max-pixels 1000
+fails "ends in .png" "$zmx" jpeg decode a.jpg b.gif
+fails "neither a PNG nor a PNM" "$zmx" jpeg encode a.jpg b.jpg
+"$zmx" jpeg encode in.ppm b.jpg --quality 101 2>err && bad "quality 101 is taken"
+"$zmx" jpeg encode in.ppm b.jpg --sampling 411 2>err && bad "sampling 411 is taken"
+for command in encode decode info; do
+    succeeds "$zmx" jpeg $command --help
+    grep -q "zmx jpeg $command" out || bad "no example in the help of $command"
+done
+
+# CMYK: ink amounts in a PAM file; the file stores them inverted, with an Adobe marker.
+{ printf 'P7\nWIDTH 48\nHEIGHT 40\nDEPTH 4\nMAXVAL 255\nTUPLTYPE CMYK\nENDHDR\n'; samples x*5 y*6 x+y x; } >in.pam
+for options in "" --ycck "--ycck --sampling 444 --restart 3"; do
+    # shellcheck disable=SC2086
+    succeeds "$zmx" jpeg encode in.pam c.jpg --quality 95 $options
+    succeeds "$zmx" jpeg decode c.jpg c.pam --strict
+    grep -aq "TUPLTYPE CMYK" c.pam || bad "not CMYK"
+    succeeds "$zmx" image compare in.pam c.pam
+    awk '$1 == "psnr" { exit !($2 > 36) }' out || bad "CMYK $options: $(cat out)"
+    if python3 -c 'import PIL' 2>/dev/null; then
+        python3 - <<'P' || bad "Pillow refuses CMYK $options"
+from PIL import Image
+im = Image.open("c.jpg")
+assert im.mode == "CMYK", im.mode
+open("p.pam", "wb").write(b"P7\nWIDTH %d\nHEIGHT %d\nDEPTH 4\nMAXVAL 255\nTUPLTYPE CMYK\nENDHDR\n" % im.size + im.tobytes())
+P
+        succeeds "$zmx" image compare c.pam p.pam --within 4
+        awk '$1 == "within" { exit !($2 >= 0.98) } ' out || bad "CMYK $options against Pillow: $(cat out)"
+    fi
+done
+fails "written to a .pam" "$zmx" jpeg decode c.jpg c.png
+
+echo "$checks checks, $failures failures"
+[ $failures -eq 0 ] && [ $checks -gt 25 ]
