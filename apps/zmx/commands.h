@@ -10,3 +10,4 @@ class App;
 
 void addImageCommands(CLI::App& app);
 void addJpegCommands(CLI::App& app);
+void addJpeg2000Commands(CLI::App& app);

@@ -13,6 +13,7 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", std::string(zmxjGetLibVersion()->Name) + " " + zmxjGetLibVersion()->Version);
     addImageCommands(app);
     addJpegCommands(app);
+    addJpeg2000Commands(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {
