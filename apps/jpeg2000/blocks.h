@@ -46,6 +46,9 @@ struct CodedBlock {
     std::vector<Pass> passes;
     double energy = 0; // squared error without any pass, in the same units
     int bitPlanes = 0; // coded ones
+    int zeroPlanes = 0; // above them, up to the planes of the band
+    double weight = 1;  // of its errors in the picture: squared error there over squared step
+    std::vector<std::uint16_t> layerPasses; // passes up to the end of each layer
 };
 
 // Encodes blocks one by one; one for each thread.

@@ -212,13 +212,30 @@ void writeCod(ByteWriter& out, const TileStyle& tile, const CodingStyle& style) 
     for (int r = 0; own && r <= style.levels; ++r) out.u8(style.precincts[std::size_t(r)]);
 }
 
-void writeQcd(ByteWriter& out, const Quantization& q) {
-    const int width = q.kind == Quantization::none ? 1 : 2;
-    out.u16(QCD);
-    out.u16(unsigned(3 + std::size_t(width) * q.steps.size()));
+namespace {
+
+int stepBytes(const Quantization& q) { return q.kind == Quantization::none ? 1 : 2; }
+
+void writeSteps(ByteWriter& out, const Quantization& q) {
     out.u8(unsigned(q.kind) | unsigned(q.guardBits) << 5);
     for (const StepSize& s : q.steps)
-        out.number(unsigned(width == 1 ? s.exponent << 3 : s.exponent << 11 | s.mantissa), width);
+        out.number(unsigned(q.kind == Quantization::none ? s.exponent << 3 : s.exponent << 11 | s.mantissa), stepBytes(q));
+}
+
+} // namespace
+
+void writeQcd(ByteWriter& out, const Quantization& q) {
+    out.u16(QCD);
+    out.u16(unsigned(3 + std::size_t(stepBytes(q)) * q.steps.size()));
+    writeSteps(out, q);
+}
+
+void writeQcc(ByteWriter& out, const Quantization& q, std::size_t component, std::size_t components) {
+    const int width = componentBytes(components);
+    out.u16(QCC);
+    out.u16(unsigned(3 + std::size_t(width) + std::size_t(stepBytes(q)) * q.steps.size()));
+    out.number(std::uint32_t(component), width);
+    writeSteps(out, q);
 }
 
 } // namespace jpeg2000

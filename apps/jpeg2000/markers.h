@@ -25,5 +25,6 @@ public:
 void writeSiz(ByteWriter& out, const ImageSize& size);
 void writeCod(ByteWriter& out, const TileStyle& tile, const CodingStyle& style);
 void writeQcd(ByteWriter& out, const Quantization& quant);
+void writeQcc(ByteWriter& out, const Quantization& quant, std::size_t component, std::size_t components);
 
 } // namespace jpeg2000

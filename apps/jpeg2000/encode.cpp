@@ -1,0 +1,281 @@
+// encode.cpp - a picture to a codestream: components, wavelet, code blocks, layers, then headers and packets.
+#include "jpeg2000/boxes.h"
+#include "jpeg2000/components.h"
+#include "jpeg2000/markers.h"
+#include "jpeg2000/parallel.h"
+#include "jpeg2000/rate.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <memory>
+
+namespace jpeg2000 {
+
+namespace {
+
+void need(bool good, const char* what) {
+    if (!good) throw Error(what);
+}
+
+int logOf(int v, int least, int most, const char* what) {
+    need(v >= 1 << least && v <= 1 << most && std::has_single_bit(unsigned(v)), what);
+    return std::bit_width(unsigned(v)) - 1;
+}
+
+ImageSize sizeOf(const Picture& p, const EncodeOptions& o) {
+    ImageSize s;
+    s.x0 = p.x0;
+    s.y0 = p.y0;
+    s.x1 = p.x1;
+    s.y1 = p.y1;
+    s.tileX = o.tileX;
+    s.tileY = o.tileY;
+    s.tileWidth = o.tileWidth > 0 ? o.tileWidth : p.x1 - o.tileX;
+    s.tileHeight = o.tileHeight > 0 ? o.tileHeight : p.y1 - o.tileY;
+    for (const Component& c : p.components) s.components.push_back({c.depth, c.isSigned, c.dx, c.dy});
+    // What the decoder refuses, the encoder does not write.
+    std::vector<std::uint8_t> bytes;
+    ByteWriter out(bytes);
+    need(!p.components.empty() && p.components.size() <= std::size_t(maxComponents), "no components, or more than 16384");
+    writeSiz(out, s);
+    readSiz({bytes.data() + 4, bytes.size() - 4}, ~std::size_t(0));
+    for (const Component& c : p.components) {
+        const Rect r = componentRect({p.x0, p.y0, p.x1, p.y1}, {c.depth, c.isSigned, c.dx, c.dy});
+        need(!r.empty() && c.width == r.width() && c.height == r.height() && c.samples.size() == r.area(),
+             "a component that does not fit the image area");
+        const auto [least, most] = std::minmax_element(c.samples.begin(), c.samples.end());
+        need(*least >= c.smallest() && *most <= c.largest(), "samples that do not fit their depth");
+    }
+    return s;
+}
+
+bool canTransform(const Picture& p) {
+    const auto same = [](const Component& a, const Component& b) {
+        return a.dx == b.dx && a.dy == b.dy && a.depth == b.depth && a.isSigned == b.isSigned;
+    };
+    return p.components.size() >= 3 && same(p.components[0], p.components[1]) && same(p.components[0], p.components[2]);
+}
+
+CodingStyle styleOf(const EncodeOptions& o) {
+    CodingStyle s;
+    need(o.levels >= 0 && o.levels <= maxLevels, "wavelet levels are 0 to 32");
+    need(o.style < 64, "an unknown code-block style");
+    s.levels = o.levels;
+    s.blockWidthLog = logOf(o.blockWidth, 2, 10, "the sides of a code block are powers of 2 from 4 to 1024");
+    s.blockHeightLog = logOf(o.blockHeight, 2, 10, "the sides of a code block are powers of 2 from 4 to 1024");
+    need(s.blockWidthLog + s.blockHeightLog <= 12, "a code block has at most 4096 samples");
+    s.style = o.style;
+    s.reversible = o.reversible;
+    for (std::size_t i = 0; !o.precincts.empty() && i <= std::size_t(o.levels); ++i) {
+        const auto [w, h] = o.precincts[std::min(i, o.precincts.size() - 1)];
+        constexpr const char* what = "the sides of a precinct are powers of 2 from 2 to 32768";
+        s.precincts[std::size_t(o.levels) - i] = std::uint8_t(logOf(w, 1, 15, what) | logOf(h, 1, 15, what) << 4);
+    }
+    return s;
+}
+
+double normOf(bool reversible, int levels, int resolution, Orientation o) {
+    return waveletNorm(reversible, resolution == 0 ? levels : levels - resolution + 1, o);
+}
+
+// Step sizes that give each band's errors the same weight in the picture.
+Quantization quantizationOf(const EncodeOptions& o, int depth) {
+    Quantization q;
+    q.kind = o.reversible ? Quantization::none : Quantization::expounded;
+    for (int r = 0; r <= o.levels; ++r)
+        for (const Orientation band : r == 0 ? std::vector{LL} : std::vector{HL, LH, HH}) {
+            const int range = depth + (band == LL ? 0 : band == HH ? 2 : 1); // R of E-4
+            if (o.reversible) {
+                q.steps.push_back({range, 0});
+                continue;
+            }
+            const double step = std::ldexp(o.baseStep, depth - 8) / normOf(false, o.levels, r, band);
+            const int power = int(std::floor(std::log2(step)));
+            const int mantissa = std::min(int((std::ldexp(step, -power) - 1) * 2048 + 0.5), 2047);
+            q.steps.push_back({std::clamp(range - power, 0, 31), mantissa});
+        }
+    return q;
+}
+
+// Norm of what one unit of a transformed component does to the three colours.
+double colourNorm(bool reversible, std::size_t component) {
+    static constexpr double rct[] = {1.7320508, 0.8291562, 0.8291562}, ict[] = {1.7320508, 1.8051, 1.5734};
+    return reversible ? rct[component] : ict[component];
+}
+
+class Encoder {
+    const Picture& picture;
+    const EncodeOptions& options;
+    const int threads;
+    const ImageSize size;
+    HeaderSet headers;
+    std::vector<EncodedTile> tiles;
+    std::vector<std::unique_ptr<BlockEncoder>> blockEncoders;
+
+    std::vector<Plane> planesOf(const Tile& tile) {
+        std::vector<Plane> planes;
+        for (std::size_t c = 0; c < tile.components.size(); ++c) {
+            const Rect& r = tile.components[c].rect;
+            planes.push_back(r.empty() ? Plane() : Plane(r.width(), r.height()));
+        }
+        parallelFor(planes.size(), threads, [&](std::size_t c, int) {
+            const Component& from = picture.components[c];
+            const Rect whole = componentRect({size.x0, size.y0, size.x1, size.y1}, size.components[c]);
+            const Rect& r = tile.components[c].rect;
+            if (!r.empty())
+                toPlane(from, int(r.x0 - whole.x0), int(r.y0 - whole.y0), planes[c], planeFraction(options.reversible, from.depth));
+        });
+        if (headers.tile.colourTransform) forwardColour(planes, options.reversible, picture.components[0].depth);
+        const auto transform = [&](std::size_t c, int team) {
+            for (int r = options.levels; r > 0; --r)
+                forwardWavelet(planes[c], tile.components[c].resolutions[std::size_t(r)].rect, options.reversible, team);
+        };
+        if (options.reversible) parallelFor(planes.size(), threads, [&](std::size_t c, int) { transform(c, 1); });
+        else
+            for (std::size_t c = 0; c < planes.size(); ++c) transform(c, threads);
+        return planes;
+    }
+
+    void encodeTile(int index) {
+        EncodedTile out{layOutTile(size, headers, index, ~std::size_t(0) >> 1), {}};
+        std::vector<Plane> planes = planesOf(out.layout);
+        std::vector<std::pair<std::size_t, std::size_t>> jobs; // component, block
+        for (std::size_t c = 0; c < planes.size(); ++c) {
+            out.blocks.emplace_back(out.layout.components[c].blocks.size());
+            for (std::size_t b = 0; b < out.blocks[c].size(); ++b) jobs.push_back({c, b});
+        }
+        parallelFor(jobs.size(), threads, [&](std::size_t i, int thread) {
+            const auto [c, b] = jobs[i];
+            const TileComponent& tc = out.layout.components[c];
+            const Block& block = tc.blocks[b];
+            const Orientation o = tc.resolutions[block.resolution].bands[block.band].orientation;
+            const int depth = picture.components[c].depth;
+            const BandCoding coding = bandCoding(headers.coding[c], headers.quant[c], 0, depth, block.resolution, block.band, o);
+            auto& encoder = blockEncoders[std::size_t(thread)];
+            if (!encoder) encoder = std::make_unique<BlockEncoder>(options.blockWidth, options.blockHeight);
+            CodedBlock& coded = out.blocks[c][b] = encoder->encode(planes[c], block, o, options.style, coding);
+            const double step = options.reversible ? 1 : stepOf(headers.quant[c].step(block.resolution, block.band), depth, o);
+            const double colour = headers.tile.colourTransform && c < 3 ? colourNorm(options.reversible, c) : 1;
+            const double error = step * colour * normOf(options.reversible, options.levels, block.resolution, o);
+            coded.weight = error * error;
+        });
+        tiles.push_back(std::move(out));
+    }
+
+    template <class Use> void forEachBlock(Use use) {
+        for (EncodedTile& t : tiles)
+            for (std::size_t c = 0; c < t.blocks.size(); ++c)
+                for (std::size_t b = 0; b < t.blocks[c].size(); ++b) use(c, t.layout.components[c].blocks[b], t.blocks[c][b]);
+    }
+
+    // As many guard bits as the largest coefficient asks for.
+    void settleBitPlanes() {
+        int guard = 2;
+        forEachBlock([&](std::size_t c, const Block& block, CodedBlock& coded) {
+            guard = std::max(guard, coded.bitPlanes + 1 - headers.quant[c].step(block.resolution, block.band).exponent);
+        });
+        need(guard <= 7, "coefficients that do not fit their guard bits");
+        for (Quantization& q : headers.quant) q.guardBits = guard;
+        forEachBlock([&](std::size_t c, const Block& block, CodedBlock& coded) {
+            coded.zeroPlanes = guard + headers.quant[c].step(block.resolution, block.band).exponent - 1 - coded.bitPlanes;
+        });
+    }
+
+    std::vector<std::uint8_t> mainHeader() const {
+        std::vector<std::uint8_t> bytes;
+        ByteWriter out(bytes);
+        out.u16(SOC);
+        writeSiz(out, size);
+        writeCod(out, headers.tile, headers.coding[0]);
+        writeQcd(out, headers.quant[0]);
+        for (std::size_t c = 1; c < headers.quant.size(); ++c)
+            if (picture.components[c].depth != picture.components[0].depth) writeQcc(out, headers.quant[c], c, headers.quant.size());
+        return bytes;
+    }
+
+    void allocate() {
+        RateTarget target;
+        const double pixels = double(size.x1 - size.x0) * double(size.y1 - size.y0);
+        const double overhead = double(mainHeader().size()) + 14.0 * double(tiles.size()) + 2;
+        for (const double rate : options.rates) target.bytes.push_back(rate * pixels / 8 - overhead);
+        double samples = 0;
+        for (const Component& c : picture.components) samples += double(c.samples.size());
+        const double peak = (1 << picture.components[0].depth) - 1;
+        for (const double psnr : options.psnrs) target.errors.push_back(peak * peak * samples * std::pow(10, -psnr / 10));
+        allocateLayers(tiles, size, headers, target);
+    }
+
+    // One tile as tile-parts of packets.
+    void writeTile(std::vector<std::uint8_t>& bytes, int index) const {
+        ByteWriter out(bytes);
+        const EncodedTile& tile = tiles[std::size_t(index)];
+        PacketWriter writer(tile, headers);
+        std::vector<std::size_t> parts; // where their SOT begin
+        int resolution = -1, packets = 0;
+        const auto endPart = [&] {
+            if (!parts.empty()) out.patch32(parts.back() + 6, std::uint32_t(bytes.size() - parts.back()));
+        };
+        const auto beginPart = [&] {
+            endPart();
+            parts.push_back(bytes.size());
+            out.u16(SOT);
+            out.u16(10);
+            out.u16(unsigned(index));
+            out.u32(0);
+            out.u8(unsigned(parts.size() - 1));
+            out.u8(0);
+            out.u16(SOD);
+        };
+        beginPart();
+        forEachPacket(size, tile.layout, headers, [&](const PacketId& id) {
+            if (options.tilePartsByResolution && resolution >= 0 && id.resolution != resolution && parts.size() < 254) beginPart();
+            resolution = id.resolution;
+            if (headers.tile.sop) {
+                out.u16(SOP);
+                out.u16(4);
+                out.u16(unsigned(packets++ & 0xFFFF));
+            }
+            writer.writeHeader(id, bytes);
+            if (headers.tile.eph) out.u16(EPH);
+            writer.writeBody(id, bytes);
+            return true;
+        });
+        endPart();
+        for (const std::size_t begin : parts) bytes[begin + 11] = std::uint8_t(parts.size());
+    }
+
+public:
+    Encoder(const Picture& p, const EncodeOptions& o)
+        : picture(p), options(o), threads(threadCount(o.threads)), size(sizeOf(p, o)), blockEncoders(std::size_t(threads)) {
+        const std::size_t layers = std::max({o.rates.size(), o.psnrs.size(), std::size_t(1)});
+        need(layers <= std::size_t(maxLayers), "more than 65535 layers");
+        need(o.baseStep >= 1.0 / 64 && o.baseStep <= 64, "a step size that is not 1/64 to 64");
+        headers.tile = {o.sop, o.eph, o.progression, int(layers), o.colourTransform && canTransform(p)};
+        headers.coding.assign(p.components.size(), styleOf(o));
+        for (const Component& c : p.components) headers.quant.push_back(quantizationOf(o, c.depth));
+        headers.roiShift.resize(p.components.size());
+    }
+
+    std::vector<std::uint8_t> run() {
+        for (int t = 0; t < size.tiles(); ++t) encodeTile(t);
+        settleBitPlanes();
+        allocate();
+        std::vector<std::uint8_t> bytes = mainHeader();
+        for (int t = 0; t < size.tiles(); ++t) writeTile(bytes, t);
+        ByteWriter(bytes).u16(EOC);
+        return bytes;
+    }
+};
+
+} // namespace
+
+std::vector<std::uint8_t> encode(const Picture& picture, const EncodeOptions& options) {
+    std::vector<std::uint8_t> stream = Encoder(picture, options).run();
+    if (!options.jp2) return stream;
+    std::vector<std::uint8_t> file = writeBoxes(picture, stream.size());
+    file.insert(file.end(), stream.begin(), stream.end());
+    return file;
+}
+
+} // namespace jpeg2000
