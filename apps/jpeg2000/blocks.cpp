@@ -113,20 +113,21 @@ CodedBlock BlockEncoder::encode(Plane& plane, const Block& block, Orientation o,
     // Lossy magnitudes carry bits below the step, which tell the coder how far off each decision is.
     const int below = coding.reversible ? 0 : fractionPlanes;
     const float scale = coding.reversible ? 1 : float(1 << below) / coding.step;
-    double energy = 0;
+    double residual = 0;
     for (int y = 0; y < block.height; ++y) {
         const std::int32_t* row = plane.at(block.planeX, block.planeY + y);
         std::int32_t* dst = words.data() + std::size_t(y) * std::size_t(block.width);
-        float rowEnergy = 0;
+        std::int32_t error = 0; // in fractions, squared: each below 2^12, a row below 2^22
         for (int x = 0; x < block.width; ++x) {
             const std::int32_t v = row[x];
             const std::int32_t m = coding.reversible ? std::abs(v) : std::int32_t(std::abs(float(v)) * scale);
             dst[x] = std::int32_t(std::uint32_t(m) | (std::uint32_t(v) & signBit));
-            rowEnergy += float(m) * float(m);
+            const std::int32_t open = m & ((1 << below) - 1), off = m >> below != 0 ? open - (1 << below) / 2 : open;
+            error += off * off;
         }
-        energy += rowEnergy;
+        residual += error;
     }
-    out.energy = std::ldexp(energy, -2 * below);
+    out.residual = std::ldexp(residual, -2 * below);
     int bits = 0, passes = 0, segments = 0;
     const Zmx32u flags = libraryStyle(style) | (coding.reversible ? ZMX_CB_LOSSLESS : 0);
     const int termination = style & stylePredictable ? ZMX_MQ_TERM_EASY : ZMX_MQ_TERM_NEAR_OPTIMAL;

@@ -44,7 +44,7 @@ struct CodedBlock {
     };
     std::vector<std::uint8_t> bytes;
     std::vector<Pass> passes;
-    double energy = 0; // squared error without any pass, in the same units
+    double residual = 0; // squared error that all passes leave, in the same units
     int bitPlanes = 0; // coded ones
     int zeroPlanes = 0; // above them, up to the planes of the band
     double weight = 1;  // of its errors in the picture: squared error there over squared step

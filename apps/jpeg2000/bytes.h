@@ -42,13 +42,14 @@ class ByteWriter {
     std::vector<std::uint8_t>& out;
 
 public:
-    explicit ByteWriter(std::vector<std::uint8_t>& bytes) : out(bytes) {}
+    explicit ByteWriter(std::vector<std::uint8_t>& to) : out(to) {}
     void number(std::uint32_t v, int bytes) {
         for (int i = bytes - 1; i >= 0; --i) out.push_back(std::uint8_t(v >> 8 * i));
     }
     void u8(unsigned v) { number(v, 1); }
     void u16(unsigned v) { number(v, 2); }
     void u32(std::uint32_t v) { number(v, 4); }
+    void bytes(const std::vector<std::uint8_t>& b) { out.insert(out.end(), b.begin(), b.end()); }
     std::size_t size() const { return out.size(); }
     // Writes over what has been written before.
     void patch32(std::size_t at, std::uint32_t v) {

@@ -71,10 +71,12 @@ Image toImage(const Picture& picture) {
     return image;
 }
 
+const std::string orders[] = {"LRCP", "RLCP", "RPCL", "PCRL", "CPRL"}; // in the order of their codes
+
 struct EncodeArguments {
-    std::string in, out, order = "LRCP";
+    std::string in, out, order = "LRCP", packed;
     jpeg2000::EncodeOptions options;
-    std::vector<int> block{64, 64}, tile, precincts, origin, tileOrigin, sampling;
+    std::vector<int> block{64, 64}, changes, tile, precincts, origin, tileOrigin, sampling;
     bool lossy = false, noColour = false, asSigned = false, bypass = false, reset = false, terminate = false, causal = false,
          predictable = false, symbols = false;
 };
@@ -129,11 +131,13 @@ void runEncode(EncodeArguments& args) {
     for (double& r : o.rates)
         if (r == 0) r = std::numeric_limits<double>::infinity();
     using namespace jpeg2000;
-    o.progression = args.order == "RLCP"   ? Progression::RLCP
-                    : args.order == "RPCL" ? Progression::RPCL
-                    : args.order == "PCRL" ? Progression::PCRL
-                    : args.order == "CPRL" ? Progression::CPRL
-                                           : Progression::LRCP;
+    o.progression = Progression(std::find(std::begin(orders), std::end(orders), args.order) - orders);
+    o.packedHeaders = args.packed == "main" ? PackedHeaders::main : args.packed == "tile" ? PackedHeaders::tile : PackedHeaders::none;
+    for (std::size_t i = 0; i + 5 < args.changes.size(); i += 6) {
+        const int* p = &args.changes[i];
+        if (p[5] < 0 || p[5] > 4) throw Error("a progression change of an unknown order");
+        o.changes.push_back({p[0], p[1], p[2], p[3], p[4], Progression(p[5])});
+    }
     o.style = (args.bypass ? styleBypass : 0u) | (args.reset ? styleReset : 0u) | (args.terminate ? styleTerminateAll : 0u) |
               (args.causal ? styleCausal : 0u) | (args.predictable ? stylePredictable : 0u) |
               (args.symbols ? styleSegmentation : 0u);
@@ -180,7 +184,12 @@ void addEncode(CLI::App& app) {
         ->delimiter(',')
         ->expected(2)
         ->check(CLI::Range(1, 255));
-    c->add_option("--order", args->order, "progression")->capture_default_str()->check(CLI::IsMember({"LRCP", "RLCP", "RPCL", "PCRL", "CPRL"}));
+    c->add_option("--order", args->order, "progression")->capture_default_str()->check(CLI::IsMember(std::vector<std::string>(std::begin(orders), std::end(orders))));
+    c->add_option("--changes", args->changes,
+                  "of the progression, six numbers each: first resolution, first component, layer, resolution and component "
+                  "to stop at, order 0 to 4 in the sequence above")
+        ->delimiter(',');
+    c->add_option("--packed-headers", args->packed, "keep packet headers apart from packets")->check(CLI::IsMember({"main", "tile"}));
     c->add_flag("--no-colour-transform", args->noColour, "code the components as they are");
     c->add_flag("--signed", args->asSigned, "store samples around 0");
     c->add_flag("--bypass", args->bypass, "code-block style: raw passes from the fifth plane on");

@@ -129,7 +129,8 @@ private:
     void inverse(const Tile& tile, const HeaderSet& headers, std::size_t c, Plane& plane, int team) {
         const CodingStyle& style = headers.coding[c];
         for (int r = 1; r <= style.levels - reduction(style); ++r)
-            inverseWavelet(plane, tile.components[c].resolutions[std::size_t(r)].rect, style.reversible, team);
+            inverseWavelet(plane, tile.components[c].resolutions[std::size_t(r)].rect,
+                           filterOf(style.reversible, stream.size.components[c].depth), team);
     }
 
     // A tile that is reduced less than the picture, for want of levels, keeps every so many samples.

@@ -129,7 +129,8 @@ class Encoder {
         if (headers.tile.colourTransform) forwardColour(planes, options.reversible, picture.components[0].depth);
         const auto transform = [&](std::size_t c, int team) {
             for (int r = options.levels; r > 0; --r)
-                forwardWavelet(planes[c], tile.components[c].resolutions[std::size_t(r)].rect, options.reversible, team);
+                forwardWavelet(planes[c], tile.components[c].resolutions[std::size_t(r)].rect,
+                               filterOf(options.reversible, picture.components[c].depth), team);
         };
         if (options.reversible) parallelFor(planes.size(), threads, [&](std::size_t c, int) { transform(c, 1); });
         else
@@ -191,6 +192,7 @@ class Encoder {
         writeQcd(out, headers.quant[0]);
         for (std::size_t c = 1; c < headers.quant.size(); ++c)
             if (picture.components[c].depth != picture.components[0].depth) writeQcc(out, headers.quant[c], c, headers.quant.size());
+        if (!headers.changes.empty()) writePoc(out, headers.changes, headers.coding.size());
         return bytes;
     }
 
@@ -206,43 +208,86 @@ class Encoder {
         allocateLayers(tiles, size, headers, target);
     }
 
-    // One tile as tile-parts of packets.
-    void writeTile(std::vector<std::uint8_t>& bytes, int index) const {
-        ByteWriter out(bytes);
-        const EncodedTile& tile = tiles[std::size_t(index)];
+    // The packets of a tile, and the packet headers where they are kept apart, part by part.
+    struct TilePart {
+        std::vector<std::uint8_t> body, headers;
+    };
+    std::vector<TilePart> partsOf(const EncodedTile& tile) const {
+        std::vector<TilePart> parts(1);
         PacketWriter writer(tile, headers);
-        std::vector<std::size_t> parts; // where their SOT begin
         int resolution = -1, packets = 0;
-        const auto endPart = [&] {
-            if (!parts.empty()) out.patch32(parts.back() + 6, std::uint32_t(bytes.size() - parts.back()));
-        };
-        const auto beginPart = [&] {
-            endPart();
-            parts.push_back(bytes.size());
-            out.u16(SOT);
-            out.u16(10);
-            out.u16(unsigned(index));
-            out.u32(0);
-            out.u8(unsigned(parts.size() - 1));
-            out.u8(0);
-            out.u16(SOD);
-        };
-        beginPart();
         forEachPacket(size, tile.layout, headers, [&](const PacketId& id) {
-            if (options.tilePartsByResolution && resolution >= 0 && id.resolution != resolution && parts.size() < 254) beginPart();
+            const bool split = options.tilePartsByResolution && resolution >= 0 && id.resolution != resolution;
+            if (split && parts.size() < 254) parts.emplace_back();
             resolution = id.resolution;
-            if (headers.tile.sop) {
-                out.u16(SOP);
-                out.u16(4);
-                out.u16(unsigned(packets++ & 0xFFFF));
-            }
-            writer.writeHeader(id, bytes);
-            if (headers.tile.eph) out.u16(EPH);
-            writer.writeBody(id, bytes);
+            TilePart& part = parts.back();
+            std::vector<std::uint8_t>& header = options.packedHeaders == PackedHeaders::none ? part.body : part.headers;
+            if (headers.tile.sop) writeSop(part.body, packets++);
+            writer.writeHeader(id, header);
+            if (headers.tile.eph) ByteWriter(header).u16(EPH);
+            writer.writeBody(id, part.body);
             return true;
         });
-        endPart();
-        for (const std::size_t begin : parts) bytes[begin + 11] = std::uint8_t(parts.size());
+        return parts;
+    }
+
+    static void writeSop(std::vector<std::uint8_t>& bytes, int packet) {
+        ByteWriter out(bytes);
+        out.u16(SOP);
+        out.u16(4);
+        out.u16(unsigned(packet & 0xFFFF));
+    }
+
+    // Packet headers as segments, PPM or PPT,
+    // counted on from `number`.
+    static void writePacked(ByteWriter& out, int marker, const std::vector<std::uint8_t>& packed, int& number) {
+        constexpr std::size_t most = 65000;
+        for (std::size_t at = 0; at < packed.size(); at += most, ++number) {
+            need(number < 256, "too many packet headers to be kept apart");
+            const std::size_t n = std::min(most, packed.size() - at);
+            out.u16(unsigned(marker));
+            out.u16(unsigned(n + 3));
+            out.u8(unsigned(number));
+            for (std::size_t i = 0; i < n; ++i) out.u8(packed[at + i]);
+        }
+    }
+
+    void writeTilePart(ByteWriter& out, int tile, std::size_t part, std::size_t parts, const TilePart& data,
+                       int& packedNumber) const {
+        const std::size_t begin = out.size();
+        out.u16(SOT);
+        out.u16(10);
+        out.u16(unsigned(tile));
+        out.u32(0); // its length, below
+        out.u8(unsigned(part));
+        out.u8(unsigned(parts));
+        if (options.packedHeaders == PackedHeaders::tile) writePacked(out, PPT, data.headers, packedNumber);
+        out.u16(SOD);
+        out.bytes(data.body);
+        out.patch32(begin + 6, std::uint32_t(out.size() - begin));
+    }
+
+    std::vector<std::uint8_t> write() const {
+        std::vector<std::uint8_t> bytes = mainHeader(), packed;
+        ByteWriter out(bytes), outPacked(packed);
+        std::vector<std::vector<TilePart>> parts;
+        for (const EncodedTile& tile : tiles) parts.push_back(partsOf(tile));
+        if (options.packedHeaders == PackedHeaders::main) {
+            for (const auto& tile : parts)
+                for (const TilePart& part : tile) {
+                    outPacked.u32(std::uint32_t(part.headers.size()));
+                    outPacked.bytes(part.headers);
+                }
+            int number = 0;
+            writePacked(out, PPM, packed, number);
+        }
+        for (std::size_t t = 0; t < parts.size(); ++t) {
+            int number = 0; // of the PPT segments of this tile
+            for (std::size_t p = 0; p < parts[t].size(); ++p)
+                writeTilePart(out, int(t), p, parts[t].size(), parts[t][p], number);
+        }
+        out.u16(EOC);
+        return bytes;
     }
 
 public:
@@ -255,16 +300,15 @@ public:
         headers.coding.assign(p.components.size(), styleOf(o));
         for (const Component& c : p.components) headers.quant.push_back(quantizationOf(o, c.depth));
         headers.roiShift.resize(p.components.size());
+        headers.changes = o.changes;
+        need(o.changes.size() <= 1000, "too many progression changes");
     }
 
     std::vector<std::uint8_t> run() {
         for (int t = 0; t < size.tiles(); ++t) encodeTile(t);
         settleBitPlanes();
         allocate();
-        std::vector<std::uint8_t> bytes = mainHeader();
-        for (int t = 0; t < size.tiles(); ++t) writeTile(bytes, t);
-        ByteWriter(bytes).u16(EOC);
-        return bytes;
+        return write();
     }
 };
 

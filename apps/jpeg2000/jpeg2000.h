@@ -52,6 +52,15 @@ enum BlockStyle : unsigned {
     styleSegmentation = 32
 };
 
+// One record of a POC marker segment: the packets within these bounds, in this order.
+struct ProgressionChange {
+    int resolutionBegin = 0, componentBegin = 0, layerEnd = 0, resolutionEnd = 0, componentEnd = 0;
+    Progression order = Progression::LRCP;
+};
+
+// Where packet headers are: with their packets, or in the PPM and PPT segments of the headers.
+enum class PackedHeaders { none, main, tile };
+
 struct EncodeOptions {
     bool reversible = true;       // 5/3 and RCT; otherwise 9/7 and ICT
     int levels = 5;               // wavelet levels, 0 to 32
@@ -64,6 +73,8 @@ struct EncodeOptions {
     std::uint32_t tileX = 0, tileY = 0;          // origin of the grid of tiles
     bool sop = false, eph = false;
     bool tilePartsByResolution = false; // begin a tile-part where the resolution changes (R-first orders)
+    std::vector<ProgressionChange> changes; // of the progression; together they hold every packet
+    PackedHeaders packedHeaders = PackedHeaders::none;
     // What the layers hold, the smallest first: bits a pixel, or dB. Empty: one layer of everything. An infinite
     // last entry stands for everything.
     std::vector<double> rates, psnrs;

@@ -238,4 +238,18 @@ void writeQcc(ByteWriter& out, const Quantization& q, std::size_t component, std
     writeSteps(out, q);
 }
 
+void writePoc(ByteWriter& out, const std::vector<ProgressionChange>& changes, std::size_t components) {
+    const int width = componentBytes(components);
+    out.u16(POC);
+    out.u16(unsigned(2 + (5 + 2 * std::size_t(width)) * changes.size()));
+    for (const ProgressionChange& p : changes) {
+        out.u8(unsigned(p.resolutionBegin));
+        out.number(unsigned(p.componentBegin), width);
+        out.u16(unsigned(p.layerEnd));
+        out.u8(unsigned(p.resolutionEnd));
+        out.number(unsigned(p.componentEnd), width);
+        out.u8(unsigned(p.order));
+    }
+}
+
 } // namespace jpeg2000

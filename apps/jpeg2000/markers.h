@@ -25,6 +25,7 @@ public:
 void writeSiz(ByteWriter& out, const ImageSize& size);
 void writeCod(ByteWriter& out, const TileStyle& tile, const CodingStyle& style);
 void writeQcd(ByteWriter& out, const Quantization& quant);
+void writePoc(ByteWriter& out, const std::vector<ProgressionChange>& changes, std::size_t components);
 void writeQcc(ByteWriter& out, const Quantization& quant, std::size_t component, std::size_t components);
 
 } // namespace jpeg2000

@@ -65,12 +65,6 @@ struct Quantization {
     StepSize step(int resolution, int bandInResolution) const;
 };
 
-// One record of a POC marker segment: the packets within these bounds, in this order.
-struct ProgressionChange {
-    int resolutionBegin = 0, componentBegin = 0, layerEnd = 0, resolutionEnd = 0, componentEnd = 0;
-    Progression order = Progression::LRCP;
-};
-
 // What the markers of one header say. A tile's set starts as a copy of the main header's.
 struct HeaderSet {
     TileStyle tile;

@@ -52,7 +52,8 @@ class Allocator {
     const ImageSize& size;
     const HeaderSet& headers;
     std::vector<HullBlock> blocks;
-    double energy = 0, minSlope = 1e300, maxSlope = 0;
+    double error = 0; // without any pass
+    double minSlope = 1e300, maxSlope = 0;
 
     void cutAll(int layer, double slope) {
         for (HullBlock& h : blocks) {
@@ -63,10 +64,10 @@ class Allocator {
         }
     }
     double errorAt(double slope) const {
-        double error = energy;
+        double left = error;
         for (const HullBlock& h : blocks)
-            if (const HullPoint* p = h.cut(slope)) error -= p->distortion;
-        return error;
+            if (const HullPoint* p = h.cut(slope)) left -= p->distortion;
+        return left;
     }
 
     // The bytes of the packets of the layers up to `last`.
@@ -104,7 +105,7 @@ public:
             for (auto& component : tile.blocks)
                 for (CodedBlock& b : component) {
                     b.layerPasses.assign(std::size_t(headers.tile.layers), 0);
-                    energy += b.energy * b.weight;
+                    error += (b.residual + (b.passes.empty() ? 0 : b.passes.back().distortion)) * b.weight;
                     blocks.push_back({&b, hullOf(b)});
                     for (const HullPoint& p : blocks.back().hull) {
                         minSlope = std::min(minSlope, p.slope);

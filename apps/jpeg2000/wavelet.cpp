@@ -1,5 +1,6 @@
-// wavelet.cpp - the 5/3 filter on whole planes; the 9/7 filter by row kernels and column lifting, since the library's
-// forward transform of whole planes does not put the bands of odd origins where a codestream wants them.
+// wavelet.cpp - the 5/3 filter on whole planes; the 9/7 filter by row kernels and column lifting, which are faster and
+// serve odd origins: the library's forward transform of whole planes does not put their bands where a codestream
+// wants them.
 #include "jpeg2000/wavelet.h"
 
 #include "jpeg2000/parallel.h"
@@ -143,26 +144,33 @@ void columns97(Plane& plane, const Rect& rect, Direction way, int threads) {
     });
 }
 
-template <class Transform> void whole53(Plane& plane, const Rect& rect, Transform transform) {
+template <class BufferSize, class Transform>
+void wholePlane(Plane& plane, const Rect& rect, BufferSize bufferSize, Transform transform) {
     const ZmxiRect tile{int(rect.x0 & 1), int(rect.y0 & 1), rect.width(), rect.height()};
     int size = 0;
-    zmxiWTGetBufSize_B53_JPEG2K_32s_C1IR(&tile, &size);
+    bufferSize(&tile, &size);
     std::vector<Zmx8u> buffer(std::size_t(size) + 1);
     transform(plane.at(0, 0), plane.stride(), &tile, buffer.data());
 }
 
 } // namespace
 
-void forwardWavelet(Plane& plane, const Rect& rect, bool reversible, int threads) {
+void forwardWavelet(Plane& plane, const Rect& rect, Filter filter, int threads) {
     if (rect.empty()) return;
-    if (reversible) return whole53(plane, rect, zmxiWTFwd_B53_JPEG2K_32s_C1IR);
+    if (filter == Filter::reversible)
+        return wholePlane(plane, rect, zmxiWTGetBufSize_B53_JPEG2K_32s_C1IR, zmxiWTFwd_B53_JPEG2K_32s_C1IR);
+    if (filter == Filter::precise && rect.x0 % 2 == 0 && rect.y0 % 2 == 0)
+        return wholePlane(plane, rect, zmxiWTGetBufSize_D97_JPEG2K_32s_C1IR, zmxiWTFwd_D97_JPEG2K_32s_C1IR);
     columns97(plane, rect, Direction::forward, threads);
     rows97(plane, rect, Direction::forward, threads);
 }
 
-void inverseWavelet(Plane& plane, const Rect& rect, bool reversible, int threads) {
+void inverseWavelet(Plane& plane, const Rect& rect, Filter filter, int threads) {
     if (rect.empty()) return;
-    if (reversible) return whole53(plane, rect, zmxiWTInv_B53_JPEG2K_32s_C1IR);
+    if (filter == Filter::reversible)
+        return wholePlane(plane, rect, zmxiWTGetBufSize_B53_JPEG2K_32s_C1IR, zmxiWTInv_B53_JPEG2K_32s_C1IR);
+    if (filter == Filter::precise)
+        return wholePlane(plane, rect, zmxiWTGetBufSize_D97_JPEG2K_32s_C1IR, zmxiWTInv_D97_JPEG2K_32s_C1IR);
     rows97(plane, rect, Direction::inverse, threads);
     columns97(plane, rect, Direction::inverse, threads);
 }

@@ -16,9 +16,18 @@ struct Plane {
     int stride() const { return width * int(sizeof(std::int32_t)); }
 };
 
+enum class Filter {
+    reversible,   // 5/3
+    irreversible, // 9/7 with factors of 16 fraction bits
+    precise       // 9/7 in extended precision, slower; for samples that those factors would blur
+};
+constexpr Filter filterOf(bool reversible, int depth) {
+    return reversible ? Filter::reversible : depth <= 12 ? Filter::irreversible : Filter::precise;
+}
+
 // `rect` is that of the higher resolution of the level.
-void forwardWavelet(Plane& plane, const Rect& rect, bool reversible, int threads);
-void inverseWavelet(Plane& plane, const Rect& rect, bool reversible, int threads);
+void forwardWavelet(Plane& plane, const Rect& rect, Filter filter, int threads);
+void inverseWavelet(Plane& plane, const Rect& rect, Filter filter, int threads);
 
 // Norm of the basis functions of a band, `levels` down, for the weight of its errors.
 double waveletNorm(bool reversible, int levels, Orientation o);
