@@ -98,20 +98,27 @@ void applyPalette(const Boxes& boxes, Picture& picture) {
 // Colour channels in the order of their associations, then opacity; what is neither stays behind.
 void applyChannels(const Boxes& boxes, Picture& picture) {
     const std::size_t n = picture.components.size();
-    std::vector<std::size_t> place(n);
-    for (std::size_t i = 0; i < n; ++i) place[i] = i;
+    constexpr std::size_t nobody = ~std::size_t(0);
+    std::vector<std::size_t> place(n, nobody); // which channel comes here
+    std::vector<bool> used(n);
     int alpha = -1;
     for (const Boxes::Channel& c : boxes.channels) {
-        if (std::size_t(c.channel) >= n) throw Error("a channel definition that does not fit");
-        if (c.type == 0 && c.association >= 1 && std::size_t(c.association) <= n)
-            place[std::size_t(c.association) - 1] = std::size_t(c.channel);
+        const auto channel = std::size_t(c.channel);
+        if (channel >= n) throw Error("a channel definition that does not fit");
+        if (c.type == 0 && c.association >= 1 && std::size_t(c.association) <= n) {
+            std::size_t& at = place[std::size_t(c.association) - 1];
+            if (used[channel] || at != nobody) throw Error("two channel definitions for one channel");
+            at = channel;
+            used[channel] = true;
+        }
         if (c.type == 1 && c.association == 0) alpha = c.channel;
     }
-    std::vector<bool> used(n);
-    for (const std::size_t i : place) {
-        if (used[i]) throw Error("two channel definitions for one channel");
-        used[i] = true;
-    }
+    std::size_t next = 0;
+    for (std::size_t& at : place)
+        if (at == nobody) {
+            while (used[next]) ++next;
+            at = next++;
+        }
     std::vector<Component> out;
     for (const std::size_t i : place) {
         if (int(i) == alpha) picture.alpha = int(out.size());
