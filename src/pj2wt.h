@@ -46,6 +46,10 @@ struct Split {
 // Phases of a tile: the parities of its origin.
 inline int phaseOf(int origin) { return origin & 1; }
 
+// Whether the columns of a plane are lifted and thus interleaved between the two passes. Without a column there is nothing to
+// lift, and the rows, which still count with one sample each, keep their order.
+inline bool liftsColumns(Split across, Split down, int shortest) { return across.n > 0 && down.n >= shortest; }
+
 // ---- rows put in another order
 
 // Row by row, transforms row source(r) into row r, for a permutation of the rows of a plane. A cycle of the permutation begins

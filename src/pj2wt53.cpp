@@ -99,7 +99,7 @@ template <class T, void (*line)(const Zmx8u*, Split, Zmx8u*)> void shortColumns(
 
 template <class T> void forwardPlane(Zmx8u* plane, int step, const ZmxiRect& tile, Zmx8u* line) {
     const Split across{tile.width, phaseOf(tile.x)}, down{tile.height, phaseOf(tile.y)};
-    const bool lifted = down.n >= 3;
+    const bool lifted = liftsColumns(across, down, 3);
     if (lifted) liftColumns<T, highOf<T>, lowOf<T>>(plane, step, down.n, across.n, 1 - down.phase);
     else shortColumns<T, forwardRow<T>>(plane, step, down, across.n);
     permuteRows(plane, step, down.n, sizeof(T) * std::size_t(std::max(across.n, 1)), line,
@@ -109,7 +109,7 @@ template <class T> void forwardPlane(Zmx8u* plane, int step, const ZmxiRect& til
 
 template <class T> void inversePlane(Zmx8u* plane, int step, const ZmxiRect& tile, Zmx8u* line) {
     const Split across{tile.width, phaseOf(tile.x)}, down{tile.height, phaseOf(tile.y)};
-    const bool lifted = down.n >= 3;
+    const bool lifted = liftsColumns(across, down, 3);
     permuteRows(plane, step, down.n, sizeof(T) * std::size_t(std::max(across.n, 1)), line,
                 [=](int r) { return lifted ? down.bandOf(r) : r; },
                 [=](const Zmx8u* src, Zmx8u* dst) { inverseRow<T>(src, across, dst); });

@@ -159,7 +159,8 @@ template <class T, class Change> void singleRow(Zmx8u* row, int width, Change ch
 template <class T> void forwardPlane(Zmx8u* plane, int step, const ZmxiRect& tile, Zmx8u* scratch) {
     const Split across{tile.width, phaseOf(tile.x)}, down{tile.height, phaseOf(tile.y)};
     const std::size_t rowBytes = sizeof(T) * std::size_t(std::max(across.n, 1));
-    if (down.n < 2) {
+    const bool lifted = liftsColumns(across, down, 2);
+    if (!lifted) {
         singleRow<T>(plane, across.n, [=](T v) { return wrapMul<Zmx32s>(v, down.phase + 1); });
     } else {
         const bool keepLast = displaced(down);
@@ -167,17 +168,18 @@ template <class T> void forwardPlane(Zmx8u* plane, int step, const ZmxiRect& til
         System<T>::forwardColumns(plane, step, down, across.n);
         if (keepLast) std::memcpy(rowAt(plane, step, 1), scratch, rowBytes); // the first low row is given up for it
     }
-    permuteRows(plane, step, down.n, rowBytes, scratch, [=](int r) { return down.n < 2 ? r : forwardSource(down, r); },
+    permuteRows(plane, step, down.n, rowBytes, scratch, [=](int r) { return lifted ? forwardSource(down, r) : r; },
                 [=](const Zmx8u* src, Zmx8u* dst) { forwardRow<T>(src, across, dst, System<T>::forwardLine); });
 }
 
 template <class T> void inversePlane(Zmx8u* plane, int step, const ZmxiRect& tile, Zmx8u* scratch) {
     const Split across{tile.width, phaseOf(tile.x)}, down{tile.height, phaseOf(tile.y)};
+    const bool lifted = liftsColumns(across, down, 2);
     permuteRows(plane, step, down.n, sizeof(T) * std::size_t(std::max(across.n, 1)), scratch,
-                [=](int r) { return down.n < 2 ? r : down.bandOf(r); },
+                [=](int r) { return lifted ? down.bandOf(r) : r; },
                 [=](Zmx8u* src, Zmx8u* dst) { inverseRow<T>(src, across, dst, System<T>::inverseLine); });
-    if (down.n < 2) singleRow<T>(plane, across.n, [=](T v) { return v / (down.phase + 1); });
-    else System<T>::inverseColumns(plane, step, down, across.n);
+    if (lifted) System<T>::inverseColumns(plane, step, down, across.n);
+    else singleRow<T>(plane, across.n, [=](T v) { return v / (down.phase + 1); });
 }
 
 template <class T> ZmxStatus forward(T* srcDst, int step, const ZmxiRect* tile, Zmx8u* buffer) {

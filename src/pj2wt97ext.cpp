@@ -340,7 +340,7 @@ void inverseChunk(const Samples& x, Split s, int from, Zmx8u* line) {
             store(first, 2 * i + 1, odds[i]);
         }
     else
-        for (int i = begin; i < end; ++i) store(first, i, (i % 2 == 0 ? evens : odds)[i / 2]);
+        for (int i = begin; i < end; ++i) store(first, i, i % 2 == 0 ? evens[i / 2] : odds[i / 2]);
 }
 
 template <class Strip> void allStrips(Zmx8u* plane, int step, Split split, int width, Strip strip) {
