@@ -1,4 +1,5 @@
-// pj2cbdecpass.cpp - the coding passes of the decoder: what a decision is when it comes from an MQ or a raw segment.
+// pj2cbdecpass.cpp - the coding passes of the decoder: what a decision is when it comes from an MQ or a raw
+// segment.
 #include "pj2cbpasses.h"
 #include "pj2decoder.h"
 #include "pjrows.h"
@@ -20,57 +21,74 @@ void beginPass(ZmxiDecodeCBProgrState& s) {
 }
 
 CodedBlock<Zmx8u> codedBlock(const ZmxiDecodeCBProgrState& s, bool causal) {
-    return {reinterpret_cast<Zmx8u*>(s.pStripe), s.block.dstStep, s.block.width, s.block.height, s.pFlagStripe,
-            s.flagPlane.flagStride / 4, causal ? 0 : ~0u};
+    return {
+        reinterpret_cast<Zmx8u*>(s.pStripe), s.block.dstStep, s.block.width, s.block.height, s.pFlagStripe,
+        s.flagPlane.flagStride / 4,          causal ? 0 : ~0u};
 }
 
 // The samples of a plane: midpoints stand in for the planes to come.
 struct PlaneSamples {
-    const Zmx32u newSig, half, keep;
-    const int plane;
+    const Zmx32u one, newSig, half, keep;
 
     explicit PlaneSamples(const ZmxiDecodeCBProgrState& s)
-        : newSig(s.planeNewSig), half(s.planeHalf), keep(s.planeKeepMask), plane(s.curBitPlane & 31) {}
+        : one(s.planeOne), newSig(s.planeNewSig), half(s.planeHalf), keep(s.planeKeepMask) {}
 
     // Assigned, not merged.
     void turnSignificant(Zmx8u* sample, Zmx32u negative) const { store(sample, 0, negative << 31 | newSig); }
     void refine(Zmx8u* sample, Zmx32u bit) const {
-        store(sample, 0, (load<Zmx32u>(sample, 0) & keep) | bit << plane | half);
+        store(sample, 0, (load<Zmx32u>(sample, 0) & keep) | (one & -bit) | half);
     }
 };
 
+// Decisions of an MQ segment. The contexts are an object of their own beside the coder, whose members then
+// stay in registers: an array indexed at run time would hold all of them in memory.
 class MqDecoding {
     const PlaneSamples samples;
     const Zmx32u* const zeroCoding;
+    MQDecoderState& state;
+    MqContexts& contexts;
+    // The context of all refinements but a sample's first. Most refinements in a row come under it, and each
+    // waits for what the one before made of it: held apart, it need not go through memory.
+    MqContext laterRefinement;
     MqDecoder mq;
 
 public:
     using Sample = Zmx8u;
     static constexpr bool marksRefined = true;
 
-    [[gnu::always_inline]] MqDecoding(ZmxiDecodeCBProgrState& s, MqContexts& contexts)
-        : samples(s), zeroCoding(s.pZeroCodingLUT), mq(s.mq, contexts) {}
+    [[gnu::always_inline]] MqDecoding(ZmxiDecodeCBProgrState& s, MqContexts& c)
+        : samples(s), zeroCoding(s.pZeroCodingLUT), state(s.mq), contexts(c),
+          laterRefinement(c.at[kLaterRefinementContext]), mq(s.mq) {}
+    [[gnu::always_inline]] ~MqDecoding() {
+        contexts.at[kLaterRefinementContext] = laterRefinement;
+        contexts.save(state.ctxState, state.ctxMPS);
+    }
+    MqDecoding(const MqDecoding&) = delete;
+    MqDecoding& operator=(const MqDecoding&) = delete;
 
-    [[gnu::always_inline]] bool significant(Zmx32u half, Sample*) { return mq.decode(zeroCoding[half & 0xFF]); }
+    [[gnu::always_inline]] bool significant(Zmx32u half, Sample*) { return decode(zeroCoding[half & 0xFF]); }
     [[gnu::always_inline]] Zmx32u sign(Zmx32u half, Sample* sample) {
         const Zmx32u prediction = SignCodingLUT[half >> 4 & 0x1FF];
-        const Zmx32u negative = mq.decode(prediction & 15) ^ prediction >> 31;
+        const Zmx32u negative = decode(prediction & 15) ^ prediction >> 31;
         samples.turnSignificant(sample, negative);
         return negative;
     }
     [[gnu::always_inline]] void refine(Zmx32u half, Sample* sample) {
-        samples.refine(sample, mq.decode(MagnRefineLUT[half & 0x1FF]));
+        samples.refine(sample,
+                       half & kRefined ? mq.decode(laterRefinement) : decode(MagnRefineLUT[half & 0x1FF]));
     }
     [[gnu::always_inline]] int firstOf4(Sample*, std::ptrdiff_t) {
-        if (!mq.decode(kRunLengthContext)) return 4;
-        return int(number(2));
+        return decode(kRunLengthContext) ? int(number(2)) : 4;
     }
     // A number of so many decisions under the uniform context, the high bit first.
     [[gnu::always_inline]] Zmx32u number(int bits) {
         Zmx32u n = 0;
-        while (bits--) n = n << 1 | mq.decode(kUniformContext);
+        while (bits--) n = n << 1 | decode(kUniformContext);
         return n;
     }
+
+private:
+    [[gnu::always_inline]] Zmx32u decode(Zmx32u context) { return mq.decode(contexts.at[context]); }
 };
 
 class RawDecoding {
@@ -82,7 +100,8 @@ public:
     using Sample = Zmx8u;
     static constexpr bool marksRefined = false; // no MQ refinement can follow that would ask for it
 
-    [[gnu::always_inline]] explicit RawDecoding(ZmxiDecodeCBProgrState& s) : samples(s), state(s.raw), raw(s.raw) {}
+    [[gnu::always_inline]] explicit RawDecoding(ZmxiDecodeCBProgrState& s)
+        : samples(s), state(s.raw), raw(s.raw) {}
     [[gnu::always_inline]] ~RawDecoding() { state = raw; }
     RawDecoding(const RawDecoding&) = delete;
     RawDecoding& operator=(const RawDecoding&) = delete;
@@ -142,7 +161,8 @@ int magnitudeRefinement(ZmxiDecodeCBProgrState* state, bool reset, bool errorPre
     return endMqPass(*state, reset, errorPrediction);
 }
 
-int cleanup(ZmxiDecodeCBProgrState* state, bool causal, bool segmentationSymbols, bool reset, bool errorPrediction) {
+int cleanup(ZmxiDecodeCBProgrState* state, bool causal, bool segmentationSymbols, bool reset,
+            bool errorPrediction) {
     beginPass(*state);
     bool wrongSymbol = false;
     {
@@ -151,7 +171,8 @@ int cleanup(ZmxiDecodeCBProgrState* state, bool causal, bool segmentationSymbols
         CodingPass<MqDecoding>(coder, codedBlock(*state, causal)).cleanup();
         if (segmentationSymbols) wrongSymbol = coder.number(4) != 0b1010;
     }
-    // With both tests on, the termination's answer replaces the symbol's, which then goes unreported: required.
+    // With both tests on, the termination's answer replaces the symbol's, which then goes unreported:
+    // required.
     const int damaged = endMqPass(*state, reset, errorPrediction);
     return errorPrediction ? damaged : wrongSymbol;
 }

@@ -1,5 +1,5 @@
-// pj2cbencpass.cpp - the coding passes of the encoder: a decision is taken from a sample and recorded, and the distortion
-// that it removes is added up.
+// pj2cbencpass.cpp - the coding passes of the encoder: a decision is taken from a sample and recorded, and
+// the distortion that it removes is added up.
 #include "pj2cbpasses.h"
 #include "pj2encoder.h"
 #include "pjrows.h"
@@ -8,8 +8,8 @@
 
 namespace {
 
-// The distortion of one pass, by a table indexed with the magnitude from the plane downwards: the six bits below the plane
-// when a sample turns significant, and the plane's own bit ahead of them in a refinement.
+// The distortion of one pass, by a table indexed with the magnitude from the plane downwards: the six bits
+// below the plane when a sample turns significant, and the plane's own bit ahead of them in a refinement.
 class Distortion {
     const Zmx32s* const table;
     const Zmx32u mask, right, left;
@@ -38,8 +38,9 @@ public:
     Distortion distortion;
 
     [[gnu::always_inline]] MqRecording(const ZmxiEncodeState_JPEG2K& s, const EncodedBlock& block, int p)
-        : decisions(s.pCoder->pDecisions + s.pCoder->decisionCount), contexts(s.pCoder->pContexts + s.pCoder->decisionCount),
-          zeroCoding(block.zeroCodingLUT), plane(p), distortion(s) {}
+        : decisions(s.pCoder->pDecisions + s.pCoder->decisionCount),
+          contexts(s.pCoder->pContexts + s.pCoder->decisionCount), zeroCoding(block.zeroCodingLUT), plane(p),
+          distortion(s) {}
 
     [[gnu::always_inline]] bool significant(Zmx32u half, Sample* sample) {
         const Zmx32u bit = load<Zmx32u>(sample, 0) >> plane & 1;
@@ -147,11 +148,17 @@ template <class Coder> void endPass(ZmxiEncodeState_JPEG2K& s, const Coder& reco
 
 CodedBlock<const Zmx8u> codedBlock(const ZmxiEncodeState_JPEG2K& s, const EncodedBlock& block) {
     const std::ptrdiff_t stride = flagRowBytes(block.size.width) / 4;
-    return {reinterpret_cast<const Zmx8u*>(block.pSrc), block.srcStep, block.size.width, block.size.height,
-            s.pFlags + stride + 1, stride, block.causal ? 0 : ~0u};
+    return {reinterpret_cast<const Zmx8u*>(block.pSrc),
+            block.srcStep,
+            block.size.width,
+            block.size.height,
+            s.pFlags + stride + 1,
+            stride,
+            block.causal ? 0 : ~0u};
 }
 
-template <class Coder> void significancePass(ZmxiEncodeState_JPEG2K& s, const EncodedBlock& block, int plane) {
+template <class Coder>
+void significancePass(ZmxiEncodeState_JPEG2K& s, const EncodedBlock& block, int plane) {
     beginPass(s, Step::Significance, plane);
     Coder coder(s, block, plane);
     CodingPass<Coder>(coder, codedBlock(s, block)).significancePropagation();

@@ -1,5 +1,6 @@
-// pj2cbflags.h - the flag plane of a code block, shared by decoder and encoder: what a flag word says, how a sample that
-// turns significant tells its neighbours, and the context tables that a word's bits index (ISO/IEC 15444-1 D.3).
+// pj2cbflags.h - the flag plane of a code block, shared by decoder and encoder: what a flag word says, how a
+// sample that turns significant tells its neighbours, and the context tables that a word's bits index
+// (ISO/IEC 15444-1 D.3).
 #pragma once
 
 #include "pj2mqprobest.h"
@@ -7,8 +8,8 @@
 #include <bit>
 #include <cstdint>
 
-// A word describes two samples, one above the other: the low half the even row, the high half the odd row, each with
-// these bits. The plane has a border of one word on each side and of one word row above and below.
+// A word describes two samples, one above the other: the low half the even row, the high half the odd row,
+// each with these bits. The plane has a border of one word on each side and of one word row above and below.
 inline constexpr Zmx32u kSigSE = 0x0001; // significant neighbours
 inline constexpr Zmx32u kSigSW = 0x0002;
 inline constexpr Zmx32u kSigNE = 0x0004;
@@ -50,14 +51,19 @@ inline constexpr auto ZeroCodingLUT_HxLy = // HL
     tableOf<256>([](int i) { return kZeroCodingContext + zeroCodingLL(sumV(i), sumH(i), sumD(i)); });
 inline constexpr auto ZeroCodingLUT_HxHy = // HH
     tableOf<256>([](int i) { return kZeroCodingContext + zeroCodingHH(sumH(i) + sumV(i), sumD(i)); });
-static_assert(ZeroCodingLUT_LxHy[0] == 2 && ZeroCodingLUT_LxHy[kSigE | kSigW] == 10 && ZeroCodingLUT_LxHy[kSigN] == 5);
+static_assert(ZeroCodingLUT_LxHy[0] == 2 && ZeroCodingLUT_LxHy[kSigE | kSigW] == 10 &&
+              ZeroCodingLUT_LxHy[kSigN] == 5);
 static_assert(ZeroCodingLUT_HxLy[kSigN | kSigS] == 10 && ZeroCodingLUT_HxHy[kSigN | kSigSE] == 6);
 
 constexpr const Zmx32u* zeroCodingLUT(int subband) {
-    return (subband == 2 ? ZeroCodingLUT_HxLy : subband == 3 ? ZeroCodingLUT_HxHy : ZeroCodingLUT_LxHy).data();
+    return (subband == 2   ? ZeroCodingLUT_HxLy
+            : subband == 3 ? ZeroCodingLUT_HxHy
+                           : ZeroCodingLUT_LxHy)
+        .data();
 }
 
-// What a pair of neighbours says about the sign (Table D.2): 1 mostly positive, -1 mostly negative, 0 nothing.
+// What a pair of neighbours says about the sign (Table D.2): 1 mostly positive, -1 mostly negative, 0
+// nothing.
 constexpr int signContribution(Zmx32u half, Zmx32u sigA, Zmx32u negA, Zmx32u sigB, Zmx32u negB) {
     const auto one = [half](Zmx32u sig, Zmx32u neg) { return half & sig ? half & neg ? -1 : 1 : 0; };
     const int sum = one(sigA, negA) + one(sigB, negB);
@@ -74,14 +80,16 @@ constexpr Zmx32u signCoding(int index) {
     const int label = h ? 3 + v : v; // 2 to 4 in the row of H, 0 or 1 without H
     return (kSignContext + label) | Zmx32u(flip) << 31;
 }
-// Index 511 cannot be reached (a sample whose sign is coded has not been refined); its entry is 0, required as such.
+// Index 511 cannot be reached (a sample whose sign is coded has not been refined); its entry is 0, required
+// as such.
 inline constexpr auto SignCodingLUT = tableOf<512>([](int i) { return i == 511 ? 0u : signCoding(i); });
 static_assert(SignCodingLUT[0] == 11 && SignCodingLUT[(kSigE | kSigN) >> 4] == 15);
 static_assert(SignCodingLUT[(kSigE | kNegE) >> 4] == (0x80000000 | 14));
 
 // Table D.4, indexed by bits 0 to 8 of a half.
-inline constexpr auto MagnRefineLUT =
-    tableOf<512>([](int i) { return kRefineContext + (i & kRefined ? 2 : i ? 1 : 0); });
+inline constexpr auto MagnRefineLUT = tableOf<512>([](int i) {
+    return kRefineContext + (i & kRefined ? 2 : i ? 1 : 0);
+});
 static_assert(MagnRefineLUT[0] == 16 && MagnRefineLUT[1] == 17 && MagnRefineLUT[256] == 18);
 
 // Bytes from flag row to flag row: a word a column and one on each side, in multiples of 32.

@@ -1,8 +1,8 @@
-// pj2cbpasses.h - the coding passes of a code block (ISO/IEC 15444-1 D.3), stated once for both directions and for MQ
-// and raw segments.
+// pj2cbpasses.h - the coding passes of a code block (ISO/IEC 15444-1 D.3), stated once for both directions
+// and for MQ and raw segments.
 //
-// A pass walks the block in stripes of four rows, column by column, top to bottom within a column, and keeps the flag
-// plane. What a decision is made of, the coder says:
+// A pass walks the block in stripes of four rows, column by column, top to bottom within a column, and keeps
+// the flag plane. What a decision is made of, the coder says:
 //
 //   Sample                       the type that a pointer to a sample's bytes points to
 //   significant(half, sample)    whether the sample turns significant in this plane; half: its flags
@@ -25,7 +25,7 @@ template <class Sample> struct CodedBlock {
     int width, height;
     Zmx32u* flags;             // word of the first column in the first pair of rows
     std::ptrdiff_t flagStride; // words from flag row to flag row
-    Zmx32u upwards;            // what the first row of a stripe tells the stripe above: ~0, or 0 in causal mode
+    Zmx32u upwards; // what the first row of a stripe tells the stripe above: ~0, or 0 in causal mode
 };
 
 template <class Coder> class CodingPass {
@@ -67,7 +67,8 @@ private:
         constexpr operator bool() const { return false; }
     };
 
-    // Calls column(FullStripe or LastStripe, flag word, sample, rows) for the head of each column of each stripe.
+    // Calls column(FullStripe or LastStripe, flag word, sample, rows) for the head of each column of each
+    // stripe.
     template <class Column> [[gnu::always_inline]] void scan(Column column) {
         Zmx32u* f = block.flags;
         Sample* s = block.samples;
@@ -75,13 +76,15 @@ private:
         for (; rows >= 4; rows -= 4, f += 2 * block.flagStride, s += 4 * block.step)
             for (int x = 0; x < block.width; ++x) column(FullStripe{}, f + x, s + 4 * std::ptrdiff_t(x), 4);
         if (rows)
-            for (int x = 0; x < block.width; ++x) column(LastStripe{}, f + x, s + 4 * std::ptrdiff_t(x), rows);
+            for (int x = 0; x < block.width; ++x)
+                column(LastStripe{}, f + x, s + 4 * std::ptrdiff_t(x), rows);
     }
 
-    // What follows works on a pair of rows, Row and Row + 1 of the stripe, and its flag word. One test of the word tells
-    // whether one of its samples can qualify. In the last stripe the second row may be missing.
+    // What follows works on a pair of rows, Row and Row + 1 of the stripe, and its flag word. One test of the
+    // word tells whether one of its samples can qualify. In the last stripe the second row may be missing.
 
-    template <int Row, bool Full> [[gnu::always_inline]] void significancePair(Zmx32u* f, Sample* s, int rows) {
+    template <int Row, bool Full>
+    [[gnu::always_inline]] void significancePair(Zmx32u* f, Sample* s, int rows) {
         Zmx32u w = *f;
         if (!(w & ~(w >> 2) & (kSigAny | kSigAny << 16))) return;
         significanceHalf<Row>(w, f, s);
@@ -98,19 +101,13 @@ private:
     }
 
     template <int Row, bool Full> [[gnu::always_inline]] void refinementPair(Zmx32u* f, Sample* s, int rows) {
-        Zmx32u w = *f;
-        if (!(w & ~(w << 1) & (kSelf | kSelf << 16))) return;
-        refinementHalf<Row>(w, s);
-        if (Full || rows > Row + 1) refinementHalf<Row + 1>(w, s);
-        if (Coder::marksRefined) *f = w;
+        const Zmx32u w = *f;
+        const Zmx32u open = w & ~(w << 1) & (Full || rows > Row + 1 ? kSelf | kSelf << 16 : kSelf);
+        if (!open) return;
+        if (open & kSelf) coder.refine(w, row<Row>(s));
+        if (open & kSelf << 16) coder.refine(w >> 16, row<Row + 1>(s));
+        if (Coder::marksRefined) *f = w | open >> 7; // kSelf to kRefined
     }
-    template <int Row> [[gnu::always_inline]] void refinementHalf(Zmx32u& w, Sample* s) {
-        constexpr int shift = Row % 2 * 16;
-        if ((w >> shift & (kSelf | kVisited)) != kSelf) return;
-        coder.refine(w >> shift, row<Row>(s));
-        if (Coder::marksRefined) w |= kRefined << shift;
-    }
-
     template <int Row, bool Full> [[gnu::always_inline]] void cleanupPair(Zmx32u* f, Sample* s, int rows) {
         Zmx32u w = *f;
         if (~(w | w << 1) & (kSelf | kSelf << 16)) {
@@ -125,9 +122,9 @@ private:
         if (coder.significant(w >> shift, row<Row>(s))) turnSignificant<Row>(w, f, s);
     }
 
-    // Run-length coding of a column without any flag. Returns false if nothing in it turns significant. Otherwise marks
-    // the rows ahead of the first one that does as visited and that row as done, so that the cleanup of the column, which
-    // clears the marks, goes on below it.
+    // Run-length coding of a column without any flag. Returns false if nothing in it turns significant.
+    // Otherwise marks the rows ahead of the first one that does as visited and that row as done, so that the
+    // cleanup of the column, which clears the marks, goes on below it.
     [[gnu::always_inline]] bool runLength(Zmx32u* f, Sample* s) {
         const int first = coder.firstOf4(s, block.step);
         if (first > 3) return false;

@@ -1,5 +1,6 @@
-// pj2decoder.cpp - the code-block decoder's exported functions: the state's life, the steps through the codeword
-// segments, and the decoding of a whole block in one call. The coding passes are in pj2cbdecpass.cpp.
+// pj2decoder.cpp - the code-block decoder's exported functions: the state's life, the steps through the
+// codeword segments, and the decoding of a whole block in one call. The coding passes are in
+// pj2cbdecpass.cpp.
 #include "pj2decoder.h"
 
 #include "pj2cbflags.h"
@@ -64,7 +65,8 @@ ZmxStatus zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(Zmx32s* pDst, int dstStep, Zmxi
     s.cbStyle = cbStyle;
     s.block = {pDst, size.width, size.height, dstStep};
     if (!(cbStyle & ZMX_CB_KEEP_DST))
-        for (int y = 0; y < size.height; ++y) std::memset(rowAt(pDst, dstStep, y), 0, std::size_t(size.width) * 4);
+        for (int y = 0; y < size.height; ++y)
+            std::memset(rowAt(pDst, dstStep, y), 0, std::size_t(size.width) * 4);
 
     const int stride = int(flagRowBytes(size.width));
     s.flagPlane = {s.pFlagArea, stride};
@@ -112,8 +114,8 @@ ZmxStatus zmxiDecodeCBProgrGetCurBitPlaneNum_JPEG2K(const ZmxiDecodeCBProgrState
     return zmxStsNoErr;
 }
 
-// The segment of one step as its passes see it: the styles, and what a pass that finds damage leaves behind. Each of
-// the functions below returns whether the block is damaged.
+// The segment of one step as its passes see it: the styles, and what a pass that finds damage leaves behind.
+// Each of the functions below returns whether the block is damaged.
 namespace {
 
 struct Step {
@@ -152,13 +154,15 @@ struct Step {
             startMq();
             if (cleanup(&s, causal, symbols, reset, prediction)) return true;
             --s.curBitPlane;
-            s.passState = s.passState != BypassCleanupNext && s.curBitPlane >= s.bypassPlane ? SignificanceNext
-                                                                                            : RawSignificanceNext;
+            s.passState = s.passState != BypassCleanupNext && s.curBitPlane >= s.bypassPlane
+                              ? SignificanceNext
+                              : RawSignificanceNext;
             return false;
         }
     }
 
-    // A segment runs to where MQ and raw passes meet. Where the count of passes ends inside a plane is not remembered.
+    // A segment runs to where MQ and raw passes meet. Where the count of passes ends inside a plane is not
+    // remembered.
     bool oneSegment(int& passes) {
         switch (s.passState) {
         case BypassCleanupNext:
@@ -174,7 +178,9 @@ struct Step {
             s.passState = BypassCleanupNext;
             --passes;
             return false;
-        default: startMq(); return planesToBypass(passes);
+        default:
+            startMq();
+            return planesToBypass(passes);
         }
     }
 
@@ -232,11 +238,13 @@ template <class Sample> static void forEachSample(Zmx32s* dst, int dstStep, Zmxi
     }
 }
 
-ZmxStatus zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(const Zmx8u* pSrc, Zmx32s* pDst, int dstStep, ZmxiSize size, int subband,
-                                               int nBitPlanes, int nPasses, const int* pTermLen, int nTerms,
-                                               Zmx32u cbStyle, int* pErrorBitPlane, ZmxiDecodeCBProgrState* pState) {
+ZmxStatus zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(const Zmx8u* pSrc, Zmx32s* pDst, int dstStep, ZmxiSize size,
+                                               int subband, int nBitPlanes, int nPasses, const int* pTermLen,
+                                               int nTerms, Zmx32u cbStyle, int* pErrorBitPlane,
+                                               ZmxiDecodeCBProgrState* pState) {
     // The size amid the pointers: required here.
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pState).size(size).ptr(pTermLen).ptr(pDst).step(dstStep)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pState).size(size).ptr(pTermLen).ptr(pDst).step(dstStep))
+        return bad;
     zmxiDecodeCBProgrInit_JPEG2K(pState);
     zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(pDst, dstStep, size, pState, subband, nBitPlanes, cbStyle);
     zmxiDecodeCBProgrSetPassCounter_JPEG2K(nPasses, pState);
@@ -251,7 +259,8 @@ ZmxStatus zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(const Zmx8u* pSrc, Zmx32s* pDst, 
     const Zmx32u keep = atPlane(~0u, plane);
     if (status == zmxStsCBDamagedErr) {
         if (pErrorBitPlane) *pErrorBitPlane = plane;
-        // What is open below the planes kept is rebuilt as its midpoint; a sample of which nothing is left loses its sign.
+        // What is open below the planes kept is rebuilt as its midpoint; a sample of which nothing is left
+        // loses its sign.
         if (cbStyle & ZMX_CB_CONCEAL_DAMAGE) {
             const Zmx32u midpoint = atPlane(1, plane);
             forEachSample(pDst, dstStep, size, [=](Zmx32u v) {

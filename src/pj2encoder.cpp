@@ -1,5 +1,6 @@
-// pj2encoder.cpp - the code-block encoder: the state's life, the load of a block, which runs all its coding passes, and
-// what is known of them. The passes are in pj2cbencpass.cpp, the storing of the bytes in pj2encstore.cpp.
+// pj2encoder.cpp - the code-block encoder: the state's life, the load of a block, which runs all its coding
+// passes, and what is known of them. The passes are in pj2cbencpass.cpp, the storing of the bytes in
+// pj2encstore.cpp.
 #include "pj2encoder.h"
 
 #include "pj2cbflags.h"
@@ -41,7 +42,8 @@ static ZmxiEncodeState_JPEG2K* newState(ZmxiSize size) {
     auto* state = allocateZeroed<ZmxiEncodeState_JPEG2K>();
     if (!state) return nullptr;
     if ((state->pCoder = allocateZeroed<EncCoderState>())) {
-        const std::int64_t decisions = std::int64_t(size.width) * kDecisionsPerColumn * ((size.height + std::int64_t(3)) / 4);
+        const std::int64_t decisions =
+            std::int64_t(size.width) * kDecisionsPerColumn * ((size.height + std::int64_t(3)) / 4);
         EncCoderState& coder = *state->pCoder;
         coder.pDecisions = static_cast<Zmx8u*>(allocate(decisions));
         if (coder.pDecisions) coder.pContexts = static_cast<Zmx8u*>(allocate(decisions));
@@ -92,7 +94,8 @@ static void resetCoder(EncCoderState& coder, int mqTermType, Zmx32u codeStyle) {
 }
 
 // All coding passes, from the plane of the highest magnitude bit down to the base plane.
-static void runPasses(ZmxiEncodeState_JPEG2K* state, const EncodedBlock& block, int sfBits, Zmx32u codeStyle) {
+static void runPasses(ZmxiEncodeState_JPEG2K* state, const EncodedBlock& block, int sfBits,
+                      Zmx32u codeStyle) {
     const bool symbols = codeStyle & ZMX_CB_SEGMENTATION_SYMBOLS;
     // The four planes from the top on are MQ coded throughout.
     const int bypassBelow = codeStyle & ZMX_CB_SELECTIVE_BYPASS ? sfBits - 4 : 0;
@@ -113,10 +116,11 @@ static void runPasses(ZmxiEncodeState_JPEG2K* state, const EncodedBlock& block, 
 
 ZmxStatus zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(const Zmx32s* pSrc, int srcStep, ZmxiSize size,
                                                  ZmxiEncodeState_JPEG2K* pState, int subband, int magnBits,
-                                                 int mqTermType, int /*reserved*/, Zmx32u codeStyle, int* pSfBits,
-                                                 int* pnPasses, int* pnTermPasses) {
+                                                 int mqTermType, int /*reserved*/, Zmx32u codeStyle,
+                                                 int* pSfBits, int* pnPasses, int* pnTermPasses) {
     // The results and the size ahead of the source: required here.
-    if (ZmxStatus bad = stateArgs(pState).ptr(pSfBits).ptr(pnPasses).ptr(pnTermPasses).size(size).ptr(pSrc).step(srcStep))
+    if (ZmxStatus bad =
+            stateArgs(pState).ptr(pSfBits).ptr(pnPasses).ptr(pnTermPasses).size(size).ptr(pSrc).step(srcStep))
         return bad;
     clearFlagPlane(pState->pFlags, size);
     EncCoderState& coder = *pState->pCoder;
@@ -128,7 +132,8 @@ ZmxStatus zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(const Zmx32s* pSrc, int srcStep
     pState->basePlane = wrapSub(31, magnBits);
     // Twice the plane above the base plane, as errors are squared, less the 13 fraction bits of the tables.
     pState->distExp = wrapSub(wrapMul(2, wrapSub(sfBits - 1, pState->basePlane)), 13);
-    const EncodedBlock block{pSrc, srcStep, size, zeroCodingLUT(subband), (codeStyle & ZMX_CB_VERTICALLY_CAUSAL) != 0};
+    const EncodedBlock block{pSrc, srcStep, size, zeroCodingLUT(subband),
+                             (codeStyle & ZMX_CB_VERTICALLY_CAUSAL) != 0};
     runPasses(pState, block, sfBits, codeStyle);
 
     *pnPasses = coder.passCount;
@@ -145,8 +150,8 @@ ZmxStatus zmxiEncodeGetRate_JPEG2K(const ZmxiEncodeState_JPEG2K* pState, int pas
     return zmxStsNoErr;
 }
 
-// Two to a power, with a factor that is a signed 32-bit number whose shift counts modulo 32: required. An exponent of 31
-// gives a negative power, and one above 31 begins anew.
+// Two to a power, with a factor that is a signed 32-bit number whose shift counts modulo 32: required. An
+// exponent of 31 gives a negative power, and one above 31 begins anew.
 static Extended wrappedPower(int exponent) {
     const auto shifted = [](Zmx32u n) { return Zmx32s(1u << (n & 31)); };
     return exponent > 0 ? Extended(shifted(Zmx32u(exponent))) : 1 / Extended(shifted(-Zmx32u(exponent)));

@@ -10,7 +10,7 @@ inline constexpr int kMaxDistPasses = 109;
 
 struct ZmxiEncodeState_JPEG2K {
     Zmx32u magic;
-    EncCoderState* pCoder; // owned
+    EncCoderState* pCoder;           // owned
     int passDist[kMaxDistPasses];    // integer distortion reduction of each pass
     int passDistExp[kMaxDistPasses]; // the power of two that scales it
     int distExp;                     // that of the current plane
@@ -59,10 +59,12 @@ void enterPass(EncCoderState& coder);
 // All passes from the current one on, as far as the buffer takes them; *pLen becomes the bytes written.
 void encBufEncodeTermLastPass(EncCoderState* state, Zmx8u* pDst, int* pLen);
 
-// Tables of the squared error that a coding step removes, with 13 fraction bits, by the magnitude in units of the plane.
-// Fs: a sample turns significant; index: the six bits below the plane. Fm: a refinement; index: the plane's bit and the
-// six below it. Lossless: the sample is exact afterwards; lossy: it becomes the midpoint of its interval.
+// Tables of the squared error that a coding step removes, with 13 fraction bits, by the magnitude in units of
+// the plane. Fs: a sample turns significant; index: the six bits below the plane. Fm: a refinement; index:
+// the plane's bit and the six below it. Lossless: the sample is exact afterwards; lossy: it becomes the
+// midpoint of its interval.
 inline constexpr auto FsLossless_LUT = tableOf<64>([](int k) { return 2 * (64 + k) * (64 + k); });
 inline constexpr auto FsLossy_LUT = tableOf<64>([](int k) { return 6144 + 384 * k; });
 inline constexpr auto FmLossless_LUT = tableOf<128>([](int k) { return 2 * (64 - k) * (64 - k); });
-inline constexpr auto FmLossy_LUT = tableOf<128>([](int k) { return k < 64 ? 6144 - 128 * k : 128 * k - 10240; });
+inline constexpr auto FmLossy_LUT =
+    tableOf<128>([](int k) { return k < 64 ? 6144 - 128 * k : 128 * k - 10240; });

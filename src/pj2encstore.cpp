@@ -1,16 +1,20 @@
-// pj2encstore.cpp - the second half of the code-block encoder: its passes become bytes, through buffers of any size, with
-// the rate at which the stream can be cut behind each pass and the length of each codeword segment.
+// pj2encstore.cpp - the second half of the code-block encoder: its passes become bytes, through buffers of
+// any size, with the rate at which the stream can be cut behind each pass and the length of each codeword
+// segment.
 #include "pj2encoder.h"
 
 #include <algorithm>
 
-// How many bytes beyond those that have left the coder decode the current pass, which is at its end. An upper bound by the
-// registers as they stand: the coder runs on undisturbed.
+// How many bytes beyond those that have left the coder decode the current pass, which is at its end. An upper
+// bound by the registers as they stand: the coder runs on undisturbed.
 static int rateSlack(const EncCoderState& s) {
     if (s.passIsRaw) return rawBitsPending(&s);
     if (!s.mqPending) return 0;
     const int limit = s.curByte >= 0xFE ? 22 : 23;
-    return (27 - s.ct > limit ? 5 : 4) - (s.bytesOut == 0);
+    // Bytes that a full buffer left in the queue count too, so that rates do not depend on the size of
+    // buffers.
+    const int queued = s.fifoCount - s.fifoRead;
+    return queued + (27 - s.ct > limit ? 5 : 4) - (s.bytesOut == 0);
 }
 
 // Books a pass that is finished, and goes on to the next.
@@ -20,7 +24,8 @@ static void endPass(EncCoderState& s) {
     s.passRate[s.curPass] = s.totalBytes + slack;
     // An exact rate may come out below earlier bounds; rates do not decrease.
     if (slack == 0)
-        for (int i = s.curPass; i > 0 && s.passRate[i] < s.passRate[i - 1]; --i) s.passRate[i - 1] = s.passRate[i];
+        for (int i = s.curPass; i > 0 && s.passRate[i] < s.passRate[i - 1]; --i)
+            s.passRate[i - 1] = s.passRate[i];
     s.passLen[s.curPass] = s.passBytes;
     s.decisionBase += s.passDecisions[s.curPass];
     ++s.curPass;
@@ -51,8 +56,8 @@ void encBufEncodeTermLastPass(EncCoderState* state, Zmx8u* pDst, int* pLen) {
     *pLen = written;
 }
 
-// A truncation point does not stay behind a 0xFF, which the decoder supplies itself. Looks at the finished passes that end
-// in the bytes of this call.
+// A truncation point does not stay behind a 0xFF, which the decoder supplies itself. Looks at the finished
+// passes that end in the bytes of this call.
 static void keepRatesOffFF(EncCoderState& s, const Zmx8u* dst, int written) {
     const int end = s.totalBytes + s.passBytes;
     const int start = end - written;
@@ -62,7 +67,8 @@ static void keepRatesOffFF(EncCoderState& s, const Zmx8u* dst, int written) {
     }
 }
 
-ZmxStatus zmxiEncodeStoreBits_JPEG2K_1u(Zmx8u* pDst, int* pDstLen, ZmxiEncodeState_JPEG2K* pState, int* pIsNotFinish) {
+ZmxStatus zmxiEncodeStoreBits_JPEG2K_1u(Zmx8u* pDst, int* pDstLen, ZmxiEncodeState_JPEG2K* pState,
+                                        int* pIsNotFinish) {
     if (ZmxStatus bad = stateArgs(pState).ptr(pDst).ptr(pDstLen).ptr(pIsNotFinish)) return bad;
     if (ZmxStatus bad = Args().size(*pDstLen)) return bad;
     EncCoderState& coder = *pState->pCoder;
@@ -73,7 +79,8 @@ ZmxStatus zmxiEncodeStoreBits_JPEG2K_1u(Zmx8u* pDst, int* pDstLen, ZmxiEncodeSta
 }
 
 int segmentCount(const EncCoderState& coder) {
-    if (!coder.passCount) return coder.termAll ? 0 : 1; // no pass is one segment of no bytes, unless all are terminated
+    if (!coder.passCount)
+        return coder.termAll ? 0 : 1; // no pass is one segment of no bytes, unless all are terminated
     int n = 0;
     for (int i = 0; i < coder.passCount; ++i) n += endsSegment(coder, i);
     return n;

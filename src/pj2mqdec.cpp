@@ -17,11 +17,14 @@ void mqDecoderInit(MQDecoderState* state, const Zmx8u* pData, int dataLen) {
 
 int mqDecoderDecode(MQDecoderState* state, int context) {
     MqContexts contexts(state->ctxState, state->ctxMPS);
-    return int(MqDecoder(*state, contexts).decode(Zmx32u(context)));
+    const Zmx32u decision = MqDecoder(*state).decode(contexts.at[context]);
+    contexts.save(state->ctxState, state->ctxMPS);
+    return int(decision);
 }
 
-// The bits that a predictable termination leaves unread make one more decision, with a probability set by their number,
-// a certain one. All bytes up to the 0xFF or the marker behind the segment must have been taken.
+// The bits that a predictable termination leaves unread make one more decision, with a probability set by
+// their number, a certain one. All bytes up to the 0xFF or the marker behind the segment must have been
+// taken.
 int mqDecoderCheckErrPredTerm(MQDecoderState* state) {
     const MqBytes bytes(*state);
     if (bytes.current() < 0xFF && !bytes.markerFound()) return 1;

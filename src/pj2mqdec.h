@@ -1,18 +1,16 @@
-// pj2mqdec.h - the MQ decoder (ISO/IEC 15444-1 C.3, in the software conventions of Annex J.1): its state, its routines
-// for one codeword segment, and the form in which the coding passes run it.
+// pj2mqdec.h - the MQ decoder (ISO/IEC 15444-1 C.3, in the software conventions of Annex J.1): its state, its
+// routines for one codeword segment, and the form in which the coding passes run it.
 #pragma once
 
 #include "pj2mqprobest.h"
 
-#include <bit>
-
 struct MQDecoderState {
-    const Zmx8u* pData; // the codeword segment
-    int dataLen;        // its length; zero or negative reads as empty
-    int bytePos;        // index of the byte most recently taken into creg (B of the standard)
-    Zmx32u areg;        // interval register, 16 bits, bit 15 set
-    Zmx32u creg;        // code register, inverted; its upper 16 bits are compared with areg
-    Zmx32u ct;          // bits left in creg before the next byte-in
+    const Zmx8u* pData;         // the codeword segment
+    int dataLen;                // its length; zero or negative reads as empty
+    int bytePos;                // index of the byte most recently taken into creg (B of the standard)
+    Zmx32u areg;                // interval register, 16 bits, bit 15 set
+    Zmx32u creg;                // code register, inverted; its upper 16 bits are compared with areg
+    Zmx32u ct;                  // bits left in creg before the next byte-in
     Zmx32u ctxState[kContexts]; // per context, its row of owniEstimator_JPEG2K
     Zmx32u ctxMPS[kContexts];   // per context, its more probable symbol
     Zmx32u markerFound;         // a marker has been met in this segment
@@ -24,21 +22,23 @@ void mqDecoderInit(MQDecoderState* state, const Zmx8u* pData, int dataLen);
 // Decodes one decision under a context, 0 to 18.
 int mqDecoderDecode(MQDecoderState* state, int context);
 
-// Whether the segment ended in another way than an error-free predictable termination would have ended it: 1 if so.
-// Uses up the state: it is the last thing done with a segment.
+// Whether the segment ended in another way than an error-free predictable termination would have ended it: 1
+// if so. Uses up the state: it is the last thing done with a segment.
 int mqDecoderCheckErrPredTerm(MQDecoderState* state);
 
 // Returns all contexts to their initial states.
 void mqDecoderResetCtx(MQDecoderState* state);
 
-// The bytes of an MQ segment. Behind its end there are 0xFF bytes, which look like a marker: nothing is read there.
+// The bytes of an MQ segment. Behind its end there are 0xFF bytes, which look like a marker: nothing is read
+// there.
 class MqBytes {
     const Zmx8u* data;
     int len, pos;
     Zmx32u marker;
 
 public:
-    explicit MqBytes(const MQDecoderState& s) : data(s.pData), len(s.dataLen), pos(s.bytePos), marker(s.markerFound) {}
+    explicit MqBytes(const MQDecoderState& s)
+        : data(s.pData), len(s.dataLen), pos(s.bytePos), marker(s.markerFound) {}
     void save(MQDecoderState& s) const {
         s.bytePos = pos;
         s.markerFound = marker;
@@ -48,8 +48,8 @@ public:
     Zmx32u current() const { return at(pos); }
     Zmx32u next() const { return at(pos + 1); }
 
-    // BYTEIN: adds the next byte to the code register and returns the number of its bits. A byte of 0x80 to 0x8F behind
-    // a 0xFF, which no encoder writes, carries into the bits above; the sums wrap.
+    // BYTEIN: adds the next byte to the code register and returns the number of its bits. A byte of 0x80 to
+    // 0x8F behind a 0xFF, which no encoder writes, carries into the bits above; the sums wrap.
     Zmx32u byteIn(Zmx32u& creg) {
         if (marker) return 8; // zero bits, which are ones to the inverted register, for ever
         const Zmx32u b1 = next();
@@ -73,62 +73,61 @@ private:
 
 // The decoder at work: registers in locals for the length of a pass, put back at the end.
 //
-// A decision is the MPS and changes nothing but the interval exactly when areg - Qe is above the upper half of creg and
-// still normalised. Both bounds are one, `floor`, which moves only on a renormalisation, so the register that a
-// decision works on is areg's `margin` over it, and its sign is the answer.
+// The interval stands in the upper half of its word, as the comparable part of the code register does. A
+// decision is the MPS and changes nothing but the interval exactly when areg - Qe is above creg and still
+// normalised. `floor` is both bounds in one; it moves only on a renormalisation.
 class MqDecoder {
     MQDecoderState& state;
-    MqContexts& contexts;
     MqBytes bytes;
-    Zmx32u creg, ct;
-    Zmx32u floor;
-    int margin;
+    Zmx32u areg, creg, floor;
+    int ct;
 
 public:
-    MqDecoder(MQDecoderState& s, MqContexts& c) : state(s), contexts(c), bytes(s), creg(s.creg), ct(s.ct) { setInterval(s.areg); }
+    explicit MqDecoder(MQDecoderState& s)
+        : state(s), bytes(s), areg(s.areg << 16), creg(s.creg), ct(int(s.ct)) {
+        setFloor();
+    }
     ~MqDecoder() {
         bytes.save(state);
-        state.areg = margin + floor;
+        state.areg = areg >> 16;
         state.creg = creg;
-        state.ct = ct;
-        contexts.save(state.ctxState, state.ctxMPS);
+        state.ct = Zmx32u(ct);
     }
     MqDecoder(const MqDecoder&) = delete;
     MqDecoder& operator=(const MqDecoder&) = delete;
 
-    [[gnu::always_inline]] Zmx32u decode(Zmx32u context) {
-        const MqContext c = contexts.at[context];
-        margin -= int(mqQe(c));
-        return margin >= 0 ? mqMps(c) : adapt(context, c);
+    [[gnu::always_inline]] Zmx32u decode(MqContext& context) {
+        const MqContext c = context;
+        areg -= mqQe(c);
+        return areg > floor ? mqMps(c) : adapt(context, c);
     }
 
 private:
-    void setInterval(Zmx32u areg) {
-        floor = creg >> 16 < 0x8000 ? 0x8000 : (creg >> 16) + 1;
-        margin = int(areg - floor);
+    void setFloor() { floor = creg > 0x7FFFFFFF ? creg : 0x7FFFFFFF; }
+
+    // All other outcomes: a renormalisation follows. Which of the four exchanges it is cannot be foretold, so
+    // it is worked out without branches.
+    [[gnu::always_inline]] Zmx32u adapt(MqContext& context, MqContext c) {
+        const Zmx32u qe = mqQe(c);
+        const Zmx32u upper = -Zmx32u(creg < areg); // a mask: the code is in the upper part of the interval
+        const Zmx32u isLps = (upper + 1) ^ Zmx32u(areg < qe);
+        context = mqNext(c, isLps);
+        creg = creg - areg + (areg & upper);
+        areg = qe ^ ((areg ^ qe) & upper);
+        renormalise();
+        setFloor();
+        return mqMps(c) ^ isLps;
     }
 
-    // All other outcomes: a renormalisation follows. Which of the four exchanges it is cannot be foretold, so it is
-    // worked out without branches.
-    [[gnu::always_inline]] Zmx32u adapt(Zmx32u context, MqContext c) {
-        const Zmx32u qe = mqQe(c);
-        Zmx32u areg = margin + floor;
-        const bool lower = areg <= creg >> 16;
-        const Zmx32u isLps = lower != (areg < qe);
-        creg -= lower ? areg << 16 : 0;
-        areg = lower ? qe : areg;
-        contexts.at[context] = mqNext(c, isLps);
-
-        Zmx32u shifts = std::countl_zero(areg) - 16;
+    [[gnu::always_inline]] void renormalise() {
+        int shifts = __builtin_clz(areg); // areg is never zero
         areg <<= shifts;
-        while (shifts > ct) {
-            creg <<= ct;
-            shifts -= ct;
-            ct = bytes.byteIn(creg);
-        }
+        while (shifts > ct) [[unlikely]] {
+                creg <<= ct;
+                shifts -= ct;
+                ct = int(bytes.byteIn(creg));
+            }
         creg <<= shifts;
         ct -= shifts;
-        setInterval(areg);
-        return mqMps(c) ^ isLps;
     }
 };

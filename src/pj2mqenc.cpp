@@ -1,5 +1,5 @@
-// pj2mqenc.cpp - the decision coders of the encoder, MQ and raw, which go through buffers of any size. The terminations
-// of MQ segments are in pj2mqterm.cpp.
+// pj2mqenc.cpp - the decision coders of the encoder, MQ and raw, which go through buffers of any size. The
+// terminations of MQ segments are in pj2mqterm.cpp.
 #include "pj2mqenc.h"
 
 #include <algorithm>
@@ -17,7 +17,8 @@ class Output {
 public:
     Zmx8u* at;
 
-    Output(EncCoderState& s, Zmx8u* dst, int* len) : state(s), begin(dst), end(dst + *len), written(len), at(dst) {}
+    Output(EncCoderState& s, Zmx8u* dst, int* len)
+        : state(s), begin(dst), end(dst + *len), written(len), at(dst) {}
     ~Output() {
         *written = int(at - begin);
         state.passBytes += *written;
@@ -43,11 +44,11 @@ public:
 // At most 15 shifts follow a decision, so no more bytes than these.
 constexpr int kBytesOfDecision = 3;
 
-// Codes decisions of the current pass until they are all coded or the output has come to `stop`, behind which there must
-// be room for kBytesOfDecision - 1 bytes more.
+// Codes decisions of the current pass until they are all coded or the output has come to `stop`, behind which
+// there must be room for kBytesOfDecision - 1 bytes more.
 //
-// An MPS that needs no renormalisation takes Qe from areg and adds it to creg, so the upper end of the interval, their
-// sum, stays. It is held here in creg's place: the common decision works on areg alone.
+// An MPS that needs no renormalisation takes Qe from areg and adds it to creg, so the upper end of the
+// interval, their sum, stays. It is held here in creg's place: the common decision works on areg alone.
 Zmx8u* codeDecisions(EncCoderState& s, Zmx8u* out, const Zmx8u* stop) {
     MqContexts contexts(s.ctxState, s.ctxMPS);
     Zmx32u areg = s.areg;
@@ -63,14 +64,14 @@ Zmx8u* codeDecisions(EncCoderState& s, Zmx8u* out, const Zmx8u* stop) {
         MqContext& held = contexts.at[*context++];
         const MqContext c = held;
         const Zmx32u isLps = mqMps(c) ^ *decision++;
-        const Zmx32u qe = mqQe(c);
+        const Zmx32u qe = mqQe(c) >> 16;
         areg -= qe;
         if (areg >> 15 > isLps) continue; // an MPS, and still normalised
 
         // Which of the four exchanges it is cannot be foretold, so it is worked out without branches.
-        const bool lower = (areg < qe) != bool(isLps);
-        top -= lower ? areg : 0;
-        areg = lower ? qe : areg;
+        const Zmx32u lower = -(Zmx32u(areg < qe) ^ isLps); // a mask: the interval becomes its lower part
+        top -= areg & lower;
+        areg ^= (areg ^ qe) & lower;
         held = mqNext(c, isLps);
 
         int shifts = std::countl_zero(areg) - 16;
@@ -111,8 +112,8 @@ Zmx8u* codeDecisions(EncCoderState& s, Zmx8u* out, const Zmx8u* stop) {
 
 bool decisionsLeft(const EncCoderState& s) { return s.passDecisionPos < s.passDecisionCount; }
 
-// Codes while there are decisions and space. The last bytes of the buffer are filled by way of the queue, which holds what
-// a decision puts out beyond the end.
+// Codes while there are decisions and space. The last bytes of the buffer are filled by way of the queue,
+// which holds what a decision puts out beyond the end.
 void codeMq(EncCoderState& s, Output& output) {
     output.drain();
     while (decisionsLeft(s) && output.space() > 0) {

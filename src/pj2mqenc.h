@@ -1,5 +1,5 @@
-// pj2mqenc.h - the decisions of a code block, and the coders that turn them into bytes: MQ (ISO/IEC 15444-1 C.2) with
-// its terminations, and raw.
+// pj2mqenc.h - the decisions of a code block, and the coders that turn them into bytes: MQ (ISO/IEC 15444-1
+// C.2) with its terminations, and raw.
 #pragma once
 
 #include "pj2mqprobest.h"
@@ -55,9 +55,10 @@ struct EncCoderState {
     Zmx32u termAll;                // ZMX_CB_TERMINATE_ALL, as it stands in the style
 };
 
-// BYTEOUT (C.2.8): settles the carry, pushes the finished byte, and takes the next one from the code register. Returns
-// the number of its bits, which are the shifts to the next call. Behind a 0xFF there is room for the carry to come: the
-// byte has seven bits, and the carry that the register holds already is the eighth.
+// BYTEOUT (C.2.8): settles the carry, pushes the finished byte, and takes the next one from the code
+// register. Returns the number of its bits, which are the shifts to the next call. Behind a 0xFF there is
+// room for the carry to come: the byte has seven bits, and the carry that the register holds already is the
+// eighth.
 template <class Push> [[gnu::always_inline]] inline int mqByteOut(Zmx32u& creg, Zmx32u& curByte, Push push) {
     if (curByte != 0xFF) {
         curByte += creg >> 27;
@@ -76,9 +77,9 @@ void mqEncoderStart(EncCoderState* state);
 // Ends an MQ segment by the method of mqTermType. Its last bytes go into the queue, which must be empty.
 void mqEncoderTerminate(EncCoderState* state);
 
-// Coding of the current pass into pDst, of capacity *pLen; *pLen becomes the bytes written, which are also added to
-// passBytes. Nothing is coded once the buffer is full.
-// Without termination, MQ or raw: returns the number of decisions still uncoded.
+// Coding of the current pass into pDst, of capacity *pLen; *pLen becomes the bytes written, which are also
+// added to passBytes. Nothing is coded once the buffer is full. Without termination, MQ or raw: returns the
+// number of decisions still uncoded.
 int decEncoderEncode(EncCoderState* state, Zmx8u* pDst, int* pLen);
 // With termination, MQ: returns 0 when the pass is terminated and all its bytes are delivered.
 int decEncoderMQEncodeAndTerminate(EncCoderState* state, Zmx8u* pDst, int* pLen);

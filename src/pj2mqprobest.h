@@ -1,30 +1,31 @@
-// pj2mqprobest.h - the probability estimation of the MQ coder (ISO/IEC 15444-1 C.2.5) for decoder and encoder: the
-// state table, the 19 contexts with their initial states, and the form in which the coders hold contexts at work.
+// pj2mqprobest.h - the probability estimation of the MQ coder (ISO/IEC 15444-1 C.2.5) for decoder and
+// encoder: the state table, the 19 contexts with their initial states, and the form in which the coders hold
+// contexts at work.
 #pragma once
 
 #include "pjtable.h"
 #include "zmxj.h"
 
-// A row of the state table: the LPS probability, the next row after an MPS and after an LPS, and whether the sense of
-// the MPS flips on an LPS.
+// A row of the state table: the LPS probability, the next row after an MPS and after an LPS, and whether the
+// sense of the MPS flips on an LPS.
 struct MqEstimate {
     Zmx32u qe, nmps, nlps, flip;
 };
 
 // ISO/IEC 15444-1 Table C.2.
 inline constexpr MqEstimate owniEstimator_JPEG2K[47] = {
-    {0x5601, 1, 1, 1},    {0x3401, 2, 6, 0},    {0x1801, 3, 9, 0},    {0x0AC1, 4, 12, 0},   // 0
-    {0x0521, 5, 29, 0},   {0x0221, 38, 33, 0},  {0x5601, 7, 6, 1},    {0x5401, 8, 14, 0},   // 4
-    {0x4801, 9, 14, 0},   {0x3801, 10, 14, 0},  {0x3001, 11, 17, 0},  {0x2401, 12, 18, 0},  // 8
-    {0x1C01, 13, 20, 0},  {0x1601, 29, 21, 0},  {0x5601, 15, 14, 1},  {0x5401, 16, 14, 0},  // 12
-    {0x5101, 17, 15, 0},  {0x4801, 18, 16, 0},  {0x3801, 19, 17, 0},  {0x3401, 20, 18, 0},  // 16
-    {0x3001, 21, 19, 0},  {0x2801, 22, 19, 0},  {0x2401, 23, 20, 0},  {0x2201, 24, 21, 0},  // 20
-    {0x1C01, 25, 22, 0},  {0x1801, 26, 23, 0},  {0x1601, 27, 24, 0},  {0x1401, 28, 25, 0},  // 24
-    {0x1201, 29, 26, 0},  {0x1101, 30, 27, 0},  {0x0AC1, 31, 28, 0},  {0x09C1, 32, 29, 0},  // 28
-    {0x08A1, 33, 30, 0},  {0x0521, 34, 31, 0},  {0x0441, 35, 32, 0},  {0x02A1, 36, 33, 0},  // 32
-    {0x0221, 37, 34, 0},  {0x0141, 38, 35, 0},  {0x0111, 39, 36, 0},  {0x0085, 40, 37, 0},  // 36
-    {0x0049, 41, 38, 0},  {0x0025, 42, 39, 0},  {0x0015, 43, 40, 0},  {0x0009, 44, 41, 0},  // 40
-    {0x0005, 45, 42, 0},  {0x0001, 45, 43, 0},  {0x5601, 46, 46, 0},                        // 44
+    {0x5601, 1, 1, 1},   {0x3401, 2, 6, 0},   {0x1801, 3, 9, 0},   {0x0AC1, 4, 12, 0},  // 0
+    {0x0521, 5, 29, 0},  {0x0221, 38, 33, 0}, {0x5601, 7, 6, 1},   {0x5401, 8, 14, 0},  // 4
+    {0x4801, 9, 14, 0},  {0x3801, 10, 14, 0}, {0x3001, 11, 17, 0}, {0x2401, 12, 18, 0}, // 8
+    {0x1C01, 13, 20, 0}, {0x1601, 29, 21, 0}, {0x5601, 15, 14, 1}, {0x5401, 16, 14, 0}, // 12
+    {0x5101, 17, 15, 0}, {0x4801, 18, 16, 0}, {0x3801, 19, 17, 0}, {0x3401, 20, 18, 0}, // 16
+    {0x3001, 21, 19, 0}, {0x2801, 22, 19, 0}, {0x2401, 23, 20, 0}, {0x2201, 24, 21, 0}, // 20
+    {0x1C01, 25, 22, 0}, {0x1801, 26, 23, 0}, {0x1601, 27, 24, 0}, {0x1401, 28, 25, 0}, // 24
+    {0x1201, 29, 26, 0}, {0x1101, 30, 27, 0}, {0x0AC1, 31, 28, 0}, {0x09C1, 32, 29, 0}, // 28
+    {0x08A1, 33, 30, 0}, {0x0521, 34, 31, 0}, {0x0441, 35, 32, 0}, {0x02A1, 36, 33, 0}, // 32
+    {0x0221, 37, 34, 0}, {0x0141, 38, 35, 0}, {0x0111, 39, 36, 0}, {0x0085, 40, 37, 0}, // 36
+    {0x0049, 41, 38, 0}, {0x0025, 42, 39, 0}, {0x0015, 43, 40, 0}, {0x0009, 44, 41, 0}, // 40
+    {0x0005, 45, 42, 0}, {0x0001, 45, 43, 0}, {0x5601, 46, 46, 0},                      // 44
 };
 
 // Context numbers; this library's own, 2 above the labels of the standard where those have numbers.
@@ -33,18 +34,23 @@ inline constexpr Zmx32u kUniformContext = 0;    // the run-length pair and the s
 inline constexpr Zmx32u kRunLengthContext = 1;  // the run-length decision of a cleanup pass
 inline constexpr Zmx32u kZeroCodingContext = 2; // 2 to 10: zero coding; 2: no significant neighbour
 inline constexpr Zmx32u kSignContext = 11;      // 11 to 15: sign coding
-inline constexpr Zmx32u kRefineContext = 16;    // 16, 17: first refinement without and with a significant neighbour; 18: later
+inline constexpr Zmx32u kRefineContext =
+    16; // 16, 17: first refinement without and with a significant neighbour
+inline constexpr Zmx32u kLaterRefinementContext = 18;
 
 // ISO/IEC 15444-1 Table D.7.
 inline constexpr Zmx32u owniInitialCtxIndexes_JPEG2K[kContexts] = {46, 3, 4};
 inline constexpr Zmx32u owniInitialMPS_JPEG2K[kContexts] = {};
 
-// A context at work is one word, so that a decision loads once: Qe in the upper 16 bits, twice the row of the state
-// table plus the MPS below.
+// A context at work is one word, so that a decision loads once: Qe in the upper half, and below it twice the
+// row of the state table plus the MPS.
 using MqContext = Zmx32u;
 
-constexpr MqContext mqContext(Zmx32u row, Zmx32u mps) { return owniEstimator_JPEG2K[row].qe << 16 | row << 1 | mps; }
-constexpr Zmx32u mqQe(MqContext c) { return c >> 16; }
+constexpr MqContext mqContext(Zmx32u row, Zmx32u mps) {
+    return owniEstimator_JPEG2K[row].qe << 16 | row << 1 | mps;
+}
+constexpr Zmx32u mqQe(MqContext c) { return c & 0xFFFF0000; } // in the upper half
+constexpr Zmx32u mqRowAndMps(MqContext c) { return c & 0xFF; }
 constexpr Zmx32u mqMps(MqContext c) { return c & 1; }
 
 // What becomes of a context: entry 0 after an MPS, entry 1 after an LPS.
@@ -56,12 +62,13 @@ inline constexpr auto mqTransitions = tableOf<2 * 47>([](int i) {
     const Zmx32u mps = i & 1;
     return MqTransition{mqContext(e.nmps, mps), mqContext(e.nlps, mps ^ e.flip)};
 });
-static_assert(mqTransitions[0].after[1] == (0x3401u << 16 | 2 | 1) && mqTransitions[93].after[0] == mqContext(46, 1));
+static_assert(mqTransitions[0].after[0] == (0x3401u << 16 | 2) &&
+              mqTransitions[93].after[0] == mqContext(46, 1));
 
-constexpr MqContext mqNext(MqContext c, Zmx32u isLps) { return mqTransitions[c & 0xFF].after[isLps]; }
+constexpr MqContext mqNext(MqContext c, Zmx32u isLps) { return mqTransitions[mqRowAndMps(c)].after[isLps]; }
 
-// The contexts of a coder for the length of one call. A local of its own beside the coder's registers, which then stay
-// in the processor's: an array indexed at run time would hold a common object in memory.
+// The contexts of a coder for the length of one call. A local of its own beside the coder's registers, which
+// then stay in the processor's: an array indexed at run time would hold a common object in memory.
 struct MqContexts {
     MqContext at[kContexts];
 
@@ -70,7 +77,7 @@ struct MqContexts {
     }
     void save(Zmx32u* rows, Zmx32u* mps) const {
         for (int i = 0; i < kContexts; ++i) {
-            rows[i] = (at[i] & 0xFF) >> 1;
+            rows[i] = mqRowAndMps(at[i]) >> 1;
             mps[i] = mqMps(at[i]);
         }
     }

@@ -34,9 +34,10 @@ void terminateEasily(EncCoderState& s) {
     if (s.curByte != 0xFF) byteOut(s);
 }
 
-// The search for the shortest string of bytes in the interval from `low` to `high`, of which the decoder completes the
-// rest with 0xFF. Both ends are followed byte by byte: lowByte and highByte are what the next byte may be at the least and
-// at the most, with what highByte is ahead carried along, so that beyond the largest byte the next one is free.
+// The search for the shortest string of bytes in the interval from `low` to `high`, of which the decoder
+// completes the rest with 0xFF. Both ends are followed byte by byte: lowByte and highByte are what the next
+// byte may be at the least and at the most, with what highByte is ahead carried along, so that beyond the
+// largest byte the next one is free.
 class NearOptimal {
     EncCoderState& s;
     Zmx32u low, high; // the rest of the ends, 27 bits
@@ -45,7 +46,8 @@ class NearOptimal {
 
 public:
     explicit NearOptimal(EncCoderState& state)
-        : s(state), low(s.creg << s.ct), high((s.creg + s.areg) << s.ct), lowByte(int(s.curByte)), highByte(lowByte) {}
+        : s(state), low(s.creg << s.ct), high((s.creg + s.areg) << s.ct), lowByte(int(s.curByte)),
+          highByte(lowByte) {}
 
     void terminate() {
         search();
@@ -115,9 +117,14 @@ private:
 
 void mqEncoderTerminate(EncCoderState* state) {
     switch (state->mqTermType) {
-    case ZMX_MQ_TERM_EASY: terminateEasily(*state); break;
-    case ZMX_MQ_TERM_NEAR_OPTIMAL: NearOptimal(*state).terminate(); break;
-    default: flush(*state);
+    case ZMX_MQ_TERM_EASY:
+        terminateEasily(*state);
+        break;
+    case ZMX_MQ_TERM_NEAR_OPTIMAL:
+        NearOptimal(*state).terminate();
+        break;
+    default:
+        flush(*state);
     }
     state->mqPending = 0;
 }

@@ -22,11 +22,9 @@ public:
     // With the easy termination every segment is tested when it is decoded. Planes below the lowest coded one
     // are cut off; what is above comes back.
     void run(const BlockSamples& samples, ZmxiSize size, const EncodeChoice& how) {
-        int sfBits, passes, terms, more, n = int(bytes.size());
-        ASSERT_EQ(zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(
-                      reinterpret_cast<const Zmx32s*>(samples.data()), size.width * 4, size, encoder,
-                      how.subband, how.magnBits, how.termination, 0, how.style, &sfBits, &passes, &terms),
-                  zmxStsNoErr);
+        const CodedBlock c = loadBlock(encoder, samples, size, how);
+        const int passes = c.passes, terms = c.segments;
+        int more, n = int(bytes.size());
         ASSERT_EQ(zmxiEncodeStoreBits_JPEG2K_1u(bytes.data(), &n, encoder, &more), zmxStsNoErr);
         ASSERT_EQ(more, 0);
         int sum = 0;
@@ -35,7 +33,7 @@ public:
             sum += lengths[std::size_t(i)];
         }
         ASSERT_EQ(sum, n);
-        const int base = 31 - how.magnBits, planes = std::max(sfBits - base, 0);
+        const int base = 31 - how.magnBits, planes = std::max(c.sfBits - base, 0);
         const Zmx32u style = how.style | (how.termination == ZMX_MQ_TERM_EASY ? ZMX_CB_ERROR_PREDICTION : 0);
         ASSERT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(bytes.data(), decoded.data(), size.width * 4, size,
                                                        how.subband, planes, passes, lengths.data(),
@@ -50,15 +48,6 @@ public:
         segments += passes ? terms : 0;
     }
 };
-
-EncodeChoice choice(Zmx32u style, int termination, int magnBits, int subband) {
-    EncodeChoice c;
-    c.style = style;
-    c.termination = termination;
-    c.magnBits = magnBits;
-    c.subband = subband;
-    return c;
-}
 
 } // namespace
 

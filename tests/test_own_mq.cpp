@@ -273,6 +273,35 @@ TEST(MqDecoder, RegisterByRegisterOnAnyBytes) {
     }
 }
 
+// From any registers: what takes long to come up, such as the ends of intervals that meet exactly.
+TEST(MqDecoder, AnyRegisters) {
+    Rng rng(0x6102);
+    const Bytes bytes = {0x12, 0xFF, 0x34, 0xFF, 0x8F, 0xFF, 0x90, 0x56};
+    for (int n = 0; n < 200000; ++n) {
+        const int context = int(rng.range(0, 18));
+        model::MqDecoder m;
+        model::MqContexts x;
+        MQDecoderState s{};
+        m.start(bytes.data(), int(bytes.size()));
+        mqDecoderInit(&s, bytes.data(), int(bytes.size()));
+        for (int i = 0; i < kContexts; ++i) {
+            s.ctxState[i] = Zmx32u(x.row[i] = int(rng.range(0, 46)));
+            s.ctxMPS[i] = Zmx32u(x.mps[i] = int(rng.range(0, 1)));
+        }
+        const Zmx32u qe = model::kQe[x.row[context]].qe;
+        s.areg = m.a = rng.oneIn(4) ? std::min(0x8000 + qe, 0xFFFFu) : Zmx32u(rng.range(0x8000, 0xFFFF));
+        Zmx32u high = Zmx32u(rng.range(0, rng.oneIn(4) ? 0xFFFF : m.a - 1));
+        if (rng.oneIn(2)) high = m.a - qe + Zmx32u(rng.range(-1, 1));
+        s.creg = m.c = high << 16 | Zmx32u(rng.range(0, 0xFFFF));
+        s.ct = m.ct = Zmx32u(rng.range(0, 8));
+        s.bytePos = m.at = int(rng.range(0, 8));
+        ASSERT_EQ(m.decode(x, context), mqDecoderDecode(&s, context)) << n;
+        ASSERT_TRUE(sameState(m, x, s)) << n;
+        ASSERT_EQ(m.endsWrongly() ? 1 : 0, mqDecoderCheckErrPredTerm(&s)) << n;
+        ASSERT_TRUE(sameState(m, x, s)) << n;
+    }
+}
+
 // Every way through the test of the end, from registers set by hand.
 TEST(MqDecoder, TheTestOfTheEnd) {
     struct State {
@@ -371,6 +400,40 @@ TEST(MqEncoder, WithoutTermination) {
         actual.insert(actual.end(), rest.begin(), rest.end());
         if (e.pending) e.terminate(method);
         ASSERT_TRUE(sameBytes(e.out, actual));
+    }
+}
+
+// From any registers that a coder can have: the carries into a 0xFF and the long runs of 0xFF that take long
+// to come up.
+TEST(MqEncoder, TerminationsFromAnyRegisters) {
+    Rng rng(0x6404);
+    for (int n = 0; n < 60000; ++n) {
+        SCOPED_TRACE(n);
+        const int method = n % 3;
+        Coder coder(method);
+        model::MqEncoder e;
+        e.ct = int(rng.range(1, 12));
+        // At the last byte-out the code register was left below its byte, so that the interval, shifted up to
+        // the next byte-out, ends less than a byte's carry above bit 27.
+        const Zmx32u end = (0x8000000u + 0x1000000u) >> e.ct;
+        e.a = Zmx32u(rng.range(0x8000, std::min(0xFFFFu, end)));
+        const Zmx32u most = end - e.a;
+        e.c = Zmx32u(rng.range(0, most));
+        if (rng.oneIn(2)) e.c = most - std::min(most, Zmx32u(rng.range(0, 0x30000)) >> rng.range(0, 17));
+        if (rng.oneIn(4)) e.c = std::min(most, (0x8000000u >> e.ct) - Zmx32u(rng.range(0, 0x8000)));
+        e.b = Zmx32u(rng.oneIn(3) ? 0xFF : rng.range(0xFD - (rng.oneIn(2) ? 0xFD : 0), 0xFF));
+        e.bytesOut = int(rng.range(1, 5));
+        e.pending = true;
+        e.ahead = false;
+        coder.areg = e.a;
+        coder.creg = e.c;
+        coder.ct = e.ct;
+        coder.curByte = e.b;
+        coder.bytesOut = e.bytesOut;
+        coder.mqPending = 1;
+        coder.dropFirstByte = 0;
+        e.terminate(method);
+        ASSERT_TRUE(sameBytes(e.out, coder.terminated(Decisions())));
     }
 }
 

@@ -62,6 +62,7 @@ public:
     std::uint32_t a, c, b;
     int ct, bytesOut;
     bool pending; // decisions coded since the last termination
+    bool ahead;   // the next byte pushed is the one ahead of the segment
 
 private:
     void renormalise();
@@ -70,8 +71,6 @@ private:
     void flush();
     void easy();
     void nearOptimal();
-
-    bool ahead; // the next byte pushed is the one ahead of the segment
 };
 
 } // namespace model

@@ -106,15 +106,25 @@ struct EncodeChoice {
     int subband = 0, magnBits = 31, termination = 0;
     Zmx32u style = 0;
 };
+inline EncodeChoice choice(Zmx32u style, int termination = 0, int magnBits = 31, int subband = 0) {
+    return {subband, magnBits, termination, style};
+}
 
-// Loads and stores a block with buffers of a capacity.
-inline CodedBlock encodeBlock(ZmxiEncodeState_JPEG2K* state, const BlockSamples& samples, ZmxiSize size,
-                              const EncodeChoice& how, int capacity = 1 << 16) {
+// Loads a block; of the coded block it tells the counts.
+inline CodedBlock loadBlock(ZmxiEncodeState_JPEG2K* state, const BlockSamples& samples, ZmxiSize size,
+                            const EncodeChoice& how) {
     CodedBlock c;
     EXPECT_EQ(zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(
                   reinterpret_cast<const Zmx32s*>(samples.data()), size.width * 4, size, state, how.subband,
                   how.magnBits, how.termination, 0, how.style, &c.sfBits, &c.passes, &c.segments),
               zmxStsNoErr);
+    return c;
+}
+
+// Loads and stores a block with buffers of a capacity.
+inline CodedBlock encodeBlock(ZmxiEncodeState_JPEG2K* state, const BlockSamples& samples, ZmxiSize size,
+                              const EncodeChoice& how, int capacity = 1 << 16) {
+    CodedBlock c = loadBlock(state, samples, size, how);
     std::vector<Zmx8u> piece(static_cast<std::size_t>(capacity));
     for (int more = 1; more;) {
         int n = capacity;
