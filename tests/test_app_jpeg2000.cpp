@@ -197,11 +197,11 @@ TEST(Jpeg2000, EachLayerImprovesThePicture) {
 
 TEST(Jpeg2000, QualityTargetsAreMet) {
     const Picture p = picture({.width = 160, .height = 120, .components = 3});
-    for (const double target : {30.0, 36.0, 42.0}) {
+    for (const double target : {30.0, 36.0, 42.0, 52.0}) {
         EncodeOptions o;
         o.reversible = false;
         o.psnrs = {target};
-        EXPECT_NEAR(psnr(p, decoded(encode(p, o))), target, 0.6);
+        EXPECT_NEAR(psnr(p, decoded(encode(p, o))), target, 0.1);
     }
 }
 
@@ -371,7 +371,7 @@ TEST(Jpeg2000, WrongPicturesAndOptionsAreRefused) {
     refused([](EncodeOptions& o, Picture&) { o.blockWidth = 128; });
     refused([](EncodeOptions& o, Picture&) { o.precincts = {{1, 64}}; });
     refused([](EncodeOptions& o, Picture&) { o.tileX = 1; });
-    refused([](EncodeOptions& o, Picture&) { o.baseStep = 0; });
+    refused([](EncodeOptions& o, Picture&) { o.baseStep = 0.01; });
     refused([](EncodeOptions&, Picture& q) { q.components[0].samples[5] = 256; });
     refused([](EncodeOptions&, Picture& q) { q.components[0].samples.pop_back(); });
     refused([](EncodeOptions&, Picture& q) { q.components[0].depth = 17; });

@@ -201,7 +201,7 @@ void addEncode(CLI::App& app) {
     c->add_flag("--sop", o.sop, "a marker before each packet");
     c->add_flag("--eph", o.eph, "a marker behind each packet header");
     c->add_flag("--tile-parts", o.tilePartsByResolution, "a tile-part for each run of packets of one resolution");
-    c->add_option("--step", o.baseStep, "quantiser step of 8-bit samples")->capture_default_str()->check(CLI::Range(1.0 / 64, 64.0));
+    c->add_option("--step", o.baseStep, "quantiser step of 8-bit samples, 1/64 to 64; 0: 1, less for a high --psnr")->capture_default_str()->check(CLI::Range(0.0, 64.0));
     c->add_option("--threads", o.threads, "0: one for each processor")->capture_default_str()->check(CLI::Range(0, 256));
     c->footer("Examples:\n"
               "  zmx j2k encode scan.pgm scan.jp2\n"

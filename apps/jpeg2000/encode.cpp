@@ -79,6 +79,13 @@ double normOf(bool reversible, int levels, int resolution, Orientation o) {
     return waveletNorm(reversible, resolution == 0 ? levels : levels - resolution + 1, o);
 }
 
+// The step for what is asked: 1 serves up to 46 dB, and each further 6 dB want half of it.
+double baseStepOf(const EncodeOptions& o) {
+    if (o.baseStep > 0) return o.baseStep;
+    const double most = o.psnrs.empty() ? 0 : *std::max_element(o.psnrs.begin(), o.psnrs.end());
+    return std::clamp(std::exp2((46 - most) / 6), 1.0 / 64, 1.0);
+}
+
 // Step sizes that give each band's errors the same weight in the picture.
 Quantization quantizationOf(const EncodeOptions& o, int depth) {
     Quantization q;
@@ -90,7 +97,7 @@ Quantization quantizationOf(const EncodeOptions& o, int depth) {
                 q.steps.push_back({range, 0});
                 continue;
             }
-            const double step = std::ldexp(o.baseStep, depth - 8) / normOf(false, o.levels, r, band);
+            const double step = std::ldexp(baseStepOf(o), depth - 8) / normOf(false, o.levels, r, band);
             const int power = int(std::floor(std::log2(step)));
             const int mantissa = std::min(int((std::ldexp(step, -power) - 1) * 2048 + 0.5), 2047);
             q.steps.push_back({std::clamp(range - power, 0, 31), mantissa});
@@ -196,7 +203,8 @@ class Encoder {
         return bytes;
     }
 
-    void allocate() {
+    // `psnrs` are what to aim at for options.psnrs.
+    void allocate(const std::vector<double>& psnrs) {
         RateTarget target;
         const double pixels = double(size.x1 - size.x0) * double(size.y1 - size.y0);
         const double overhead = double(mainHeader().size()) + 14.0 * double(tiles.size()) + 2;
@@ -204,8 +212,21 @@ class Encoder {
         double samples = 0;
         for (const Component& c : picture.components) samples += double(c.samples.size());
         const double peak = (1 << picture.components[0].depth) - 1;
-        for (const double psnr : options.psnrs) target.errors.push_back(peak * peak * samples * std::pow(10, -psnr / 10));
+        for (const double psnr : psnrs) target.errors.push_back(peak * peak * samples * std::pow(10, -psnr / 10));
         allocateLayers(tiles, size, headers, target);
+    }
+
+    // PSNR of the picture as a decoder of so many layers has it.
+    double measured(const std::vector<std::uint8_t>& bytes, int layers) const {
+        const Picture back = decode(bytes.data(), bytes.size(), {0, layers, ~std::size_t(0), threads});
+        double error = 0, samples = 0;
+        for (std::size_t c = 0; c < back.components.size(); ++c) {
+            const auto &a = picture.components[c].samples, &b = back.components[c].samples;
+            for (std::size_t i = 0; i < a.size(); ++i) error += (double(a[i]) - b[i]) * (double(a[i]) - b[i]);
+            samples += double(a.size());
+        }
+        const double peak = (1 << picture.components[0].depth) - 1;
+        return error == 0 ? 150 : 10 * std::log10(peak * peak * samples / error);
     }
 
     // The packets of a tile, and the packet headers where they are kept apart, part by part.
@@ -295,7 +316,7 @@ public:
         : picture(p), options(o), threads(threadCount(o.threads)), size(sizeOf(p, o)), blockEncoders(std::size_t(threads)) {
         const std::size_t layers = std::max({o.rates.size(), o.psnrs.size(), std::size_t(1)});
         need(layers <= std::size_t(maxLayers), "more than 65535 layers");
-        need(o.baseStep >= 1.0 / 64 && o.baseStep <= 64, "a step size that is not 1/64 to 64");
+        need(o.baseStep == 0 || (o.baseStep >= 1.0 / 64 && o.baseStep <= 64), "a step size that is not 1/64 to 64");
         headers.tile = {o.sop, o.eph, o.progression, int(layers), o.colourTransform && canTransform(p)};
         headers.coding.assign(p.components.size(), styleOf(o));
         for (const Component& c : p.components) headers.quant.push_back(quantizationOf(o, c.depth));
@@ -307,8 +328,17 @@ public:
     std::vector<std::uint8_t> run() {
         for (int t = 0; t < size.tiles(); ++t) encodeTile(t);
         settleBitPlanes();
-        allocate();
-        return write();
+        std::vector<double> aims = options.psnrs;
+        allocate(aims);
+        std::vector<std::uint8_t> bytes = write();
+        // Errors of coefficients only come close to those of samples: decode, and aim by so much higher or lower.
+        for (int round = 0; round < 2 && !aims.empty(); ++round) {
+            for (std::size_t layer = 0; layer < aims.size(); ++layer)
+                aims[layer] += options.psnrs[layer] - measured(bytes, int(layer) + 1);
+            allocate(aims);
+            bytes = write();
+        }
+        return bytes;
     }
 };
 

@@ -78,7 +78,7 @@ struct EncodeOptions {
     // What the layers hold, the smallest first: bits a pixel, or dB. Empty: one layer of everything. An infinite
     // last entry stands for everything.
     std::vector<double> rates = {}, psnrs = {};
-    double baseStep = 1;     // quantiser step of 8-bit samples at a basis function of norm 1
+    double baseStep = 0;     // quantiser step of 8-bit samples at a basis function of norm 1; 0: by what is asked
     bool jp2 = true;         // JP2 boxes around the codestream
     int threads = 0;         // 0: one a processor. The bytes do not depend on it
 };
