@@ -90,42 +90,6 @@ class Decoder {
         return true;
     }
 
-public:
-    Decoder(const Codestream& s, const DecodeOptions& o, Picture& p)
-        : stream(s), options(o), threads(threadCount(o.threads)), picture(p), blockDecoders(std::size_t(threads)) {}
-
-    void decodeTile(int index, const TileData& data) {
-        const HeaderSet headers = tileHeaders(stream, data);
-        std::size_t samples = 0;
-        const Rect area = tileRect(stream.size, index);
-        for (const SizComponent& c : stream.size.components) samples += componentRect(area, c).area();
-        const Tile tile = layOutTile(stream.size, headers, index, samples / 4 + 65536);
-
-        std::vector<std::uint8_t> bodyMemory, headerMemory;
-        const Span body = join(data.bodies, bodyMemory);
-        const bool packed = joinPackedHeaders(data, headerMemory);
-        PacketReader reader(tile, headers, body, {headerMemory.data(), headerMemory.size()}, packed,
-                            options.layers > 0 ? options.layers : maxLayers, options.reduce);
-        readPackets(tile, headers, reader, index);
-
-        std::vector<Plane> planes;
-        for (std::size_t c = 0; c < tile.components.size(); ++c) {
-            const Rect r = reducedRect(tile.components[c].rect, reduction(headers.coding[c]));
-            planes.push_back(r.empty() ? Plane() : Plane(r.width(), r.height()));
-        }
-        decodeBlocks(tile, headers, reader, planes, index);
-        for (std::size_t c = 0; c < planes.size(); ++c) // each with all threads, or all with one each
-            if (headers.coding[c].reversible) continue;
-            else inverse(tile, headers, c, planes[c], threads);
-        parallelFor(planes.size(), threads, [&](std::size_t c, int) {
-            if (headers.coding[c].reversible) inverse(tile, headers, c, planes[c], 1);
-        });
-        if (coloured(headers, planes)) inverseColour(planes, headers.coding[0].reversible, stream.size.components[0].depth);
-        else if (headers.tile.colourTransform) warn(index, "a component transform of components that differ is left out");
-        parallelFor(planes.size(), threads, [&](std::size_t c, int) { place(tile, headers, c, planes[c]); });
-    }
-
-private:
     void inverse(const Tile& tile, const HeaderSet& headers, std::size_t c, Plane& plane, int team) {
         const CodingStyle& style = headers.coding[c];
         for (int r = 1; r <= style.levels - reduction(style); ++r)
@@ -154,6 +118,40 @@ private:
 
 public:
     static Rect imageRect(const ImageSize& s) { return {s.x0, s.y0, s.x1, s.y1}; }
+
+    Decoder(const Codestream& s, const DecodeOptions& o, Picture& p)
+        : stream(s), options(o), threads(threadCount(o.threads)), picture(p), blockDecoders(std::size_t(threads)) {}
+
+    void decodeTile(int index, const TileData& data) {
+        const HeaderSet headers = tileHeaders(stream, data);
+        std::size_t samples = 0;
+        const Rect area = tileRect(stream.size, index);
+        for (const SizComponent& c : stream.size.components) samples += componentRect(area, c).area();
+        const Tile tile = layOutTile(stream.size, headers, index, samples / 4 + 65536);
+
+        std::vector<std::uint8_t> bodyMemory, headerMemory;
+        const Span body = join(data.bodies, bodyMemory);
+        const bool packed = joinPackedHeaders(data, headerMemory);
+        PacketReader reader(tile, headers, body, {headerMemory.data(), headerMemory.size()}, packed,
+                            options.layers > 0 ? options.layers : maxLayers, options.reduce);
+        readPackets(tile, headers, reader, index);
+
+        std::vector<Plane> planes;
+        for (std::size_t c = 0; c < tile.components.size(); ++c) {
+            const Rect r = reducedRect(tile.components[c].rect, reduction(headers.coding[c]));
+            planes.push_back(r.empty() ? Plane() : Plane(r.width(), r.height()));
+        }
+        decodeBlocks(tile, headers, reader, planes, index);
+        // The 9/7 filter shares a plane out among all threads; the 5/3 filter takes a thread for a plane.
+        for (std::size_t c = 0; c < planes.size(); ++c)
+            if (!headers.coding[c].reversible) inverse(tile, headers, c, planes[c], threads);
+        parallelFor(planes.size(), threads, [&](std::size_t c, int) {
+            if (headers.coding[c].reversible) inverse(tile, headers, c, planes[c], 1);
+        });
+        if (coloured(headers, planes)) inverseColour(planes, headers.coding[0].reversible, stream.size.components[0].depth);
+        else if (headers.tile.colourTransform) warn(index, "a component transform of components that differ is left out");
+        parallelFor(planes.size(), threads, [&](std::size_t c, int) { place(tile, headers, c, planes[c]); });
+    }
 };
 
 Picture decodeCodestream(Span file, const DecodeOptions& options) {

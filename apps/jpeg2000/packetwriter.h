@@ -22,7 +22,7 @@ class PacketWriter {
     std::vector<std::vector<std::vector<PrecinctTrees>>> trees;
 
     void makeTrees(PrecinctTrees& tree, const Precinct& precinct, std::size_t component) const;
-    std::size_t writeBlock(class BitWriter& bits, const CodedBlock& block, Progress& done, int until) const;
+    std::size_t writeBlock(BitWriter& bits, const CodedBlock& block, Progress& done, int until) const;
 
 public:
     PacketWriter(const EncodedTile& encoded, const HeaderSet& set);
