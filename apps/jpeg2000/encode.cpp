@@ -235,7 +235,7 @@ class Encoder {
     };
     std::vector<TilePart> partsOf(const EncodedTile& tile) const {
         std::vector<TilePart> parts(1);
-        PacketWriter writer(tile, headers);
+        PacketWriter writer(tile);
         int resolution = -1, packets = 0;
         forEachPacket(size, tile.layout, headers, [&](const PacketId& id) {
             const bool split = options.tilePartsByResolution && resolution >= 0 && id.resolution != resolution;

@@ -38,7 +38,7 @@ template <class Use> void forEachBlock(const Precinct& p, Use use) {
 
 } // namespace
 
-PacketWriter::PacketWriter(const EncodedTile& encoded, const HeaderSet& set) : tile(encoded), headers(set) {
+PacketWriter::PacketWriter(const EncodedTile& encoded) : tile(encoded) {
     for (const TileComponent& c : tile.layout.components) {
         progress.emplace_back(c.blocks.size());
         trees.emplace_back();

@@ -14,7 +14,6 @@ struct EncodedTile {
 // The packets of one tile, from its first layer on. It keeps account of what has been written.
 class PacketWriter {
     const EncodedTile& tile;
-    const HeaderSet& headers;
     struct Progress {
         int passes = 0, lengthBits = 3;
     };
@@ -25,7 +24,7 @@ class PacketWriter {
     std::size_t writeBlock(BitWriter& bits, const CodedBlock& block, Progress& done, int until) const;
 
 public:
-    PacketWriter(const EncodedTile& encoded, const HeaderSet& set);
+    explicit PacketWriter(const EncodedTile& encoded);
     // Writes a packet's header to `header` and tells how long its body is.
     std::size_t writeHeader(const PacketId& id, std::vector<std::uint8_t>& header);
     // The body of a packet, as its block's layers say; needs no order.

@@ -78,7 +78,7 @@ class Allocator {
         double bytes = 0;
         std::vector<std::uint8_t> header;
         for (const EncodedTile& tile : tiles) {
-            PacketWriter writer(tile, headers);
+            PacketWriter writer(tile);
             forEachPacket(size, tile.layout, these, [&](const PacketId& id) {
                 header.clear();
                 bytes += double(writer.writeHeader(id, header));
