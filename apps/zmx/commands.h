@@ -13,3 +13,4 @@ void addImageCommands(CLI::App& app);
 void addJpegCommands(CLI::App& app);
 void addTiffCommands(CLI::App& app);
 void addHdpCommands(CLI::App& app);
+void addJpeg2000Commands(CLI::App& app);

@@ -16,6 +16,7 @@ int main(int argc, char** argv) {
     addJpegCommands(app);
     addTiffCommands(app);
     addHdpCommands(app);
+    addJpeg2000Commands(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {

@@ -1,0 +1,98 @@
+// jpeg2000.h - JPEG2000 Part 1 files in memory (ISO/IEC 15444-1): pictures to bytes and back.
+//
+// A picture is a list of components, each with its own size, depth and sign.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace jpeg2000 {
+
+// A file that cannot be decoded, or a picture that cannot be encoded. what() is one line, with the byte offset
+// where there is one.
+struct Error : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+struct Component {
+    int dx = 1, dy = 1; // one sample for dx by dy points of the reference grid
+    int depth = 8;      // bits a sample, 1 to 16
+    bool isSigned = false;
+    int width = 0, height = 0;
+    std::vector<std::int32_t> samples; // row by row, without gaps
+
+    int smallest() const { return isSigned ? -(1 << (depth - 1)) : 0; }
+    int largest() const { return (1 << (isSigned ? depth - 1 : depth)) - 1; }
+};
+
+enum class Colour { unknown, grey, sRgb, sYcc };
+
+struct Picture {
+    std::uint32_t x0 = 0, y0 = 0, x1 = 0, y1 = 0; // the image area on the reference grid
+    std::vector<Component> components;
+    Colour colour = Colour::unknown;
+    int alpha = -1; // the component that holds the opacity, or -1
+    // What was wrong with a file that could be decoded in part, a line each; empty for a sound file.
+    std::vector<std::string> warnings;
+};
+
+// Orders of packets, in the codes of Table A.16.
+enum class Progression { LRCP, RLCP, RPCL, PCRL, CPRL };
+
+// Bits of the code-block style byte (Table A.19).
+enum BlockStyle : unsigned {
+    styleBypass = 1,
+    styleReset = 2,
+    styleTerminateAll = 4,
+    styleCausal = 8,
+    stylePredictable = 16,
+    styleSegmentation = 32
+};
+
+// One record of a POC marker segment: the packets within these bounds, in this order.
+struct ProgressionChange {
+    int resolutionBegin = 0, componentBegin = 0, layerEnd = 0, resolutionEnd = 0, componentEnd = 0;
+    Progression order = Progression::LRCP;
+};
+
+// Where packet headers are: with their packets, or in the PPM and PPT segments of the headers.
+enum class PackedHeaders { none, main, tile };
+
+struct EncodeOptions {
+    bool reversible = true;       // 5/3 and RCT; otherwise 9/7 and ICT
+    int levels = 5;               // wavelet levels, 0 to 32
+    int blockWidth = 64, blockHeight = 64;
+    std::vector<std::pair<int, int>> precincts = {}; // widths and heights, highest resolution first; the last one goes on
+    Progression progression = Progression::LRCP;
+    unsigned style = 0;           // an or of BlockStyle
+    bool colourTransform = true;  // of the first three components, where their shapes agree
+    std::uint32_t tileWidth = 0, tileHeight = 0; // 0: one tile
+    std::uint32_t tileX = 0, tileY = 0;          // origin of the grid of tiles
+    bool sop = false, eph = false;
+    bool tilePartsByResolution = false; // begin a tile-part where the resolution changes (R-first orders)
+    std::vector<ProgressionChange> changes = {}; // of the progression; together they hold every packet
+    PackedHeaders packedHeaders = PackedHeaders::none;
+    // What the layers hold, the smallest first: bits a pixel, or dB. Empty: one layer of everything. An infinite
+    // last entry stands for everything.
+    std::vector<double> rates = {}, psnrs = {};
+    double baseStep = 0;     // quantiser step of 8-bit samples at a basis function of norm 1; 0: by what is asked
+    bool jp2 = true;         // JP2 boxes around the codestream
+    int threads = 0;         // 0: one a processor. The bytes do not depend on it
+};
+std::vector<std::uint8_t> encode(const Picture& picture, const EncodeOptions& options = {});
+
+struct DecodeOptions {
+    int reduce = 0;                               // leave out this many of the highest resolutions
+    int layers = 0;                               // decode this many; 0: all
+    std::size_t maxPixels = std::size_t(1) << 28; // of the picture's samples in the file; more are refused
+    int threads = 0;
+};
+Picture decode(const std::uint8_t* data, std::size_t size, const DecodeOptions& options = {});
+
+// What the boxes and marker segments of a file say, in lines of text.
+std::string describe(const std::uint8_t* data, std::size_t size);
+
+} // namespace jpeg2000

@@ -1,0 +1,44 @@
+// parallel.h - a loop spread over threads.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <exception>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace jpeg2000 {
+
+inline int threadCount(int asked) {
+    const int n = asked > 0 ? asked : int(std::thread::hardware_concurrency());
+    return n < 1 ? 1 : n > 256 ? 256 : n;
+}
+
+// Calls work(i, thread) for each i below `count`, in any order; `thread` is below `threads` and is at one call at a
+// time. The first exception is thrown again at the end.
+template <class Work> void parallelFor(std::size_t count, int threads, Work work) {
+    if (threads <= 1 || count <= 1) {
+        for (std::size_t i = 0; i < count; ++i) work(i, 0);
+        return;
+    }
+    std::atomic<std::size_t> next{0};
+    std::exception_ptr failure;
+    std::mutex failing;
+    const auto run = [&](int thread) {
+        try {
+            for (std::size_t i; (i = next++) < count;) work(i, thread);
+        } catch (...) {
+            const std::lock_guard lock(failing);
+            if (!failure) failure = std::current_exception();
+            next = count;
+        }
+    };
+    std::vector<std::thread> team;
+    for (int t = 1; t < threads && std::size_t(t) < count; ++t) team.emplace_back(run, t);
+    run(0);
+    for (std::thread& t : team) t.join();
+    if (failure) std::rethrow_exception(failure);
+}
+
+} // namespace jpeg2000
