@@ -6,9 +6,7 @@
 #include "pjargs.h"
 #include "pjrows.h"
 
-template <class T> struct Pixel {
-    T a, b, c;
-};
+template <class T> struct Pixel { T a, b, c; };
 
 // Interleaved pixels to three planes.
 template <class T, Pixel<T> (*transform)(Pixel<T>)>
@@ -62,6 +60,7 @@ template <class T, Pixel<T> (*transform)(Pixel<T>)> void planesRow(Zmx8u* r0, Zm
 template <class T, Pixel<T> (*transform)(Pixel<T>)> ZmxStatus planesInPlace(T* const* srcDst, int step, ZmxiSize roi) {
     if (ZmxStatus bad = Args().ptr(srcDst).planes(srcDst, 3).step(step).size(roi)) return bad;
     for (int y = 0; y < roi.height; ++y)
-        planesRow<T, transform>(rowAt(srcDst[0], step, y), rowAt(srcDst[1], step, y), rowAt(srcDst[2], step, y), roi.width);
+        planesRow<T, transform>(rowAt(srcDst[0], step, y), rowAt(srcDst[1], step, y), rowAt(srcDst[2], step, y),
+                                roi.width);
     return zmxStsNoErr;
 }

@@ -1,12 +1,12 @@
-// pj2ict.cpp - the irreversible component transform of JPEG2000 (ISO/IEC 15444-1, G.3) in fixed point with 14 fractional bits,
-// and in floating point.
+// pj2ict.cpp - the irreversible component transform of JPEG2000 (ISO/IEC 15444-1, G.3) in fixed point with 14
+// fractional bits, and in floating point.
 #include "pj2ct.h"
 #include "pjround.h"
 
 namespace {
 
-// ---- fixed point: products and sums in 32 bits, where they wrap for large 32-bit samples; each result has its own half
-// (8192) ahead of the shift, and nothing saturates.
+// ---- fixed point: products and sums in 32 bits, where they wrap for large 32-bit samples; each result has its own
+// half (8192) ahead of the shift, and nothing saturates.
 
 constexpr Zmx32s weigh(Zmx32s w0, Zmx32s x0, Zmx32s w1, Zmx32s x1, Zmx32s w2, Zmx32s x2) {
     return wrapAdd(wrapAdd(wrapAdd(wrapMul(w0, x0), wrapMul(w1, x1)), wrapMul(w2, x2)), 8192) >> 14;
@@ -25,7 +25,8 @@ template <class T> constexpr Pixel<T> inverse(Pixel<T> p) {
             T(wrapAdd(y, weigh(29032, cb, 0, 0, 0, 0)))};
 }
 
-// ---- floating point: 32-bit constants, each sum from left to right in extended precision and rounded once, at the store.
+// ---- floating point: 32-bit constants, each sum from left to right in extended precision and rounded once, at the
+// store.
 
 inline Pixel<Zmx32f> forwardFloat(Pixel<Zmx32f> p) {
     const Extended r = p.a, g = p.b, b = p.c;
@@ -52,13 +53,15 @@ ZmxStatus zmxiICTInv_JPEG2K_16s_P3IR(Zmx16s* const pSrcDst[3], int srcDstStep, Z
 ZmxStatus zmxiICTInv_JPEG2K_32s_P3IR(Zmx32s* const pSrcDst[3], int srcDstStep, ZmxiSize roiSize) {
     return planesInPlace<Zmx32s, inverse<Zmx32s>>(pSrcDst, srcDstStep, roiSize);
 }
-ZmxStatus zmxiICTFwd_JPEG2K_32f_C3P3R(const Zmx32f* pSrc, int srcStep, Zmx32f* const pDst[3], int dstStep, ZmxiSize roiSize) {
+ZmxStatus zmxiICTFwd_JPEG2K_32f_C3P3R(const Zmx32f* pSrc, int srcStep, Zmx32f* const pDst[3], int dstStep,
+                                      ZmxiSize roiSize) {
     return pixelsToPlanes<Zmx32f, forwardFloat>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiICTFwd_JPEG2K_32f_P3IR(Zmx32f* const pSrcDst[3], int srcDstStep, ZmxiSize roiSize) {
     return planesInPlace<Zmx32f, forwardFloat>(pSrcDst, srcDstStep, roiSize);
 }
-ZmxStatus zmxiICTInv_JPEG2K_32f_P3C3R(const Zmx32f* const pSrc[3], int srcStep, Zmx32f* pDst, int dstStep, ZmxiSize roiSize) {
+ZmxStatus zmxiICTInv_JPEG2K_32f_P3C3R(const Zmx32f* const pSrc[3], int srcStep, Zmx32f* pDst, int dstStep,
+                                      ZmxiSize roiSize) {
     return planesToPixels<Zmx32f, inverseFloat>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiICTInv_JPEG2K_32f_P3IR(Zmx32f* const pSrcDst[3], int srcDstStep, ZmxiSize roiSize) {

@@ -19,10 +19,12 @@ template <class T> constexpr Pixel<T> inverse(Pixel<T> p) {
 
 } // namespace
 
-ZmxStatus zmxiRCTFwd_JPEG2K_16s_C3P3R(const Zmx16s* pSrc, int srcStep, Zmx16s* const pDst[3], int dstStep, ZmxiSize roiSize) {
+ZmxStatus zmxiRCTFwd_JPEG2K_16s_C3P3R(const Zmx16s* pSrc, int srcStep, Zmx16s* const pDst[3], int dstStep,
+                                      ZmxiSize roiSize) {
     return pixelsToPlanes<Zmx16s, forward<Zmx16s>>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
-ZmxStatus zmxiRCTFwd_JPEG2K_32s_C3P3R(const Zmx32s* pSrc, int srcStep, Zmx32s* const pDst[3], int dstStep, ZmxiSize roiSize) {
+ZmxStatus zmxiRCTFwd_JPEG2K_32s_C3P3R(const Zmx32s* pSrc, int srcStep, Zmx32s* const pDst[3], int dstStep,
+                                      ZmxiSize roiSize) {
     return pixelsToPlanes<Zmx32s, forward<Zmx32s>>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiRCTFwd_JPEG2K_16s_P3IR(Zmx16s* const pSrcDst[3], int srcDstStep, ZmxiSize roiSize) {
@@ -31,10 +33,12 @@ ZmxStatus zmxiRCTFwd_JPEG2K_16s_P3IR(Zmx16s* const pSrcDst[3], int srcDstStep, Z
 ZmxStatus zmxiRCTFwd_JPEG2K_32s_P3IR(Zmx32s* const pSrcDst[3], int srcDstStep, ZmxiSize roiSize) {
     return planesInPlace<Zmx32s, forward<Zmx32s>>(pSrcDst, srcDstStep, roiSize);
 }
-ZmxStatus zmxiRCTInv_JPEG2K_16s_P3C3R(const Zmx16s* const pSrc[3], int srcStep, Zmx16s* pDst, int dstStep, ZmxiSize roiSize) {
+ZmxStatus zmxiRCTInv_JPEG2K_16s_P3C3R(const Zmx16s* const pSrc[3], int srcStep, Zmx16s* pDst, int dstStep,
+                                      ZmxiSize roiSize) {
     return planesToPixels<Zmx16s, inverse<Zmx16s>>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
-ZmxStatus zmxiRCTInv_JPEG2K_32s_P3C3R(const Zmx32s* const pSrc[3], int srcStep, Zmx32s* pDst, int dstStep, ZmxiSize roiSize) {
+ZmxStatus zmxiRCTInv_JPEG2K_32s_P3C3R(const Zmx32s* const pSrc[3], int srcStep, Zmx32s* pDst, int dstStep,
+                                      ZmxiSize roiSize) {
     return planesToPixels<Zmx32s, inverse<Zmx32s>>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiRCTInv_JPEG2K_16s_P3IR(Zmx16s* const pSrcDst[3], int srcDstStep, ZmxiSize roiSize) {

@@ -1,8 +1,8 @@
-// pj2wt.h - what the wavelets share: argument tests, the split of a line into bands, lines in scratch memory, and the walk
-// over the rows of a plane that are put in another order on the way.
+// pj2wt.h - what the wavelets share: argument tests, the split of a line into bands, lines in scratch memory, and the
+// walk over the rows of a plane that are put in another order on the way.
 //
-// A line of n samples at phase p (the parity of its origin) has its even absolute positions, the low band, at indices of the
-// parity of p, and its odd ones, the high band, at the others (ISO/IEC 15444-1, F.3 and F.4).
+// A line of n samples at phase p (the parity of its origin) has its even absolute positions, the low band, at indices
+// of the parity of p, and its odd ones, the high band, at the others (ISO/IEC 15444-1, F.3 and F.4).
 #pragma once
 
 #include "pjargs.h"
@@ -27,7 +27,8 @@ ZmxStatus bandArgs(const void* src, const void* dst, Band* const* bands, const i
     return args.size(ZmxiSize{tileRect->width, tileRect->height});
 }
 
-inline ZmxStatus kernelArgs(const void* p0, int step0, const void* p1, int step1, const void* p2, int step2, ZmxiSize roi) {
+inline ZmxStatus kernelArgs(const void* p0, int step0, const void* p1, int step1, const void* p2, int step2,
+                            ZmxiSize roi) {
     // Height ahead of width: required.
     return Args().ptr(p0).ptr(p1).ptr(p2).step(step0).step(step1).step(step2).size(roi.height).size(roi.width);
 }
@@ -46,17 +47,19 @@ struct Split {
 // Phases of a tile: the parities of its origin.
 inline int phaseOf(int origin) { return origin & 1; }
 
-// Whether the columns of a plane are lifted and thus interleaved between the two passes. Without a column there is nothing to
-// lift, and the rows, which still count with one sample each, keep their order.
+// Whether the columns of a plane are lifted and thus interleaved between the two passes. Without a column there is
+// nothing to lift, and the rows, which still count with one sample each, keep their order.
 inline bool liftsColumns(Split across, Split down, int shortest) { return across.n > 0 && down.n >= shortest; }
 
 // ---- rows put in another order
 
-// Row by row, transforms row source(r) into row r, for a permutation of the rows of a plane. A cycle of the permutation begins
-// with its least row, which waits in the scratch memory until the cycle closes. `scratch` holds one row; it may be empty where
-// rows are too short for the lifting. The transform may use its source row as working memory: it is overwritten next.
+// Row by row, transforms row source(r) into row r, for a permutation of the rows of a plane. A cycle of the permutation
+// begins with its least row, which waits in the scratch memory until the cycle closes. `scratch` holds one row; it may
+// be empty where rows are too short for the lifting. The transform may use its source row as working memory: it is
+// overwritten next.
 template <class Source, class Transform>
-void permuteRows(Zmx8u* plane, int step, int rows, std::size_t rowBytes, Zmx8u* scratch, Source source, Transform transform) {
+void permuteRows(Zmx8u* plane, int step, int rows, std::size_t rowBytes, Zmx8u* scratch, Source source,
+                 Transform transform) {
     Zmx8u little[16];
     Zmx8u* const waiting = rowBytes <= sizeof little ? little : scratch;
     for (int first = 0; first < rows; ++first) {
@@ -87,22 +90,23 @@ inline void copyRows(const void* src, int srcStep, void* dst, int dstStep, int r
     for (int y = 0; y < rows; ++y) std::memcpy(rowAt(dst, dstStep, y), rowAt(src, srcStep, y), rowBytes);
 }
 
-// Calls copy(band, place in the scratch plane, rows, bytes of a row) for low-low, low-high, high-low and high-high (horizontal
-// first). The places and sizes take no account of the phases: required. At an odd origin of odd size the bands are displaced
-// by a sample against those of the transform in place.
+// Calls copy(band, place in the scratch plane, rows, bytes of a row) for low-low, low-high, high-low and high-high
+// (horizontal first). The places and sizes take no account of the phases: required. At an odd origin of odd size the
+// bands are displaced by a sample against those of the transform in place.
 template <class Copy> void forEachBand(const ScratchPlane& plane, int sampleBytes, const ZmxiRect& tile, Copy copy) {
     const int left = (tile.width + 1) / 2, top = (tile.height + 1) / 2;
     for (int band = 0; band < 4; ++band) {
         const bool right = band >= 2, bottom = band % 2 != 0;
-        Zmx8u* place = rowAt(plane.rows, plane.step, bottom ? top : 0) + (right ? std::ptrdiff_t(left) * sampleBytes : 0);
+        Zmx8u* place =
+            rowAt(plane.rows, plane.step, bottom ? top : 0) + (right ? std::ptrdiff_t(left) * sampleBytes : 0);
         copy(band, place, bottom ? tile.height / 2 : top,
              std::size_t(right ? tile.width / 2 : left) * std::size_t(sampleBytes));
     }
 }
 
 template <class T, class InPlace>
-ZmxStatus planeToBands(const T* src, int srcStep, const ZmxiRect* tile, T* const* dst, const int* dstStep, Zmx8u* buffer,
-                       InPlace forward) {
+ZmxStatus planeToBands(const T* src, int srcStep, const ZmxiRect* tile, T* const* dst, const int* dstStep,
+                       Zmx8u* buffer, InPlace forward) {
     if (ZmxStatus bad = bandArgs(src, dst, dst, dstStep, srcStep, tile, buffer)) return bad;
     const ScratchPlane plane(buffer, sizeof(T), *tile);
     copyRows(src, srcStep, plane.rows, plane.step, tile->height, std::size_t(tile->width) * sizeof(T));
@@ -114,8 +118,8 @@ ZmxStatus planeToBands(const T* src, int srcStep, const ZmxiRect* tile, T* const
 }
 
 template <class T, class InPlace>
-ZmxStatus bandsToPlane(const T* const* src, const int* srcStep, T* dst, int dstStep, const ZmxiRect* tile, Zmx8u* buffer,
-                       InPlace inverse) {
+ZmxStatus bandsToPlane(const T* const* src, const int* srcStep, T* dst, int dstStep, const ZmxiRect* tile,
+                       Zmx8u* buffer, InPlace inverse) {
     if (ZmxStatus bad = bandArgs(src, dst, src, srcStep, dstStep, tile, buffer)) return bad;
     const ScratchPlane plane(buffer, sizeof(T), *tile);
     forEachBand(plane, sizeof(T), *tile, [&](int band, Zmx8u* place, int rows, std::size_t rowBytes) {

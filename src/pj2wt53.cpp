@@ -1,9 +1,10 @@
 // pj2wt53.cpp - one level of the reversible 5/3 wavelet on whole planes (ISO/IEC 15444-1, F.3 and F.4).
 //
-// Columns are lifted a row at a time over the full width, so that memory is walked in its order, and stay interleaved; the
-// pass over the rows then lifts each row out of one place of the plane into the place where it belongs. The results are those
-// of lifting column by column and row by row with both ends mirrored. Mirroring an odd neighbour of an even sample gives the
-// nearest odd sample inside, and the other way round, so that it comes down to clamping the index within a band.
+// Columns are lifted a row at a time over the full width, so that memory is walked in its order, and stay interleaved;
+// the pass over the rows then lifts each row out of one place of the plane into the place where it belongs. The results
+// are those of lifting column by column and row by row with both ends mirrored. Mirroring an odd neighbour of an even
+// sample gives the nearest odd sample inside, and the other way round, so that it comes down to clamping the index
+// within a band.
 #include "pj2wt53.h"
 
 #include "pj2wt.h"
@@ -75,8 +76,8 @@ template <class T> void inverseRow(const Zmx8u* src, Split s, Zmx8u* dst) {
 
 // ---- the columns of a plane, interleaved before and after
 
-// Steps over the rows of one parity, then over the rows between them as soon as both neighbours are done: `outer` on the
-// rows of parity `from`, `inner` on the others. A row that lies outside stands for its mirror image.
+// Steps over the rows of one parity, then over the rows between them as soon as both neighbours are done: `outer` on
+// the rows of parity `from`, `inner` on the others. A row that lies outside stands for its mirror image.
 template <class T, T (*outer)(T, T, T), T (*inner)(T, T, T)>
 void liftColumns(Zmx8u* plane, int step, int rows, int width, int from) {
     const auto row = [=](int r) { return rowAt(plane, step, r < 0 ? -r : r >= rows ? 2 * (rows - 1) - r : r); };
@@ -87,7 +88,8 @@ void liftColumns(Zmx8u* plane, int step, int rows, int width, int from) {
 }
 
 // Fewer than 3 rows: column by column through the short forms of a line. No row, or less, counts as one: required.
-template <class T, void (*line)(const Zmx8u*, Split, Zmx8u*)> void shortColumns(Zmx8u* plane, int step, Split s, int width) {
+template <class T, void (*line)(const Zmx8u*, Split, Zmx8u*)>
+void shortColumns(Zmx8u* plane, int step, Split s, int width) {
     const int n = std::max(s.n, 1);
     for (int x = 0; x < width; ++x) {
         Zmx8u in[2 * sizeof(T)], out[2 * sizeof(T)];
@@ -100,21 +102,27 @@ template <class T, void (*line)(const Zmx8u*, Split, Zmx8u*)> void shortColumns(
 template <class T> void forwardPlane(Zmx8u* plane, int step, const ZmxiRect& tile, Zmx8u* line) {
     const Split across{tile.width, phaseOf(tile.x)}, down{tile.height, phaseOf(tile.y)};
     const bool lifted = liftsColumns(across, down, 3);
-    if (lifted) liftColumns<T, highOf<T>, lowOf<T>>(plane, step, down.n, across.n, 1 - down.phase);
-    else shortColumns<T, forwardRow<T>>(plane, step, down, across.n);
-    permuteRows(plane, step, down.n, sizeof(T) * std::size_t(std::max(across.n, 1)), line,
-                [=](int r) { return lifted ? down.lineOf(r) : r; },
-                [=](const Zmx8u* src, Zmx8u* dst) { forwardRow<T>(src, across, dst); });
+    if (lifted)
+        liftColumns<T, highOf<T>, lowOf<T>>(plane, step, down.n, across.n, 1 - down.phase);
+    else
+        shortColumns<T, forwardRow<T>>(plane, step, down, across.n);
+    permuteRows(
+        plane, step, down.n, sizeof(T) * std::size_t(std::max(across.n, 1)), line,
+        [=](int r) { return lifted ? down.lineOf(r) : r; },
+        [=](const Zmx8u* src, Zmx8u* dst) { forwardRow<T>(src, across, dst); });
 }
 
 template <class T> void inversePlane(Zmx8u* plane, int step, const ZmxiRect& tile, Zmx8u* line) {
     const Split across{tile.width, phaseOf(tile.x)}, down{tile.height, phaseOf(tile.y)};
     const bool lifted = liftsColumns(across, down, 3);
-    permuteRows(plane, step, down.n, sizeof(T) * std::size_t(std::max(across.n, 1)), line,
-                [=](int r) { return lifted ? down.bandOf(r) : r; },
-                [=](const Zmx8u* src, Zmx8u* dst) { inverseRow<T>(src, across, dst); });
-    if (lifted) liftColumns<T, evenOf<T>, oddOf<T>>(plane, step, down.n, across.n, down.phase);
-    else shortColumns<T, inverseRow<T>>(plane, step, down, across.n);
+    permuteRows(
+        plane, step, down.n, sizeof(T) * std::size_t(std::max(across.n, 1)), line,
+        [=](int r) { return lifted ? down.bandOf(r) : r; },
+        [=](const Zmx8u* src, Zmx8u* dst) { inverseRow<T>(src, across, dst); });
+    if (lifted)
+        liftColumns<T, evenOf<T>, oddOf<T>>(plane, step, down.n, across.n, down.phase);
+    else
+        shortColumns<T, inverseRow<T>>(plane, step, down, across.n);
 }
 
 template <class T> ZmxStatus forward(T* srcDst, int step, const ZmxiRect* tile, Zmx8u* buffer) {
@@ -149,12 +157,12 @@ ZmxStatus zmxiWTInv_B53_JPEG2K_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep, const Z
     return inverse(pSrcDst, srcDstStep, pTileRect, pBuffer);
 }
 
-ZmxStatus zmxiWTFwd_B53_JPEG2K_16s_C1R(const Zmx16s* pSrc, int srcStep, const ZmxiRect* pTileRect, Zmx16s* const pDst[4],
-                                       const int dstStep[4], Zmx8u* pBuffer) {
+ZmxStatus zmxiWTFwd_B53_JPEG2K_16s_C1R(const Zmx16s* pSrc, int srcStep, const ZmxiRect* pTileRect,
+                                       Zmx16s* const pDst[4], const int dstStep[4], Zmx8u* pBuffer) {
     return planeToBands(pSrc, srcStep, pTileRect, pDst, dstStep, pBuffer, forwardPlane<Zmx16s>);
 }
-ZmxStatus zmxiWTFwd_B53_JPEG2K_32s_C1R(const Zmx32s* pSrc, int srcStep, const ZmxiRect* pTileRect, Zmx32s* const pDst[4],
-                                       const int dstStep[4], Zmx8u* pBuffer) {
+ZmxStatus zmxiWTFwd_B53_JPEG2K_32s_C1R(const Zmx32s* pSrc, int srcStep, const ZmxiRect* pTileRect,
+                                       Zmx32s* const pDst[4], const int dstStep[4], Zmx8u* pBuffer) {
     return planeToBands(pSrc, srcStep, pTileRect, pDst, dstStep, pBuffer, forwardPlane<Zmx32s>);
 }
 ZmxStatus zmxiWTInv_B53_JPEG2K_16s_C1R(const Zmx16s* const pSrc[4], const int srcStep[4], Zmx16s* pDst, int dstStep,

@@ -1,13 +1,13 @@
 // pj2wt53.h - the lifting steps of the reversible 5/3 filter (ISO/IEC 15444-1, F.3.8.2 and F.4.8.2).
 //
-// T is Zmx16s or Zmx32s. Sums are formed in 32 bits and wrap there; every result is cut to the width of T at once, so that
-// the next step sees it so. Shifts are arithmetic (floors); nothing saturates.
+// T is Zmx16s or Zmx32s. Sums are formed in 32 bits and wrap there; every result is cut to the width of T at once, so
+// that the next step sees it so. Shifts are arithmetic (floors); nothing saturates.
 #pragma once
 
 #include "pjrows.h"
 
-// An odd sample less the mean of its even neighbours; an even sample plus a quarter of the high ones at its sides; and the
-// two ways back.
+// An odd sample less the mean of its even neighbours; an even sample plus a quarter of the high ones at its sides; and
+// the two ways back.
 template <class T> constexpr T highOf(T odd, T even0, T even1) {
     return T(wrapSub<Zmx32s>(odd, wrapAdd<Zmx32s>(even0, even1) >> 1));
 }
@@ -21,8 +21,8 @@ template <class T> constexpr T oddOf(T high, T even0, T even1) {
     return T(wrapAdd<Zmx32s>(high, wrapAdd<Zmx32s>(even0, even1) >> 1));
 }
 
-// One step over whole rows: dst[i] = step(centre[i], side0[i], side1[i]); and with the centre as the destination, which the
-// compiler has to know to vectorise it.
+// One step over whole rows: dst[i] = step(centre[i], side0[i], side1[i]); and with the centre as the destination, which
+// the compiler has to know to vectorise it.
 template <class T, T (*step)(T, T, T)>
 void liftRow(Zmx8u* dst, const Zmx8u* centre, const Zmx8u* side0, const Zmx8u* side1, int width) {
     for (int i = 0; i < width; ++i) store(dst, i, step(load<T>(centre, i), load<T>(side0, i), load<T>(side1, i)));
@@ -31,8 +31,8 @@ template <class T, T (*step)(T, T, T)> void liftRow(Zmx8u* row, const Zmx8u* sid
     for (int i = 0; i < width; ++i) store(row, i, step(load<T>(row, i), load<T>(side0, i), load<T>(side1, i)));
 }
 
-// Parts of a line x of interleaved samples at phase p (0: x[0] is an even sample) whose neighbours all exist. `from` and `to`
-// count samples of a band.
+// Parts of a line x of interleaved samples at phase p (0: x[0] is an even sample) whose neighbours all exist. `from`
+// and `to` count samples of a band.
 
 template <class T> void highsOf(const Zmx8u* x, int p, Zmx8u* high, int from, int to) {
     for (int i = from; i < to; ++i)
@@ -43,8 +43,8 @@ template <class T> void lowsOf(const Zmx8u* x, int p, const Zmx8u* high, Zmx8u* 
         store(low, i, lowOf(load<T>(x, 2 * i + p), load<T>(high, i - 1 + p), load<T>(high, i + p)));
 }
 
-// Even sample i and the odd one behind it. Both even neighbours of the odd sample are rebuilt: twice the work for the even
-// ones, but no value goes from one turn to the next.
+// Even sample i and the odd one behind it. Both even neighbours of the odd sample are rebuilt: twice the work for the
+// even ones, but no value goes from one turn to the next.
 template <class T> void pairsOf(const Zmx8u* low, const Zmx8u* high, int p, Zmx8u* x, int from, int to) {
     for (int i = from; i < to; ++i) {
         const T h0 = load<T>(high, i - 1 + p), h1 = load<T>(high, i + p), h2 = load<T>(high, i + 1 + p);

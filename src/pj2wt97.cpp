@@ -1,8 +1,8 @@
-// pj2wt97.cpp - one level of the irreversible 9/7 wavelet on whole planes: 16-bit samples in 14-bit fixed point, 32-bit samples
-// in extended precision (pj2wt97ext).
+// pj2wt97.cpp - one level of the irreversible 9/7 wavelet on whole planes: 16-bit samples in 14-bit fixed point, 32-bit
+// samples in extended precision (pj2wt97ext).
 //
-// As in pj2wt53 the columns are lifted over the full width and stay interleaved; the pass over the rows lifts each row out of
-// one place of the plane into the place where it belongs.
+// As in pj2wt53 the columns are lifted over the full width and stay interleaved; the pass over the rows lifts each row
+// out of one place of the plane into the place where it belongs.
 #include "pj2wt97.h"
 
 #include "pj2wt.h"
@@ -12,13 +12,13 @@ namespace {
 
 // ---- where the bands of the forward transform go
 
-// At an odd origin the high band comes first: required, unlike the 5/3 filter and the inverse. At an odd length, where it is
-// one sample longer than half of the line, its last sample replaces the first low one, and the last place of the line keeps
-// what it held.
+// At an odd origin the high band comes first: required, unlike the 5/3 filter and the inverse. At an odd length, where
+// it is one sample longer than half of the line, its last sample replaces the first low one, and the last place of the
+// line keeps what it held.
 constexpr bool displaced(Split s) { return s.phase == 1 && s.n % 2 != 0; }
 
-// The row of the interleaved plane that goes to row r. Where the bands are displaced, the row of the first low sample stands
-// for the one that keeps its input.
+// The row of the interleaved plane that goes to row r. Where the bands are displaced, the row of the first low sample
+// stands for the one that keeps its input.
 int forwardSource(Split s, int r) {
     if (s.phase == 0) return s.lineOf(r);
     if (displaced(s) && r == s.n - 1) return 1;
@@ -51,7 +51,8 @@ template <Zmx32s c> void lift(Zmx8u* centre, const Zmx8u* side0, const Zmx8u* si
     for (int i = 0; i < n; ++i)
         store(centre, i, Zmx16s(load<Zmx16s>(centre, i) + q14(c, load<Zmx16s>(side0, i) + load<Zmx16s>(side1, i))));
 }
-// The same with the sign of the inverse. It is not the same as lifting by -c: the half is added to the positive product.
+// The same with the sign of the inverse. It is not the same as lifting by -c: the half is added to the positive
+// product.
 template <Zmx32s c> void liftBack(Zmx8u* centre, const Zmx8u* side0, const Zmx8u* side1, int n) {
     for (int i = 0; i < n; ++i)
         store(centre, i, Zmx16s(load<Zmx16s>(centre, i) - q14(c, load<Zmx16s>(side0, i) + load<Zmx16s>(side1, i))));
@@ -62,12 +63,13 @@ template <Zmx32s c> void scale(Zmx8u* row, int n) {
 
 using Lift = void (*)(Zmx8u*, const Zmx8u*, const Zmx8u*, int);
 
-// A step on one band of a line: sample i of `centre` has samples i + shift - 1 and i + shift of the other band at its sides.
-// Mirroring at the ends comes down to clamping.
+// A step on one band of a line: sample i of `centre` has samples i + shift - 1 and i + shift of the other band at its
+// sides. Mirroring at the ends comes down to clamping.
 template <Lift step> void liftBand(Zmx8u* centre, int n, const Zmx8u* sides, int sideCount, int shift) {
     const auto at = [](auto* p, int i) { return p + std::ptrdiff_t(sizeof(Zmx16s)) * i; };
     const auto single = [=](int i) {
-        step(at(centre, i), at(sides, clamp(i + shift - 1, 0, sideCount - 1)), at(sides, clamp(i + shift, 0, sideCount - 1)), 1);
+        step(at(centre, i), at(sides, clamp(i + shift - 1, 0, sideCount - 1)),
+             at(sides, clamp(i + shift, 0, sideCount - 1)), 1);
     };
     const int from = 1, to = std::max(std::min(n, sideCount - shift) - 1, from);
     single(0);
@@ -104,8 +106,8 @@ void inverseLineQ14(Zmx8u* low, Zmx8u* high, Split s, Zmx8u* x) {
     if (s.n % 2 != 0) store(x, s.n - 1, load<Zmx16s>(first, s.n / 2));
 }
 
-// Runs steps over the rows as a wave: the first step on rows of odd absolute position, each further one a row behind, so that
-// it finds its neighbours done by the step before it.
+// Runs steps over the rows as a wave: the first step on rows of odd absolute position, each further one a row behind,
+// so that it finds its neighbours done by the step before it.
 template <class... Steps> void wave(Split s, Steps... steps) {
     for (int t = 1 - s.phase; t < s.n + int(sizeof...(Steps)) - 1; t += 2) {
         int r = t;
@@ -116,23 +118,25 @@ template <class... Steps> void wave(Split s, Steps... steps) {
 void forwardColumnsQ14(Zmx8u* plane, int step, Split s, int width) {
     const auto row = [=](int r) { return rowAt(plane, step, r < 0 ? -r : r >= s.n ? 2 * (s.n - 1) - r : r); };
     const auto by = [=](Lift lift) { return [=](int r) { lift(row(r), row(r - 1), row(r + 1), width); }; };
-    wave(s, by(lift<Wt97Q14::alpha>), by(lift<Wt97Q14::beta>), by(lift<Wt97Q14::gamma>),
-         [=](int r) {
-             lift<Wt97Q14::delta>(row(r), row(r - 1), row(r + 1), width);
-             scale<Wt97Q14::oneOverK>(row(r), width);
-         },
-         [=](int r) { scale<Wt97Q14::k>(row(r), width); });
+    wave(
+        s, by(lift<Wt97Q14::alpha>), by(lift<Wt97Q14::beta>), by(lift<Wt97Q14::gamma>),
+        [=](int r) {
+            lift<Wt97Q14::delta>(row(r), row(r - 1), row(r + 1), width);
+            scale<Wt97Q14::oneOverK>(row(r), width);
+        },
+        [=](int r) { scale<Wt97Q14::k>(row(r), width); });
 }
 
 void inverseColumnsQ14(Zmx8u* plane, int step, Split s, int width) {
     const auto row = [=](int r) { return rowAt(plane, step, r < 0 ? -r : r >= s.n ? 2 * (s.n - 1) - r : r); };
     const auto by = [=](Lift lift) { return [=](int r) { lift(row(r), row(r - 1), row(r + 1), width); }; };
-    wave(s, [=](int r) { scale<Wt97Q14::oneOverK>(row(r), width); },
-         [=](int r) {
-             scale<Wt97Q14::k>(row(r), width);
-             liftBack<Wt97Q14::delta>(row(r), row(r - 1), row(r + 1), width);
-         },
-         by(liftBack<Wt97Q14::gamma>), by(liftBack<Wt97Q14::beta>), by(liftBack<Wt97Q14::alpha>));
+    wave(
+        s, [=](int r) { scale<Wt97Q14::oneOverK>(row(r), width); },
+        [=](int r) {
+            scale<Wt97Q14::k>(row(r), width);
+            liftBack<Wt97Q14::delta>(row(r), row(r - 1), row(r + 1), width);
+        },
+        by(liftBack<Wt97Q14::gamma>), by(liftBack<Wt97Q14::beta>), by(liftBack<Wt97Q14::alpha>));
 }
 
 // ---- whole planes in either number system
@@ -168,18 +172,22 @@ template <class T> void forwardPlane(Zmx8u* plane, int step, const ZmxiRect& til
         System<T>::forwardColumns(plane, step, down, across.n);
         if (keepLast) std::memcpy(rowAt(plane, step, 1), scratch, rowBytes); // the first low row is given up for it
     }
-    permuteRows(plane, step, down.n, rowBytes, scratch, [=](int r) { return lifted ? forwardSource(down, r) : r; },
-                [=](const Zmx8u* src, Zmx8u* dst) { forwardRow<T>(src, across, dst, System<T>::forwardLine); });
+    permuteRows(
+        plane, step, down.n, rowBytes, scratch, [=](int r) { return lifted ? forwardSource(down, r) : r; },
+        [=](const Zmx8u* src, Zmx8u* dst) { forwardRow<T>(src, across, dst, System<T>::forwardLine); });
 }
 
 template <class T> void inversePlane(Zmx8u* plane, int step, const ZmxiRect& tile, Zmx8u* scratch) {
     const Split across{tile.width, phaseOf(tile.x)}, down{tile.height, phaseOf(tile.y)};
     const bool lifted = liftsColumns(across, down, 2);
-    permuteRows(plane, step, down.n, sizeof(T) * std::size_t(std::max(across.n, 1)), scratch,
-                [=](int r) { return lifted ? down.bandOf(r) : r; },
-                [=](Zmx8u* src, Zmx8u* dst) { inverseRow<T>(src, across, dst, System<T>::inverseLine); });
-    if (lifted) System<T>::inverseColumns(plane, step, down, across.n);
-    else singleRow<T>(plane, across.n, [=](T v) { return v / (down.phase + 1); });
+    permuteRows(
+        plane, step, down.n, sizeof(T) * std::size_t(std::max(across.n, 1)), scratch,
+        [=](int r) { return lifted ? down.bandOf(r) : r; },
+        [=](Zmx8u* src, Zmx8u* dst) { inverseRow<T>(src, across, dst, System<T>::inverseLine); });
+    if (lifted)
+        System<T>::inverseColumns(plane, step, down, across.n);
+    else
+        singleRow<T>(plane, across.n, [=](T v) { return v / (down.phase + 1); });
 }
 
 template <class T> ZmxStatus forward(T* srcDst, int step, const ZmxiRect* tile, Zmx8u* buffer) {
@@ -214,12 +222,12 @@ ZmxStatus zmxiWTInv_D97_JPEG2K_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep, const Z
     return inverse(pSrcDst, srcDstStep, pTileRect, pBuffer);
 }
 
-ZmxStatus zmxiWTFwd_D97_JPEG2K_16s_C1R(const Zmx16s* pSrc, int srcStep, const ZmxiRect* pTileRect, Zmx16s* const pDst[4],
-                                       const int dstStep[4], Zmx8u* pBuffer) {
+ZmxStatus zmxiWTFwd_D97_JPEG2K_16s_C1R(const Zmx16s* pSrc, int srcStep, const ZmxiRect* pTileRect,
+                                       Zmx16s* const pDst[4], const int dstStep[4], Zmx8u* pBuffer) {
     return planeToBands(pSrc, srcStep, pTileRect, pDst, dstStep, pBuffer, forwardPlane<Zmx16s>);
 }
-ZmxStatus zmxiWTFwd_D97_JPEG2K_32s_C1R(const Zmx32s* pSrc, int srcStep, const ZmxiRect* pTileRect, Zmx32s* const pDst[4],
-                                       const int dstStep[4], Zmx8u* pBuffer) {
+ZmxStatus zmxiWTFwd_D97_JPEG2K_32s_C1R(const Zmx32s* pSrc, int srcStep, const ZmxiRect* pTileRect,
+                                       Zmx32s* const pDst[4], const int dstStep[4], Zmx8u* pBuffer) {
     return planeToBands(pSrc, srcStep, pTileRect, pDst, dstStep, pBuffer, forwardPlane<Zmx32s>);
 }
 ZmxStatus zmxiWTInv_D97_JPEG2K_16s_C1R(const Zmx16s* const pSrc[4], const int srcStep[4], Zmx16s* pDst, int dstStep,

@@ -1,16 +1,18 @@
 // pj2wt97ext.cpp - the 9/7 lifting of 32-bit samples in extended precision.
 //
-// The x87 unit takes one sample at a time, so the lifting runs in double precision, which the compiler vectorises, and every
-// output is bracketed: where truncating a little below and a little above it gives one integer, that is what the extended
-// value truncates to; where the two differ, the output is computed again in extended precision from the samples under it.
+// The x87 unit takes one sample at a time, so the lifting runs in double precision, which the compiler vectorises, and
+// every output is bracketed: where truncating a little below and a little above it gives one integer, that is what the
+// extended value truncates to; where the two differ, the output is computed again in extended precision from the
+// samples under it.
 //
-// How little. Let M bound the samples in magnitude and e = 2^-53 be half a unit in the last place of a double near 1. Taking
-// every product and sum as off by e relative to its bound, the steps are bounded and off by (units of M, and of e M)
+// How little. Let M bound the samples in magnitude and e = 2^-53 be half a unit in the last place of a double near 1.
+// Taking every product and sum as off by e relative to its bound, the steps are bounded and off by (units of M, and of
+// e M)
 //   forward  A 4.2, 7.4   B 1.5, 3.2   G 6.8, 25   D 7.5, 45   low 6.1, 43   high 8.3, 39
 //   inverse  S 1.3, 1.3   B 2.0, 5.4   A 4.3, 22   even 2.4, 11   odd 12, 84
 // and the extended values by 2^-11 of that. So 128 e M = 2^-46 M covers both directions, also where double results are
-// rounded twice (32-bit x86). The bounds also show that no output leaves 32 bits as long as M is at most 2^27; larger samples
-// go through extended precision alone.
+// rounded twice (32-bit x86). The bounds also show that no output leaves 32 bits as long as M is at most 2^27; larger
+// samples go through extended precision alone.
 #include "pj2wt97ext.h"
 
 #include "pj2wt97.h"
@@ -57,8 +59,12 @@ Zmx32s toInteger(Extended v) {
 }
 
 template <class X> Extended exactA(X x, int j) { return firstLift<Extended>(x(j), x(j - 1), x(j + 1)); }
-template <class X> Extended exactB(X x, int j) { return lift(Extended(x(j)), C::beta, exactA(x, j - 1) + exactA(x, j + 1)); }
-template <class X> Extended exactG(X x, int j) { return lift(exactA(x, j), C::gamma, exactB(x, j - 1) + exactB(x, j + 1)); }
+template <class X> Extended exactB(X x, int j) {
+    return lift(Extended(x(j)), C::beta, exactA(x, j - 1) + exactA(x, j + 1));
+}
+template <class X> Extended exactG(X x, int j) {
+    return lift(exactA(x, j), C::gamma, exactB(x, j - 1) + exactB(x, j + 1));
+}
 template <class X> Zmx32s exactLow(X x) {
     return toInteger(lift(exactB(x, 0), C::delta, exactG(x, -1) + exactG(x, 1)) * C::oneOverK);
 }
@@ -104,15 +110,18 @@ class StripRows {
 
 public:
     Bound bound;
-    StripRows(const Zmx8u* strip, int stepBytes, int n, int columns) : place(strip), step(stepBytes), rows(n), width(columns) {
+    StripRows(const Zmx8u* strip, int stepBytes, int n, int columns)
+        : place(strip), step(stepBytes), rows(n), width(columns) {
         for (int r = 0; r < rows; ++r) bound.add(rowAt(place, step, r), width);
         for (int r = -4; r < 0; ++r) std::memcpy((*this)[r], rowAt(place, step, mirror(r, rows)), bytes());
     }
     Zmx32s* operator[](int r) { return held[r & 15]; }
     // Takes row r in; rows come in ascending order from 0, those behind the last by mirroring what is held.
     void take(int r) {
-        if (r < rows) std::memcpy((*this)[r], rowAt(place, step, r), bytes());
-        else std::memcpy((*this)[r], (*this)[2 * (rows - 1) - r], bytes());
+        if (r < rows)
+            std::memcpy((*this)[r], rowAt(place, step, r), bytes());
+        else
+            std::memcpy((*this)[r], (*this)[2 * (rows - 1) - r], bytes());
     }
     // Column i as a line around row r.
     auto around(int r, int i) {
@@ -131,7 +140,8 @@ struct Outputs {
 };
 
 // Stores a row of outputs, computing again the ones in doubt.
-template <class Exact> void storeRow(Zmx8u* dst, Zmx32s* values, const Zmx32s* differ, int width, bool exactOnly, Exact exact) {
+template <class Exact>
+void storeRow(Zmx8u* dst, Zmx32s* values, const Zmx32s* differ, int width, bool exactOnly, Exact exact) {
     Zmx32s any = exactOnly;
     for (int i = 0; i < width; ++i) any |= differ[i];
     if (any)
@@ -141,8 +151,8 @@ template <class Exact> void storeRow(Zmx8u* dst, Zmx32s* values, const Zmx32s* d
 }
 
 // With position k even: A(k + 3), B(k + 2), G(k + 1) and D(k) from A(k + 1), B(k), G(k - 1) in v0, v1, v2.
-void forwardStep(const Zmx32s* x2, const Zmx32s* x3, const Zmx32s* x4, Running& run, Outputs& out, Outputs& differ, int width,
-                 double doubt) {
+void forwardStep(const Zmx32s* x2, const Zmx32s* x3, const Zmx32s* x4, Running& run, Outputs& out, Outputs& differ,
+                 int width, double doubt) {
     for (int i = 0; i < width; ++i) {
         const double a = firstLift<double>(x3[i], x2[i], x4[i]);
         const double b = lift(double(x2[i]), C::beta, run.v0[i] + a);
@@ -189,7 +199,8 @@ void forwardStrip(Zmx8u* strip, int step, Split s, int width) {
 }
 
 // With position k even: B(k + 4), A(k + 3), x(k + 2) and x(k + 1) from S(k + 3), B(k + 2), A(k + 1), x(k) in v0 to v3.
-void inverseStep(const Zmx32s* x4, const Zmx32s* x5, Running& run, Outputs& out, Outputs& differ, int width, double doubt) {
+void inverseStep(const Zmx32s* x4, const Zmx32s* x5, Running& run, Outputs& out, Outputs& differ, int width,
+                 double doubt) {
     for (int i = 0; i < width; ++i) {
         const double s = double(x5[i]) * C::oneOverK;
         const double b = liftBack(double(x4[i]) * C::k, C::delta, run.v0[i] + s);
@@ -260,7 +271,8 @@ struct Samples {
 };
 
 // Fills kHeld elements from j = first on, by value(j) near the ends of the line and straight from the line inside.
-template <class Inside, class Value> void fill(Zmx32s* dst, int first, int insideFrom, int insideTo, Inside inside, Value value) {
+template <class Inside, class Value>
+void fill(Zmx32s* dst, int first, int insideFrom, int insideTo, Inside inside, Value value) {
     const int from = clamp(insideFrom, first, first + kHeld), to = clamp(insideTo, from, first + kHeld);
     for (int j = first; j < from; ++j) dst[j - first] = value(j);
     inside(dst + (from - first), from, to - from);
@@ -306,7 +318,8 @@ void forwardChunk(const Samples& x, Split s, int from, Zmx8u* low, Zmx8u* high) 
     // High sample i is G(2 i + 1) at phase 0 and G(2 i - 1) otherwise.
     if (!exactOnly) truncateAll(g + kAhead - p, C::k, doubt, values, differ, kChunk);
     if (highTo > from)
-        storeBand(high, values, differ, from, highTo, exactOnly, [&](int i) { return exactHigh(x.around(2 * i + 1 - 2 * p)); });
+        storeBand(high, values, differ, from, highTo, exactOnly,
+                  [&](int i) { return exactHigh(x.around(2 * i + 1 - 2 * p)); });
 }
 
 void inverseChunk(const Samples& x, Split s, int from, Zmx8u* line) {
@@ -381,7 +394,9 @@ void wt97InverseLine(Zmx8u* low, Zmx8u* high, Split split, Zmx8u* x) {
         // Position k is sample k - phase of the interleaved line: even(j) low sample j - phase, odd(j) high sample j.
         const auto band = [](const Zmx8u* b, int offset) {
             return [=](Zmx32s* dst, int j, int count) {
-                if (count > 0) std::memcpy(dst, b + std::ptrdiff_t(sizeof(Zmx32s)) * (j - offset), sizeof(Zmx32s) * std::size_t(count));
+                if (count > 0)
+                    std::memcpy(dst, b + std::ptrdiff_t(sizeof(Zmx32s)) * (j - offset),
+                                sizeof(Zmx32s) * std::size_t(count));
             };
         };
         const auto mirrored = [=](int offset) {
@@ -397,5 +412,9 @@ void wt97InverseLine(Zmx8u* low, Zmx8u* high, Split split, Zmx8u* x) {
     }
 }
 
-void wt97ForwardColumns(Zmx8u* plane, int step, Split split, int width) { allStrips(plane, step, split, width, forwardStrip); }
-void wt97InverseColumns(Zmx8u* plane, int step, Split split, int width) { allStrips(plane, step, split, width, inverseStrip); }
+void wt97ForwardColumns(Zmx8u* plane, int step, Split split, int width) {
+    allStrips(plane, step, split, width, forwardStrip);
+}
+void wt97InverseColumns(Zmx8u* plane, int step, Split split, int width) {
+    allStrips(plane, step, split, width, inverseStrip);
+}

@@ -1,6 +1,7 @@
 // pj2wt97ext.h - the 9/7 lifting of 32-bit samples in extended precision: lines, and the columns of a plane.
 //
-// The bytes are those of a 64-bit significand from the first step to the last, and one truncation toward zero at the output.
+// The bytes are those of a 64-bit significand from the first step to the last, and one truncation toward zero at the
+// output.
 #pragma once
 
 #include "pj2wt.h"

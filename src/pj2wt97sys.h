@@ -43,38 +43,23 @@ template <class Sample> struct Wt97Q16System {
     }
     static constexpr Zmx32s whole(Zmx32s c) { return (c + 32768) >> 16; }
     static constexpr bool fits(Zmx32s c0, Zmx32s c1) {
-        const auto part = [](Zmx32s c) {
-            return c < 65536 * whole(c) ? 65536 * whole(c) - c : c - 65536 * whole(c);
-        };
-        return 32768 + std::int64_t(32768) * part(c0) + std::int64_t(65536) * part(c1) < std::int64_t(1)
-                                                                                             << 31;
+        const auto part = [](Zmx32s c) { return c < 65536 * whole(c) ? 65536 * whole(c) - c : c - 65536 * whole(c); };
+        return 32768 + std::int64_t(32768) * part(c0) + std::int64_t(65536) * part(c1) < std::int64_t(1) << 31;
     }
-    static_assert(fits(0, C::alpha) && fits(0, C::beta) && fits(0, C::gamma) && fits(0, C::delta) &&
-                  fits(C::k, 0));
-    static_assert(fits(C::oneOverK, C::deltaOverK) && fits(C::k, C::deltaOverK) &&
-                  fits(C::oneOverK, C::gamma));
+    static_assert(fits(0, C::alpha) && fits(0, C::beta) && fits(0, C::gamma) && fits(0, C::delta) && fits(C::k, 0));
+    static_assert(fits(C::oneOverK, C::deltaOverK) && fits(C::k, C::deltaOverK) && fits(C::oneOverK, C::gamma));
 
-    static constexpr T lift(T centre, Zmx32s c, T a, T b) {
-        return narrow(centre + weigh(0, 0, c, sum(a, b)));
-    }
-    static constexpr T liftBack(T centre, Zmx32s c, T a, T b) {
-        return narrow(centre - weigh(0, 0, c, sum(a, b)));
-    }
+    static constexpr T lift(T centre, Zmx32s c, T a, T b) { return narrow(centre + weigh(0, 0, c, sum(a, b))); }
+    static constexpr T liftBack(T centre, Zmx32s c, T a, T b) { return narrow(centre - weigh(0, 0, c, sum(a, b))); }
     static constexpr T scale(Zmx32s c, T v) { return narrow(weigh(c, v, 0, 0)); }
 
     // The last forward step and the scale with one rounding in all, and in two stages.
-    static constexpr T low(T b, T g0, T g1) {
-        return narrow(weigh(C::oneOverK, b, C::deltaOverK, sum(g0, g1)));
-    }
+    static constexpr T low(T b, T g0, T g1) { return narrow(weigh(C::oneOverK, b, C::deltaOverK, sum(g0, g1))); }
     static constexpr T lowInStages(T b, T g0, T g1) { return scale(C::oneOverK, lift(b, C::delta, g0, g1)); }
 
     // The first two inverse steps, each with the scale and one rounding.
-    static constexpr T backB(T low, T h0, T h1) {
-        return narrow(weigh(C::k, low, -C::deltaOverK, sum(h0, h1)));
-    }
-    static constexpr T backA(T high, T b0, T b1) {
-        return narrow(weigh(C::oneOverK, high, -C::gamma, sum(b0, b1)));
-    }
+    static constexpr T backB(T low, T h0, T h1) { return narrow(weigh(C::k, low, -C::deltaOverK, sum(h0, h1))); }
+    static constexpr T backA(T high, T b0, T b1) { return narrow(weigh(C::oneOverK, high, -C::gamma, sum(b0, b1))); }
 };
 
 struct Wt97FloatSystem {

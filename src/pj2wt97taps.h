@@ -9,20 +9,27 @@ template <class N> struct Wt97TapSet {
 };
 
 // Forward, and inverse with alternating signs; the 16-bit fractions of the two are not all the same.
-inline constexpr Wt97TapSet<Zmx32f> wt97FloatForward = {0.602949f,  0.26686412f,  -0.078223266f, -0.01686412f, 0.026748758f,
-                                                        1.115087f, -0.59127176f, -0.057543527f, 0.091271766f};
-inline constexpr Wt97TapSet<Zmx32f> wt97FloatInverse = {0.602949f, -0.26686412f, -0.078223266f, 0.01686412f,  0.026748758f,
-                                                        1.115087f, 0.59127176f,  -0.057543527f, -0.091271766f};
+inline constexpr Wt97TapSet<Zmx32f> wt97FloatForward = {0.602949f,    0.26686412f,   -0.078223266f,
+                                                        -0.01686412f, 0.026748758f,  1.115087f,
+                                                        -0.59127176f, -0.057543527f, 0.091271766f};
+inline constexpr Wt97TapSet<Zmx32f> wt97FloatInverse = {0.602949f,   -0.26686412f,  -0.078223266f,
+                                                        0.01686412f, 0.026748758f,  1.115087f,
+                                                        0.59127176f, -0.057543527f, -0.091271766f};
 inline constexpr Wt97TapSet<Zmx32s> wt97Q16Forward = {39515, 17489, -5126, -1105, 1753, 73078, -38749, -3771, 5982};
 inline constexpr Wt97TapSet<Zmx32s> wt97Q16Inverse = {39515, -17489, -5126, 1105, 1753, 73078, 38750, -3771, -5981};
 
-static_assert(std::bit_cast<Zmx32u>(wt97FloatForward.c0) == 0x3F1A5ADE && std::bit_cast<Zmx32u>(wt97FloatForward.c1) == 0x3E88A26A);
-static_assert(std::bit_cast<Zmx32u>(wt97FloatForward.c2) == 0xBDA03385 && std::bit_cast<Zmx32u>(wt97FloatForward.c3) == 0xBC8A269F);
-static_assert(std::bit_cast<Zmx32u>(wt97FloatForward.c4) == 0x3CDB2036 && std::bit_cast<Zmx32u>(wt97FloatForward.g0) == 0x3F8EBB2C);
-static_assert(std::bit_cast<Zmx32u>(wt97FloatForward.g1) == 0xBF175D96 && std::bit_cast<Zmx32u>(wt97FloatForward.g2) == 0xBD6BB2C3);
+static_assert(std::bit_cast<Zmx32u>(wt97FloatForward.c0) == 0x3F1A5ADE &&
+              std::bit_cast<Zmx32u>(wt97FloatForward.c1) == 0x3E88A26A);
+static_assert(std::bit_cast<Zmx32u>(wt97FloatForward.c2) == 0xBDA03385 &&
+              std::bit_cast<Zmx32u>(wt97FloatForward.c3) == 0xBC8A269F);
+static_assert(std::bit_cast<Zmx32u>(wt97FloatForward.c4) == 0x3CDB2036 &&
+              std::bit_cast<Zmx32u>(wt97FloatForward.g0) == 0x3F8EBB2C);
+static_assert(std::bit_cast<Zmx32u>(wt97FloatForward.g1) == 0xBF175D96 &&
+              std::bit_cast<Zmx32u>(wt97FloatForward.g2) == 0xBD6BB2C3);
 static_assert(std::bit_cast<Zmx32u>(wt97FloatForward.g3) == 0x3DBAECB1);
 
-// Sums of products in each number system. `long` is five terms, `short` four; a term is a tap and the samples that share it.
+// Sums of products in each number system. `long` is five terms, `short` four; a term is a tap and the samples that
+// share it.
 template <class T> struct Wt97TapSum;
 
 // Floats: in extended precision, rounded at the store.
@@ -34,8 +41,8 @@ template <> struct Wt97TapSum<Zmx32f> {
     template <class... Term> static Zmx32f inverseOf(Term... t) { return forwardLow(t...); }
 };
 
-// 16 bits: the low output is summed in 32 bits, where it wraps; the high one likewise but for its last product, which is exact;
-// the inverse is exact. The last two saturate; 32 bits shifted by 16 leave nothing to saturate in the first.
+// 16 bits: the low output is summed in 32 bits, where it wraps; the high one likewise but for its last product, which
+// is exact; the inverse is exact. The last two saturate; 32 bits shifted by 16 leave nothing to saturate in the first.
 template <> struct Wt97TapSum<Zmx16s> {
     using Value = Zmx32s;
     static constexpr auto &forward = wt97Q16Forward, &inverse = wt97Q16Inverse;
@@ -76,8 +83,10 @@ template <class T> struct Wt97Taps {
         V second;
     };
     static V add(V a, V b) {
-        if constexpr (std::is_integral_v<V>) return wrapAdd(a, b);
-        else return a + b;
+        if constexpr (std::is_integral_v<V>)
+            return wrapAdd(a, b);
+        else
+            return a + b;
     }
 
     template <class In, class Out> static void forward(In x, Out low, Out high, int p) {
@@ -86,8 +95,8 @@ template <class T> struct Wt97Taps {
         const int l = p ? 1 : 0, h = p ? 0 : 1; // the centres
         const T lowValue = Sum::forwardLow(pair(t.c4, l - 4, l + 4), pair(t.c3, l - 3, l + 3), pair(t.c2, l - 2, l + 2),
                                            pair(t.c1, l - 1, l + 1), Term<decltype(t.c0 + 0)>{t.c0, V(x[l])});
-        const T highValue = Sum::forwardHigh(pair(t.g3, h - 3, h + 3), pair(t.g2, h - 2, h + 2), pair(t.g1, h - 1, h + 1),
-                                             Term<decltype(t.g0 + 0)>{t.g0, V(x[h])});
+        const T highValue = Sum::forwardHigh(pair(t.g3, h - 3, h + 3), pair(t.g2, h - 2, h + 2),
+                                             pair(t.g1, h - 1, h + 1), Term<decltype(t.g0 + 0)>{t.g0, V(x[h])});
         low.set(0, lowValue);
         high.set(0, highValue);
     }
@@ -95,13 +104,15 @@ template <class T> struct Wt97Taps {
     template <class In, class Out> static void inverse(In low, In high, Out x, int p) {
         const auto& t = Sum::inverse;
         const auto lows = [=](auto tap, int a, int b) { return Term<decltype(tap)>{tap, add(V(low[a]), V(low[b]))}; };
-        const auto highs = [=](auto tap, int a, int b) { return Term<decltype(tap)>{tap, add(V(high[a]), V(high[b]))}; };
-        // The even sample lies at the low sample itself, between high samples p - 1 and p; the odd one at the high sample,
-        // between low samples -p and 1 - p.
+        const auto highs = [=](auto tap, int a, int b) {
+            return Term<decltype(tap)>{tap, add(V(high[a]), V(high[b]))};
+        };
+        // The even sample lies at the low sample itself, between high samples p - 1 and p; the odd one at the high
+        // sample, between low samples -p and 1 - p.
         const T even = Sum::inverseOf(lows(t.g2, -1, 1), Term<decltype(t.g0 + 0)>{t.g0, V(low[0])},
                                       highs(t.c3, p - 2, p + 1), highs(t.c1, p - 1, p));
-        const T odd = Sum::inverseOf(lows(t.g3, -p - 1, 2 - p), lows(t.g1, -p, 1 - p), highs(t.c4, -2, 2), highs(t.c2, -1, 1),
-                                     Term<decltype(t.c0 + 0)>{t.c0, V(high[0])});
+        const T odd = Sum::inverseOf(lows(t.g3, -p - 1, 2 - p), lows(t.g1, -p, 1 - p), highs(t.c4, -2, 2),
+                                     highs(t.c2, -1, 1), Term<decltype(t.c0 + 0)>{t.c0, V(high[0])});
         x.set(p, even);
         x.set(1 - p, odd);
     }

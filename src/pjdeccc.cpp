@@ -1,8 +1,8 @@
 // pjdeccc.cpp - colour conversion of whole planes from YCbCr and YCCK (ITU-T T.871 in 16-bit fixed point).
 //
-// A row goes through in runs: toRgb() turns a run of the three planes into three runs of samples on the stack, which the
-// compiler vectorises, and a layout class writes them out. Since a run is read whole before it is written, a destination
-// may be its own source.
+// A row goes through in runs: toRgb() turns a run of the three planes into three runs of samples on the stack, which
+// the compiler vectorises, and a layout class writes them out. Since a run is read whole before it is written, a
+// destination may be its own source.
 #include "pjargs.h"
 #include "pjdeccctbl.h"
 #include "pjpixels.h"
@@ -34,8 +34,8 @@ inline void toRgb(const Zmx8u* y, const Zmx8u* cb, const Zmx8u* cr, Run& out, in
     }
 }
 
-// Where the pixels of a run go in each layout: put() writes pixels x to x + n - 1 of a destination row; `k` is the run of
-// the fourth source plane where there is one.
+// Where the pixels of a run go in each layout: put() writes pixels x to x + n - 1 of a destination row; `k` is the run
+// of the fourth source plane where there is one.
 
 template <bool RedFirst> struct Bytes {
     static void put(Zmx8u* row, int x, const Run& c, const Zmx8u*, int n) {
@@ -109,7 +109,8 @@ ZmxStatus toPixels(const Zmx8u* const* src, int srcStep, void* dst, int dstStep,
 
 template <class Layout, int N>
 ZmxStatus toPlanes(const Zmx8u* const* src, int srcStep, Zmx8u* const* dst, int dstStep, ZmxiSize roi) {
-    if (ZmxStatus bad = Args().ptr(src).ptr(dst).planes(src, N).planes(dst, N).step(srcStep).step(dstStep).size(roi)) return bad;
+    if (ZmxStatus bad = Args().ptr(src).ptr(dst).planes(src, N).planes(dst, N).step(srcStep).step(dstStep).size(roi))
+        return bad;
     Parallel::rows(roi, [=](int y) {
         const PlaneRows<N, Zmx8u> rows(dst, dstStep, y);
         convertRow<Layout, N>(PlaneRows<N, const Zmx8u>(src, srcStep, y), rows.row, roi.width);
@@ -143,13 +144,16 @@ ZmxStatus zmxiYCCKToCMYK_JPEG_8u_P4R(const Zmx8u* const pSrc[4], int srcStep, Zm
                                      ZmxiSize roiSize) {
     return toPlanes<CmykPlanes, 4>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
-ZmxStatus zmxiYCbCrToRGB_JPEG_8u_P3C3R(const Zmx8u* const pSrc[3], int srcStep, Zmx8u* pDst, int dstStep, ZmxiSize roiSize) {
+ZmxStatus zmxiYCbCrToRGB_JPEG_8u_P3C3R(const Zmx8u* const pSrc[3], int srcStep, Zmx8u* pDst, int dstStep,
+                                       ZmxiSize roiSize) {
     return toPixels<Bytes<true>, 3, Parallel>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
-ZmxStatus zmxiYCbCrToBGR_JPEG_8u_P3C3R(const Zmx8u* const pSrc[3], int srcStep, Zmx8u* pDst, int dstStep, ZmxiSize roiSize) {
+ZmxStatus zmxiYCbCrToBGR_JPEG_8u_P3C3R(const Zmx8u* const pSrc[3], int srcStep, Zmx8u* pDst, int dstStep,
+                                       ZmxiSize roiSize) {
     return toPixels<Bytes<false>, 3, Parallel>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
-ZmxStatus zmxiYCCKToCMYK_JPEG_8u_P4C4R(const Zmx8u* const pSrc[4], int srcStep, Zmx8u* pDst, int dstStep, ZmxiSize roiSize) {
+ZmxStatus zmxiYCCKToCMYK_JPEG_8u_P4C4R(const Zmx8u* const pSrc[4], int srcStep, Zmx8u* pDst, int dstStep,
+                                       ZmxiSize roiSize) {
     return toPixels<CmykBytes, 4, Parallel>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 // The packed forms open no parallel region at any size.

@@ -56,7 +56,8 @@ ZmxStatus zmxiSampleUpH2V1_JPEG_8u_C1R(const Zmx8u* pSrc, int srcStep, ZmxiSize 
                                        ZmxiSize dstRoiSize) {
     if (ZmxStatus bad = rectangleArgs(pSrc, srcStep, srcRoiSize, pDst, dstStep, dstRoiSize)) return bad;
     // Alone among the rectangle forms it opens no parallel region at any size.
-    Serial::rows(dstRoiSize, [=](int y) { rowH2V1(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), dstRoiSize.width); });
+    Serial::rows(dstRoiSize,
+                 [=](int y) { rowH2V1(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), dstRoiSize.width); });
     return zmxStsNoErr;
 }
 

@@ -1,8 +1,8 @@
 // pjenccc.cpp - colour conversion of whole planes to Y, YCbCr and YCCK (ITU-T T.871 in 16-bit fixed point).
 //
-// A row goes through in runs: a layout class brings a run of pixels into three runs of samples on the stack, and toY() or
-// toYcc() turns them into the planes, in loops that the compiler vectorises. Since a run is read whole before it is written,
-// a destination may be its own source.
+// A row goes through in runs: a layout class brings a run of pixels into three runs of samples on the stack, and toY()
+// or toYcc() turns them into the planes, in loops that the compiler vectorises. Since a run is read whole before it is
+// written, a destination may be its own source.
 #include "pjargs.h"
 #include "pjpixels.h"
 #include "pjrows.h"
@@ -15,14 +15,14 @@ struct Run {
     Zmx8u c[3][kRun];
 };
 
-// What cc_table of pjenccctbl sums up, by multiplication. The three factors of Y add up to 65536 and those of Cb and of Cr
-// to 0, so with a = R - G and b = B - G each line needs two products:
+// What cc_table of pjenccctbl sums up, by multiplication. The three factors of Y add up to 65536 and those of Cb and of
+// Cr to 0, so with a = R - G and b = B - G each line needs two products:
 //   Y   G + ((19595 a + 7471 b + 32768) >> 16)
 //   Cb  128 + ((32768 b - 11059 a + 32767) >> 16)
 //   Cr  128 + ((32768 a - 5329 b + 32767) >> 16)
-// The rounding term of Y is a half, those of Cb and Cr are one short of it. Taking the shift of Cb in two steps of 15 and 1
-// gives 128 + ((b + ((32767 - 11059 a) >> 15)) >> 1), and the inner term, being a ceiling, is minus the high half of
-// 22118 a: 16-bit lanes are enough. Cr likewise. Nothing saturates: no result leaves 0 to 255.
+// The rounding term of Y is a half, those of Cb and Cr are one short of it. Taking the shift of Cb in two steps of 15
+// and 1 gives 128 + ((b + ((32767 - 11059 a) >> 15)) >> 1), and the inner term, being a ceiling, is minus the high half
+// of 22118 a: 16-bit lanes are enough. Cr likewise. Nothing saturates: no result leaves 0 to 255.
 inline Zmx8u lumaOf(Zmx16s a, Zmx8u g, Zmx16s b) { return Zmx8u(g + roundedSumHigh(19595, a, 7471, b)); }
 // Cb of (a, b), and Cr of (b, a), by the factor of the first difference doubled.
 inline Zmx8u chromaOf(Zmx16s other, Zmx16s own, Zmx16s factor) {
@@ -44,8 +44,8 @@ inline void toYcc(const Run& rgb, Run& ycc, int n) {
     }
 }
 
-// Where the pixels of a run come from in each layout: get() brings pixels x to x + n - 1 of a source row; black() the run
-// of K where there is one.
+// Where the pixels of a run come from in each layout: get() brings pixels x to x + n - 1 of a source row; black() the
+// run of K where there is one.
 
 template <bool RedFirst> struct Bytes {
     static void get(const Zmx8u* row, int x, Run& rgb, int n) {
@@ -59,7 +59,8 @@ template <bool RedFirst> struct Bytes {
     }
 };
 
-// 555 or 565 packing, widened with zeros below; the first colour of the name lies in the low bits. Bit 15 of 555 is ignored.
+// 555 or 565 packing, widened with zeros below; the first colour of the name lies in the low bits. Bit 15 of 555 is
+// ignored.
 template <bool RedFirst, int GreenBits> struct Packed {
     static void get(const Zmx8u* row, int x, Run& rgb, int n) {
         for (int i = 0; i < n; ++i) {
@@ -141,7 +142,8 @@ ZmxStatus pixelsToPlanes(const void* src, int srcStep, Zmx8u* const* dst, int ds
 
 template <class Layout, int N>
 ZmxStatus planesToPlanes(const Zmx8u* const* src, int srcStep, Zmx8u* const* dst, int dstStep, ZmxiSize roi) {
-    if (ZmxStatus bad = Args().ptr(src).ptr(dst).planes(src, N).planes(dst, N).step(srcStep).step(dstStep).size(roi)) return bad;
+    if (ZmxStatus bad = Args().ptr(src).ptr(dst).planes(src, N).planes(dst, N).step(srcStep).step(dstStep).size(roi))
+        return bad;
     Parallel::rows(roi, [=](int y) {
         const PlaneRows<N, const Zmx8u> rows(src, srcStep, y);
         planesRow<Layout, N>(rows.row, PlaneRows<N, Zmx8u>(dst, dstStep, y), roi.width);
@@ -157,26 +159,31 @@ ZmxStatus zmxiRGBToY_JPEG_8u_C3C1R(const Zmx8u* pSrc, int srcStep, Zmx8u* pDst, 
 ZmxStatus zmxiBGRToY_JPEG_8u_C3C1R(const Zmx8u* pSrc, int srcStep, Zmx8u* pDst, int dstStep, ZmxiSize roiSize) {
     return pixelsToY<Bytes<false>>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
-ZmxStatus zmxiRGBToY_JPEG_8u_P3C1R(const Zmx8u* const pSrc[3], int srcStep, Zmx8u* pDst, int dstStep, ZmxiSize roiSize) {
+ZmxStatus zmxiRGBToY_JPEG_8u_P3C1R(const Zmx8u* const pSrc[3], int srcStep, Zmx8u* pDst, int dstStep,
+                                   ZmxiSize roiSize) {
     // The source planes stand ahead of the destination pointer: required; the other functions test both arrays first.
-    if (ZmxStatus bad = Args().ptr(pSrc).planes(pSrc, 3).ptr(pDst).step(srcStep).step(dstStep).size(roiSize)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc).planes(pSrc, 3).ptr(pDst).step(srcStep).step(dstStep).size(roiSize))
+        return bad;
     Parallel::rows(roiSize, [=](int y) {
         const PlaneRows<3, const Zmx8u> rows(pSrc, srcStep, y);
         lumaRow<RgbPlanes>(rows.row, rowAt(pDst, dstStep, y), roiSize.width);
     });
     return zmxStsNoErr;
 }
-ZmxStatus zmxiRGBToYCbCr_JPEG_8u_C3P3R(const Zmx8u* pSrc, int srcStep, Zmx8u* const pDst[3], int dstStep, ZmxiSize roiSize) {
+ZmxStatus zmxiRGBToYCbCr_JPEG_8u_C3P3R(const Zmx8u* pSrc, int srcStep, Zmx8u* const pDst[3], int dstStep,
+                                       ZmxiSize roiSize) {
     return pixelsToPlanes<Bytes<true>, 3, Parallel>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
-ZmxStatus zmxiBGRToYCbCr_JPEG_8u_C3P3R(const Zmx8u* pSrc, int srcStep, Zmx8u* const pDst[3], int dstStep, ZmxiSize roiSize) {
+ZmxStatus zmxiBGRToYCbCr_JPEG_8u_C3P3R(const Zmx8u* pSrc, int srcStep, Zmx8u* const pDst[3], int dstStep,
+                                       ZmxiSize roiSize) {
     return pixelsToPlanes<Bytes<false>, 3, Parallel>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiRGBToYCbCr_JPEG_8u_P3R(const Zmx8u* const pSrc[3], int srcStep, Zmx8u* const pDst[3], int dstStep,
                                      ZmxiSize roiSize) {
     return planesToPlanes<RgbPlanes, 3>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
-ZmxStatus zmxiCMYKToYCCK_JPEG_8u_C4P4R(const Zmx8u* pSrc, int srcStep, Zmx8u* const pDst[4], int dstStep, ZmxiSize roiSize) {
+ZmxStatus zmxiCMYKToYCCK_JPEG_8u_C4P4R(const Zmx8u* pSrc, int srcStep, Zmx8u* const pDst[4], int dstStep,
+                                       ZmxiSize roiSize) {
     return pixelsToPlanes<CmykBytes, 4, Parallel>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiCMYKToYCCK_JPEG_8u_P4R(const Zmx8u* const pSrc[4], int srcStep, Zmx8u* const pDst[4], int dstStep,

@@ -14,8 +14,8 @@ constexpr Index kMostBytes = 128; // of a packet
 constexpr int kMostHeader = 127;  // of a literal packet
 constexpr int kMergeHeader = 125; // a literal packet at or above it absorbs nothing
 
-// Lengths of fewer than this are found a byte at a time: the branches are predicted, and the next packet is begun ahead of their
-// outcome, where a length counted out of a word has to be waited for. Most packets of text are that short.
+// Lengths of fewer than this are found a byte at a time: the branches are predicted, and the next packet is begun ahead
+// of their outcome, where a length counted out of a word has to be waited for. Most packets of text are that short.
 constexpr Index kFew = 5;
 
 // The place of the first zero byte of a word in memory order, or 8.
@@ -46,8 +46,8 @@ Index runLength(const Zmx8u* s, Index n) {
     return i;
 }
 
-// How many bytes from s on, at most `most`, stand ahead of two equal neighbours; `left` bytes of the source remain. The first
-// byte counts in any case.
+// How many bytes from s on, at most `most`, stand ahead of two equal neighbours; `left` bytes of the source remain. The
+// first byte counts in any case.
 Index literalLength(const Zmx8u* s, Index left, Index most) {
     const Index n = std::min(left, most);
     Index i = 1;
@@ -67,7 +67,7 @@ ZmxStatus zmxiPackBitsRow_TIFF_8u_C1(const Zmx8u* pSrc, int srcLen, Zmx8u* pDst,
     Index pos = *pDstPos;
     if (pos > dstLen) return zmxStsUnderRunErr; // and the position stays
 
-    Zmx8u* literal = nullptr; // the header of the latest literal packet
+    Zmx8u* literal = nullptr;  // the header of the latest literal packet
     bool pairBehindIt = false; // whether one run of exactly two bytes is all that has followed it
     for (Index done = 0; done < srcLen;) {
         const Zmx8u* s = pSrc + done;
@@ -80,8 +80,8 @@ ZmxStatus zmxiPackBitsRow_TIFF_8u_C1(const Zmx8u* pSrc, int srcLen, Zmx8u* pDst,
             pDst[pos++] = s[0];
             done += n;
         } else {
-            // A pair between two literals is cheaper inside them: its header becomes its first byte, the packet ahead of it
-            // takes in the pair and the new bytes, and no packet starts.
+            // A pair between two literals is cheaper inside them: its header becomes its first byte, the packet ahead
+            // of it takes in the pair and the new bytes, and no packet starts.
             const bool merges = pairBehindIt && *literal < kMergeHeader;
             const Index n = literalLength(s, left, merges ? kMostHeader - *literal - 2 : kMostBytes);
             if (room < n + !merges) break;

@@ -23,9 +23,8 @@ constexpr int halfUp(int width) { return width / 2 + width % 2; }
 ZmxStatus zmxiSampleDownH2V1_JPEG_8u_C1R(const Zmx8u* pSrc, int srcStep, ZmxiSize srcRoiSize, Zmx8u* pDst, int dstStep,
                                          ZmxiSize dstRoiSize) {
     if (ZmxStatus bad = rectangleArgs(pSrc, srcStep, srcRoiSize, pDst, dstStep, dstRoiSize)) return bad;
-    Parallel::rows(dstRoiSize, [=](int y) {
-        boxH<1, false>(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), dstRoiSize.width);
-    });
+    Parallel::rows(dstRoiSize,
+                   [=](int y) { boxH<1, false>(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), dstRoiSize.width); });
     return zmxStsNoErr;
 }
 

@@ -15,9 +15,9 @@ constexpr int kRun = 256; // pixels; a run and its results stay in the first-lev
 // The high half of a 16-bit product, one instruction a vector.
 constexpr Zmx16s mulHigh(Zmx16s a, Zmx16s b) { return Zmx16s((a * b) >> 16); }
 
-// (a x + b y + 32768) >> 16 in 16-bit lanes: the high halves of the products, and what their low halves and the rounding term
-// carry over. Adding 32768 to the low half of a x carries when its top bit is set; since it also swaps the ends of the
-// range, the sum with the low half of b y then carries when it is the lesser one as a signed number.
+// (a x + b y + 32768) >> 16 in 16-bit lanes: the high halves of the products, and what their low halves and the
+// rounding term carry over. Adding 32768 to the low half of a x carries when its top bit is set; since it also swaps
+// the ends of the range, the sum with the low half of b y then carries when it is the lesser one as a signed number.
 constexpr Zmx16s roundedSumHigh(Zmx16s a, Zmx16s x, Zmx16s b, Zmx16s y) {
     const Zmx16s low = Zmx16s(a * x), sum = Zmx16s(low + Zmx16s(b * y));
     return Zmx16s(mulHigh(a, x) + mulHigh(b, y) + (low < 0) + (sum < low));

@@ -25,10 +25,11 @@ inline void butterfly(Sample& a, Sample& b, Sample& c, Sample& d, Sample r) {
     a = a - d;
 }
 
-// Transforms a row of blocks in place. The loop goes over blocks, so that one vector lane holds one block: the loads and
-// stores of column c are four apart. Rows are at any address.
-// The transform must be inlined (always_inline): a call in the loop keeps it from being vectorised.
-template <void (*transform)(PctBlock&)> void pctBlockRow(Zmx8u* row0, Zmx8u* row1, Zmx8u* row2, Zmx8u* row3, int blocks) {
+// Transforms a row of blocks in place. The loop goes over blocks, so that one vector lane holds one block: the loads
+// and stores of column c are four apart. Rows are at any address. The transform must be inlined (always_inline): a call
+// in the loop keeps it from being vectorised.
+template <void (*transform)(PctBlock&)>
+void pctBlockRow(Zmx8u* row0, Zmx8u* row1, Zmx8u* row2, Zmx8u* row3, int blocks) {
     for (int i = 0; i < blocks; ++i) {
         PctBlock block;
         const std::ptrdiff_t x = std::ptrdiff_t(4) * i;
@@ -48,11 +49,13 @@ template <void (*transform)(PctBlock&)> void pctBlockRow(Zmx8u* row0, Zmx8u* row
 template <void (*transform)(PctBlock&)> void pctTwoByTwo(void* pSrcDst, int step, int y) {
     Sample rows[4][16];
     for (int r = 0; r < 4; ++r)
-        for (int half = 0; half < 2; ++half) std::memcpy(rows[r] + 8 * half, rowAt(pSrcDst, step, y + 4 * half + r), 32);
+        for (int half = 0; half < 2; ++half)
+            std::memcpy(rows[r] + 8 * half, rowAt(pSrcDst, step, y + 4 * half + r), 32);
     const auto bytes = [&](int r) { return reinterpret_cast<Zmx8u*>(rows[r]); };
     pctBlockRow<transform>(bytes(0), bytes(1), bytes(2), bytes(3), 4);
     for (int r = 0; r < 4; ++r)
-        for (int half = 0; half < 2; ++half) std::memcpy(rowAt(pSrcDst, step, y + 4 * half + r), rows[r] + 8 * half, 32);
+        for (int half = 0; half < 2; ++half)
+            std::memcpy(rowAt(pSrcDst, step, y + 4 * half + r), rows[r] + 8 * half, 32);
 }
 
 // All blocks of a rectangle whose sides are multiples of 4.
@@ -66,7 +69,9 @@ template <void (*transform)(PctBlock&)> void pctRectangle(Zmx32s* pSrcDst, int s
 }
 
 // The step against the bytes of a row, as unsigned numbers: required, so that a negative step passes.
-inline Args& pctStep(Args& args, int step, int width) { return args.test(Zmx32u(step) < 4u * Zmx32u(width), zmxStsStepErr); }
+inline Args& pctStep(Args& args, int step, int width) {
+    return args.test(Zmx32u(step) < 4u * Zmx32u(width), zmxStsStepErr);
+}
 
 // A macroblock of fixed size.
 inline ZmxStatus pctFixedArgs(const void* p, int step, ZmxiSize size) {
@@ -77,5 +82,6 @@ inline ZmxStatus pctFixedArgs(const void* p, int step, ZmxiSize size) {
 // A rectangle: the size ahead of the step, and the multiple of 4 behind it: required.
 inline ZmxStatus pctArgs(const void* p, int step, ZmxiSize size) {
     Args args;
-    return pctStep(args.ptr(p).size(size), step, size.width).test(size.width % 4 != 0 || size.height % 4 != 0, zmxStsSizeErr);
+    return pctStep(args.ptr(p).size(size), step, size.width)
+        .test(size.width % 4 != 0 || size.height % 4 != 0, zmxStsSizeErr);
 }

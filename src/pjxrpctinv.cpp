@@ -1,4 +1,5 @@
-// pjxrpctinv.cpp - the inverse photo core transform of HD Photo (ITU-T T.832, clause 9.9): 4x4 blocks, lifting steps only.
+// pjxrpctinv.cpp - the inverse photo core transform of HD Photo (ITU-T T.832, clause 9.9): 4x4 blocks, lifting steps
+// only.
 //
 // The steps stand in the order in which they are taken, since each one rounds.
 #include "pjxrpct.h"
@@ -60,8 +61,12 @@ ZmxStatus fixedSize(Zmx32s* pSrcDst, int srcDstStep, ZmxiSize size) {
 
 } // namespace
 
-ZmxStatus zmxiPCTInv16x16_HDP_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep) { return fixedSize(pSrcDst, srcDstStep, {16, 16}); }
-ZmxStatus zmxiPCTInv8x16_HDP_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep) { return fixedSize(pSrcDst, srcDstStep, {8, 16}); }
+ZmxStatus zmxiPCTInv16x16_HDP_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep) {
+    return fixedSize(pSrcDst, srcDstStep, {16, 16});
+}
+ZmxStatus zmxiPCTInv8x16_HDP_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep) {
+    return fixedSize(pSrcDst, srcDstStep, {8, 16});
+}
 ZmxStatus zmxiPCTInv8x8_HDP_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep) { return fixedSize(pSrcDst, srcDstStep, {8, 8}); }
 
 ZmxStatus zmxiPCTInv_HDP_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep, ZmxiSize roiSize) {
