@@ -74,6 +74,15 @@ void permuteRows(Zmx8u* plane, int step, int rows, std::size_t rowBytes, Zmx8u* 
     }
 }
 
+// ---- a transform in place
+
+template <class T, class InPlace>
+ZmxStatus planeInPlace(T* srcDst, int step, const ZmxiRect* tile, Zmx8u* buffer, InPlace transform) {
+    if (ZmxStatus bad = planeArgs(srcDst, step, tile, buffer)) return bad;
+    transform(rowAt(srcDst, step, 0), step, *tile, buffer);
+    return zmxStsNoErr;
+}
+
 // ---- four bands around a transform in place
 
 // The scratch plane of the forms on four bands; the scratch line of the transform in place follows it.
@@ -139,4 +148,12 @@ constexpr Zmx32u lineBytes(const ZmxiRect& tile, Zmx32u sampleBytes, int shortes
 }
 constexpr Zmx32u scratchPlaneBytes(const ZmxiRect& tile, Zmx32u sampleBytes) {
     return ((sampleBytes * Zmx32u(tile.width) + 31u) & ~31u) * Zmx32u(tile.height);
+}
+
+// What the GetBufSize functions report, for a transform in place or on four bands; the tile is not tested.
+inline ZmxStatus scratchSize(const ZmxiRect* tile, int* size, Zmx32u sampleBytes, int shortest, Zmx32u margin,
+                             bool bands) {
+    if (ZmxStatus bad = Args().ptr(tile).ptr(size)) return bad;
+    *size = int(lineBytes(*tile, sampleBytes, shortest, margin) + (bands ? scratchPlaneBytes(*tile, sampleBytes) : 0));
+    return zmxStsNoErr;
 }

@@ -125,36 +125,24 @@ template <class T> void inversePlane(Zmx8u* plane, int step, const ZmxiRect& til
         shortColumns<T, inverseRow<T>>(plane, step, down, across.n);
 }
 
-template <class T> ZmxStatus forward(T* srcDst, int step, const ZmxiRect* tile, Zmx8u* buffer) {
-    if (ZmxStatus bad = planeArgs(srcDst, step, tile, buffer)) return bad;
-    forwardPlane<T>(rowAt(srcDst, step, 0), step, *tile, buffer);
-    return zmxStsNoErr;
-}
-template <class T> ZmxStatus inverse(T* srcDst, int step, const ZmxiRect* tile, Zmx8u* buffer) {
-    if (ZmxStatus bad = planeArgs(srcDst, step, tile, buffer)) return bad;
-    inversePlane<T>(rowAt(srcDst, step, 0), step, *tile, buffer);
-    return zmxStsNoErr;
-}
-
+// A line needs scratch memory from 3 samples on, with 4 samples of margin.
 template <class T> ZmxStatus bufferSize(const ZmxiRect* tile, int* size, bool bands) {
-    if (ZmxStatus bad = Args().ptr(tile).ptr(size)) return bad;
-    *size = int(lineBytes(*tile, sizeof(T), 3, 4) + (bands ? scratchPlaneBytes(*tile, sizeof(T)) : 0));
-    return zmxStsNoErr;
+    return scratchSize(tile, size, sizeof(T), 3, 4, bands);
 }
 
 } // namespace
 
 ZmxStatus zmxiWTFwd_B53_JPEG2K_16s_C1IR(Zmx16s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect, Zmx8u* pBuffer) {
-    return forward(pSrcDst, srcDstStep, pTileRect, pBuffer);
+    return planeInPlace(pSrcDst, srcDstStep, pTileRect, pBuffer, forwardPlane<Zmx16s>);
 }
 ZmxStatus zmxiWTFwd_B53_JPEG2K_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect, Zmx8u* pBuffer) {
-    return forward(pSrcDst, srcDstStep, pTileRect, pBuffer);
+    return planeInPlace(pSrcDst, srcDstStep, pTileRect, pBuffer, forwardPlane<Zmx32s>);
 }
 ZmxStatus zmxiWTInv_B53_JPEG2K_16s_C1IR(Zmx16s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect, Zmx8u* pBuffer) {
-    return inverse(pSrcDst, srcDstStep, pTileRect, pBuffer);
+    return planeInPlace(pSrcDst, srcDstStep, pTileRect, pBuffer, inversePlane<Zmx16s>);
 }
 ZmxStatus zmxiWTInv_B53_JPEG2K_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect, Zmx8u* pBuffer) {
-    return inverse(pSrcDst, srcDstStep, pTileRect, pBuffer);
+    return planeInPlace(pSrcDst, srcDstStep, pTileRect, pBuffer, inversePlane<Zmx32s>);
 }
 
 ZmxStatus zmxiWTFwd_B53_JPEG2K_16s_C1R(const Zmx16s* pSrc, int srcStep, const ZmxiRect* pTileRect,

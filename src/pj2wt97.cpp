@@ -190,36 +190,24 @@ template <class T> void inversePlane(Zmx8u* plane, int step, const ZmxiRect& til
         singleRow<T>(plane, across.n, [=](T v) { return v / (down.phase + 1); });
 }
 
-template <class T> ZmxStatus forward(T* srcDst, int step, const ZmxiRect* tile, Zmx8u* buffer) {
-    if (ZmxStatus bad = planeArgs(srcDst, step, tile, buffer)) return bad;
-    forwardPlane<T>(rowAt(srcDst, step, 0), step, *tile, buffer);
-    return zmxStsNoErr;
-}
-template <class T> ZmxStatus inverse(T* srcDst, int step, const ZmxiRect* tile, Zmx8u* buffer) {
-    if (ZmxStatus bad = planeArgs(srcDst, step, tile, buffer)) return bad;
-    inversePlane<T>(rowAt(srcDst, step, 0), step, *tile, buffer);
-    return zmxStsNoErr;
-}
-
+// A line needs scratch memory from 2 samples on, with 8 samples of margin.
 template <class T> ZmxStatus bufferSize(const ZmxiRect* tile, int* size, bool bands) {
-    if (ZmxStatus bad = Args().ptr(tile).ptr(size)) return bad;
-    *size = int(lineBytes(*tile, sizeof(T), 2, 8) + (bands ? scratchPlaneBytes(*tile, sizeof(T)) : 0));
-    return zmxStsNoErr;
+    return scratchSize(tile, size, sizeof(T), 2, 8, bands);
 }
 
 } // namespace
 
 ZmxStatus zmxiWTFwd_D97_JPEG2K_16s_C1IR(Zmx16s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect, Zmx8u* pBuffer) {
-    return forward(pSrcDst, srcDstStep, pTileRect, pBuffer);
+    return planeInPlace(pSrcDst, srcDstStep, pTileRect, pBuffer, forwardPlane<Zmx16s>);
 }
 ZmxStatus zmxiWTFwd_D97_JPEG2K_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect, Zmx8u* pBuffer) {
-    return forward(pSrcDst, srcDstStep, pTileRect, pBuffer);
+    return planeInPlace(pSrcDst, srcDstStep, pTileRect, pBuffer, forwardPlane<Zmx32s>);
 }
 ZmxStatus zmxiWTInv_D97_JPEG2K_16s_C1IR(Zmx16s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect, Zmx8u* pBuffer) {
-    return inverse(pSrcDst, srcDstStep, pTileRect, pBuffer);
+    return planeInPlace(pSrcDst, srcDstStep, pTileRect, pBuffer, inversePlane<Zmx16s>);
 }
 ZmxStatus zmxiWTInv_D97_JPEG2K_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect, Zmx8u* pBuffer) {
-    return inverse(pSrcDst, srcDstStep, pTileRect, pBuffer);
+    return planeInPlace(pSrcDst, srcDstStep, pTileRect, pBuffer, inversePlane<Zmx32s>);
 }
 
 ZmxStatus zmxiWTFwd_D97_JPEG2K_16s_C1R(const Zmx16s* pSrc, int srcStep, const ZmxiRect* pTileRect,
