@@ -1,0 +1,100 @@
+// What the measurements of whole JPEG pictures share: the picture, 1920x1080 pixels of a photograph, and
+// libjpeg-turbo's way from it to a file and back, in memory.
+//
+// ZMX_PHOTO names the photograph: a baseline JPEG file of at least that size.
+#pragma once
+
+#include "image/image.h"
+#include "jpeg/jpeg.h"
+
+#include <benchmark/benchmark.h>
+#include <cstdio>
+#include <cstdlib>
+#include <jpeglib.h>
+#include <memory>
+
+namespace road {
+
+using Bytes = std::vector<std::uint8_t>;
+constexpr int kWidth = 1920, kHeight = 1080, kQuality = 90;
+
+// The middle of the photograph; null when there is none.
+inline const Bytes* photo() {
+    static const auto pixels = []() -> std::unique_ptr<Bytes> {
+        const char* path = std::getenv("ZMX_PHOTO");
+        try {
+            const Bytes file = readBytes(path ? path : "/usr/share/backgrounds/mate/nature/Blinds.jpg");
+            const jpeg::Picture p = jpeg::decode(file.data(), file.size());
+            const Image all = from8bit(p.pixels.data(), p.width, p.height, p.channels);
+            return std::make_unique<Bytes>(
+                to8bit(crop(all, (p.width - kWidth) / 2, (p.height - kHeight) / 2, kWidth, kHeight)));
+        } catch (const std::exception& e) {
+            std::fprintf(stderr, "zmx_bench: %s\n", e.what());
+            return nullptr;
+        }
+    }();
+    return pixels.get();
+}
+
+inline Bytes encodeOurs(const jpeg::EncodeOptions& options) {
+    return jpeg::encode(photo()->data(), kWidth, kHeight, 3, options);
+}
+
+// What the two programs have in common to choose from.
+enum class Mode { sequential, progressive };
+
+inline std::size_t encodeTheirs(Mode mode, Bytes& room) {
+    jpeg_compress_struct c;
+    jpeg_error_mgr errors;
+    c.err = jpeg_std_error(&errors);
+    jpeg_create_compress(&c);
+    unsigned char* out = room.data();
+    unsigned long size = room.size();
+    jpeg_mem_dest(&c, &out, &size);
+    c.image_width = kWidth;
+    c.image_height = kHeight;
+    c.input_components = 3;
+    c.in_color_space = JCS_RGB;
+    jpeg_set_defaults(&c); // 4:2:0, JDCT_ISLOW, standard Huffman tables
+    jpeg_set_quality(&c, kQuality, TRUE);
+    if (mode == Mode::progressive) {
+        jpeg_simple_progression(&c);
+        c.optimize_coding = TRUE;
+    }
+    jpeg_start_compress(&c, TRUE);
+    while (c.next_scanline < c.image_height) {
+        JSAMPROW row = const_cast<JSAMPROW>(photo()->data()) + std::size_t(c.next_scanline) * kWidth * 3;
+        jpeg_write_scanlines(&c, &row, 1);
+    }
+    jpeg_finish_compress(&c);
+    jpeg_destroy_compress(&c);
+    return size;
+}
+
+inline void decodeTheirs(const Bytes& file, Bytes& pixels) {
+    jpeg_decompress_struct d;
+    jpeg_error_mgr errors;
+    d.err = jpeg_std_error(&errors);
+    jpeg_create_decompress(&d);
+    jpeg_mem_src(&d, file.data(), file.size());
+    jpeg_read_header(&d, TRUE);
+    d.do_fancy_upsampling = FALSE;
+    d.do_block_smoothing = FALSE; // acts on incomplete progressive files only
+    d.dct_method = JDCT_ISLOW;
+    jpeg_start_decompress(&d);
+    while (d.output_scanline < d.output_height) {
+        JSAMPROW row = pixels.data() + std::size_t(d.output_scanline) * kWidth * 3;
+        jpeg_read_scanlines(&d, &row, 1);
+    }
+    jpeg_finish_decompress(&d);
+    jpeg_destroy_decompress(&d);
+}
+
+template <class Call> void run(benchmark::State& state, Call call) {
+    if (!photo()) return state.SkipWithError("no photograph");
+    for (auto _ : state) call();
+    state.counters["pixels"] =
+        benchmark::Counter(double(kWidth) * kHeight, benchmark::Counter::kIsIterationInvariantRate);
+}
+
+} // namespace road
