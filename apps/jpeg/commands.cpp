@@ -173,6 +173,7 @@ void addEncode(CLI::App& app) {
                     },
                     "HxV[,HxV...]"));
     c->add_flag("--optimize", o.optimize, "make Huffman tables for the picture");
+    c->add_flag("--fast", o.fast, "convert colours without rounding: faster, up to 2 dB worse");
     c->add_option("--restart", o.restart, "MCUs in a restart interval; 0: none")
         ->capture_default_str()
         ->check(CLI::Range(0, 65535));

@@ -128,7 +128,7 @@ std::vector<std::uint8_t> encodeSamples(const Sample* pixels, int width, int hei
     const Frame frame = frameFor(width, height, precision, model, options);
     const Quantiser quantisers[2] = {{kLumaQuant, options.quality}, {kChromaQuant, options.quality}};
     const bool scripted = options.progressive || !options.scans.empty();
-    const auto transformer = makeTransformer(pixels, frame, model, quantisers, scripted);
+    const auto transformer = makeTransformer(pixels, frame, model, quantisers, options.fast);
     if (!scripted && !options.optimize && precision == 8 && sequentialScript(frame, model).size() == 1)
         return encodeStraight(frame, model, *transformer, quantisers, options.restart);
 

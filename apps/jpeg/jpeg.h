@@ -30,6 +30,7 @@ struct EncodeOptions {
     Sampling sampling = Sampling::s420; // of the chroma; grey, RGB and CMYK are never subsampled by it
     std::vector<Factors> factors;       // sampling factors of each component, instead; empty: as above
     bool optimize = false;              // Huffman tables made for the picture; other modes have them always
+    bool fast = false;                  // 8-bit colours are converted without rounding
     int restart = 0;                    // MCUs in a restart interval; 0: none
     bool rgb = false;                   // 3 channels: store RGB as it is
     bool ycck = false;                  // 4 channels: store YCCK

@@ -1,7 +1,8 @@
-// transform.cpp - two roads from pixels to coefficients. UnitTransformer cuts whole MCUs out of the picture
-// with one library function, whose colour conversion rounds nothing. PlaneTransformer serves every sampling
-// and 12-bit samples, and converts with rounding: it makes a small plane of each component, averages it down
-// to its size, and leaves the level shift to the transform.
+// transform.cpp - three roads from pixels to coefficients. UnitTransformer cuts whole MCUs out of the picture
+// with one library function, whose colour conversion rounds nothing. BandTransformer converts a row of MCUs at
+// a time, with rounding, and serves the usual samplings of chroma. PlaneTransformer serves every sampling and
+// 12-bit samples, and converts with rounding as well: it makes a small plane of each component, averages it
+// down to its size, and leaves the level shift to the transform.
 #include "jpeg/transform.h"
 
 #include "jpeg/units.h"
@@ -78,6 +79,74 @@ private:
     Zmx16s* planes[kMaxComponents];
     alignas(32) Zmx16s samples[kBlocks * kBlock];
     Zmx8u edge[16 * kEdgeStep];
+};
+
+// Serves MCUs in the order of the picture only.
+class BandTransformer final : public Transformer {
+public:
+    BandTransformer(const Zmx8u* p, const Frame& f, Model m, const Quantiser (&q)[2])
+        : pixels(p), frame(f), model(m), quantisers(q), step(8 * f.hMax * f.mcuColumns()), rows(8 * f.vMax) {
+        for (auto& plane : planes) plane.resize(std::size_t(step) * std::size_t(rows));
+    }
+
+    void mcu(int column, int row, Zmx16s* const* blocks) override {
+        if (row != current) fill(current = row);
+        for (std::size_t i = 0; i < frame.components.size(); ++i) {
+            const Component& c = frame.components[i];
+            const Zmx8u* from = planes[i].data() + 8 * c.h * column;
+            for (int y = 0; y < c.v; ++y)
+                for (int x = 0; x < c.h; ++x)
+                    zmxiDCTQuantFwd8x8LS_JPEG_8u16s_C1R(from + 8 * (y * step + x), step, *blocks++,
+                                                        quantisers[c.quant].forward.data());
+        }
+    }
+
+private:
+    void fill(int row) {
+        const int channels = channelsOf(model), pixelStep = frame.width * channels;
+        const ZmxiSize inside = {frame.width, std::min(rows, frame.height - row * rows)};
+        const Zmx8u* from = pixels + std::size_t(row) * std::size_t(rows) * std::size_t(pixelStep);
+        Zmx8u* to[kMaxComponents];
+        for (int i = 0; i < kMaxComponents; ++i) to[i] = planes[i].data();
+        if (model == Model::Ycck)
+            zmxiCMYKToYCCK_JPEG_8u_C4P4R(from, pixelStep, to, step, inside);
+        else
+            zmxiRGBToYCbCr_JPEG_8u_C3P3R(from, pixelStep, to, step, inside);
+        for (int i = 0; i < channels; ++i) {
+            extend(to[i], inside);
+            if (isChroma(model, i)) halve(to[i]);
+        }
+    }
+
+    // Goes on with the last column and the last row up to the whole MCU.
+    void extend(Zmx8u* plane, ZmxiSize inside) const {
+        for (int y = 0; y < inside.height; ++y) {
+            Zmx8u* line = plane + y * step;
+            std::fill(line + inside.width, line + step, line[inside.width - 1]);
+        }
+        for (int y = inside.height; y < rows; ++y) std::copy_n(plane + (y - 1) * step, step, plane + y * step);
+    }
+
+    // The box functions round up and down in turn, so that the mean of a plane stays.
+    void halve(Zmx8u* plane) {
+        if (frame.hMax == 1) return;
+        half.resize(std::size_t(step) / 2);
+        for (int y = 0; y < rows / frame.vMax; ++y) {
+            const Zmx8u* from = plane + y * frame.vMax * step;
+            if (frame.vMax == 2)
+                zmxiSampleDownRowH2V2_Box_JPEG_8u_C1(from, from + step, step, half.data());
+            else
+                zmxiSampleDownRowH2V1_Box_JPEG_8u_C1(from, step, half.data());
+            std::copy(half.begin(), half.end(), plane + y * step);
+        }
+    }
+
+    const Zmx8u* pixels;
+    const Frame& frame;
+    Model model;
+    const Quantiser (&quantisers)[2];
+    int step, rows, current = -1;
+    std::vector<Zmx8u> planes[kMaxComponents], half;
 };
 
 constexpr int kStep = 8 * kMaxFactor; // samples in a row of an MCU's planes
@@ -159,9 +228,13 @@ private:
 } // namespace
 
 std::unique_ptr<Transformer> makeTransformer(const Zmx8u* pixels, const Frame& frame, Model model,
-                                             const Quantiser (&quantisers)[2], bool exact) {
-    if (const Unit* unit = exact ? nullptr : unitFor(model, frame.components))
+                                             const Quantiser (&quantisers)[2], bool fast) {
+    const bool chroma = isChroma(model, 1);
+    const Unit* unit = unitFor(model, frame.components);
+    // There is nothing to round in a picture that is neither converted nor sampled.
+    if (unit && (fast || (!chroma && frame.hMax == 1)))
         return std::make_unique<UnitTransformer>(pixels, frame, *unit, quantisers);
+    if (unit && chroma) return std::make_unique<BandTransformer>(pixels, frame, model, quantisers);
     return std::make_unique<PlaneTransformer<Zmx8u>>(pixels, frame, model, quantisers);
 }
 

@@ -24,12 +24,12 @@ public:
     virtual void mcu(int column, int row, Zmx16s* const* blocks) = 0;
 };
 
-// Each component of the frame names one of the two quantisers. Samples have 8 and 12 bits. `exact`: the
-// colour conversion rounds, which takes longer and makes files a few percent smaller; that of 12 bits always
-// does.
+// Each component of the frame names one of the two quantisers. Samples have 8 and 12 bits. MCUs are
+// asked for row by row. `fast`: where it can, the colour conversion cuts whole MCUs and does not round, which
+// darkens the picture by half a level; that of 12 bits always rounds.
 std::unique_ptr<Transformer> makeTransformer(const Zmx8u* pixels, const Frame& frame, Model model,
-                                             const Quantiser (&quantisers)[2], bool exact);
+                                             const Quantiser (&quantisers)[2], bool fast);
 std::unique_ptr<Transformer> makeTransformer(const Zmx16u* pixels, const Frame& frame, Model model,
-                                             const Quantiser (&quantisers)[2], bool exact);
+                                             const Quantiser (&quantisers)[2], bool fast);
 
 } // namespace jpeg
