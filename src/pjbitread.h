@@ -54,6 +54,18 @@ struct BitReader {
         count += 8;
         state->bufferMark = 0;
     }
+    // A whole refill at once, if none of the next four bytes is 0xFF; else nothing is done.
+    bool appendWord() {
+        if (unsigned(count) > 24 || len - pos < 4) return false;
+        const Zmx32u word = loadBigEndian32(src + pos);
+        if (hasFF(word)) return false;
+        const int bytes = (32 - count) / 8;
+        buf = Zmx32u((std::uint64_t(buf) << 32 | word) >> (32 - 8 * bytes));
+        pos += bytes;
+        count += 8 * bytes;
+        state->bufferMark = 0;
+        return true;
+    }
     void moveTo(const Zmx8u* p, const Zmx8u* stop, int newCount) {
         if (p < stop) state->bufferMark = 0;
         advance(*this, p, stop, newCount);
@@ -97,6 +109,7 @@ template <class Reader> ZmxStatus appendBytes(Reader& in, int n) {
 // if too few are held.
 inline ZmxStatus ownpj_FillBitBuffer(BitReader& in, int nBitsNeeded) {
     if (in.marker != 0) return nBitsNeeded > in.count ? zmxStsDCTRangeErr : zmxStsNoErr;
+    if (in.appendWord()) return zmxStsNoErr;
     return appendBytes(in, nBitsNeeded);
 }
 

@@ -5,12 +5,16 @@
 #include "pjargs.h"
 #include "pjband.h"
 #include "pjdecwalk.h"
+#include "pjzigzagset.h"
+
+#include <algorithm>
 
 namespace {
 
 // A symbol's run and category (high and low four bits).
 struct RunSize {
     int r, s;
+    bool endsBand() const { return s == 0 && r != 15; }
 };
 
 ZmxStatus decodeRunSize(BitReader& in, RunSize* pResult, const ZmxiDecodeHuffmanSpec& table) {
@@ -100,7 +104,7 @@ ZmxStatus zmxiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrc
         RunSize symbol;
         if (ZmxStatus failed = decodeRunSize(in, &symbol, *pAcTable)) return failed;
         const auto [r, s] = symbol;
-        if (s == 0 && r < 15) {
+        if (symbol.endsBand()) {
             if (ZmxStatus failed = decodeEobRun(in, r, &pDecHuffState->eobRun)) return failed;
             --pDecHuffState->eobRun; // this block is one of the run
             return zmxStsNoErr;
@@ -114,6 +118,107 @@ ZmxStatus zmxiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrc
     return zmxStsNoErr;
 }
 
+namespace {
+
+// Entry [r][zeros]: where the first zero behind r others lies among eight positions; 8 if it is not one of them.
+constexpr auto zeroBehind = tableOf<16>([](int r) {
+    std::array<Zmx8u, 256> place{};
+    for (int zeros = 0; zeros < 256; ++zeros) {
+        int left = r, at = 0;
+        while (at < 8 && ((zeros >> at & 1) == 0 || left-- > 0)) ++at;
+        place[std::size_t(zeros)] = Zmx8u(at);
+    }
+    return place;
+});
+static_assert(zeroBehind[0][0xFF] == 0 && zeroBehind[2][0xB4] == 5 && zeroBehind[4][0xB4] == 8);
+
+// The coefficients of a band that are known already. The bits that correct them are collected on the way, and
+// used when the block ends, however it ends: one loop for the block is predicted better than one a symbol.
+class Known {
+    BitReader& in;
+    Zmx16s* const block;
+    const int Se, Al;
+    const std::uint64_t set; // their zig-zag positions
+    std::uint64_t bits = 0;  // of the lowest of them, the newest in bit 0
+    int count = 0;
+
+    // Collects a bit for each of some of them.
+    ZmxStatus collect(std::uint64_t some) {
+        for (; some != 0; some &= some - 1) {
+            if (ZmxStatus failed = need(in, 1)) return failed;
+            bits = bits << 1 | in.take(1);
+            ++count;
+        }
+        return zmxStsNoErr;
+    }
+
+public:
+    Known(BitReader& reader, Zmx16s* pDst, int first, int last, int shift)
+        : in(reader), block(pDst), Se(last), Al(shift),
+          set(zigzagSet(pDst, [](Zmx16s c) { return c != 0; }) & positions(first, last)) {}
+
+    // Goes from k over r zeros to the one behind them, or behind the band.
+    ZmxStatus pass(int* k, int r) {
+        const int start = *k;
+        if (set >> start == 0 && start + r <= Se) { // mostly so: what is known stands at low frequencies
+            *k = start + r;
+            return zmxStsNoErr;
+        }
+        const int near = zeroBehind[std::size_t(r)][Zmx8u(~set >> start)], n = near - r;
+        if (near < 8 && n <= in.count && start + near <= Se) [[likely]] {
+            *k = start + near;
+            bits = bits << n | in.take(n);
+            count += n;
+            return zmxStsNoErr;
+        }
+        std::uint64_t zeros = ~set & positions(start, Se);
+        for (; r > 0 && zeros != 0; --r) zeros &= zeros - 1;
+        *k = std::min(std::countr_zero(zeros), Se + 1);
+        return collect(set & positions(start, Se) & ((zeros & (0 - zeros)) - 1)); // all if no zero is left
+    }
+    // Goes from k, in the band, to its end.
+    ZmxStatus passAll(int k) { return collect(set >> k); }
+
+    // A bit tells whether one is added. Whether it is there already is asked of the two's complement form, not
+    // of the magnitude: required here.
+    void correct() {
+        for (std::uint64_t left = set; count > 0; left &= left - 1) {
+            Zmx16s& c = block[own_pj_izigzag_index[std::size_t(std::countr_zero(left))]];
+            const int step = (int(bits >> --count & 1) & ~(c >> Al)) << Al;
+            c = wrap16s(c + (c < 0 ? -step : step));
+        }
+    }
+};
+
+ZmxStatus refineBand(BitReader& in, Zmx16s* pDst, Known& known, int Ss, int Se, int Al,
+                     const ZmxiDecodeHuffmanSpec& table, Zmx32s& eobRun) {
+    int k = Ss;
+    for (; eobRun <= 0; ++k) {
+        if (k > Se) return zmxStsNoErr;
+        RunSize symbol;
+        if (ZmxStatus failed = decodeRunSize(in, &symbol, table)) return failed;
+        const auto [r, s] = symbol;
+        if (symbol.endsBand()) {
+            if (ZmxStatus failed = decodeEobRun(in, r, &eobRun)) return failed;
+            break;
+        }
+        if (s == 0) {
+            if (ZmxStatus failed = known.pass(&k, r)) return failed;
+        } else { // whatever s is beyond that
+            if (ZmxStatus failed = need(in, 1)) return failed;
+            const int sign = 2 * int(in.take(1)) - 1; // as good as random: no branch
+            if (ZmxStatus failed = known.pass(&k, r)) return failed;
+            // At Se + 1 this may be element 63, one of those known: its correction finds the bit set already.
+            pDst[zigzagReach[std::size_t(k)]] = Zmx16s(sign << Al);
+        }
+    }
+    if (ZmxStatus failed = known.passAll(k)) return failed;
+    --eobRun;
+    return zmxStsNoErr;
+}
+
+} // namespace
+
 ZmxStatus zmxiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos,
                                                       Zmx16s* pDst, int* pMarker, int Ss, int Se, int Al,
                                                       const ZmxiDecodeHuffmanSpec* pAcTable,
@@ -122,55 +227,8 @@ ZmxStatus zmxiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSr
             bandArgs(pSrc, nSrcLen, pSrcCurrPos, pDst, pMarker, Ss, Se, Al, pAcTable, pDecHuffState))
         return bad;
     BitReader in(pSrc, nSrcLen, pSrcCurrPos, pMarker, pDecHuffState);
-    Zmx32s& eobRun = pDecHuffState->eobRun;
-    const int plus = 1 << Al, minus = -1 << Al;
-
-    const auto readBit = [&in](Zmx32u* pBit) {
-        if (ZmxStatus failed = need(in, 1)) return failed;
-        *pBit = in.take(1);
-        return ZmxStatus(zmxStsNoErr);
-    };
-    // One bit for a coefficient that is known already. What is tested is the bit of its two's complement
-    // form, not of its magnitude: required here.
-    const auto correct = [&](Zmx16s& c) {
-        Zmx32u bit;
-        if (ZmxStatus failed = readBit(&bit)) return failed;
-        if (bit && (c & plus) == 0) c = wrap16s(c + (c < 0 ? minus : plus));
-        return ZmxStatus(zmxStsNoErr);
-    };
-    const auto at = [pDst](int k) -> Zmx16s& { return pDst[zigzagReach[std::size_t(k)]]; };
-
-    int k = Ss;
-    if (eobRun <= 0) {
-        for (; k <= Se; ++k) {
-            RunSize symbol;
-            if (ZmxStatus failed = decodeRunSize(in, &symbol, *pAcTable)) return failed;
-            auto [r, s] = symbol;
-            if (s == 0 && r != 15) {
-                if (ZmxStatus failed = decodeEobRun(in, r, &eobRun)) return failed;
-                break;
-            }
-            int fresh = 0;
-            if (s != 0) { // whatever s is beyond that
-                Zmx32u bit;
-                if (ZmxStatus failed = readBit(&bit)) return failed;
-                fresh = bit ? plus : minus;
-            }
-            // Over r zeros, and to the zero behind them.
-            for (; k <= Se; ++k) {
-                if (at(k) != 0) {
-                    if (ZmxStatus failed = correct(at(k))) return failed;
-                } else if (--r < 0) {
-                    break;
-                }
-            }
-            if (fresh != 0) at(k) = Zmx16s(fresh); // k may be Se + 1
-        }
-    }
-    if (eobRun <= 0) return zmxStsNoErr;
-    for (; k <= Se; ++k)
-        if (at(k) != 0)
-            if (ZmxStatus failed = correct(at(k))) return failed;
-    --eobRun;
-    return zmxStsNoErr;
+    Known known(in, pDst, Ss, Se, Al);
+    const ZmxStatus status = refineBand(in, pDst, known, Ss, Se, Al, *pAcTable, pDecHuffState->eobRun);
+    known.correct();
+    return status;
 }

@@ -7,6 +7,7 @@
 #include "pjbitwrite.h"
 #include "pjencwalk.h"
 #include "pjfastwrite.h"
+#include "pjzigzagset.h"
 
 namespace {
 

@@ -8,6 +8,7 @@
 #include "pjband.h"
 #include "pjbitwrite.h"
 #include "pjencwalk.h"
+#include "pjzigzagset.h"
 
 namespace {
 
