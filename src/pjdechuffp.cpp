@@ -190,30 +190,24 @@ public:
     }
 };
 
-ZmxStatus refineBand(BitReader& in, Zmx16s* pDst, Known& known, int Ss, int Se, int Al,
-                     const ZmxiDecodeHuffmanSpec& table, Zmx32s& eobRun) {
-    int k = Ss;
-    for (; eobRun <= 0; ++k) {
-        if (k > Se) return zmxStsNoErr;
+// Decodes symbols up to the end of the band or the one that begins an end-of-band run.
+ZmxStatus refineBand(BitReader& in, Zmx16s* pDst, Known& known, int* k, int Se, int Al,
+                     const ZmxiDecodeHuffmanSpec& table, Zmx32s* pEobRun) {
+    for (; *k <= Se; ++*k) {
         RunSize symbol;
         if (ZmxStatus failed = decodeRunSize(in, &symbol, table)) return failed;
         const auto [r, s] = symbol;
-        if (symbol.endsBand()) {
-            if (ZmxStatus failed = decodeEobRun(in, r, &eobRun)) return failed;
-            break;
-        }
+        if (symbol.endsBand()) return decodeEobRun(in, r, pEobRun);
         if (s == 0) {
-            if (ZmxStatus failed = known.pass(&k, r)) return failed;
+            if (ZmxStatus failed = known.pass(k, r)) return failed;
         } else { // whatever s is beyond that
             if (ZmxStatus failed = need(in, 1)) return failed;
             const int sign = 2 * int(in.take(1)) - 1; // as good as random: no branch
-            if (ZmxStatus failed = known.pass(&k, r)) return failed;
+            if (ZmxStatus failed = known.pass(k, r)) return failed;
             // At Se + 1 this may be element 63, one of those known: its correction finds the bit set already.
-            pDst[zigzagReach[std::size_t(k)]] = Zmx16s(sign << Al);
+            pDst[zigzagReach[std::size_t(*k)]] = Zmx16s(sign << Al);
         }
     }
-    if (ZmxStatus failed = known.passAll(k)) return failed;
-    --eobRun;
     return zmxStsNoErr;
 }
 
@@ -227,8 +221,15 @@ ZmxStatus zmxiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSr
             bandArgs(pSrc, nSrcLen, pSrcCurrPos, pDst, pMarker, Ss, Se, Al, pAcTable, pDecHuffState))
         return bad;
     BitReader in(pSrc, nSrcLen, pSrcCurrPos, pMarker, pDecHuffState);
+    Zmx32s& eobRun = pDecHuffState->eobRun;
     Known known(in, pDst, Ss, Se, Al);
-    const ZmxStatus status = refineBand(in, pDst, known, Ss, Se, Al, *pAcTable, pDecHuffState->eobRun);
+    int k = Ss;
+    ZmxStatus status = zmxStsNoErr;
+    if (eobRun <= 0) status = refineBand(in, pDst, known, &k, Se, Al, *pAcTable, &eobRun);
+    if (status == zmxStsNoErr && eobRun > 0) {
+        status = known.passAll(k);
+        if (status == zmxStsNoErr) --eobRun;
+    }
     known.correct();
     return status;
 }
