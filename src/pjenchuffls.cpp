@@ -2,6 +2,7 @@
 // planes; and the counting of their symbols.
 #include "pjargs.h"
 #include "pjbitwrite.h"
+#include "pjfastwrite.h"
 
 #include <algorithm>
 
@@ -12,10 +13,37 @@ ZmxStatus encodeDifference(int v, const ZmxiEncodeHuffmanSpec& table, BitWriter&
     return writeCoded(table, s, s < 16 ? s : 0, v, out); // category 16 is one value and needs no bits
 }
 
+// The same where there is room.
+ZmxStatus encodeDifference(int v, const ZmxiEncodeHuffmanSpec& table, FastWriter& out) {
+    const int s = category(v), n = s & 15;
+    const Zmx32u code = table.codes[s];
+    if (code >> 16 == 0) return zmxStsHuffTableErr;
+    out.put(std::uint64_t(code & 0xFFFF) << n | (valueBits(v) & ((1u << n) - 1)), int(code >> 16) + n);
+    return zmxStsNoErr;
+}
+
+struct Row {
+    const Zmx16s* plane[4];
+    const ZmxiEncodeHuffmanSpec* table[4];
+    int planes;
+
+    // Codes the differences of pixels from x up to end.
+    template <class Writer> ZmxStatus encode(int x, int end, Writer& out) const {
+        for (; x < end; ++x)
+            for (int c = 0; c < planes; ++c)
+                if (ZmxStatus failed = encodeDifference(plane[c][x], *table[c], out)) return failed;
+        return zmxStsNoErr;
+    }
+};
+
+// A code of 16 bits and a value of 15, with every byte stuffed. The bit to spare of each makes room for the
+// seven that may be pending ahead of the first: whole bytes alone are written.
+constexpr int kWorstDifference = 8;
+
 } // namespace
 
-ZmxStatus zmxiEncodeHuffmanOne_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes,
-                                             int* pDstCurrPos, const ZmxiEncodeHuffmanSpec* pEncHuffTable,
+ZmxStatus zmxiEncodeHuffmanOne_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos,
+                                             const ZmxiEncodeHuffmanSpec* pEncHuffTable,
                                              ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState) {
     // What a flush needs comes first: required here.
     if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pEncHuffState)) return bad;
@@ -25,22 +53,33 @@ ZmxStatus zmxiEncodeHuffmanOne_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, in
     return encodeDifference(*pSrc, *pEncHuffTable, out);
 }
 
-ZmxStatus zmxiEncodeHuffmanRow_JPEG_16s1u_P4C1(const Zmx16s* const pSrcPlanes[4], int nWidth, int nPlanes,
-                                               Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos,
+ZmxStatus zmxiEncodeHuffmanRow_JPEG_16s1u_P4C1(const Zmx16s* const pSrcPlanes[4], int nWidth, int nPlanes, Zmx8u* pDst,
+                                               int dstLenBytes, int* pDstCurrPos,
                                                const ZmxiEncodeHuffmanSpec* const pEncHuffTables[4],
                                                ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState) {
     if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pEncHuffState)) return bad;
     if (bFlushState) return flushWriter(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
     if (ZmxStatus bad = Args().ptr(pSrcPlanes).size(nWidth).size(nPlanes).ptr(pEncHuffTables)) return bad;
-    const int planes = std::min(nPlanes, 4); // further ones are not looked at
-    for (int c = 0; c < planes; ++c)
+    Row row{{}, {}, std::min(nPlanes, 4)}; // further planes are not looked at
+    for (int c = 0; c < row.planes; ++c) {
         if (ZmxStatus bad = Args().ptr(pSrcPlanes[c]).ptr(pEncHuffTables[c])) return bad;
+        row.plane[c] = pSrcPlanes[c];
+        row.table[c] = pEncHuffTables[c];
+    }
 
     BitWriter out(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
-    for (int x = 0; x < nWidth; ++x)
-        for (int c = 0; c < planes; ++c)
-            if (ZmxStatus failed = encodeDifference(pSrcPlanes[c][x], *pEncHuffTables[c], out)) return failed;
-    return zmxStsNoErr;
+    int x = 0;
+    while (x < nWidth && out.regular() && out.pos >= 0) {
+        const int pixels = (out.len - out.pos) / (kWorstDifference * row.planes);
+        if (pixels < 1) break;
+        const int end = x + std::min(pixels, nWidth - x);
+        FastWriter fast(out);
+        const ZmxStatus status = row.encode(x, end, fast);
+        fast.leave(out);
+        if (status) return status;
+        x = end;
+    }
+    return row.encode(x, nWidth, out);
 }
 
 ZmxStatus zmxiGetHuffmanStatisticsOne_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pStatistics) {

@@ -145,11 +145,10 @@ public:
         return int(entry & 0xFFFF);
     }
 
-    // Takes the value behind a code with a category other than 0. With the top bit clear it is negative
-    // (EXTEND).
+    // Takes the value behind a code: 0 for category 0, negative when the top bit is clear (EXTEND).
     int value() {
         const std::uint64_t negative = (bits >> 63) - 1; // 0 or all ones
-        const int v = int(((bits ^ negative) >> (64 - category) ^ negative) - negative);
+        const int v = int(((bits ^ negative) >> 1 >> (63 - category) ^ negative) - negative);
         bits <<= category;
         return v;
     }

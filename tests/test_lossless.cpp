@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <gtest/gtest.h>
+#include <map>
 #include <memory>
 
 namespace {
@@ -28,8 +29,8 @@ Row firstRow(bool inverse, const Row& src, int p, int pt, GuardedBlock::Flush fl
     Row expected(src.size());
     (inverse ? model::reconstructFirstRow : model::diffFirstRow)(src.data(), expected.data(), n, p, pt);
     const Row got = run(src.size(), flush, [&](Zmx16s* dst) {
-        return (inverse ? zmxiReconstructPredFirstRow_JPEG_16s_C1
-                        : zmxiDiffPredFirstRow_JPEG_16s_C1)(in.data(), dst, n, p, pt);
+        return (inverse ? zmxiReconstructPredFirstRow_JPEG_16s_C1 : zmxiDiffPredFirstRow_JPEG_16s_C1)(in.data(), dst, n,
+                                                                                                      p, pt);
     });
     EXPECT_TRUE(sameBytes(expected, got));
     return got;
@@ -40,19 +41,17 @@ Row laterRow(bool inverse, const Row& src, const Row& above, int predictor,
     Guarded<Zmx16s> in(src, flush), prev(above, flush);
     const int n = int(src.size());
     Row expected(src.size());
-    (inverse ? model::reconstructRow : model::diffRow)(src.data(), above.data(), expected.data(), n,
-                                                       predictor);
+    (inverse ? model::reconstructRow : model::diffRow)(src.data(), above.data(), expected.data(), n, predictor);
     const Row got = run(src.size(), flush, [&](Zmx16s* dst) {
-        return (inverse ? zmxiReconstructPredRow_JPEG_16s_C1
-                        : zmxiDiffPredRow_JPEG_16s_C1)(in.data(), prev.data(), dst, n, predictor);
+        return (inverse ? zmxiReconstructPredRow_JPEG_16s_C1 : zmxiDiffPredRow_JPEG_16s_C1)(in.data(), prev.data(), dst,
+                                                                                            n, predictor);
     });
     EXPECT_TRUE(sameBytes(expected, got));
     return got;
 }
 
 // Categories 0 to 16 and some symbols above, of up to 7 bits.
-const HuffmanList kDifferences{{0, 1, 2, 3, 4, 5, 3},
-                               {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17}};
+const HuffmanList kDifferences{{0, 1, 2, 3, 4, 5, 3}, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17}};
 
 // A row call of the decoder or the encoder on up to four planes.
 struct DecodePlanes {
@@ -83,9 +82,8 @@ struct DecodePlanes {
 Outcome decodeRow(StreamIn& in, DecodePlanes& out, int width, int planes) {
     model::Reader r = in.reader();
     const ZmxStatus expected = model::decodeRow(r, out.plainRows, width, planes, out.plainTables);
-    const ZmxStatus got =
-        zmxiDecodeHuffmanRow_JPEG_1u16s_C1P4(in.src.data(), in.len(), &in.pos[0], out.libRows, width, planes,
-                                             &in.marker[0], out.libTables, in.state.lib());
+    const ZmxStatus got = zmxiDecodeHuffmanRow_JPEG_1u16s_C1P4(in.src.data(), in.len(), &in.pos[0], out.libRows, width,
+                                                               planes, &in.marker[0], out.libTables, in.state.lib());
     if (!r.noPath) {
         EXPECT_EQ(got, expected);
         EXPECT_TRUE(in.same());
@@ -119,16 +117,15 @@ ZmxStatus encodeOne(StreamOut& out, int value, EncodeTable& table) {
     Guarded<Zmx16s> src(Row{Zmx16s(value)});
     model::Writer w = out.writer();
     const ZmxStatus expected = model::encodeOne(w, Zmx16s(value), table.plain);
-    EXPECT_EQ(zmxiEncodeHuffmanOne_JPEG_16s1u_C1(src.data(), out.dst.data(), out.len(), &out.pos[0],
-                                                 table.lib(), out.state.lib(), 0),
+    EXPECT_EQ(zmxiEncodeHuffmanOne_JPEG_16s1u_C1(src.data(), out.dst.data(), out.len(), &out.pos[0], table.lib(),
+                                                 out.state.lib(), 0),
               expected);
     EXPECT_TRUE(out.same());
     return expected;
 }
 
 // Rows of one width, and of every plane its table.
-ZmxStatus encodeRow(StreamOut& out, const std::vector<Row>& rows, int planes,
-                    const std::vector<EncodeTable*>& tables) {
+ZmxStatus encodeRow(StreamOut& out, const std::vector<Row>& rows, int planes, const std::vector<EncodeTable*>& tables) {
     std::vector<std::unique_ptr<Guarded<Zmx16s>>> src;
     const Zmx16s *libRows[6] = {}, *plainRows[6] = {};
     const ZmxiEncodeHuffmanSpec* libTables[6] = {};
@@ -142,8 +139,8 @@ ZmxStatus encodeRow(StreamOut& out, const std::vector<Row>& rows, int planes,
     }
     model::Writer w = out.writer();
     const ZmxStatus expected = model::encodeRow(w, plainRows, int(rows[0].size()), planes, plainTables);
-    EXPECT_EQ(zmxiEncodeHuffmanRow_JPEG_16s1u_P4C1(libRows, int(rows[0].size()), planes, out.dst.data(),
-                                                   out.len(), &out.pos[0], libTables, out.state.lib(), 0),
+    EXPECT_EQ(zmxiEncodeHuffmanRow_JPEG_16s1u_P4C1(libRows, int(rows[0].size()), planes, out.dst.data(), out.len(),
+                                                   &out.pos[0], libTables, out.state.lib(), 0),
               expected);
     EXPECT_TRUE(out.same());
     return expected;
@@ -152,10 +149,10 @@ ZmxStatus encodeRow(StreamOut& out, const std::vector<Row>& rows, int planes,
 ZmxStatus flush(StreamOut& out, bool row) {
     model::Writer w = out.writer();
     const ZmxStatus expected = model::flush(w);
-    EXPECT_EQ(row ? zmxiEncodeHuffmanRow_JPEG_16s1u_P4C1(nullptr, 0, 0, out.dst.data(), out.len(),
-                                                         &out.pos[0], nullptr, out.state.lib(), 1)
-                  : zmxiEncodeHuffmanOne_JPEG_16s1u_C1(nullptr, out.dst.data(), out.len(), &out.pos[0],
-                                                       nullptr, out.state.lib(), 1),
+    EXPECT_EQ(row ? zmxiEncodeHuffmanRow_JPEG_16s1u_P4C1(nullptr, 0, 0, out.dst.data(), out.len(), &out.pos[0], nullptr,
+                                                         out.state.lib(), 1)
+                  : zmxiEncodeHuffmanOne_JPEG_16s1u_C1(nullptr, out.dst.data(), out.len(), &out.pos[0], nullptr,
+                                                       out.state.lib(), 1),
               expected);
     EXPECT_TRUE(out.same());
     return expected;
@@ -190,8 +187,8 @@ TEST(Lossless, OrderOfTests) {
     for (auto row : {zmxiDiffPredRow_JPEG_16s_C1, zmxiReconstructPredRow_JPEG_16s_C1})
         for (int predictor : {0, 8, -1, INT32_MIN, INT32_MAX})
             checkOrder({-8, -8, -8, -6, -5}, [&](unsigned bad) {
-                return row(nullIf(bad, 0, src.data()), nullIf(bad, 1, above.data()),
-                           nullIf(bad, 2, dst.data()), badIf(bad, 3, 0, 4), badIf(bad, 4, predictor, 1));
+                return row(nullIf(bad, 0, src.data()), nullIf(bad, 1, above.data()), nullIf(bad, 2, dst.data()),
+                           badIf(bad, 3, 0, 4), badIf(bad, 4, predictor, 1));
             });
     EXPECT_EQ(dst.copy(), Row(4, kUntouched));
     for (int p : {INT32_MIN, -1, 0, 1, 2, 16, 17, INT32_MAX})
@@ -214,35 +211,34 @@ TEST(Lossless, OrderOfTestsOfTheCoders) {
     counts.fill(0);
     int pos = 0, marker = 0;
     checkOrder({-8, -6, -8, -8, -8, -8, -8}, [&](unsigned bad) {
-        return zmxiDecodeHuffmanOne_JPEG_1u16s_C1(nullIf(bad, 0, stream.data()), badIf(bad, 1, 0, 2),
-                                                  nullIf(bad, 2, &pos), nullIf(bad, 3, row.data()),
-                                                  nullIf(bad, 4, &marker), nullIf(bad, 5, dec.lib()),
-                                                  nullIf(bad, 6, reader.lib()));
+        return zmxiDecodeHuffmanOne_JPEG_1u16s_C1(
+            nullIf(bad, 0, stream.data()), badIf(bad, 1, 0, 2), nullIf(bad, 2, &pos), nullIf(bad, 3, row.data()),
+            nullIf(bad, 4, &marker), nullIf(bad, 5, dec.lib()), nullIf(bad, 6, reader.lib()));
     });
     // Of three planes each row is tested ahead of its table.
     checkOrder({-8, -6, -8, -8, -6, -6, -8, -8, -8, -8, -8, -8, -8, -8, -8}, [&](unsigned bad) {
-        Zmx16s* rows[4] = {nullIf(bad, 9, row.data()), nullIf(bad, 11, row.data()),
-                           nullIf(bad, 13, row.data()), nullptr};
+        Zmx16s* rows[4] = {nullIf(bad, 9, row.data()), nullIf(bad, 11, row.data()), nullIf(bad, 13, row.data()),
+                           nullptr};
         const ZmxiDecodeHuffmanSpec* tables[4] = {nullIf(bad, 10, dec.lib()), nullIf(bad, 12, dec.lib()),
                                                   nullIf(bad, 14, dec.lib()), nullptr};
-        return zmxiDecodeHuffmanRow_JPEG_1u16s_C1P4(
-            nullIf(bad, 0, stream.data()), badIf(bad, 1, -1, 2), nullIf(bad, 2, &pos),
-            bad >> 3 & 1 ? nullptr : rows, badIf(bad, 4, 0, 2), badIf(bad, 5, 0, 3), nullIf(bad, 6, &marker),
-            bad >> 7 & 1 ? nullptr : tables, nullIf(bad, 8, reader.lib()));
+        return zmxiDecodeHuffmanRow_JPEG_1u16s_C1P4(nullIf(bad, 0, stream.data()), badIf(bad, 1, -1, 2),
+                                                    nullIf(bad, 2, &pos), bad >> 3 & 1 ? nullptr : rows,
+                                                    badIf(bad, 4, 0, 2), badIf(bad, 5, 0, 3), nullIf(bad, 6, &marker),
+                                                    bad >> 7 & 1 ? nullptr : tables, nullIf(bad, 8, reader.lib()));
     });
     checkOrder({-8, -6, -8, -8, -8, -8}, [&](unsigned bad) {
         return zmxiEncodeHuffmanOne_JPEG_16s1u_C1(nullIf(bad, 4, row.data()), nullIf(bad, 0, stream.data()),
-                                                  badIf(bad, 1, 0, 2), nullIf(bad, 2, &pos),
-                                                  nullIf(bad, 5, enc.lib()), nullIf(bad, 3, writer.lib()), 0);
+                                                  badIf(bad, 1, 0, 2), nullIf(bad, 2, &pos), nullIf(bad, 5, enc.lib()),
+                                                  nullIf(bad, 3, writer.lib()), 0);
     });
     checkOrder({-8, -6, -8, -8, -8, -6, -6, -8, -8, -8, -8, -8}, [&](unsigned bad) {
         const Zmx16s* rows[4] = {nullIf(bad, 8, row.data()), nullIf(bad, 10, row.data()), nullptr, nullptr};
-        const ZmxiEncodeHuffmanSpec* tables[4] = {nullIf(bad, 9, enc.lib()), nullIf(bad, 11, enc.lib()),
-                                                  nullptr, nullptr};
-        return zmxiEncodeHuffmanRow_JPEG_16s1u_P4C1(
-            bad >> 4 & 1 ? nullptr : rows, badIf(bad, 5, -2, 2), badIf(bad, 6, INT32_MIN, 2),
-            nullIf(bad, 0, stream.data()), badIf(bad, 1, 0, 2), nullIf(bad, 2, &pos),
-            bad >> 7 & 1 ? nullptr : tables, nullIf(bad, 3, writer.lib()), 0);
+        const ZmxiEncodeHuffmanSpec* tables[4] = {nullIf(bad, 9, enc.lib()), nullIf(bad, 11, enc.lib()), nullptr,
+                                                  nullptr};
+        return zmxiEncodeHuffmanRow_JPEG_16s1u_P4C1(bad >> 4 & 1 ? nullptr : rows, badIf(bad, 5, -2, 2),
+                                                    badIf(bad, 6, INT32_MIN, 2), nullIf(bad, 0, stream.data()),
+                                                    badIf(bad, 1, 0, 2), nullIf(bad, 2, &pos),
+                                                    bad >> 7 & 1 ? nullptr : tables, nullIf(bad, 3, writer.lib()), 0);
     });
     // A flush stands ahead of all that is about samples.
     for (int flushState : {1, -3})
@@ -251,16 +247,13 @@ TEST(Lossless, OrderOfTestsOfTheCoders) {
             const int len = badIf(bad, 1, -4, 2);
             int* const at = nullIf(bad, 2, &pos);
             ZmxiEncodeHuffmanState* const state = nullIf(bad, 3, writer.lib());
-            const ZmxStatus one =
-                zmxiEncodeHuffmanOne_JPEG_16s1u_C1(nullptr, dst, len, at, nullptr, state, flushState);
-            EXPECT_EQ(
-                zmxiEncodeHuffmanRow_JPEG_16s1u_P4C1(nullptr, 0, 0, dst, len, at, nullptr, state, flushState),
-                one);
+            const ZmxStatus one = zmxiEncodeHuffmanOne_JPEG_16s1u_C1(nullptr, dst, len, at, nullptr, state, flushState);
+            EXPECT_EQ(zmxiEncodeHuffmanRow_JPEG_16s1u_P4C1(nullptr, 0, 0, dst, len, at, nullptr, state, flushState),
+                      one);
             return one;
         });
     checkOrder({-8, -8}, [&](unsigned bad) {
-        return zmxiGetHuffmanStatisticsOne_JPEG_16s_C1(nullIf(bad, 0, row.data()),
-                                                       nullIf(bad, 1, counts.data()));
+        return zmxiGetHuffmanStatisticsOne_JPEG_16s_C1(nullIf(bad, 0, row.data()), nullIf(bad, 1, counts.data()));
     });
     EXPECT_EQ(row.copy(), Row(2, kUntouched));
     EXPECT_EQ(stream.copy(), (Bytes{0x12, 0x34}));
@@ -316,14 +309,11 @@ TEST(Lossless, RandomRowsThereAndBack) {
         const auto flushAt = randomFlush(rng);
         const Row src = rng.vec<Zmx16s>(n, wild ? -32768 : 0, wild ? 32767 : 255);
         Row above = rng.vec<Zmx16s>(n, wild ? -32768 : 0, wild ? 32767 : 255);
-        if (rng.oneIn(4))
-            std::fill(above.begin(), above.end(), rng.oneIn(2) ? Zmx16s(-32768) : Zmx16s(32767));
+        if (rng.oneIn(4)) std::fill(above.begin(), above.end(), rng.oneIn(2) ? Zmx16s(-32768) : Zmx16s(32767));
         const int p = int(rng.range(2, 16)), pt = int(rng.range(0, 40));
         ASSERT_EQ(firstRow(true, firstRow(false, src, p, pt, flushAt), p, pt, flushAt), src);
         for (int predictor = 1; predictor <= 7; ++predictor)
-            ASSERT_EQ(
-                laterRow(true, laterRow(false, src, above, predictor, flushAt), above, predictor, flushAt),
-                src);
+            ASSERT_EQ(laterRow(true, laterRow(false, src, above, predictor, flushAt), above, predictor, flushAt), src);
         if (::testing::Test::HasFailure()) return;
     }
 }
@@ -333,8 +323,7 @@ TEST(Lossless, Categories) {
                                          {255, 8},    {256, 9},     {-256, 9},   {511, 9},     {16383, 14},
                                          {16384, 15}, {-16384, 15}, {32767, 15}, {-32767, 15}, {-32768, 16}};
     for (auto [value, category] : known) EXPECT_EQ(categoryOf(Zmx16s(value)), category) << value;
-    for (int value = -32768; value <= 32767; value += 61)
-        EXPECT_EQ(categoryOf(Zmx16s(value)), model::category(value));
+    for (int value = -32768; value <= 32767; value += 61) EXPECT_EQ(categoryOf(Zmx16s(value)), model::category(value));
 }
 
 TEST(Lossless, OneDifference) {
@@ -471,6 +460,64 @@ TEST(Lossless, CutAtEveryLengthAndResumed) {
     }
 }
 
+// Codes of 1 to 16 bits, the longest one for category 15: with the value 32767 all bits but one are set.
+TEST(Lossless, RowsOfTheLongestCodesInEveryRoom) {
+    EncodeTable enc(HuffmanList{{1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1},
+                                {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15}});
+    for (int width = 1; width <= 12; ++width)
+        for (int room = 1; room <= 8 * width + 2; ++room)
+            for (int pending = 0; pending < 8; ++pending) {
+                SCOPED_TRACE(::testing::Message() << width << " in " << room << " behind " << pending);
+                StreamOut out(room);
+                out.state.plain.bitCount = pending;
+                out.state.plain.bitBuffer = 0xFFFFFFu << (24 - pending) & 0xFFFFFF;
+                out.state.share();
+                encodeRow(out, {Row(std::size_t(width), 32767)}, 1, {&enc});
+                if (::testing::Test::HasFailure()) return;
+            }
+    StreamOut one(8);
+    one.state.plain.bitCount = 7;
+    one.state.plain.bitBuffer = 0xFE0000;
+    one.state.share();
+    EXPECT_EQ(encodeRow(one, {{32767}}, 1, {&enc}), zmxStsNoErr);
+    EXPECT_EQ(one.written(), (Bytes{0xFF, 0, 0xFF, 0, 0xFD, 0xFF, 0}));
+    EXPECT_EQ(one.state.plain.bitCount, 6);
+}
+
+TEST(Lossless, RandomRowsFromRandomStates) {
+    std::map<ZmxStatus, int> seen;
+    for (int seed = 1; seed <= 3000; ++seed) {
+        SCOPED_TRACE(seed);
+        Rng rng{std::uint64_t(seed)};
+        const int planes = int(rng.range(1, 4)), width = int(rng.range(1, 40));
+        std::vector<std::unique_ptr<EncodeTable>> tables;
+        std::vector<EncodeTable*> pointers;
+        std::vector<Row> rows;
+        const bool wild = rng.oneIn(3);
+        for (int c = 0; c < planes; ++c) {
+            HuffmanList list = randomList(rng, {17, 40}, {1, 1}, 2);
+            const bool gap = rng.oneIn(6); // a category without a code
+            for (std::size_t i = 0; i < list.vals.size(); ++i) list.vals[i] = Zmx8u(gap && i == 9 ? 255 : i);
+            tables.push_back(std::make_unique<EncodeTable>(list));
+            pointers.push_back(tables.back().get());
+            rows.push_back(rng.vec<Zmx16s>(std::size_t(width), wild ? -32768 : -100, wild ? 32767 : 100));
+        }
+        const int room = int(rng.range(1, rng.oneIn(3) ? 9 * width * planes : 3000));
+        StreamOut out(room, randomFlush(rng));
+        rng.bytes(&out.state.plain, sizeof out.state.plain);
+        out.state.plain.bitCount = int(rng.range(0, 7));
+        // Mostly as writers leave it: with zeros behind what is pending.
+        out.state.plain.bitBuffer &= rng.oneIn(4) ? 0xFFFFFF : 0xFFFFFFu << (24 - out.state.plain.bitCount) & 0xFFFFFF;
+        out.state.share();
+        out.pos[0] = out.pos[1] = rng.oneIn(2) ? 0 : int(rng.range(0, room + 2));
+        for (int call = 0; call < 3; ++call) ++seen[encodeRow(out, rows, planes, pointers)];
+        if (::testing::Test::HasFailure()) return;
+    }
+    EXPECT_GT(seen[zmxStsNoErr], 2000);
+    EXPECT_GT(seen[zmxStsOutOfBufErr], 500);
+    EXPECT_GT(seen[zmxStsHuffTableErr], 100);
+}
+
 TEST(Lossless, RandomTablesAndStreams) {
     int meaningful = 0, failed = 0;
     for (int seed = 1; seed <= 1200; ++seed) {
@@ -498,8 +545,7 @@ TEST(Lossless, RandomTablesAndStreams) {
         for (int call = 0; call < 12; ++call) {
             DecodePlanes out(width, pointers);
             Zmx16s value[2] = {};
-            const Outcome o =
-                rng.oneIn(2) ? decodeRow(in, out, width, planes) : decodeOne(in, value, *pointers[0]);
+            const Outcome o = rng.oneIn(2) ? decodeRow(in, out, width, planes) : decodeOne(in, value, *pointers[0]);
             if (::testing::Test::HasFailure()) return;
             if (!o.path) break;
             ++meaningful;

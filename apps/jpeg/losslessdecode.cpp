@@ -13,20 +13,19 @@ public:
         : StateReader(header, bytes, n), count(int(header.scan.components.size())) {
         for (int i = 0; i < count; ++i) {
             const int number = header.scan.components[std::size_t(i)].dc;
-            owned[std::size_t(i)] =
-                decodeSpecOf(header.dc[std::size_t(number)], "DC", number, header.scanOffset);
+            owned[std::size_t(i)] = decodeSpecOf(header.dc[std::size_t(number)], "DC", number, header.scanOffset);
             tables[i] = owned[std::size_t(i)].get();
         }
         open(header.dataOffset);
     }
     // A row of each component, sample by sample.
     bool rows(Zmx16s* const* to, int width) {
-        return !lost && check(zmxiDecodeHuffmanRow_JPEG_1u16s_C1P4(source, length, &at, to, width, count,
-                                                                   &marker, tables, state()));
+        return !lost && check(zmxiDecodeHuffmanRow_JPEG_1u16s_C1P4(source, length, &at, to, width, count, &marker,
+                                                                   tables, state()));
     }
     bool one(int component, Zmx16s* to) {
-        return !lost && check(zmxiDecodeHuffmanOne_JPEG_1u16s_C1(source, length, &at, to, &marker,
-                                                                 tables[component], state()));
+        return !lost &&
+               check(zmxiDecodeHuffmanOne_JPEG_1u16s_C1(source, length, &at, to, &marker, tables[component], state()));
     }
 
 private:
@@ -64,8 +63,7 @@ public:
         }
         for (std::size_t i = 0; i < seen.size(); ++i)
             if (!seen[i])
-                picture.warnings.push_back("component " + std::to_string(frame.components[i].id) +
-                                           " is missing");
+                picture.warnings.push_back("component " + std::to_string(frame.components[i].id) + " is missing");
     }
 
 private:
@@ -83,8 +81,7 @@ private:
         const Header& h = reader.header();
         for (const ScanComponent& c : h.scan.components) {
             const auto i = std::size_t(c.index);
-            if (seen[i])
-                fail(h.scanOffset, "component " + std::to_string(frame.components[i].id) + " is coded twice");
+            if (seen[i]) fail(h.scanOffset, "component " + std::to_string(frame.components[i].id) + " is coded twice");
             seen[i] = true;
         }
         const ScanLayout layout(frame, h.scan);
@@ -126,8 +123,8 @@ private:
 
     // The differences of a row of MCUs.
     static bool read(DifferenceReader& source, const ScanLayout& layout, std::vector<Rows>& parts) {
-        const bool plain = std::all_of(layout.mcu.begin(), layout.mcu.end(),
-                                       [](const ScanLayout::Part& p) { return p.h * p.v == 1; });
+        const bool plain =
+            std::all_of(layout.mcu.begin(), layout.mcu.end(), [](const ScanLayout::Part& p) { return p.h * p.v == 1; });
         if (plain) {
             Zmx16s* to[kMaxComponents];
             for (std::size_t i = 0; i < kMaxComponents; ++i) to[i] = parts[i].differences.data();
@@ -136,8 +133,7 @@ private:
         for (int x = 0; x < layout.columns; ++x)
             for (const ScanLayout::Part& p : layout.mcu) {
                 Rows& r = parts[std::size_t(p.inScan)];
-                if (!source.one(p.inScan, &r.differences[std::size_t(p.y * r.width + x * p.h + p.x)]))
-                    return false;
+                if (!source.one(p.inScan, &r.differences[std::size_t(p.y * r.width + x * p.h + p.x)])) return false;
             }
         return true;
     }
@@ -149,28 +145,34 @@ private:
             zmxiReconstructPredFirstRow_JPEG_16s_C1(differences, r.current.data(), r.width, how.precision,
                                                     how.firstRowTransform());
         else
-            zmxiReconstructPredRow_JPEG_16s_C1(differences, r.above.data(), r.current.data(), r.width,
-                                               how.predictor);
+            zmxiReconstructPredRow_JPEG_16s_C1(differences, r.above.data(), r.current.data(), r.width, how.predictor);
         show(r.current, p, y * p.v + p.y, how);
         r.current.swap(r.above);
     }
 
     // Into the pixels that the row covers; samples of smaller components are repeated.
     void show(const std::vector<Zmx16s>& row, const ScanLayout::Part& p, int at, const LosslessRows& how) {
+        if (frame.precision == 8)
+            show(row, p, at, how, picture.pixels);
+        else
+            show(row, p, at, how, picture.wide);
+    }
+    template <class Sample>
+    void show(const std::vector<Zmx16s>& row, const ScanLayout::Part& p, int at, const LosslessRows& how,
+              std::vector<Sample>& samples) {
         const Component& c = frame.components[std::size_t(p.component)];
-        const int top = divUp(at * frame.vMax, c.v),
-                  bottom = std::min(divUp((at + 1) * frame.vMax, c.v), frame.height);
-        for (int y = top; y < bottom; ++y)
-            for (int x = 0; x < frame.width; ++x) {
-                const int sample = how.sample(row[std::size_t(x * c.h / frame.hMax)]);
-                const std::size_t to =
-                    (std::size_t(y) * std::size_t(frame.width) + std::size_t(x)) * frame.components.size() +
-                    std::size_t(p.component);
-                if (frame.precision == 8)
-                    picture.pixels[to] = std::uint8_t(sample);
-                else
-                    picture.wide[to] = std::uint16_t(sample);
-            }
+        const int top = divUp(at * frame.vMax, c.v), bottom = std::min(divUp((at + 1) * frame.vMax, c.v), frame.height);
+        const std::size_t channels = frame.components.size(), width = std::size_t(frame.width);
+        for (int y = top; y < bottom; ++y) {
+            Sample* to = samples.data() + std::size_t(y) * width * channels + std::size_t(p.component);
+            const auto fill = [&](auto column) {
+                for (std::size_t x = 0; x < width; ++x) to[x * channels] = Sample(how.sample(row[column(x)]));
+            };
+            if (c.h == frame.hMax)
+                fill([](std::size_t x) { return x; });
+            else
+                fill([&](std::size_t x) { return x * std::size_t(c.h) / std::size_t(frame.hMax); });
+        }
     }
 
     Reader& reader;
