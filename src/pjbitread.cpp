@@ -1,6 +1,12 @@
-// pjbitread.cpp - Huffman codes, bit by bit where the look-up of eight bits does not hold them (ITU-T T.81,
-// F.2.2.3).
+// pjbitread.cpp - the refill, and Huffman codes bit by bit where the look-up of eight bits does not hold them
+// (ITU-T T.81, F.2.2.3).
 #include "pjbitread.h"
+
+ZmxStatus ownpj_FillBitBuffer(BitReader& in, int nBitsNeeded) {
+    if (in.marker != 0) return nBitsNeeded > in.count ? zmxStsDCTRangeErr : zmxStsNoErr;
+    if (in.appendWord()) return zmxStsNoErr;
+    return appendBytes(in, nBitsNeeded);
+}
 
 ZmxStatus decodeLongSymbol(BitReader& in, int* pResult, const ZmxiDecodeHuffmanSpec& table, int minLength) {
     int length = minLength;

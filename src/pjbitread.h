@@ -107,11 +107,7 @@ template <class Reader> ZmxStatus appendBytes(Reader& in, int n) {
 
 // Refills, with nBitsNeeded of the bits needed at once. A marker that was met before gives zmxStsDCTRangeErr
 // if too few are held.
-inline ZmxStatus ownpj_FillBitBuffer(BitReader& in, int nBitsNeeded) {
-    if (in.marker != 0) return nBitsNeeded > in.count ? zmxStsDCTRangeErr : zmxStsNoErr;
-    if (in.appendWord()) return zmxStsNoErr;
-    return appendBytes(in, nBitsNeeded);
-}
+ZmxStatus ownpj_FillBitBuffer(BitReader& in, int nBitsNeeded);
 
 // Sees to it that n bits are held.
 inline ZmxStatus need(BitReader& in, int n) {
