@@ -6,6 +6,7 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <map>
 #include <memory>
 
 namespace {
@@ -26,8 +27,7 @@ std::vector<std::uint8_t> toGrey(const std::vector<std::uint8_t>& rgb, int width
 }
 
 void warn(const std::string& path, const std::vector<std::string>& warnings) {
-    for (const std::string& w : warnings)
-        std::fprintf(stderr, "zmx: %s: warning: %s\n", path.c_str(), w.c_str());
+    for (const std::string& w : warnings) std::fprintf(stderr, "zmx: %s: warning: %s\n", path.c_str(), w.c_str());
 }
 
 std::string readText(const std::string& path) {
@@ -85,8 +85,7 @@ void runEncode(EncodeArguments& args) {
     image = withoutAlpha(image);
     if (args.gray && image.channels != 1) {
         if (image.channels != 3) throw ImageError(args.in + ": --gray wants a grey or RGB picture");
-        image =
-            from8bit(toGrey(to8bit(image), image.width, image.height).data(), image.width, image.height, 1);
+        image = from8bit(toGrey(to8bit(image), image.width, image.height).data(), image.width, image.height, 1);
     }
     // Adobe's programs store CMYK inverted, and so does everyone else.
     if (image.cmyk)
@@ -94,8 +93,8 @@ void runEncode(EncodeArguments& args) {
     const int precision = args.precision ? args.precision : o.lossless ? bitsOf(image) : 8;
     writeBytes(args.out, naming(args.in, [&] {
                    if (precision != 8)
-                       return jpeg::encode(scaled(image, precision).data(), image.width, image.height,
-                                           image.channels, precision, o);
+                       return jpeg::encode(scaled(image, precision).data(), image.width, image.height, image.channels,
+                                           precision, o);
                    return jpeg::encode(to8bit(image).data(), image.width, image.height, image.channels, o);
                }));
 }
@@ -125,8 +124,7 @@ void runDecode(DecodeArguments& args) {
             std::snprintf(name, sizeof name, "/scan%03d.%s", ++scans, p.channels == 4 ? "pam" : "png");
             writeImage(args.scans + name, imageOf(p));
         };
-    const jpeg::Picture picture =
-        naming(args.in, [&] { return jpeg::decode(file.data(), file.size(), args.options); });
+    const jpeg::Picture picture = naming(args.in, [&] { return jpeg::decode(file.data(), file.size(), args.options); });
     writeImage(args.out, imageOf(picture));
     warn(args.in, picture.warnings);
     if (args.strict && !picture.warnings.empty()) throw jpeg::Error(args.in + ": not a sound file");
@@ -168,12 +166,16 @@ void addEncode(CLI::App& app) {
         ->check(CLI::IsMember({"444", "422", "420"}) |
                 CLI::Validator(
                     [](std::string& s) {
-                        return s.find('x') == 1 ? std::string()
-                                                : "neither 444, 422, 420 nor HxV[,HxV...]: " + s;
+                        return s.find('x') == 1 ? std::string() : "neither 444, 422, 420 nor HxV[,HxV...]: " + s;
                     },
                     "HxV[,HxV...]"));
     c->add_flag("--optimize", o.optimize, "make Huffman tables for the picture");
-    c->add_flag("--fast", o.fast, "convert colours without rounding: faster, up to 2 dB worse");
+    auto* dct = c->add_option("--dct", o.dct, "the transform: float, or integer, which rounds once more")
+                    ->transform(CLI::CheckedTransformer(std::map<std::string, jpeg::Dct>{
+                        {"float", jpeg::Dct::single}, {"integer", jpeg::Dct::integer}}))
+                    ->option_text("float|integer");
+    c->add_flag("--fast", o.fast, "integer, and colours are converted without rounding: up to 2 dB worse")
+        ->excludes(dct);
     c->add_option("--restart", o.restart, "MCUs in a restart interval; 0: none")
         ->capture_default_str()
         ->check(CLI::Range(0, 65535));

@@ -28,13 +28,11 @@ Model modelFor(int channels, const EncodeOptions& options) {
 // Sampling factors that a user has given.
 std::vector<Component> componentsWith(const std::vector<Factors>& factors, Model model) {
     std::vector<Component> components = componentsOf(model, 1, 1);
-    if (factors.size() > components.size())
-        throw Error("sampling factors of more components than the picture has");
+    if (factors.size() > components.size()) throw Error("sampling factors of more components than the picture has");
     for (std::size_t i = 0; i < factors.size(); ++i) {
         const Factors& f = factors[i];
         if (f.h < 1 || f.h > kMaxFactor || f.v < 1 || f.v > kMaxFactor)
-            throw Error("sampling factors are 1 to 4, not " + std::to_string(f.h) + "x" +
-                        std::to_string(f.v));
+            throw Error("sampling factors are 1 to 4, not " + std::to_string(f.h) + "x" + std::to_string(f.v));
         components[i].h = f.h;
         components[i].v = f.v;
     }
@@ -52,10 +50,13 @@ Frame frameFor(int width, int height, int precision, Model model, const EncodeOp
                            ? componentsWith(options.factors, model)
                            : componentsOf(model, chroma && options.sampling != Sampling::s444 ? 2 : 1,
                                           chroma && options.sampling == Sampling::s420 ? 2 : 1);
-    for (int i = 0; i < int(frame.components.size()); ++i)
-        frame.components[std::size_t(i)].quant = isChroma(model, i);
+    for (int i = 0; i < int(frame.components.size()); ++i) frame.components[std::size_t(i)].quant = isChroma(model, i);
     frame.setMaxima();
     return frame;
+}
+
+Road roadFor(const EncodeOptions& options) {
+    return options.fast ? Road::units : options.dct == Dct::integer ? Road::integer : Road::single;
 }
 
 void writeApplication(Output& out, Model model) {
@@ -113,8 +114,8 @@ std::vector<std::uint8_t> encodeStraight(const Frame& frame, Model model, Transf
 }
 
 template <class Sample>
-std::vector<std::uint8_t> encodeSamples(const Sample* pixels, int width, int height, int channels,
-                                        int precision, const EncodeOptions& options) {
+std::vector<std::uint8_t> encodeSamples(const Sample* pixels, int width, int height, int channels, int precision,
+                                        const EncodeOptions& options) {
     if (width < 1 || width > 65535 || height < 1 || height > 65535)
         throw Error("a picture of " + std::to_string(width) + " by " + std::to_string(height) +
                     "; a JPEG file holds 1 to 65535 a side");
@@ -128,7 +129,7 @@ std::vector<std::uint8_t> encodeSamples(const Sample* pixels, int width, int hei
     const Frame frame = frameFor(width, height, precision, model, options);
     const Quantiser quantisers[2] = {{kLumaQuant, options.quality}, {kChromaQuant, options.quality}};
     const bool scripted = options.progressive || !options.scans.empty();
-    const auto transformer = makeTransformer(pixels, frame, model, quantisers, options.fast);
+    const auto transformer = makeTransformer(pixels, frame, model, quantisers, roadFor(options));
     if (!scripted && !options.optimize && precision == 8 && sequentialScript(frame, model).size() == 1)
         return encodeStraight(frame, model, *transformer, quantisers, options.restart);
 
@@ -159,8 +160,8 @@ std::vector<std::uint8_t> encode(const std::uint8_t* pixels, int width, int heig
     return encodeSamples(pixels, width, height, channels, 8, options);
 }
 
-std::vector<std::uint8_t> encode(const std::uint16_t* pixels, int width, int height, int channels,
-                                 int precision, const EncodeOptions& options) {
+std::vector<std::uint8_t> encode(const std::uint16_t* pixels, int width, int height, int channels, int precision,
+                                 const EncodeOptions& options) {
     return encodeSamples(pixels, width, height, channels, precision, options);
 }
 

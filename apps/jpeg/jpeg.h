@@ -25,12 +25,17 @@ struct Factors {
     int h, v; // 1 to 4
 };
 
+// The transform of 8-bit samples. Single precision rounds once, where it quantises. The integer one rounds
+// coefficients to whole numbers ahead of that: a file is some percent smaller or larger and up to 0.2 dB worse.
+enum class Dct { single, integer };
+
 struct EncodeOptions {
     int quality = 75;                   // 1 to 100
     Sampling sampling = Sampling::s420; // of the chroma; grey, RGB and CMYK are never subsampled by it
     std::vector<Factors> factors;       // sampling factors of each component, instead; empty: as above
     bool optimize = false;              // Huffman tables made for the picture; other modes have them always
-    bool fast = false;                  // 8-bit colours are converted without rounding
+    Dct dct = Dct::single;              // the transform of 8-bit samples
+    bool fast = false;                  // the integer transform, and 8-bit colours are converted without rounding
     int restart = 0;                    // MCUs in a restart interval; 0: none
     bool rgb = false;                   // 3 channels: store RGB as it is
     bool ycck = false;                  // 4 channels: store YCCK

@@ -1,6 +1,6 @@
 // transform.cpp - three roads from pixels to coefficients. UnitTransformer cuts whole MCUs out of the picture
 // with one library function, whose colour conversion rounds nothing. BandTransformer converts a row of MCUs at
-// a time, with rounding, and serves the usual samplings of chroma. PlaneTransformer serves every sampling and
+// a time, with rounding, and serves the usual samplings. PlaneTransformer serves every sampling and
 // 12-bit samples, and converts with rounding as well: it makes a small plane of each component, averages it
 // down to its size, and leaves the level shift to the transform.
 #include "jpeg/transform.h"
@@ -18,7 +18,7 @@ Quantiser::Quantiser(const std::array<std::uint8_t, 64>& base, int quality) : ra
     zmxiQuantFwdTableInit_JPEG_8u16u(raw.data(), forward.data());
     std::array<Zmx16u, 64> divisors;
     zmxiQuantInvTableInit_JPEG_8u16u(raw.data(), divisors.data());
-    for (std::size_t i = 0; i < divisors.size(); ++i) wideForward[i] = 1.0F / Zmx32f(divisors[i]);
+    for (std::size_t i = 0; i < divisors.size(); ++i) reciprocals[i] = 1.0F / Zmx32f(divisors[i]);
 }
 
 QuantTable Quantiser::table() const {
@@ -36,11 +36,37 @@ void cut(const Sample* pixels, const Frame& frame, int left, int top, ZmxiSize s
     const int channels = int(frame.components.size()), step = frame.width * channels;
     const int inside = std::min(size.width, frame.width - left), below = frame.height - top;
     for (int y = 0; y < size.height; ++y, to += toStep) {
-        const Sample* from = pixels + std::size_t(top + std::min(y, below - 1)) * std::size_t(step) +
-                             std::size_t(left * channels);
+        const Sample* from =
+            pixels + std::size_t(top + std::min(y, below - 1)) * std::size_t(step) + std::size_t(left * channels);
         std::copy_n(from, inside * channels, to);
         for (int x = inside * channels; x < size.width * channels; ++x) to[x] = to[x - channels];
     }
+}
+
+// From 8x8 samples, `step` bytes from row to row, to coefficients.
+template <class Sample> using Forward = void (*)(const Sample* samples, int step, Zmx16s* block, const Quantiser&);
+
+void forwardInteger(const Zmx8u* samples, int step, Zmx16s* block, const Quantiser& q) {
+    zmxiDCTQuantFwd8x8LS_JPEG_8u16s_C1R(samples, step, block, q.forward.data());
+}
+void forwardSingle(const Zmx16u* samples, int step, Zmx16s* block, const Quantiser& q) {
+    zmxiDCTQuantFwd8x8LS_JPEG_16u16s_C1R(samples, step, block, q.reciprocals.data());
+}
+// Around the middle of 12 bits: the level shift of these is the one that the library has.
+void forwardSingle(const Zmx8u* samples, int step, Zmx16s* block, const Quantiser& q) {
+    Zmx16u wide[kBlock];
+    for (int y = 0; y < 8; ++y)
+        for (int x = 0; x < 8; ++x) wide[8 * y + x] = Zmx16u(samples[y * step + x] + 2048 - 128);
+    forwardSingle(wide, 8 * int(sizeof(Zmx16u)), block, q);
+}
+
+// Pixels to planes of their channels; steps in samples.
+template <class Sample>
+void split(const Sample* pixels, int step, int channels, Sample* const* planes, int planeStep, ZmxiSize size) {
+    for (int y = 0; y < size.height; ++y)
+        for (int c = 0; c < channels; ++c)
+            for (int x = 0; x < size.width; ++x)
+                planes[c][y * planeStep + x] = pixels[std::ptrdiff_t(y) * step + x * channels + c];
 }
 
 class UnitTransformer final : public Transformer {
@@ -58,14 +84,12 @@ public:
         const int width = 8 * unit.h, height = 8 * unit.v, left = column * width, top = row * height;
         if (left + width <= frame.width && top + height <= frame.height) {
             const int step = frame.width * channels;
-            unit.fromPixels(pixels + std::size_t(top) * std::size_t(step) + std::size_t(left * channels),
-                            step, planes);
+            unit.fromPixels(pixels + std::size_t(top) * std::size_t(step) + std::size_t(left * channels), step, planes);
         } else {
             cut(pixels, frame, left, top, {width, height}, edge, kEdgeStep);
             unit.fromPixels(edge, kEdgeStep, planes);
         }
-        for (int i = 0; i < count; ++i)
-            zmxiDCTQuantFwd8x8_JPEG_16s_C1(samples + i * kBlock, blocks[i], table[i]);
+        for (int i = 0; i < count; ++i) zmxiDCTQuantFwd8x8_JPEG_16s_C1(samples + i * kBlock, blocks[i], table[i]);
     }
 
 private:
@@ -84,8 +108,9 @@ private:
 // Serves MCUs in the order of the picture only.
 class BandTransformer final : public Transformer {
 public:
-    BandTransformer(const Zmx8u* p, const Frame& f, Model m, const Quantiser (&q)[2])
-        : pixels(p), frame(f), model(m), quantisers(q), step(8 * f.hMax * f.mcuColumns()), rows(8 * f.vMax) {
+    BandTransformer(const Zmx8u* p, const Frame& f, Model m, const Quantiser (&q)[2], Forward<Zmx8u> way)
+        : pixels(p), frame(f), model(m), quantisers(q), forward(way), step(8 * f.hMax * f.mcuColumns()),
+          rows(8 * f.vMax) {
         for (auto& plane : planes) plane.resize(std::size_t(step) * std::size_t(rows));
     }
 
@@ -95,27 +120,38 @@ public:
             const Component& c = frame.components[i];
             const Zmx8u* from = planes[i].data() + 8 * c.h * column;
             for (int y = 0; y < c.v; ++y)
-                for (int x = 0; x < c.h; ++x)
-                    zmxiDCTQuantFwd8x8LS_JPEG_8u16s_C1R(from + 8 * (y * step + x), step, *blocks++,
-                                                        quantisers[c.quant].forward.data());
+                for (int x = 0; x < c.h; ++x) forward(from + 8 * (y * step + x), step, *blocks++, quantisers[c.quant]);
         }
     }
 
 private:
     void fill(int row) {
-        const int channels = channelsOf(model), pixelStep = frame.width * channels;
         const ZmxiSize inside = {frame.width, std::min(rows, frame.height - row * rows)};
-        const Zmx8u* from = pixels + std::size_t(row) * std::size_t(rows) * std::size_t(pixelStep);
-        Zmx8u* to[kMaxComponents];
-        for (int i = 0; i < kMaxComponents; ++i) to[i] = planes[i].data();
-        if (model == Model::Ycck)
-            zmxiCMYKToYCCK_JPEG_8u_C4P4R(from, pixelStep, to, step, inside);
-        else
-            zmxiRGBToYCbCr_JPEG_8u_C3P3R(from, pixelStep, to, step, inside);
-        for (int i = 0; i < channels; ++i) {
-            extend(to[i], inside);
-            if (isChroma(model, i)) halve(to[i]);
+        const Zmx8u* from = pixels + std::size_t(row) * std::size_t(rows) * std::size_t(pixelStep());
+        // In pieces for which the library opens no team of threads: those of a band would wait for each other.
+        constexpr int kPiece = 128 * 64;
+        const int width = std::min(inside.width, kPiece), height = kPiece / width;
+        for (int y = 0; y < inside.height; y += height)
+            for (int x = 0; x < inside.width; x += width)
+                convert(from, x, y, {std::min(width, inside.width - x), std::min(height, inside.height - y)});
+        for (int i = 0; i < channelsOf(model); ++i) {
+            extend(planes[i].data(), inside);
+            if (isChroma(model, i)) halve(planes[i].data());
         }
+    }
+
+    int pixelStep() const { return frame.width * channelsOf(model); }
+
+    void convert(const Zmx8u* band, int x, int y, ZmxiSize size) {
+        const Zmx8u* from = band + std::ptrdiff_t(y) * pixelStep() + x * channelsOf(model);
+        Zmx8u* to[kMaxComponents] = {};
+        for (int i = 0; i < channelsOf(model); ++i) to[i] = planes[i].data() + y * step + x;
+        if (model == Model::Ycck)
+            zmxiCMYKToYCCK_JPEG_8u_C4P4R(from, pixelStep(), to, step, size);
+        else if (model == Model::YCbCr)
+            zmxiRGBToYCbCr_JPEG_8u_C3P3R(from, pixelStep(), to, step, size);
+        else
+            split(from, pixelStep(), channelsOf(model), to, step, size);
     }
 
     // Goes on with the last column and the last row up to the whole MCU.
@@ -145,17 +181,12 @@ private:
     const Frame& frame;
     Model model;
     const Quantiser (&quantisers)[2];
+    const Forward<Zmx8u> forward;
     int step, rows, current = -1;
     std::vector<Zmx8u> planes[kMaxComponents], half;
 };
 
 constexpr int kStep = 8 * kMaxFactor; // samples in a row of an MCU's planes
-
-template <class Sample> void split(const Sample* pixels, int channels, Sample* const* planes, ZmxiSize size) {
-    for (int y = 0; y < size.height; ++y)
-        for (int i = y * kStep; i < y * kStep + size.width; ++i)
-            for (int c = 0; c < channels; ++c) planes[c][i] = pixels[channels * i + c];
-}
 
 // Pixels of an MCU, `kStep` in a row, to planes of the components.
 void toPlanes(Model model, Zmx8u* pixels, Zmx8u* const* planes, ZmxiSize size) {
@@ -164,26 +195,19 @@ void toPlanes(Model model, Zmx8u* pixels, Zmx8u* const* planes, ZmxiSize size) {
     else if (model == Model::Ycck)
         zmxiCMYKToYCCK_JPEG_8u_C4P4R(pixels, 4 * kStep, planes, kStep, size);
     else
-        split(pixels, channelsOf(model), planes, size);
+        split(pixels, kStep * channelsOf(model), channelsOf(model), planes, kStep, size);
 }
 void toPlanes(Model model, Zmx16u* pixels, Zmx16u* const* planes, ZmxiSize size) {
     const int channels = channelsOf(model);
     for (int y = 0; y < size.height; ++y)
         for (int i = y * kStep; i < y * kStep + size.width; ++i) wideFromPixel(model, pixels + channels * i);
-    split(pixels, channels, planes, size);
-}
-
-void forward(const Zmx8u* samples, Zmx16s* block, const Quantiser& q) {
-    zmxiDCTQuantFwd8x8LS_JPEG_8u16s_C1R(samples, kStep, block, q.forward.data());
-}
-void forward(const Zmx16u* samples, Zmx16s* block, const Quantiser& q) {
-    zmxiDCTQuantFwd8x8LS_JPEG_16u16s_C1R(samples, kStep * int(sizeof(Zmx16u)), block, q.wideForward.data());
+    split(pixels, kStep * channels, channels, planes, kStep, size);
 }
 
 template <class Sample> class PlaneTransformer final : public Transformer {
 public:
-    PlaneTransformer(const Sample* p, const Frame& f, Model m, const Quantiser (&q)[2])
-        : pixels(p), frame(f), model(m), quantisers(q) {}
+    PlaneTransformer(const Sample* p, const Frame& f, Model m, const Quantiser (&q)[2], Forward<Sample> way)
+        : pixels(p), frame(f), model(m), quantisers(q), forward(way) {}
 
     void mcu(int column, int row, Zmx16s* const* blocks) override {
         const int width = 8 * frame.hMax, height = 8 * frame.vMax;
@@ -196,7 +220,7 @@ public:
             const Sample* from = reduce(planes[i], c);
             for (int y = 0; y < c.v; ++y)
                 for (int x = 0; x < c.h; ++x)
-                    forward(from + 8 * (y * kStep + x), *blocks++, quantisers[c.quant]);
+                    forward(from + 8 * (y * kStep + x), kStep * int(sizeof(Sample)), *blocks++, quantisers[c.quant]);
         }
     }
 
@@ -221,26 +245,29 @@ private:
     const Frame& frame;
     Model model;
     const Quantiser (&quantisers)[2];
-    Sample part[kMaxComponents * kStep * kStep] = {}, planes[kMaxComponents][kStep * kStep] = {},
-                                         small[kStep * kStep];
+    const Forward<Sample> forward;
+    Sample part[kMaxComponents * kStep * kStep] = {}, planes[kMaxComponents][kStep * kStep] = {}, small[kStep * kStep];
 };
 
 } // namespace
 
 std::unique_ptr<Transformer> makeTransformer(const Zmx8u* pixels, const Frame& frame, Model model,
-                                             const Quantiser (&quantisers)[2], bool fast) {
-    const bool chroma = isChroma(model, 1);
+                                             const Quantiser (&quantisers)[2], Road road) {
     const Unit* unit = unitFor(model, frame.components);
+    const Forward<Zmx8u> forward = road == Road::single ? static_cast<Forward<Zmx8u>>(forwardSingle) : forwardInteger;
     // There is nothing to round in a picture that is neither converted nor sampled.
-    if (unit && (fast || (!chroma && frame.hMax == 1)))
+    const bool plain = road == Road::integer && !isChroma(model, 1) && frame.hMax == 1;
+    if (unit && (road == Road::units || plain))
         return std::make_unique<UnitTransformer>(pixels, frame, *unit, quantisers);
-    if (unit && chroma) return std::make_unique<BandTransformer>(pixels, frame, model, quantisers);
-    return std::make_unique<PlaneTransformer<Zmx8u>>(pixels, frame, model, quantisers);
+    if (unit && (isChroma(model, 1) || frame.hMax == 1))
+        return std::make_unique<BandTransformer>(pixels, frame, model, quantisers, forward);
+    return std::make_unique<PlaneTransformer<Zmx8u>>(pixels, frame, model, quantisers, forward);
 }
 
 std::unique_ptr<Transformer> makeTransformer(const Zmx16u* pixels, const Frame& frame, Model model,
-                                             const Quantiser (&quantisers)[2], bool) {
-    return std::make_unique<PlaneTransformer<Zmx16u>>(pixels, frame, model, quantisers);
+                                             const Quantiser (&quantisers)[2], Road) {
+    return std::make_unique<PlaneTransformer<Zmx16u>>(pixels, frame, model, quantisers,
+                                                      static_cast<Forward<Zmx16u>>(forwardSingle));
 }
 
 } // namespace jpeg

@@ -11,7 +11,7 @@ namespace jpeg {
 struct Quantiser {
     std::array<std::uint8_t, 64> raw; // in zig-zag order
     std::array<Zmx16u, 64> forward;
-    std::array<Zmx32f, 64> wideForward; // of 12-bit samples
+    std::array<Zmx32f, 64> reciprocals; // for the transform in single precision, in natural order
 
     Quantiser(const std::array<std::uint8_t, 64>& base, int quality);
     QuantTable table() const;
@@ -24,12 +24,16 @@ public:
     virtual void mcu(int column, int row, Zmx16s* const* blocks) = 0;
 };
 
-// Each component of the frame names one of the two quantisers. Samples have 8 and 12 bits. MCUs are
-// asked for row by row. `fast`: where it can, the colour conversion cuts whole MCUs and does not round, which
-// darkens the picture by half a level; that of 12 bits always rounds.
+// From pixels of 8 bits: by the integer transform, on whole MCUs at a time where that is possible, with a
+// colour conversion that does not round, which darkens the picture by half a level (units), or with one that
+// does (integer); or by the transform in single precision.
+enum class Road { units, integer, single };
+
+// Each component of the frame names one of the two quantisers. MCUs are asked for row by row. Samples of 12
+// bits always go by single precision.
 std::unique_ptr<Transformer> makeTransformer(const Zmx8u* pixels, const Frame& frame, Model model,
-                                             const Quantiser (&quantisers)[2], bool fast);
+                                             const Quantiser (&quantisers)[2], Road road);
 std::unique_ptr<Transformer> makeTransformer(const Zmx16u* pixels, const Frame& frame, Model model,
-                                             const Quantiser (&quantisers)[2], bool fast);
+                                             const Quantiser (&quantisers)[2], Road road);
 
 } // namespace jpeg
