@@ -1,16 +1,26 @@
-// pjpixels.h - what the plane conversions share: rows of planes, and runs of pixels.
+// pjpixels.h - what the plane conversions share: a colour formula applied along rows, and bytes of pixels to rows and
+// back.
 //
-// A row is converted in runs through samples on the stack: the compiler sees that these overlap nothing and vectorises
-// freely, and a run is read whole before it is written.
+// Two neighbouring samples of a row make one word of 16 bits, and are taken apart and put together by masks and shifts
+// of 16-bit lanes. The compiler vectorises that as it stands; rows of bytes it would first widen and at last narrow,
+// which takes a third more of its time.
 #pragma once
 
+#include "pjargs.h"
 #include "pjrows.h"
 
+#include <array>
 #include <bit>
 
-static_assert(std::endian::native == std::endian::little, "channel 0 of a pixel is the low byte of its word");
+static_assert(std::endian::native == std::endian::little, "the first sample is the low byte of its word");
 
-constexpr int kRun = 256; // pixels; a run and its results stay in the first-level cache
+// Ahead of a loop each of whose iterations reads all that it reads before it writes, at places that are its own: rows
+// in place of their own sources are no reason against vectors, and nobody need ask at run time whether they are.
+#ifdef __clang__
+#define INDEPENDENT_ITERATIONS _Pragma("clang loop vectorize(assume_safety)")
+#else
+#define INDEPENDENT_ITERATIONS _Pragma("GCC ivdep")
+#endif
 
 // The high half of a 16-bit product, one instruction a vector.
 constexpr Zmx16s mulHigh(Zmx16s a, Zmx16s b) { return Zmx16s((a * b) >> 16); }
@@ -23,42 +33,97 @@ constexpr Zmx16s roundedSumHigh(Zmx16s a, Zmx16s x, Zmx16s b, Zmx16s y) {
     return Zmx16s(mulHigh(a, x) + mulHigh(b, y) + (low < 0) + (sum < low));
 }
 
-// Row y of each of N planes.
-template <int N, class Byte> struct PlaneRows {
-    Byte* row[N];
-    PlaneRows(Byte* const* planes, int step, int y) {
-        for (int i = 0; i < N; ++i) row[i] = rowAt(planes[i], step, y);
+// Rows of pixels pass through runs of N channels on the stack.
+constexpr int kRun = 256; // pixels; a run and its results stay in the first-level cache
+template <int N> struct Run {
+    Zmx8u of[N][kRun];
+};
+
+// N rows of samples that make pixels together: row y of N planes, or a run.
+template <int N, class Byte> struct Rows {
+    Byte* of[N];
+    Rows(Byte* const* planes, int step, int y) {
+        for (int p = 0; p < N; ++p) of[p] = rowAt(planes[p], step, y);
+    }
+    explicit Rows(Run<N>& run) {
+        for (int p = 0; p < N; ++p) of[p] = run.of[p];
+    }
+    // The same rows from pixel x on.
+    Rows from(int x) const {
+        Rows rest(*this);
+        for (Byte*& row : rest.of) row += x;
+        return rest;
     }
 };
 
-// Baseline x86 has no byte shuffle, so a loop over bytes three apart stays scalar. Words of one pixel each are what the
-// compiler can vectorise; between the two forms four pixels travel as three words.
+// A pixel of N samples of 0 to 255, in 16-bit lanes. A colour formula is a function from Pixel<N> to Pixel<M>.
+template <int N> struct Pixel {
+    Zmx16s of[N];
+};
 
-// n pixels of bytes c0, c1, c2 become words c0 + 256 c1 + 65536 c2. Reads 3n bytes.
-inline void loadPixels(const Zmx8u* src, Zmx32u* words, int n) {
-    int i = 0;
-    for (; i + 4 <= n; i += 4, src += 12) {
-        const Zmx32u a = load<Zmx32u>(src, 0), b = load<Zmx32u>(src, 1), c = load<Zmx32u>(src, 2);
-        words[i] = a & 0xFFFFFF;
-        words[i + 1] = (a >> 24 | b << 8) & 0xFFFFFF;
-        words[i + 2] = (b >> 16 | c << 16) & 0xFFFFFF;
-        words[i + 3] = c >> 8;
+// n pixels by a formula. A row written may be any one of those read.
+template <auto formula, int N, int M>
+inline void convertRow(Rows<N, const Zmx8u> src, Rows<M, Zmx8u> dst, int n) {
+    INDEPENDENT_ITERATIONS
+    for (int i = 0; i < n / 2; ++i) {
+        Pixel<N> first, second;
+        for (int p = 0; p < N; ++p) {
+            const Zmx16u word = load<Zmx16u>(src.of[p], i);
+            first.of[p] = Zmx16s(word & 255);
+            second.of[p] = Zmx16s(word >> 8);
+        }
+        const Pixel<M> low = formula(first), high = formula(second);
+        for (int p = 0; p < M; ++p) store(dst.of[p], i, Zmx16u(low.of[p] | high.of[p] << 8));
     }
-    for (; i < n; ++i, src += 3) words[i] = src[0] | Zmx32u(src[1]) << 8 | Zmx32u(src[2]) << 16;
+    if (n % 2 == 0) return;
+    Pixel<N> last;
+    for (int p = 0; p < N; ++p) last.of[p] = src.of[p][n - 1];
+    const Pixel<M> low = formula(last);
+    for (int p = 0; p < M; ++p) dst.of[p][n - 1] = Zmx8u(low.of[p]);
 }
 
-// The way back: the top byte of every word must be 0. Writes 3n bytes.
-inline void storePixels(const Zmx32u* words, Zmx8u* dst, int n) {
-    int i = 0;
-    for (; i + 4 <= n; i += 4, dst += 12) {
-        const Zmx32u p0 = words[i], p1 = words[i + 1], p2 = words[i + 2], p3 = words[i + 3];
-        store(dst, 0, p0 | p1 << 24);
-        store(dst, 1, p1 >> 8 | p2 << 16);
-        store(dst, 2, p2 >> 16 | p3 << 8);
+// Planes to planes, in both directions.
+template <auto formula, int N, int M>
+ZmxStatus planesToPlanes(const Zmx8u* const* src, int srcStep, Zmx8u* const* dst, int dstStep, ZmxiSize roi) {
+    if (ZmxStatus bad = Args().ptr(src).ptr(dst).planes(src, N).planes(dst, M).step(srcStep).step(dstStep).size(roi))
+        return bad;
+    Parallel::rows(roi, [=](int y) {
+        convertRow<formula>(Rows<N, const Zmx8u>(src, srcStep, y), Rows<M, Zmx8u>(dst, dstStep, y), roi.width);
+    });
+    return zmxStsNoErr;
+}
+
+// Baseline x86 has no byte shuffle, so a loop over bytes three apart stays scalar. Four pixels are three words of 32
+// bits, and four samples of a row are one: masks and shifts between these become vectors.
+
+// n pixels of three bytes to rows. Reads 3n bytes.
+inline void loadPixels(const Zmx8u* src, Zmx8u* row0, Zmx8u* row1, Zmx8u* row2, int n) {
+    INDEPENDENT_ITERATIONS
+    for (int i = 0; i < n / 4; ++i) {
+        const auto a = load<Zmx32u>(src, 3 * i), b = load<Zmx32u>(src, 3 * i + 1), c = load<Zmx32u>(src, 3 * i + 2);
+        store(row0, i, (a & 0xFF) | (a >> 16 & 0xFF00) | (b & 0xFF0000) | (c << 16 & 0xFF000000));
+        store(row1, i, (a >> 8 & 0xFF) | (b << 8 & 0xFF00) | (b >> 8 & 0xFF0000) | (c << 8 & 0xFF000000));
+        store(row2, i, (a >> 16 & 0xFF) | (b & 0xFF00) | (c << 16 & 0xFF0000) | (c & 0xFF000000));
     }
-    for (; i < n; ++i, dst += 3) {
-        dst[0] = Zmx8u(words[i]);
-        dst[1] = Zmx8u(words[i] >> 8);
-        dst[2] = Zmx8u(words[i] >> 16);
+    for (int i = n / 4 * 4; i < n; ++i) {
+        row0[i] = src[3 * i];
+        row1[i] = src[3 * i + 1];
+        row2[i] = src[3 * i + 2];
+    }
+}
+
+// The way back. Writes 3n bytes.
+inline void storePixels(const Zmx8u* row0, const Zmx8u* row1, const Zmx8u* row2, Zmx8u* dst, int n) {
+    INDEPENDENT_ITERATIONS
+    for (int i = 0; i < n / 4; ++i) {
+        const auto p = load<Zmx32u>(row0, i), q = load<Zmx32u>(row1, i), r = load<Zmx32u>(row2, i);
+        store(dst, 3 * i, (p & 0xFF) | (q << 8 & 0xFF00) | (r << 16 & 0xFF0000) | (p << 16 & 0xFF000000));
+        store(dst, 3 * i + 1, (q >> 8 & 0xFF) | (r & 0xFF00) | (p & 0xFF0000) | (q << 8 & 0xFF000000));
+        store(dst, 3 * i + 2, (r >> 16 & 0xFF) | (p >> 16 & 0xFF00) | (q >> 8 & 0xFF0000) | (r & 0xFF000000));
+    }
+    for (int i = n / 4 * 4; i < n; ++i) {
+        dst[3 * i] = row0[i];
+        dst[3 * i + 1] = row1[i];
+        dst[3 * i + 2] = row2[i];
     }
 }
