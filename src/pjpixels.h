@@ -11,6 +11,7 @@
 
 #include <array>
 #include <bit>
+#include <cstdint>
 
 static_assert(std::endian::native == std::endian::little, "the first sample is the low byte of its word");
 
@@ -93,19 +94,28 @@ ZmxStatus planesToPlanes(const Zmx8u* const* src, int srcStep, Zmx8u* const* dst
     return zmxStsNoErr;
 }
 
-// Baseline x86 has no byte shuffle, so a loop over bytes three apart stays scalar. Four pixels are three words of 32
-// bits, and four samples of a row are one: masks and shifts between these become vectors.
+// Baseline x86 has no byte shuffle, so a loop over bytes three apart stays scalar. But four pixels are three words of 32
+// bits, and four samples of a row are one: between these go masks and shifts. Two fours go side by side in 64 bits,
+// since vectors of 64-bit lanes are the only ones that the compilers also deal out by threes.
+namespace fours {
+constexpr std::uint64_t both(Zmx32u word) { return std::uint64_t(word) << 32 | word; }
+constexpr std::uint64_t kByte0 = both(0xFF), kByte1 = both(0xFF00), kByte2 = both(0xFF0000), kByte3 = both(0xFF000000);
+constexpr std::uint64_t kFirst = 0xFFFFFFFF, kSecond = ~kFirst;
+} // namespace fours
 
 // n pixels of three bytes to rows. Reads 3n bytes.
 inline void loadPixels(const Zmx8u* src, Zmx8u* row0, Zmx8u* row1, Zmx8u* row2, int n) {
+    using namespace fours;
     INDEPENDENT_ITERATIONS
-    for (int i = 0; i < n / 4; ++i) {
-        const auto a = load<Zmx32u>(src, 3 * i), b = load<Zmx32u>(src, 3 * i + 1), c = load<Zmx32u>(src, 3 * i + 2);
-        store(row0, i, (a & 0xFF) | (a >> 16 & 0xFF00) | (b & 0xFF0000) | (c << 16 & 0xFF000000));
-        store(row1, i, (a >> 8 & 0xFF) | (b << 8 & 0xFF00) | (b >> 8 & 0xFF0000) | (c << 8 & 0xFF000000));
-        store(row2, i, (a >> 16 & 0xFF) | (b & 0xFF00) | (c << 16 & 0xFF0000) | (c & 0xFF000000));
+    for (int i = 0; i < n / 8; ++i) {
+        const auto x = load<std::uint64_t>(src, 3 * i), y = load<std::uint64_t>(src, 3 * i + 1), z = load<std::uint64_t>(src, 3 * i + 2);
+        // Words 0 and 3, 1 and 4, 2 and 5 of the six.
+        const std::uint64_t a = (x & kFirst) | (y & kSecond), b = x >> 32 | z << 32, c = (y & kFirst) | (z & kSecond);
+        store(row0, i, (a & kByte0) | (a >> 16 & kByte1) | (b & kByte2) | (c << 16 & kByte3));
+        store(row1, i, (a >> 8 & kByte0) | (b << 8 & kByte1) | (b >> 8 & kByte2) | (c << 8 & kByte3));
+        store(row2, i, (a >> 16 & kByte0) | (b & kByte1) | (c << 16 & kByte2) | (c & kByte3));
     }
-    for (int i = n / 4 * 4; i < n; ++i) {
+    for (int i = n / 8 * 8; i < n; ++i) {
         row0[i] = src[3 * i];
         row1[i] = src[3 * i + 1];
         row2[i] = src[3 * i + 2];
@@ -114,14 +124,18 @@ inline void loadPixels(const Zmx8u* src, Zmx8u* row0, Zmx8u* row1, Zmx8u* row2, 
 
 // The way back. Writes 3n bytes.
 inline void storePixels(const Zmx8u* row0, const Zmx8u* row1, const Zmx8u* row2, Zmx8u* dst, int n) {
+    using namespace fours;
     INDEPENDENT_ITERATIONS
-    for (int i = 0; i < n / 4; ++i) {
-        const auto p = load<Zmx32u>(row0, i), q = load<Zmx32u>(row1, i), r = load<Zmx32u>(row2, i);
-        store(dst, 3 * i, (p & 0xFF) | (q << 8 & 0xFF00) | (r << 16 & 0xFF0000) | (p << 16 & 0xFF000000));
-        store(dst, 3 * i + 1, (q >> 8 & 0xFF) | (r & 0xFF00) | (p & 0xFF0000) | (q << 8 & 0xFF000000));
-        store(dst, 3 * i + 2, (r >> 16 & 0xFF) | (p >> 16 & 0xFF00) | (q >> 8 & 0xFF0000) | (r & 0xFF000000));
+    for (int i = 0; i < n / 8; ++i) {
+        const auto p = load<std::uint64_t>(row0, i), q = load<std::uint64_t>(row1, i), r = load<std::uint64_t>(row2, i);
+        const std::uint64_t a = (p & kByte0) | (q << 8 & kByte1) | (r << 16 & kByte2) | (p << 16 & kByte3);
+        const std::uint64_t b = (q >> 8 & kByte0) | (r & kByte1) | (p & kByte2) | (q << 8 & kByte3);
+        const std::uint64_t c = (r >> 16 & kByte0) | (p >> 16 & kByte1) | (q >> 8 & kByte2) | (r & kByte3);
+        store(dst, 3 * i, (a & kFirst) | b << 32);
+        store(dst, 3 * i + 1, (c & kFirst) | (a & kSecond));
+        store(dst, 3 * i + 2, b >> 32 | (c & kSecond));
     }
-    for (int i = n / 4 * 4; i < n; ++i) {
+    for (int i = n / 8 * 8; i < n; ++i) {
         dst[3 * i] = row0[i];
         dst[3 * i + 1] = row1[i];
         dst[3 * i + 2] = row2[i];
