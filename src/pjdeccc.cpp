@@ -11,19 +11,18 @@
 
 namespace {
 
-// What the tables of pjdeccctbl hold, by multiplication in 16-bit lanes. With u and v the centred chroma:
-//   red    (91881 v + 32768) >> 16 = v + ((26345 v + 32768) >> 16), for 91881 = 65536 + 26345, and since nested floors
-//          collapse the last term is (((26345 * 2 v) >> 16) + 1) >> 1, whose product's high half is all that is needed;
+// What the tables of pjdeccctbl hold, by multiplication in 16-bit lanes. With u and v twice the centred chroma:
+//   red    (91881 v / 2 + 32768) >> 16 = (v + 1 + ((26345 v) >> 16)) >> 1, for 91881 = 65536 + 26345, since nested
+//          floors collapse; and 1 + the high half is minus the high half of -26345 v, but for v = 0, where both give 0;
 //   blue   likewise with 116130 = 2 * 65536 - 14942;
-//   green  (-22554 u - 46802 v + 32768) >> 16 = -v + ((18734 v - 22554 u + 32768) >> 16): the two products are rounded
-//          together, so their sum needs 32 bits.
-// In 16 bits throughout: a sum of int would be widened to 32.
+//   green  (-22554 u / 2 - 46802 v / 2 + 32768) >> 16: the two products are rounded together.
+// A sum of 16 bits: one of int would take its limits in 32.
 constexpr Zmx16s limited(Zmx16s a, Zmx16s b) { return std::clamp<Zmx16s>(Zmx16s(a + b), 0, 255); }
 constexpr Pixel<3> toRgb(Pixel<3> ycc) {
-    const Zmx16s y = ycc.of[0], u = Zmx16s(ycc.of[1] - 128), v = Zmx16s(ycc.of[2] - 128);
-    const Zmx16s red = Zmx16s(v + ((mulHigh(26345, Zmx16s(2 * v)) + 1) >> 1));
-    const Zmx16s blue = Zmx16s(2 * u + ((mulHigh(-14942, Zmx16s(2 * u)) + 1) >> 1));
-    const Zmx16s green = Zmx16s(roundedSumHigh(18734, v, -22554, u) - v);
+    const Zmx16s y = ycc.of[0], u = Zmx16s(2 * ycc.of[1] - 256), v = Zmx16s(2 * ycc.of[2] - 256);
+    const Zmx16s red = Zmx16s(Zmx16s(v - mulHigh(-26345, v)) >> 1);
+    const Zmx16s blue = Zmx16s(Zmx16s(2 * u - mulHigh(14942, u)) >> 1);
+    const Zmx16s green = roundedSumHigh(-23401, v, -11277, u);
     return {limited(y, red), limited(y, green), limited(y, blue)};
 }
 // 255 minus the saturated sample; K passes unchanged.
