@@ -16,14 +16,14 @@ namespace {
 //          floors collapse; and 1 + the high half is minus the high half of -26345 v, but for v = 0, where both give 0;
 //   blue   likewise with 116130 = 2 * 65536 - 14942;
 //   green  (-22554 u / 2 - 46802 v / 2 + 32768) >> 16: the two products are rounded together.
-// A sum of 16 bits: one of int would take its limits in 32.
-constexpr Zmx16s limited(Zmx16s a, Zmx16s b) { return std::clamp<Zmx16s>(Zmx16s(a + b), 0, 255); }
+// The sums are saturated in 16 bits too: as int they would be widened for it.
+constexpr Zmx16s saturated(Zmx16s a, Zmx16s b) { return std::clamp<Zmx16s>(Zmx16s(a + b), 0, 255); }
 constexpr Pixel<3> toRgb(Pixel<3> ycc) {
     const Zmx16s y = ycc.of[0], u = Zmx16s(2 * ycc.of[1] - 256), v = Zmx16s(2 * ycc.of[2] - 256);
     const Zmx16s red = Zmx16s(Zmx16s(v - mulHigh(-26345, v)) >> 1);
     const Zmx16s blue = Zmx16s(Zmx16s(2 * u - mulHigh(14942, u)) >> 1);
     const Zmx16s green = roundedSumHigh(-23401, v, -11277, u);
-    return {limited(y, red), limited(y, green), limited(y, blue)};
+    return {saturated(y, red), saturated(y, green), saturated(y, blue)};
 }
 // 255 minus the saturated sample; K passes unchanged.
 constexpr Pixel<4> toCmyk(Pixel<4> ycck) {
