@@ -1,8 +1,7 @@
 // pjdeccc.cpp - colour conversion of whole planes from YCbCr and YCCK (ITU-T T.871 in 16-bit fixed point).
 //
-// Rows of planes are converted as they lie; for pixels a run goes to three or four rows of samples on the stack, which a
-// layout class writes out. Since a pixel, or a run of pixels, is read whole before it is written, a destination may be
-// its own source.
+// Rows of planes are converted as they lie; pixels go through runs of samples on the stack, which a layout class writes
+// out. Since a pixel is read whole before it is written, a destination may be its own source.
 #include "pjargs.h"
 #include "pjpixels.h"
 #include "pjrows.h"
@@ -59,8 +58,8 @@ struct CmykBytes {
 
 template <class Layout, auto formula, int N> void pixelsRow(Rows<N, const Zmx8u> src, Zmx8u* dst, int width) {
     Run<N> run;
-    for (int x = 0; x < width; x += kRun) {
-        const int n = std::min(kRun, width - x);
+    for (int x = 0, n; x < width; x += n) {
+        n = std::min(kRun, width - x);
         convertRow<formula>(src.from(x), Rows<N, Zmx8u>(run), n);
         Layout::put(dst, x, run, n);
     }
@@ -80,8 +79,8 @@ ZmxStatus planesToPixels(const Zmx8u* const* src, int srcStep, void* dst, int ds
 void pairsRow(const Zmx8u* src, Zmx8u* dst, int width) {
     const int pairs = width / 2 + width % 2;
     Run<3> run;
-    for (int x = 0; x < pairs; x += kRun / 2) {
-        const int n = std::min(kRun / 2, pairs - x);
+    for (int x = 0, n; x < pairs; x += n) {
+        n = std::min(kRun / 2, pairs - x);
         for (int i = 0; i < n; ++i) {
             const Zmx32u p = load<Zmx32u>(src, x + i);
             const Zmx32u cb = p >> 8 & 0xFF, cr = p >> 24;

@@ -1,8 +1,7 @@
 // pjenccc.cpp - colour conversion of whole planes to Y, YCbCr and YCCK (ITU-T T.871 in 16-bit fixed point).
 //
-// Rows of planes are converted as they lie; pixels go through runs of samples on the stack, three rows of them, which a
-// layout class fills. Since a pixel, or a run of pixels, is read whole before it is written, a destination may be its own
-// source.
+// Rows of planes are converted as they lie; pixels go through runs of samples on the stack, which a layout class fills.
+// Since a pixel is read whole before it is written, a destination may be its own source.
 #include "pjargs.h"
 #include "pjpixels.h"
 #include "pjrows.h"
@@ -82,8 +81,8 @@ struct CmykBytes {
 template <class Layout, auto formula, int M> void pixelsRow(const Zmx8u* src, Rows<M, Zmx8u> dst, int width) {
     constexpr int N = Layout::kChannels;
     Run<N> run;
-    for (int x = 0; x < width; x += kRun) {
-        const int n = std::min(kRun, width - x);
+    for (int x = 0, n; x < width; x += n) {
+        n = std::min(kRun, width - x);
         Layout::get(src, x, run, n);
         convertRow<formula>(Rows<N, const Zmx8u>(run), dst.from(x), n);
     }

@@ -16,7 +16,10 @@ constexpr auto kOdd = tableOf<kRun>([](int x) { return Zmx16u(x % 2); });
 constexpr auto kEven = tableOf<kRun>([](int x) { return Zmx8u(1 - x % 2); });
 
 template <class Part> void inRuns(int n, Part part) {
-    for (int x = 0; x < n; x += kRun) part(std::ptrdiff_t(x), std::min(kRun, n - x));
+    for (int x = 0, run; x < n; x += run) {
+        run = std::min(kRun, n - x);
+        part(std::ptrdiff_t(x), run);
+    }
 }
 
 // The mean rounded up is one vector operation; where down(x) is 1, an odd sum gives one less. So the rounding term is 1,
