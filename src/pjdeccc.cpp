@@ -17,18 +17,19 @@ namespace {
 //   green  (-22554 u / 2 - 46802 v / 2 + 32768) >> 16: the two products are rounded together.
 // The sums are saturated in 16 bits too: as int they would be widened for it.
 constexpr Zmx16s saturated(Zmx16s a, Zmx16s b) { return std::clamp<Zmx16s>(Zmx16s(a + b), 0, 255); }
-constexpr Pixel<3> toRgb(Pixel<3> ycc) {
+constexpr void toRgb(const Pixel<3>& ycc, Pixel<3>& rgb) {
     const Zmx16s y = ycc.of[0], u = Zmx16s(2 * ycc.of[1] - 256), v = Zmx16s(2 * ycc.of[2] - 256);
-    const Zmx16s red = Zmx16s(Zmx16s(v - mulHigh(-26345, v)) >> 1);
-    const Zmx16s blue = Zmx16s(Zmx16s(2 * u - mulHigh(14942, u)) >> 1);
-    const Zmx16s green = roundedSumHigh(-23401, v, -11277, u);
-    return {saturated(y, red), saturated(y, green), saturated(y, blue)};
+    rgb.of[0] = saturated(y, Zmx16s(Zmx16s(v - mulHigh(-26345, v)) >> 1));
+    rgb.of[1] = saturated(y, roundedSumHigh(-23401, v, -11277, u));
+    rgb.of[2] = saturated(y, Zmx16s(Zmx16s(2 * u - mulHigh(14942, u)) >> 1));
 }
 // 255 minus the saturated sample; K passes unchanged.
-constexpr Pixel<4> toCmyk(Pixel<4> ycck) {
+constexpr void toCmyk(const Pixel<4>& ycck, Pixel<4>& cmyk) {
     const auto [y, cb, cr, k] = ycck.of;
-    const Pixel<3> rgb = toRgb({y, cb, cr});
-    return {Zmx16s(255 - rgb.of[0]), Zmx16s(255 - rgb.of[1]), Zmx16s(255 - rgb.of[2]), k};
+    Pixel<3> rgb{};
+    toRgb({y, cb, cr}, rgb);
+    for (int c = 0; c < 3; ++c) cmyk.of[c] = Zmx16s(255 - rgb.of[c]);
+    cmyk.of[3] = k;
 }
 
 // Where the pixels of a run go in each layout: put() writes pixels x to x + n - 1 of a destination row.
@@ -51,6 +52,7 @@ template <bool RedFirst, int GreenBits> struct Packed {
 struct CmykBytes {
     static void put(Zmx8u* row, int x, const Run<4>& cmyk, int n) {
         row += std::ptrdiff_t(4) * x;
+        INDEPENDENT_ITERATIONS
         for (int i = 0; i < n; ++i)
             for (int c = 0; c < 4; ++c) row[4 * i + c] = cmyk.of[c][i];
     }

@@ -27,23 +27,27 @@ constexpr Zmx16s lumaOf(Differences d, Zmx16s green) {
 }
 // Cb of (a, b), and Cr of (b, a), by the factor of the first difference doubled.
 constexpr Zmx16s chromaOf(Zmx16s other, Zmx16s own, Zmx16s factor) {
-    return Zmx16s((own - mulHigh(factor, other) + 256) >> 1);
+    return Zmx16s(Zmx16s(own - mulHigh(factor, other) + 256) >> 1);
 }
 
-constexpr Pixel<1> toY(Pixel<3> rgb) {
+constexpr void toY(const Pixel<3>& rgb, Pixel<1>& y) {
     const auto [red, green, blue] = rgb.of;
-    return {lumaOf({red, green, blue}, green)};
+    y.of[0] = lumaOf({red, green, blue}, green);
 }
-constexpr Pixel<3> toYcc(Pixel<3> rgb) {
+constexpr void toYcc(const Pixel<3>& rgb, Pixel<3>& ycc) {
     const auto [red, green, blue] = rgb.of;
     const Differences d(red, green, blue);
-    return {lumaOf(d, green), chromaOf(d.a, d.b, 22118), chromaOf(d.b, d.a, 10658)};
+    ycc.of[0] = lumaOf(d, green);
+    ycc.of[1] = chromaOf(d.a, d.b, 22118);
+    ycc.of[2] = chromaOf(d.b, d.a, 10658);
 }
 // 255 minus each sample first; K is copied unchanged.
-constexpr Pixel<4> toYcck(Pixel<4> cmyk) {
+constexpr void toYcck(const Pixel<4>& cmyk, Pixel<4>& ycck) {
     const auto [c, m, y, k] = cmyk.of;
-    const Pixel<3> ycc = toYcc({Zmx16s(255 - c), Zmx16s(255 - m), Zmx16s(255 - y)});
-    return {ycc.of[0], ycc.of[1], ycc.of[2], k};
+    Pixel<3> ycc{};
+    toYcc({Zmx16s(255 - c), Zmx16s(255 - m), Zmx16s(255 - y)}, ycc);
+    for (int i = 0; i < 3; ++i) ycck.of[i] = ycc.of[i];
+    ycck.of[3] = k;
 }
 
 // Where the pixels of a run come from in each layout: get() brings pixels x to x + n - 1 of a source row.
@@ -73,6 +77,7 @@ struct CmykBytes {
     static constexpr int kChannels = 4;
     static void get(const Zmx8u* row, int x, Run<4>& cmyk, int n) {
         row += std::ptrdiff_t(4) * x;
+        INDEPENDENT_ITERATIONS
         for (int i = 0; i < n; ++i)
             for (int c = 0; c < 4; ++c) cmyk.of[c][i] = row[4 * i + c];
     }

@@ -59,7 +59,8 @@ template <int N, class Byte> struct Rows {
     }
 };
 
-// A pixel of N samples of 0 to 255, in 16-bit lanes. A colour formula is a function from Pixel<N> to Pixel<M>.
+// A pixel of N samples of 0 to 255, in 16-bit lanes. A colour formula is a function of a Pixel<N> and the Pixel<M> that
+// it fills: a result by value would come in one register, and clang would go on in 64-bit lanes.
 template <int N> struct Pixel {
     Zmx16s of[N];
 };
@@ -76,13 +77,16 @@ inline void convertRow(Rows<N, const Zmx8u> src, Rows<M, Zmx8u> dst, int n) {
             first.of[p] = Zmx16s(word & 255);
             second.of[p] = Zmx16s(word >> 8);
         }
-        const Pixel<M> low = formula(first), high = formula(second);
+        Pixel<M> low, high;
+        formula(first, low);
+        formula(second, high);
         for (int p = 0; p < M; ++p) store(dst.of[p], i, Zmx16u(low.of[p] | high.of[p] << 8));
     }
     if (n % 2 == 0) return;
     Pixel<N> last;
     for (int p = 0; p < N; ++p) last.of[p] = src.of[p][n - 1];
-    const Pixel<M> low = formula(last);
+    Pixel<M> low;
+    formula(last, low);
     for (int p = 0; p < M; ++p) dst.of[p][n - 1] = Zmx8u(low.of[p]);
 }
 
