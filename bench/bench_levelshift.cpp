@@ -49,8 +49,8 @@ void Sub128_JPEG_8u16s_C1R(benchmark::State& s) {
     });
 }
 
-// Plain loops, a sample at a time: as the compiler takes them, and kept scalar, by an attribute of the function with gcc
-// and by a pragma at the loop with clang.
+// Plain loops, a sample at a time: as the compiler takes them, and kept scalar, by an attribute of the function with
+// gcc and by a pragma at the loop with clang.
 #ifdef __clang__
 #define SCALAR_FUNCTION
 #define SCALAR_LOOP _Pragma("clang loop vectorize(disable)")

@@ -22,9 +22,7 @@ struct Differences {
     Zmx16s a, b;
     constexpr Differences(Zmx16s red, Zmx16s green, Zmx16s blue) : a(Zmx16s(red - green)), b(Zmx16s(blue - green)) {}
 };
-constexpr Zmx16s lumaOf(Differences d, Zmx16s green) {
-    return Zmx16s(green + roundedSumHigh(19595, d.a, 7471, d.b));
-}
+constexpr Zmx16s lumaOf(Differences d, Zmx16s green) { return Zmx16s(green + roundedSumHigh(19595, d.a, 7471, d.b)); }
 // Cb of (a, b), and Cr of (b, a), by the factor of the first difference doubled.
 constexpr Zmx16s chromaOf(Zmx16s other, Zmx16s own, Zmx16s factor) {
     return Zmx16s(Zmx16s(own - mulHigh(factor, other) + 256) >> 1);

@@ -22,8 +22,8 @@ template <class Part> void inRuns(int n, Part part) {
     }
 }
 
-// The mean rounded up is one vector operation; where down(x) is 1, an odd sum gives one less. So the rounding term is 1,
-// or 0 there.
+// The mean rounded up is one vector operation; where down(x) is 1, an odd sum gives one less. So the rounding term is
+// 1, or 0 there.
 template <class Down> void boxH(const Zmx8u* s, Zmx8u* d, int n, Down down) {
     for (int x = 0; x < n; ++x) {
         const Zmx8u a = s[2 * x], b = s[2 * x + 1];

@@ -38,9 +38,7 @@ constexpr Zmx16s roundedSumHigh(Zmx16s a, Zmx16s x, Zmx16s b, Zmx16s y) {
 
 // Rows of pixels pass through runs of N channels on the stack.
 constexpr int kRun = 256; // pixels; a run and its results stay in the first-level cache
-template <int N> struct Run {
-    Zmx8u of[N][kRun];
-};
+template <int N> struct Run { Zmx8u of[N][kRun]; };
 
 // N rows of samples that make pixels together: row y of N planes, or a run.
 template <int N, class Byte> struct Rows {
@@ -61,13 +59,10 @@ template <int N, class Byte> struct Rows {
 
 // A pixel of N samples of 0 to 255, in 16-bit lanes. A colour formula is a function of a Pixel<N> and the Pixel<M> that
 // it fills: a result by value would come in one register, and clang would go on in 64-bit lanes.
-template <int N> struct Pixel {
-    Zmx16s of[N];
-};
+template <int N> struct Pixel { Zmx16s of[N]; };
 
 // n pixels by a formula. A row written may be any one of those read.
-template <auto formula, int N, int M>
-inline void convertRow(Rows<N, const Zmx8u> src, Rows<M, Zmx8u> dst, int n) {
+template <auto formula, int N, int M> inline void convertRow(Rows<N, const Zmx8u> src, Rows<M, Zmx8u> dst, int n) {
     const int pairs = n / 2;
     INDEPENDENT_ITERATIONS
     for (int i = 0; i < pairs; ++i) {
@@ -101,13 +96,14 @@ ZmxStatus planesToPlanes(const Zmx8u* const* src, int srcStep, Zmx8u* const* dst
     return zmxStsNoErr;
 }
 
-// Baseline x86 has no byte shuffle, so a loop over bytes three apart stays scalar. But four pixels are three words of 32
-// bits, and four samples of a row are one: between these go masks and shifts. Two fours go side by side in 64 bits,
+// Baseline x86 has no byte shuffle, so a loop over bytes three apart stays scalar. But four pixels are three words of
+// 32 bits, and four samples of a row are one: between these go masks and shifts. Two fours go side by side in 64 bits,
 // since vectors of 64-bit lanes are the only ones that the compilers also deal out by threes.
+using Fours = std::uint64_t;
 namespace fours {
-constexpr std::uint64_t both(Zmx32u word) { return std::uint64_t(word) << 32 | word; }
-constexpr std::uint64_t kByte0 = both(0xFF), kByte1 = both(0xFF00), kByte2 = both(0xFF0000), kByte3 = both(0xFF000000);
-constexpr std::uint64_t kFirst = 0xFFFFFFFF, kSecond = ~kFirst;
+constexpr Fours both(Zmx32u word) { return Fours(word) << 32 | word; }
+constexpr Fours kByte0 = both(0xFF), kByte1 = both(0xFF00), kByte2 = both(0xFF0000), kByte3 = both(0xFF000000);
+constexpr Fours kFirst = 0xFFFFFFFF, kSecond = ~kFirst;
 } // namespace fours
 
 // n pixels of three bytes to rows. Reads 3n bytes.
@@ -116,9 +112,9 @@ inline void loadPixels(const Zmx8u* src, Zmx8u* row0, Zmx8u* row1, Zmx8u* row2, 
     const int eights = n / 8;
     INDEPENDENT_ITERATIONS
     for (int i = 0; i < eights; ++i) {
-        const auto x = load<std::uint64_t>(src, 3 * i), y = load<std::uint64_t>(src, 3 * i + 1), z = load<std::uint64_t>(src, 3 * i + 2);
+        const auto x = load<Fours>(src, 3 * i), y = load<Fours>(src, 3 * i + 1), z = load<Fours>(src, 3 * i + 2);
         // Words 0 and 3, 1 and 4, 2 and 5 of the six.
-        const std::uint64_t a = (x & kFirst) | (y & kSecond), b = x >> 32 | z << 32, c = (y & kFirst) | (z & kSecond);
+        const Fours a = (x & kFirst) | (y & kSecond), b = x >> 32 | z << 32, c = (y & kFirst) | (z & kSecond);
         store(row0, i, (a & kByte0) | (a >> 16 & kByte1) | (b & kByte2) | (c << 16 & kByte3));
         store(row1, i, (a >> 8 & kByte0) | (b << 8 & kByte1) | (b >> 8 & kByte2) | (c << 8 & kByte3));
         store(row2, i, (a >> 16 & kByte0) | (b & kByte1) | (c << 16 & kByte2) | (c & kByte3));
@@ -136,10 +132,10 @@ inline void storePixels(const Zmx8u* row0, const Zmx8u* row1, const Zmx8u* row2,
     const int eights = n / 8;
     INDEPENDENT_ITERATIONS
     for (int i = 0; i < eights; ++i) {
-        const auto p = load<std::uint64_t>(row0, i), q = load<std::uint64_t>(row1, i), r = load<std::uint64_t>(row2, i);
-        const std::uint64_t a = (p & kByte0) | (q << 8 & kByte1) | (r << 16 & kByte2) | (p << 16 & kByte3);
-        const std::uint64_t b = (q >> 8 & kByte0) | (r & kByte1) | (p & kByte2) | (q << 8 & kByte3);
-        const std::uint64_t c = (r >> 16 & kByte0) | (p >> 16 & kByte1) | (q >> 8 & kByte2) | (r & kByte3);
+        const auto p = load<Fours>(row0, i), q = load<Fours>(row1, i), r = load<Fours>(row2, i);
+        const Fours a = (p & kByte0) | (q << 8 & kByte1) | (r << 16 & kByte2) | (p << 16 & kByte3);
+        const Fours b = (q >> 8 & kByte0) | (r & kByte1) | (p & kByte2) | (q << 8 & kByte3);
+        const Fours c = (r >> 16 & kByte0) | (p >> 16 & kByte1) | (q >> 8 & kByte2) | (r & kByte3);
         store(dst, 3 * i, (a & kFirst) | b << 32);
         store(dst, 3 * i + 1, (c & kFirst) | (a & kSecond));
         store(dst, 3 * i + 2, b >> 32 | (c & kSecond));
