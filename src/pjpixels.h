@@ -3,7 +3,7 @@
 //
 // Two neighbouring samples of a row make one word of 16 bits, and are taken apart and put together by masks and shifts
 // of 16-bit lanes. The compiler vectorises that as it stands; rows of bytes it would first widen and at last narrow,
-// which takes a third more of its time.
+// which takes longer.
 #pragma once
 
 #include "pjargs.h"
