@@ -48,20 +48,44 @@ void Sub128_JPEG_8u16s_C1R(benchmark::State& s) {
         zmxiSub128_JPEG_8u16s_C1R(p.samples.data(), p.size.width, p.centred.data(), 2 * p.size.width, p.size);
     });
 }
-// Plain loops, a sample at a time.
-void plainLoopAdd(benchmark::State& s) {
-    each(s, [](Plane& p) {
-        for (std::size_t i = 0; i < p.samples.size(); ++i)
-            p.samples[i] = Zmx8u(std::clamp(p.centred[i] + 128, 0, 255));
-    });
+
+// Plain loops, a sample at a time: as the compiler takes them, and kept scalar, by an attribute of the function with
+// gcc and by a pragma at the loop with clang.
+#ifdef __clang__
+#define SCALAR_FUNCTION
+#define SCALAR_LOOP _Pragma("clang loop vectorize(disable)")
+#else
+#define SCALAR_FUNCTION __attribute__((optimize("no-tree-vectorize")))
+#define SCALAR_LOOP
+#endif
+
+void addAll(const Zmx16s* src, Zmx8u* dst, std::size_t n) {
+    for (std::size_t i = 0; i < n; ++i) dst[i] = Zmx8u(std::clamp(src[i] + 128, 0, 255));
 }
-void plainLoopSub(benchmark::State& s) {
-    each(s, [](Plane& p) {
-        for (std::size_t i = 0; i < p.samples.size(); ++i) p.centred[i] = Zmx16s(p.samples[i] - 128);
-    });
+void subAll(const Zmx8u* src, Zmx16s* dst, std::size_t n) {
+    for (std::size_t i = 0; i < n; ++i) dst[i] = Zmx16s(src[i] - 128);
 }
-BENCHMARK(plainLoopAdd)->Args({8, 8})->Args({128, 64})->Args({1920, 1080});
-BENCHMARK(plainLoopSub)->Args({8, 8})->Args({128, 64})->Args({1920, 1080});
+SCALAR_FUNCTION void addEach(const Zmx16s* src, Zmx8u* dst, std::size_t n) {
+    SCALAR_LOOP
+    for (std::size_t i = 0; i < n; ++i) {
+        const int v = src[i] + 128;
+        dst[i] = Zmx8u(v < 0 ? 0 : v > 255 ? 255 : v);
+    }
+}
+SCALAR_FUNCTION void subEach(const Zmx8u* src, Zmx16s* dst, std::size_t n) {
+    SCALAR_LOOP
+    for (std::size_t i = 0; i < n; ++i) dst[i] = Zmx16s(src[i] - 128);
+}
+template <auto loop> void plainAdd(benchmark::State& s) {
+    each(s, [](Plane& p) { loop(p.centred.data(), p.samples.data(), p.samples.size()); });
+}
+template <auto loop> void plainSub(benchmark::State& s) {
+    each(s, [](Plane& p) { loop(p.samples.data(), p.centred.data(), p.samples.size()); });
+}
+BENCHMARK(plainAdd<addAll>)->Name("plainLoopAdd")->Args({8, 8})->Args({128, 64})->Args({1920, 1080});
+BENCHMARK(plainSub<subAll>)->Name("plainLoopSub")->Args({8, 8})->Args({128, 64})->Args({1920, 1080});
+BENCHMARK(plainAdd<addEach>)->Name("scalarLoopAdd")->Args({8, 8})->Args({128, 64})->Args({1920, 1080});
+BENCHMARK(plainSub<subEach>)->Name("scalarLoopSub")->Args({8, 8})->Args({128, 64})->Args({1920, 1080});
 BENCHMARK(copyOfSamples)->Args({8, 8})->Args({128, 64})->Args({1920, 1080});
 BENCHMARK(Add128_JPEG_16s8u_C1R)->Args({8, 8})->Args({128, 64});
 BENCHMARK(Add128_JPEG_16s8u_C1R)->Args({1920, 1080})->UseRealTime();

@@ -107,6 +107,17 @@ ZmxStatus plainDownH2V2(const Zmx8u* src, int srcStep, ZmxiSize, Zmx8u* dst, int
     return zmxStsNoErr;
 }
 
+// One row of the same, called as the row forms are; the rounding term does not alternate.
+__attribute__((noinline)) ZmxStatus plainDownRowH2V1(const Zmx8u* src, int width, Zmx8u* dst) {
+    for (int x = 0; x < width / 2; ++x) dst[x] = Zmx8u((src[2 * x] + src[2 * x + 1] + 1) >> 1);
+    return zmxStsNoErr;
+}
+__attribute__((noinline)) ZmxStatus plainDownRowH2V2(const Zmx8u* src1, const Zmx8u* src2, int width, Zmx8u* dst) {
+    for (int x = 0; x < width / 2; ++x)
+        dst[x] = Zmx8u((src1[2 * x] + src1[2 * x + 1] + src2[2 * x] + src2[2 * x + 1] + 2) >> 2);
+    return zmxStsNoErr;
+}
+
 [[maybe_unused]] const bool registered = registerAll({
     {"copyOfPlane", copyOfPlane},
     {"plainUpH2V1", up<plainUpH2V1, 1>},
@@ -117,9 +128,11 @@ ZmxStatus plainDownH2V2(const Zmx8u* src, int srcStep, ZmxiSize, Zmx8u* dst, int
     {"SampleUpRowH2V2_Triangle", upRows<zmxiSampleUpRowH2V2_Triangle_JPEG_8u_C1, 2>},
     {"plainDownH2V1", down<plainDownH2V1, 1>},
     {"SampleDownH2V1", down<zmxiSampleDownH2V1_JPEG_8u_C1R, 1>, true},
+    {"plainDownRowH2V1", downRows<oneRow<plainDownRowH2V1>, 1>},
     {"SampleDownRowH2V1_Box", downRows<oneRow<zmxiSampleDownRowH2V1_Box_JPEG_8u_C1>, 1>},
     {"plainDownH2V2", down<plainDownH2V2, 2>},
     {"SampleDownH2V2", down<zmxiSampleDownH2V2_JPEG_8u_C1R, 2>, true},
+    {"plainDownRowH2V2", downRows<plainDownRowH2V2, 2>},
     {"SampleDownRowH2V2_Box", downRows<zmxiSampleDownRowH2V2_Box_JPEG_8u_C1, 2>},
 });
 

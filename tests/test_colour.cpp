@@ -8,6 +8,7 @@
 #include "support/rng.h"
 #include "zmxj.h"
 
+#include <algorithm>
 #include <array>
 #include <memory>
 #include <string>
@@ -527,19 +528,24 @@ TEST_P(Colour, InsideAnotherRegion) {
     setThreads(1);
 }
 
-// The destination may be the source.
+// The destination may be the source, plane for plane or turned round.
 TEST_P(PlanarColour, InPlace) {
     Rng rng(224);
     SCOPED_TRACE("seed 224");
-    for (ZmxiSize size : {ZmxiSize{1, 1}, ZmxiSize{15, 3}, ZmxiSize{67, 5}, ZmxiSize{120, 90}}) {
-        setThreads(size.width == 120 ? 2 : 1);
-        Picture planes(way().from, size, size.width, size.width + 3, GuardedBlock::AtEnd, rng);
-        auto expected = planes.copy();
-        plain(planes.rows(), planes.rowsIn(expected), size);
-        const auto p = planes.rows();
-        ASSERT_EQ(way().call(p.plane.data(), p.step, p.plane.data(), p.step, size), zmxStsNoErr);
-        ASSERT_EQ(expected, planes.copy()) << size.width << " by " << size.height;
-    }
+    for (ZmxiSize size : {ZmxiSize{1, 1}, ZmxiSize{15, 3}, ZmxiSize{67, 5}, ZmxiSize{120, 90}})
+        for (int turn = 0; turn < planesOf(way().from); ++turn) {
+            setThreads(size.width == 120 ? 2 : 1);
+            Picture planes(way().from, size, size.width, size.width + 3, GuardedBlock::AtEnd, rng);
+            auto expected = planes.copy();
+            const auto turned = [turn, n = planesOf(way().from)](model::Rows rows) {
+                std::rotate(rows.plane.begin(), rows.plane.begin() + turn, rows.plane.begin() + n);
+                return rows;
+            };
+            plain(planes.rows(), turned(planes.rowsIn(expected)), size);
+            const auto src = planes.rows(), dst = turned(src);
+            ASSERT_EQ(way().call(src.plane.data(), src.step, dst.plane.data(), dst.step, size), zmxStsNoErr);
+            ASSERT_EQ(expected, planes.copy()) << size.width << " by " << size.height << ", turned by " << turn;
+        }
     setThreads(1);
 }
 
