@@ -64,15 +64,6 @@ int bitsOf(const Image& image) {
     return bits;
 }
 
-// Samples of a picture at a depth of so many bits.
-std::vector<std::uint16_t> scaled(const Image& image, int bits) {
-    const unsigned max = unsigned(image.maxval), to = (1U << bits) - 1;
-    std::vector<std::uint16_t> samples = image.samples;
-    if (max != to)
-        for (std::uint16_t& s : samples) s = std::uint16_t((s * std::uint64_t(to) + max / 2) / max);
-    return samples;
-}
-
 void runEncode(EncodeArguments& args) {
     jpeg::EncodeOptions& o = args.options;
     readSampling(args.sampling, o);
@@ -94,7 +85,7 @@ void runEncode(EncodeArguments& args) {
     const int precision = args.precision ? args.precision : o.lossless ? bitsOf(image) : 8;
     writeBytes(args.out, naming(args.in, [&] {
                    if (precision != 8)
-                       return jpeg::encode(scaled(image, precision).data(), image.width, image.height,
+                       return jpeg::encode(scaled(image, (1 << precision) - 1).samples.data(), image.width, image.height,
                                            image.channels, precision, o);
                    return jpeg::encode(to8bit(image).data(), image.width, image.height, image.channels, o);
                }));
@@ -160,7 +151,7 @@ void addEncode(CLI::App& app) {
     auto* c = app.add_subcommand("encode", "Write a picture as a JPEG file");
     const auto args = std::make_shared<EncodeArguments>();
     jpeg::EncodeOptions& o = args->options;
-    c->add_option("IN", args->in, "a PNG, PNM or PAM file")->required();
+    c->add_option("IN", args->in, kPictureFile)->required();
     c->add_option("OUT", args->out, "the JPEG file")->required();
     c->add_option("--quality", o.quality, "1 to 100")->capture_default_str()->check(CLI::Range(1, 100));
     c->add_option("--sampling", args->sampling, "of the chroma")
@@ -203,10 +194,10 @@ void addEncode(CLI::App& app) {
 }
 
 void addDecode(CLI::App& app) {
-    auto* c = app.add_subcommand("decode", "Write a JPEG file as a PNG, PNM or PAM file");
+    auto* c = app.add_subcommand("decode", "Write a JPEG file as " + kPictureFile);
     const auto args = std::make_shared<DecodeArguments>();
     c->add_option("IN", args->in, "a JPEG file: sequential, progressive or lossless")->required();
-    c->add_option("OUT", args->out, "a .png, .pgm, .ppm, .pnm or .pam file; CMYK goes to .pam")->required();
+    c->add_option("OUT", args->out, "a " + kPictureEndings + " file; CMYK goes to .tif or .pam")->required();
     c->add_option("--scale", args->scale, "decode to this part of the size")
         ->capture_default_str()
         ->check(CLI::IsMember({"1", "1/2", "1/4", "1/8"}));

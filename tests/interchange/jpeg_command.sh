@@ -48,7 +48,7 @@ fails "empty.jpg: byte 0: not a JPEG file" "$zmx" jpeg decode empty.jpg b.ppm
 fails "nowhere.jpg: No such file" "$zmx" jpeg decode nowhere.jpg b.ppm
 fails "more than the limit" "$zmx" jpeg decode a.jpg b.ppm --max-pixels 1000
 fails "ends in .png" "$zmx" jpeg decode a.jpg b.gif
-fails "neither a PNG nor a PNM" "$zmx" jpeg encode a.jpg b.jpg
+fails "not a PNG, PNM, PAM or TIFF file" "$zmx" jpeg encode a.jpg b.jpg
 "$zmx" jpeg encode in.ppm b.jpg --quality 101 2>err && bad "quality 101 is taken"
 "$zmx" jpeg encode in.ppm b.jpg --sampling 411 2>err && bad "sampling 411 is taken"
 for command in encode decode info; do
@@ -76,7 +76,7 @@ P
         awk '$1 == "within" { exit !($2 >= 0.98) } ' out || bad "CMYK $options against Pillow: $(cat out)"
     fi
 done
-fails "written to a .pam" "$zmx" jpeg decode c.jpg c.png
+fails "written to a .tif or .pam" "$zmx" jpeg decode c.jpg c.png
 
 echo "$checks checks, $failures failures"
 [ $failures -eq 0 ] && [ $checks -gt 25 ]
