@@ -34,7 +34,7 @@ public:
             for (std::uint64_t top = 0; top < down; top += height)
                 for (std::uint64_t left = 0; left < across; left += width) {
                     const unsigned rows = std::min(height, down - unsigned(top));
-                    decode(number++, rowBytes * (tiled ? height : rows));
+                    decode(number++, rowBytes * rows);
                     for (unsigned y = 0; y < rows; ++y)
                         place(bytes.data() + rowBytes * y, h.image.row(int(top + y)), int(left), plane);
                 }
