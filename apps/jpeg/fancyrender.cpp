@@ -12,9 +12,11 @@ namespace {
 class Plane {
 public:
     int width, height; // of the samples that belong to the picture
+    int step;
 
     Plane(int w, int h, int s, int paddedRows)
         : width(w), height(h), step(s), samples((std::size_t(paddedRows) + 2) * std::size_t(s), Zmx8u(128)) {}
+    Plane(int w, int h) : Plane(w, h, w + 2, h) {}
     Zmx8u* row(int y) { return samples.data() + (std::ptrdiff_t(y) + 1) * step + 1; }
 
     // Repeats the outermost samples into the margin. What an MCU holds beyond the picture does not count.
@@ -28,9 +30,18 @@ public:
     }
 
 private:
-    int step;
     std::vector<Zmx8u> samples;
 };
+
+void transpose(Plane& from, Plane& to) {
+    for (int y = 0; y < to.height; ++y)
+        for (int x = 0; x < to.width; ++x) to.row(y)[x] = from.row(x)[y];
+}
+
+template <class Filter> void smooth(Filter filter, Plane& from, Plane& to) {
+    from.extend();
+    filter(from.row(0), from.step, {from.width, from.height}, to.row(0), to.step, {to.width, to.height});
+}
 
 class FancyRenderer final : public Renderer {
 public:
@@ -69,16 +80,21 @@ public:
     }
 
 private:
-    // Two to one is by the triangle filter, unless the plane is so narrow that it has no inner samples; every
+    // Two to one is by the triangle filter, unless the rows are so short that they have no inner samples; every
     // other ratio by repetition.
     const Zmx8u* enlarge(Plane& from, const Component& c, Plane& to) const {
+        const bool fullWidth = c.h == frame.hMax, fullHeight = c.v == frame.vMax, halfHeight = 2 * c.v == frame.vMax;
         const bool halfWidth = 2 * c.h == frame.hMax && from.width > 2;
-        const auto up = halfWidth && c.v == frame.vMax       ? zmxiSampleUpH2V1_JPEG_8u_C1R
-                        : halfWidth && 2 * c.v == frame.vMax ? zmxiSampleUpH2V2_JPEG_8u_C1R
-                                                             : nullptr;
-        if (up) {
-            from.extend();
-            up(from.row(0), step, {from.width, from.height}, to.row(0), step, {to.width, to.height});
+        if (halfWidth && fullHeight) {
+            smooth(zmxiSampleUpH2V1_JPEG_8u_C1R, from, to);
+        } else if (halfWidth && halfHeight) {
+            smooth(zmxiSampleUpH2V2_JPEG_8u_C1R, from, to);
+        } else if (fullWidth && halfHeight) {
+            // The filter of rows, on columns.
+            Plane lying(from.height, from.width), wide(to.height, to.width);
+            transpose(from, lying);
+            smooth(zmxiSampleUpH2V1_JPEG_8u_C1R, lying, wide);
+            transpose(wide, to);
         } else {
             for (int y = 0; y < to.height; ++y)
                 for (int x = 0; x < to.width; ++x)
