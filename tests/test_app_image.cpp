@@ -1,6 +1,6 @@
 // Pictures in memory and in files: containers, depths, CMYK, TIFF files of libtiff's making, and the measures of
 // difference.
-#include "image/image.h"
+#include "image/raw.h"
 #include "support/damage.h"
 #include "support/rng.h"
 
@@ -356,4 +356,39 @@ TEST(Image, DamagedTiff) {
             survives({good.begin(), good.begin() + std::ptrdiff_t(n)});
     }
     EXPECT_GT(refusals, 150);
+}
+
+TEST(Image, RawFiles) {
+    const Folder folder;
+    const std::string path = folder.file("a.raw");
+    using Bytes = std::vector<std::uint8_t>;
+    const Bytes two{10, 20, 30, 200, 100, 50};
+    writeBytes(path, two);
+    const Image rgb = readRaw(path, 2, 1, RawFormat::rgb), bgr = readRaw(path, 1, 2, RawFormat::bgr),
+                grey = readRaw(path, 3, 2, RawFormat::gray);
+    expectSame(rgb, {2, 1, 3, 255, {10, 20, 30, 200, 100, 50}});
+    expectSame(bgr, {1, 2, 3, 255, {30, 20, 10, 50, 100, 200}});
+    expectSame(grey, {3, 2, 1, 255, {10, 20, 30, 200, 100, 50}});
+    const auto written = [&](const Image& image, RawFormat format) {
+        writeRaw(path, image, format);
+        return readBytes(path);
+    };
+    EXPECT_EQ(written(rgb, RawFormat::rgb), two);
+    EXPECT_EQ(written(rgb, RawFormat::bgr), (Bytes{30, 20, 10, 50, 100, 200}));
+    EXPECT_EQ(written(rgb, RawFormat::gray), (Bytes{18, 124})); // 0.299 R + 0.587 G + 0.114 B
+    EXPECT_EQ(written(grey, RawFormat::gray), two);
+    EXPECT_EQ(written({2, 1, 1, 65535, {0, 65535}}, RawFormat::rgb), (Bytes{0, 0, 0, 255, 255, 255}));
+    EXPECT_EQ(written({2, 1, 2, 255, {7, 1, 8, 2}}, RawFormat::gray), (Bytes{7, 8})) << "alpha is left out";
+    EXPECT_EQ(written({1, 1, 2, 255, {7, 1}}, RawFormat::bgr), (Bytes{7, 7, 7}));
+    EXPECT_EQ(written({1, 1, 4, 255, {7, 8, 9, 1}}, RawFormat::bgr), (Bytes{9, 8, 7}));
+
+    writeBytes(path, {1, 2, 3, 4, 5, 6, 7, 8});
+    const Image inks = readRaw(path, 1, 2, RawFormat::cmyk);
+    expectSame(inks, {1, 2, 4, 255, {1, 2, 3, 4, 5, 6, 7, 8}, true});
+    EXPECT_EQ(written(inks, RawFormat::cmyk), (Bytes{1, 2, 3, 4, 5, 6, 7, 8}));
+    for (RawFormat format : {RawFormat::gray, RawFormat::rgb, RawFormat::bgr})
+        EXPECT_THROW(writeRaw(path, inks, format), ImageError);
+    EXPECT_THROW(writeRaw(path, rgb, RawFormat::cmyk), ImageError);
+    for (auto [width, height] : {std::pair{1, 1}, {3, 1}, {2, 2}, {65535, 65535}})
+        EXPECT_THROW(readRaw(path, width, height, RawFormat::cmyk), ImageError);
 }

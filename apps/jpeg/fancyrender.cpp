@@ -1,5 +1,6 @@
 // fancyrender.cpp - the renderer of smooth pictures: whole planes of samples, chroma of half the rate brought
 // to the full one by the triangle filter, and one colour conversion of planes for the picture.
+#include "jpeg/pixels.h"
 #include "jpeg/render.h"
 
 #include <cstring>
@@ -45,12 +46,11 @@ template <class Filter> void smooth(Filter filter, Plane& from, Plane& to) {
 
 class FancyRenderer final : public Renderer {
 public:
-    FancyRenderer(const Frame& f, Model model, const std::vector<DequantTable>& dequant, Picture& out)
-        : frame(f), tables(dequant), toPixels(conversionFrom(model)), picture(out),
-          rows(f.mcuRows() * 8 * f.vMax), step(f.mcuColumns() * 8 * f.hMax + 2) {
-        for (const Component& c : frame.components)
-            planes.emplace_back(divUp(frame.width * c.h, frame.hMax), divUp(frame.height * c.v, frame.vMax),
-                                step, frame.mcuRows() * 8 * c.v);
+    FancyRenderer(const Frame& f, const std::vector<DequantTable>& dequant, const Canvas& c)
+        : frame(f), tables(dequant), canvas(c), rows(f.mcuRows() * 8 * f.vMax), step(f.mcuColumns() * 8 * f.hMax + 2) {
+        for (const Component& part : frame.components)
+            planes.emplace_back(divUp(frame.width * part.h, frame.hMax), divUp(frame.height * part.v, frame.vMax), step,
+                                frame.mcuRows() * 8 * part.v);
     }
 
     void mcu(const Zmx16s* const* blocks, int column, int row) override {
@@ -75,8 +75,7 @@ public:
             else
                 source[i] = enlarge(planes[i], c, full.emplace_back(frame.width, frame.height, step, rows));
         }
-        toPixels(source, step, picture.pixels.data(), picture.width * picture.channels,
-                 {picture.width, picture.height});
+        canvas.put(source, step, 0, 0, {frame.width, frame.height});
     }
 
 private:
@@ -105,17 +104,16 @@ private:
 
     const Frame frame;
     const std::vector<DequantTable> tables;
-    const PlanesToPixels toPixels;
-    Picture& picture;
+    const Canvas canvas;
     const int rows, step;
     std::vector<Plane> planes;
 };
 
 } // namespace
 
-std::unique_ptr<Renderer> makeFancyRenderer(const Frame& frame, Model model,
-                                            const std::vector<DequantTable>& tables, Picture& picture) {
-    return std::make_unique<FancyRenderer>(frame, model, tables, picture);
+std::unique_ptr<Renderer> makeFancyRenderer(const Frame& frame, const std::vector<DequantTable>& tables,
+                                            const Canvas& canvas) {
+    return std::make_unique<FancyRenderer>(frame, tables, canvas);
 }
 
 } // namespace jpeg
