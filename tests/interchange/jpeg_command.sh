@@ -73,9 +73,10 @@ fails "written to a .tif or .pam" "$zmx" jpeg decode c.jpg c.png
 for format in rgb bgr gray; do
     succeeds "$zmx" jpeg decode a.jpg a.raw --format $format
     [ "$(cat out)" = 48x40 ] || bad "$format: the size is '$(cat out)'"
-    succeeds "$zmx" jpeg encode a.raw r.jpg --raw-size 48x40 --format $format --quality 95
-    succeeds "$zmx" jpeg decode r.jpg r.ppm --strict
+    succeeds "$zmx" jpeg encode a.raw $format.jpg --raw-size 48x40 --format $format --quality 95
+    succeeds "$zmx" jpeg decode $format.jpg r.ppm --strict
 done
+cmp -s rgb.jpg bgr.jpg || bad "the order of the channels changes the picture"
 succeeds "$zmx" jpeg decode a.jpg a.rgb --format rgb
 tail -c $((48 * 40 * 3)) a.ppm | cmp -s - a.rgb || bad "raw bytes are not those of the picture"
 succeeds "$zmx" jpeg decode c.jpg c.raw --format cmyk
