@@ -1,19 +1,33 @@
-// The whole JPEG decoder on arbitrary bytes, at a size that the bytes choose; and what it reads coded anew, in
-// scans that they choose.
+// The whole JPEG decoder on arbitrary bytes, to pixels of every kind that can be asked for; and what it reads coded
+// anew. The number of bytes chooses the options.
 #include "jpeg/jpeg.h"
 
 #include <cstdlib>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    jpeg::DecodeOptions options;
-    options.maxPixels = 1 << 16;
-    options.scale = 1 << (size & 3);
+namespace {
+
+void toPixels(const std::uint8_t* data, std::size_t size, const jpeg::DecodeOptions& options) {
     try {
         const jpeg::Picture p = jpeg::decode(data, size, options);
         if (p.pixels.size() + p.wide.size() != std::size_t(p.width) * std::size_t(p.height) * std::size_t(p.channels))
             std::abort();
     } catch (const jpeg::Error&) {
     }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    jpeg::DecodeOptions options;
+    options.maxPixels = 1 << 16;
+    options.scale = 1 << (size & 3);
+    toPixels(data, size, options);
+    options.scale = 1;
+    options.upsampling = jpeg::Upsampling::fancy;
+    toPixels(data, size, options);
+    options.packing = jpeg::Packing(1 + size % 4);
+    if (size & 4) options.upsampling = jpeg::Upsampling::plain;
+    toPixels(data, size, options);
     try {
         jpeg::TranscodeOptions how;
         how.maxPixels = options.maxPixels;

@@ -32,7 +32,7 @@ void addHdpCommands(CLI::App& app) {
     auto* c = hdp->add_subcommand("energy", "Transform a picture, show how much energy each coefficient holds, and check that the "
                                             "inverse brings every sample back");
     const auto args = std::make_shared<EnergyArguments>();
-    c->add_option("IN", args->in, "a PNG, PNM or PAM file")->required();
+    c->add_option("IN", args->in, kPictureFile)->required();
     c->add_option("--output", args->out, "also write the coefficients as a picture, those of one place together");
     c->footer("Example:\n  zmx hdp energy photo.png --output coefficients.png");
     c->callback([args] { runEnergy(*args); });

@@ -30,7 +30,7 @@ void runConvert(const ConvertArguments& args) {
 } // namespace
 
 void addImageCommands(CLI::App& app) {
-    CLI::App* image = app.add_subcommand("image", "Compare and convert PNG, PGM, PPM and PAM pictures");
+    CLI::App* image = app.add_subcommand("image", "Compare and convert PNG, PNM, PAM and TIFF pictures");
     image->require_subcommand(1);
 
     auto* c = image->add_subcommand("compare",
@@ -47,8 +47,8 @@ void addImageCommands(CLI::App& app) {
 
     auto* v = image->add_subcommand("convert", "Write a picture to another kind of file, or a part of it");
     const auto convertArgs = std::make_shared<ConvertArguments>();
-    v->add_option("IN", convertArgs->in, "a PNG, PNM or PAM file")->required();
-    v->add_option("OUT", convertArgs->out, "a .png, .pgm, .ppm, .pnm or .pam file")->required();
+    v->add_option("IN", convertArgs->in, kPictureFile)->required();
+    v->add_option("OUT", convertArgs->out, "a " + kPictureEndings + " file")->required();
     v->add_option("--crop", convertArgs->part, "only this part: X,Y,WIDTH,HEIGHT")
         ->delimiter(',')
         ->expected(4);

@@ -38,17 +38,20 @@ Image readImage(const std::string& path, std::size_t maxPixels) {
     std::rewind(file.get());
     if (head[0] == 0x89 && head[1] == 'P') return readPng(file.get(), path, maxPixels);
     if (head[0] == 'P' && head[1] >= '1' && head[1] <= '7') return readPnm(file.get(), path, maxPixels);
-    throw ImageError(path + ": neither a PNG nor a PNM file");
+    if (head[0] == head[1] && (head[0] == 'I' || head[0] == 'M')) return readTiff(path, maxPixels);
+    throw ImageError(path + ": not " + kPictureFile);
 }
 
 void writeImage(const std::string& path, const Image& image) {
     const std::string ending = endingOf(path);
-    const bool pnm = ending == "pgm" || ending == "ppm" || ending == "pnm", pam = ending == "pam";
-    if (!pnm && !pam && ending != "png")
-        throw ImageError(path + ": the name of a picture to write ends in .png, .pgm, .ppm, .pnm or .pam");
+    const bool pnm = ending == "pgm" || ending == "ppm" || ending == "pnm", pam = ending == "pam",
+               tiff = ending == "tif" || ending == "tiff";
+    if (!pnm && !pam && !tiff && ending != "png")
+        throw ImageError(path + ": the name of a picture to write ends in " + kPictureEndings);
+    if (image.cmyk && !pam && !tiff) throw ImageError(path + ": a CMYK picture is written to a .tif or .pam file");
     if (pnm && image.channels % 2 == 0)
-        throw ImageError(path + ": a PNM file holds no alpha channel; write .png or .pam");
-    if (image.cmyk && !pam) throw ImageError(path + ": a CMYK picture is written to a .pam file");
+        throw ImageError(path + ": a PNM file holds no alpha channel; write .png, .tif or .pam");
+    if (tiff) return writeTiff(path, image);
     File file = open(path, "wb");
     if (ending == "png")
         writePng(file.get(), path, image);

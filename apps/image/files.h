@@ -10,3 +10,7 @@ void writePng(std::FILE* file, const std::string& path, const Image& image);
 
 Image readPnm(std::FILE* file, const std::string& path, std::size_t maxPixels);
 void writePnm(std::FILE* file, const std::string& path, const Image& image, bool pam);
+
+// libtiff opens its files itself.
+Image readTiff(const std::string& path, std::size_t maxPixels);
+void writeTiff(const std::string& path, const Image& image);

@@ -6,13 +6,17 @@
 #include <cstdlib>
 #include <limits>
 
+Image scaled(Image image, int maxval) {
+    const std::uint64_t from = unsigned(image.maxval), to = unsigned(maxval);
+    if (from != to)
+        for (std::uint16_t& s : image.samples) s = std::uint16_t((s * to + from / 2) / from);
+    image.maxval = maxval;
+    return image;
+}
+
 std::vector<std::uint8_t> to8bit(const Image& image) {
-    std::vector<std::uint8_t> out(image.samples.size());
-    const unsigned max = unsigned(image.maxval);
-    for (std::size_t i = 0; i < out.size(); ++i)
-        out[i] = max == 255 ? std::uint8_t(image.samples[i])
-                            : std::uint8_t((image.samples[i] * 255u + max / 2) / max);
-    return out;
+    if (image.maxval != 255) return to8bit(scaled(image, 255));
+    return {image.samples.begin(), image.samples.end()};
 }
 
 Image from8bit(const std::uint8_t* samples, int width, int height, int channels) {

@@ -1,4 +1,4 @@
-// image.h - a picture in memory, and PNG and PNM files.
+// image.h - a picture in memory, and PNG, PNM and TIFF files.
 #pragma once
 
 #include <cstddef>
@@ -27,14 +27,22 @@ struct ImageError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Reads a PNG, PBM, PGM, PPM or PAM file, told apart by its first bytes. Palettes are expanded; a tRNS chunk
-// becomes an alpha channel; PNG samples of fewer than 8 bits are scaled to 8. `maxPixels` bounds what a
-// header may ask for.
+// What readImage() and writeImage() take, for help and messages.
+inline const std::string kPictureFile = "a PNG, PNM, PAM or TIFF file",
+                         kPictureEndings = ".png, .tif, .pgm, .ppm, .pnm or .pam";
+
+// Reads a PNG, PBM, PGM, PPM, PAM or TIFF file, told apart by its first bytes. Palettes of PNG are expanded; a
+// tRNS chunk becomes an alpha channel; PNG samples of fewer than 8 bits are scaled to 8. `maxPixels` bounds what
+// a header may ask for.
 Image readImage(const std::string& path, std::size_t maxPixels = std::size_t(1) << 28);
 
-// Writes a PNG (maxval 255 or 65535; other depths are scaled up to the next of the two), or, by the ending of
-// the path, a .pgm, .ppm, .pnm or .pam with the picture's own maxval. CMYK goes into .pam files only.
+// Writes, by the ending of the path, a .png, .tif or .tiff (maxval 255 or 65535; other depths are scaled up to the
+// next of the two), or a .pgm, .ppm, .pnm or .pam with the picture's own maxval. CMYK goes into .tif and .pam
+// files only.
 void writeImage(const std::string& path, const Image& image);
+
+// The picture with another largest sample.
+Image scaled(Image image, int maxval);
 
 // The picture as bytes: width x channels x height samples, scaled to 8 bits where it has another depth.
 std::vector<std::uint8_t> to8bit(const Image& image);

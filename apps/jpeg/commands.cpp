@@ -1,8 +1,7 @@
 // commands.cpp - zmx jpeg: the codec behind files.
 #include "zmx/commands.h"
-#include "image/image.h"
+#include "image/raw.h"
 #include "jpeg/jpeg.h"
-#include "zmxj.h"
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
@@ -20,12 +19,6 @@ template <class Call> auto naming(const std::string& path, Call call) {
     }
 }
 
-std::vector<std::uint8_t> toGrey(const std::vector<std::uint8_t>& rgb, int width, int height) {
-    std::vector<std::uint8_t> grey(rgb.size() / 3);
-    zmxiRGBToY_JPEG_8u_C3C1R(rgb.data(), 3 * width, grey.data(), width, {width, height});
-    return grey;
-}
-
 void warn(const std::string& path, const std::vector<std::string>& warnings) {
     for (const std::string& w : warnings) std::fprintf(stderr, "zmx: %s: warning: %s\n", path.c_str(), w.c_str());
 }
@@ -36,8 +29,17 @@ std::string readText(const std::string& path) {
     return bytes.empty() ? " " : std::string(bytes.begin(), bytes.end());
 }
 
+// Headerless files: samples in the order of the name, and packed words, which are made by the decoder itself.
+const std::map<std::string, RawFormat> kRawFormats = {
+    {"gray", RawFormat::gray}, {"rgb", RawFormat::rgb}, {"bgr", RawFormat::bgr}, {"cmyk", RawFormat::cmyk}};
+const std::map<std::string, jpeg::Packing> kPackings = {{"rgb565", jpeg::Packing::rgb565},
+                                                        {"bgr565", jpeg::Packing::bgr565},
+                                                        {"rgb555", jpeg::Packing::rgb555},
+                                                        {"bgr555", jpeg::Packing::bgr555}};
+template <class Map> bool isIn(const Map& map, const std::string& name) { return map.find(name) != map.end(); }
+
 struct EncodeArguments {
-    std::string in, out, sampling = "420", scans;
+    std::string in, out, sampling = "420", scans, rawSize, format;
     jpeg::EncodeOptions options;
     bool gray = false, cmyk = false;
     int precision = 0; // 0: 8 or, in lossless mode, what the picture has
@@ -64,20 +66,28 @@ int bitsOf(const Image& image) {
     return bits;
 }
 
-// Samples of a picture at a depth of so many bits.
-std::vector<std::uint16_t> scaled(const Image& image, int bits) {
-    const unsigned max = unsigned(image.maxval), to = (1U << bits) - 1;
-    std::vector<std::uint16_t> samples = image.samples;
-    if (max != to)
-        for (std::uint16_t& s : samples) s = std::uint16_t((s * std::uint64_t(to) + max / 2) / max);
-    return samples;
+// WIDTHxHEIGHT; false when it is none.
+bool readSize(const std::string& text, int& width, int& height) {
+    int used = 0;
+    return std::sscanf(text.c_str(), "%5dx%5d%n", &width, &height, &used) == 2 && std::size_t(used) == text.size() &&
+           width > 0 && height > 0;
+}
+
+Image readPicture(const EncodeArguments& args) {
+    if (args.rawSize.empty()) return readImage(args.in);
+    int width = 0, height = 0;
+    readSize(args.rawSize, width, height);
+    return readRaw(args.in, width, height,
+                   kRawFormats.at(!args.format.empty() ? args.format
+                                  : args.cmyk          ? "cmyk"
+                                                       : "rgb"));
 }
 
 void runEncode(EncodeArguments& args) {
     jpeg::EncodeOptions& o = args.options;
     readSampling(args.sampling, o);
     if (!args.scans.empty()) o.scans = readText(args.scans);
-    Image image = readImage(args.in);
+    Image image = readPicture(args);
     if (args.cmyk) {
         if (image.channels != 4) throw ImageError(args.in + ": --cmyk wants a picture of 4 channels");
         image.cmyk = true;
@@ -85,7 +95,7 @@ void runEncode(EncodeArguments& args) {
     image = withoutAlpha(image);
     if (args.gray && image.channels != 1) {
         if (image.channels != 3) throw ImageError(args.in + ": --gray wants a grey or RGB picture");
-        image = from8bit(toGrey(to8bit(image), image.width, image.height).data(), image.width, image.height, 1);
+        image = toGrey(image);
     }
     // Adobe's programs store CMYK inverted, and so does everyone else.
     if (image.cmyk)
@@ -93,8 +103,8 @@ void runEncode(EncodeArguments& args) {
     const int precision = args.precision ? args.precision : o.lossless ? bitsOf(image) : 8;
     writeBytes(args.out, naming(args.in, [&] {
                    if (precision != 8)
-                       return jpeg::encode(scaled(image, precision).data(), image.width, image.height, image.channels,
-                                           precision, o);
+                       return jpeg::encode(scaled(image, (1 << precision) - 1).samples.data(), image.width,
+                                           image.height, image.channels, precision, o);
                    return jpeg::encode(to8bit(image).data(), image.width, image.height, image.channels, o);
                }));
 }
@@ -108,24 +118,40 @@ Image imageOf(const jpeg::Picture& p) {
     return image;
 }
 
+// The two bytes of each word, the low one first.
+std::vector<std::uint8_t> bytesOf(const std::vector<std::uint16_t>& words) {
+    std::vector<std::uint8_t> bytes;
+    bytes.reserve(2 * words.size());
+    for (std::uint16_t w : words) bytes.insert(bytes.end(), {std::uint8_t(w), std::uint8_t(w >> 8)});
+    return bytes;
+}
+
 struct DecodeArguments {
-    std::string in, out, scale = "1", upsampling = "plain", scans;
+    std::string in, out, scale = "1", upsampling = "plain", format, scans;
     jpeg::DecodeOptions options;
     bool strict = false;
 };
 void runDecode(DecodeArguments& args) {
     args.options.scale = args.scale.back() - '0';
     if (args.upsampling == "fancy") args.options.upsampling = jpeg::Upsampling::fancy;
+    const bool packed = isIn(kPackings, args.format);
+    if (packed) args.options.packing = kPackings.at(args.format);
     const std::vector<std::uint8_t> file = readBytes(args.in);
     int scans = 0;
     if (!args.scans.empty())
         args.options.afterScan = [&](const jpeg::Picture& p) {
             char name[32];
-            std::snprintf(name, sizeof name, "/scan%03d.%s", ++scans, p.channels == 4 ? "pam" : "png");
+            std::snprintf(name, sizeof name, "/scan%03d.%s", ++scans, p.channels == 4 ? "tif" : "png");
             writeImage(args.scans + name, imageOf(p));
         };
     const jpeg::Picture picture = naming(args.in, [&] { return jpeg::decode(file.data(), file.size(), args.options); });
-    writeImage(args.out, imageOf(picture));
+    if (args.format.empty())
+        writeImage(args.out, imageOf(picture));
+    else if (packed)
+        writeBytes(args.out, bytesOf(picture.wide));
+    else
+        writeRaw(args.out, imageOf(picture), kRawFormats.at(args.format));
+    if (!args.format.empty()) std::printf("%dx%d\n", picture.width, picture.height);
     warn(args.in, picture.warnings);
     if (args.strict && !picture.warnings.empty()) throw jpeg::Error(args.in + ": not a sound file");
 }
@@ -158,7 +184,7 @@ void addEncode(CLI::App& app) {
     auto* c = app.add_subcommand("encode", "Write a picture as a JPEG file");
     const auto args = std::make_shared<EncodeArguments>();
     jpeg::EncodeOptions& o = args->options;
-    c->add_option("IN", args->in, "a PNG, PNM or PAM file")->required();
+    c->add_option("IN", args->in, kPictureFile)->required();
     c->add_option("OUT", args->out, "the JPEG file")->required();
     c->add_option("--quality", o.quality, "1 to 100")->capture_default_str()->check(CLI::Range(1, 100));
     c->add_option("--sampling", args->sampling, "of the chroma")
@@ -194,10 +220,22 @@ void addEncode(CLI::App& app) {
     c->add_flag("--rgb", o.rgb, "store RGB as it is, not as YCbCr");
     c->add_flag("--cmyk", args->cmyk, "the 4 channels of IN are CMYK, whatever the file says");
     c->add_flag("--ycck", o.ycck, "store CMYK as YCCK");
+    auto* rawSize = c->add_option("--raw-size", args->rawSize, "IN has no header, and this size: WIDTHxHEIGHT")
+                        ->check(CLI::Validator(
+                            [](std::string& s) {
+                                int width, height;
+                                return readSize(s, width, height) ? std::string() : "not WIDTHxHEIGHT: " + s;
+                            },
+                            "WIDTHxHEIGHT"));
+    c->add_option("--format", args->format,
+                  "of IN without a header: bytes of these channels; else rgb, or with --cmyk cmyk")
+        ->check(CLI::IsMember(kRawFormats))
+        ->needs(rawSize);
     c->footer("Examples:\n"
               "  zmx jpeg encode photo.png photo.jpg --quality 90\n"
               "  zmx jpeg encode scan.pgm scan.jpg --optimize --restart 64\n"
-              "  zmx jpeg encode print.pam print.jpg --ycck --sampling 444\n"
+              "  zmx jpeg encode print.tif print.jpg --ycck --sampling 444\n"
+              "  zmx jpeg encode frame.raw frame.jpg --raw-size 640x480 --format bgr\n"
               "  zmx jpeg encode photo.png photo.jpg --progressive --sampling 2x2,2x1,1x2\n"
               "  zmx jpeg encode scan16.pgm scan16.jpg --lossless 4\n"
               "  zmx jpeg encode scan16.pgm scan12.jpg --precision 12");
@@ -205,23 +243,32 @@ void addEncode(CLI::App& app) {
 }
 
 void addDecode(CLI::App& app) {
-    auto* c = app.add_subcommand("decode", "Write a JPEG file as a PNG, PNM or PAM file");
+    auto* c = app.add_subcommand("decode", "Write a JPEG file as " + kPictureFile);
     const auto args = std::make_shared<DecodeArguments>();
     c->add_option("IN", args->in, "a JPEG file: sequential, progressive or lossless")->required();
-    c->add_option("OUT", args->out, "a .png, .pgm, .ppm, .pnm or .pam file; CMYK goes to .pam")->required();
+    c->add_option("OUT", args->out, "a " + kPictureEndings + " file; CMYK goes to .tif or .pam")->required();
     c->add_option("--scale", args->scale, "decode to this part of the size")
         ->capture_default_str()
         ->check(CLI::IsMember({"1", "1/2", "1/4", "1/8"}));
     c->add_option("--upsampling", args->upsampling, "of the chroma: plain repetition, or fancy: smoothly")
         ->capture_default_str()
         ->check(CLI::IsMember({"plain", "fancy"}));
+    auto* format =
+        c->add_option(
+             "--format", args->format,
+             "write OUT without a header, and print its size: rows without gaps of bytes (gray, rgb, bgr, cmyk), "
+             "or of 16-bit words, low byte first (the others, the first colour of the name in the low bits)")
+            ->check(CLI::IsMember(kRawFormats) | CLI::IsMember(kPackings));
     c->add_option("--show-scans", args->scans, "a directory for the picture as it is after each scan")
-        ->check(CLI::ExistingDirectory);
+        ->check(CLI::ExistingDirectory)
+        ->excludes(format);
     c->add_option("--max-pixels", args->options.maxPixels, "refuse larger pictures")->capture_default_str();
     c->add_flag("--strict", args->strict, "fail when a part of the file is damaged or missing");
     c->footer("Examples:\n"
               "  zmx jpeg decode photo.jpg photo.png\n"
-              "  zmx jpeg decode photo.jpg small.ppm --scale 1/4");
+              "  zmx jpeg decode photo.jpg small.ppm --scale 1/4\n"
+              "  zmx jpeg decode print.jpg print.tif\n"
+              "  zmx jpeg decode photo.jpg screen.raw --format bgr565");
     c->callback([args] { runDecode(*args); });
 }
 

@@ -22,16 +22,18 @@ public:
         firstScan(reader);
         const Frame frame = reader.header().frame;
         checkFrame(frame, options.maxPixels);
+        const bool packed = options.packing != Packing::none;
         picture.adobe = reader.header().adobe >= 0;
         if (frame.lossless()) {
             if (options.scale != 1) throw Error("a lossless file is decoded at its full size only");
+            if (packed) throw Error("a lossless file has no packed pixels");
             decodeLossless(reader, data, size, picture);
             tell();
             return;
         }
         const Model model = modelOf(reader.header());
         picture.shape(divUp(frame.width, options.scale), divUp(frame.height, options.scale),
-                      channelsOf(model), frame.precision);
+                      packed ? 1 : channelsOf(model), packed ? 16 : frame.precision);
         if (!frame.progressive() && reader.header().scan.components.size() == frame.components.size()) {
             straight(frame, model);
             tell();
@@ -52,14 +54,6 @@ private:
         if (options.afterScan) options.afterScan(picture);
     }
 
-    std::unique_ptr<Renderer> rendererOf(const Frame& frame, Model model, const std::vector<DequantTable>& tables) {
-        if (options.upsampling == Upsampling::plain)
-            return makeRenderer(frame, model, tables, options.scale, picture);
-        if (options.scale != 1 || frame.precision != 8)
-            throw Error("chroma is upsampled smoothly in 8-bit pictures of full size only");
-        return makeFancyRenderer(frame, model, tables, picture);
-    }
-
     // MCU by MCU to pixels. The components of the scan may stand in another order than those of the frame.
     void straight(const Frame& frame, Model model) {
         const Header& h = reader.header();
@@ -67,7 +61,7 @@ private:
             fail(h.scanOffset, "a progressive scan in a sequential file");
         std::vector<DequantTable> tables;
         for (const Component& c : frame.components) tables.push_back(dequantTableOf(quantTableOf(h, c)));
-        const auto renderer = rendererOf(frame, model, tables);
+        const auto renderer = makeRenderer(frame, model, tables, options, picture);
         alignas(32) Zmx16s coefficients[kMaxBlocks * kBlock];
         const Zmx16s* blocks[kMaxBlocks];
         for (int i = 0; i < kMaxBlocks; ++i) blocks[i] = coefficients + i * kBlock;
@@ -94,7 +88,7 @@ private:
     void renderAll(CoefficientFile& file) {
         std::vector<DequantTable> tables;
         for (const QuantTable& table : file.quant) tables.push_back(dequantTableOf(table));
-        const auto renderer = rendererOf(file.frame, file.model, tables);
+        const auto renderer = makeRenderer(file.frame, file.model, tables, options, picture);
         Zmx16s* blocks[kMaxBlocks];
         for (int y = 0; y < file.frame.mcuRows(); ++y)
             for (int x = 0; x < file.frame.mcuColumns(); ++x) {

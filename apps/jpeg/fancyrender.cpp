@@ -1,5 +1,6 @@
 // fancyrender.cpp - the renderer of smooth pictures: whole planes of samples, chroma of half the rate brought
 // to the full one by the triangle filter, and one colour conversion of planes for the picture.
+#include "jpeg/pixels.h"
 #include "jpeg/render.h"
 
 #include <cstring>
@@ -12,9 +13,11 @@ namespace {
 class Plane {
 public:
     int width, height; // of the samples that belong to the picture
+    int step;
 
     Plane(int w, int h, int s, int paddedRows)
         : width(w), height(h), step(s), samples((std::size_t(paddedRows) + 2) * std::size_t(s), Zmx8u(128)) {}
+    Plane(int w, int h) : Plane(w, h, w + 2, h) {}
     Zmx8u* row(int y) { return samples.data() + (std::ptrdiff_t(y) + 1) * step + 1; }
 
     // Repeats the outermost samples into the margin. What an MCU holds beyond the picture does not count.
@@ -28,18 +31,26 @@ public:
     }
 
 private:
-    int step;
     std::vector<Zmx8u> samples;
 };
 
+void transpose(Plane& from, Plane& to) {
+    for (int y = 0; y < to.height; ++y)
+        for (int x = 0; x < to.width; ++x) to.row(y)[x] = from.row(x)[y];
+}
+
+template <class Filter> void smooth(Filter filter, Plane& from, Plane& to) {
+    from.extend();
+    filter(from.row(0), from.step, {from.width, from.height}, to.row(0), to.step, {to.width, to.height});
+}
+
 class FancyRenderer final : public Renderer {
 public:
-    FancyRenderer(const Frame& f, Model model, const std::vector<DequantTable>& dequant, Picture& out)
-        : frame(f), tables(dequant), toPixels(conversionFrom(model)), picture(out),
-          rows(f.mcuRows() * 8 * f.vMax), step(f.mcuColumns() * 8 * f.hMax + 2) {
-        for (const Component& c : frame.components)
-            planes.emplace_back(divUp(frame.width * c.h, frame.hMax), divUp(frame.height * c.v, frame.vMax),
-                                step, frame.mcuRows() * 8 * c.v);
+    FancyRenderer(const Frame& f, const std::vector<DequantTable>& dequant, const Canvas& c)
+        : frame(f), tables(dequant), canvas(c), rows(f.mcuRows() * 8 * f.vMax), step(f.mcuColumns() * 8 * f.hMax + 2) {
+        for (const Component& part : frame.components)
+            planes.emplace_back(divUp(frame.width * part.h, frame.hMax), divUp(frame.height * part.v, frame.vMax), step,
+                                frame.mcuRows() * 8 * part.v);
     }
 
     void mcu(const Zmx16s* const* blocks, int column, int row) override {
@@ -64,21 +75,25 @@ public:
             else
                 source[i] = enlarge(planes[i], c, full.emplace_back(frame.width, frame.height, step, rows));
         }
-        toPixels(source, step, picture.pixels.data(), picture.width * picture.channels,
-                 {picture.width, picture.height});
+        canvas.put(source, step, 0, 0, {frame.width, frame.height});
     }
 
 private:
-    // Two to one is by the triangle filter, unless the plane is so narrow that it has no inner samples; every
+    // Two to one is by the triangle filter, unless the rows are so short that they have no inner samples; every
     // other ratio by repetition.
     const Zmx8u* enlarge(Plane& from, const Component& c, Plane& to) const {
+        const bool fullWidth = c.h == frame.hMax, fullHeight = c.v == frame.vMax, halfHeight = 2 * c.v == frame.vMax;
         const bool halfWidth = 2 * c.h == frame.hMax && from.width > 2;
-        const auto up = halfWidth && c.v == frame.vMax       ? zmxiSampleUpH2V1_JPEG_8u_C1R
-                        : halfWidth && 2 * c.v == frame.vMax ? zmxiSampleUpH2V2_JPEG_8u_C1R
-                                                             : nullptr;
-        if (up) {
-            from.extend();
-            up(from.row(0), step, {from.width, from.height}, to.row(0), step, {to.width, to.height});
+        if (halfWidth && fullHeight) {
+            smooth(zmxiSampleUpH2V1_JPEG_8u_C1R, from, to);
+        } else if (halfWidth && halfHeight) {
+            smooth(zmxiSampleUpH2V2_JPEG_8u_C1R, from, to);
+        } else if (fullWidth && halfHeight) {
+            // The filter of rows, on columns.
+            Plane lying(from.height, from.width), wide(to.height, to.width);
+            transpose(from, lying);
+            smooth(zmxiSampleUpH2V1_JPEG_8u_C1R, lying, wide);
+            transpose(wide, to);
         } else {
             for (int y = 0; y < to.height; ++y)
                 for (int x = 0; x < to.width; ++x)
@@ -89,17 +104,16 @@ private:
 
     const Frame frame;
     const std::vector<DequantTable> tables;
-    const PlanesToPixels toPixels;
-    Picture& picture;
+    const Canvas canvas;
     const int rows, step;
     std::vector<Plane> planes;
 };
 
 } // namespace
 
-std::unique_ptr<Renderer> makeFancyRenderer(const Frame& frame, Model model,
-                                            const std::vector<DequantTable>& tables, Picture& picture) {
-    return std::make_unique<FancyRenderer>(frame, model, tables, picture);
+std::unique_ptr<Renderer> makeFancyRenderer(const Frame& frame, const std::vector<DequantTable>& tables,
+                                            const Canvas& canvas) {
+    return std::make_unique<FancyRenderer>(frame, tables, canvas);
 }
 
 } // namespace jpeg

@@ -68,9 +68,13 @@ struct Picture {
 // (8-bit files at full size).
 enum class Upsampling { plain, fancy };
 
+// 16-bit words of red, green and blue, 5 or 6 bits each, the first of the name in the low bits; bit 15 of 555 is 0.
+enum class Packing { none, rgb565, bgr565, rgb555, bgr555 };
+
 struct DecodeOptions {
     int scale = 1;                                // 1, 2, 4 or 8: the picture is decoded at 1/scale
     Upsampling upsampling = Upsampling::plain;
+    Packing packing = Packing::none; // else the picture has 1 channel of packed words; not of CMYK, 12 bits, lossless
     std::size_t maxPixels = std::size_t(1) << 28; // of the picture in the file; more are refused
     std::function<void(const Picture&)> afterScan; // hears of the picture as it is behind each scan
 };

@@ -3,6 +3,7 @@
 // qualities: it makes a small plane of 8-bit samples for each component and converts these.
 #include "jpeg/render.h"
 
+#include "jpeg/pixels.h"
 #include "jpeg/units.h"
 
 #include <cstring>
@@ -83,45 +84,10 @@ InverseTransform inverseTo(int side) {
                        : inverseTo1x1;
 }
 
-template <int Channels>
-void interleave(const Zmx8u* const* planes, int planeStep, Zmx8u* pixels, int step, ZmxiSize size) {
-    for (int y = 0; y < size.height; ++y)
-        for (int x = 0; x < size.width; ++x)
-            for (int c = 0; c < Channels; ++c)
-                pixels[y * std::ptrdiff_t(step) + Channels * x + c] = planes[c][y * std::ptrdiff_t(planeStep) + x];
-}
-void fromYCbCr(const Zmx8u* const* planes, int planeStep, Zmx8u* pixels, int step, ZmxiSize size) {
-    zmxiYCbCrToRGB_JPEG_8u_P3C3R(planes, planeStep, pixels, step, size);
-}
-void fromYcck(const Zmx8u* const* planes, int planeStep, Zmx8u* pixels, int step, ZmxiSize size) {
-    zmxiYCCKToCMYK_JPEG_8u_P4C4R(planes, planeStep, pixels, step, size);
-}
-
-} // namespace
-
-PlanesToPixels conversionFrom(Model model) {
-    switch (model) {
-    case Model::Grey:
-        return interleave<1>;
-    case Model::YCbCr:
-        return fromYCbCr;
-    case Model::Rgb:
-        return interleave<3>;
-    case Model::Ycck:
-        return fromYcck;
-    default:
-        return interleave<4>;
-    }
-}
-
-namespace {
-
 class PlaneRenderer final : public Renderer {
 public:
-    PlaneRenderer(const Frame& frame, Model model, const std::vector<DequantTable>& tables, int scale,
-                  Picture& out)
-        : side(8 / scale), width(frame.hMax * side), height(frame.vMax * side),
-          toPixels(conversionFrom(model)), picture(out) {
+    PlaneRenderer(const Frame& frame, const std::vector<DequantTable>& tables, int scale, const Canvas& to)
+        : side(8 / scale), width(frame.hMax * side), height(frame.vMax * side), canvas(to) {
         for (std::size_t i = 0; i < frame.components.size(); ++i) {
             const Component& c = frame.components[i];
             Plane& p = planes[i];
@@ -153,15 +119,7 @@ public:
             if (p.stretched) stretch(p, samples[i]);
             source[i] = samples[i];
         }
-        const ZmxiSize visible{std::min(width, picture.width - column * width),
-                               std::min(height, picture.height - row * height)};
-        if (visible.width < 1 || visible.height < 1)
-            return; // an MCU of nothing but the rounding of the scale
-        const int step = picture.width * picture.channels;
-        toPixels(source, kStep,
-                 picture.pixels.data() + std::size_t(row * height) * std::size_t(step) +
-                     std::size_t(column * width * picture.channels),
-                 step, visible);
+        canvas.put(source, kStep, column * width, row * height, {width, height});
     }
 
 private:
@@ -182,8 +140,7 @@ private:
     }
 
     int side, width, height; // of a block, and of an MCU
-    PlanesToPixels toPixels;
-    Picture& picture;
+    const Canvas canvas;
     int count = 0;
     Plane planes[kMaxComponents];
     Zmx8u samples[kMaxComponents][kStep * kStep], small[kStep * kStep];
@@ -199,13 +156,19 @@ bool wantsRounding(Model model, const DequantTable& luma) {
 
 } // namespace
 
-std::unique_ptr<Renderer> makeRenderer(const Frame& frame, Model model,
-                                       const std::vector<DequantTable>& tables, int scale, Picture& picture) {
-    if (frame.precision != 8) return makeWideRenderer(frame, model, tables, scale, picture);
-    const Unit* unit =
-        scale == 1 && !wantsRounding(model, tables[0]) ? unitFor(model, frame.components) : nullptr;
-    if (unit) return std::make_unique<UnitRenderer>(*unit, frame, tables, picture);
-    return std::make_unique<PlaneRenderer>(frame, model, tables, scale, picture);
+std::unique_ptr<Renderer> makeRenderer(const Frame& frame, Model model, const std::vector<DequantTable>& tables,
+                                       const DecodeOptions& options, Picture& picture) {
+    const bool wide = frame.precision != 8, packed = options.packing != Packing::none;
+    if (packed && wide) throw Error("packed pixels are made of 8-bit files only");
+    if (options.upsampling == Upsampling::fancy && (wide || options.scale != 1))
+        throw Error("chroma is upsampled smoothly in 8-bit pictures of full size only");
+    if (wide) return makeWideRenderer(frame, model, tables, options.scale, picture);
+    const Canvas canvas(model, options.packing, picture);
+    if (options.upsampling == Upsampling::fancy) return makeFancyRenderer(frame, tables, canvas);
+    const bool whole = options.scale == 1 && !packed && !wantsRounding(model, tables[0]);
+    if (const Unit* unit = whole ? unitFor(model, frame.components) : nullptr)
+        return std::make_unique<UnitRenderer>(*unit, frame, tables, picture);
+    return std::make_unique<PlaneRenderer>(frame, tables, options.scale, canvas);
 }
 
 } // namespace jpeg

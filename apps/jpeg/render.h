@@ -19,18 +19,14 @@ public:
     virtual void finish() {}
 };
 
-// From planes of samples to the pixels of a picture.
-using PlanesToPixels = void (*)(const Zmx8u* const* planes, int planeStep, Zmx8u* pixels, int step,
-                                ZmxiSize size);
-PlanesToPixels conversionFrom(Model model);
-
-// Writes into `picture`, which has its size; `tables` is one for each component. `scale` is 1, 2, 4 or 8.
-std::unique_ptr<Renderer> makeRenderer(const Frame& frame, Model model,
-                                       const std::vector<DequantTable>& tables, int scale, Picture& picture);
-// The same at full size, for 8-bit files, with chroma upsampled smoothly.
-std::unique_ptr<Renderer> makeFancyRenderer(const Frame& frame, Model model, const std::vector<DequantTable>& tables,
-                                            Picture& picture);
-// The same for 12-bit files; makeRenderer comes to it.
+// Writes into `picture`, which has its shape; `tables` is one for each component.
+std::unique_ptr<Renderer> makeRenderer(const Frame& frame, Model model, const std::vector<DequantTable>& tables,
+                                       const DecodeOptions& options, Picture& picture);
+// Those that makeRenderer comes to: for chroma that is upsampled smoothly in 8-bit files at full size, and for
+// 12-bit files.
+class Canvas;
+std::unique_ptr<Renderer> makeFancyRenderer(const Frame& frame, const std::vector<DequantTable>& tables,
+                                            const Canvas& canvas);
 std::unique_ptr<Renderer> makeWideRenderer(const Frame& frame, Model model,
                                            const std::vector<DequantTable>& tables, int scale,
                                            Picture& picture);

@@ -169,7 +169,7 @@ void addEncode(CLI::App& app) {
     auto* c = app.add_subcommand("encode", "Write a picture as a JPEG2000 file");
     const auto args = std::make_shared<EncodeArguments>();
     jpeg2000::EncodeOptions& o = args->options;
-    c->add_option("IN", args->in, "a PNG, PNM or PAM file")->required();
+    c->add_option("IN", args->in, kPictureFile)->required();
     c->add_option("OUT", args->out, "the file; .jp2 has boxes around the codestream, others are the codestream alone")->required();
     c->add_flag("--lossy", args->lossy, "9/7 wavelet and ICT; otherwise 5/3 and RCT, lossless unless layers are cut");
     auto* rate = c->add_option("--rate", o.rates, "bits a pixel, one number for each layer, rising; 0: everything")->delimiter(',');
@@ -211,10 +211,10 @@ void addEncode(CLI::App& app) {
 }
 
 void addDecode(CLI::App& app) {
-    auto* c = app.add_subcommand("decode", "Write a JPEG2000 file as a PNG, PNM or PAM file");
+    auto* c = app.add_subcommand("decode", "Write a JPEG2000 file as " + kPictureFile);
     const auto args = std::make_shared<DecodeArguments>();
     c->add_option("IN", args->in, "a JP2 file or a codestream of Part 1")->required();
-    c->add_option("OUT", args->out, "a .png, .pgm, .ppm, .pnm or .pam file")->required();
+    c->add_option("OUT", args->out, "a " + kPictureEndings + " file")->required();
     c->add_option("--reduce", args->options.reduce, "halve the size so many times")->capture_default_str()->check(CLI::Range(0, 32));
     c->add_option("--layers", args->options.layers, "decode so many layers; 0: all")->capture_default_str()->check(CLI::Range(0, 65535));
     c->add_option("--max-pixels", args->options.maxPixels, "refuse files of more samples")->capture_default_str();

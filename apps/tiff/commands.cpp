@@ -21,7 +21,7 @@ struct DecodeArguments {
 void addEncode(CLI::App& app) {
     auto* c = app.add_subcommand("encode", "Write a picture as a TIFF file of PackBits strips");
     const auto args = std::make_shared<EncodeArguments>();
-    c->add_option("IN", args->in, "a PNG, PNM or PAM file; bitmaps keep their single bit")->required();
+    c->add_option("IN", args->in, kPictureFile + "; bitmaps keep their single bit")->required();
     c->add_option("OUT", args->out, "the TIFF file")->required();
     c->add_option("--rows-per-strip", args->options.rowsPerStrip, "rows of a strip; left out: about 8 KiB")
         ->check(CLI::Range(1, std::numeric_limits<int>::max()));
@@ -35,10 +35,10 @@ void addEncode(CLI::App& app) {
 }
 
 void addDecode(CLI::App& app) {
-    auto* c = app.add_subcommand("decode", "Write a TIFF file of PackBits strips as a PNG, PNM or PAM file");
+    auto* c = app.add_subcommand("decode", "Write a TIFF file of PackBits strips as " + kPictureFile);
     const auto args = std::make_shared<DecodeArguments>();
     c->add_option("IN", args->in, "a TIFF file: grey or RGB, with or without alpha, 1, 8 or 16 bits")->required();
-    c->add_option("OUT", args->out, "a .png, .pgm, .ppm, .pnm or .pam file")->required();
+    c->add_option("OUT", args->out, "a " + kPictureEndings + " file")->required();
     c->add_option("--max-pixels", args->maxPixels, "refuse larger pictures")->capture_default_str();
     c->footer("Example:\n  zmx tiff decode page.tif page.png");
     c->callback([args] { writeImage(args->out, tif::read(args->in, args->maxPixels)); });

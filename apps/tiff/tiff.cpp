@@ -1,71 +1,23 @@
 // tiff.cpp - the container: tags and raw strips.
 #include "tiff/tiff.h"
 
+#include "image/tifffile.h"
 #include "tiff/rows.h"
 
 #include <algorithm>
 #include <climits>
-#include <cstdarg>
-#include <cstdio>
-#include <memory>
-#include <tiffio.h>
 
 namespace tif {
 namespace {
 
-// An open file. libtiff's own messages are kept, and go into the exception.
-class File {
-    std::string path, told;
-    std::unique_ptr<TIFF, void (*)(TIFF*)> handle{nullptr, TIFFClose};
-
-    static int keep(TIFF*, void* file, const char*, const char* format, va_list values) {
-        std::string& text = static_cast<File*>(file)->told;
-        char line[300];
-        std::vsnprintf(line, sizeof line, format, values);
-        if (text.empty()) text = line; // the first is the cause
-        return 1;
-    }
-    static int drop(TIFF*, void*, const char*, const char*, va_list) { return 1; }
-
-public:
-    File(const std::string& name, const char* mode) : path(name) {
-        const std::unique_ptr<TIFFOpenOptions, void (*)(TIFFOpenOptions*)> options(TIFFOpenOptionsAlloc(), TIFFOpenOptionsFree);
-        TIFFOpenOptionsSetErrorHandlerExtR(options.get(), keep, this);
-        TIFFOpenOptionsSetWarningHandlerExtR(options.get(), drop, this);
-        handle.reset(TIFFOpenExt(path.c_str(), mode, options.get()));
-        if (!handle) fail("not readable as a TIFF file");
-    }
-    File(const File&) = delete;
-    TIFF* get() const { return handle.get(); }
-
-    [[noreturn]] void fail(const std::string& what) const {
-        std::string why = told;
-        std::replace(why.begin(), why.end(), '\n', ' ');
-        throw Error(path + ": TIFF: " + what + (why.empty() ? "" : " (" + why + ")"));
-    }
-
-    // A tag of one number, or its default.
-    template <class T> T tag(std::uint32_t which, T otherwise) const {
-        T value{};
-        return TIFFGetFieldDefaulted(handle.get(), which, &value) ? value : otherwise;
-    }
-    void set(std::uint32_t which, unsigned value) const {
-        if (!TIFFSetField(handle.get(), which, value)) fail("the tag " + std::to_string(which) + " cannot be written");
-    }
-    std::uint64_t size() const { return std::uint64_t(TIFFGetSizeProc(handle.get())(TIFFClientdata(handle.get()))); }
-};
-
 // The samples of a picture in the next depth that a file has: 1, 8 or 16 bits.
 Image inFileDepth(Image image) {
-    const int from = image.maxval, to = from == 1 && image.channels == 1 ? 1 : from <= 255 ? 255 : 65535;
-    if (from != to)
-        for (std::uint16_t& v : image.samples) v = std::uint16_t((unsigned(v) * unsigned(to) + unsigned(from) / 2) / unsigned(from));
-    image.maxval = to;
-    return image;
+    const int maxval = image.maxval == 1 && image.channels == 1 ? 1 : image.maxval <= 255 ? 255 : 65535;
+    return scaled(std::move(image), maxval);
 }
 int bitsOf(int maxval) { return maxval == 1 ? 1 : maxval == 255 ? 8 : 16; }
 
-void writeTags(const File& file, const Image& image, const RowLayout& layout, int rowsPerStrip) {
+void writeTags(const TiffFile& file, const Image& image, const RowLayout& layout, int rowsPerStrip) {
     file.set(TIFFTAG_IMAGEWIDTH, unsigned(image.width));
     file.set(TIFFTAG_IMAGELENGTH, unsigned(image.height));
     file.set(TIFFTAG_BITSPERSAMPLE, unsigned(layout.bits));
@@ -74,10 +26,7 @@ void writeTags(const File& file, const Image& image, const RowLayout& layout, in
     file.set(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
     file.set(TIFFTAG_ROWSPERSTRIP, unsigned(rowsPerStrip));
     file.set(TIFFTAG_COMPRESSION, unsigned(layout.split ? kSplitPackBits : kPackBits));
-    if (image.channels % 2 == 0) {
-        const std::uint16_t alpha = EXTRASAMPLE_UNASSALPHA;
-        TIFFSetField(file.get(), TIFFTAG_EXTRASAMPLES, 1, &alpha);
-    }
+    if (image.channels % 2 == 0) file.setAlpha();
 }
 
 // What the tags of a file say.
@@ -87,45 +36,32 @@ struct Header {
     int rowsPerStrip;
 };
 
-Header readTags(const File& file, std::size_t maxPixels) {
-    const auto refuse = [&](const std::string& tag, unsigned value) { file.fail(tag + " " + std::to_string(value) + " is not supported"); };
-    const auto width = file.tag<std::uint32_t>(TIFFTAG_IMAGEWIDTH, 0), height = file.tag<std::uint32_t>(TIFFTAG_IMAGELENGTH, 0);
-    const std::string size = "a picture of " + std::to_string(width) + " by " + std::to_string(height);
-    if (width < 1 || height < 1) file.fail(size);
-    if (std::uint64_t(width) * height > maxPixels) file.fail(size + ": more pixels than the limit allows");
+Header readTags(const TiffFile& file, std::size_t maxPixels) {
     if (TIFFIsTiled(file.get())) file.fail("tiles are not supported");
-    const unsigned compression = file.tag<std::uint16_t>(TIFFTAG_COMPRESSION, 1), bits = file.tag<std::uint16_t>(TIFFTAG_BITSPERSAMPLE, 1),
-                   channels = file.tag<std::uint16_t>(TIFFTAG_SAMPLESPERPIXEL, 1), photometric = file.tag<std::uint16_t>(TIFFTAG_PHOTOMETRIC, 0xFFFF),
-                   format = file.tag<std::uint16_t>(TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT),
-                   planes = file.tag<std::uint16_t>(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG),
-                   orientation = file.tag<std::uint16_t>(TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
+    const unsigned compression = file.tag<std::uint16_t>(TIFFTAG_COMPRESSION, 1);
     const bool split = compression == kSplitPackBits;
-    if (compression != kPackBits && !split) refuse("Compression", compression);
-    if (bits != 8 && bits != 16 && !(bits == 1 && channels == 1)) refuse("BitsPerSample", bits);
-    if (split && bits != 16) file.fail("split rows of samples that have not 16 bits");
-    if (format != SAMPLEFORMAT_UINT) refuse("SampleFormat", format);
-    if (planes != PLANARCONFIG_CONTIG && channels > 1) refuse("PlanarConfiguration", planes);
-    if (orientation != ORIENTATION_TOPLEFT) refuse("Orientation", orientation);
-    const bool grey = photometric == PHOTOMETRIC_MINISBLACK || photometric == PHOTOMETRIC_MINISWHITE;
-    if (!grey && photometric != PHOTOMETRIC_RGB) refuse("PhotometricInterpretation", photometric);
-    const unsigned colours = grey ? 1 : 3;
-    if (channels < colours || channels > colours + 1) refuse("SamplesPerPixel", channels);
-    const bool inverted = photometric == PHOTOMETRIC_MINISWHITE;
-    if (inverted && channels == 2) file.fail("alpha beside a scale from white to black is not supported");
-    const auto rows = file.tag<std::uint32_t>(TIFFTAG_ROWSPERSTRIP, height);
-    if (rows < 1) refuse("RowsPerStrip", rows);
+    if (compression != kPackBits && !split) file.refuse("Compression", compression);
+    const unsigned photometric = file.tag<std::uint16_t>(TIFFTAG_PHOTOMETRIC, 0xFFFF);
+    if (photometric == PHOTOMETRIC_SEPARATED) file.refuse("PhotometricInterpretation", photometric);
+    const TiffPicture picture = pictureOf(file, maxPixels);
+    const Image& image = picture.image;
+    if (picture.planar) file.refuse("PlanarConfiguration", PLANARCONFIG_SEPARATE);
+    if (split && picture.bits != 16) file.fail("split rows of samples that have not 16 bits");
+    const auto rows = file.tag<std::uint32_t>(TIFFTAG_ROWSPERSTRIP, unsigned(image.height));
+    if (rows < 1) file.refuse("RowsPerStrip", rows);
 
-    Header h{{int(width), int(height), int(channels), bits == 1 ? 1 : bits == 8 ? 255 : 65535, {}}, {}, int(std::min(rows, height))};
-    if (std::uint64_t(width) * channels * bits / 8 > INT_MAX - 1) file.fail(size + ": the rows are too long");
-    h.layout = {int(width * channels), int(bits), split, TIFFIsByteSwapped(file.get()) != 0, inverted};
+    const std::string size = sizeText(image.width, image.height);
+    if (std::uint64_t(image.rowSamples()) * unsigned(picture.bits) / 8 > INT_MAX - 1) file.fail(size + ": the rows are too long");
+    Header h{image, {}, int(std::min(rows, unsigned(image.height)))};
+    h.layout = {int(image.rowSamples()), picture.bits, split, TIFFIsByteSwapped(file.get()) != 0, picture.inverted};
     // Two bytes of PackBits make 128 at the most.
-    if (std::uint64_t(h.layout.bytes()) * height / 64 > file.size())
+    if (std::uint64_t(h.layout.bytes()) * unsigned(image.height) / 64 > file.size())
         file.fail(size + " cannot be in a file of " + std::to_string(file.size()) + " bytes");
     return h;
 }
 
 // A strip as it stands in the file, and one byte more, which an unpacker may look at.
-Bytes readStrip(const File& file, std::uint32_t strip) {
+Bytes readStrip(const TiffFile& file, std::uint32_t strip) {
     const auto where = "strip " + std::to_string(strip) + ": ";
     const std::uint64_t bytes = TIFFGetStrileByteCount(file.get(), strip);
     if (bytes < 1) file.fail(where + "it has no bytes");
@@ -149,7 +85,7 @@ void write(const std::string& path, const Image& picture, const EncodeOptions& o
     const int advised = std::max(1, int(8192 / layout.bytes()));
     const int rowsPerStrip = std::min(image.height, options.rowsPerStrip > 0 ? options.rowsPerStrip : advised);
 
-    const File file(path, "w");
+    const TiffFile file(path, "w");
     writeTags(file, image, layout, rowsPerStrip);
     for (int y = 0; y < image.height;) {
         const int strip = y / rowsPerStrip, end = std::min(image.height, y + rowsPerStrip);
@@ -161,11 +97,11 @@ void write(const std::string& path, const Image& picture, const EncodeOptions& o
         if (TIFFWriteRawStrip(file.get(), std::uint32_t(strip), data.data(), tmsize_t(data.size())) != tmsize_t(data.size()))
             file.fail("strip " + std::to_string(strip) + ": it cannot be written");
     }
-    if (!TIFFFlush(file.get())) file.fail("the directory cannot be written");
+    file.finish();
 }
 
 Image read(const std::string& path, std::size_t maxPixels) {
-    const File file(path, "rm");
+    const TiffFile file(path, "rm");
     Header h = readTags(file, maxPixels);
     Image& image = h.image;
     image.samples.resize(image.rowSamples() * std::size_t(image.height));

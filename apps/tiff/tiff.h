@@ -10,7 +10,6 @@
 #include "image/image.h"
 
 #include <cstddef>
-#include <stdexcept>
 #include <string>
 
 // Not tiff: that is libtiff's name for a file.
@@ -20,10 +19,8 @@ namespace tif {
 inline constexpr int kPackBits = 32773;
 inline constexpr int kSplitPackBits = 64816; // in the range that TIFF 6.0 leaves to private schemes
 
-// A file that cannot be read or written; what() names it and says what is wrong, and where, in one line.
-struct Error : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
+// A file that cannot be read or written; what() says where as well.
+using Error = ImageError;
 
 struct EncodeOptions {
     int rowsPerStrip = 0; // 0: strips of about 8 KiB, as TIFF 6.0 advises

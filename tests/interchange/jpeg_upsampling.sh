@@ -23,7 +23,7 @@ awk 'BEGIN {
     }
 }' >big.pnm
 "$zmx" image convert big.pnm big.ppm || exit 1
-for size in 1x1 4x9 5x5 6x6 17x33 208x144; do
+for size in 1x1 1x2 2x3 3x4 4x9 5x5 6x6 7x1 17x33 208x144; do
     "$zmx" image convert big.ppm $size.ppm --crop 2,3,${size%x*},${size#*x} || exit 1
 done
 
@@ -35,8 +35,8 @@ largest() {
         "$zmx" jpeg decode a.jpg ours.ppm --upsampling fancy --strict || return
     "$zmx" image compare theirs.ppm ours.ppm | awk '$1 == "max" { print $2 }'
 }
-for name in big 1x1 4x9 5x5 6x6 17x33 208x144; do
-    for sampling in 1x1 2x1 2x2; do
+for name in big 1x1 1x2 2x3 3x4 4x9 5x5 6x6 7x1 17x33 208x144; do
+    for sampling in 1x1 2x1 1x2 2x2; do
         for options in "-quality 30" "-quality 75" "-quality 95" "-quality 75 -progressive" "-quality 90 -restart 1"; do
             checks=$((checks + 1))
             # shellcheck disable=SC2086

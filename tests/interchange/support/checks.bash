@@ -7,6 +7,12 @@ cd "$dir" || exit 1
 checks=0 failures=0
 
 need() { for program in "$@"; do command -v "$program" >/dev/null || { echo "no $program"; exit 77; }; done; }
+# need_pillow: sets `python` to one that has numpy and Pillow; Debian's may stand behind another one
+need_pillow() {
+    for python in python3 /usr/bin/python3; do "$python" -c 'import numpy, PIL' 2>/dev/null && return; done
+    echo "no python3 with numpy and Pillow"
+    exit 77
+}
 bad() { echo "FAILED: $*"; failures=$((failures + 1)); }
 check() { checks=$((checks + 1)); "$@" >out 2>err || bad "$*: exit $?, $(cat out err)"; }
 # finish N: at least N checks ran, and all passed
