@@ -76,8 +76,7 @@ void StateReader::begin(std::size_t from) {
     if (length == 0) loseAtEnd();
 }
 
-bool StateReader::check(ZmxStatus status) {
-    if (status == zmxStsNoErr) return true;
+bool StateReader::lose(ZmxStatus status) {
     if (status == zmxStsOutOfBufErr)
         loseAtEnd();
     else

@@ -57,19 +57,22 @@ private:
 // Intervals that the library's bit reader reads.
 class StateReader : public Intervals {
 protected:
+    using Intervals::lose;
     StateReader(const Header& header, const std::uint8_t* data, std::size_t size);
     void begin(std::size_t from) final;
     std::size_t position() const final { return std::size_t(source - data) + std::size_t(at); }
     // What else begins anew with an interval.
     virtual void reset() {}
     // False when `status` says that the interval is lost.
-    bool check(ZmxStatus status);
+    bool check(ZmxStatus status) { return status == zmxStsNoErr || lose(status); }
 
     const Zmx8u* source = nullptr;
     int length = 0, at = 0, marker = 0;
     ZmxiDecodeHuffmanState* state() const { return bits.get(); }
 
 private:
+    bool lose(ZmxStatus status);
+
     struct FreeState {
         void operator()(ZmxiDecodeHuffmanState* s) const { zmxiDecodeHuffmanStateFree_JPEG_8u(s); }
     };
