@@ -65,8 +65,7 @@ struct Coded {
     explicit Coded(int filled) : blocks(pictureBlocks(64, filled)) {
         Zmx32u dc[257] = {}, ac[257] = {};
         Zmx16s lastDC = 0;
-        for (const Block& b : blocks)
-            check(zmxiGetHuffmanStatistics8x8_JPEG_16s_C1(b.data(), dc, ac, &lastDC));
+        for (const Block& b : blocks) check(zmxiGetHuffmanStatistics8x8_JPEG_16s_C1(b.data(), dc, ac, &lastDC));
         dcLists = tables(dc, &encDC, &decDC);
         acLists = tables(ac, &encAC, &decAC);
         check(zmxiEncodeHuffmanStateInitAlloc_JPEG_8u(&writer));
@@ -75,10 +74,10 @@ struct Coded {
         int pos = 0;
         lastDC = 0;
         for (const Block& b : blocks)
-            check(zmxiEncodeHuffman8x8_JPEG_16s1u_C1(b.data(), stream.data(), int(stream.size()), &pos,
-                                                     &lastDC, encDC, encAC, writer, 0));
-        check(zmxiEncodeHuffman8x8_JPEG_16s1u_C1(nullptr, stream.data(), int(stream.size()), &pos, nullptr,
-                                                 nullptr, nullptr, writer, 1));
+            check(zmxiEncodeHuffman8x8_JPEG_16s1u_C1(b.data(), stream.data(), int(stream.size()), &pos, &lastDC, encDC,
+                                                     encAC, writer, 0));
+        check(zmxiEncodeHuffman8x8_JPEG_16s1u_C1(nullptr, stream.data(), int(stream.size()), &pos, nullptr, nullptr,
+                                                 nullptr, writer, 1));
         stream.resize(std::size_t(pos));
         stream.insert(stream.end(), {0xFF, 0xD9});
     }
@@ -100,8 +99,7 @@ struct Coded {
     static void check(ZmxStatus status) {
         if (status) std::abort();
     }
-    static HuffmanLists tables(const Zmx32u* counts, ZmxiEncodeHuffmanSpec** enc,
-                               ZmxiDecodeHuffmanSpec** dec) {
+    static HuffmanLists tables(const Zmx32u* counts, ZmxiEncodeHuffmanSpec** enc, ZmxiDecodeHuffmanSpec** dec) {
         Zmx32s statistics[257];
         for (int i = 0; i < 257; ++i) statistics[i] = Zmx32s(counts[i]);
         HuffmanLists lists{};

@@ -103,8 +103,7 @@ void transform(Plane& p, int width, int height, Lifting lifting) {
         for (int i = 0; i < n; ++i) {
             for (int j = 0; j < length; ++j) line[std::size_t(j)] = sample(i, j);
             lifting(line);
-            for (int j = 0; j < length; ++j)
-                sample(i, j / 2 + j % 2 * ((length + 1) / 2)) = line[std::size_t(j)];
+            for (int j = 0; j < length; ++j) sample(i, j / 2 + j % 2 * ((length + 1) / 2)) = line[std::size_t(j)];
         }
     };
     lines(height, width, [&p](int y, int x) -> double& { return p.at(x, y); });
@@ -179,8 +178,8 @@ public:
     Encoder& operator=(const Encoder&) = delete;
 
     void load(const Block& block, Zmx32u style) {
-        zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(block.samples.data(), kSide * 4, kSize, state, block.subband,
-                                               31, ZMX_MQ_TERM_FLUSH, 0, style, &planes, &passes, &segments);
+        zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(block.samples.data(), kSide * 4, kSize, state, block.subband, 31,
+                                               ZMX_MQ_TERM_FLUSH, 0, style, &planes, &passes, &segments);
     }
     int decisions() const { return state->pCoder->decisionCount; }
     int store() {
@@ -213,9 +212,9 @@ public:
         buffer.resize(std::size_t(size) / sizeof(Zmx32u) + 1);
     }
     const std::vector<Zmx32s>& decode(const CodedBytes& c, Zmx32u style) {
-        zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(
-            c.bytes.data(), samples.data(), kSide * 4, kSize, c.subband, c.planes, c.passes, c.lengths.data(),
-            int(c.lengths.size()), style, nullptr, reinterpret_cast<ZmxiDecodeCBProgrState*>(buffer.data()));
+        zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(c.bytes.data(), samples.data(), kSide * 4, kSize, c.subband, c.planes,
+                                             c.passes, c.lengths.data(), int(c.lengths.size()), style, nullptr,
+                                             reinterpret_cast<ZmxiDecodeCBProgrState*>(buffer.data()));
         return samples;
     }
 };
@@ -247,14 +246,10 @@ void run(benchmark::State& state, Work work, const Kind& kind, Zmx32u style) {
         encoder.load(block, style);
         const int length = encoder.store();
         // One byte more than the block has: a block without bytes still needs an address.
-        coded.push_back({block.subband,
-                         encoder.planes,
-                         encoder.passes,
-                         {encoder.data(), encoder.data() + length + 1},
-                         {}});
+        coded.push_back(
+            {block.subband, encoder.planes, encoder.passes, {encoder.data(), encoder.data() + length + 1}, {}});
         for (int i = 0; i < encoder.segments; ++i) coded.back().lengths.push_back(encoder.segmentLength(i));
-        if (decoder.decode(coded.back(), style) != block.samples)
-            return state.SkipWithError("decoded samples differ");
+        if (decoder.decode(coded.back(), style) != block.samples) return state.SkipWithError("decoded samples differ");
         bytes += length;
         decisions += encoder.decisions();
     }
@@ -273,8 +268,7 @@ void run(benchmark::State& state, Work work, const Kind& kind, Zmx32u style) {
         state.SetIterationTime(seconds);
     }
     const double coefficients = double(blocks.size()) * kCoefficients;
-    state.SetItemsProcessed(state.iterations() *
-                            std::int64_t(work == Work::Store ? decisions : coefficients));
+    state.SetItemsProcessed(state.iterations() * std::int64_t(work == Work::Store ? decisions : coefficients));
     state.counters["bits/coef"] = 8 * bytes / coefficients;
     state.counters["decisions/coef"] = decisions / coefficients;
 }
@@ -287,8 +281,7 @@ constexpr Kind kKinds[] = {
 
 const bool registered = [] {
     const auto add = [](const std::string& name, Work work, const Kind& kind, Zmx32u style) {
-        benchmark::RegisterBenchmark(name.c_str(),
-                                     [=, &kind](benchmark::State& s) { run(s, work, kind, style); })
+        benchmark::RegisterBenchmark(name.c_str(), [=, &kind](benchmark::State& s) { run(s, work, kind, style); })
             ->UseManualTime()
             ->Unit(benchmark::kMillisecond);
     };

@@ -41,8 +41,7 @@ template <class Run> void each(benchmark::State& state, Run run) {
     const Team team(int(state.range(2)));
     const Zmx8u* const src[4] = {p.plane[0][0].data(), p.plane[0][1].data(), p.plane[0][2].data(),
                                  p.plane[0][3].data()};
-    Zmx8u* const dst[4] = {p.plane[1][0].data(), p.plane[1][1].data(), p.plane[1][2].data(),
-                           p.plane[1][3].data()};
+    Zmx8u* const dst[4] = {p.plane[1][0].data(), p.plane[1][1].data(), p.plane[1][2].data(), p.plane[1][3].data()};
     for (auto _ : state) {
         run(src, dst, p.pixels.data(), p.size);
         benchmark::ClobberMemory();
@@ -139,8 +138,7 @@ void turbojpegFromYCbCr(benchmark::State& s) {
     each(s, [=](auto src, auto, Zmx8u* pixels, ZmxiSize n) {
         const unsigned char* planes[3] = {src[0], src[1], src[2]};
         const int strides[3] = {n.width, n.width, n.width};
-        tjDecodeYUVPlanes(handle, planes, strides, TJSAMP_444, pixels, n.width, 3 * n.width, n.height,
-                          TJPF_RGB, 0);
+        tjDecodeYUVPlanes(handle, planes, strides, TJSAMP_444, pixels, n.width, 3 * n.width, n.height, TJPF_RGB, 0);
     });
     tjDestroy(handle);
 }
@@ -149,8 +147,7 @@ void turbojpegToYCbCr(benchmark::State& s) {
     each(s, [=](auto, auto dst, Zmx8u* pixels, ZmxiSize n) {
         unsigned char* planes[3] = {dst[0], dst[1], dst[2]};
         int strides[3] = {n.width, n.width, n.width};
-        tjEncodeYUVPlanes(handle, pixels, n.width, 3 * n.width, n.height, TJPF_RGB, planes, strides,
-                          TJSAMP_444, 0);
+        tjEncodeYUVPlanes(handle, pixels, n.width, 3 * n.width, n.height, TJPF_RGB, planes, strides, TJSAMP_444, 0);
     });
     tjDestroy(handle);
 }

@@ -24,15 +24,13 @@ template <class T> struct Planes {
 };
 void count(benchmark::State& state) { state.SetItemsProcessed(state.iterations() * 3 * kSide * kSide); }
 
-template <class T>
-void pack(benchmark::State& state, ZmxStatus (*fn)(const T*, int, T* const[3], int, ZmxiSize)) {
+template <class T> void pack(benchmark::State& state, ZmxStatus (*fn)(const T*, int, T* const[3], int, ZmxiSize)) {
     const auto pixels = picture<T>();
     const Planes<T> out;
     for (auto _ : state) fn(pixels.data(), 3 * out.step, out.planes, out.step, kRoi);
     count(state);
 }
-template <class T>
-void unpack(benchmark::State& state, ZmxStatus (*fn)(const T* const[3], int, T*, int, ZmxiSize)) {
+template <class T> void unpack(benchmark::State& state, ZmxStatus (*fn)(const T* const[3], int, T*, int, ZmxiSize)) {
     const Planes<T> in;
     auto pixels = picture<T>();
     for (auto _ : state) fn(in.constPlanes, in.step, pixels.data(), 3 * in.step, kRoi);

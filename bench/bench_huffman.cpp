@@ -19,8 +19,8 @@ void encode(benchmark::State& state) {
         Zmx16s lastDC = 0;
         zmxiEncodeHuffmanStateInit_JPEG_8u(coded.writer);
         for (const Block& b : coded.blocks)
-            zmxiEncodeHuffman8x8_JPEG_16s1u_C1(b.data(), out.data(), int(out.size()), &pos, &lastDC,
-                                               coded.encDC, coded.encAC, coded.writer, 0);
+            zmxiEncodeHuffman8x8_JPEG_16s1u_C1(b.data(), out.data(), int(out.size()), &pos, &lastDC, coded.encDC,
+                                               coded.encAC, coded.writer, 0);
         benchmark::DoNotOptimize(out.data());
     }
     coded.report(state);
@@ -33,8 +33,7 @@ void encodeDirect(benchmark::State& state) {
         int bits = 0;
         Zmx16s lastDC = 0;
         for (const Block& b : coded.blocks)
-            zmxiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(b.data(), out.data(), &bits, &lastDC, coded.encDC,
-                                                      coded.encAC);
+            zmxiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(b.data(), out.data(), &bits, &lastDC, coded.encDC, coded.encAC);
         benchmark::DoNotOptimize(out.data());
     }
     coded.report(state);
@@ -45,8 +44,7 @@ void statistics(benchmark::State& state) {
     Zmx32u dc[257] = {}, ac[257] = {};
     for (auto _ : state) {
         Zmx16s lastDC = 0;
-        for (const Block& b : coded.blocks)
-            zmxiGetHuffmanStatistics8x8_JPEG_16s_C1(b.data(), dc, ac, &lastDC);
+        for (const Block& b : coded.blocks) zmxiGetHuffmanStatistics8x8_JPEG_16s_C1(b.data(), dc, ac, &lastDC);
         benchmark::DoNotOptimize(ac);
     }
     coded.report(state);
@@ -60,8 +58,8 @@ void decode(benchmark::State& state) {
         Zmx16s lastDC = 0;
         zmxiDecodeHuffmanStateInit_JPEG_8u(coded.reader);
         for (std::size_t i = 0; i < coded.blocks.size(); ++i)
-            zmxiDecodeHuffman8x8_JPEG_1u16s_C1(coded.stream.data(), int(coded.stream.size()), &pos, b.data(),
-                                               &lastDC, &marker, coded.decDC, coded.decAC, coded.reader);
+            zmxiDecodeHuffman8x8_JPEG_1u16s_C1(coded.stream.data(), int(coded.stream.size()), &pos, b.data(), &lastDC,
+                                               &marker, coded.decDC, coded.decAC, coded.reader);
         benchmark::DoNotOptimize(b.data());
     }
     coded.report(state);

@@ -40,8 +40,7 @@ class LibjpegFile {
             jpeg_set_defaults(&out);
             jpeg_start_compress(&out, TRUE);
             std::vector<JSAMPLE> row(std::size_t(width), 128);
-            for (JSAMPROW p = row.data(); out.next_scanline < out.image_height;)
-                jpeg_write_scanlines(&out, &p, 1);
+            for (JSAMPROW p = row.data(); out.next_scanline < out.image_height;) jpeg_write_scanlines(&out, &p, 1);
         });
     }
     static jvirt_barray_ptr* readInto(jpeg_decompress_struct& d, const std::vector<unsigned char>& bytes) {
@@ -63,8 +62,8 @@ public:
         jpeg_create_decompress(&vessel);
         coefficients = readInto(vessel, file);
         for (int y = 0; y < side; ++y) {
-            JBLOCKARRAY line = vessel.mem->access_virt_barray(reinterpret_cast<j_common_ptr>(&vessel),
-                                                              coefficients[0], JDIMENSION(y), 1, TRUE);
+            JBLOCKARRAY line = vessel.mem->access_virt_barray(reinterpret_cast<j_common_ptr>(&vessel), coefficients[0],
+                                                              JDIMENSION(y), 1, TRUE);
             for (int x = 0; x < side; ++x)
                 std::memcpy(line[0][x], coded.blocks[std::size_t(y * side + x)].data(), sizeof(Block));
         }

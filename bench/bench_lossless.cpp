@@ -27,8 +27,7 @@ struct Rows {
 void differences(benchmark::State& state) {
     Rows r;
     for (auto _ : state) {
-        zmxiDiffPredRow_JPEG_16s_C1(r.row.data(), r.above.data(), r.result.data(), kWidth,
-                                    int(state.range(0)));
+        zmxiDiffPredRow_JPEG_16s_C1(r.row.data(), r.above.data(), r.result.data(), kWidth, int(state.range(0)));
         benchmark::DoNotOptimize(r.result.data());
     }
     Rows::report(state, 1);
@@ -73,18 +72,18 @@ struct CodedRows : Rows {
         const Zmx16s* const planes[4] = {differences.data(), differences.data(), differences.data(), nullptr};
         const ZmxiEncodeHuffmanSpec* const tables[4] = {enc, enc, enc, nullptr};
         size = 0;
-        Coded::check(zmxiEncodeHuffmanRow_JPEG_16s1u_P4C1(planes, kWidth, kPlanes, stream.data(),
-                                                          int(stream.size()), &size, tables, writer, 0));
-        Coded::check(zmxiEncodeHuffmanRow_JPEG_16s1u_P4C1(nullptr, 0, 0, stream.data(), int(stream.size()),
-                                                          &size, nullptr, writer, 1));
+        Coded::check(zmxiEncodeHuffmanRow_JPEG_16s1u_P4C1(planes, kWidth, kPlanes, stream.data(), int(stream.size()),
+                                                          &size, tables, writer, 0));
+        Coded::check(zmxiEncodeHuffmanRow_JPEG_16s1u_P4C1(nullptr, 0, 0, stream.data(), int(stream.size()), &size,
+                                                          nullptr, writer, 1));
     }
     void decode() {
         Zmx16s* const planes[4] = {result.data(), result.data(), result.data(), nullptr};
         const ZmxiDecodeHuffmanSpec* const tables[4] = {dec, dec, dec, nullptr};
         int pos = 0, marker = 0;
         zmxiDecodeHuffmanStateInit_JPEG_8u(reader);
-        Coded::check(zmxiDecodeHuffmanRow_JPEG_1u16s_C1P4(stream.data(), size, &pos, planes, kWidth, kPlanes,
-                                                          &marker, tables, reader));
+        Coded::check(zmxiDecodeHuffmanRow_JPEG_1u16s_C1P4(stream.data(), size, &pos, planes, kWidth, kPlanes, &marker,
+                                                          tables, reader));
     }
 };
 

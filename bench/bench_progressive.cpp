@@ -24,10 +24,10 @@ template <class Code, class Flush> void scan(const Coded& coded, Code code, Flus
 // An AC scan with its optimal table.
 struct Band {
     using Statistics = ZmxStatus (*)(const Zmx16s*, Zmx32u*, int, int, int, ZmxiEncodeHuffmanState*, int);
-    using Encode = ZmxStatus (*)(const Zmx16s*, Zmx8u*, int, int*, int, int, int,
-                                 const ZmxiEncodeHuffmanSpec*, ZmxiEncodeHuffmanState*, int);
-    using Decode = ZmxStatus (*)(const Zmx8u*, int, int*, Zmx16s*, int*, int, int, int,
-                                 const ZmxiDecodeHuffmanSpec*, ZmxiDecodeHuffmanState*);
+    using Encode = ZmxStatus (*)(const Zmx16s*, Zmx8u*, int, int*, int, int, int, const ZmxiEncodeHuffmanSpec*,
+                                 ZmxiEncodeHuffmanState*, int);
+    using Decode = ZmxStatus (*)(const Zmx8u*, int, int*, Zmx16s*, int*, int, int, int, const ZmxiDecodeHuffmanSpec*,
+                                 ZmxiDecodeHuffmanState*);
     Statistics statistics;
     Encode encode;
     Decode decode;
@@ -45,27 +45,21 @@ struct Band {
             [&](const Zmx16s* b) {
                 return encode(b, out.bytes.data(), out.size(), &out.pos, 1, 63, Al, table, c.writer, 0);
             },
-            [&] {
-                return encode(nullptr, out.bytes.data(), out.size(), &out.pos, 1, 63, Al, table, c.writer, 1);
-            });
+            [&] { return encode(nullptr, out.bytes.data(), out.size(), &out.pos, 1, 63, Al, table, c.writer, 1); });
         out.bytes[std::size_t(out.pos)] = 0xFF;
         out.bytes[std::size_t(out.pos) + 1] = 0xD9;
     }
-    void read(const Coded& c, const ZmxiDecodeHuffmanSpec* table, const Stream& in,
-              std::vector<Block>& blocks) const {
+    void read(const Coded& c, const ZmxiDecodeHuffmanSpec* table, const Stream& in, std::vector<Block>& blocks) const {
         int pos = 0, marker = 0;
         zmxiDecodeHuffmanStateInit_JPEG_8u(c.reader);
         for (Block& b : blocks)
-            Coded::check(
-                decode(in.bytes.data(), in.pos + 2, &pos, b.data(), &marker, 1, 63, Al, table, c.reader));
+            Coded::check(decode(in.bytes.data(), in.pos + 2, &pos, b.data(), &marker, 1, 63, Al, table, c.reader));
     }
 };
 
-constexpr Band kFirst{zmxiGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1,
-                      zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1, zmxiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1,
-                      kAl};
-constexpr Band kRefine{zmxiGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1,
-                       zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1,
+constexpr Band kFirst{zmxiGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1, zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1,
+                      zmxiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1, kAl};
+constexpr Band kRefine{zmxiGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1, zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1,
                        zmxiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1, kAl - 1};
 
 struct BandRun {

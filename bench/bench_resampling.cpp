@@ -37,12 +37,10 @@ template <class Run> void each(benchmark::State& state, int vertical, Run run) {
 }
 
 template <auto f, int Vertical> void up(benchmark::State& s) {
-    each(s, Vertical,
-         [](Planes& p) { f(p.origin(), p.step, p.small, p.dst.data(), p.large.width, p.large); });
+    each(s, Vertical, [](Planes& p) { f(p.origin(), p.step, p.small, p.dst.data(), p.large.width, p.large); });
 }
 template <auto f, int Vertical> void down(benchmark::State& s) {
-    each(s, Vertical,
-         [](Planes& p) { f(p.origin(), p.step, p.large, p.dst.data(), p.small.width, p.small); });
+    each(s, Vertical, [](Planes& p) { f(p.origin(), p.step, p.large, p.dst.data(), p.small.width, p.small); });
 }
 
 // The row forms, over all rows of the plane; those of two sources take neighbouring rows.
@@ -65,9 +63,7 @@ template <auto f, int Vertical> void downRows(benchmark::State& s) {
 }
 
 void copyOfPlane(benchmark::State& s) {
-    each(s, 1, [](Planes& p) {
-        std::memcpy(p.dst.data(), p.src.data(), std::size_t(p.large.width * p.large.height));
-    });
+    each(s, 1, [](Planes& p) { std::memcpy(p.dst.data(), p.src.data(), std::size_t(p.large.width * p.large.height)); });
 }
 
 // The formulas, a sample at a time.
@@ -85,8 +81,8 @@ ZmxStatus plainUpH2V2(const Zmx8u* src, int srcStep, ZmxiSize, Zmx8u* dst, int d
             const Zmx8u* s = src + srcStep * (y / 2) + x / 2;
             const Zmx8u* f = s + (y % 2 ? srcStep : -srcStep);
             const int here = 3 * s[0] + f[0];
-            dst[dstStep * y + x] = Zmx8u(x % 2 ? (3 * here + 3 * s[1] + f[1] + 7) >> 4
-                                               : (3 * here + 3 * s[-1] + f[-1] + 8) >> 4);
+            dst[dstStep * y + x] =
+                Zmx8u(x % 2 ? (3 * here + 3 * s[1] + f[1] + 7) >> 4 : (3 * here + 3 * s[-1] + f[-1] + 8) >> 4);
         }
     return zmxStsNoErr;
 }

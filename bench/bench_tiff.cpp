@@ -38,8 +38,9 @@ Bytes inkOfPage() {
                 for (int x = 0; x < 5 * cell; ++x) {
                     // Two stems and two bars, each there or not.
                     const int cx = x / cell, cy = y / cell;
-                    const bool stroke = (cx == 0 && letter & 1) || (cx == 4 && letter & 2) || (cy == 0 && letter & 4) || (cy == 3 && letter & 8) ||
-                                        (cy == 6 && letter & 16) || (cx == cy / 2 && letter & 32);
+                    const bool stroke = (cx == 0 && letter & 1) || (cx == 4 && letter & 2) || (cy == 0 && letter & 4) ||
+                                        (cy == 3 && letter & 8) || (cy == 6 && letter & 16) ||
+                                        (cx == cy / 2 && letter & 32);
                     ink[std::size_t(top + y) * kPageWidth + std::size_t(left + x)] = stroke;
                 }
         }
@@ -69,7 +70,8 @@ Picture photograph() {
     for (int y = 0; y < p.rows; ++y)
         for (int x = 0; x < 1920; ++x)
             for (int c = 0; c < 3; ++c)
-                p.bytes.push_back(Zmx8u(128 + 70 * std::sin(x * 0.01 + c) + 40 * std::cos(y * 0.013) + double(random() % 5)));
+                p.bytes.push_back(
+                    Zmx8u(128 + 70 * std::sin(x * 0.01 + c) + 40 * std::cos(y * 0.013) + double(random() % 5)));
     return p;
 }
 Picture noise() {
@@ -85,7 +87,8 @@ const Picture& picture(std::int64_t which) {
 
 int packAll(const Picture& p, Bytes& stream) {
     int pos = 0;
-    for (int y = 0; y < p.rows; ++y) zmxiPackBitsRow_TIFF_8u_C1(p.row(y), p.rowBytes, stream.data(), &pos, int(stream.size()));
+    for (int y = 0; y < p.rows; ++y)
+        zmxiPackBitsRow_TIFF_8u_C1(p.row(y), p.rowBytes, stream.data(), &pos, int(stream.size()));
     return pos;
 }
 Bytes room(const Picture& p) { return Bytes(p.bytes.size() + p.bytes.size() / 5 + std::size_t(2 * p.rows)); }
@@ -150,14 +153,19 @@ public:
         TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
         TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_PACKBITS);
         TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, p.rows);
-        const bool done = TIFFWriteEncodedStrip(tiff, 0, const_cast<Zmx8u*>(p.bytes.data()), tmsize_t(p.bytes.size())) > 0;
+        const bool done =
+            TIFFWriteEncodedStrip(tiff, 0, const_cast<Zmx8u*>(p.bytes.data()), tmsize_t(p.bytes.size())) > 0;
         finish();
         return done;
     }
-    bool unpack(Bytes& out) { return TIFFReadEncodedStrip(tiff, 0, out.data(), tmsize_t(out.size())) == tmsize_t(out.size()); }
+    bool unpack(Bytes& out) {
+        return TIFFReadEncodedStrip(tiff, 0, out.data(), tmsize_t(out.size())) == tmsize_t(out.size());
+    }
 };
 
-void bytesOf(benchmark::State& state, const Picture& p) { state.SetBytesProcessed(state.iterations() * std::int64_t(p.bytes.size())); }
+void bytesOf(benchmark::State& state, const Picture& p) {
+    state.SetBytesProcessed(state.iterations() * std::int64_t(p.bytes.size()));
+}
 
 void packOurs(benchmark::State& state) {
     const Picture& p = picture(state.range(0));
@@ -184,7 +192,9 @@ void unpackOurs(benchmark::State& state) {
     for (auto _ : state) {
         int pos = 0;
         for (int y = 0; y < p.rows; ++y)
-            if (zmxiUnpackBitsRow_TIFF_8u_C1(stream.data(), &pos, n, row.data() + std::size_t(y) * std::size_t(p.rowBytes), p.rowBytes) != zmxStsNoErr)
+            if (zmxiUnpackBitsRow_TIFF_8u_C1(stream.data(), &pos, n,
+                                             row.data() + std::size_t(y) * std::size_t(p.rowBytes),
+                                             p.rowBytes) != zmxStsNoErr)
                 return state.SkipWithError("a row is damaged");
         benchmark::ClobberMemory();
     }

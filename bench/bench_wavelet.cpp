@@ -82,8 +82,8 @@ void forwardKernel(benchmark::State& state, ZmxStatus (*fn)(const T*, int, T*, i
     state.SetItemsProcessed(state.iterations() * kRows * kSide);
 }
 template <class T>
-void inverseKernel(benchmark::State& state,
-                   ZmxStatus (*fn)(const T*, int, const T*, int, ZmxiSize, T*, int, int), ZmxiSize pairs) {
+void inverseKernel(benchmark::State& state, ZmxStatus (*fn)(const T*, int, const T*, int, ZmxiSize, T*, int, int),
+                   ZmxiSize pairs) {
     const auto low = noise<T>((kRows + 16) * kPitch), high = low;
     std::vector<T> x(kRows * kPitch);
     const int step = kPitch * int(sizeof(T));
@@ -110,8 +110,7 @@ void lift53(benchmark::State& state, ZmxStatus (*fn)(const T*, const T*, const T
     lift<T>(state, [fn](T** r) { fn(r[0], r[1], r[2], r[3], r[4], r[5], kSide); });
 }
 template <class T>
-void liftBack53(benchmark::State& state,
-                ZmxStatus (*fn)(const T*, const T*, const T*, const T*, T*, T*, int)) {
+void liftBack53(benchmark::State& state, ZmxStatus (*fn)(const T*, const T*, const T*, const T*, T*, T*, int)) {
     lift<T>(state, [fn](T** r) { fn(r[0], r[1], r[2], r[3], r[4], r[5], kSide); });
 }
 template <class T>
@@ -119,45 +118,28 @@ void lift97(benchmark::State& state, ZmxStatus (*fn)(const T*, const T*, const T
     lift<T>(state, [fn](T** r) { fn(r[0], r[1], r[2], r[3], r[4], r[5], r[6], r[7], kSide); });
 }
 template <class T>
-void liftBack97(benchmark::State& state,
-                ZmxStatus (*fn)(const T*, const T*, const T*, const T*, T*, T*, T*, T*, int)) {
+void liftBack97(benchmark::State& state, ZmxStatus (*fn)(const T*, const T*, const T*, const T*, T*, T*, T*, T*, int)) {
     lift<T>(state, [fn](T** r) { fn(r[0], r[1], r[2], r[3], r[4], r[5], r[6], r[7], kSide); });
 }
 
 } // namespace
 
-BENCHMARK_CAPTURE(plane, Fwd_B53_16s_C1IR, zmxiWTFwd_B53_JPEG2K_16s_C1IR,
-                  zmxiWTGetBufSize_B53_JPEG2K_16s_C1IR);
-BENCHMARK_CAPTURE(plane, Fwd_B53_32s_C1IR, zmxiWTFwd_B53_JPEG2K_32s_C1IR,
-                  zmxiWTGetBufSize_B53_JPEG2K_32s_C1IR);
-BENCHMARK_CAPTURE(plane, Inv_B53_16s_C1IR, zmxiWTInv_B53_JPEG2K_16s_C1IR,
-                  zmxiWTGetBufSize_B53_JPEG2K_16s_C1IR);
-BENCHMARK_CAPTURE(plane, Inv_B53_32s_C1IR, zmxiWTInv_B53_JPEG2K_32s_C1IR,
-                  zmxiWTGetBufSize_B53_JPEG2K_32s_C1IR);
-BENCHMARK_CAPTURE(toBands, Fwd_B53_16s_C1R, zmxiWTFwd_B53_JPEG2K_16s_C1R,
-                  zmxiWTGetBufSize_B53_JPEG2K_16s_C1R);
-BENCHMARK_CAPTURE(toBands, Fwd_B53_32s_C1R, zmxiWTFwd_B53_JPEG2K_32s_C1R,
-                  zmxiWTGetBufSize_B53_JPEG2K_32s_C1R);
-BENCHMARK_CAPTURE(fromBands, Inv_B53_16s_C1R, zmxiWTInv_B53_JPEG2K_16s_C1R,
-                  zmxiWTGetBufSize_B53_JPEG2K_16s_C1R);
-BENCHMARK_CAPTURE(fromBands, Inv_B53_32s_C1R, zmxiWTInv_B53_JPEG2K_32s_C1R,
-                  zmxiWTGetBufSize_B53_JPEG2K_32s_C1R);
-BENCHMARK_CAPTURE(plane, Fwd_D97_16s_C1IR, zmxiWTFwd_D97_JPEG2K_16s_C1IR,
-                  zmxiWTGetBufSize_D97_JPEG2K_16s_C1IR);
-BENCHMARK_CAPTURE(plane, Fwd_D97_32s_C1IR, zmxiWTFwd_D97_JPEG2K_32s_C1IR,
-                  zmxiWTGetBufSize_D97_JPEG2K_32s_C1IR);
-BENCHMARK_CAPTURE(plane, Inv_D97_16s_C1IR, zmxiWTInv_D97_JPEG2K_16s_C1IR,
-                  zmxiWTGetBufSize_D97_JPEG2K_16s_C1IR);
-BENCHMARK_CAPTURE(plane, Inv_D97_32s_C1IR, zmxiWTInv_D97_JPEG2K_32s_C1IR,
-                  zmxiWTGetBufSize_D97_JPEG2K_32s_C1IR);
-BENCHMARK_CAPTURE(toBands, Fwd_D97_16s_C1R, zmxiWTFwd_D97_JPEG2K_16s_C1R,
-                  zmxiWTGetBufSize_D97_JPEG2K_16s_C1R);
-BENCHMARK_CAPTURE(toBands, Fwd_D97_32s_C1R, zmxiWTFwd_D97_JPEG2K_32s_C1R,
-                  zmxiWTGetBufSize_D97_JPEG2K_32s_C1R);
-BENCHMARK_CAPTURE(fromBands, Inv_D97_16s_C1R, zmxiWTInv_D97_JPEG2K_16s_C1R,
-                  zmxiWTGetBufSize_D97_JPEG2K_16s_C1R);
-BENCHMARK_CAPTURE(fromBands, Inv_D97_32s_C1R, zmxiWTInv_D97_JPEG2K_32s_C1R,
-                  zmxiWTGetBufSize_D97_JPEG2K_32s_C1R);
+BENCHMARK_CAPTURE(plane, Fwd_B53_16s_C1IR, zmxiWTFwd_B53_JPEG2K_16s_C1IR, zmxiWTGetBufSize_B53_JPEG2K_16s_C1IR);
+BENCHMARK_CAPTURE(plane, Fwd_B53_32s_C1IR, zmxiWTFwd_B53_JPEG2K_32s_C1IR, zmxiWTGetBufSize_B53_JPEG2K_32s_C1IR);
+BENCHMARK_CAPTURE(plane, Inv_B53_16s_C1IR, zmxiWTInv_B53_JPEG2K_16s_C1IR, zmxiWTGetBufSize_B53_JPEG2K_16s_C1IR);
+BENCHMARK_CAPTURE(plane, Inv_B53_32s_C1IR, zmxiWTInv_B53_JPEG2K_32s_C1IR, zmxiWTGetBufSize_B53_JPEG2K_32s_C1IR);
+BENCHMARK_CAPTURE(toBands, Fwd_B53_16s_C1R, zmxiWTFwd_B53_JPEG2K_16s_C1R, zmxiWTGetBufSize_B53_JPEG2K_16s_C1R);
+BENCHMARK_CAPTURE(toBands, Fwd_B53_32s_C1R, zmxiWTFwd_B53_JPEG2K_32s_C1R, zmxiWTGetBufSize_B53_JPEG2K_32s_C1R);
+BENCHMARK_CAPTURE(fromBands, Inv_B53_16s_C1R, zmxiWTInv_B53_JPEG2K_16s_C1R, zmxiWTGetBufSize_B53_JPEG2K_16s_C1R);
+BENCHMARK_CAPTURE(fromBands, Inv_B53_32s_C1R, zmxiWTInv_B53_JPEG2K_32s_C1R, zmxiWTGetBufSize_B53_JPEG2K_32s_C1R);
+BENCHMARK_CAPTURE(plane, Fwd_D97_16s_C1IR, zmxiWTFwd_D97_JPEG2K_16s_C1IR, zmxiWTGetBufSize_D97_JPEG2K_16s_C1IR);
+BENCHMARK_CAPTURE(plane, Fwd_D97_32s_C1IR, zmxiWTFwd_D97_JPEG2K_32s_C1IR, zmxiWTGetBufSize_D97_JPEG2K_32s_C1IR);
+BENCHMARK_CAPTURE(plane, Inv_D97_16s_C1IR, zmxiWTInv_D97_JPEG2K_16s_C1IR, zmxiWTGetBufSize_D97_JPEG2K_16s_C1IR);
+BENCHMARK_CAPTURE(plane, Inv_D97_32s_C1IR, zmxiWTInv_D97_JPEG2K_32s_C1IR, zmxiWTGetBufSize_D97_JPEG2K_32s_C1IR);
+BENCHMARK_CAPTURE(toBands, Fwd_D97_16s_C1R, zmxiWTFwd_D97_JPEG2K_16s_C1R, zmxiWTGetBufSize_D97_JPEG2K_16s_C1R);
+BENCHMARK_CAPTURE(toBands, Fwd_D97_32s_C1R, zmxiWTFwd_D97_JPEG2K_32s_C1R, zmxiWTGetBufSize_D97_JPEG2K_32s_C1R);
+BENCHMARK_CAPTURE(fromBands, Inv_D97_16s_C1R, zmxiWTInv_D97_JPEG2K_16s_C1R, zmxiWTGetBufSize_D97_JPEG2K_16s_C1R);
+BENCHMARK_CAPTURE(fromBands, Inv_D97_32s_C1R, zmxiWTInv_D97_JPEG2K_32s_C1R, zmxiWTGetBufSize_D97_JPEG2K_32s_C1R);
 
 BENCHMARK_CAPTURE(forwardKernel, FwdRow_B53_16s, zmxiWTFwdRow_B53_JPEG2K_16s_C1R, kRowPairs);
 BENCHMARK_CAPTURE(forwardKernel, FwdRow_B53_32s, zmxiWTFwdRow_B53_JPEG2K_32s_C1R, kRowPairs);

@@ -35,16 +35,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto exact = std::make_unique<Zmx8u[]>(size + !size);
     std::copy(data, data + size, exact.get());
     int errorPlane = -1;
-    const ZmxStatus status = zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(
-        exact.get(), samples.data(), block.width * 4, block, subband, planes, passes, fitting.data(),
-        int(fitting.size()), style, &errorPlane, pState);
+    const ZmxStatus status =
+        zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(exact.get(), samples.data(), block.width * 4, block, subband, planes,
+                                             passes, fitting.data(), int(fitting.size()), style, &errorPlane, pState);
     if (status != zmxStsNoErr && status != zmxStsCBDamagedErr) __builtin_trap();
     if ((errorPlane >= 0) != (status == zmxStsCBDamagedErr)) __builtin_trap();
 
     // In steps, each segment in memory of its own, so that a read beyond its end is seen; the count of passes
     // is set anew in the middle.
-    if (zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(samples.data(), block.width * 4, block, pState, subband,
-                                               planes, style))
+    if (zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(samples.data(), block.width * 4, block, pState, subband, planes, style))
         __builtin_trap();
     zmxiDecodeCBProgrSetPassCounter_JPEG2K(passes, pState);
     bool damaged = false;
@@ -54,8 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         std::copy(data, data + length, segment.get());
         data += length;
         const ZmxStatus step = zmxiDecodeCBProgrStep_JPEG2K(segment.get(), int(length), pState);
-        if (damaged ? step != zmxStsCBDamagedErr : step != zmxStsNoErr && step != zmxStsCBDamagedErr)
-            __builtin_trap();
+        if (damaged ? step != zmxStsCBDamagedErr : step != zmxStsNoErr && step != zmxStsCBDamagedErr) __builtin_trap();
         damaged = step == zmxStsCBDamagedErr;
         if (i == 3) zmxiDecodeCBProgrSetPassCounter_JPEG2K(passes, pState);
     }

@@ -38,9 +38,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     ZmxiEncodeState_JPEG2K* encoder;
     require(zmxiEncodeInitAlloc_JPEG2K(&encoder, block) == zmxStsNoErr);
     int bits, passes, segments;
-    require(zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(samples.data(), block.width * 4, block, encoder, subband,
-                                                   magnBits, termination, 0, style, &bits, &passes,
-                                                   &segments) == zmxStsNoErr);
+    require(zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(samples.data(), block.width * 4, block, encoder, subband, magnBits,
+                                                   termination, 0, style, &bits, &passes, &segments) == zmxStsNoErr);
     std::vector<Zmx8u> bytes;
     for (int more = 1; more;) {
         std::vector<Zmx8u> piece(static_cast<std::size_t>(capacity));
@@ -73,9 +72,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Zmx32u test = termination == ZMX_MQ_TERM_EASY ? ZMX_CB_ERROR_PREDICTION : 0;
     bytes.push_back(0); // an address for a block without bytes
     lengths.push_back(0);
-    require(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(bytes.data(), decoded.data(), block.width * 4, block,
-                                                 subband, planes, passes, lengths.data(), segments,
-                                                 style | test, nullptr, decoder) == zmxStsNoErr);
+    require(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(bytes.data(), decoded.data(), block.width * 4, block, subband, planes,
+                                                 passes, lengths.data(), segments, style | test, nullptr,
+                                                 decoder) == zmxStsNoErr);
     zmxiDecodeCBProgrFree_JPEG2K(decoder);
     for (std::size_t i = 0; i < samples.size(); ++i) {
         const Zmx32u v = Zmx32u(samples[i]);

@@ -71,8 +71,8 @@ void callFunction(const Zmx8u* data, std::size_t size) {
     Zmx8u none = 0;
     const Zmx8u* src = in.empty() ? &none : in.data();
     Zmx8u* dst = out.empty() ? &none : out.data();
-    const ZmxStatus status = encode ? encoders[which](src, Zmx32u(step), roi, dst)
-                                    : decoders[which](src, dst, Zmx32u(step), roi);
+    const ZmxStatus status =
+        encode ? encoders[which](src, Zmx32u(step), roi, dst) : decoders[which](src, dst, Zmx32u(step), roi);
     require(status == expected && none == 0);
 }
 

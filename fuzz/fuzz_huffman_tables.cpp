@@ -38,8 +38,8 @@ void fromLists(const Zmx8u* bits, const Zmx8u* vals) {
             require(zmxiDecodeHuffmanStateInitAlloc_JPEG_8u(&state) == zmxStsNoErr);
             int position = 0, marker = 0;
             lastDc = 0;
-            const ZmxStatus status = zmxiDecodeHuffman8x8_JPEG_1u16s_C1(
-                stream, int(sizeof stream), &position, back, &lastDc, &marker, decoder, decoder, state);
+            const ZmxStatus status = zmxiDecodeHuffman8x8_JPEG_1u16s_C1(stream, int(sizeof stream), &position, back,
+                                                                        &lastDc, &marker, decoder, decoder, state);
             // The AC part may hold codes that the table has not; the DC value comes first.
             require(status == zmxStsNoErr || status == zmxStsDCTRangeErr || status == zmxStsErr);
             require(lastDc == block[0]);

@@ -32,7 +32,8 @@ void unpack(const Bytes& stream, int rowBytes) {
 void roundTrip(const Bytes& row, int room) {
     Bytes stream(row.size() + row.size() / 5 + 3, 0x9E), tight(std::size_t(room), 0x9E);
     int end = 0, part = 0;
-    require(zmxiPackBitsRow_TIFF_8u_C1(row.data(), int(row.size()), stream.data(), &end, int(stream.size()) - 1) == zmxStsNoErr);
+    require(zmxiPackBitsRow_TIFF_8u_C1(row.data(), int(row.size()), stream.data(), &end, int(stream.size()) - 1) ==
+            zmxStsNoErr);
     Bytes back(row.size());
     int pos = 0;
     require(zmxiUnpackBitsRow_TIFF_8u_C1(stream.data(), &pos, end, back.data(), int(back.size())) == zmxStsNoErr);

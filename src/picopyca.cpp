@@ -14,8 +14,7 @@ ZmxStatus zmxiConvert_8u16u_C1R(const Zmx8u* pSrc, int srcStep, Zmx16u* pDst, in
     return zmxStsNoErr;
 }
 
-template <class T>
-static ZmxStatus copyRectangle(const void* src, int srcStep, void* dst, int dstStep, ZmxiSize roi) {
+template <class T> static ZmxStatus copyRectangle(const void* src, int srcStep, void* dst, int dstStep, ZmxiSize roi) {
     // The steps are not tested: rows may run backwards or lie on one another.
     if (ZmxStatus bad = Args().ptr(src).ptr(dst).size(roi)) return bad;
     Serial::rows(roi, [=](int y) { copyForward<T>(rowAt(src, srcStep, y), rowAt(dst, dstStep, y), roi.width); });

@@ -14,8 +14,8 @@ ZmxStatus zmxiDCT8x8Inv_16s_C1I(Zmx16s* pSrcDst);
 
 // Inverse, plus levelShift, less than minValue gives minValue, maxValue or more gives maxValue; 8 rows dstStep bytes
 // apart. After the pointers the step is tested (zmxStsStepErr).
-ZmxStatus zmxiDCT8x8InvLSClip_16s8u_C1R(const Zmx16s* pSrc, Zmx8u* pDst, int dstStep, Zmx16s levelShift,
-                                        Zmx8u minValue, Zmx8u maxValue);
+ZmxStatus zmxiDCT8x8InvLSClip_16s8u_C1R(const Zmx16s* pSrc, Zmx8u* pDst, int dstStep, Zmx16s levelShift, Zmx8u minValue,
+                                        Zmx8u maxValue);
 
 // Inverse of a block of which only the 4x4 or 2x2 corner counts; full 8x8 result.
 ZmxStatus zmxiDCT8x8Inv_4x4_16s_C1I(Zmx16s* pSrcDst);

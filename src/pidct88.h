@@ -33,8 +33,10 @@ using Wrapping = Zmx32u;
 constexpr Wrapping product(Zmx16s x, Zmx16s constant) { return Wrapping(x * constant); }
 // The same with a constant of up to 17 bits: a wider one goes in two steps, for vectors have products of 16 by 16 bits.
 template <Zmx32u Constant> constexpr Wrapping times(Zmx16s v) {
-    if constexpr (Constant < 32768) return product(v, Constant);
-    else return 2 * product(v, Constant / 2) + Wrapping(int(Constant % 2) * v);
+    if constexpr (Constant < 32768)
+        return product(v, Constant);
+    else
+        return 2 * product(v, Constant / 2) + Wrapping(int(Constant % 2) * v);
 }
 constexpr Zmx32s shiftRight(Wrapping v, int n) { return Zmx32s(v) >> n; }
 

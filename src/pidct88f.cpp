@@ -23,10 +23,10 @@ inline Single operator*(Single a, Zmx32f b) { return {rounded(a.v * b)}; }
 constexpr auto outerProduct(const double (&f)[8]) {
     return tableOf<64>([&](int i) { return Zmx32f(f[i / 8] * f[i % 8]); });
 }
-constexpr auto tab_norm_fwd = outerProduct(
-    {0.35355339, 0.23549484, 0.27059805, 0.27778512, 0.35355339, 0.41573479, 0.65328146, 1.18391256});
-constexpr auto tab_norm_inv = outerProduct(
-    {0.35355339, 0.90612749, 0.46193979, 0.76817773, 0.35355339, 0.51327996, 0.19134172, 0.18023997});
+constexpr auto tab_norm_fwd =
+    outerProduct({0.35355339, 0.23549484, 0.27059805, 0.27778512, 0.35355339, 0.41573479, 0.65328146, 1.18391256});
+constexpr auto tab_norm_inv =
+    outerProduct({0.35355339, 0.90612749, 0.46193979, 0.76817773, 0.35355339, 0.51327996, 0.19134172, 0.18023997});
 static_assert(tab_norm_fwd[0] == 0.125f && tab_norm_inv[0] == 0.125f && tab_norm_fwd[1] == tab_norm_fwd[8]);
 
 // Where the sums and the differences of the mirrored elements 0..3 stand between the two-dimensional stage and the

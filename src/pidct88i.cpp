@@ -46,8 +46,7 @@ static void forwardPass(const Zmx16s* __restrict in, Zmx16s* __restrict out) {
 
 // Only the first Count vectors are read, the others being zero. Every result is what eight would give: products of zero
 // vanish ahead of any rounding.
-template <class Pass, int Count>
-static void inversePass(const Zmx16s* __restrict in, Zmx16s* __restrict out) {
+template <class Pass, int Count> static void inversePass(const Zmx16s* __restrict in, Zmx16s* __restrict out) {
     const auto element = [in](int k, int i) { return k < Count ? in[8 * k + i] : Zmx16s(0); };
     for (int i = 0; i < 8; ++i) {
         const Zmx16s c0 = in[i], c1 = in[8 + i], c2 = in[16 + i], c3 = in[24 + i];
@@ -114,8 +113,10 @@ template <int Rows, int Columns> static void inverse(const Zmx16s* src, Zmx16s* 
 
 void dct_8x8_inv_16s(const Zmx16s* src, Zmx16s* dst, bool small) {
     // More forms would do with less arithmetic, but a branch that goes either way costs more than it saves.
-    if (small) inverse<kSmallRows, kSmallColumns>(src, dst);
-    else inverse<8, 8>(src, dst);
+    if (small)
+        inverse<kSmallRows, kSmallColumns>(src, dst);
+    else
+        inverse<8, 8>(src, dst);
 }
 
 ZmxStatus zmxiDCT8x8Fwd_16s_C1(const Zmx16s* pSrc, Zmx16s* pDst) {
@@ -132,8 +133,8 @@ ZmxStatus zmxiDCT8x8Inv_16s_C1I(Zmx16s* pSrcDst) {
     return zmxStsNoErr;
 }
 
-ZmxStatus zmxiDCT8x8InvLSClip_16s8u_C1R(const Zmx16s* pSrc, Zmx8u* pDst, int dstStep, Zmx16s levelShift,
-                                        Zmx8u minValue, Zmx8u maxValue) {
+ZmxStatus zmxiDCT8x8InvLSClip_16s8u_C1R(const Zmx16s* pSrc, Zmx8u* pDst, int dstStep, Zmx16s levelShift, Zmx8u minValue,
+                                        Zmx8u maxValue) {
     if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDst).step(dstStep)) return bad;
     Block16s samples;
     dct_8x8_inv_16s(pSrc, samples.at, isSmall(pSrc));

@@ -17,9 +17,12 @@ ZmxStatus zmxiThreshold_Val_16u_C1R(const Zmx16u* pSrc, int srcStep, Zmx16u* pDs
     // The mode before all else, sizes before steps: required here.
     if (ZmxStatus bad = Args()
                             .test(cmpOp != zmxCmpLess && cmpOp != zmxCmpGreater, zmxStsNotSupportedModeErr)
-                            .ptr(pSrc).ptr(pDst)
+                            .ptr(pSrc)
+                            .ptr(pDst)
                             .size(roiSize)
-                            .step(srcStep).step(dstStep)) return bad;
+                            .step(srcStep)
+                            .step(dstStep))
+        return bad;
     const auto run = [=](auto beyond) {
         // Rows advance by whole samples: an odd step loses its last byte.
         Serial::rows(roiSize, [=](int y) {
@@ -27,8 +30,10 @@ ZmxStatus zmxiThreshold_Val_16u_C1R(const Zmx16u* pSrc, int srcStep, Zmx16u* pDs
                          beyond);
         });
     };
-    if (cmpOp == zmxCmpLess) run([](Zmx16u v, Zmx16u t) { return v < t; });
-    else run([](Zmx16u v, Zmx16u t) { return v > t; });
+    if (cmpOp == zmxCmpLess)
+        run([](Zmx16u v, Zmx16u t) { return v < t; });
+    else
+        run([](Zmx16u v, Zmx16u t) { return v > t; });
     return zmxStsNoErr;
 }
 

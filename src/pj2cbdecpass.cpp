@@ -21,9 +21,8 @@ void beginPass(ZmxiDecodeCBProgrState& s) {
 }
 
 CodedBlock<Zmx8u> codedBlock(const ZmxiDecodeCBProgrState& s, bool causal) {
-    return {
-        reinterpret_cast<Zmx8u*>(s.pStripe), s.block.dstStep, s.block.width, s.block.height, s.pFlagStripe,
-        s.flagPlane.flagStride / 4,          causal ? 0 : ~0u};
+    return {reinterpret_cast<Zmx8u*>(s.pStripe), s.block.dstStep, s.block.width, s.block.height, s.pFlagStripe,
+            s.flagPlane.flagStride / 4,          causal ? 0 : ~0u};
 }
 
 // The samples of a plane: midpoints stand in for the planes to come.
@@ -74,8 +73,7 @@ public:
         return negative;
     }
     [[gnu::always_inline]] void refine(Zmx32u half, Sample* sample) {
-        samples.refine(sample,
-                       half & kRefined ? mq.decode(laterRefinement) : decode(MagnRefineLUT[half & 0x1FF]));
+        samples.refine(sample, half & kRefined ? mq.decode(laterRefinement) : decode(MagnRefineLUT[half & 0x1FF]));
     }
     [[gnu::always_inline]] int firstOf4(Sample*, std::ptrdiff_t) {
         return decode(kRunLengthContext) ? int(number(2)) : 4;
@@ -100,8 +98,7 @@ public:
     using Sample = Zmx8u;
     static constexpr bool marksRefined = false; // no MQ refinement can follow that would ask for it
 
-    [[gnu::always_inline]] explicit RawDecoding(ZmxiDecodeCBProgrState& s)
-        : samples(s), state(s.raw), raw(s.raw) {}
+    [[gnu::always_inline]] explicit RawDecoding(ZmxiDecodeCBProgrState& s) : samples(s), state(s.raw), raw(s.raw) {}
     [[gnu::always_inline]] ~RawDecoding() { state = raw; }
     RawDecoding(const RawDecoding&) = delete;
     RawDecoding& operator=(const RawDecoding&) = delete;
@@ -161,8 +158,7 @@ int magnitudeRefinement(ZmxiDecodeCBProgrState* state, bool reset, bool errorPre
     return endMqPass(*state, reset, errorPrediction);
 }
 
-int cleanup(ZmxiDecodeCBProgrState* state, bool causal, bool segmentationSymbols, bool reset,
-            bool errorPrediction) {
+int cleanup(ZmxiDecodeCBProgrState* state, bool causal, bool segmentationSymbols, bool reset, bool errorPrediction) {
     beginPass(*state);
     bool wrongSymbol = false;
     {

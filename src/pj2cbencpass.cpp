@@ -157,8 +157,7 @@ CodedBlock<const Zmx8u> codedBlock(const ZmxiEncodeState_JPEG2K& s, const Encode
             block.causal ? 0 : ~0u};
 }
 
-template <class Coder>
-void significancePass(ZmxiEncodeState_JPEG2K& s, const EncodedBlock& block, int plane) {
+template <class Coder> void significancePass(ZmxiEncodeState_JPEG2K& s, const EncodedBlock& block, int plane) {
     beginPass(s, Step::Significance, plane);
     Coder coder(s, block, plane);
     CodingPass<Coder>(coder, codedBlock(s, block)).significancePropagation();

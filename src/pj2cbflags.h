@@ -51,15 +51,11 @@ inline constexpr auto ZeroCodingLUT_HxLy = // HL
     tableOf<256>([](int i) { return kZeroCodingContext + zeroCodingLL(sumV(i), sumH(i), sumD(i)); });
 inline constexpr auto ZeroCodingLUT_HxHy = // HH
     tableOf<256>([](int i) { return kZeroCodingContext + zeroCodingHH(sumH(i) + sumV(i), sumD(i)); });
-static_assert(ZeroCodingLUT_LxHy[0] == 2 && ZeroCodingLUT_LxHy[kSigE | kSigW] == 10 &&
-              ZeroCodingLUT_LxHy[kSigN] == 5);
+static_assert(ZeroCodingLUT_LxHy[0] == 2 && ZeroCodingLUT_LxHy[kSigE | kSigW] == 10 && ZeroCodingLUT_LxHy[kSigN] == 5);
 static_assert(ZeroCodingLUT_HxLy[kSigN | kSigS] == 10 && ZeroCodingLUT_HxHy[kSigN | kSigSE] == 6);
 
 constexpr const Zmx32u* zeroCodingLUT(int subband) {
-    return (subband == 2   ? ZeroCodingLUT_HxLy
-            : subband == 3 ? ZeroCodingLUT_HxHy
-                           : ZeroCodingLUT_LxHy)
-        .data();
+    return (subband == 2 ? ZeroCodingLUT_HxLy : subband == 3 ? ZeroCodingLUT_HxHy : ZeroCodingLUT_LxHy).data();
 }
 
 // What a pair of neighbours says about the sign (Table D.2): 1 mostly positive, -1 mostly negative, 0

@@ -25,7 +25,7 @@ template <class Sample> struct CodedBlock {
     int width, height;
     Zmx32u* flags;             // word of the first column in the first pair of rows
     std::ptrdiff_t flagStride; // words from flag row to flag row
-    Zmx32u upwards; // what the first row of a stripe tells the stripe above: ~0, or 0 in causal mode
+    Zmx32u upwards;            // what the first row of a stripe tells the stripe above: ~0, or 0 in causal mode
 };
 
 template <class Coder> class CodingPass {
@@ -76,15 +76,13 @@ private:
         for (; rows >= 4; rows -= 4, f += 2 * block.flagStride, s += 4 * block.step)
             for (int x = 0; x < block.width; ++x) column(FullStripe{}, f + x, s + 4 * std::ptrdiff_t(x), 4);
         if (rows)
-            for (int x = 0; x < block.width; ++x)
-                column(LastStripe{}, f + x, s + 4 * std::ptrdiff_t(x), rows);
+            for (int x = 0; x < block.width; ++x) column(LastStripe{}, f + x, s + 4 * std::ptrdiff_t(x), rows);
     }
 
     // What follows works on a pair of rows, Row and Row + 1 of the stripe, and its flag word. One test of the
     // word tells whether one of its samples can qualify. In the last stripe the second row may be missing.
 
-    template <int Row, bool Full>
-    [[gnu::always_inline]] void significancePair(Zmx32u* f, Sample* s, int rows) {
+    template <int Row, bool Full> [[gnu::always_inline]] void significancePair(Zmx32u* f, Sample* s, int rows) {
         Zmx32u w = *f;
         if (!(w & ~(w >> 2) & (kSigAny | kSigAny << 16))) return;
         significanceHalf<Row>(w, f, s);

@@ -65,8 +65,7 @@ ZmxStatus zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(Zmx32s* pDst, int dstStep, Zmxi
     s.cbStyle = cbStyle;
     s.block = {pDst, size.width, size.height, dstStep};
     if (!(cbStyle & ZMX_CB_KEEP_DST))
-        for (int y = 0; y < size.height; ++y)
-            std::memset(rowAt(pDst, dstStep, y), 0, std::size_t(size.width) * 4);
+        for (int y = 0; y < size.height; ++y) std::memset(rowAt(pDst, dstStep, y), 0, std::size_t(size.width) * 4);
 
     const int stride = int(flagRowBytes(size.width));
     s.flagPlane = {s.pFlagArea, stride};
@@ -154,9 +153,8 @@ struct Step {
             startMq();
             if (cleanup(&s, causal, symbols, reset, prediction)) return true;
             --s.curBitPlane;
-            s.passState = s.passState != BypassCleanupNext && s.curBitPlane >= s.bypassPlane
-                              ? SignificanceNext
-                              : RawSignificanceNext;
+            s.passState = s.passState != BypassCleanupNext && s.curBitPlane >= s.bypassPlane ? SignificanceNext
+                                                                                             : RawSignificanceNext;
             return false;
         }
     }
@@ -238,13 +236,11 @@ template <class Sample> static void forEachSample(Zmx32s* dst, int dstStep, Zmxi
     }
 }
 
-ZmxStatus zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(const Zmx8u* pSrc, Zmx32s* pDst, int dstStep, ZmxiSize size,
-                                               int subband, int nBitPlanes, int nPasses, const int* pTermLen,
-                                               int nTerms, Zmx32u cbStyle, int* pErrorBitPlane,
-                                               ZmxiDecodeCBProgrState* pState) {
+ZmxStatus zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(const Zmx8u* pSrc, Zmx32s* pDst, int dstStep, ZmxiSize size, int subband,
+                                               int nBitPlanes, int nPasses, const int* pTermLen, int nTerms,
+                                               Zmx32u cbStyle, int* pErrorBitPlane, ZmxiDecodeCBProgrState* pState) {
     // The size amid the pointers: required here.
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pState).size(size).ptr(pTermLen).ptr(pDst).step(dstStep))
-        return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pState).size(size).ptr(pTermLen).ptr(pDst).step(dstStep)) return bad;
     zmxiDecodeCBProgrInit_JPEG2K(pState);
     zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(pDst, dstStep, size, pState, subband, nBitPlanes, cbStyle);
     zmxiDecodeCBProgrSetPassCounter_JPEG2K(nPasses, pState);

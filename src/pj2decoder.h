@@ -84,7 +84,6 @@ struct ZmxiDecodeCBProgrState {
 // styles of the names; `terminated`: the segment ends with the pass.
 int significancePropagation(ZmxiDecodeCBProgrState* state, bool causal, bool reset, bool errorPrediction);
 int magnitudeRefinement(ZmxiDecodeCBProgrState* state, bool reset, bool errorPrediction);
-int cleanup(ZmxiDecodeCBProgrState* state, bool causal, bool segmentationSymbols, bool reset,
-            bool errorPrediction);
+int cleanup(ZmxiDecodeCBProgrState* state, bool causal, bool segmentationSymbols, bool reset, bool errorPrediction);
 int significancePropagationRaw(ZmxiDecodeCBProgrState* state, bool causal, bool terminated);
 int magnitudeRefinementRaw(ZmxiDecodeCBProgrState* state);

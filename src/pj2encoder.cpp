@@ -94,8 +94,7 @@ static void resetCoder(EncCoderState& coder, int mqTermType, Zmx32u codeStyle) {
 }
 
 // All coding passes, from the plane of the highest magnitude bit down to the base plane.
-static void runPasses(ZmxiEncodeState_JPEG2K* state, const EncodedBlock& block, int sfBits,
-                      Zmx32u codeStyle) {
+static void runPasses(ZmxiEncodeState_JPEG2K* state, const EncodedBlock& block, int sfBits, Zmx32u codeStyle) {
     const bool symbols = codeStyle & ZMX_CB_SEGMENTATION_SYMBOLS;
     // The four planes from the top on are MQ coded throughout.
     const int bypassBelow = codeStyle & ZMX_CB_SELECTIVE_BYPASS ? sfBits - 4 : 0;
@@ -116,8 +115,8 @@ static void runPasses(ZmxiEncodeState_JPEG2K* state, const EncodedBlock& block, 
 
 ZmxStatus zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(const Zmx32s* pSrc, int srcStep, ZmxiSize size,
                                                  ZmxiEncodeState_JPEG2K* pState, int subband, int magnBits,
-                                                 int mqTermType, int /*reserved*/, Zmx32u codeStyle,
-                                                 int* pSfBits, int* pnPasses, int* pnTermPasses) {
+                                                 int mqTermType, int /*reserved*/, Zmx32u codeStyle, int* pSfBits,
+                                                 int* pnPasses, int* pnTermPasses) {
     // The results and the size ahead of the source: required here.
     if (ZmxStatus bad =
             stateArgs(pState).ptr(pSfBits).ptr(pnPasses).ptr(pnTermPasses).size(size).ptr(pSrc).step(srcStep))
@@ -132,8 +131,7 @@ ZmxStatus zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(const Zmx32s* pSrc, int srcStep
     pState->basePlane = wrapSub(31, magnBits);
     // Twice the plane above the base plane, as errors are squared, less the 13 fraction bits of the tables.
     pState->distExp = wrapSub(wrapMul(2, wrapSub(sfBits - 1, pState->basePlane)), 13);
-    const EncodedBlock block{pSrc, srcStep, size, zeroCodingLUT(subband),
-                             (codeStyle & ZMX_CB_VERTICALLY_CAUSAL) != 0};
+    const EncodedBlock block{pSrc, srcStep, size, zeroCodingLUT(subband), (codeStyle & ZMX_CB_VERTICALLY_CAUSAL) != 0};
     runPasses(pState, block, sfBits, codeStyle);
 
     *pnPasses = coder.passCount;

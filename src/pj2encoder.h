@@ -66,5 +66,4 @@ void encBufEncodeTermLastPass(EncCoderState* state, Zmx8u* pDst, int* pLen);
 inline constexpr auto FsLossless_LUT = tableOf<64>([](int k) { return 2 * (64 + k) * (64 + k); });
 inline constexpr auto FsLossy_LUT = tableOf<64>([](int k) { return 6144 + 384 * k; });
 inline constexpr auto FmLossless_LUT = tableOf<128>([](int k) { return 2 * (64 - k) * (64 - k); });
-inline constexpr auto FmLossy_LUT =
-    tableOf<128>([](int k) { return k < 64 ? 6144 - 128 * k : 128 * k - 10240; });
+inline constexpr auto FmLossy_LUT = tableOf<128>([](int k) { return k < 64 ? 6144 - 128 * k : 128 * k - 10240; });

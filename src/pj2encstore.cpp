@@ -24,8 +24,7 @@ static void endPass(EncCoderState& s) {
     s.passRate[s.curPass] = s.totalBytes + slack;
     // An exact rate may come out below earlier bounds; rates do not decrease.
     if (slack == 0)
-        for (int i = s.curPass; i > 0 && s.passRate[i] < s.passRate[i - 1]; --i)
-            s.passRate[i - 1] = s.passRate[i];
+        for (int i = s.curPass; i > 0 && s.passRate[i] < s.passRate[i - 1]; --i) s.passRate[i - 1] = s.passRate[i];
     s.passLen[s.curPass] = s.passBytes;
     s.decisionBase += s.passDecisions[s.curPass];
     ++s.curPass;
@@ -67,8 +66,7 @@ static void keepRatesOffFF(EncCoderState& s, const Zmx8u* dst, int written) {
     }
 }
 
-ZmxStatus zmxiEncodeStoreBits_JPEG2K_1u(Zmx8u* pDst, int* pDstLen, ZmxiEncodeState_JPEG2K* pState,
-                                        int* pIsNotFinish) {
+ZmxStatus zmxiEncodeStoreBits_JPEG2K_1u(Zmx8u* pDst, int* pDstLen, ZmxiEncodeState_JPEG2K* pState, int* pIsNotFinish) {
     if (ZmxStatus bad = stateArgs(pState).ptr(pDst).ptr(pDstLen).ptr(pIsNotFinish)) return bad;
     if (ZmxStatus bad = Args().size(*pDstLen)) return bad;
     EncCoderState& coder = *pState->pCoder;
@@ -79,8 +77,7 @@ ZmxStatus zmxiEncodeStoreBits_JPEG2K_1u(Zmx8u* pDst, int* pDstLen, ZmxiEncodeSta
 }
 
 int segmentCount(const EncCoderState& coder) {
-    if (!coder.passCount)
-        return coder.termAll ? 0 : 1; // no pass is one segment of no bytes, unless all are terminated
+    if (!coder.passCount) return coder.termAll ? 0 : 1; // no pass is one segment of no bytes, unless all are terminated
     int n = 0;
     for (int i = 0; i < coder.passCount; ++i) n += endsSegment(coder, i);
     return n;

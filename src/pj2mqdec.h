@@ -37,8 +37,7 @@ class MqBytes {
     Zmx32u marker;
 
 public:
-    explicit MqBytes(const MQDecoderState& s)
-        : data(s.pData), len(s.dataLen), pos(s.bytePos), marker(s.markerFound) {}
+    explicit MqBytes(const MQDecoderState& s) : data(s.pData), len(s.dataLen), pos(s.bytePos), marker(s.markerFound) {}
     void save(MQDecoderState& s) const {
         s.bytePos = pos;
         s.markerFound = marker;
@@ -83,8 +82,7 @@ class MqDecoder {
     int ct;
 
 public:
-    explicit MqDecoder(MQDecoderState& s)
-        : state(s), bytes(s), areg(s.areg << 16), creg(s.creg), ct(int(s.ct)) {
+    explicit MqDecoder(MQDecoderState& s) : state(s), bytes(s), areg(s.areg << 16), creg(s.creg), ct(int(s.ct)) {
         setFloor();
     }
     ~MqDecoder() {

@@ -17,8 +17,7 @@ class Output {
 public:
     Zmx8u* at;
 
-    Output(EncCoderState& s, Zmx8u* dst, int* len)
-        : state(s), begin(dst), end(dst + *len), written(len), at(dst) {}
+    Output(EncCoderState& s, Zmx8u* dst, int* len) : state(s), begin(dst), end(dst + *len), written(len), at(dst) {}
     ~Output() {
         *written = int(at - begin);
         state.passBytes += *written;

@@ -34,8 +34,7 @@ inline constexpr Zmx32u kUniformContext = 0;    // the run-length pair and the s
 inline constexpr Zmx32u kRunLengthContext = 1;  // the run-length decision of a cleanup pass
 inline constexpr Zmx32u kZeroCodingContext = 2; // 2 to 10: zero coding; 2: no significant neighbour
 inline constexpr Zmx32u kSignContext = 11;      // 11 to 15: sign coding
-inline constexpr Zmx32u kRefineContext =
-    16; // 16, 17: first refinement without and with a significant neighbour
+inline constexpr Zmx32u kRefineContext = 16;    // 16, 17: first refinement without and with a significant neighbour
 inline constexpr Zmx32u kLaterRefinementContext = 18;
 
 // ISO/IEC 15444-1 Table D.7.
@@ -46,9 +45,7 @@ inline constexpr Zmx32u owniInitialMPS_JPEG2K[kContexts] = {};
 // row of the state table plus the MPS.
 using MqContext = Zmx32u;
 
-constexpr MqContext mqContext(Zmx32u row, Zmx32u mps) {
-    return owniEstimator_JPEG2K[row].qe << 16 | row << 1 | mps;
-}
+constexpr MqContext mqContext(Zmx32u row, Zmx32u mps) { return owniEstimator_JPEG2K[row].qe << 16 | row << 1 | mps; }
 constexpr Zmx32u mqQe(MqContext c) { return c & 0xFFFF0000; } // in the upper half
 constexpr Zmx32u mqRowAndMps(MqContext c) { return c & 0xFF; }
 constexpr Zmx32u mqMps(MqContext c) { return c & 1; }
@@ -62,8 +59,7 @@ inline constexpr auto mqTransitions = tableOf<2 * 47>([](int i) {
     const Zmx32u mps = i & 1;
     return MqTransition{mqContext(e.nmps, mps), mqContext(e.nlps, mps ^ e.flip)};
 });
-static_assert(mqTransitions[0].after[0] == (0x3401u << 16 | 2) &&
-              mqTransitions[93].after[0] == mqContext(46, 1));
+static_assert(mqTransitions[0].after[0] == (0x3401u << 16 | 2) && mqTransitions[93].after[0] == mqContext(46, 1));
 
 constexpr MqContext mqNext(MqContext c, Zmx32u isLps) { return mqTransitions[mqRowAndMps(c)].after[isLps]; }
 

@@ -46,8 +46,7 @@ class NearOptimal {
 
 public:
     explicit NearOptimal(EncCoderState& state)
-        : s(state), low(s.creg << s.ct), high((s.creg + s.areg) << s.ct), lowByte(int(s.curByte)),
-          highByte(lowByte) {}
+        : s(state), low(s.creg << s.ct), high((s.creg + s.areg) << s.ct), lowByte(int(s.curByte)), highByte(lowByte) {}
 
     void terminate() {
         search();

@@ -5,6 +5,4 @@
 inline bool badShift(int Al) { return Al < 0 || Al > 13; }
 
 // A band of AC coefficients, and its bit position.
-inline bool badBand(int Ss, int Se, int Al) {
-    return Ss < 1 || Ss > 63 || Se < Ss || Se > 63 || badShift(Al);
-}
+inline bool badBand(int Ss, int Se, int Al) { return Ss < 1 || Ss > 63 || Se < Ss || Se > 63 || badShift(Al); }

@@ -34,8 +34,7 @@ struct BitReader {
     Zmx32u buf; // the newest byte in bits 0 to 7
     int count;  // how many low bits of buf are not used yet; negative when a marker cut a field short
 
-    BitReader(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos, int* pMarker,
-              ZmxiDecodeHuffmanState* pDecHuffState)
+    BitReader(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos, int* pMarker, ZmxiDecodeHuffmanState* pDecHuffState)
         : src(pSrc), len(nSrcLen), pos(*pSrcCurrPos), marker(*pMarker), buf(pDecHuffState->bitBuffer),
           count(pDecHuffState->bitCount), posOut(pSrcCurrPos), markerOut(pMarker), state(pDecHuffState) {}
     ~BitReader() {
@@ -110,9 +109,7 @@ template <class Reader> ZmxStatus appendBytes(Reader& in, int n) {
 ZmxStatus ownpj_FillBitBuffer(BitReader& in, int nBitsNeeded);
 
 // Sees to it that n bits are held.
-inline ZmxStatus need(BitReader& in, int n) {
-    return in.count < n ? ownpj_FillBitBuffer(in, n) : zmxStsNoErr;
-}
+inline ZmxStatus need(BitReader& in, int n) { return in.count < n ? ownpj_FillBitBuffer(in, n) : zmxStsNoErr; }
 
 // The symbol of code c of the given length. In a table with more codes than there is room for, c may lie
 // below minCode: the index goes modulo 256, and so stays in the list.
@@ -145,8 +142,7 @@ struct DirectReader {
     Zmx32u buf;
     int count;
 
-    DirectReader(const Zmx8u* pSrc, int bytePos, int* pMarker, Zmx32u* pPrefetchedBits,
-                 Zmx32s* pNumValidPrefetchedBits)
+    DirectReader(const Zmx8u* pSrc, int bytePos, int* pMarker, Zmx32u* pPrefetchedBits, Zmx32s* pNumValidPrefetchedBits)
         : src(pSrc), pos(bytePos), marker(*pMarker), buf(*pPrefetchedBits), count(*pNumValidPrefetchedBits),
           markerOut(pMarker), bufOut(pPrefetchedBits), countOut(pNumValidPrefetchedBits) {}
     ~DirectReader() { // the position goes back only where a block ends well

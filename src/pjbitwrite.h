@@ -16,9 +16,7 @@ inline int category(int v) {
 
 // The size of an end-of-band run: how many bits stand behind its symbol. Only a state from elsewhere has a
 // run that the table does not reach; the indices stay inside it then.
-inline int eobSize(Zmx32u run) {
-    return run < 256 ? own_pj_eobsize[run] : own_pj_eobsize[run >> 8 & 511] + 8;
-}
+inline int eobSize(Zmx32u run) { return run < 256 ? own_pj_eobsize[run] : own_pj_eobsize[run >> 8 & 511] + 8; }
 
 // What an encoder writes for v behind its category: the low bits of this.
 inline Zmx32u valueBits(int v) { return Zmx32u(v < 0 ? v - 1 : v); }
@@ -31,8 +29,8 @@ struct BitWriter {
     int count;  // how many
 
     BitWriter(Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos, ZmxiEncodeHuffmanState* pEncHuffState)
-        : dst(pDst), len(dstLenBytes), pos(*pDstCurrPos), buf(pEncHuffState->bitBuffer),
-          count(pEncHuffState->bitCount), posOut(pDstCurrPos), state(pEncHuffState) {}
+        : dst(pDst), len(dstLenBytes), pos(*pDstCurrPos), buf(pEncHuffState->bitBuffer), count(pEncHuffState->bitCount),
+          posOut(pDstCurrPos), state(pEncHuffState) {}
     ~BitWriter() {
         *posOut = pos;
         state->bitBuffer = buf;
@@ -80,9 +78,7 @@ inline ZmxStatus ownpj_write_bits_jpeg(Zmx32u bits, int nBits, BitWriter& out) {
 }
 
 // The code of a symbol. A category of 16 behind a run of 15 lies outside the table: it has no code.
-inline Zmx32u codeOf(const ZmxiEncodeHuffmanSpec& table, int symbol) {
-    return symbol < 256 ? table.codes[symbol] : 0;
-}
+inline Zmx32u codeOf(const ZmxiEncodeHuffmanSpec& table, int symbol) { return symbol < 256 ? table.codes[symbol] : 0; }
 
 inline ZmxStatus writeSymbol(const ZmxiEncodeHuffmanSpec& table, int symbol, BitWriter& out) {
     const Zmx32u code = codeOf(table, symbol);

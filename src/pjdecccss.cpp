@@ -26,7 +26,8 @@ struct Channels {
 
 // Each of the eight elements once or twice.
 template <class U> void replicate(const Row& from, Row& to) {
-    if constexpr (U::shiftX == 0) to = from;
+    if constexpr (U::shiftX == 0)
+        to = from;
     else
         for (int x = 0; x < 8; ++x) to.at[2 * x] = to.at[2 * x + 1] = from.at[x];
 }
@@ -135,8 +136,9 @@ template <int GreenBits> struct Packed {
     template <int Width> static void put(const Channels& row, Zmx8u* dst) {
         // The low bits of each channel are cut off.
         for (int x = 0; x < Width; ++x)
-            store(dst, x, Zmx16u(row.of[2].at[x] >> 3 | row.of[1].at[x] >> (8 - GreenBits) << 5 |
-                                 row.of[0].at[x] >> 3 << (5 + GreenBits)));
+            store(dst, x,
+                  Zmx16u(row.of[2].at[x] >> 3 | row.of[1].at[x] >> (8 - GreenBits) << 5 |
+                         row.of[0].at[x] >> 3 << (5 + GreenBits)));
     }
 };
 using ToBGR555 = Packed<5>;
@@ -164,8 +166,7 @@ struct ToYCbYCr {
     }
 };
 
-template <class U, class Colour, class Out>
-ZmxStatus unitToPixels(const Zmx16s* const* src, void* dst, int dstStep) {
+template <class U, class Colour, class Out> ZmxStatus unitToPixels(const Zmx16s* const* src, void* dst, int dstStep) {
     if (ZmxStatus bad = Args().ptr(src).ptr(dst).planes(src, Out::planes).step(dstStep)) return bad;
     Colour colour;
     for (int cy = 0; cy < 8; ++cy) {

@@ -19,7 +19,8 @@ static void dequantise(const Zmx16s* __restrict src, Zmx16s* __restrict dst, con
         dst[i] = low;
         beyond = Zmx16s(beyond | (high ^ sign));
     }
-    if (beyond) [[unlikely]] zmxsMul_16s(src, reinterpret_cast<const Zmx16s*>(table), dst, 64);
+    if (beyond) [[unlikely]]
+        zmxsMul_16s(src, reinterpret_cast<const Zmx16s*>(table), dst, 64);
 }
 
 ZmxStatus zmxiDCTQuantInv8x8_JPEG_16s_C1(const Zmx16s* pSrc, Zmx16s* pDst, const Zmx16u* pQuantInvTable) {

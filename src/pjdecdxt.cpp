@@ -77,8 +77,7 @@ inline void decodeDxt3(const Zmx8u* pBlock, Zmx8u* pOut, std::size_t outStep) {
     for (int y = 0; y < 4; ++y, pOut += outStep) {
         const Zmx32u alpha = load<Zmx16u>(pBlock, y);
         // 4 bits shifted to the top of the byte: 15 gives 240, and nothing is quite opaque.
-        for (int x = 0; x < 4; ++x, index >>= 2)
-            store(pOut, x, palette.entry[index & 3] | (alpha >> 4 * x & 15) << 28);
+        for (int x = 0; x < 4; ++x, index >>= 2) store(pOut, x, palette.entry[index & 3] | (alpha >> 4 * x & 15) << 28);
     }
 }
 
@@ -95,16 +94,13 @@ inline void decodeDxt5(const Zmx8u* pBlock, Zmx8u* pOut, std::size_t outStep) {
 
 } // namespace
 
-ZmxStatus zmxiTextureDecodeBlockToRGBA_DXT1_8u_C1C4R(const Zmx8u* pSrc, Zmx8u* pDst, Zmx32u dstStep,
-                                                     ZmxiSize roiSize) {
+ZmxStatus zmxiTextureDecodeBlockToRGBA_DXT1_8u_C1C4R(const Zmx8u* pSrc, Zmx8u* pDst, Zmx32u dstStep, ZmxiSize roiSize) {
     return decodeSurface<8>(pSrc, pDst, dstStep, roiSize, decodeDxt1);
 }
-ZmxStatus zmxiTextureDecodeBlockToRGBA_DXT3_8u_C1C4R(const Zmx8u* pSrc, Zmx8u* pDst, Zmx32u dstStep,
-                                                     ZmxiSize roiSize) {
+ZmxStatus zmxiTextureDecodeBlockToRGBA_DXT3_8u_C1C4R(const Zmx8u* pSrc, Zmx8u* pDst, Zmx32u dstStep, ZmxiSize roiSize) {
     return decodeSurface<16>(pSrc, pDst, dstStep, roiSize, decodeDxt3);
 }
-ZmxStatus zmxiTextureDecodeBlockToRGBA_DXT5_8u_C1C4R(const Zmx8u* pSrc, Zmx8u* pDst, Zmx32u dstStep,
-                                                     ZmxiSize roiSize) {
+ZmxStatus zmxiTextureDecodeBlockToRGBA_DXT5_8u_C1C4R(const Zmx8u* pSrc, Zmx8u* pDst, Zmx32u dstStep, ZmxiSize roiSize) {
     return decodeSurface<16>(pSrc, pDst, dstStep, roiSize, decodeDxt5);
 }
 

@@ -36,14 +36,10 @@ struct Mode {
 };
 
 constexpr Mode kModes[8] = {
-    {0, 3, 4, 0, 0, 4, 0, onePerEnd, 3, 0},
-    {1, 2, 6, 0, 0, 6, 0, onePerSubset, 3, 0},
-    {2, 3, 6, 0, 0, 5, 0, none, 2, 0},
-    {3, 2, 6, 0, 0, 7, 0, onePerEnd, 2, 0},
-    {4, 1, 0, 2, 1, 5, 6, none, 2, 3},
-    {5, 1, 0, 2, 0, 7, 8, none, 2, 2},
-    {6, 1, 0, 0, 0, 7, 7, onePerEnd, 4, 0},
-    {7, 2, 6, 0, 0, 5, 5, onePerEnd, 2, 0},
+    {0, 3, 4, 0, 0, 4, 0, onePerEnd, 3, 0}, {1, 2, 6, 0, 0, 6, 0, onePerSubset, 3, 0},
+    {2, 3, 6, 0, 0, 5, 0, none, 2, 0},      {3, 2, 6, 0, 0, 7, 0, onePerEnd, 2, 0},
+    {4, 1, 0, 2, 1, 5, 6, none, 2, 3},      {5, 1, 0, 2, 0, 7, 8, none, 2, 2},
+    {6, 1, 0, 0, 0, 7, 7, onePerEnd, 4, 0}, {7, 2, 6, 0, 0, 5, 5, onePerEnd, 2, 0},
 };
 static_assert(std::all_of(kModes, kModes + 8, [](Mode m) { return m.index2At() + m.index2Size() == 128; }));
 
@@ -55,10 +51,14 @@ struct Bits {
 
     template <int At, int Count> Word get() const {
         constexpr Word mask = Count == 64 ? ~Word(0) : (Word(1) << (Count % 64)) - 1;
-        if constexpr (Count == 0) return 0;
-        else if constexpr (At >= 64) return hi >> (At - 64) & mask;
-        else if constexpr (At == 0 || At + Count <= 64) return lo >> At & mask;
-        else return (lo >> At | hi << (64 - At)) & mask;
+        if constexpr (Count == 0)
+            return 0;
+        else if constexpr (At >= 64)
+            return hi >> (At - 64) & mask;
+        else if constexpr (At == 0 || At + Count <= 64)
+            return lo >> At & mask;
+        else
+            return (lo >> At | hi << (64 - At)) & mask;
     }
 };
 
@@ -71,8 +71,7 @@ template <int IndexBits> Word widenAnchor(Word set, int texel) {
 // An index set with all its indexes equally wide.
 template <int IndexBits, int Subsets> Word widenAnchors(Word set, Zmx32u partition) {
     set = widenAnchor<IndexBits>(set, 0);
-    if constexpr (Subsets == 2)
-        set = widenAnchor<IndexBits>(set, anchorOfTwoSubsets[idxFixupTwoSubsetMap[partition]]);
+    if constexpr (Subsets == 2) set = widenAnchor<IndexBits>(set, anchorOfTwoSubsets[idxFixupTwoSubsetMap[partition]]);
     if constexpr (Subsets == 3)
         for (int texel : anchorsOfThreeSubsets[idxFixupThreeSubsetMap[partition]])
             set = widenAnchor<IndexBits>(set, texel);
@@ -153,8 +152,10 @@ template <Mode M> void decodeMode(const Zmx8u* pBlock, Zmx8u* pOut, std::size_t 
     readEnds<M, 0>(bits, r);
     readEnds<M, 1>(bits, g);
     readEnds<M, 2>(bits, b);
-    if constexpr (M.alpha > 0) readEnds<M, 3>(bits, a);
-    else std::fill(a, a + M.ends(), 255);
+    if constexpr (M.alpha > 0)
+        readEnds<M, 3>(bits, a);
+    else
+        std::fill(a, a + M.ends(), 255);
 
     const Word set = bits.get<M.indexAt(), M.indexSize()>();
     Zmx32u indexes[16];
@@ -183,28 +184,45 @@ template <Mode M> void decodeMode(const Zmx8u* pBlock, Zmx8u* pOut, std::size_t 
     } else {
         const SubsetTable& table = M.subsets == 2 ? subset_index_two_subsets : subset_index_three_subsets;
         const Zmx32u* const subsets = table[partition].data();
-        if constexpr (M.alpha > 0) block_interpolate_multi_subsets_rgba(indexes, r, g, b, a, 2, subsets, pOut, outStep);
-        else interpolate<M.index, M.subsets>(indexes, r, g, b, a, subsets, pOut, outStep);
+        if constexpr (M.alpha > 0)
+            block_interpolate_multi_subsets_rgba(indexes, r, g, b, a, 2, subsets, pOut, outStep);
+        else
+            interpolate<M.index, M.subsets>(indexes, r, g, b, a, subsets, pOut, outStep);
     }
 }
 
 } // namespace
 
-ZmxStatus zmxiTextureDecodeBlockToRGBA_BC7_8u_C1C4R(const Zmx8u* pSrc, Zmx8u* pDst, Zmx32u dstStep,
-                                                    ZmxiSize roiSize) {
+ZmxStatus zmxiTextureDecodeBlockToRGBA_BC7_8u_C1C4R(const Zmx8u* pSrc, Zmx8u* pDst, Zmx32u dstStep, ZmxiSize roiSize) {
     return decodeSurface<16>(pSrc, pDst, dstStep, roiSize, decode_block_bc7_rgba);
 }
 
 const Zmx8u* decode_block_bc7_rgba(const Zmx8u* pBlock, Zmx8u* pOut, std::size_t outStep) {
     switch (modeMap[pBlock[0]]) {
-    case 0: decodeMode<kModes[0]>(pBlock, pOut, outStep); break;
-    case 1: decodeMode<kModes[1]>(pBlock, pOut, outStep); break;
-    case 2: decodeMode<kModes[2]>(pBlock, pOut, outStep); break;
-    case 3: decodeMode<kModes[3]>(pBlock, pOut, outStep); break;
-    case 4: decodeMode<kModes[4]>(pBlock, pOut, outStep); break;
-    case 5: decodeMode<kModes[5]>(pBlock, pOut, outStep); break;
-    case 6: decodeMode<kModes[6]>(pBlock, pOut, outStep); break;
-    case 7: decodeMode<kModes[7]>(pBlock, pOut, outStep); break;
+    case 0:
+        decodeMode<kModes[0]>(pBlock, pOut, outStep);
+        break;
+    case 1:
+        decodeMode<kModes[1]>(pBlock, pOut, outStep);
+        break;
+    case 2:
+        decodeMode<kModes[2]>(pBlock, pOut, outStep);
+        break;
+    case 3:
+        decodeMode<kModes[3]>(pBlock, pOut, outStep);
+        break;
+    case 4:
+        decodeMode<kModes[4]>(pBlock, pOut, outStep);
+        break;
+    case 5:
+        decodeMode<kModes[5]>(pBlock, pOut, outStep);
+        break;
+    case 6:
+        decodeMode<kModes[6]>(pBlock, pOut, outStep);
+        break;
+    case 7:
+        decodeMode<kModes[7]>(pBlock, pOut, outStep);
+        break;
     default: // no mode: not an error, but transparent black
         for (std::size_t y = 0; y < 4; ++y) std::memset(pOut + outStep * y, 0, 16);
     }
@@ -236,8 +254,8 @@ void block_interpolate_one_subset_rotate_rgba(const Zmx32u* pIndexesA, const Zmx
     run(pIndexesA, pIndexesB, ends, channelB, pOut, outStep);
 }
 
-void block_interpolate_multi_subsets_rgba(const Zmx32u* pIndexes, const Zmx32u* pR, const Zmx32u* pG,
-                                          const Zmx32u* pB, const Zmx32u* pA, int /*reserved*/,
-                                          const Zmx32u* pSubsets, Zmx8u* pOut, std::size_t outStep) {
+void block_interpolate_multi_subsets_rgba(const Zmx32u* pIndexes, const Zmx32u* pR, const Zmx32u* pG, const Zmx32u* pB,
+                                          const Zmx32u* pA, int /*reserved*/, const Zmx32u* pSubsets, Zmx8u* pOut,
+                                          std::size_t outStep) {
     interpolate<2, 2>(pIndexes, pR, pG, pB, pA, pSubsets, pOut, outStep);
 }

@@ -26,6 +26,6 @@ void block_interpolate_one_subset_rotate_rgba(const Zmx32u* pIndexesA, const Zmx
                                               int bitsA, int bitsB, Zmx8u* pOut, std::size_t outStep);
 
 // Mode 7: two subsets, 2-bit indexes; pSubsets is the partition's row of subsets. `reserved` is not read.
-void block_interpolate_multi_subsets_rgba(const Zmx32u* pIndexes, const Zmx32u* pR, const Zmx32u* pG,
-                                          const Zmx32u* pB, const Zmx32u* pA, int reserved, const Zmx32u* pSubsets,
-                                          Zmx8u* pOut, std::size_t outStep);
+void block_interpolate_multi_subsets_rgba(const Zmx32u* pIndexes, const Zmx32u* pR, const Zmx32u* pG, const Zmx32u* pB,
+                                          const Zmx32u* pA, int reserved, const Zmx32u* pSubsets, Zmx8u* pOut,
+                                          std::size_t outStep);

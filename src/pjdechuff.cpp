@@ -65,9 +65,8 @@ Left decodeFast(Reader& in, Zmx16s* pDst, Zmx16s* pLastDC, const ZmxiDecodeHuffm
 
 // Decodes a block from zig-zag position k on.
 [[gnu::noinline]] ZmxStatus decodeExact(BitReader in, Zmx16s* pDst, Zmx16s* pLastDC,
-                                        const ZmxiDecodeHuffmanSpec& dcTable,
-                                        const ZmxiDecodeHuffmanSpec& acTable, int k,
-                                        Zmx32s* pBlockPositions) {
+                                        const ZmxiDecodeHuffmanSpec& dcTable, const ZmxiDecodeHuffmanSpec& acTable,
+                                        int k, Zmx32s* pBlockPositions) {
     if (k == 0) {
         if (ZmxStatus failed = decodeDC(in, pLastDC, dcTable)) {
             *pBlockPositions = 0;
@@ -102,8 +101,7 @@ Left decodeFast(Reader& in, Zmx16s* pDst, Zmx16s* pLastDC, const ZmxiDecodeHuffm
 } // namespace
 
 ZmxStatus zmxiDecodeHuffman8x8_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos, Zmx16s* pDst,
-                                             Zmx16s* pLastDC, int* pMarker,
-                                             const ZmxiDecodeHuffmanSpec* pDcTable,
+                                             Zmx16s* pLastDC, int* pMarker, const ZmxiDecodeHuffmanSpec* pDcTable,
                                              const ZmxiDecodeHuffmanSpec* pAcTable,
                                              ZmxiDecodeHuffmanState* pDecHuffState) {
     if (ZmxStatus bad = Args()
@@ -126,8 +124,8 @@ ZmxStatus zmxiDecodeHuffman8x8_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int
     }
     if (left == Left::Outside) return zmxStsErr;
     if (left == Left::Open)
-        return decodeExact({pSrc, nSrcLen, pSrcCurrPos, pMarker, pDecHuffState}, pDst, pLastDC, *pDcTable,
-                           *pAcTable, k, &pDecHuffState->blockPositions);
+        return decodeExact({pSrc, nSrcLen, pSrcCurrPos, pMarker, pDecHuffState}, pDst, pLastDC, *pDcTable, *pAcTable, k,
+                           &pDecHuffState->blockPositions);
     pDecHuffState->blockPositions = k;
     return zmxStsNoErr;
 }
@@ -160,8 +158,8 @@ bool directValue(DirectReader& in, int s, int* pValue) {
 
 // Decodes a block from zig-zag position k on.
 [[gnu::noinline]] ZmxStatus decodeDirect(DirectReader in, Zmx16s* pDst, Zmx16s* pLastDC,
-                                         const ZmxiDecodeHuffmanSpec& dcTable,
-                                         const ZmxiDecodeHuffmanSpec& acTable, int k, int* pSrcBitsLen) {
+                                         const ZmxiDecodeHuffmanSpec& dcTable, const ZmxiDecodeHuffmanSpec& acTable,
+                                         int k, int* pSrcBitsLen) {
     int value = 0;
     if (k == 0) {
         const int symbol = directSymbol(in, dcTable);
@@ -195,8 +193,8 @@ bool directValue(DirectReader& in, int s, int* pValue) {
 
 } // namespace
 
-ZmxStatus zmxiDecodeHuffman8x8_Direct_JPEG_1u16s_C1(const Zmx8u* pSrc, int* pSrcBitsLen, Zmx16s* pDst,
-                                                    Zmx16s* pLastDC, int* pMarker, Zmx32u* pPrefetchedBits,
+ZmxStatus zmxiDecodeHuffman8x8_Direct_JPEG_1u16s_C1(const Zmx8u* pSrc, int* pSrcBitsLen, Zmx16s* pDst, Zmx16s* pLastDC,
+                                                    int* pMarker, Zmx32u* pPrefetchedBits,
                                                     Zmx32s* pNumValidPrefetchedBits,
                                                     const ZmxiDecodeHuffmanSpec* pDcTable,
                                                     const ZmxiDecodeHuffmanSpec* pAcTable) {
@@ -220,8 +218,8 @@ ZmxStatus zmxiDecodeHuffman8x8_Direct_JPEG_1u16s_C1(const Zmx8u* pSrc, int* pSrc
         pos = in.pos;
     }
     if (left == Left::Open)
-        return decodeDirect({pSrc, pos, pMarker, pPrefetchedBits, pNumValidPrefetchedBits}, pDst, pLastDC,
-                            *pDcTable, *pAcTable, k, pSrcBitsLen);
+        return decodeDirect({pSrc, pos, pMarker, pPrefetchedBits, pNumValidPrefetchedBits}, pDst, pLastDC, *pDcTable,
+                            *pAcTable, k, pSrcBitsLen);
     *pSrcBitsLen = wrapMul(pos, 8);
     return zmxStsNoErr;
 }

@@ -33,9 +33,8 @@ ZmxStatus decodeEobRun(BitReader& in, int n, Zmx32s* pEobRun) {
     return zmxStsNoErr;
 }
 
-Args bandArgs(const Zmx8u* pSrc, int nSrcLen, const int* pSrcCurrPos, const Zmx16s* pDst, const int* pMarker,
-              int Ss, int Se, int Al, const ZmxiDecodeHuffmanSpec* pAcTable,
-              const ZmxiDecodeHuffmanState* pDecHuffState) {
+Args bandArgs(const Zmx8u* pSrc, int nSrcLen, const int* pSrcCurrPos, const Zmx16s* pDst, const int* pMarker, int Ss,
+              int Se, int Al, const ZmxiDecodeHuffmanSpec* pAcTable, const ZmxiDecodeHuffmanState* pDecHuffState) {
     return Args()
         .ptr(pSrc)
         .size(nSrcLen)
@@ -49,8 +48,8 @@ Args bandArgs(const Zmx8u* pSrc, int nSrcLen, const int* pSrcCurrPos, const Zmx1
 
 } // namespace
 
-ZmxStatus zmxiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos,
-                                                     Zmx16s* pDst, Zmx16s* pLastDC, int* pMarker, int Al,
+ZmxStatus zmxiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos, Zmx16s* pDst,
+                                                     Zmx16s* pLastDC, int* pMarker, int Al,
                                                      const ZmxiDecodeHuffmanSpec* pDcTable,
                                                      ZmxiDecodeHuffmanState* pDecHuffState) {
     if (ZmxStatus bad = Args()
@@ -70,17 +69,10 @@ ZmxStatus zmxiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrc
     return zmxStsNoErr;
 }
 
-ZmxStatus zmxiDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos,
-                                                      Zmx16s* pDst, int* pMarker, int Al,
-                                                      ZmxiDecodeHuffmanState* pDecHuffState) {
-    if (ZmxStatus bad = Args()
-                            .ptr(pSrc)
-                            .size(nSrcLen)
-                            .ptr(pSrcCurrPos)
-                            .ptr(pDst)
-                            .ptr(pMarker)
-                            .arg(badShift(Al))
-                            .ptr(pDecHuffState))
+ZmxStatus zmxiDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos, Zmx16s* pDst,
+                                                      int* pMarker, int Al, ZmxiDecodeHuffmanState* pDecHuffState) {
+    if (ZmxStatus bad =
+            Args().ptr(pSrc).size(nSrcLen).ptr(pSrcCurrPos).ptr(pDst).ptr(pMarker).arg(badShift(Al)).ptr(pDecHuffState))
         return bad;
     BitReader in(pSrc, nSrcLen, pSrcCurrPos, pMarker, pDecHuffState);
     if (ZmxStatus failed = need(in, 1)) return failed;
@@ -88,12 +80,11 @@ ZmxStatus zmxiDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSr
     return zmxStsNoErr;
 }
 
-ZmxStatus zmxiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos,
-                                                     Zmx16s* pDst, int* pMarker, int Ss, int Se, int Al,
+ZmxStatus zmxiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos, Zmx16s* pDst,
+                                                     int* pMarker, int Ss, int Se, int Al,
                                                      const ZmxiDecodeHuffmanSpec* pAcTable,
                                                      ZmxiDecodeHuffmanState* pDecHuffState) {
-    if (ZmxStatus bad =
-            bandArgs(pSrc, nSrcLen, pSrcCurrPos, pDst, pMarker, Ss, Se, Al, pAcTable, pDecHuffState))
+    if (ZmxStatus bad = bandArgs(pSrc, nSrcLen, pSrcCurrPos, pDst, pMarker, Ss, Se, Al, pAcTable, pDecHuffState))
         return bad;
     if (pDecHuffState->eobRun > 0) {
         --pDecHuffState->eobRun;
@@ -213,12 +204,11 @@ ZmxStatus refineBand(BitReader& in, Zmx16s* pDst, Known& known, int* k, int Se, 
 
 } // namespace
 
-ZmxStatus zmxiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos,
-                                                      Zmx16s* pDst, int* pMarker, int Ss, int Se, int Al,
+ZmxStatus zmxiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos, Zmx16s* pDst,
+                                                      int* pMarker, int Ss, int Se, int Al,
                                                       const ZmxiDecodeHuffmanSpec* pAcTable,
                                                       ZmxiDecodeHuffmanState* pDecHuffState) {
-    if (ZmxStatus bad =
-            bandArgs(pSrc, nSrcLen, pSrcCurrPos, pDst, pMarker, Ss, Se, Al, pAcTable, pDecHuffState))
+    if (ZmxStatus bad = bandArgs(pSrc, nSrcLen, pSrcCurrPos, pDst, pMarker, Ss, Se, Al, pAcTable, pDecHuffState))
         return bad;
     BitReader in(pSrc, nSrcLen, pSrcCurrPos, pMarker, pDecHuffState);
     Zmx32s& eobRun = pDecHuffState->eobRun;

@@ -2,22 +2,20 @@
 // modulo 2^16.
 #include "pjpred.h"
 
-ZmxStatus zmxiReconstructPredFirstRow_JPEG_16s_C1(const Zmx16s* pSrc, Zmx16s* pDst, int nWidth, int P,
-                                                  int Pt) {
+ZmxStatus zmxiReconstructPredFirstRow_JPEG_16s_C1(const Zmx16s* pSrc, Zmx16s* pDst, int nWidth, int P, int Pt) {
     if (ZmxStatus bad = firstRowArgs(pSrc, pDst, nWidth, P, Pt)) return bad;
     Zmx16s Ra = pDst[0] = wrap16s(pSrc[0] + middle(P, Pt));
     for (int i = 1; i < nWidth; ++i) Ra = pDst[i] = wrap16s(pSrc[i] + Ra);
     return zmxStsNoErr;
 }
 
-ZmxStatus zmxiReconstructPredRow_JPEG_16s_C1(const Zmx16s* pSrc, const Zmx16s* pPrevRow, Zmx16s* pDst,
-                                             int nWidth, int predictor) {
+ZmxStatus zmxiReconstructPredRow_JPEG_16s_C1(const Zmx16s* pSrc, const Zmx16s* pPrevRow, Zmx16s* pDst, int nWidth,
+                                             int predictor) {
     if (ZmxStatus bad = rowArgs(pSrc, pPrevRow, pDst, nWidth, predictor)) return bad;
     const Zmx16s first = pDst[0] = wrap16s(pSrc[0] + pPrevRow[0]); // whatever the predictor
     withPredictor(predictor, [=](auto predict) {
         Zmx16s Ra = first;
-        for (int i = 1; i < nWidth; ++i)
-            Ra = pDst[i] = wrap16s(pSrc[i] + predict(Ra, pPrevRow[i], pPrevRow[i - 1]));
+        for (int i = 1; i < nWidth; ++i) Ra = pDst[i] = wrap16s(pSrc[i] + predict(Ra, pPrevRow[i], pPrevRow[i - 1]));
     });
     return zmxStsNoErr;
 }

@@ -68,8 +68,10 @@ ZmxStatus encodeSurface(const Zmx8u* pSrc, Zmx32u srcStep, ZmxiSize roi, Zmx8u* 
             const int cols = std::min(4, roi.width - 4 * bx);
             const Zmx8u* const src = band + 4 * PixelBytes * std::size_t(bx);
             Zmx8u block[16 * PixelBytes];
-            if (rows == 4 && cols == 4) gatherBlock<PixelBytes>(src, step, 4, 4, block);
-            else gatherBlock<PixelBytes>(src, step, cols, rows, block);
+            if (rows == 4 && cols == 4)
+                gatherBlock<PixelBytes>(src, step, 4, 4, block);
+            else
+                gatherBlock<PixelBytes>(src, step, cols, rows, block);
             encode(block, pDst);
         }
     }

@@ -14,9 +14,7 @@
 namespace {
 
 // Three or four channels of all pixels of a unit, row by row.
-template <class U> struct Channels {
-    alignas(32) Zmx16u of[4][U::pixels];
-};
+template <class U> struct Channels { alignas(32) Zmx16u of[4][U::pixels]; };
 
 // How pixels become the channels R, G, B (and K), or Y, Cb, Cr.
 template <int C0, int C1, int C2> struct Bytes3 {
@@ -128,8 +126,7 @@ template <class U> void sum(const Zmx16u* channel, Zmx16s* sums) {
     for (int i = 0; i < 64; ++i) sums[i] = U::shiftX ? Zmx16s(rows[2 * i] + rows[2 * i + 1]) : Zmx16s(rows[i]);
 }
 
-template <class U, class In, class Colour>
-ZmxStatus pixelsToUnit(const void* src, int srcStep, Zmx16s* const* dst) {
+template <class U, class In, class Colour> ZmxStatus pixelsToUnit(const void* src, int srcStep, Zmx16s* const* dst) {
     // The step ahead of the planes: required here, the decoding side has it behind them.
     if (ZmxStatus bad = Args().ptr(src).ptr(dst).step(srcStep).planes(dst, In::planes)) return bad;
     Channels<U> from;

@@ -176,8 +176,8 @@ void encode_block_ycocg_dxt5(Zmx8u* pBlock, Zmx8u* pOut) {
     const Bounds yBox = boundsOf(y), coBox = boundsOf(co), cgBox = boundsOf(cg);
 
     // Small chroma ranges are scaled about 128 for the sake of the 5 and 6 bits; no value leaves its byte.
-    const int reach = std::max({std::abs(coBox.lo - 128), std::abs(coBox.hi - 128), std::abs(cgBox.lo - 128),
-                                std::abs(cgBox.hi - 128)});
+    const int reach = std::max(
+        {std::abs(coBox.lo - 128), std::abs(coBox.hi - 128), std::abs(cgBox.lo - 128), std::abs(cgBox.hi - 128)});
     const int s = reach < 32 ? 4 : reach < 64 ? 2 : 1;
     for (int i = 0; i < 16; ++i) {
         co[i] = pBlock[3 * i + 1] = scaled(co[i], s);

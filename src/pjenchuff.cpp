@@ -60,9 +60,8 @@ constexpr int kWorstBlock = 2 * (64 * 32 + 16 + 7) / 8 + 2;
 
 } // namespace
 
-ZmxStatus zmxiEncodeHuffman8x8_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes,
-                                             int* pDstCurrPos, Zmx16s* pLastDC,
-                                             const ZmxiEncodeHuffmanSpec* pDcTable,
+ZmxStatus zmxiEncodeHuffman8x8_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos,
+                                             Zmx16s* pLastDC, const ZmxiEncodeHuffmanSpec* pDcTable,
                                              const ZmxiEncodeHuffmanSpec* pAcTable,
                                              ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState) {
     // What a flush needs comes first: it has no block. Required here.
@@ -82,8 +81,8 @@ ZmxStatus zmxiEncodeHuffman8x8_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, in
     return walkBlock(pSrc, diff, sink);
 }
 
-ZmxStatus zmxiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int* pDstBitsLen,
-                                                    Zmx16s* pLastDC, const ZmxiEncodeHuffmanSpec* pDcTable,
+ZmxStatus zmxiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int* pDstBitsLen, Zmx16s* pLastDC,
+                                                    const ZmxiEncodeHuffmanSpec* pDcTable,
                                                     const ZmxiEncodeHuffmanSpec* pAcTable) {
     if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDst).ptr(pDstBitsLen).ptr(pLastDC).ptr(pDcTable).ptr(pAcTable))
         return bad;
@@ -117,8 +116,8 @@ struct CountSink {
 
 } // namespace
 
-ZmxStatus zmxiGetHuffmanStatistics8x8_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pDcStatistics,
-                                                  Zmx32u* pAcStatistics, Zmx16s* pLastDC) {
+ZmxStatus zmxiGetHuffmanStatistics8x8_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pDcStatistics, Zmx32u* pAcStatistics,
+                                                  Zmx16s* pLastDC) {
     if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDcStatistics).ptr(pAcStatistics).ptr(pLastDC)) return bad;
     CountSink sink{pDcStatistics, pAcStatistics};
     return walkBlock(pSrc, differenceDC(pSrc, pLastDC), sink);

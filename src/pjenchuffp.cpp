@@ -78,8 +78,7 @@ Zmx16u shifted(Zmx16s c, int Al) { return Zmx16u(Zmx16u(c < 0 ? -c : c) >> Al); 
 
 template <class Sink>
 ZmxStatus firstBand(const Zmx16s* pSrc, int Ss, int Se, int Al, ZmxiEncodeHuffmanState& state, Sink& sink) {
-    const std::uint64_t set =
-        zigzagSet(pSrc, [Al](Zmx16s c) { return shifted(c, Al) != 0; }) & positions(Ss, Se);
+    const std::uint64_t set = zigzagSet(pSrc, [Al](Zmx16s c) { return shifted(c, Al) != 0; }) & positions(Ss, Se);
     int next = Ss; // behind the last coefficient coded
     const ZmxStatus status = forEachPosition(set, [&](int k) -> ZmxStatus {
         if (ZmxStatus failed = putRun(sink, state.eobRun)) return failed;
@@ -136,8 +135,7 @@ ZmxStatus refineBand(const Zmx16s* pSrc, int Ss, int Se, int Al, ZmxiEncodeHuffm
     if (r == 0 && next > Se && count == 0) return zmxStsNoErr;
     ++state.eobRun;
     state.correctionCount += count;
-    return state.eobRun >= kMaxRun || state.correctionCount > kMaxHeldBits ? putHeld(sink, state)
-                                                                           : zmxStsNoErr;
+    return state.eobRun >= kMaxRun || state.correctionCount > kMaxHeldBits ? putHeld(sink, state) : zmxStsNoErr;
 }
 
 constexpr int kMaxCategoryDC = 11;
@@ -146,9 +144,8 @@ constexpr int kMaxCategoryDC = 11;
 
 // In all four encoders what a flush needs is tested first: it has no block. Required here.
 
-ZmxStatus zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes,
-                                                     int* pDstCurrPos, Zmx16s* pLastDC, int Al,
-                                                     const ZmxiEncodeHuffmanSpec* pDcTable,
+ZmxStatus zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos,
+                                                     Zmx16s* pLastDC, int Al, const ZmxiEncodeHuffmanSpec* pDcTable,
                                                      ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState) {
     if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pEncHuffState)) return bad;
     if (bFlushState) return flushWriter(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
@@ -161,8 +158,7 @@ ZmxStatus zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* 
 }
 
 ZmxStatus zmxiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes,
-                                                      int* pDstCurrPos, int Al,
-                                                      ZmxiEncodeHuffmanState* pEncHuffState,
+                                                      int* pDstCurrPos, int Al, ZmxiEncodeHuffmanState* pEncHuffState,
                                                       int bFlushState) {
     if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pEncHuffState)) return bad;
     if (bFlushState) return flushWriter(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
@@ -172,9 +168,8 @@ ZmxStatus zmxiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u*
     return ownpj_write_bits_jpeg(Zmx32u(pSrc[0] >> Al), 1, out);
 }
 
-ZmxStatus zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes,
-                                                     int* pDstCurrPos, int Ss, int Se, int Al,
-                                                     const ZmxiEncodeHuffmanSpec* pAcTable,
+ZmxStatus zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos,
+                                                     int Ss, int Se, int Al, const ZmxiEncodeHuffmanSpec* pAcTable,
                                                      ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState) {
     if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pAcTable).ptr(pEncHuffState))
         return bad;
@@ -195,8 +190,7 @@ ZmxStatus zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* 
 ZmxStatus zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes,
                                                       int* pDstCurrPos, int Ss, int Se, int Al,
                                                       const ZmxiEncodeHuffmanSpec* pAcTable,
-                                                      ZmxiEncodeHuffmanState* pEncHuffState,
-                                                      int bFlushState) {
+                                                      ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState) {
     if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pAcTable).ptr(pEncHuffState))
         return bad;
     if (bFlushState) {
@@ -205,8 +199,7 @@ ZmxStatus zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u*
             BitWriter out(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
             Write sink{*pAcTable, out};
             run = putRun(sink, pEncHuffState->eobRun); // reported, unlike in the first scan
-            if (run == zmxStsNoErr)
-                putBits(sink, pEncHuffState->correctionBits, pEncHuffState->correctionCount);
+            if (run == zmxStsNoErr) putBits(sink, pEncHuffState->correctionBits, pEncHuffState->correctionCount);
         }
         const ZmxStatus flushed = flushWriter(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
         return flushed ? flushed : run;
@@ -217,8 +210,8 @@ ZmxStatus zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u*
     return refineBand(pSrc, Ss, Se, Al, *pEncHuffState, sink);
 }
 
-ZmxStatus zmxiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pDcStatistics,
-                                                          Zmx16s* pLastDC, int Al) {
+ZmxStatus zmxiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pDcStatistics, Zmx16s* pLastDC,
+                                                          int Al) {
     if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDcStatistics).ptr(pLastDC).arg(badShift(Al))) return bad;
     const int n = category(differenceDC(pSrc, pLastDC, Al));
     if (n > kMaxCategoryDC) return zmxStsDCTRangeErr;
@@ -245,15 +238,13 @@ ZmxStatus countBand(const Zmx16s* pSrc, Zmx32u* pAcStatistics, int Ss, int Se, i
 
 } // namespace
 
-ZmxStatus zmxiGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pAcStatistics, int Ss,
-                                                          int Se, int Al,
-                                                          ZmxiEncodeHuffmanState* pEncHuffState,
+ZmxStatus zmxiGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pAcStatistics, int Ss, int Se,
+                                                          int Al, ZmxiEncodeHuffmanState* pEncHuffState,
                                                           int bFlushState) {
     return countBand(pSrc, pAcStatistics, Ss, Se, Al, pEncHuffState, bFlushState, firstBand<Count>);
 }
-ZmxStatus zmxiGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pAcStatistics, int Ss,
-                                                           int Se, int Al,
-                                                           ZmxiEncodeHuffmanState* pEncHuffState,
+ZmxStatus zmxiGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pAcStatistics, int Ss, int Se,
+                                                           int Al, ZmxiEncodeHuffmanState* pEncHuffState,
                                                            int bFlushState) {
     return countBand(pSrc, pAcStatistics, Ss, Se, Al, pEncHuffState, bFlushState, refineBand<Count>);
 }

@@ -1,7 +1,7 @@
 // pjencqnt.cpp - quantisation, its tables and their quality factor.
 #include "pjargs.h"
-#include "pjwrap.h"
 #include "pjqnttbl.h"
+#include "pjwrap.h"
 #include "psmul.h"
 
 ZmxStatus zmxiQuantFwdRawTableInit_JPEG_8u(Zmx8u* pQuantRawTable, int qualityFactor) {

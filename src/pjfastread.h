@@ -17,9 +17,8 @@ constexpr int refilledBelow(int count, int need) { return count < need ? ((count
 
 // By category and count behind a code: the count in front of the next code, that is with the value taken and
 // 8 bits asked for. A table, since a branch on either refill is as good as random.
-inline constexpr auto nextCounts = tableOf<16>([](int s) {
-    return tableOf<64>([s](int count) { return Zmx8u(refilledBelow(refilledBelow(count, s) - s, 8)); });
-});
+inline constexpr auto nextCounts = tableOf<16>(
+    [](int s) { return tableOf<64>([s](int count) { return Zmx8u(refilledBelow(refilledBelow(count, s) - s, 8)); }); });
 
 // How many of the next 8 bytes stand ahead of a 0xFF and of the end.
 inline int bytesWithoutFF(const BitReader& in, const Zmx8u* p) {
@@ -103,9 +102,7 @@ public:
           next(reader.src + reader.pos), known(next), stuffed(false) {}
 
     // Whether a reader is in a state to begin with.
-    static bool suits(const Reader& reader) {
-        return reader.marker == 0 && reader.count >= 0 && reader.count <= 32;
-    }
+    static bool suits(const Reader& reader) { return reader.marker == 0 && reader.count >= 0 && reader.count <= 32; }
 
     // Fills the register to 56 bits or more, enough for a code of 16 bits with its value and one of 8 bits
     // with its own. False near a marker or the end.

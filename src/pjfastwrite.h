@@ -34,8 +34,7 @@ public:
 
     // At a position in bits: those in front of it in its byte are pending.
     FastWriter(Zmx8u* dst, int position)
-        : next(dst + (position >> 3)), bits(position & 7 ? *next >> (8 - (position & 7)) : 0),
-          count(position & 7) {}
+        : next(dst + (position >> 3)), bits(position & 7 ? *next >> (8 - (position & 7)) : 0), count(position & 7) {}
 
     // Writes the low n bits of v, up to 32 of them; the bits above have to be zero.
     void put(std::uint64_t v, int n) {

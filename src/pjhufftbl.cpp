@@ -138,18 +138,10 @@ static ZmxStatus encodeHuffmanSpecInit(const Zmx8u* pListBits, const Zmx8u* pLis
 
 void ownpj_EncodeHuffmanStateInit(ZmxiEncodeHuffmanState* pEncHuffState) { *pEncHuffState = {}; }
 
-ZmxStatus zmxiDecodeHuffmanSpecGetBufSize_JPEG_8u(int* pSize) {
-    return getBufSize<ZmxiDecodeHuffmanSpec>(pSize);
-}
-ZmxStatus zmxiDecodeHuffmanStateGetBufSize_JPEG_8u(int* pSize) {
-    return getBufSize<ZmxiDecodeHuffmanState>(pSize);
-}
-ZmxStatus zmxiEncodeHuffmanSpecGetBufSize_JPEG_8u(int* pSize) {
-    return getBufSize<ZmxiEncodeHuffmanSpec>(pSize);
-}
-ZmxStatus zmxiEncodeHuffmanStateGetBufSize_JPEG_8u(int* pSize) {
-    return getBufSize<ZmxiEncodeHuffmanState>(pSize);
-}
+ZmxStatus zmxiDecodeHuffmanSpecGetBufSize_JPEG_8u(int* pSize) { return getBufSize<ZmxiDecodeHuffmanSpec>(pSize); }
+ZmxStatus zmxiDecodeHuffmanStateGetBufSize_JPEG_8u(int* pSize) { return getBufSize<ZmxiDecodeHuffmanState>(pSize); }
+ZmxStatus zmxiEncodeHuffmanSpecGetBufSize_JPEG_8u(int* pSize) { return getBufSize<ZmxiEncodeHuffmanSpec>(pSize); }
+ZmxStatus zmxiEncodeHuffmanStateGetBufSize_JPEG_8u(int* pSize) { return getBufSize<ZmxiEncodeHuffmanState>(pSize); }
 
 ZmxStatus zmxiDecodeHuffmanSpecInit_JPEG_8u(const Zmx8u* pListBits, const Zmx8u* pListVals,
                                             ZmxiDecodeHuffmanSpec* pDecHuffSpec) {
@@ -168,12 +160,8 @@ ZmxStatus zmxiEncodeHuffmanSpecInitAlloc_JPEG_8u(const Zmx8u* pListBits, const Z
     return initAllocSpec(pListBits, pListVals, ppEncHuffSpec, encodeHuffmanSpecInit);
 }
 
-ZmxStatus zmxiDecodeHuffmanStateInit_JPEG_8u(ZmxiDecodeHuffmanState* pDecHuffState) {
-    return initState(pDecHuffState);
-}
-ZmxStatus zmxiEncodeHuffmanStateInit_JPEG_8u(ZmxiEncodeHuffmanState* pEncHuffState) {
-    return initState(pEncHuffState);
-}
+ZmxStatus zmxiDecodeHuffmanStateInit_JPEG_8u(ZmxiDecodeHuffmanState* pDecHuffState) { return initState(pDecHuffState); }
+ZmxStatus zmxiEncodeHuffmanStateInit_JPEG_8u(ZmxiEncodeHuffmanState* pEncHuffState) { return initState(pEncHuffState); }
 ZmxStatus zmxiDecodeHuffmanStateInitAlloc_JPEG_8u(ZmxiDecodeHuffmanState** ppDecHuffState) {
     return initAllocState(ppDecHuffState);
 }
@@ -181,18 +169,10 @@ ZmxStatus zmxiEncodeHuffmanStateInitAlloc_JPEG_8u(ZmxiEncodeHuffmanState** ppEnc
     return initAllocState(ppEncHuffState);
 }
 
-ZmxStatus zmxiDecodeHuffmanSpecFree_JPEG_8u(ZmxiDecodeHuffmanSpec* pDecHuffSpec) {
-    return release(pDecHuffSpec);
-}
-ZmxStatus zmxiDecodeHuffmanStateFree_JPEG_8u(ZmxiDecodeHuffmanState* pDecHuffState) {
-    return release(pDecHuffState);
-}
-ZmxStatus zmxiEncodeHuffmanSpecFree_JPEG_8u(ZmxiEncodeHuffmanSpec* pEncHuffSpec) {
-    return release(pEncHuffSpec);
-}
-ZmxStatus zmxiEncodeHuffmanStateFree_JPEG_8u(ZmxiEncodeHuffmanState* pEncHuffState) {
-    return release(pEncHuffState);
-}
+ZmxStatus zmxiDecodeHuffmanSpecFree_JPEG_8u(ZmxiDecodeHuffmanSpec* pDecHuffSpec) { return release(pDecHuffSpec); }
+ZmxStatus zmxiDecodeHuffmanStateFree_JPEG_8u(ZmxiDecodeHuffmanState* pDecHuffState) { return release(pDecHuffState); }
+ZmxStatus zmxiEncodeHuffmanSpecFree_JPEG_8u(ZmxiEncodeHuffmanSpec* pEncHuffSpec) { return release(pEncHuffSpec); }
+ZmxStatus zmxiEncodeHuffmanStateFree_JPEG_8u(ZmxiEncodeHuffmanState* pEncHuffState) { return release(pEncHuffState); }
 
 namespace {
 
@@ -250,8 +230,7 @@ void limitCodeSizes(Zmx8u (&bits)[kMaxCodeSize + 1]) {
 
 } // namespace
 
-ZmxStatus zmxiEncodeHuffmanRawTableInit_JPEG_8u(const Zmx32s* pStatistics, Zmx8u* pListBits,
-                                                Zmx8u* pListVals) {
+ZmxStatus zmxiEncodeHuffmanRawTableInit_JPEG_8u(const Zmx32s* pStatistics, Zmx8u* pListBits, Zmx8u* pListVals) {
     if (ZmxStatus bad = Args().ptr(pStatistics).ptr(pListBits).ptr(pListVals)) return bad;
     int codeSize[kSymbols] = {};
     findCodeSizes(pStatistics, codeSize);

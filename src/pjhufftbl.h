@@ -29,20 +29,20 @@ struct ZmxiEncodeHuffmanSpec {
 static_assert(sizeof(ZmxiEncodeHuffmanSpec) == 1024);
 
 struct ZmxiDecodeHuffmanState {
-    Zmx32u bitBuffer;  // the last four bytes read, the newest lowest; the low bitCount bits are not used yet
-    Zmx32u bufferMark; // 0 whenever a byte enters bitBuffer; nothing reads it
-    Zmx32s bitCount;   // negative when a marker cut a code or a value short
-    Zmx32s eobRun;     // progressive: how many further blocks of the band are known to be finished
+    Zmx32u bitBuffer;      // the last four bytes read, the newest lowest; the low bitCount bits are not used yet
+    Zmx32u bufferMark;     // 0 whenever a byte enters bitBuffer; nothing reads it
+    Zmx32s bitCount;       // negative when a marker cut a code or a value short
+    Zmx32s eobRun;         // progressive: how many further blocks of the band are known to be finished
     Zmx32s blockPositions; // how many zig-zag positions the last sequential block covered; nothing reads it
 };
 static_assert(sizeof(ZmxiDecodeHuffmanState) == 20);
 
 struct ZmxiEncodeHuffmanState {
-    Zmx32u bitBuffer;       // pending bits from bit 23 downwards; bits 24 to 31 keep the last byte written
-    Zmx32u bufferMark;      // 0 at each successful write; nothing reads it
-    Zmx32s bitCount;        // how many bits are pending: at most 7 between calls
-    Zmx32s eobRun;          // progressive: the end-of-band run held back, up to 32767
-    Zmx32s correctionCount; // how many correction bits are held back behind that run
+    Zmx32u bitBuffer;           // pending bits from bit 23 downwards; bits 24 to 31 keep the last byte written
+    Zmx32u bufferMark;          // 0 at each successful write; nothing reads it
+    Zmx32s bitCount;            // how many bits are pending: at most 7 between calls
+    Zmx32s eobRun;              // progressive: the end-of-band run held back, up to 32767
+    Zmx32s correctionCount;     // how many correction bits are held back behind that run
     Zmx8u correctionBits[1024]; // one correction bit a byte
 };
 static_assert(sizeof(ZmxiEncodeHuffmanState) == 1044);
@@ -63,6 +63,5 @@ inline constexpr auto own_pj_extend_offset = own_pj_lowest_coef;
 // By category n: the smallest positive value of it, 2^(n-1).
 inline constexpr auto own_pj_extend_test = tableOf<16>([](int n) { return Zmx32s(n ? 1 << (n - 1) : 0); });
 inline constexpr auto own_pj_twoexpnminusone = own_pj_extend_test;
-static_assert(own_pj_csize[0] == 0 && own_pj_csize[3] == 2 && own_pj_csize[255] == 8 &&
-              own_pj_eobsize[1] == 0 && own_pj_eobsize[511] == 8 && own_pj_lowest_coef[15] == -32767 &&
-              own_pj_extend_test[15] == 16384);
+static_assert(own_pj_csize[0] == 0 && own_pj_csize[3] == 2 && own_pj_csize[255] == 8 && own_pj_eobsize[1] == 0 &&
+              own_pj_eobsize[511] == 8 && own_pj_lowest_coef[15] == -32767 && own_pj_extend_test[15] == 16384);

@@ -53,8 +53,7 @@ template <class T> static void nearest(const Zmx32f* src, T* dst, int len) {
     }
 }
 
-template <class T>
-static ZmxStatus convert(const Zmx32f* src, T* dst, int len, ZmxRoundMode mode, int scaleFactor) {
+template <class T> static ZmxStatus convert(const Zmx32f* src, T* dst, int len, ZmxRoundMode mode, int scaleFactor) {
     if (ZmxStatus bad = Args().ptr(src).ptr(dst).size(len)) return bad;
     if (scaleFactor == 0 && mode == zmxRndNear) {
         nearest(src, dst, len);

@@ -67,7 +67,7 @@ struct ShiftedLeft {
 struct AllOrNothing {
     Zmx16s operator()(Zmx16u a, Zmx16s b) const { return Zmx16s(a == 0 || b == 0 ? 0 : b < 0 ? -32768 : 32767); }
 };
-}
+} // namespace
 
 // One of them for every pair of elements.
 template <class Product>

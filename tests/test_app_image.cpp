@@ -25,8 +25,7 @@ struct Folder {
 
 Image noise(int width, int height, int channels, int maxval) {
     Rng rng(1);
-    return {width, height, channels, maxval,
-            rng.vec<std::uint16_t>(std::size_t(width * height * channels), 0, maxval)};
+    return {width, height, channels, maxval, rng.vec<std::uint16_t>(std::size_t(width * height * channels), 0, maxval)};
 }
 
 void expectSame(const Image& a, const Image& b) {
@@ -49,8 +48,7 @@ TEST(Image, FilesGiveBackWhatTheyWereGiven) {
             if (channels % 2) names.push_back(channels == 1 ? "a.pgm" : "a.ppm");
             if (maxval == 255 || maxval == 65535) names.insert(names.end(), {"a.png", "a.tif", "a.TIFF"});
             for (const std::string& name : names) {
-                SCOPED_TRACE(name + " of " + std::to_string(channels) + " channels to " +
-                             std::to_string(maxval));
+                SCOPED_TRACE(name + " of " + std::to_string(channels) + " channels to " + std::to_string(maxval));
                 writeImage(folder.file(name), image);
                 expectSame(image, readImage(folder.file(name)));
             }
@@ -122,8 +120,7 @@ TEST(Image, TroubleIsNamed) {
         }
         return "";
     };
-    EXPECT_NE(message([&] { readImage(folder.file("none.png")); }).find("none.png: No such file"),
-              std::string::npos);
+    EXPECT_NE(message([&] { readImage(folder.file("none.png")); }).find("none.png: No such file"), std::string::npos);
     writeBytes(folder.file("odd"), {1, 2, 3});
     EXPECT_NE(message([&] { readImage(folder.file("odd")); }).find("not a PNG, PNM, PAM or TIFF file"),
               std::string::npos);
@@ -135,8 +132,7 @@ TEST(Image, TroubleIsNamed) {
     for (const char* name : {"cut.png", "cut.ppm", "cut.tif"}) {
         writeImage(folder.file(name), image);
         std::vector<std::uint8_t> bytes = readBytes(folder.file(name));
-        EXPECT_NE(message([&] { readImage(folder.file(name), 399); }).find("more pixels"), std::string::npos)
-            << name;
+        EXPECT_NE(message([&] { readImage(folder.file(name), 399); }).find("more pixels"), std::string::npos) << name;
         bytes.resize(bytes.size() / 2);
         writeBytes(folder.file(name), bytes);
         EXPECT_NE(message([&] { readImage(folder.file(name)); }).find(name), std::string::npos);
@@ -169,8 +165,7 @@ struct Tags {
     int inks = 0, format = 0, orientation = 0;
 };
 
-template <class Sample>
-void writePieces(TIFF* tiff, const Layout& layout, const Image& image, int width, int height) {
+template <class Sample> void writePieces(TIFF* tiff, const Layout& layout, const Image& image, int width, int height) {
     const int planes = layout.planar ? image.channels : 1, channels = image.channels / planes;
     std::uint32_t number = 0;
     for (int plane = 0; plane < planes; ++plane)
@@ -184,8 +179,9 @@ void writePieces(TIFF* tiff, const Layout& layout, const Image& image, int width
                             piece[std::size_t((y * width + x) * channels + c)] =
                                 Sample(image.row(top + y)[(left + x) * image.channels + plane + c]);
                 const auto size = tmsize_t(sizeof(Sample)) * width * channels * (layout.tile ? height : rows);
-                ASSERT_EQ((layout.tile ? TIFFWriteEncodedTile : TIFFWriteEncodedStrip)(tiff, number++, piece.data(), size),
-                          size);
+                ASSERT_EQ(
+                    (layout.tile ? TIFFWriteEncodedTile : TIFFWriteEncodedStrip)(tiff, number++, piece.data(), size),
+                    size);
             }
 }
 
@@ -239,8 +235,11 @@ TEST(Image, TiffOfEveryLayout) {
     struct Kind {
         int photometric, channels;
     };
-    for (const Kind kind : {Kind{PHOTOMETRIC_MINISBLACK, 1}, {PHOTOMETRIC_MINISBLACK, 2}, {PHOTOMETRIC_RGB, 3},
-                            {PHOTOMETRIC_RGB, 4}, {PHOTOMETRIC_SEPARATED, 4}})
+    for (const Kind kind : {Kind{PHOTOMETRIC_MINISBLACK, 1},
+                            {PHOTOMETRIC_MINISBLACK, 2},
+                            {PHOTOMETRIC_RGB, 3},
+                            {PHOTOMETRIC_RGB, 4},
+                            {PHOTOMETRIC_SEPARATED, 4}})
         for (int bits : {8, 16})
             for (int compression : {COMPRESSION_NONE, COMPRESSION_LZW, COMPRESSION_ADOBE_DEFLATE, COMPRESSION_PACKBITS})
                 for (bool planar : {false, true})
@@ -251,7 +250,8 @@ TEST(Image, TiffOfEveryLayout) {
                                          std::to_string(planar) + ", tile " + std::to_string(tile) + " " + order);
                             Image image = noise(37, 19, kind.channels, (1 << bits) - 1);
                             image.cmyk = kind.photometric == PHOTOMETRIC_SEPARATED;
-                            writeByLibtiff(path, {compression, planar, tile, 3, order}, {kind.photometric, bits}, image);
+                            writeByLibtiff(path, {compression, planar, tile, 3, order}, {kind.photometric, bits},
+                                           image);
                             expectSame(image, readImage(path));
                         }
 }
@@ -278,9 +278,13 @@ TEST(Image, TiffOfSingleBits) {
     const std::string path = folder.file("a.tif");
     // A row of 11 bits in two bytes, the first bit at the top.
     TIFF* tiff = TIFFOpen(path.c_str(), "w");
-    for (auto [tag, value] : {std::pair{TIFFTAG_IMAGEWIDTH, 11}, {TIFFTAG_IMAGELENGTH, 2}, {TIFFTAG_BITSPERSAMPLE, 1},
-                              {TIFFTAG_SAMPLESPERPIXEL, 1}, {TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK},
-                              {TIFFTAG_COMPRESSION, COMPRESSION_CCITTFAX4}, {TIFFTAG_ROWSPERSTRIP, 2}})
+    for (auto [tag, value] : {std::pair{TIFFTAG_IMAGEWIDTH, 11},
+                              {TIFFTAG_IMAGELENGTH, 2},
+                              {TIFFTAG_BITSPERSAMPLE, 1},
+                              {TIFFTAG_SAMPLESPERPIXEL, 1},
+                              {TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK},
+                              {TIFFTAG_COMPRESSION, COMPRESSION_CCITTFAX4},
+                              {TIFFTAG_ROWSPERSTRIP, 2}})
         TIFFSetField(tiff, std::uint32_t(tag), value);
     std::uint8_t rows[] = {0xA5, 0xC0, 0x0F, 0x20};
     EXPECT_EQ(TIFFWriteEncodedStrip(tiff, 0, rows, 4), 4);
@@ -303,8 +307,7 @@ TEST(Image, TiffThatIsNotSupportedIsNamed) {
     refused({PHOTOMETRIC_SEPARATED}, noise(4, 4, 5, 255), "SamplesPerPixel 5 is not supported");
     refused({PHOTOMETRIC_RGB}, noise(4, 4, 5, 255), "SamplesPerPixel 5 is not supported");
     refused({PHOTOMETRIC_MINISBLACK}, noise(4, 4, 3, 255), "SamplesPerPixel 3 is not supported");
-    refused({PHOTOMETRIC_MINISWHITE}, noise(4, 4, 2, 255),
-            "alpha beside a scale from white to black is not supported");
+    refused({PHOTOMETRIC_MINISWHITE}, noise(4, 4, 2, 255), "alpha beside a scale from white to black is not supported");
     refused({PHOTOMETRIC_RGB, 8, {}, 0, SAMPLEFORMAT_INT}, noise(4, 4, 3, 255), "SampleFormat 2 is not supported");
     refused({PHOTOMETRIC_RGB, 8, {}, 0, 0, 3}, noise(4, 4, 3, 255), "Orientation 3 is not supported");
     writeByLibtiff(path, {COMPRESSION_NONE, false, 64}, {PHOTOMETRIC_RGB}, noise(4, 4, 3, 255));

@@ -28,8 +28,7 @@ Bytes waves(int width, int height, int channels, int texture = 4) {
         for (int x = 0; x < width; ++x)
             for (int c = 0; c < channels; ++c) {
                 const double v = 128 + 60 * std::sin(0.09 * x + c) + 50 * std::cos(0.07 * y - 0.5 * c);
-                pixels.push_back(
-                    std::uint8_t(std::clamp(int(v) + int(rng.range(-texture, texture)), 0, 255)));
+                pixels.push_back(std::uint8_t(std::clamp(int(v) + int(rng.range(-texture, texture)), 0, 255)));
             }
     return pixels;
 }
@@ -118,9 +117,8 @@ TEST(Jpeg, RoundTripsInEveryOption) {
                 for (int quality : {10, 90, 100})
                     for (int variant = 0; variant < 4; ++variant) {
                         SCOPED_TRACE(std::string(kind.name) + " " + std::to_string(width) + "x" +
-                                     std::to_string(height) + " quality " + std::to_string(quality) +
-                                     " sampling " + std::to_string(int(sampling)) + " variant " +
-                                     std::to_string(variant));
+                                     std::to_string(height) + " quality " + std::to_string(quality) + " sampling " +
+                                     std::to_string(int(sampling)) + " variant " + std::to_string(variant));
                         EncodeOptions o = optionsFor(kind, quality, sampling);
                         o.optimize = variant & 1;
                         o.restart = variant & 2 ? 3 : 0;
@@ -138,8 +136,7 @@ TEST(Jpeg, RoundTripsInEveryOption) {
                         o.optimize = false;
                         o.restart = 0;
                         EXPECT_TRUE(sameBytes(
-                            decode(jpeg::encode(pixels.data(), width, height, kind.channels, o)).pixels,
-                            p.pixels))
+                            decode(jpeg::encode(pixels.data(), width, height, kind.channels, o)).pixels, p.pixels))
                             << "coding must not change the picture";
                     }
 }
@@ -171,8 +168,7 @@ TEST(Jpeg, AtQuality100TheCodecIsNearlyLossless) {
         const Bytes noise = rng.vec<std::uint8_t>(std::size_t(40 * 40 * kind.channels), 0, 1);
         Bytes pixels;
         for (std::uint8_t v : noise) pixels.push_back(v ? 255 : 0);
-        const jpeg::Picture p =
-            decode(jpeg::encode(pixels.data(), 40, 40, kind.channels, optionsFor(kind, 100)));
+        const jpeg::Picture p = decode(jpeg::encode(pixels.data(), 40, 40, kind.channels, optionsFor(kind, 100)));
         ASSERT_EQ(p.pixels.size(), pixels.size());
         for (std::size_t i = 0; i < pixels.size(); ++i)
             ASSERT_NEAR(p.pixels[i], pixels[i], 3) << kind.name << " sample " << i;
@@ -191,8 +187,7 @@ TEST(Jpeg, TheSameBytesFromEveryBuild) {
                 Bytes source;
                 for (int i = 0; i < 45 * 37; ++i)
                     for (int c = 0; c < kind.channels; ++c)
-                        source.push_back(
-                            std::uint8_t((i % 45) * 3 + (i / 45) * (c + 1) + int(rng.range(0, 15))));
+                        source.push_back(std::uint8_t((i % 45) * 3 + (i / 45) * (c + 1) + int(rng.range(0, 15))));
                 const Bytes file = jpeg::encode(source.data(), 45, 37, kind.channels, o);
                 files.add(file);
                 for (int scale : {1, 2, 4, 8}) pixels.add(decode(file, scale).pixels);
@@ -209,8 +204,7 @@ TEST(Jpeg, ReducedSizes) {
                 const int width = 64, height = 48;
                 const Bytes pixels = waves(width, height, kind.channels, 0);
                 const jpeg::Picture p = decode(
-                    jpeg::encode(pixels.data(), width, height, kind.channels, optionsFor(kind, 95, sampling)),
-                    scale);
+                    jpeg::encode(pixels.data(), width, height, kind.channels, optionsFor(kind, 95, sampling)), scale);
                 ASSERT_EQ(p.width, width / scale);
                 ASSERT_EQ(p.height, height / scale);
                 Bytes mean;
@@ -220,9 +214,7 @@ TEST(Jpeg, ReducedSizes) {
                             int sum = 0;
                             for (int i = 0; i < scale * scale; ++i)
                                 sum += pixels[std::size_t(
-                                    ((y * scale + i / scale) * width + x * scale + i % scale) *
-                                        kind.channels +
-                                    c)];
+                                    ((y * scale + i / scale) * width + x * scale + i % scale) * kind.channels + c)];
                             mean.push_back(std::uint8_t(sum / (scale * scale)));
                         }
                 EXPECT_GT(psnr(mean, p.pixels), sampling == Sampling::s444 || kind.channels == 1 ? 36 : 26);
@@ -275,8 +267,7 @@ Bytes inScans(const Bytes& file, const std::vector<std::vector<int>>& scans, int
             for (int i : parts) {
                 const jpeg::Component& c = frame.components[std::size_t(i)];
                 const int h = single ? 1 : c.h, v = single ? 1 : c.v;
-                for (int k = 0; k < h * v; ++k)
-                    writer.block(all.block(i, x * h + k % h, y * v + k / h), i, i > 0);
+                for (int k = 0; k < h * v; ++k) writer.block(all.block(i, x * h + k % h, y * v + k / h), i, i > 0);
             }
         }
         writer.finishInterval();
@@ -293,12 +284,11 @@ TEST(Jpeg, ScansOfTheirOwn) {
             for (int restart : {0, 1, 5}) {
                 const Bytes file = encode(width, height, kColour, optionsFor(kColour, 80, sampling));
                 const Bytes expected = decode(file).pixels;
-                for (const std::vector<std::vector<int>>& scans :
-                     {std::vector<std::vector<int>>{{0}, {1}, {2}},
-                      {{2}, {0}, {1}},
-                      {{0}, {1, 2}},
-                      {{0, 1}, {2}},
-                      {{2, 1, 0}}}) {
+                for (const std::vector<std::vector<int>>& scans : {std::vector<std::vector<int>>{{0}, {1}, {2}},
+                                                                   {{2}, {0}, {1}},
+                                                                   {{0}, {1, 2}},
+                                                                   {{0, 1}, {2}},
+                                                                   {{2, 1, 0}}}) {
                     const jpeg::Picture p = decode(inScans(file, scans, restart));
                     EXPECT_TRUE(p.warnings.empty()) << p.warnings[0];
                     EXPECT_TRUE(sameBytes(expected, p.pixels))
@@ -458,8 +448,7 @@ TEST(Jpeg, EveryTruncation) {
                 // bytes.
                 const std::size_t rowBytes = std::size_t(35 * kind.channels);
                 const std::size_t same =
-                    std::size_t(std::mismatch(whole.begin(), whole.end(), p.pixels.begin()).first -
-                                whole.begin()) /
+                    std::size_t(std::mismatch(whole.begin(), whole.end(), p.pixels.begin()).first - whole.begin()) /
                     rowBytes;
                 EXPECT_GE(same + 1, rowsBefore);
                 rowsBefore = same;
@@ -480,8 +469,7 @@ void survives(const Bytes& file) {
     for (int scale : {1, 4}) {
         try {
             const jpeg::Picture p = decode(file, scale, limit);
-            EXPECT_EQ(p.pixels.size(),
-                      std::size_t(p.width) * std::size_t(p.height) * std::size_t(p.channels));
+            EXPECT_EQ(p.pixels.size(), std::size_t(p.width) * std::size_t(p.height) * std::size_t(p.channels));
             EXPECT_LE(p.pixels.size(), 4 * limit);
         } catch (const jpeg::Error& e) {
             EXPECT_GT(std::string(e.what()).size(), 5u);
@@ -581,8 +569,7 @@ TEST(Jpeg, RestartsKeepDamageInItsInterval) {
     f = file; // the number of a marker is damaged
     f[marks[6] + 1] = jpeg::RST0 + 2;
     EXPECT_EQ(rowsLost(f), std::vector<int>{});
-    f[marks[6] + 1] =
-        jpeg::RST0; // as if two were lost: row 7 lands two further down, then the numbers are right again
+    f[marks[6] + 1] = jpeg::RST0; // as if two were lost: row 7 lands two further down, then the numbers are right again
     EXPECT_EQ(rowsLost(f), (std::vector<int>{7, 8, 9}));
     f = file; // what looks like a marker within the data of row 9 is none
     f[marks[8] + 6] = 0xFF;

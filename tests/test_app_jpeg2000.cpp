@@ -41,7 +41,8 @@ Picture picture(const Shape& s, std::uint64_t seed = 5) {
         const double middle = (c.smallest() + c.largest()) / 2.0, reach = (c.largest() - c.smallest()) / 2.0;
         for (int y = 0; y < c.height; ++y)
             for (int x = 0; x < c.width; ++x) {
-                const double v = 0.4 * std::sin(0.11 * x * c.dx + k) + 0.3 * std::cos(0.07 * y * c.dy - k) + (x > y ? 0.2 : -0.2);
+                const double v =
+                    0.4 * std::sin(0.11 * x * c.dx + k) + 0.3 * std::cos(0.07 * y * c.dy - k) + (x > y ? 0.2 : -0.2);
                 const int noise = int(rng.range(-8, 8));
                 c.samples.push_back(std::clamp(int(middle + reach * (v + noise / 128.0)), c.smallest(), c.largest()));
             }
@@ -50,7 +51,9 @@ Picture picture(const Shape& s, std::uint64_t seed = 5) {
     return p;
 }
 
-Picture decoded(const Bytes& file, const DecodeOptions& options = {}) { return decode(file.data(), file.size(), options); }
+Picture decoded(const Bytes& file, const DecodeOptions& options = {}) {
+    return decode(file.data(), file.size(), options);
+}
 
 void expectSame(const Picture& a, const Picture& b) {
     ASSERT_EQ(a.components.size(), b.components.size());
@@ -141,7 +144,8 @@ TEST(Jpeg2000, LossyAtEveryOrigin) {
         for (std::uint32_t y = 0; y < 4; ++y) {
             SCOPED_TRACE(testing::Message() << x << ',' << y);
             for (const int depth : {8, 16}) {
-                const Picture p = picture({.width = 61, .height = 43, .components = 3, .depth = depth, .x0 = x, .y0 = y});
+                const Picture p =
+                    picture({.width = 61, .height = 43, .components = 3, .depth = depth, .x0 = x, .y0 = y});
                 EncodeOptions o;
                 o.reversible = false;
                 o.baseStep = 0.25;
@@ -247,7 +251,9 @@ TEST(Jpeg2000, ThreadsDoNotChangeAByte) {
 std::size_t find(const Bytes& b, std::initializer_list<std::uint8_t> what) {
     return std::size_t(std::search(b.begin(), b.end(), what.begin(), what.end()) - b.begin());
 }
-void insert(Bytes& b, std::size_t at, const Bytes& what) { b.insert(b.begin() + std::ptrdiff_t(at), what.begin(), what.end()); }
+void insert(Bytes& b, std::size_t at, const Bytes& what) {
+    b.insert(b.begin() + std::ptrdiff_t(at), what.begin(), what.end());
+}
 
 EncodeOptions bare() {
     EncodeOptions o;
@@ -273,9 +279,12 @@ TEST(Jpeg2000, AComponentsOwnSegmentsCountMore) {
         coc.insert(coc.end(), style.begin(), style.end());
         qcc.insert(qcc.end(), steps.begin(), steps.end());
         // Ahead of COD, behind QCD, and in the tile's header: in each place it counts.
-        if (c == 0) insert(file, find(file, {0xFF, 0x52}), coc);
-        else insert(file, find(file, {0xFF, 0x90}), coc);
-        if (c < 2) insert(file, find(file, {0xFF, 0x90}), qcc);
+        if (c == 0)
+            insert(file, find(file, {0xFF, 0x52}), coc);
+        else
+            insert(file, find(file, {0xFF, 0x90}), coc);
+        if (c < 2)
+            insert(file, find(file, {0xFF, 0x90}), qcc);
         else {
             const std::size_t sot = find(file, {0xFF, 0x90});
             insert(file, sot + 12, qcc);
@@ -301,7 +310,7 @@ TEST(Jpeg2000, RegionOfInterestByMaxshift) {
     EncodeOptions o = bare();
     o.levels = 0;
     Bytes file = encode(stored, o);
-    file[find(file, {0xFF, 0x51}) + 40] = 0x80 | 7;      // 8 bits, signed
+    file[find(file, {0xFF, 0x51}) + 40] = 0x80 | 7;     // 8 bits, signed
     file[find(file, {0xFF, 0x5C}) + 5] = (16 - 8) << 3; // planes without the shift
     insert(file, find(file, {0xFF, 0x90}), {0xFF, 0x5E, 0, 5, 0, 0, 8});
     expectSame(expected, decoded(file));
@@ -312,7 +321,8 @@ TEST(Jpeg2000, ProgressionChanges) {
     EncodeOptions o = bare();
     o.levels = 4;
     o.rates = {1, 3, everything};
-    o.changes = {{0, 0, 1, 5, 3, Progression::CPRL}, {0, 0, 3, 3, 2, Progression::RLCP}, {0, 0, 3, 5, 3, Progression::PCRL}};
+    o.changes = {
+        {0, 0, 1, 5, 3, Progression::CPRL}, {0, 0, 3, 3, 2, Progression::RLCP}, {0, 0, 3, 5, 3, Progression::PCRL}};
     const Picture back = decoded(encode(p, o));
     expectSame(p, back);
     EXPECT_TRUE(back.warnings.empty());
@@ -324,9 +334,11 @@ TEST(Jpeg2000, PalettesAndChannelDefinitions) {
     p.components[1].samples = {3, 2, 1, 0, 3, 2};
     Bytes file = encode(p, {.colourTransform = false});
     // Four entries of three colours; blue first, then opacity from the second component, green, red.
-    const Bytes pclr{0, 0, 0, 8 + 6 + 12, 'p', 'c', 'l', 'r', 0, 4, 3, 7, 7, 7, 1, 2, 3, 11, 12, 13, 21, 22, 23, 31, 32, 33};
+    const Bytes pclr{0, 0, 0, 8 + 6 + 12, 'p', 'c', 'l', 'r', 0,  4,  3,  7,  7,
+                     7, 1, 2, 3,          11,  12,  13,  21,  22, 23, 31, 32, 33};
     const Bytes cmap{0, 0, 0, 24, 'c', 'm', 'a', 'p', 0, 0, 1, 2, 0, 1, 0, 0, 0, 0, 1, 1, 0, 0, 1, 0};
-    const Bytes cdef{0, 0, 0, 34, 'c', 'd', 'e', 'f', 0, 4, 0, 0, 0, 0, 0, 3, 0, 1, 0, 1, 0, 0, 0, 2, 0, 0, 0, 2, 0, 3, 0, 0, 0, 1};
+    const Bytes cdef{0, 0, 0, 34, 'c', 'd', 'e', 'f', 0, 4, 0, 0, 0, 0, 0, 3, 0,
+                     1, 0, 1, 0,  0,   0,   2,   0,   0, 0, 2, 0, 3, 0, 0, 0, 1};
     const std::size_t header = find(file, {'j', 'p', '2', 'h'}) - 4, codestream = find(file, {'j', 'p', '2', 'c'}) - 4;
     for (const Bytes& box : {cdef, cmap, pclr}) insert(file, codestream, box);
     file[header + 3] = std::uint8_t(file[header + 3] + 84);
@@ -437,7 +449,8 @@ TEST(Jpeg2000, WrongBytes) {
             Bytes broken = file;
             // Half of the changes are in the headers.
             for (int n = int(rng.range(1, 3)); n > 0; --n)
-                broken[std::size_t(rng.range(0, rng.oneIn(2) ? 250 : std::int64_t(file.size()) - 1))] = std::uint8_t(rng.range(0, 255));
+                broken[std::size_t(rng.range(0, rng.oneIn(2) ? 250 : std::int64_t(file.size()) - 1))] =
+                    std::uint8_t(rng.range(0, 255));
             survive(broken);
         }
     }
@@ -453,16 +466,16 @@ TEST(Jpeg2000, AbsurdSizesAreRefused) {
         return b;
     };
     const std::initializer_list<std::uint8_t> huge{0x7F, 0xFF, 0xFF, 0xFF}, zero{0, 0, 0, 0};
-    EXPECT_THROW(decoded(with(6, huge)), Error);           // width: more than the limit with a height of 44
+    EXPECT_THROW(decoded(with(6, huge)), Error); // width: more than the limit with a height of 44
     EXPECT_THROW(decoded(with(6, {0xFF, 0xFF, 0xFF, 0xFF})), Error);
     EXPECT_THROW(decoded(with(6, zero)), Error);
-    EXPECT_THROW(decoded(with(14, huge)), Error);          // origin behind the end
-    EXPECT_THROW(decoded(with(22, zero)), Error);          // tiles without a width
-    EXPECT_THROW(decoded(with(30, huge)), Error);          // grid of tiles behind the image
-    EXPECT_THROW(decoded(with(38, {0, 0})), Error);        // no components
+    EXPECT_THROW(decoded(with(14, huge)), Error);   // origin behind the end
+    EXPECT_THROW(decoded(with(22, zero)), Error);   // tiles without a width
+    EXPECT_THROW(decoded(with(30, huge)), Error);   // grid of tiles behind the image
+    EXPECT_THROW(decoded(with(38, {0, 0})), Error); // no components
     EXPECT_THROW(decoded(with(38, {0xFF, 0xFF})), Error);
-    EXPECT_THROW(decoded(with(40, {37})), Error);          // 38 bits
-    EXPECT_THROW(decoded(with(41, {0})), Error);           // a sampling of 0
+    EXPECT_THROW(decoded(with(40, {37})), Error); // 38 bits
+    EXPECT_THROW(decoded(with(41, {0})), Error);  // a sampling of 0
     EXPECT_THROW(decoded(file, {.maxPixels = 60 * 44 - 1}), Error);
     EXPECT_NO_THROW(decoded(file, {.maxPixels = 60 * 44}));
     // A tile for each sample is allowed, and most of them are missing.
@@ -481,7 +494,8 @@ TEST(Jpeg2000, DigestsOfFiles) {
     Digest a, b, c;
     a.add(lossless.data(), lossless.size());
     b.add(lossy.data(), lossy.size());
-    for (const Component& k : decoded(lossy).components) c.add(k.samples.data(), k.samples.size() * sizeof(std::int32_t));
+    for (const Component& k : decoded(lossy).components)
+        c.add(k.samples.data(), k.samples.size() * sizeof(std::int32_t));
     EXPECT_EQ(a.get(), 17304542299584221200u);
     EXPECT_EQ(b.get(), 15129323227657476530u);
     EXPECT_EQ(c.get(), 10202929680073956777u);

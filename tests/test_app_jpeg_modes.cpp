@@ -17,8 +17,7 @@ using Words = std::vector<std::uint16_t>;
 using jpeg::EncodeOptions;
 
 // Slopes with some texture, in whole numbers, so that every build sees the same ones.
-template <class Sample = std::uint8_t>
-std::vector<Sample> slopes(int width, int height, int channels, int bits = 8) {
+template <class Sample = std::uint8_t> std::vector<Sample> slopes(int width, int height, int channels, int bits = 8) {
     Rng rng(7);
     const int top = (1 << bits) - 1;
     std::vector<Sample> samples;
@@ -227,11 +226,10 @@ TEST(JpegModes, RunsDoNotCrossRestarts) {
     Zmx8u longRun[16];
     int at = 0;
     for (int i = 0; i < 15; ++i) // the same code as for 8 blocks, with other bits
-        ASSERT_EQ(zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(flat, longRun, 16, &at, 1, 63, 0, table.get(),
-                                                             state.get(), 0),
-                  zmxStsNoErr);
-    ASSERT_EQ(zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(flat, longRun, 16, &at, 1, 63, 0, table.get(),
-                                                         state.get(), 1),
+        ASSERT_EQ(
+            zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(flat, longRun, 16, &at, 1, 63, 0, table.get(), state.get(), 0),
+            zmxStsNoErr);
+    ASSERT_EQ(zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(flat, longRun, 16, &at, 1, 63, 0, table.get(), state.get(), 1),
               zmxStsNoErr);
     const Bytes original(file.begin() + std::ptrdiff_t(h.dataOffset), file.begin() + std::ptrdiff_t(next));
     const Bytes replaced(longRun, longRun + at);
@@ -295,9 +293,7 @@ TEST(JpegModes, TwelveBits) {
                     SCOPED_TRACE(std::to_string(channels) + " channels, " + std::to_string(width) + "x" +
                                  std::to_string(height) + ", form " + std::to_string(form) + ", quality " +
                                  std::to_string(quality));
-                    EncodeOptions o = form == 1   ? progressive()
-                                      : form == 2 ? progressive(2)
-                                                  : EncodeOptions();
+                    EncodeOptions o = form == 1 ? progressive() : form == 2 ? progressive(2) : EncodeOptions();
                     o.sampling = jpeg::Sampling::s444;
                     o.quality = quality;
                     o.ycck = form == 2;
@@ -325,8 +321,7 @@ TEST(JpegModes, TwelveBits) {
     finest.quality = 100;
     EXPECT_EQ(sound(jpeg::encode(flat.data(), 16, 16, 1, 12, finest)).wide, flat);
     const Words few(4, 0);
-    for (int bits : {2, 8, 11, 13, 16})
-        EXPECT_THROW(jpeg::encode(few.data(), 2, 2, 1, bits, {}), jpeg::Error);
+    for (int bits : {2, 8, 11, 13, 16}) EXPECT_THROW(jpeg::encode(few.data(), 2, 2, 1, bits, {}), jpeg::Error);
 }
 
 // The largest coefficients need more low bits left out of their first scan than usual.
@@ -351,12 +346,10 @@ TEST(JpegModes, LosslessInEveryPrecision) {
         for (int predictor = 1; predictor <= 7; ++predictor)
             for (int channels = 1; channels <= 4; ++channels)
                 for (int variant = 0; variant < 3; ++variant) {
-                    SCOPED_TRACE(std::to_string(bits) + " bits, predictor " + std::to_string(predictor) +
-                                 ", " + std::to_string(channels) + " channels, variant " +
-                                 std::to_string(variant));
+                    SCOPED_TRACE(std::to_string(bits) + " bits, predictor " + std::to_string(predictor) + ", " +
+                                 std::to_string(channels) + " channels, variant " + std::to_string(variant));
                     const int width = variant == 2 ? 1 : 19, height = 11, shift = variant == 1 ? bits / 3 : 0;
-                    Words source =
-                        variant == 0 ? slopes<std::uint16_t>(width, height, channels, bits) : Words();
+                    Words source = variant == 0 ? slopes<std::uint16_t>(width, height, channels, bits) : Words();
                     if (variant > 0)
                         for (int i = 0; i < width * height * channels; ++i)
                             source.push_back(std::uint16_t(rng.range(0, (1 << bits) - 1)));

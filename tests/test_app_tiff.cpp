@@ -39,7 +39,9 @@ Image picture(int width, int height, int channels, int maxval) {
         for (int x = 0; x < width; ++x)
             for (int c = 0; c < channels; ++c) {
                 const int kind = (x / 9 + y / 5 + c) % 3;
-                image.samples.push_back(std::uint16_t(kind == 0 ? maxval : kind == 1 ? (x + y) % (maxval + 1) : rng.range(0, maxval)));
+                image.samples.push_back(std::uint16_t(kind == 0   ? maxval
+                                                      : kind == 1 ? (x + y) % (maxval + 1)
+                                                                  : rng.range(0, maxval)));
             }
     return image;
 }
@@ -62,7 +64,7 @@ void expectOneLine(const TempFile& file, const std::string& message) {
     EXPECT_EQ(message.find('\n'), std::string::npos) << message;
     EXPECT_LT(message.size(), 500u) << message;
 }
-#define EXPECT_REFUSED(file, bytes, words)                                                         \
+#define EXPECT_REFUSED(file, bytes, words)                                                                             \
     EXPECT_NE(refusal(file, bytes).find(words), std::string::npos) << refusal(file, bytes)
 
 std::uint32_t number(const Bytes& b, std::size_t at, int bytes) {
@@ -88,8 +90,8 @@ Bytes withTagNumber(Bytes b, int tag, int newTag) {
     return b;
 }
 
-constexpr int kWidth = 256, kHeight = 257, kCompression = 259, kPhotometric = 262, kStripOffsets = 273, kOrientation = 274,
-              kRowsPerStrip = 278, kStripByteCounts = 279, kPlanar = 284;
+constexpr int kWidth = 256, kHeight = 257, kCompression = 259, kPhotometric = 262, kStripOffsets = 273,
+              kOrientation = 274, kRowsPerStrip = 278, kStripByteCounts = 279, kPlanar = 284;
 
 } // namespace
 
@@ -101,8 +103,9 @@ TEST(Tiff, RoundTripsOfEveryKind) {
                 for (int rows : {0, 1, 7, 1000})
                     for (bool split : {false, true}) {
                         if (split && maxval != 65535) continue;
-                        SCOPED_TRACE(std::to_string(width) + "x" + std::to_string(height) + ", " + std::to_string(channels) + " channels to " +
-                                     std::to_string(maxval) + ", rows " + std::to_string(rows));
+                        SCOPED_TRACE(std::to_string(width) + "x" + std::to_string(height) + ", " +
+                                     std::to_string(channels) + " channels to " + std::to_string(maxval) + ", rows " +
+                                     std::to_string(rows));
                         const Image in = picture(width, height, channels, maxval);
                         tif::write(file.path, in, {rows, split});
                         const Image out = tif::read(file.path);
@@ -261,13 +264,19 @@ TEST(Tiff, RandomDamage) {
     const TempFile file;
     int refused = 0;
     for (int kind = 0; kind < 4; ++kind) {
-        tif::write(file.path, picture(21, 11, kind < 2 ? 1 : kind, kind == 0 ? 1 : kind == 2 ? 65535 : 255), {3, kind == 2});
+        tif::write(file.path,
+                   picture(21, 11, kind < 2 ? 1 : kind,
+                           kind == 0   ? 1
+                           : kind == 2 ? 65535
+                                       : 255),
+                   {3, kind == 2});
         const Bytes good = file.bytes();
         const std::size_t directory = number(good, 4, 4);
         for (int round = 0; round < 200; ++round) {
             Bytes b = good;
             for (std::int64_t k = rng.range(1, 3); k > 0; --k)
-                b[std::size_t(rng.range(rng.oneIn(2) ? std::int64_t(directory) : 0, std::int64_t(b.size()) - 1))] = std::uint8_t(rng.range(0, 255));
+                b[std::size_t(rng.range(rng.oneIn(2) ? std::int64_t(directory) : 0, std::int64_t(b.size()) - 1))] =
+                    std::uint8_t(rng.range(0, 255));
             if (const std::string message = refusal(file, b); !message.empty()) {
                 ++refused;
                 expectOneLine(file, message);

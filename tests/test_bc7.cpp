@@ -87,8 +87,7 @@ TEST(Bc7, Mode6InterpolatesWithSixteenWeights) {
     f.put(3, 0);
     for (unsigned n = 1; n < 16; ++n) f.put(4, n);
     const Bytes pixels = decoded(kBc7, f.whole());
-    EXPECT_EQ(channel(pixels, 0),
-              (Bytes{0, 16, 36, 52, 68, 84, 104, 120, 135, 151, 171, 187, 203, 219, 239, 255}));
+    EXPECT_EQ(channel(pixels, 0), (Bytes{0, 16, 36, 52, 68, 84, 104, 120, 135, 151, 171, 187, 203, 219, 239, 255}));
     EXPECT_EQ(channel(pixels, 1), // 254 to 1
               (Bytes{254, 238, 218, 203, 187, 171, 151, 135, 120, 104, 84, 68, 52, 37, 17, 1}));
     EXPECT_EQ(channel(pixels, 2), (Bytes{0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1, 1, 1}));
@@ -139,12 +138,10 @@ TEST(Bc7, EightAndFourWeights) {
     f.put(1, 0).put(2, {1, 2, 3, 0, 1, 2, 3, 0, 1, 2, 3, 0, 1, 2, 3});
     f.put(2, 0).put(3, {1, 2, 3, 4, 5, 6, 7, 0, 1, 2, 3, 4, 5, 6, 7});
     const Bytes pixels = decoded(kBc7, f.whole());
-    EXPECT_EQ(channel(pixels, 0),
-              (Bytes{0, 36, 72, 108, 147, 183, 219, 255, 0, 36, 72, 108, 147, 183, 219, 255}));
+    EXPECT_EQ(channel(pixels, 0), (Bytes{0, 36, 72, 108, 147, 183, 219, 255, 0, 36, 72, 108, 147, 183, 219, 255}));
     EXPECT_EQ(channel(pixels, 1), Bytes(16, 0));
     EXPECT_EQ(channel(pixels, 2), Bytes(16, 255));
-    EXPECT_EQ(channel(pixels, 3),
-              (Bytes{0, 84, 171, 255, 0, 84, 171, 255, 0, 84, 171, 255, 0, 84, 171, 255}));
+    EXPECT_EQ(channel(pixels, 3), (Bytes{0, 84, 171, 255, 0, 84, 171, 255, 0, 84, 171, 255, 0, 84, 171, 255}));
 }
 
 TEST(Bc7, Mode3Partition0HasItsSecondAnchorAtTexel15) {
@@ -179,8 +176,7 @@ TEST(Bc7, Mode2Partition38HasAnchorsAt8And9) {
     f.put(1, 0).times(7, 2, 3).put(1, {1, 1}).times(6, 2, 2);
     // The anchors of this partition are texels 8 and 9.
     const Bytes pixels = decoded(kBc7, f.whole());
-    EXPECT_EQ(channel(pixels, 0),
-              (Bytes{0, 255, 255, 255, 255, 255, 255, 255, 84, 84, 171, 171, 171, 171, 171, 171}));
+    EXPECT_EQ(channel(pixels, 0), (Bytes{0, 255, 255, 255, 255, 255, 255, 255, 84, 84, 171, 171, 171, 171, 171, 171}));
     EXPECT_EQ(channel(pixels, 1), Bytes(16, 0));
     EXPECT_EQ(channel(pixels, 2), (Bytes{0, 8, 16, 0, 16, 0, 8, 16, 8, 16, 0, 8, 0, 8, 16, 0}));
 }
@@ -235,8 +231,7 @@ TEST(Bc7, EveryModePartitionRotationAndSelector) {
 
 TEST(Bc7, EveryFirstByte) {
     Rng rng(0xBC8);
-    for (unsigned first = 0; first < 256; ++first)
-        ASSERT_NO_FATAL_FAILURE(checkOpening(8, first, rng)) << first;
+    for (unsigned first = 0; first < 256; ++first) ASSERT_NO_FATAL_FAILURE(checkOpening(8, first, rng)) << first;
 }
 
 TEST(Bc7, Digest) { EXPECT_EQ(digestOf(kBc7), kBc7.digest); }

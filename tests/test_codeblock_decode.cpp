@@ -61,8 +61,7 @@ ZmxiSize randomSize(Rng& rng, int most) {
 
 void damage(Rng& rng, Stream& s) {
     for (int n = int(rng.range(1, 3)); n > 0 && !s.bytes.empty(); --n)
-        s.bytes[std::size_t(rng.range(0, int(s.bytes.size()) - 1))] =
-            Zmx8u(rng.oneIn(3) ? 0xFF : rng.range(0, 255));
+        s.bytes[std::size_t(rng.range(0, int(s.bytes.size()) - 1))] = Zmx8u(rng.oneIn(3) ? 0xFF : rng.range(0, 255));
 }
 
 // The rows of a destination: the same in both, flush with guard pages, filled with one pattern.
@@ -72,8 +71,7 @@ struct Destination {
     Guarded<Zmx8u> actual;
     Bytes expected;
     Destination(Rng& rng, ZmxiSize size, int dstStep, GuardedBlock::Flush flush)
-        : step(dstStep),
-          bytes(std::size_t(step) * std::size_t(size.height - 1) + std::size_t(size.width) * 4),
+        : step(dstStep), bytes(std::size_t(step) * std::size_t(size.height - 1) + std::size_t(size.width) * 4),
           actual(bytes, flush), expected(bytes) {
         rng.bytes(expected.data(), bytes);
         std::copy(expected.begin(), expected.end(), actual.data());
@@ -94,11 +92,10 @@ public:
         Destination d(rng, s.size, step, step % 4 ? GuardedBlock::AtStart : anyFlush(rng));
         const Zmx8u* bytes = (rng.oneIn(2) ? atEnd : atStart).put(s.bytes);
         int expectedPlane = -77, plane = -77;
-        const ZmxStatus expected = decoder.block(bytes, d.expected.data(), step, s.size, s.subband, s.planes,
-                                                 passes, s.lengths, s.style, expectedPlane);
-        ASSERT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(bytes, d.dst(), step, s.size, s.subband, s.planes,
-                                                       passes, s.lengthArray(), int(s.lengths.size()),
-                                                       s.style, &plane, state),
+        const ZmxStatus expected = decoder.block(bytes, d.expected.data(), step, s.size, s.subband, s.planes, passes,
+                                                 s.lengths, s.style, expectedPlane);
+        ASSERT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(bytes, d.dst(), step, s.size, s.subband, s.planes, passes,
+                                                       s.lengthArray(), int(s.lengths.size()), s.style, &plane, state),
                   expected);
         ASSERT_EQ(plane, expectedPlane) << "written after damage only";
         ASSERT_TRUE(d.same());
@@ -195,8 +192,7 @@ TEST(CodeBlockDecoder, ArgumentsOfAttach) {
     EXPECT_EQ(attach(dst.data(), 16, {0, 4}, good), zmxStsSizeErr);
     EXPECT_EQ(dst[0], 0x77);
     const Zmx8u byte = 0;
-    EXPECT_EQ(zmxiDecodeCBProgrStep_JPEG2K(&byte, 1, good), zmxStsCBNotAttachedErr)
-        << "no attach has succeeded";
+    EXPECT_EQ(zmxiDecodeCBProgrStep_JPEG2K(&byte, 1, good), zmxStsCBNotAttachedErr) << "no attach has succeeded";
     EXPECT_EQ(attach(dst.data(), 16, {4, 4}, good), zmxStsNoErr);
     EXPECT_EQ(dst[0], 0);
     EXPECT_EQ(good.passCounter(), 0);
@@ -210,12 +206,10 @@ TEST(CodeBlockDecoder, ArgumentsOfTheOthers) {
     EXPECT_EQ(zmxiDecodeCBProgrSetPassCounter_JPEG2K(1, nullptr), zmxStsNullPtrErr);
     EXPECT_EQ(zmxiDecodeCBProgrSetPassCounter_JPEG2K(1, bad), zmxStsContextMatchErr);
     EXPECT_EQ(zmxiDecodeCBProgrGetPassCounter_JPEG2K(nullptr, &n), zmxStsNullPtrErr);
-    EXPECT_EQ(zmxiDecodeCBProgrGetPassCounter_JPEG2K(bad, nullptr), zmxStsNullPtrErr)
-        << "both pointers come first";
+    EXPECT_EQ(zmxiDecodeCBProgrGetPassCounter_JPEG2K(bad, nullptr), zmxStsNullPtrErr) << "both pointers come first";
     EXPECT_EQ(zmxiDecodeCBProgrGetPassCounter_JPEG2K(bad, &n), zmxStsContextMatchErr);
     EXPECT_EQ(zmxiDecodeCBProgrGetCurBitPlaneNum_JPEG2K(nullptr, &n), zmxStsNullPtrErr);
-    EXPECT_EQ(zmxiDecodeCBProgrGetCurBitPlaneNum_JPEG2K(bad, nullptr), zmxStsContextMatchErr)
-        << "here the magic does";
+    EXPECT_EQ(zmxiDecodeCBProgrGetCurBitPlaneNum_JPEG2K(bad, nullptr), zmxStsContextMatchErr) << "here the magic does";
     EXPECT_EQ(zmxiDecodeCBProgrGetCurBitPlaneNum_JPEG2K(good, nullptr), zmxStsNullPtrErr);
     EXPECT_EQ(n, 42);
     const Zmx8u byte = 0;
@@ -240,8 +234,7 @@ TEST(CodeBlockDecoder, ArgumentsOfTheOneCall) {
     };
     EXPECT_EQ(call(nullptr, nullptr, 0, {0, 0}, nullptr, state), zmxStsNullPtrErr);
     EXPECT_EQ(call(&byte, nullptr, 0, {0, 0}, nullptr, nullptr), zmxStsNullPtrErr);
-    EXPECT_EQ(call(&byte, nullptr, 0, {4, 0}, nullptr, state), zmxStsSizeErr)
-        << "sizes ahead of the other pointers";
+    EXPECT_EQ(call(&byte, nullptr, 0, {4, 0}, nullptr, state), zmxStsSizeErr) << "sizes ahead of the other pointers";
     EXPECT_EQ(call(&byte, nullptr, 0, {0, 4}, nullptr, state), zmxStsSizeErr);
     EXPECT_EQ(call(&byte, dst.data(), 0, {4, 4}, nullptr, state), zmxStsNullPtrErr);
     EXPECT_EQ(call(&byte, nullptr, 0, {4, 4}, &length, state), zmxStsNullPtrErr);
@@ -289,8 +282,7 @@ TEST(CodeBlockDecoder, NoPlanes) {
         dst.fill(-1);
         GuardedBlock unread(1);
         const Zmx8u* const guard = unread.data() + 1;
-        ASSERT_EQ(zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(dst.data(), 16, {4, 4}, state, 0, planes, 0),
-                  zmxStsNoErr);
+        ASSERT_EQ(zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(dst.data(), 16, {4, 4}, state, 0, planes, 0), zmxStsNoErr);
         ASSERT_EQ(zmxiDecodeCBProgrSetPassCounter_JPEG2K(10, state), zmxStsNoErr);
         EXPECT_EQ(zmxiDecodeCBProgrStep_JPEG2K(guard, 9, state), zmxStsNoErr);
         EXPECT_EQ(state.passCounter(), 10);
@@ -298,8 +290,8 @@ TEST(CodeBlockDecoder, NoPlanes) {
         dst.fill(-1);
         const int lengths[] = {3, 4};
         int plane = 42;
-        EXPECT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(guard, dst.data(), 16, {4, 4}, 0, planes, 9, lengths,
-                                                       2, 0, &plane, state),
+        EXPECT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(guard, dst.data(), 16, {4, 4}, 0, planes, 9, lengths, 2, 0,
+                                                       &plane, state),
                   zmxStsNoErr);
         EXPECT_EQ(plane, 42);
         for (Zmx32s v : dst.copy()) EXPECT_EQ(v, 0);
@@ -313,8 +305,8 @@ TEST(CodeBlockDecoder, NoSegments) {
         Guarded<Zmx32s> dst(4);
         dst.fill(-1);
         const int length = 1;
-        EXPECT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(unread.data() + 1, dst.data(), 8, {2, 2}, 0, 3, 5,
-                                                       &length, nTerms, 0, nullptr, state),
+        EXPECT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(unread.data() + 1, dst.data(), 8, {2, 2}, 0, 3, 5, &length,
+                                                       nTerms, 0, nullptr, state),
                   zmxStsNoErr);
         for (Zmx32s v : dst.copy()) EXPECT_EQ(v, 0);
     }
@@ -334,8 +326,8 @@ TEST(CodeBlockDecoder, MorePassesThanPlanes) {
             DecoderState state(s.size);
             Guarded<Zmx32s> dst(63);
             EXPECT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(bytes.data(), dst.data(), 28, s.size, 1, s.planes,
-                                                           s.passes + 3 * more, lengths.data(),
-                                                           int(lengths.size()), style, nullptr, state),
+                                                           s.passes + 3 * more, lengths.data(), int(lengths.size()),
+                                                           style, nullptr, state),
                       zmxStsNoErr);
             if (more) {
                 EXPECT_EQ(state.bitPlane(), -1);
@@ -381,8 +373,8 @@ TEST(CodeBlockDecoder, AttachZeroesTheRowsAlone) {
         DecoderState state({3, 3});
         Guarded<Zmx8u> dst(20 * 2 + 12);
         dst.fill(0xEE);
-        ASSERT_EQ(zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(reinterpret_cast<Zmx32s*>(dst.data()), 20, {3, 3},
-                                                         state, 0, 3, style),
+        ASSERT_EQ(zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(reinterpret_cast<Zmx32s*>(dst.data()), 20, {3, 3}, state, 0, 3,
+                                                         style),
                   zmxStsNoErr);
         for (std::size_t i = 0; i < dst.size(); ++i) EXPECT_EQ(dst[i], !style && i % 20 < 12 ? 0 : 0xEE) << i;
     }
@@ -397,9 +389,9 @@ std::vector<Zmx32u> decode(const Stream& s, int passes, Zmx32u style, ZmxStatus 
                            int* plane = nullptr) {
     DecoderState state(s.size);
     Guarded<Zmx32s> dst(std::size_t(s.size.width) * std::size_t(s.size.height));
-    EXPECT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(s.bytes.data(), dst.data(), tightStep(s.size), s.size,
-                                                   s.subband, s.planes, passes, s.lengthArray(),
-                                                   int(s.lengths.size()), style, plane, state),
+    EXPECT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(s.bytes.data(), dst.data(), tightStep(s.size), s.size, s.subband,
+                                                   s.planes, passes, s.lengthArray(), int(s.lengths.size()), style,
+                                                   plane, state),
               expected);
     return std::vector<Zmx32u>(dst.data(), dst.data() + dst.size());
 }
@@ -424,8 +416,7 @@ TEST(CodeBlockDecoder, Midpoints) {
     EXPECT_EQ(decode(s, 1, keep), (BlockSamples{12, 0}));
     EXPECT_EQ(decode(s, 1, 0), (BlockSamples{8, 0}));
     EXPECT_EQ(decode(s, 2, keep), (BlockSamples{12, minus | 6})); // significance of plane 2
-    EXPECT_EQ(decode(s, 2, 0),
-              (BlockSamples{12, minus | 4})); // the midpoint of plane 3 is the plane's own bit
+    EXPECT_EQ(decode(s, 2, 0), (BlockSamples{12, minus | 4}));    // the midpoint of plane 3 is the plane's own bit
     EXPECT_EQ(decode(s, 3, keep), (BlockSamples{14, minus | 6}));
     EXPECT_EQ(decode(s, 4, 0), (BlockSamples{12, minus | 4}));
     EXPECT_EQ(decode(s, 7, keep), (BlockSamples{13, minus | 7}));
@@ -469,8 +460,7 @@ TEST(CodeBlockDecoder, Concealment) {
     EXPECT_EQ(concealed[0], 12u | 2u);
     EXPECT_EQ(concealed[1], 0x80000000u | 4u | 2u);
     EXPECT_TRUE(concealed[2] == 0 || (concealed[2] & 0x7FFFFFFF) == 2) << concealed[2];
-    EXPECT_EQ(decode(s, 10, style | ZMX_CB_CONCEAL_DAMAGE | ZMX_CB_KEEP_MIDPOINT, zmxStsCBDamagedErr),
-              concealed);
+    EXPECT_EQ(decode(s, 10, style | ZMX_CB_CONCEAL_DAMAGE | ZMX_CB_KEEP_MIDPOINT, zmxStsCBDamagedErr), concealed);
 }
 
 // A negative sample whose magnitude lies below the damaged plane comes out as +0.
@@ -487,9 +477,8 @@ TEST(CodeBlockDecoder, ConcealmentDropsTheSignOfNothing) {
         int expectedPlane = -7, plane = -7;
         ASSERT_EQ(d.block(wrong, expected.data(), 24, {6, 1}, 0, 4, 1, {4}, style | conceal, expectedPlane),
                   zmxStsCBDamagedErr);
-        ASSERT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(wrong, reinterpret_cast<Zmx32s*>(samples.data()), 24,
-                                                       {6, 1}, 0, 4, 1, &four, 1, style | conceal, &plane,
-                                                       state),
+        ASSERT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(wrong, reinterpret_cast<Zmx32s*>(samples.data()), 24, {6, 1}, 0,
+                                                       4, 1, &four, 1, style | conceal, &plane, state),
                   zmxStsCBDamagedErr);
         EXPECT_EQ(plane, 3);
         EXPECT_EQ(samples, expected);
@@ -524,8 +513,8 @@ TEST(CodeBlockDecoder, TheTerminationTestOverridesTheSegmentationSymbol) {
             BlockSamples expected(16);
             Guarded<Zmx32s> dst(16);
             int plane = 0;
-            const ZmxStatus status = model::BlockDecoder().block(s.bytes.data(), expected.data(), 16, s.size,
-                                                                 0, 1, 1, s.lengths, style, plane);
+            const ZmxStatus status = model::BlockDecoder().block(s.bytes.data(), expected.data(), 16, s.size, 0, 1, 1,
+                                                                 s.lengths, style, plane);
             st[i] = zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(s.bytes.data(), dst.data(), 16, s.size, 0, 1, 1,
                                                          s.lengths.data(), 1, style, &plane, state);
             ASSERT_EQ(st[i], status);
@@ -564,8 +553,7 @@ TEST(CodeBlockDecoder, WhereBypassBegins) {
     for (int planes = 1; planes <= 6; ++planes) {
         const BlockSamples samples(20, (1u << planes) - 1);
         const ZmxiSize size{5, 4};
-        const Stream plain = streamOf(samples, size, 0),
-                     bypass = streamOf(samples, size, ZMX_CB_SELECTIVE_BYPASS);
+        const Stream plain = streamOf(samples, size, 0), bypass = streamOf(samples, size, ZMX_CB_SELECTIVE_BYPASS);
         EXPECT_EQ(bypass.lengths.size(), planes <= 4 ? 1u : planes == 5 ? 3u : 5u);
         EXPECT_EQ(decode(bypass, bypass.passes, ZMX_CB_SELECTIVE_BYPASS), samples);
         if (planes <= 4) {
@@ -582,10 +570,10 @@ TEST(CodeBlockDecoder, EveryStyleSubbandTerminationAndPassCount) {
     for (Zmx32u style = 0; style < kCodingStyles; ++style)
         for (int subband = 0; subband < 4; ++subband)
             for (int termination = 0; termination < 9; ++termination) {
-                SCOPED_TRACE(::testing::Message() << "style " << style << " subband " << subband
-                                                  << " termination " << termination);
-                Stream s = randomStream(
-                    rng, {randomSize(rng, 11), int(rng.range(1, 9)), subband, termination % 3, style});
+                SCOPED_TRACE(::testing::Message()
+                             << "style " << style << " subband " << subband << " termination " << termination);
+                Stream s =
+                    randomStream(rng, {randomSize(rng, 11), int(rng.range(1, 9)), subband, termination % 3, style});
                 const Zmx32u extra[] = {0, ZMX_CB_KEEP_MIDPOINT, ZMX_CB_KEEP_DST, ZMX_CB_ERROR_PREDICTION,
                                         ZMX_CB_CONCEAL_DAMAGE | ZMX_CB_ERROR_PREDICTION};
                 for (int passes = -1; passes <= s.passes + 1; ++passes) {
@@ -621,8 +609,8 @@ TEST(CodeBlockDecoder, KeptFlags) {
         DecoderState state(size);
         model::BlockDecoder decoder;
         for (int i = 0; i < 4; ++i) {
-            Stream s = randomStream(rng, {size, int(rng.range(1, 7)), int(rng.range(0, 3)),
-                                          int(rng.range(0, 2)), Zmx32u(rng.range(0, 31))});
+            Stream s = randomStream(rng, {size, int(rng.range(1, 7)), int(rng.range(0, 3)), int(rng.range(0, 2)),
+                                          Zmx32u(rng.range(0, 31))});
             if (i) s.style |= ZMX_CB_KEEP_FLAGS | (rng.oneIn(2) ? ZMX_CB_KEEP_DST : 0);
             ASSERT_NO_FATAL_FAILURE(
                 one.compare(rng, s, s.passes - int(rng.range(0, 4)), tightStep(size), state, decoder));
@@ -636,8 +624,8 @@ TEST(CodeBlockDecoder, AnyRowStep) {
     OneCall one;
     for (int n = 0; n < 600; ++n) {
         SCOPED_TRACE(n);
-        Stream s = randomStream(rng, {randomSize(rng, 9), int(rng.range(1, 6)), int(rng.range(0, 3)), 0,
-                                      Zmx32u(rng.range(0, 31))});
+        Stream s = randomStream(
+            rng, {randomSize(rng, 9), int(rng.range(1, 6)), int(rng.range(0, 3)), 0, Zmx32u(rng.range(0, 31))});
         s.style |= Zmx32u(rng.range(0, 7)) << 16;
         if (n % 3 == 0) damage(rng, s);
         DecoderState state(s.size);
@@ -661,20 +649,19 @@ TEST(CodeBlockDecoder, OverlappingRows) {
         DecoderState state(s.size);
         model::BlockDecoder decoder;
         const int step = int(rng.range(1, tightStep(s.size) - 1));
-        ASSERT_NO_FATAL_FAILURE(one.compare(rng, s, s.passes - int(rng.range(0, 3)), step, state, decoder))
-            << step;
+        ASSERT_NO_FATAL_FAILURE(one.compare(rng, s, s.passes - int(rng.range(0, 3)), step, state, decoder)) << step;
     }
 }
 
 TEST(CodeBlockDecoder, LargeAndThinBlocks) {
     Rng rng(0x6216);
     OneCall one;
-    for (ZmxiSize size : {ZmxiSize{64, 64}, ZmxiSize{1024, 4}, ZmxiSize{4, 1024}, ZmxiSize{64, 1},
-                          ZmxiSize{1, 64}, ZmxiSize{63, 61}, ZmxiSize{32, 6}, ZmxiSize{3, 3}, ZmxiSize{1, 1}})
+    for (ZmxiSize size : {ZmxiSize{64, 64}, ZmxiSize{1024, 4}, ZmxiSize{4, 1024}, ZmxiSize{64, 1}, ZmxiSize{1, 64},
+                          ZmxiSize{63, 61}, ZmxiSize{32, 6}, ZmxiSize{3, 3}, ZmxiSize{1, 1}})
         for (int n = 0; n < 4; ++n) {
             SCOPED_TRACE(::testing::Message() << size.width << " by " << size.height);
-            Stream s = randomStream(
-                rng, {size, n == 3 ? 31 : int(rng.range(1, 12)), n, n % 3, Zmx32u(rng.range(0, 31))});
+            Stream s =
+                randomStream(rng, {size, n == 3 ? 31 : int(rng.range(1, 12)), n, n % 3, Zmx32u(rng.range(0, 31))});
             ASSERT_NO_FATAL_FAILURE(one.compare(rng, s, s.passes));
             damage(rng, s);
             s.style |= ZMX_CB_ERROR_PREDICTION;
@@ -689,8 +676,8 @@ TEST(CodeBlockDecoder, DamagedAndRandomSegments) {
     for (int n = 0; n < 200; ++n)
         for (Zmx32u style = 0; style < kCodingStyles; ++style) {
             SCOPED_TRACE(::testing::Message() << n << " style " << style);
-            Stream s = randomStream(rng, {randomSize(rng, 10), int(rng.range(1, 8)), int(rng.range(0, 3)),
-                                          int(rng.range(0, 2)), style});
+            Stream s = randomStream(
+                rng, {randomSize(rng, 10), int(rng.range(1, 8)), int(rng.range(0, 3)), int(rng.range(0, 2)), style});
             s.style |= Zmx32u(rng.range(0, 7)) << 16;
             s.style |= rng.oneIn(2) ? ZMX_CB_ERROR_PREDICTION : 0;
             s.style &= ~Zmx32u(ZMX_CB_KEEP_FLAGS);
@@ -728,17 +715,17 @@ TEST(CodeBlockDecoder, Steps) {
     for (int n = 0; n < 200; ++n)
         for (Zmx32u style = 0; style < kCodingStyles; ++style) {
             SCOPED_TRACE(::testing::Message() << n << " style " << style);
-            Stream s = randomStream(rng, {randomSize(rng, 9), int(rng.range(1, 8)), int(rng.range(0, 3)),
-                                          int(rng.range(0, 2)), style});
+            Stream s = randomStream(
+                rng, {randomSize(rng, 9), int(rng.range(1, 8)), int(rng.range(0, 3)), int(rng.range(0, 2)), style});
             s.style |= rng.oneIn(2) ? ZMX_CB_ERROR_PREDICTION : 0;
             if (n % 4 == 3) damage(rng, s);
             DecoderState state(s.size, anyFlush(rng));
             model::BlockDecoder decoder;
             Destination d(rng, s.size, tightStep(s.size), anyFlush(rng));
             decoder.attach(d.expected.data(), d.step, s.size, s.subband, s.planes, s.style);
-            ASSERT_EQ(zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(d.dst(), d.step, s.size, state, s.subband,
-                                                             s.planes, s.style),
-                      zmxStsNoErr);
+            ASSERT_EQ(
+                zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(d.dst(), d.step, s.size, state, s.subband, s.planes, s.style),
+                zmxStsNoErr);
             const bool whole = n % 4 == 0;
             const auto count = [&](int passes) {
                 decoder.passCounter = passes;
@@ -790,16 +777,14 @@ TEST(CodeBlockDecoder, Digest) {
     for (Zmx32u style = 0; style < kCodingStyles; ++style)
         for (int n = 0; n < 4; ++n) {
             Stream s = randomStream(rng, {randomSize(rng, 20), int(rng.range(1, 10)), n, n % 3, style});
-            s.style |= n == 3   ? ZMX_CB_CONCEAL_DAMAGE | ZMX_CB_ERROR_PREDICTION
-                       : n == 2 ? ZMX_CB_KEEP_MIDPOINT
-                                : 0;
+            s.style |= n == 3 ? ZMX_CB_CONCEAL_DAMAGE | ZMX_CB_ERROR_PREDICTION : n == 2 ? ZMX_CB_KEEP_MIDPOINT : 0;
             if (n == 3) damage(rng, s);
             DecoderState state(s.size);
             std::vector<Zmx32s> dst(std::size_t(s.size.width) * std::size_t(s.size.height));
             int plane = -1;
-            digest.value(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(
-                s.bytes.data(), dst.data(), tightStep(s.size), s.size, s.subband, s.planes, s.passes - n,
-                s.lengths.data(), int(s.lengths.size()), s.style, &plane, state));
+            digest.value(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(s.bytes.data(), dst.data(), tightStep(s.size), s.size,
+                                                              s.subband, s.planes, s.passes - n, s.lengths.data(),
+                                                              int(s.lengths.size()), s.style, &plane, state));
             digest.add(dst).value(plane).value(state.passCounter()).value(state.bitPlane());
         }
     EXPECT_EQ(digest.get(), 3355599720547720828u);

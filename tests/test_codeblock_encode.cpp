@@ -13,8 +13,7 @@ using Bytes = std::vector<Zmx8u>;
 constexpr Zmx32u kStyles = 64; // with the lossless flag
 
 // What the model makes of a block, in pieces of a capacity.
-CodedBlock modelBlock(const BlockSamples& samples, ZmxiSize size, const EncodeChoice& how,
-                      int capacity = 1 << 16) {
+CodedBlock modelBlock(const BlockSamples& samples, ZmxiSize size, const EncodeChoice& how, int capacity = 1 << 16) {
     model::BlockEncoder e;
     e.load(samples.data(), size.width * 4, size, how.subband, how.magnBits, how.termination, how.style);
     CodedBlock c;
@@ -48,8 +47,7 @@ ZmxiSize randomSize(Rng& rng, int most) {
     return {int(rng.range(1, rng.oneIn(3) ? 3 : most)), int(rng.range(1, rng.oneIn(3) ? 5 : most))};
 }
 
-CodedBlock encodeOnce(const BlockSamples& samples, ZmxiSize size, const EncodeChoice& how,
-                      int capacity = 1 << 16) {
+CodedBlock encodeOnce(const BlockSamples& samples, ZmxiSize size, const EncodeChoice& how, int capacity = 1 << 16) {
     EncoderState state(size);
     return encodeBlock(state, samples, size, how, capacity);
 }
@@ -111,8 +109,8 @@ TEST(CodeBlockEncoder, ArgumentsOfLoad) {
     const Guarded<Zmx32s> noSamples(16);
     std::vector<Zmx32s> samples(16, 5);
     int a = 41, b = 42, c = 43;
-    const auto load = [&](const Zmx32s* src, int step, ZmxiSize size, ZmxiEncodeState_JPEG2K* s, int* sf,
-                          int* n, int* t) {
+    const auto load = [&](const Zmx32s* src, int step, ZmxiSize size, ZmxiEncodeState_JPEG2K* s, int* sf, int* n,
+                          int* t) {
         return zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(src, step, size, s, 0, 31, 0, 12345, 0, sf, n, t);
     };
     EXPECT_EQ(load(nullptr, 0, {0, 0}, nullptr, nullptr, nullptr, nullptr), zmxStsNullPtrErr);
@@ -157,8 +155,7 @@ TEST(CodeBlockEncoder, ArgumentsOfLoad) {
     EXPECT_EQ(zmxiEncodeStoreBits_JPEG2K_1u(nullptr, &n, good, &more), zmxStsNullPtrErr);
     EXPECT_EQ(zmxiEncodeStoreBits_JPEG2K_1u(room, nullptr, good, &more), zmxStsNullPtrErr);
     n = 0;
-    EXPECT_EQ(zmxiEncodeStoreBits_JPEG2K_1u(room, &n, good, nullptr), zmxStsNullPtrErr)
-        << "ahead of the capacity";
+    EXPECT_EQ(zmxiEncodeStoreBits_JPEG2K_1u(room, &n, good, nullptr), zmxStsNullPtrErr) << "ahead of the capacity";
     EXPECT_EQ(zmxiEncodeStoreBits_JPEG2K_1u(room, &n, good, &more), zmxStsSizeErr);
     n = -1;
     EXPECT_EQ(zmxiEncodeStoreBits_JPEG2K_1u(room, &n, good, &more), zmxStsSizeErr);
@@ -174,11 +171,9 @@ TEST(CodeBlockEncoder, NothingToCode) {
             BlockSamples samples;
             int magnBits, sfBits;
         } const cases[] = {
-            {{0, 0, 0, 0}, 31, 0},
-            {{0x80000000, 0, 0, 0x80000000}, 31, 0}, // negative zeros are zeros
-            {{3, 0x80000001, 2, 0}, 29, 2},          // below plane 2, the lowest coded one
-            {{0x7FFFFFFF, 0, 0, 0}, 0, 31},
-            {{0x7FFFFFFF, 0, 0, 0}, -1, 31},
+            {{0, 0, 0, 0}, 31, 0},          {{0x80000000, 0, 0, 0x80000000}, 31, 0}, // negative zeros are zeros
+            {{3, 0x80000001, 2, 0}, 29, 2}, // below plane 2, the lowest coded one
+            {{0x7FFFFFFF, 0, 0, 0}, 0, 31}, {{0x7FFFFFFF, 0, 0, 0}, -1, 31},
         };
         for (const auto& c : cases) {
             EncoderState state({2, 2});
@@ -215,8 +210,7 @@ TEST(CodeBlockEncoder, PassesAndSegments) {
             EXPECT_EQ(all.segments, passes);
             // Plane p is raw below sfBits - 4, whatever the lowest plane is: top - 4 and below.
             const int rawPlanes = std::max(0, top - 4 - base + 1);
-            const CodedBlock bypass =
-                encodeOnce(samples, {2, 2}, choice(ZMX_CB_SELECTIVE_BYPASS, 0, 31 - base));
+            const CodedBlock bypass = encodeOnce(samples, {2, 2}, choice(ZMX_CB_SELECTIVE_BYPASS, 0, 31 - base));
             EXPECT_EQ(bypass.passes, passes);
             EXPECT_EQ(bypass.segments, 1 + 2 * rawPlanes) << top << ' ' << base;
         }
@@ -228,8 +222,7 @@ TEST(CodeBlockEncoder, NothingWrittenToTheSource) {
         SCOPED_TRACE(n);
         const ZmxiSize size = randomSize(rng, 9);
         const int step = size.width * 4 + int(rng.range(0, 30));
-        const std::size_t bytes =
-            std::size_t(step) * std::size_t(size.height - 1) + std::size_t(size.width) * 4;
+        const std::size_t bytes = std::size_t(step) * std::size_t(size.height - 1) + std::size_t(size.width) * 4;
         // Any step, any bytes between the rows, flush with a guard page.
         Guarded<Zmx8u> src(bytes, step % 4 || rng.oneIn(2) ? GuardedBlock::AtStart : GuardedBlock::AtEnd);
         rng.bytes(src.data(), bytes);
@@ -245,9 +238,8 @@ TEST(CodeBlockEncoder, NothingWrittenToTheSource) {
         EncodeChoice how = choice(Zmx32u(rng.range(0, 63)));
         how.magnBits = int(rng.range(0, 31));
         int sf, passes, segments;
-        ASSERT_EQ(zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(reinterpret_cast<Zmx32s*>(src.data()), step, size,
-                                                         state, 0, how.magnBits, 0, -1, how.style, &sf,
-                                                         &passes, &segments),
+        ASSERT_EQ(zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(reinterpret_cast<Zmx32s*>(src.data()), step, size, state, 0,
+                                                         how.magnBits, 0, -1, how.style, &sf, &passes, &segments),
                   zmxStsNoErr);
         EXPECT_TRUE(sameBytes(before, src.copy()));
         const CodedBlock expected = modelBlock(packed, size, how);
@@ -303,8 +295,7 @@ TEST(CodeBlockEncoder, DistortionTables) {
             const CodedBlock c = encodeOnce({128u + Zmx32u(k)}, {1, 1}, choice(lossless, 0, 25));
             ASSERT_EQ(c.passes, 4);
             const double refined = c.distortions[2] - c.distortions[1];
-            EXPECT_EQ(refined, lossless ? (v - 1) * (v - 1) : (v - 1) * (v - 1) - (v - half) * (v - half))
-                << k;
+            EXPECT_EQ(refined, lossless ? (v - 1) * (v - 1) : (v - 1) * (v - 1) - (v - half) * (v - half)) << k;
             EXPECT_EQ(refined < 0, !lossless && k >= 49 && k <= 79) << "a refinement can make a sample worse";
         }
     }
@@ -432,9 +423,8 @@ TEST(CodeBlockEncoder, RatesDoNotDecrease) {
         const ZmxiSize size = randomSize(rng, 14);
         EncoderState state(size);
         const Zmx32u style = Zmx32u(rng.range(0, 31));
-        const CodedBlock c =
-            encodeBlock(state, randomBlock(rng, size.width, size.height, int(rng.range(1, 12))), size,
-                        choice(style, n % 3));
+        const CodedBlock c = encodeBlock(state, randomBlock(rng, size.width, size.height, int(rng.range(1, 12))), size,
+                                         choice(style, n % 3));
         for (std::size_t i = 1; i < c.rates.size(); ++i) EXPECT_GE(c.rates[i], c.rates[i - 1]) << i;
         for (int rate : c.rates) {
             EXPECT_LE(rate, int(c.bytes.size()));
@@ -453,11 +443,9 @@ TEST(CodeBlockEncoder, CutsAtTheRatesAreEnough) {
         SCOPED_TRACE(n);
         const ZmxiSize size = randomSize(rng, 12);
         EncoderState state(size);
-        const Zmx32u style =
-            Zmx32u(rng.range(0, 31)) & ~Zmx32u(ZMX_CB_SELECTIVE_BYPASS | ZMX_CB_TERMINATE_ALL);
-        const CodedBlock c =
-            encodeBlock(state, randomBlock(rng, size.width, size.height, int(rng.range(1, 8))), size,
-                        choice(style, n % 3));
+        const Zmx32u style = Zmx32u(rng.range(0, 31)) & ~Zmx32u(ZMX_CB_SELECTIVE_BYPASS | ZMX_CB_TERMINATE_ALL);
+        const CodedBlock c = encodeBlock(state, randomBlock(rng, size.width, size.height, int(rng.range(1, 8))), size,
+                                         choice(style, n % 3));
         for (int pass = 0; pass < c.passes; ++pass) {
             const std::size_t count = std::size_t(size.width) * std::size_t(size.height);
             std::vector<Zmx32s> whole(count), cut(count);
@@ -465,9 +453,8 @@ TEST(CodeBlockEncoder, CutsAtTheRatesAreEnough) {
             for (auto [length, out] : {std::pair{all, &whole}, std::pair{some, &cut}}) {
                 Guarded<Zmx8u> bytes(Bytes(c.bytes.begin(), c.bytes.begin() + length));
                 DecoderState decoder(size);
-                ASSERT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(bytes.data(), out->data(), size.width * 4,
-                                                               size, 0, c.sfBits, pass + 1, &length, 1, style,
-                                                               nullptr, decoder),
+                ASSERT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(bytes.data(), out->data(), size.width * 4, size, 0,
+                                                               c.sfBits, pass + 1, &length, 1, style, nullptr, decoder),
                           zmxStsNoErr);
             }
             ASSERT_EQ(whole, cut) << pass;
@@ -483,13 +470,11 @@ TEST(CodeBlockEncoder, EveryStyleSubbandAndTermination) {
     for (Zmx32u style = 0; style < kStyles; ++style)
         for (int subband = -1; subband < 5; ++subband)
             for (int n = 0; n < 12; ++n) {
-                SCOPED_TRACE(::testing::Message()
-                             << "style " << style << " subband " << subband << " n " << n);
+                SCOPED_TRACE(::testing::Message() << "style " << style << " subband " << subband << " n " << n);
                 const int termination = n % 4 == 3 ? 3 - n : n % 4; // every other number is a flush
                 const ZmxiSize size = randomSize(rng, 13);
                 const BlockSamples samples = randomBlock(rng, size.width, size.height, int(rng.range(1, 10)));
-                const EncodeChoice how =
-                    choice(style, termination, 31 - (n % 2 ? 0 : int(rng.range(0, 6))), subband);
+                const EncodeChoice how = choice(style, termination, 31 - (n % 2 ? 0 : int(rng.range(0, 6))), subband);
                 ASSERT_NO_FATAL_FAILURE(
                     expectSame(modelBlock(samples, size, how), encodeBlock(state, samples, size, how)));
             }
@@ -507,24 +492,20 @@ TEST(CodeBlockEncoder, AnySamples) {
             if (rng.oneIn(5)) v = rng.oneIn(2) ? 0x80000000u : Zmx32u(rng.next());
         EncodeChoice how = anyChoice(rng, 64);
         how.magnBits = int(rng.range(0, 31));
-        ASSERT_NO_FATAL_FAILURE(
-            expectSame(modelBlock(samples, size, how), encodeBlock(state, samples, size, how)));
+        ASSERT_NO_FATAL_FAILURE(expectSame(modelBlock(samples, size, how), encodeBlock(state, samples, size, how)));
     }
 }
 
 TEST(CodeBlockEncoder, LargeAndThinBlocks) {
     Rng rng(0x6313);
-    for (ZmxiSize size :
-         {ZmxiSize{64, 64}, ZmxiSize{1024, 4}, ZmxiSize{4, 1024}, ZmxiSize{64, 1}, ZmxiSize{1, 64},
-          ZmxiSize{63, 61}, ZmxiSize{32, 6}, ZmxiSize{3, 3}, ZmxiSize{1, 1}}) {
+    for (ZmxiSize size : {ZmxiSize{64, 64}, ZmxiSize{1024, 4}, ZmxiSize{4, 1024}, ZmxiSize{64, 1}, ZmxiSize{1, 64},
+                          ZmxiSize{63, 61}, ZmxiSize{32, 6}, ZmxiSize{3, 3}, ZmxiSize{1, 1}}) {
         EncoderState state(size);
         for (int n = 0; n < 4; ++n) {
             SCOPED_TRACE(::testing::Message() << size.width << " by " << size.height << " n " << n);
             const EncodeChoice how = choice(Zmx32u(rng.range(0, 63)), n % 3, 31, n);
-            const BlockSamples samples =
-                randomBlock(rng, size.width, size.height, n == 3 ? 31 : int(rng.range(1, 12)));
-            ASSERT_NO_FATAL_FAILURE(
-                expectSame(modelBlock(samples, size, how), encodeBlock(state, samples, size, how)));
+            const BlockSamples samples = randomBlock(rng, size.width, size.height, n == 3 ? 31 : int(rng.range(1, 12)));
+            ASSERT_NO_FATAL_FAILURE(expectSame(modelBlock(samples, size, how), encodeBlock(state, samples, size, how)));
         }
     }
 }
@@ -616,8 +597,7 @@ TEST(CodeBlockEncoder, EachCallOfTheStore) {
             const bool ended = !more;
             const int count = e.store(expected.data(), capacity, more);
             int written = capacity, notFinished = 7;
-            ASSERT_EQ(zmxiEncodeStoreBits_JPEG2K_1u(actual.data(), &written, state, &notFinished),
-                      zmxStsNoErr);
+            ASSERT_EQ(zmxiEncodeStoreBits_JPEG2K_1u(actual.data(), &written, state, &notFinished), zmxStsNoErr);
             ASSERT_EQ(written, count);
             ASSERT_EQ(notFinished, more ? 1 : 0);
             ASSERT_TRUE(sameBytes(expected, actual.copy())) << "nothing behind the bytes";
@@ -644,8 +624,7 @@ TEST(CodeBlockEncoder, LoadInTheMiddleOfAStore) {
                 break;
             }
             loadBlock(state, samples, size, how);
-            for (int calls = int(rng.range(0, 3)); calls > 0; --calls)
-                storePiece(state, int(rng.range(1, 8)));
+            for (int calls = int(rng.range(0, 3)); calls > 0; --calls) storePiece(state, int(rng.range(1, 8)));
         }
     }
 }
@@ -694,9 +673,8 @@ TEST(CodeBlockEncoder, Digest) {
         for (int n = 0; n < 4; ++n) {
             const ZmxiSize size = randomSize(rng, 20);
             const EncodeChoice how = choice(style, n % 3, 31 - n, n);
-            const CodedBlock c =
-                encodeBlock(state, randomBlock(rng, size.width, size.height, int(rng.range(4, 16))), size,
-                            how, n == 2 ? 3 : 1 << 12);
+            const CodedBlock c = encodeBlock(state, randomBlock(rng, size.width, size.height, int(rng.range(4, 16))),
+                                             size, how, n == 2 ? 3 : 1 << 12);
             digest.value(c.sfBits).value(c.passes).value(c.segments);
             digest.add(c.bytes).add(c.lengths).add(c.rates).add(c.distortions);
         }

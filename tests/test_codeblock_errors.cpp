@@ -80,8 +80,8 @@ TEST(CodeBlockErrors, OneSpoiltByte) {
     };
     for (const auto& c : cases) {
         const Count n = spoil(c.layout, c.tests);
-        std::printf("%-52s noticed %4d harmless %4d unnoticed %4d of %d\n", c.name, n.noticed, n.harmless,
-                    n.unnoticed, kBlocks);
+        std::printf("%-52s noticed %4d harmless %4d unnoticed %4d of %d\n", c.name, n.noticed, n.harmless, n.unnoticed,
+                    kBlocks);
         EXPECT_EQ(n.noticed, c.noticed) << c.name;
         EXPECT_EQ(n.harmless, c.harmless) << c.name;
         EXPECT_EQ(n.noticed + n.harmless + n.unnoticed, kBlocks);

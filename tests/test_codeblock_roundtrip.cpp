@@ -35,9 +35,9 @@ public:
         ASSERT_EQ(sum, n);
         const int base = 31 - how.magnBits, planes = std::max(c.sfBits - base, 0);
         const Zmx32u style = how.style | (how.termination == ZMX_MQ_TERM_EASY ? ZMX_CB_ERROR_PREDICTION : 0);
-        ASSERT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(bytes.data(), decoded.data(), size.width * 4, size,
-                                                       how.subband, planes, passes, lengths.data(),
-                                                       passes ? terms : 0, style, nullptr, decoder),
+        ASSERT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(bytes.data(), decoded.data(), size.width * 4, size, how.subband,
+                                                       planes, passes, lengths.data(), passes ? terms : 0, style,
+                                                       nullptr, decoder),
                   zmxStsNoErr);
         for (std::size_t i = 0; i < samples.size(); ++i) {
             const Zmx32u magnitude = (samples[i] & 0x7FFFFFFF) >> base;
@@ -56,11 +56,9 @@ TEST(CodeBlockRoundTrip, SmallBlocksInEveryStyle) {
     RoundTrip trip({9, 14});
     for (int n = 0; n < 4500; ++n)
         for (Zmx32u style = 0; style < 32; ++style) {
-            const ZmxiSize size{int(rng.range(1, rng.oneIn(20) ? 9 : 4)),
-                                int(rng.range(1, rng.oneIn(20) ? 14 : 6))};
+            const ZmxiSize size{int(rng.range(1, rng.oneIn(20) ? 9 : 4)), int(rng.range(1, rng.oneIn(20) ? 14 : 6))};
             const int bits = int(rng.range(1, rng.oneIn(50) ? 31 : 8));
-            const EncodeChoice how =
-                choice(style, n % 3, 31 - (n % 7 ? 0 : int(rng.range(0, 31))), n / 3 % 4);
+            const EncodeChoice how = choice(style, n % 3, 31 - (n % 7 ? 0 : int(rng.range(0, 31))), n / 3 % 4);
             ASSERT_NO_FATAL_FAILURE(trip.run(randomBlock(rng, size.width, size.height, bits), size, how))
                 << "n " << n << " style " << style << " size " << size.width << " by " << size.height;
         }
@@ -71,14 +69,14 @@ TEST(CodeBlockRoundTrip, SmallBlocksInEveryStyle) {
 
 TEST(CodeBlockRoundTrip, LargeBlocks) {
     Rng rng(0x6322);
-    for (ZmxiSize size : {ZmxiSize{64, 64}, ZmxiSize{1024, 4}, ZmxiSize{4, 1024}, ZmxiSize{32, 32},
-                          ZmxiSize{61, 47}, ZmxiSize{200, 19}}) {
+    for (ZmxiSize size : {ZmxiSize{64, 64}, ZmxiSize{1024, 4}, ZmxiSize{4, 1024}, ZmxiSize{32, 32}, ZmxiSize{61, 47},
+                          ZmxiSize{200, 19}}) {
         RoundTrip trip(size);
         for (int n = 0; n < 8; ++n) {
             const Zmx32u style = Zmx32u(rng.range(0, 31));
             const EncodeChoice how = choice(style, n % 3, 31, n % 4);
-            ASSERT_NO_FATAL_FAILURE(trip.run(
-                randomBlock(rng, size.width, size.height, n == 7 ? 31 : int(rng.range(1, 14))), size, how))
+            ASSERT_NO_FATAL_FAILURE(
+                trip.run(randomBlock(rng, size.width, size.height, n == 7 ? 31 : int(rng.range(1, 14))), size, how))
                 << "n " << n << " style " << style;
         }
     }

@@ -57,9 +57,8 @@ Plane decodeBand(const model::StreamBand& band, Zmx32u style) {
                   zmxStsNoErr);
         EXPECT_EQ(errorPlane, -7);
         std::vector<Zmx32s> expected(samples.size());
-        EXPECT_EQ(model::BlockDecoder().block(b.bytes.data(), expected.data(), b.width * 4, size,
-                                              band.orientation, b.planes, b.passes, b.lengths, style,
-                                              errorPlane),
+        EXPECT_EQ(model::BlockDecoder().block(b.bytes.data(), expected.data(), b.width * 4, size, band.orientation,
+                                              b.planes, b.passes, b.lengths, style, errorPlane),
                   zmxStsNoErr);
         EXPECT_TRUE(sameBytes(expected, samples.copy()));
         for (int y = 0; y < b.height; ++y)
@@ -75,9 +74,7 @@ Plane decodeBand(const model::StreamBand& band, Zmx32u style) {
 void synthesise(std::vector<int>& line) {
     const int n = int(line.size());
     if (n == 1) return;
-    const auto at = [&](int i) -> int& {
-        return line[std::size_t(i < 0 ? -i : i >= n ? 2 * (n - 1) - i : i)];
-    };
+    const auto at = [&](int i) -> int& { return line[std::size_t(i < 0 ? -i : i >= n ? 2 * (n - 1) - i : i)]; };
     for (int i = 0; i < n; i += 2) at(i) -= (at(i - 1) + at(i + 1) + 2) >> 2;
     for (int i = 1; i < n; i += 2) at(i) += (at(i - 1) + at(i + 1)) >> 1;
 }
@@ -113,8 +110,7 @@ void sameSegments(const model::StreamBlock& theirs, const CodedBlock& ours) {
         std::vector<Zmx8u> expected(t, t + theirs.lengths[i]), actual(o, o + ours.lengths[i]);
         t += theirs.lengths[i];
         o += ours.lengths[i];
-        if (!actual.empty() && actual.back() == 0xFF)
-            actual.insert(actual.end(), filling.begin(), filling.end());
+        if (!actual.empty() && actual.back() == 0xFF) actual.insert(actual.end(), filling.begin(), filling.end());
         EXPECT_TRUE(sameBytes(expected, actual)) << "segment " << i;
     }
 }
@@ -130,8 +126,7 @@ TEST(CodeBlockStreams, DecodeToThePicture) {
         ASSERT_EQ(stream.width, picture.width);
         ASSERT_EQ(stream.height, picture.height);
         std::vector<Plane> bands;
-        for (const model::StreamBand& band : stream.bands)
-            bands.push_back(decodeBand(band, styleOf(stream.mode)));
+        for (const model::StreamBand& band : stream.bands) bands.push_back(decodeBand(band, styleOf(stream.mode)));
         ASSERT_LE(stream.levels, 1);
         const Plane decoded = stream.levels ? synthesise(bands[0], bands[1], bands[2], bands[3]) : bands[0];
         std::vector<Zmx8u> samples;
@@ -187,8 +182,7 @@ TEST(CodeBlockStreams, CoverTheStyles) {
         modes |= stream.mode;
         for (const model::StreamBand& band : stream.bands) {
             orientations.insert(band.orientation);
-            for (const model::StreamBlock& b : band.blocks)
-                rawSegments |= stream.mode == 1 && b.lengths.size() > 2;
+            for (const model::StreamBlock& b : band.blocks) rawSegments |= stream.mode == 1 && b.lengths.size() > 2;
         }
     }
     EXPECT_EQ(modes, 63u);

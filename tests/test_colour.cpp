@@ -29,8 +29,7 @@ template <class Arg, class Planes> Arg passed(Planes planes) {
     else
         return planes ? reinterpret_cast<Arg>(planes[0]) : nullptr;
 }
-template <auto f>
-ZmxStatus call(const Zmx8u* const* src, int srcStep, Zmx8u* const* dst, int dstStep, ZmxiSize size) {
+template <auto f> ZmxStatus call(const Zmx8u* const* src, int srcStep, Zmx8u* const* dst, int dstStep, ZmxiSize size) {
     const auto with = [&]<class Src, class Dst>(ZmxStatus (*g)(Src, int, Dst, int, ZmxiSize)) {
         return g(passed<Src>(src), srcStep, passed<Dst>(dst), dstStep, size);
     };
@@ -54,50 +53,50 @@ constexpr bool OnOneThread = false, SharedOut = true;
 constexpr bool From = false, To = true; // YCbCr
 
 const Conversion conversions[] = {
-    {"YCbCrToRGB_P3R", call<zmxiYCbCrToRGB_JPEG_8u_P3R>, From, Layout::Planes3, Layout::Planes3, "SDsdTtWH",
-     SharedOut, 0x4D197B774D69CAC9u},
-    {"YCbCrToRGB_P3C3R", call<zmxiYCbCrToRGB_JPEG_8u_P3C3R>, From, Layout::Planes3, Layout::Rgb, "SDsTtWH",
-     SharedOut, 0x7ED253D526D91D4Fu},
-    {"YCbCrToBGR_P3C3R", call<zmxiYCbCrToBGR_JPEG_8u_P3C3R>, From, Layout::Planes3, Layout::Bgr, "SDsTtWH",
-     SharedOut, 0x9F04A5BA0A56AB0Bu},
-    {"YCCKToCMYK_P4R", call<zmxiYCCKToCMYK_JPEG_8u_P4R>, From, Layout::Planes4, Layout::Planes4, "SDsdTtWH",
-     SharedOut, 0x642846398A87DFF5u},
-    {"YCCKToCMYK_P4C4R", call<zmxiYCCKToCMYK_JPEG_8u_P4C4R>, From, Layout::Planes4, Layout::Cmyk, "SDsTtWH",
-     SharedOut, 0xDFE46A9FA5C5C9DDu},
-    {"YCbCrToBGR555_P3C3R", call<zmxiYCbCrToBGR555_JPEG_8u16u_P3C3R>, From, Layout::Planes3, Layout::Bgr555,
-     "SDsTtWH", OnOneThread, 0x3BFA3D9073C7E590u},
-    {"YCbCrToRGB555_P3C3R", call<zmxiYCbCrToRGB555_JPEG_8u16u_P3C3R>, From, Layout::Planes3, Layout::Rgb555,
-     "SDsTtWH", OnOneThread, 0xAB081B5D3EEF5E0Au},
-    {"YCbCrToBGR565_P3C3R", call<zmxiYCbCrToBGR565_JPEG_8u16u_P3C3R>, From, Layout::Planes3, Layout::Bgr565,
-     "SDsTtWH", OnOneThread, 0x88C15F3AE3D005A2u},
-    {"YCbCrToRGB565_P3C3R", call<zmxiYCbCrToRGB565_JPEG_8u16u_P3C3R>, From, Layout::Planes3, Layout::Rgb565,
-     "SDsTtWH", OnOneThread, 0x9944020D40662518u},
-    {"YCbCr422ToRGB_C2C3R", call<zmxiYCbCr422ToRGB_JPEG_8u_C2C3R>, From, Layout::Pairs422, Layout::Rgb,
-     "SDWH", SharedOut, 0x37BBB336201892ABu},
+    {"YCbCrToRGB_P3R", call<zmxiYCbCrToRGB_JPEG_8u_P3R>, From, Layout::Planes3, Layout::Planes3, "SDsdTtWH", SharedOut,
+     0x4D197B774D69CAC9u},
+    {"YCbCrToRGB_P3C3R", call<zmxiYCbCrToRGB_JPEG_8u_P3C3R>, From, Layout::Planes3, Layout::Rgb, "SDsTtWH", SharedOut,
+     0x7ED253D526D91D4Fu},
+    {"YCbCrToBGR_P3C3R", call<zmxiYCbCrToBGR_JPEG_8u_P3C3R>, From, Layout::Planes3, Layout::Bgr, "SDsTtWH", SharedOut,
+     0x9F04A5BA0A56AB0Bu},
+    {"YCCKToCMYK_P4R", call<zmxiYCCKToCMYK_JPEG_8u_P4R>, From, Layout::Planes4, Layout::Planes4, "SDsdTtWH", SharedOut,
+     0x642846398A87DFF5u},
+    {"YCCKToCMYK_P4C4R", call<zmxiYCCKToCMYK_JPEG_8u_P4C4R>, From, Layout::Planes4, Layout::Cmyk, "SDsTtWH", SharedOut,
+     0xDFE46A9FA5C5C9DDu},
+    {"YCbCrToBGR555_P3C3R", call<zmxiYCbCrToBGR555_JPEG_8u16u_P3C3R>, From, Layout::Planes3, Layout::Bgr555, "SDsTtWH",
+     OnOneThread, 0x3BFA3D9073C7E590u},
+    {"YCbCrToRGB555_P3C3R", call<zmxiYCbCrToRGB555_JPEG_8u16u_P3C3R>, From, Layout::Planes3, Layout::Rgb555, "SDsTtWH",
+     OnOneThread, 0xAB081B5D3EEF5E0Au},
+    {"YCbCrToBGR565_P3C3R", call<zmxiYCbCrToBGR565_JPEG_8u16u_P3C3R>, From, Layout::Planes3, Layout::Bgr565, "SDsTtWH",
+     OnOneThread, 0x88C15F3AE3D005A2u},
+    {"YCbCrToRGB565_P3C3R", call<zmxiYCbCrToRGB565_JPEG_8u16u_P3C3R>, From, Layout::Planes3, Layout::Rgb565, "SDsTtWH",
+     OnOneThread, 0x9944020D40662518u},
+    {"YCbCr422ToRGB_C2C3R", call<zmxiYCbCr422ToRGB_JPEG_8u_C2C3R>, From, Layout::Pairs422, Layout::Rgb, "SDWH",
+     SharedOut, 0x37BBB336201892ABu},
     {"RGBToY_C3C1R", call<zmxiRGBToY_JPEG_8u_C3C1R>, To, Layout::Rgb, Layout::Grey, "SDTtWH", SharedOut,
      0x0890D4D9DDB088C9u},
     {"BGRToY_C3C1R", call<zmxiBGRToY_JPEG_8u_C3C1R>, To, Layout::Bgr, Layout::Grey, "SDTtWH", SharedOut,
      0xA524E6FC590304B8u},
     {"RGBToY_P3C1R", call<zmxiRGBToY_JPEG_8u_P3C1R>, To, Layout::Planes3, Layout::Grey, "SsDTtWH", SharedOut,
      0xB096F46B6C2A42C0u},
-    {"RGBToYCbCr_C3P3R", call<zmxiRGBToYCbCr_JPEG_8u_C3P3R>, To, Layout::Rgb, Layout::Planes3, "SDdTtWH",
-     SharedOut, 0xB41FA3F1BF47E87Eu},
-    {"BGRToYCbCr_C3P3R", call<zmxiBGRToYCbCr_JPEG_8u_C3P3R>, To, Layout::Bgr, Layout::Planes3, "SDdTtWH",
-     SharedOut, 0xC7A2E45297F71713u},
-    {"RGBToYCbCr_P3R", call<zmxiRGBToYCbCr_JPEG_8u_P3R>, To, Layout::Planes3, Layout::Planes3, "SDsdTtWH",
-     SharedOut, 0x6168DBD90A3F58FCu},
-    {"CMYKToYCCK_C4P4R", call<zmxiCMYKToYCCK_JPEG_8u_C4P4R>, To, Layout::Cmyk, Layout::Planes4, "SDdTtWH",
-     SharedOut, 0x9D5DF808B0DF255Bu},
-    {"CMYKToYCCK_P4R", call<zmxiCMYKToYCCK_JPEG_8u_P4R>, To, Layout::Planes4, Layout::Planes4, "SDsdTtWH",
-     SharedOut, 0x588AB67EEF8DC916u},
-    {"RGB555ToYCbCr_C3P3R", call<zmxiRGB555ToYCbCr_JPEG_16u8u_C3P3R>, To, Layout::Rgb555, Layout::Planes3,
-     "SDdTtWH", OnOneThread, 0xE8B691DD3E29D508u},
-    {"BGR555ToYCbCr_C3P3R", call<zmxiBGR555ToYCbCr_JPEG_16u8u_C3P3R>, To, Layout::Bgr555, Layout::Planes3,
-     "SDdTtWH", OnOneThread, 0xB7169AAACC22DB3Cu},
-    {"RGB565ToYCbCr_C3P3R", call<zmxiRGB565ToYCbCr_JPEG_16u8u_C3P3R>, To, Layout::Rgb565, Layout::Planes3,
-     "SDdTtWH", OnOneThread, 0x4267C6352BEABA67u},
-    {"BGR565ToYCbCr_C3P3R", call<zmxiBGR565ToYCbCr_JPEG_16u8u_C3P3R>, To, Layout::Bgr565, Layout::Planes3,
-     "SDdTtWH", OnOneThread, 0x0244F68A975F8108u},
+    {"RGBToYCbCr_C3P3R", call<zmxiRGBToYCbCr_JPEG_8u_C3P3R>, To, Layout::Rgb, Layout::Planes3, "SDdTtWH", SharedOut,
+     0xB41FA3F1BF47E87Eu},
+    {"BGRToYCbCr_C3P3R", call<zmxiBGRToYCbCr_JPEG_8u_C3P3R>, To, Layout::Bgr, Layout::Planes3, "SDdTtWH", SharedOut,
+     0xC7A2E45297F71713u},
+    {"RGBToYCbCr_P3R", call<zmxiRGBToYCbCr_JPEG_8u_P3R>, To, Layout::Planes3, Layout::Planes3, "SDsdTtWH", SharedOut,
+     0x6168DBD90A3F58FCu},
+    {"CMYKToYCCK_C4P4R", call<zmxiCMYKToYCCK_JPEG_8u_C4P4R>, To, Layout::Cmyk, Layout::Planes4, "SDdTtWH", SharedOut,
+     0x9D5DF808B0DF255Bu},
+    {"CMYKToYCCK_P4R", call<zmxiCMYKToYCCK_JPEG_8u_P4R>, To, Layout::Planes4, Layout::Planes4, "SDsdTtWH", SharedOut,
+     0x588AB67EEF8DC916u},
+    {"RGB555ToYCbCr_C3P3R", call<zmxiRGB555ToYCbCr_JPEG_16u8u_C3P3R>, To, Layout::Rgb555, Layout::Planes3, "SDdTtWH",
+     OnOneThread, 0xE8B691DD3E29D508u},
+    {"BGR555ToYCbCr_C3P3R", call<zmxiBGR555ToYCbCr_JPEG_16u8u_C3P3R>, To, Layout::Bgr555, Layout::Planes3, "SDdTtWH",
+     OnOneThread, 0xB7169AAACC22DB3Cu},
+    {"RGB565ToYCbCr_C3P3R", call<zmxiRGB565ToYCbCr_JPEG_16u8u_C3P3R>, To, Layout::Rgb565, Layout::Planes3, "SDdTtWH",
+     OnOneThread, 0x4267C6352BEABA67u},
+    {"BGR565ToYCbCr_C3P3R", call<zmxiBGR565ToYCbCr_JPEG_16u8u_C3P3R>, To, Layout::Bgr565, Layout::Planes3, "SDdTtWH",
+     OnOneThread, 0x0244F68A975F8108u},
 };
 
 class Colour : public ::testing::TestWithParam<Conversion> {
@@ -180,9 +179,8 @@ void Colour::compare(Rng& rng, ZmxiSize size, int srcStep, int dstStep, GuardedB
     ASSERT_EQ(way().call(s.plane.data(), srcStep, d.plane.data(), dstStep, size), zmxStsNoErr);
     const auto got = dst.copy();
     for (std::size_t i = 0; i < got.size(); ++i)
-        ASSERT_TRUE(sameBytes(expected[i], got[i]))
-            << "plane " << i << " of " << size.width << " by " << size.height << ", steps " << srcStep
-            << " and " << dstStep;
+        ASSERT_TRUE(sameBytes(expected[i], got[i])) << "plane " << i << " of " << size.width << " by " << size.height
+                                                    << ", steps " << srcStep << " and " << dstStep;
     ASSERT_EQ(before, src.copy());
 }
 
@@ -302,8 +300,7 @@ TEST(ColourValues, PackedWords) {
 
 TEST(ColourValues, PackedWordsBack) {
     EXPECT_EQ(unpacked(zmxiBGR555ToYCbCr_JPEG_16u8u_C3P3R, 0x7FFF), (Pixel4{248, 128, 128}));
-    EXPECT_EQ(unpacked(zmxiBGR555ToYCbCr_JPEG_16u8u_C3P3R, 0xFFFF), (Pixel4{248, 128, 128}))
-        << "bit 15 is ignored";
+    EXPECT_EQ(unpacked(zmxiBGR555ToYCbCr_JPEG_16u8u_C3P3R, 0xFFFF), (Pixel4{248, 128, 128})) << "bit 15 is ignored";
     EXPECT_EQ(unpacked(zmxiRGB555ToYCbCr_JPEG_16u8u_C3P3R, 0xFFFF), (Pixel4{248, 128, 128}));
     EXPECT_EQ(unpacked(zmxiBGR565ToYCbCr_JPEG_16u8u_C3P3R, 0xFFFF), yccOf({248, 252, 248}));
     EXPECT_EQ(unpacked(zmxiRGB565ToYCbCr_JPEG_16u8u_C3P3R, 0xFFFF), yccOf({248, 252, 248}));
@@ -410,8 +407,7 @@ TEST_P(Colour, FirstBadArgumentDecides) {
         const bool step = what == 'T' || what == 't';
         const int count = what == 's' ? planesOf(way().from) : what == 'd' ? planesOf(way().to) : 1;
         for (int i = 0; i < count; ++i) {
-            tests.push_back(pointer ? ArgTest{1, zmxStsNullPtrErr}
-                                    : ArgTest{3, step ? zmxStsStepErr : zmxStsSizeErr});
+            tests.push_back(pointer ? ArgTest{1, zmxStsNullPtrErr} : ArgTest{3, step ? zmxStsStepErr : zmxStsSizeErr});
             slots += what == 's' ? char('0' + i) : what == 'd' ? char('4' + i) : what;
         }
     }
@@ -465,20 +461,16 @@ TEST(ColourPairs, StepsOfZeroAndBelow) {
     for (int i = 0; i < 200; ++i) {
         const ZmxiSize size{int(rng.range(1, 20)), int(rng.range(1, 6))};
         const int width = (size.width + 1) & ~1;
-        const auto step = [&](int row) {
-            return rng.oneIn(3) ? 0 : int(rng.range(-2 * row, rng.oneIn(2) ? -1 : row));
-        };
+        const auto step = [&](int row) { return rng.oneIn(3) ? 0 : int(rng.range(-2 * row, rng.oneIn(2) ? -1 : row)); };
         const int srcStep = step(2 * width);
         const int dstStep = step(3 * width);
-        Picture src(Layout::Pairs422, size, 2 * width, srcStep,
-                    i % 2 ? GuardedBlock::AtEnd : GuardedBlock::AtStart, rng);
-        Picture dst(Layout::Rgb, size, 3 * width, dstStep,
-                    i % 2 ? GuardedBlock::AtEnd : GuardedBlock::AtStart, rng);
+        Picture src(Layout::Pairs422, size, 2 * width, srcStep, i % 2 ? GuardedBlock::AtEnd : GuardedBlock::AtStart,
+                    rng);
+        Picture dst(Layout::Rgb, size, 3 * width, dstStep, i % 2 ? GuardedBlock::AtEnd : GuardedBlock::AtStart, rng);
         auto expected = dst.copy();
         model::fromYCbCr(src.rows(), dst.rowsIn(expected), size);
-        ASSERT_EQ(
-            zmxiYCbCr422ToRGB_JPEG_8u_C2C3R(src.rows().plane[0], srcStep, dst.rows().plane[0], dstStep, size),
-            zmxStsNoErr);
+        ASSERT_EQ(zmxiYCbCr422ToRGB_JPEG_8u_C2C3R(src.rows().plane[0], srcStep, dst.rows().plane[0], dstStep, size),
+                  zmxStsNoErr);
         ASSERT_TRUE(sameBytes(expected[0], dst.copy()[0])) << "steps " << srcStep << " and " << dstStep;
     }
 }
@@ -487,8 +479,8 @@ TEST_P(Colour, TheSameBytesFromAnyNumberOfThreads) {
     Rng rng(223);
     SCOPED_TRACE("seed 223");
     const bool shared = way().shared;
-    for (ZmxiSize size : {ZmxiSize{8, 8}, ZmxiSize{128, 64}, ZmxiSize{8192, 1}, ZmxiSize{8193, 1},
-                          ZmxiSize{1, 8193}, ZmxiSize{2731, 3}, ZmxiSize{201, 97}})
+    for (ZmxiSize size : {ZmxiSize{8, 8}, ZmxiSize{128, 64}, ZmxiSize{8192, 1}, ZmxiSize{8193, 1}, ZmxiSize{1, 8193},
+                          ZmxiSize{2731, 3}, ZmxiSize{201, 97}})
         for (int threads : {1, 2, 7}) {
             setThreads(threads);
             const int askedBefore = threadsAsked();

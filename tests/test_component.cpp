@@ -23,8 +23,8 @@ template <class T> struct Layout {
     std::size_t first;
     int step, spread;
     std::uint8_t* at(int c, int x, int y) const {
-        return bytes[c]->data() + (spread == 3 ? std::size_t(c) * sizeof(T) : 0) + first +
-               std::size_t(y * step) + std::size_t(x * spread) * sizeof(T);
+        return bytes[c]->data() + (spread == 3 ? std::size_t(c) * sizeof(T) : 0) + first + std::size_t(y * step) +
+               std::size_t(x * spread) * sizeof(T);
     }
 };
 template <class T> void runModel(PixelFn<T> fn, const Layout<T>& src, const Layout<T>& dst, ZmxiSize roi) {
@@ -68,8 +68,7 @@ struct Draw {
         : roi{int(r.range(1, turn % 16 ? 40 : 700)), int(r.range(1, 6))}, kind(kCharacters[r.range(0, 5)]),
           flush(r.oneIn(2) ? GuardedBlock::AtEnd : GuardedBlock::AtStart), rng(r) {}
     int step(std::size_t rowBytes) const {
-        return rng.oneIn(6) ? int(rng.range(1, std::int64_t(rowBytes)))
-                            : int(rowBytes) + int(rng.range(0, 7));
+        return rng.oneIn(6) ? int(rng.range(1, std::int64_t(rowBytes))) : int(rowBytes) + int(rng.range(0, 7));
     }
 };
 
@@ -176,12 +175,10 @@ TEST(Component, ReversibleWorkedValues) {
     // The difference 65535 is cut, not limited; Y = (32767 - 65536) >> 2.
     EXPECT_EQ(once(zmxiRCTFwd_JPEG2K_16s_P3IR, P16{32767, -32768, 0}), (P16{-8193, -32768, -1}));
     EXPECT_EQ(once(zmxiRCTFwd_JPEG2K_32s_P3IR, P32{32767, -32768, 0}), (P32{-8193, 32768, 65535}));
-    EXPECT_EQ(once(zmxiRCTFwd_JPEG2K_16s_P3IR, P16{0, 0, -1}), (P16{-1, -1, 0}))
-        << "a floor, not a truncation";
+    EXPECT_EQ(once(zmxiRCTFwd_JPEG2K_16s_P3IR, P16{0, 0, -1}), (P16{-1, -1, 0})) << "a floor, not a truncation";
     EXPECT_EQ(once(zmxiRCTFwd_JPEG2K_16s_P3IR, P16{3, 0, 0}), (P16{0, 0, 3})) << "nor a rounding";
     EXPECT_EQ(once(zmxiRCTInv_JPEG2K_16s_P3IR, P16{-1, -1, 0}), (P16{0, 0, -1}));
-    EXPECT_EQ(once(zmxiRCTFwd_JPEG2K_32s_P3IR, P32{INT_MAX, INT_MAX, INT_MAX}), (P32{-1, 0, 0}))
-        << "32-bit sums wrap";
+    EXPECT_EQ(once(zmxiRCTFwd_JPEG2K_32s_P3IR, P32{INT_MAX, INT_MAX, INT_MAX}), (P32{-1, 0, 0})) << "32-bit sums wrap";
     EXPECT_EQ(once(zmxiRCTInv_JPEG2K_32s_P3IR, P32{0, INT_MAX, 1}), (P32{536870913, 536870912, -1610612737}));
 }
 
@@ -202,8 +199,7 @@ TEST(Component, FixedPointWorkedValues) {
     using P16 = model::Pixel<Zmx16s>;
     using P32 = model::Pixel<Zmx32s>;
     for (int v = -32768; v <= 32767; ++v)
-        ASSERT_EQ(once(zmxiICTFwd_JPEG2K_16s_P3IR, P16{Zmx16s(v), Zmx16s(v), Zmx16s(v)}),
-                  (P16{Zmx16s(v), 0, 0}));
+        ASSERT_EQ(once(zmxiICTFwd_JPEG2K_16s_P3IR, P16{Zmx16s(v), Zmx16s(v), Zmx16s(v)}), (P16{Zmx16s(v), 0, 0}));
     // Halves go up in both signs: Cb of blue alone is exactly half of it.
     EXPECT_EQ(once(zmxiICTFwd_JPEG2K_16s_P3IR, P16{0, 0, 1})[1], 1);
     EXPECT_EQ(once(zmxiICTFwd_JPEG2K_16s_P3IR, P16{0, 0, -1})[1], 0);
@@ -232,10 +228,8 @@ TEST(Component, FloatWorkedValues) {
               (std::array<Zmx32u, 3>{0x3F1645A2, 0xBEA99AE9, 0xBED65E89}));
     EXPECT_EQ(bits(once(zmxiICTFwd_JPEG2K_32f_P3IR, F{0, 0, 1})),
               (std::array<Zmx32u, 3>{0x3DE978D5, 0x3F000000, 0xBDA685DB}));
-    EXPECT_EQ(bits(once(zmxiICTInv_JPEG2K_32f_P3IR, F{0, 1, 0})),
-              (std::array<Zmx32u, 3>{0, 0xBEB031CF, 0x3FE2D0E5}));
-    EXPECT_EQ(bits(once(zmxiICTInv_JPEG2K_32f_P3IR, F{0, 0, 1})),
-              (std::array<Zmx32u, 3>{0x3FB374BC, 0xBF36D1E1, 0}));
+    EXPECT_EQ(bits(once(zmxiICTInv_JPEG2K_32f_P3IR, F{0, 1, 0})), (std::array<Zmx32u, 3>{0, 0xBEB031CF, 0x3FE2D0E5}));
+    EXPECT_EQ(bits(once(zmxiICTInv_JPEG2K_32f_P3IR, F{0, 0, 1})), (std::array<Zmx32u, 3>{0x3FB374BC, 0xBF36D1E1, 0}));
     EXPECT_EQ(once(zmxiICTInv_JPEG2K_32f_P3IR, F{5, 0, 0}), (F{5, 5, 5}));
     // The range is not limited.
     EXPECT_EQ(once(zmxiICTFwd_JPEG2K_32f_P3IR, F{1e30F, 1e30F, 1e30F})[0], 1e30F);
@@ -288,9 +282,9 @@ void stressFloats(InPlace<Zmx32f> fn, PixelFn<Zmx32f> pixel, int rounds, std::ui
         for (std::size_t i = 0; i < n; ++i) {
             for (int c = 0; c < 3; ++c)
                 in[i][std::size_t(c)] =
-                    round & 1 ? hardFloat(rng, in[i], c)
-                              : std::bit_cast<Zmx32f>(
-                                    Zmx32u(rng.range(0, 1) << 31 | rng.range(0x3F000000, 0x44000000)));
+                    round & 1
+                        ? hardFloat(rng, in[i], c)
+                        : std::bit_cast<Zmx32f>(Zmx32u(rng.range(0, 1) << 31 | rng.range(0x3F000000, 0x44000000)));
             for (std::size_t c = 0; c < 3; ++c) planes[c][i] = in[i][c];
         }
         Zmx32f* const p[3] = {planes[0].data(), planes[1].data(), planes[2].data()};
@@ -299,8 +293,8 @@ void stressFloats(InPlace<Zmx32f> fn, PixelFn<Zmx32f> pixel, int rounds, std::ui
             const auto want = pixel(in[i]);
             for (std::size_t c = 0; c < 3; ++c)
                 ASSERT_TRUE(sameFloat(want[c], planes[c][i]))
-                    << std::hexfloat << in[i][0] << ' ' << in[i][1] << ' ' << in[i][2] << ": output " << c
-                    << ' ' << want[c] << ", not " << planes[c][i];
+                    << std::hexfloat << in[i][0] << ' ' << in[i][1] << ' ' << in[i][2] << ": output " << c << ' '
+                    << want[c] << ", not " << planes[c][i];
         }
     }
 }
@@ -331,17 +325,14 @@ void checkFaults(const std::vector<Fault>& order, const std::function<ZmxStatus(
 }
 constexpr Fault kNull{zmxStsNullPtrErr, "null"}, kStep{zmxStsStepErr, "step"}, kSize{zmxStsSizeErr, "size"};
 
-template <class T>
-void checkArguments(Pack<T> pack, Unpack<T> unpack, std::initializer_list<InPlace<T>> inPlace) {
+template <class T> void checkArguments(Pack<T> pack, Unpack<T> unpack, std::initializer_list<InPlace<T>> inPlace) {
     const std::vector<T> fresh(12, T(7));
     for (int bad : {0, -1, INT_MIN}) {
         auto off = [bad](unsigned f, int bit, int good) { return f >> bit & 1 ? bad : good; };
         // pSrc, pDst, the planes, srcStep, dstStep, width, height.
         const std::vector<Fault> order{kNull, kNull, kNull, kNull, kNull, kStep, kStep, kSize, kSize};
         std::vector<T> pixels = fresh, planes = fresh;
-        auto plane = [&planes](unsigned f, unsigned c) {
-            return f >> (2 + c) & 1 ? nullptr : planes.data() + 4 * c;
-        };
+        auto plane = [&planes](unsigned f, unsigned c) { return f >> (2 + c) & 1 ? nullptr : planes.data() + 4 * c; };
         if (pack)
             checkFaults(order, [&](unsigned f) {
                 T* const p[3] = {plane(f, 0), plane(f, 1), plane(f, 2)};
@@ -351,8 +342,8 @@ void checkArguments(Pack<T> pack, Unpack<T> unpack, std::initializer_list<InPlac
         if (unpack)
             checkFaults(order, [&](unsigned f) {
                 const T* const p[3] = {plane(f, 0), plane(f, 1), plane(f, 2)};
-                return unpack(f & 1 ? nullptr : p, off(f, 5, 12), f & 2 ? nullptr : pixels.data(),
-                              off(f, 6, 4), {off(f, 7, 1), off(f, 8, 1)});
+                return unpack(f & 1 ? nullptr : p, off(f, 5, 12), f & 2 ? nullptr : pixels.data(), off(f, 6, 4),
+                              {off(f, 7, 1), off(f, 8, 1)});
             });
         for (InPlace<T> fn : inPlace)
             checkFaults({kNull, kNull, kNull, kNull, kStep, kSize, kSize}, [&](unsigned f) {
@@ -369,11 +360,11 @@ void checkArguments(Pack<T> pack, Unpack<T> unpack, std::initializer_list<InPlac
 
 TEST(Component, TheFirstBadArgumentDecides) {
     checkArguments<Zmx16s>(zmxiRCTFwd_JPEG2K_16s_C3P3R, zmxiRCTInv_JPEG2K_16s_P3C3R,
-                           {zmxiRCTFwd_JPEG2K_16s_P3IR, zmxiRCTInv_JPEG2K_16s_P3IR,
-                            zmxiICTFwd_JPEG2K_16s_P3IR, zmxiICTInv_JPEG2K_16s_P3IR});
+                           {zmxiRCTFwd_JPEG2K_16s_P3IR, zmxiRCTInv_JPEG2K_16s_P3IR, zmxiICTFwd_JPEG2K_16s_P3IR,
+                            zmxiICTInv_JPEG2K_16s_P3IR});
     checkArguments<Zmx32s>(zmxiRCTFwd_JPEG2K_32s_C3P3R, zmxiRCTInv_JPEG2K_32s_P3C3R,
-                           {zmxiRCTFwd_JPEG2K_32s_P3IR, zmxiRCTInv_JPEG2K_32s_P3IR,
-                            zmxiICTFwd_JPEG2K_32s_P3IR, zmxiICTInv_JPEG2K_32s_P3IR});
+                           {zmxiRCTFwd_JPEG2K_32s_P3IR, zmxiRCTInv_JPEG2K_32s_P3IR, zmxiICTFwd_JPEG2K_32s_P3IR,
+                            zmxiICTInv_JPEG2K_32s_P3IR});
     checkArguments<Zmx32f>(zmxiICTFwd_JPEG2K_32f_C3P3R, zmxiICTInv_JPEG2K_32f_P3C3R,
                            {zmxiICTFwd_JPEG2K_32f_P3IR, zmxiICTInv_JPEG2K_32f_P3IR});
 }
@@ -384,8 +375,7 @@ template <class T> std::vector<T> picture(std::uint64_t seed) {
     Rng rng(seed);
     std::vector<T> v(3 * 64 * 33);
     for (T& x : v)
-        x = std::is_same_v<T, Zmx32f> ? T(double(rng.range(-40000, 40000)) / 64)
-                                      : T(rng.range(-20000, 20000));
+        x = std::is_same_v<T, Zmx32f> ? T(double(rng.range(-40000, 40000)) / 64) : T(rng.range(-20000, 20000));
     return v;
 }
 template <class T> std::uint64_t digestInPlace(InPlace<T> fn) {

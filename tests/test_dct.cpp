@@ -233,8 +233,7 @@ TEST(Quantising, TiesToEvenAndSaturation) {
     Table t = flatTable(16384); // a half
     t[6] = t[7] = 65535;
     ASSERT_EQ(zmxiQuantFwd8x8_JPEG_16s_C1I(b.data(), t.data()), zmxStsNoErr);
-    EXPECT_EQ(std::vector<Zmx16s>(b.begin(), b.begin() + 8),
-              (std::vector<Zmx16s>{0, 2, 2, 0, -2, -2, 32767, -32768}));
+    EXPECT_EQ(std::vector<Zmx16s>(b.begin(), b.begin() + 8), (std::vector<Zmx16s>{0, 2, 2, 0, -2, -2, 32767, -32768}));
 }
 
 TEST(Quantising, DequantisingReadsTheTableAsSigned) {
@@ -297,8 +296,8 @@ TEST(DctArguments, PointersOnly) {
     const Block before = src, untouched = dst;
     const Table t = flatTable(1);
     everyBadCombination({kNull, kNull, kNull}, [&](Bad bad) {
-        const ZmxStatus st = zmxiDCTQuantFwd8x8_JPEG_16s_C1(
-            bad[0] ? nullptr : src.data(), bad[1] ? nullptr : dst.data(), bad[2] ? nullptr : t.data());
+        const ZmxStatus st = zmxiDCTQuantFwd8x8_JPEG_16s_C1(bad[0] ? nullptr : src.data(),
+                                                            bad[1] ? nullptr : dst.data(), bad[2] ? nullptr : t.data());
         EXPECT_EQ(zmxiDCTQuantInv8x8_JPEG_16s_C1(bad[0] ? nullptr : src.data(), bad[1] ? nullptr : dst.data(),
                                                  bad[2] ? nullptr : t.data()),
                   st);
@@ -327,8 +326,7 @@ TEST(DctArguments, TheTableComesBehindTheStep) {
     const int calls = threadsAsked();
     everyBadCombination(order, [&](Bad bad) {
         return zmxiDCTQuantFwd8x8LS_JPEG_8u16s_C1R(bad[0] ? nullptr : picture.data(), badNumber(bad[2], 8),
-                                                   bad[1] ? nullptr : coefficients.data(),
-                                                   bad[3] ? nullptr : t.data());
+                                                   bad[1] ? nullptr : coefficients.data(), bad[3] ? nullptr : t.data());
     });
     everyBadCombination(order, [&](Bad bad) {
         return zmxiDCTQuantFwd8x8LS_JPEG_16u16s_C1R(bad[0] ? nullptr : wide, badNumber(bad[2], 16),
@@ -636,8 +634,8 @@ TEST(TwelveBits, AgainstTheModel) {
         rng.bytes(dst.data(), dst.size());
         std::vector<Zmx8u> picture = dst.copy();
         model::decodeBlock12(b.data(), picture.data(), step, table.data());
-        ASSERT_EQ(zmxiDCTQuantInv8x8LS_JPEG_16s16u_C1R(coefficients.data(), reinterpret_cast<Zmx16u*>(dst.data()),
-                                                       step, table.data()),
+        ASSERT_EQ(zmxiDCTQuantInv8x8LS_JPEG_16s16u_C1R(coefficients.data(), reinterpret_cast<Zmx16u*>(dst.data()), step,
+                                                       table.data()),
                   zmxStsNoErr);
         ASSERT_TRUE(sameBytes(picture, dst.copy())) << "inverse, block " << i << ", step " << step;
         ASSERT_TRUE(sameBytes(b.data(), coefficients.data(), 128));

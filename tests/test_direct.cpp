@@ -20,20 +20,20 @@ struct DirectIn {
         if (bitsLen[0] == bitsLen[1] && marker[0] == marker[1] && bits[0] == bits[1] && count[0] == count[1])
             return ::testing::AssertionSuccess();
         return ::testing::AssertionFailure()
-               << std::hex << "position " << bitsLen[0] << ", expected " << bitsLen[1] << "; marker "
-               << marker[0] << ", expected " << marker[1] << "; bits " << bits[0] << ", expected " << bits[1]
-               << "; count " << count[0] << ", expected " << count[1];
+               << std::hex << "position " << bitsLen[0] << ", expected " << bitsLen[1] << "; marker " << marker[0]
+               << ", expected " << marker[1] << "; bits " << bits[0] << ", expected " << bits[1] << "; count "
+               << count[0] << ", expected " << count[1];
     }
 };
 
 Outcome decodeDirect(DirectIn& in, BlockOut& out, DecodeTable& dc, DecodeTable& ac) {
     model::DirectReader r{in.bytes, in.bitsLen[1], in.marker[1], in.bits[1], in.count[1]};
-    const ZmxStatus expected =
-        in.count[1] < 0 ? ZmxStatus(zmxStsBadArgErr)
-                        : model::decodeBlockDirect(r, out.plain.data(), out.plainDC, dc.plain, ac.plain);
-    const ZmxStatus got = zmxiDecodeHuffman8x8_Direct_JPEG_1u16s_C1(
-        in.src.data(), &in.bitsLen[0], out.dst.data(), out.lastDC.data(), &in.marker[0], &in.bits[0],
-        &in.count[0], dc.lib(), ac.lib());
+    const ZmxStatus expected = in.count[1] < 0
+                                   ? ZmxStatus(zmxStsBadArgErr)
+                                   : model::decodeBlockDirect(r, out.plain.data(), out.plainDC, dc.plain, ac.plain);
+    const ZmxStatus got =
+        zmxiDecodeHuffman8x8_Direct_JPEG_1u16s_C1(in.src.data(), &in.bitsLen[0], out.dst.data(), out.lastDC.data(),
+                                                  &in.marker[0], &in.bits[0], &in.count[0], dc.lib(), ac.lib());
     return settle(in, out, expected, got, !r.noPath && !r.astray, r.noValue);
 }
 
@@ -55,13 +55,13 @@ TEST(Direct, OrderOfTests) {
         Zmx32s* const number = bad >> 8 & 1 ? &badHeld : &held;
         return zmxiDecodeHuffman8x8_Direct_JPEG_1u16s_C1(
             nullIf(bad, 0, src.data()), nullIf(bad, 1, position), nullIf(bad, 3, block.data()),
-            nullIf(bad, 4, lastDC.data()), nullIf(bad, 5, &marker), nullIf(bad, 6, &bits),
-            nullIf(bad, 7, number), nullIf(bad, 9, t.decDC.lib()), nullIf(bad, 10, t.decAC.lib()));
+            nullIf(bad, 4, lastDC.data()), nullIf(bad, 5, &marker), nullIf(bad, 6, &bits), nullIf(bad, 7, number),
+            nullIf(bad, 9, t.decDC.lib()), nullIf(bad, 10, t.decAC.lib()));
     });
     checkOrder({-8, -8, -8, -8, -8, -8}, [&](unsigned bad) {
-        return zmxiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(
-            nullIf(bad, 0, block.data()), nullIf(bad, 1, dst.data()), nullIf(bad, 2, &bitsLen),
-            nullIf(bad, 3, lastDC.data()), nullIf(bad, 4, t.encDC.lib()), nullIf(bad, 5, t.encAC.lib()));
+        return zmxiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(nullIf(bad, 0, block.data()), nullIf(bad, 1, dst.data()),
+                                                         nullIf(bad, 2, &bitsLen), nullIf(bad, 3, lastDC.data()),
+                                                         nullIf(bad, 4, t.encDC.lib()), nullIf(bad, 5, t.encAC.lib()));
     });
 
     EXPECT_EQ(block.copy(), blockBefore);
@@ -93,8 +93,7 @@ TEST(Direct, PositionsAndQuietEnds) {
     EXPECT_EQ(out.plain, Block{});
     EXPECT_EQ(in.bitsLen[0], 24);
     EXPECT_EQ(in.count[0], -1);
-    EXPECT_EQ(decodeDirect(in, out, t.decDC, t.decAC).status, zmxStsBadArgErr)
-        << "a negative count is refused";
+    EXPECT_EQ(decodeDirect(in, out, t.decDC, t.decAC).status, zmxStsBadArgErr) << "a negative count is refused";
 
     // No bits at all: in the DC part status 0, the block zero, and the position not stored.
     DirectIn empty({0xFF, 0xFF, 0xD9});
@@ -263,8 +262,8 @@ struct DirectOut {
         Guarded<Zmx8u> dst(plain.size());
         dst.fill(0xC3);
         std::copy(before.begin(), before.end(), dst.data());
-        EXPECT_EQ(zmxiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(src.data(), dst.data(), &bitsLen[0], &lastDC[0],
-                                                            dc.lib(), ac.lib()),
+        EXPECT_EQ(zmxiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(src.data(), dst.data(), &bitsLen[0], &lastDC[0], dc.lib(),
+                                                            ac.lib()),
                   zmxStsNoErr);
         EXPECT_EQ(bitsLen[0], bitsLen[1]);
         EXPECT_EQ(lastDC[0], lastDC[1]);

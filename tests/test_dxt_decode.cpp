@@ -71,8 +71,7 @@ TEST(Dxt1, IndexesStandInRasterOrderFromTheLowestBit) {
         block[std::size_t(4 + n / 4)] = Zmx8u(1 << 2 * (n % 4));
         const Bytes pixels = decoded(kDxt1, block);
         for (int i = 0; i < 16; ++i)
-            EXPECT_EQ(texel(pixels, i), i == n ? (Bytes{0, 0, 0, 255}) : (Bytes{248, 252, 248, 255}))
-                << n << ' ' << i;
+            EXPECT_EQ(texel(pixels, i), i == n ? (Bytes{0, 0, 0, 255}) : (Bytes{248, 252, 248, 255})) << n << ' ' << i;
     }
 }
 

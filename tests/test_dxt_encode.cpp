@@ -10,8 +10,8 @@ namespace {
 
 using Bytes = std::vector<Zmx8u>;
 
-const TextureEncoder kDxt1 = {
-    "DXT1", zmxiTextureEncodeBlockFromRGBA_DXT1_8u_C4C1R, model::encodeDxt1, 8, 4, 0xF3E99DE718EB4FE};
+const TextureEncoder kDxt1 = {"DXT1",           zmxiTextureEncodeBlockFromRGBA_DXT1_8u_C4C1R, model::encodeDxt1, 8, 4,
+                              0xF3E99DE718EB4FE};
 const TextureEncoder kDxt3 = {
     "DXT3", zmxiTextureEncodeBlockFromRGBA_DXT3_8u_C4C1R, model::encodeDxt3, 16, 4, 0xAD916E8FAD743246};
 const TextureEncoder kDxt5 = {
@@ -107,8 +107,7 @@ TEST(DxtColours, TieGoesToTheLowerIndex) {
 }
 
 TEST(DxtColours, AlphaHasNoPart) {
-    Bytes seen = greys({255, 0, 167, 87, 240, 15, 207, 208, 47, 48, 127, 126, 128, 200, 100, 60}),
-          unseen = seen;
+    Bytes seen = greys({255, 0, 167, 87, 240, 15, 207, 208, 47, 48, 127, 126, 128, 200, 100, 60}), unseen = seen;
     for (std::size_t i = 3; i < 64; i += 4) unseen[i] = Zmx8u(i % 8 == 3 ? 0 : i);
     EXPECT_EQ(encoded(kDxt1, seen), encoded(kDxt1, unseen));
     EXPECT_EQ(secondHalf(encoded(kDxt3, seen)), secondHalf(encoded(kDxt3, unseen)));
@@ -116,15 +115,14 @@ TEST(DxtColours, AlphaHasNoPart) {
 }
 
 TEST(Dxt3Alpha, IsTheTopNibble) {
-    EXPECT_EQ(firstHalf(encoded(
-                  kDxt3, alphas({0, 31, 32, 63, 64, 95, 96, 127, 128, 159, 160, 191, 192, 223, 239, 255}))),
-              (Bytes{0x10, 0x32, 0x54, 0x76, 0x98, 0xBA, 0xDC, 0xFE}));
+    EXPECT_EQ(
+        firstHalf(encoded(kDxt3, alphas({0, 31, 32, 63, 64, 95, 96, 127, 128, 159, 160, 191, 192, 223, 239, 255}))),
+        (Bytes{0x10, 0x32, 0x54, 0x76, 0x98, 0xBA, 0xDC, 0xFE}));
     // 255 comes back as 240.
     const Bytes block = encoded(kDxt3, sixteenTimes({0, 0, 0, 255}));
     EXPECT_EQ(firstHalf(block), Bytes(8, 0xFF));
     Bytes pixels(64);
-    ASSERT_EQ(zmxiTextureDecodeBlockToRGBA_DXT3_8u_C1C4R(block.data(), pixels.data(), 16, ZmxiSize{4, 4}),
-              zmxStsNoErr);
+    ASSERT_EQ(zmxiTextureDecodeBlockToRGBA_DXT3_8u_C1C4R(block.data(), pixels.data(), 16, ZmxiSize{4, 4}), zmxStsNoErr);
     EXPECT_EQ(pixels, sixteenTimes({0, 0, 0, 240}));
 }
 
@@ -137,9 +135,9 @@ TEST(Dxt5Alpha, ConstantAlphaHasIndex1Throughout) {
 TEST(Dxt5Alpha, SevenThresholds) {
     // From 0 and 255 to 15 and 240, h is 16: thresholds 31, 223, 191, 159, 127, 95, 63.
     // Indexes 0 0 2 2 3 3 4 4 and 5 5 6 6 7 7 1 1, from the lowest bit up.
-    EXPECT_EQ(firstHalf(encoded(
-                  kDxt5, alphas({255, 224, 223, 192, 191, 160, 159, 128, 127, 96, 95, 64, 63, 32, 31, 0}))),
-              (Bytes{240, 15, 0x80, 0xB4, 0x91, 0xAD, 0xFD, 0x27}));
+    EXPECT_EQ(
+        firstHalf(encoded(kDxt5, alphas({255, 224, 223, 192, 191, 160, 159, 128, 127, 96, 95, 64, 63, 32, 31, 0}))),
+        (Bytes{240, 15, 0x80, 0xB4, 0x91, 0xAD, 0xFD, 0x27}));
 }
 
 TEST(Dxt5Alpha, RangeBelow16IsNotDrawnIn) {

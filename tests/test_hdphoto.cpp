@@ -22,8 +22,10 @@ Block transformed(bool inverse, Block m) {
     return m;
 }
 Block modelled(bool inverse, Block m) {
-    if (inverse) model::photoInverse(m.data());
-    else model::photoForward(m.data());
+    if (inverse)
+        model::photoInverse(m.data());
+    else
+        model::photoForward(m.data());
     return m;
 }
 
@@ -35,9 +37,12 @@ struct Fixed {
     ZmxiSize size;
 };
 const Fixed kFixed[] = {
-    {"Fwd16x16", zmxiPCTFwd16x16_HDP_32s_C1IR, kForward, {16, 16}}, {"Inv16x16", zmxiPCTInv16x16_HDP_32s_C1IR, kInverse, {16, 16}},
-    {"Fwd8x16", zmxiPCTFwd8x16_HDP_32s_C1IR, kForward, {8, 16}},    {"Inv8x16", zmxiPCTInv8x16_HDP_32s_C1IR, kInverse, {8, 16}},
-    {"Fwd8x8", zmxiPCTFwd8x8_HDP_32s_C1IR, kForward, {8, 8}},       {"Inv8x8", zmxiPCTInv8x8_HDP_32s_C1IR, kInverse, {8, 8}},
+    {"Fwd16x16", zmxiPCTFwd16x16_HDP_32s_C1IR, kForward, {16, 16}},
+    {"Inv16x16", zmxiPCTInv16x16_HDP_32s_C1IR, kInverse, {16, 16}},
+    {"Fwd8x16", zmxiPCTFwd8x16_HDP_32s_C1IR, kForward, {8, 16}},
+    {"Inv8x16", zmxiPCTInv8x16_HDP_32s_C1IR, kInverse, {8, 16}},
+    {"Fwd8x8", zmxiPCTFwd8x8_HDP_32s_C1IR, kForward, {8, 8}},
+    {"Inv8x8", zmxiPCTInv8x8_HDP_32s_C1IR, kInverse, {8, 8}},
 };
 
 // A plane of samples in a guarded buffer, with whatever step; the top row comes last where the step is negative.
@@ -54,7 +59,8 @@ class Plane {
 
 public:
     Plane(ZmxiSize s, int stepBytes, GuardedBlock::Flush flush, Rng& rng, std::int64_t magnitude)
-        : size(s), step(stepBytes), bytes(std::size_t(std::abs(stepBytes)) * std::size_t(s.height - 1) + 4 * std::size_t(s.width), flush) {
+        : size(s), step(stepBytes),
+          bytes(std::size_t(std::abs(stepBytes)) * std::size_t(s.height - 1) + 4 * std::size_t(s.width), flush) {
         rng.bytes(bytes.data(), bytes.size());
         for (int y = 0; y < size.height; ++y)
             for (int x = 0; x < size.width; ++x) {
@@ -124,7 +130,8 @@ TEST(HdPhoto, SmallBlocksAreTransformedAsWrittenDown) {
                         Block m(16, 0);
                         m[i] = v;
                         m[j] += w;
-                        ASSERT_EQ(transformed(inverse, m), modelled(inverse, m)) << "inverse " << inverse << ", " << v << " at " << i << ", " << w << " at " << j;
+                        ASSERT_EQ(transformed(inverse, m), modelled(inverse, m))
+                            << "inverse " << inverse << ", " << v << " at " << i << ", " << w << " at " << j;
                     }
 }
 
@@ -148,9 +155,11 @@ TEST(HdPhoto, SumsWrapIn32Bits) {
     constexpr std::uint64_t seed = 812;
     SCOPED_TRACE(seed);
     Rng rng(seed);
-    const Zmx32s edges[] = {INT_MIN, INT_MIN + 1, -1, 0, 1, INT_MAX - 1, INT_MAX, 0x2AAAAAAA, 0x55555555, -0x40000000, 0x40000000};
+    const Zmx32s edges[] = {INT_MIN, INT_MIN + 1, -1,         0,           1,         INT_MAX - 1,
+                            INT_MAX, 0x2AAAAAAA,  0x55555555, -0x40000000, 0x40000000};
     for (bool inverse : {kForward, kInverse}) {
-        for (Zmx32s v : edges) ASSERT_EQ(transformed(inverse, Block(16, v)), modelled(inverse, Block(16, v))) << "a flat block of " << v;
+        for (Zmx32s v : edges)
+            ASSERT_EQ(transformed(inverse, Block(16, v)), modelled(inverse, Block(16, v))) << "a flat block of " << v;
         for (int round = 0; round < 10000; ++round) {
             Block m = rng.vec<Zmx32s>(16, INT_MIN, INT_MAX);
             if (round % 2)
@@ -175,7 +184,8 @@ TEST(HdPhoto, PlanesOfEveryStep) {
                             Plane plane(size, step, flush, rng, magnitude);
                             const std::vector<Zmx8u> expected = plane.expected(inverse);
                             ASSERT_EQ(transform(inverse, plane.origin(), step, size), zmxStsNoErr);
-                            ASSERT_TRUE(sameBytes(expected, plane.now())) << size.width << " by " << size.height << ", step " << step;
+                            ASSERT_TRUE(sameBytes(expected, plane.now()))
+                                << size.width << " by " << size.height << ", step " << step;
                         }
 }
 
@@ -218,7 +228,8 @@ TEST(HdPhoto, ArgumentsOfTheFixedSizes) {
         EXPECT_EQ(f.run(nullptr, least), zmxStsNullPtrErr) << f.name;
         EXPECT_EQ(f.run(nullptr, 0), zmxStsNullPtrErr) << f.name << ": the pointer is tested first";
         EXPECT_EQ(f.run(nullptr, -1), zmxStsNullPtrErr) << f.name;
-        for (int step : {0, 1, least / 2, least - 4, least - 1}) EXPECT_EQ(f.run(plane.data(), step), zmxStsStepErr) << f.name << ", step " << step;
+        for (int step : {0, 1, least / 2, least - 4, least - 1})
+            EXPECT_EQ(f.run(plane.data(), step), zmxStsStepErr) << f.name << ", step " << step;
         EXPECT_EQ(plane.copy(), Block(plane.size(), 5)) << f.name << ": nothing is written";
         EXPECT_EQ(f.run(plane.data(), least), zmxStsNoErr) << f.name;
     }
@@ -234,25 +245,30 @@ TEST(HdPhoto, ArgumentsOfAnySize) {
         for (int bad : {0, -1, -4, INT_MIN, INT_MIN + 4}) {
             EXPECT_EQ(transform(inverse, plane.data(), 32, {bad, 8}), zmxStsSizeErr) << "width " << bad;
             EXPECT_EQ(transform(inverse, plane.data(), 32, {8, bad}), zmxStsSizeErr) << "height " << bad;
-            EXPECT_EQ(transform(inverse, plane.data(), 0, {bad, 8}), zmxStsSizeErr) << "a size below 1 wins over a step";
+            EXPECT_EQ(transform(inverse, plane.data(), 0, {bad, 8}), zmxStsSizeErr)
+                << "a size below 1 wins over a step";
             EXPECT_EQ(transform(inverse, plane.data(), 31, {8, bad}), zmxStsSizeErr);
             EXPECT_EQ(transform(inverse, nullptr, 0, {bad, bad}), zmxStsNullPtrErr);
         }
-        for (int step : {0, 1, 16, 28, 31}) EXPECT_EQ(transform(inverse, plane.data(), step, {8, 8}), zmxStsStepErr) << step;
-        EXPECT_EQ(transform(inverse, plane.data(), 8, {6, 8}), zmxStsStepErr) << "a step wins over a size that is no multiple of 4";
+        for (int step : {0, 1, 16, 28, 31})
+            EXPECT_EQ(transform(inverse, plane.data(), step, {8, 8}), zmxStsStepErr) << step;
+        EXPECT_EQ(transform(inverse, plane.data(), 8, {6, 8}), zmxStsStepErr)
+            << "a step wins over a size that is no multiple of 4";
         EXPECT_EQ(transform(inverse, plane.data(), 23, {6, 8}), zmxStsStepErr);
         EXPECT_EQ(transform(inverse, plane.data(), 24, {6, 8}), zmxStsSizeErr);
         for (int odd : {1, 2, 3, 5, 6, 7}) {
             EXPECT_EQ(transform(inverse, plane.data(), 32, {odd, 8}), zmxStsSizeErr) << odd;
             EXPECT_EQ(transform(inverse, plane.data(), 32, {8, odd}), zmxStsSizeErr) << odd;
-            EXPECT_EQ(transform(inverse, plane.data(), -32, {odd, 8}), zmxStsSizeErr) << odd << ": a negative step passes";
+            EXPECT_EQ(transform(inverse, plane.data(), -32, {odd, 8}), zmxStsSizeErr)
+                << odd << ": a negative step passes";
             EXPECT_EQ(transform(inverse, plane.data(), 0, {8, odd}), zmxStsStepErr) << odd;
         }
         // Pointer, size below 1, step, multiple of 4, with every set of the four gone wrong. Width and height share.
         for (bool tall : {false, true})
             checkOrder({zmxStsNullPtrErr, zmxStsSizeErr, zmxStsStepErr, zmxStsSizeErr}, [&](unsigned bad) {
                 const int extent = bad >> 1 & 1 ? -3 : bad >> 3 & 1 ? 6 : 8;
-                return transform(inverse, nullIf(bad, 0, plane.data()), badIf(bad, 2, 3, 32), tall ? ZmxiSize{8, extent} : ZmxiSize{extent, 8});
+                return transform(inverse, nullIf(bad, 0, plane.data()), badIf(bad, 2, 3, 32),
+                                 tall ? ZmxiSize{8, extent} : ZmxiSize{extent, 8});
             });
         EXPECT_EQ(plane.copy(), Block(64, 5)) << "nothing is written";
         EXPECT_EQ(transform(inverse, plane.data(), 32, {8, 8}), zmxStsNoErr);

@@ -72,12 +72,10 @@ TEST(HuffmanBlocks, NullPointersOfInit) {
         EXPECT_TRUE(enc.same());
 
         ZmxiDecodeHuffmanSpec* decOut = dec.lib();
-        EXPECT_EQ(zmxiDecodeHuffmanSpecInitAlloc_JPEG_8u(b, v, mask & 4 ? nullptr : &decOut),
-                  zmxStsNullPtrErr);
+        EXPECT_EQ(zmxiDecodeHuffmanSpecInitAlloc_JPEG_8u(b, v, mask & 4 ? nullptr : &decOut), zmxStsNullPtrErr);
         EXPECT_EQ(decOut, dec.lib());
         ZmxiEncodeHuffmanSpec* encOut = enc.lib();
-        EXPECT_EQ(zmxiEncodeHuffmanSpecInitAlloc_JPEG_8u(b, v, mask & 4 ? nullptr : &encOut),
-                  zmxStsNullPtrErr);
+        EXPECT_EQ(zmxiEncodeHuffmanSpecInitAlloc_JPEG_8u(b, v, mask & 4 ? nullptr : &encOut), zmxStsNullPtrErr);
         EXPECT_EQ(encOut, enc.lib());
 
         std::vector<Zmx32s> statistics(257, 1);
@@ -109,8 +107,8 @@ namespace {
 
 // One InitAlloc and its Free: what is asked for, what is stored, and that nothing is left.
 template <class Lib>
-void checkAlloc(const std::function<ZmxStatus(Lib**)>& initAlloc, ZmxStatus (*release)(Lib*),
-                const void* expected, int bytes, ZmxStatus status) {
+void checkAlloc(const std::function<ZmxStatus(Lib**)>& initAlloc, ZmxStatus (*release)(Lib*), const void* expected,
+                int bytes, ZmxStatus status) {
     const int before = allocationsMade(), blocks = blocksHeld();
     Lib* block = nullptr;
     EXPECT_EQ(initAlloc(&block), status);
@@ -147,8 +145,8 @@ TEST(HuffmanBlocks, InitAllocAndFree) {
         checkAlloc<ZmxiDecodeHuffmanSpec>(
             [&](auto** pp) {
                 Zmx8u none = 0;
-                return zmxiDecodeHuffmanSpecInitAlloc_JPEG_8u(
-                    list.bits.data(), list.vals.empty() ? &none : list.vals.data(), pp);
+                return zmxiDecodeHuffmanSpecInitAlloc_JPEG_8u(list.bits.data(),
+                                                              list.vals.empty() ? &none : list.vals.data(), pp);
             },
             zmxiDecodeHuffmanSpecFree_JPEG_8u, &dec, 1644, decStatus);
         model::EncodeSpec enc;
@@ -156,17 +154,17 @@ TEST(HuffmanBlocks, InitAllocAndFree) {
         checkAlloc<ZmxiEncodeHuffmanSpec>(
             [&](auto** pp) {
                 Zmx8u none = 0;
-                return zmxiEncodeHuffmanSpecInitAlloc_JPEG_8u(
-                    list.bits.data(), list.vals.empty() ? &none : list.vals.data(), pp);
+                return zmxiEncodeHuffmanSpecInitAlloc_JPEG_8u(list.bits.data(),
+                                                              list.vals.empty() ? &none : list.vals.data(), pp);
             },
             zmxiEncodeHuffmanSpecFree_JPEG_8u, &enc, 1024, encStatus);
     }
     const model::DecodeState reader{};
-    checkAlloc<ZmxiDecodeHuffmanState>(zmxiDecodeHuffmanStateInitAlloc_JPEG_8u,
-                                       zmxiDecodeHuffmanStateFree_JPEG_8u, &reader, 20, zmxStsNoErr);
+    checkAlloc<ZmxiDecodeHuffmanState>(zmxiDecodeHuffmanStateInitAlloc_JPEG_8u, zmxiDecodeHuffmanStateFree_JPEG_8u,
+                                       &reader, 20, zmxStsNoErr);
     const model::EncodeState writer{};
-    checkAlloc<ZmxiEncodeHuffmanState>(zmxiEncodeHuffmanStateInitAlloc_JPEG_8u,
-                                       zmxiEncodeHuffmanStateFree_JPEG_8u, &writer, 1044, zmxStsNoErr);
+    checkAlloc<ZmxiEncodeHuffmanState>(zmxiEncodeHuffmanStateInitAlloc_JPEG_8u, zmxiEncodeHuffmanStateFree_JPEG_8u,
+                                       &writer, 1044, zmxStsNoErr);
 }
 
 TEST(HuffmanTables, LuminanceDCWordForWord) {
@@ -296,8 +294,7 @@ TEST(HuffmanTables, CodesOf16Bits) {
     EXPECT_EQ(word, 0x10FFFEu);
     list.bits[15] = 2;
     list.vals.push_back(99);
-    EXPECT_EQ(dec.build(list), zmxStsNoErr)
-        << "its code of all ones reads as none: the largest code is 65535";
+    EXPECT_EQ(dec.build(list), zmxStsNoErr) << "its code of all ones reads as none: the largest code is 65535";
     EXPECT_EQ(enc.build(list), zmxStsHuffTableErr);
     // Codes beyond 65535 are not fitted into 16 bits ahead of the test; the decoder keeps their low halves.
     list.bits[15] = 241;
@@ -355,8 +352,7 @@ TEST(HuffmanTables, RandomLists) {
         } else { // anything: over-full, too many, empty lengths
             for (Zmx8u& b : list.bits)
                 if (rng.oneIn(3)) b = Zmx8u(rng.range(0, rng.oneIn(4) ? 255 : 12));
-            list.vals =
-                rng.vec<Zmx8u>(std::size_t(std::accumulate(list.bits.begin(), list.bits.end(), 0)), 0, 255);
+            list.vals = rng.vec<Zmx8u>(std::size_t(std::accumulate(list.bits.begin(), list.bits.end(), 0)), 0, 255);
         }
         dec.build(list);
         enc.build(list);
@@ -448,10 +444,8 @@ TEST(OptimalTable, EqualFrequenciesOfAll256Symbols) {
 TEST(OptimalTable, FrequenciesAboveTheStartOfTheSearchAreNotSeen) {
     EXPECT_EQ(optimal(frequencies({{4, 1000000001}})).bits, bitsOf({}));
     const Optimal o = optimal(frequencies({{4, 1000000001}, {5, 1000000000}, {6, 999999999}}));
-    EXPECT_EQ(o.vals, (Bytes{5, 6}))
-        << "merged with the reserved symbol, 6 weighs 1000000000 and goes with 5";
-    EXPECT_EQ(optimal(frequencies({{5, 1000000000}, {6, 1000000000}})).vals, Bytes{6})
-        << "1000000001 does not";
+    EXPECT_EQ(o.vals, (Bytes{5, 6})) << "merged with the reserved symbol, 6 weighs 1000000000 and goes with 5";
+    EXPECT_EQ(optimal(frequencies({{5, 1000000000}, {6, 1000000000}})).vals, Bytes{6}) << "1000000001 does not";
 }
 
 TEST(OptimalTable, SizesAreLimitedTo16Bits) {
@@ -499,12 +493,10 @@ TEST(OptimalTable, RandomFrequencies) {
         std::vector<Zmx32s> f(257);
         const int absent = int(rng.range(1, 6)), spread = int(rng.range(1, 29));
         for (Zmx32s& n : f)
-            n = rng.oneIn(absent + 1) ? 0
-                                      : Zmx32s(rng.range(1, rng.oneIn(2) ? 3 : 1 << rng.range(0, spread)));
+            n = rng.oneIn(absent + 1) ? 0 : Zmx32s(rng.range(1, rng.oneIn(2) ? 3 : 1 << rng.range(0, spread)));
         const Optimal o = optimal(f);
         // A sum above 1000000000 is not seen either: then more than one tree is left, which is no code set.
-        if (o.status == zmxStsNoErr &&
-            std::accumulate(f.begin(), f.end() - 1, std::int64_t(1)) <= 1000000000) {
+        if (o.status == zmxStsNoErr && std::accumulate(f.begin(), f.end() - 1, std::int64_t(1)) <= 1000000000) {
             HuffmanList list{{}, o.vals};
             std::copy(o.bits.begin(), o.bits.end(), list.bits.begin());
             EncodeTable enc;

@@ -26,8 +26,7 @@ ZmxStatus toBytes(ZmxStatus (*f)(const Zmx16s* const*, T*, int), const Zmx16s* c
     return f(planes, reinterpret_cast<T*>(dst), step);
 }
 template <class T>
-ZmxStatus fromBytes(ZmxStatus (*f)(const T*, int, Zmx16s* const*), const Zmx8u* src, int step,
-                    Zmx16s* const* planes) {
+ZmxStatus fromBytes(ZmxStatus (*f)(const T*, int, Zmx16s* const*), const Zmx8u* src, int step, Zmx16s* const* planes) {
     return f(reinterpret_cast<const T*>(src), step, planes);
 }
 
@@ -50,13 +49,13 @@ template <class Call> struct Conversion {
 using Decoder = Conversion<ToPixels>;
 using Encoder = Conversion<FromPixels>;
 
-#define DECODER(f, s, p, d)                                                                                          \
-    {                                                                                                                \
-#f, Sampling::s, Pixel::p, [](auto m, auto b, int n) { return toBytes(f, m, b, n); }, d                      \
+#define DECODER(f, s, p, d)                                                                                            \
+    {                                                                                                                  \
+#f, Sampling::s, Pixel::p, [](auto m, auto b, int n) { return toBytes(f, m, b, n); }, d                        \
     }
-#define ENCODER(f, s, p, d)                                                                                          \
-    {                                                                                                                \
-#f, Sampling::s, Pixel::p, [](auto b, int n, auto m) { return fromBytes(f, b, n, m); }, d                    \
+#define ENCODER(f, s, p, d)                                                                                            \
+    {                                                                                                                  \
+#f, Sampling::s, Pixel::p, [](auto b, int n, auto m) { return fromBytes(f, b, n, m); }, d                      \
     }
 
 const Decoder kDecoders[] = {
@@ -162,8 +161,7 @@ std::vector<Zmx8u> decodeFlat(const Decoder& c, std::array<int, 4> sample) {
     std::vector<Zmx8u> dst(c.extent(c.rowBytes()));
     EXPECT_EQ(c.call(planes.data(), dst.data(), c.rowBytes()), zmxStsNoErr);
     const std::vector<Zmx8u> first(dst.begin(), dst.begin() + 2 * model::pixelBytes(c.pixel));
-    EXPECT_TRUE(sameBytes(first.data(), dst.data() + dst.size() - first.size(), first.size()))
-        << "a flat unit is flat";
+    EXPECT_TRUE(sameBytes(first.data(), dst.data() + dst.size() - first.size(), first.size())) << "a flat unit is flat";
     return {first.begin(), first.begin() + model::pixelBytes(c.pixel)};
 }
 // A unit of one pixel value: the samples of its last place.
@@ -547,8 +545,7 @@ TEST(McuEncode, PointersThenStepThenPlanes) {
         everyBadCombination(tests, [&](const std::vector<int>& bad) {
             Zmx16s* pointers[4] = {};
             for (int i = 0; i < c.planes(); ++i) pointers[i] = bad[std::size_t(3 + i)] ? nullptr : planes.data()[i];
-            return c.call(bad[0] ? nullptr : src.data(), badNumber(bad[2], c.rowBytes()),
-                          bad[1] ? nullptr : pointers);
+            return c.call(bad[0] ? nullptr : src.data(), badNumber(bad[2], c.rowBytes()), bad[1] ? nullptr : pointers);
         });
         EXPECT_EQ(planes.copy(), before);
     }

@@ -30,10 +30,9 @@ public:
     explicit FlagWords(const ZmxiDecodeCBProgrState* state) : s(state) {}
     Zmx32u at(int f, int x) const {
         Zmx32u v;
-        std::memcpy(&v,
-                    reinterpret_cast<const Zmx8u*>(s->flagPlane.pFlags) + s->flagPlane.flagStride * (f + 1) +
-                        (x + 1) * 4,
-                    4);
+        std::memcpy(
+            &v, reinterpret_cast<const Zmx8u*>(s->flagPlane.pFlags) + s->flagPlane.flagStride * (f + 1) + (x + 1) * 4,
+            4);
         return v;
     }
 };
@@ -63,12 +62,11 @@ TEST(ContextTables, SignCoding) {
         const auto one = [&](int significant, int negative) {
             return half(significant) ? (half(negative) ? -1 : 1) : 0;
         };
-        const int h = std::clamp(one(6, 11) + one(7, 12), -1, 1),
-                  v = std::clamp(one(4, 9) + one(5, 10), -1, 1);
+        const int h = std::clamp(one(6, 11) + one(7, 12), -1, 1), v = std::clamp(one(4, 9) + one(5, 10), -1, 1);
         const Zmx32u entry = SignCodingLUT[std::size_t(i)];
         // A neighbour that is negative without being significant does not occur.
-        const bool occurs = (half(4) || !half(9)) && (half(5) || !half(10)) && (half(6) || !half(11)) &&
-                            (half(7) || !half(12));
+        const bool occurs =
+            (half(4) || !half(9)) && (half(5) || !half(10)) && (half(6) || !half(11)) && (half(7) || !half(12));
         if (!occurs) continue;
         EXPECT_EQ(int(entry & 15), context[h + 1][v + 1]) << i;
         EXPECT_EQ(entry >> 31, predicted[h + 1][v + 1]) << i;
@@ -82,8 +80,7 @@ TEST(ContextTables, SignCoding) {
 
 TEST(ContextTables, Refinement) {
     ASSERT_EQ(MagnRefineLUT.size(), 512u);
-    for (int i = 0; i < 512; ++i)
-        EXPECT_EQ(MagnRefineLUT[std::size_t(i)], i & 256 ? 18u : i & 255 ? 17u : 16u) << i;
+    for (int i = 0; i < 512; ++i) EXPECT_EQ(MagnRefineLUT[std::size_t(i)], i & 256 ? 18u : i & 255 ? 17u : 16u) << i;
 }
 
 TEST(DistortionTables, Entries) {
@@ -129,9 +126,9 @@ TEST(FlagPlane, OneSample) {
                     bool more;
                     const int length = e.store(bytes.data(), 64, more);
                     DecoderState state(size);
-                    ASSERT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(
-                                  bytes.data(), reinterpret_cast<Zmx32s*>(decoded.data()), 20, size, 0, 1, 1,
-                                  &length, 1, style, nullptr, state),
+                    ASSERT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(bytes.data(),
+                                                                   reinterpret_cast<Zmx32s*>(decoded.data()), 20, size,
+                                                                   0, 1, 1, &length, 1, style, nullptr, state),
                               zmxStsNoErr);
                     ASSERT_EQ(decoded, samples);
                     const FlagWords words(state);
@@ -160,9 +157,8 @@ TEST(FlagPlane, VisitedMarks) {
     const int length = e.store(bytes.data(), 64, more);
     DecoderState state({4, 1});
     BlockSamples decoded(4);
-    ASSERT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(bytes.data(), reinterpret_cast<Zmx32s*>(decoded.data()),
-                                                   16, {4, 1}, 0, 2, 2, &length, 1, ZMX_CB_KEEP_MIDPOINT,
-                                                   nullptr, state),
+    ASSERT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(bytes.data(), reinterpret_cast<Zmx32s*>(decoded.data()), 16, {4, 1},
+                                                   0, 2, 2, &length, 1, ZMX_CB_KEEP_MIDPOINT, nullptr, state),
               zmxStsNoErr);
     EXPECT_EQ(decoded, (BlockSamples{3, 0x80000001, 0, 0}));
     FlagWords words(state);
@@ -171,8 +167,8 @@ TEST(FlagPlane, VisitedMarks) {
     EXPECT_EQ(words.at(0, 2), 0x20083080u | 0x4000u) << "visited on 0 too";
     EXPECT_EQ(words.at(0, 3), 0u);
     // The refinement marks the first sample, and the cleanup takes the marks of the visits away.
-    ASSERT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(bytes.data(), reinterpret_cast<Zmx32s*>(decoded.data()),
-                                                   16, {4, 1}, 0, 2, 4, &length, 1, 0, nullptr, state),
+    ASSERT_EQ(zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(bytes.data(), reinterpret_cast<Zmx32s*>(decoded.data()), 16, {4, 1},
+                                                   0, 2, 4, &length, 1, 0, nullptr, state),
               zmxStsNoErr);
     EXPECT_EQ(decoded, samples);
     EXPECT_EQ(words.at(0, 0), 0x20208000u | 0x20042840u | 0x100u);
@@ -193,15 +189,13 @@ TEST(FlagPlane, RawRefinementLeavesNoMark) {
         Zmx32s decoded = 0;
         // All flags but those of the raw planes 1 and 0 are forgotten: attached anew with the first of them
         // next.
-        ASSERT_EQ(zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(&decoded, 4, {1, 1}, state, 0, 6, style),
-                  zmxStsNoErr);
+        ASSERT_EQ(zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(&decoded, 4, {1, 1}, state, 0, 6, style), zmxStsNoErr);
         ASSERT_EQ(zmxiDecodeCBProgrSetPassCounter_JPEG2K(100, state), zmxStsNoErr);
         ASSERT_EQ(zmxiDecodeCBProgrStep_JPEG2K(bytes.data(), e.segmentLength(0), state), zmxStsNoErr);
         if (!style) continue;
         ZmxiDecodeCBProgrState* s = state;
-        Zmx32u* word = reinterpret_cast<Zmx32u*>(reinterpret_cast<Zmx8u*>(s->flagPlane.pFlags) +
-                                                 s->flagPlane.flagStride) +
-                       1;
+        Zmx32u* word =
+            reinterpret_cast<Zmx32u*>(reinterpret_cast<Zmx8u*>(s->flagPlane.pFlags) + s->flagPlane.flagStride) + 1;
         EXPECT_EQ(*word & 0x8100u, 0x8100u) << "refined in the planes before";
         *word &= ~0x100u;
         ASSERT_EQ(zmxiDecodeCBProgrStep_JPEG2K(bytes.data() + e.segmentLength(0), e.segmentLength(1), state),
@@ -247,8 +241,7 @@ TEST(FlagPlane, Attach) {
             // Five rows of a border, seven words and a border; the rest of each stride is left alone.
             for (int f = 0; f < 5; ++f)
                 for (int i = 0; i < 64; ++i)
-                    ASSERT_EQ(area[f * 64 + i], i < 36 && style != ZMX_CB_KEEP_FLAGS ? 0 : 0xEE)
-                        << f << ' ' << i;
+                    ASSERT_EQ(area[f * 64 + i], i < 36 && style != ZMX_CB_KEEP_FLAGS ? 0 : 0xEE) << f << ' ' << i;
             EXPECT_EQ(area[5 * 64], 0xEE);
         }
 }
@@ -258,8 +251,7 @@ TEST(FlagPlane, BypassPlane) {
     Zmx32s dst;
     for (int planes = 0; planes <= 31; ++planes)
         for (Zmx32u style : {Zmx32u(0), Zmx32u(ZMX_CB_SELECTIVE_BYPASS)}) {
-            ASSERT_EQ(zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(&dst, 4, {1, 1}, state, 0, planes, style),
-                      zmxStsNoErr);
+            ASSERT_EQ(zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(&dst, 4, {1, 1}, state, 0, planes, style), zmxStsNoErr);
             const ZmxiDecodeCBProgrState* s = state;
             EXPECT_EQ(s->bypassPlane, style && planes > 4 ? planes - 4 : 0) << planes;
         }
@@ -271,9 +263,7 @@ TEST(FlagPlane, TableOfTheSubband) {
     for (int subband : {0, 1, 2, 3, 4, -1, 1000}) {
         ASSERT_EQ(zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(&dst, 4, {1, 1}, state, subband, 1, 0), zmxStsNoErr);
         const ZmxiDecodeCBProgrState* s = state;
-        const auto& table = subband == 2   ? ZeroCodingLUT_HxLy
-                            : subband == 3 ? ZeroCodingLUT_HxHy
-                                           : ZeroCodingLUT_LxHy;
+        const auto& table = subband == 2 ? ZeroCodingLUT_HxLy : subband == 3 ? ZeroCodingLUT_HxHy : ZeroCodingLUT_LxHy;
         EXPECT_TRUE(std::equal(table.begin(), table.end(), s->pZeroCodingLUT)) << subband;
     }
 }

@@ -10,8 +10,7 @@
 TEST(HuffmanConstants, FollowTheirRules) {
     EXPECT_EQ(std::size(own_pj_csize), 256u);
     EXPECT_EQ(std::size(own_pj_eobsize), 512u);
-    for (auto* table :
-         {&own_pj_lowest_coef, &own_pj_extend_offset, &own_pj_extend_test, &own_pj_twoexpnminusone})
+    for (auto* table : {&own_pj_lowest_coef, &own_pj_extend_offset, &own_pj_extend_test, &own_pj_twoexpnminusone})
         EXPECT_EQ(std::size(*table), 16u);
     for (unsigned n = 0; n < 512; ++n) {
         int width = 0;
@@ -40,8 +39,7 @@ TEST(HuffmanConstants, FollowTheirRules) {
 
 TEST(HuffmanConstants, ZigzagHasEightSpareEntries) {
     ASSERT_EQ(std::size(own_pj_izigzag_index), 72u);
-    for (unsigned k = 0; k < 72; ++k)
-        EXPECT_EQ(own_pj_izigzag_index[k], k < 64 ? annexK::zigzag[k] : 63) << k;
+    for (unsigned k = 0; k < 72; ++k) EXPECT_EQ(own_pj_izigzag_index[k], k < 64 ? annexK::zigzag[k] : 63) << k;
 }
 
 namespace {

@@ -17,9 +17,8 @@ using Bytes = std::vector<Zmx8u>;
 
 // ITU-T T.88 Annex H.2, ahead of the marker that closes it there. All decisions are in one context that
 // begins in row 0.
-const Bytes kPlain = {0x00, 0x02, 0x00, 0x51, 0x00, 0x00, 0x00, 0xC0, 0x03, 0x52, 0x87,
-                      0x2A, 0xAA, 0xAA, 0xAA, 0xAA, 0x82, 0xC0, 0x20, 0x00, 0xFC, 0xD7,
-                      0x9E, 0xF6, 0xBF, 0x7F, 0xED, 0x90, 0x4F, 0x46, 0xA3, 0xBF};
+const Bytes kPlain = {0x00, 0x02, 0x00, 0x51, 0x00, 0x00, 0x00, 0xC0, 0x03, 0x52, 0x87, 0x2A, 0xAA, 0xAA, 0xAA, 0xAA,
+                      0x82, 0xC0, 0x20, 0x00, 0xFC, 0xD7, 0x9E, 0xF6, 0xBF, 0x7F, 0xED, 0x90, 0x4F, 0x46, 0xA3, 0xBF};
 const Bytes kCoded = {0x84, 0xC7, 0x3B, 0xFC, 0xE1, 0xA1, 0x43, 0x04, 0x02, 0x20, 0x00, 0x00, 0x41, 0x0D,
                       0xBB, 0x86, 0xF4, 0x31, 0x7F, 0xFF, 0x88, 0xFF, 0x37, 0x47, 0x1A, 0xDB, 0x6A, 0xDF};
 constexpr int kOneContext = 3;
@@ -98,14 +97,11 @@ Bytes modelTerminated(model::MqContexts& contexts, const Decisions& d, int metho
 
 void resetContexts(MQDecoderState& s) { mqDecoderResetCtx(&s); }
 
-::testing::AssertionResult sameState(const model::MqDecoder& m, const model::MqContexts& x,
-                                     const MQDecoderState& s) {
-    if (m.a != s.areg || m.c != s.creg || m.ct != s.ct || m.at != s.bytePos ||
-        m.marker != (s.markerFound != 0))
-        return ::testing::AssertionFailure()
-               << std::hex << "registers: expected " << m.a << ' ' << m.c << ' ' << m.ct << ' ' << m.at << ' '
-               << m.marker << ", actual " << s.areg << ' ' << s.creg << ' ' << s.ct << ' ' << s.bytePos << ' '
-               << s.markerFound;
+::testing::AssertionResult sameState(const model::MqDecoder& m, const model::MqContexts& x, const MQDecoderState& s) {
+    if (m.a != s.areg || m.c != s.creg || m.ct != s.ct || m.at != s.bytePos || m.marker != (s.markerFound != 0))
+        return ::testing::AssertionFailure() << std::hex << "registers: expected " << m.a << ' ' << m.c << ' ' << m.ct
+                                             << ' ' << m.at << ' ' << m.marker << ", actual " << s.areg << ' ' << s.creg
+                                             << ' ' << s.ct << ' ' << s.bytePos << ' ' << s.markerFound;
     for (int i = 0; i < kContexts; ++i)
         if (Zmx32u(x.row[i]) != s.ctxState[i] || Zmx32u(x.mps[i]) != s.ctxMPS[i])
             return ::testing::AssertionFailure() << "context " << i;
@@ -239,8 +235,7 @@ TEST(MqDecoder, StartingASegmentLeavesTheContexts) {
     EXPECT_EQ(s.bytePos, 1);
     const Zmx32u a = s.areg, c = s.creg;
     mqDecoderResetCtx(&s);
-    for (int i = 0; i < 19; ++i)
-        EXPECT_TRUE(s.ctxState[i] == owniInitialCtxIndexes_JPEG2K[i] && s.ctxMPS[i] == 0u);
+    for (int i = 0; i < 19; ++i) EXPECT_TRUE(s.ctxState[i] == owniInitialCtxIndexes_JPEG2K[i] && s.ctxMPS[i] == 0u);
     EXPECT_TRUE(s.areg == a && s.creg == c) << "a reset is of the contexts alone";
 }
 
@@ -337,8 +332,7 @@ TEST(MqDecoder, TheTestOfTheEnd) {
         s.creg = c.c;
         EXPECT_EQ(mqDecoderCheckErrPredTerm(&s), c.answer);
         if (c.marker && c.ct == 1) {
-            EXPECT_TRUE(s.areg == c.a && s.creg == c.c && s.ct == c.ct && s.bytePos == c.bytePos &&
-                        s.markerFound == 1);
+            EXPECT_TRUE(s.areg == c.a && s.creg == c.c && s.ct == c.ct && s.bytePos == c.bytePos && s.markerFound == 1);
         }
     }
 }
@@ -354,8 +348,7 @@ TEST(MqEncoder, BytesAndRegistersOfTheModel) {
         // Several segments with the contexts going on.
         for (int segment = 0; segment < 4; ++segment) {
             const Decisions d = randomDecisions(rng, n % 5 ? 60 : 600);
-            ASSERT_TRUE(sameBytes(modelTerminated(contexts, d, method), coder.terminated(d, capacity)))
-                << segment;
+            ASSERT_TRUE(sameBytes(modelTerminated(contexts, d, method), coder.terminated(d, capacity))) << segment;
             for (int i = 0; i < kContexts; ++i) {
                 ASSERT_EQ(coder.ctxState[i], Zmx32u(contexts.row[i]));
                 ASSERT_EQ(coder.ctxMPS[i], Zmx32u(contexts.mps[i]));
@@ -497,8 +490,7 @@ Ends closeAndTest(int method, int segments) {
         int length = int(room.size()), differing = 0;
         EXPECT_EQ(decEncoderMQEncodeAndTerminate(&coder, room.data(), &length), 0);
         mqDecoderInit(&s, room.data(), length);
-        for (std::size_t i = 0; i < d.size(); ++i)
-            differing += mqDecoderDecode(&s, d.contexts[i]) != d.values[i];
+        for (std::size_t i = 0; i < d.size(); ++i) differing += mqDecoderDecode(&s, d.contexts[i]) != d.values[i];
         EXPECT_EQ(differing, 0);
         EXPECT_FALSE(length && room[std::size_t(length) - 1] == 0xFF);
         if (::testing::Test::HasFailure()) {
@@ -523,8 +515,7 @@ TEST(MqTermination, AMillionSegments) {
 
 TEST(MqTermination, TheOtherMethods) {
     const Ends flush = closeAndTest(ZMX_MQ_TERM_FLUSH, 100000),
-               shortest = closeAndTest(ZMX_MQ_TERM_NEAR_OPTIMAL, 100000),
-               easy = closeAndTest(ZMX_MQ_TERM_EASY, 100000);
+               shortest = closeAndTest(ZMX_MQ_TERM_NEAR_OPTIMAL, 100000), easy = closeAndTest(ZMX_MQ_TERM_EASY, 100000);
     EXPECT_GT(flush.wrong, flush.segments / 10);
     EXPECT_GT(shortest.wrong, shortest.segments / 10);
     EXPECT_LT(shortest.bytes, easy.bytes);

@@ -272,9 +272,8 @@ TEST(ArgumentOrder, Vectors) {
     vectorOrder(1, [&](Bad bad) { return zmxsZero_8u(m.at<Zmx8u>(A, bad[0]), badNumber(bad[1], 4)); });
     vectorOrder(1, [&](Bad bad) { return zmxsZero_16s(m.at<Zmx16s>(A, bad[0]), badNumber(bad[1], 4)); });
     vectorOrder(1, [&](Bad bad) { return zmxsSet_8u(1, m.at<Zmx8u>(A, bad[0]), badNumber(bad[1], 4)); });
-    vectorOrder(2, [&](Bad bad) {
-        return zmxsCopy_8u(m.at<Zmx8u>(A, bad[0]), m.at<Zmx8u>(B, bad[1]), badNumber(bad[2], 4));
-    });
+    vectorOrder(
+        2, [&](Bad bad) { return zmxsCopy_8u(m.at<Zmx8u>(A, bad[0]), m.at<Zmx8u>(B, bad[1]), badNumber(bad[2], 4)); });
     vectorOrder(2, [&](Bad bad) {
         return zmxsConvert_16s32f(m.at<Zmx16s>(A, bad[0]), m.at<Zmx32f>(B, bad[1]), badNumber(bad[2], 4));
     });
@@ -313,8 +312,7 @@ TEST(ArgumentOrder, Vectors) {
         vectorOrder(2, [&](Bad bad) {
             return zmxsDivCRev_16u(m.at<Zmx16u>(A, bad[0]), val, m.at<Zmx16u>(B, bad[1]), badNumber(bad[2], 4));
         });
-        vectorOrder(1,
-                    [&](Bad bad) { return zmxsDivCRev_16u_I(val, m.at<Zmx16u>(A, bad[0]), badNumber(bad[1], 4)); });
+        vectorOrder(1, [&](Bad bad) { return zmxsDivCRev_16u_I(val, m.at<Zmx16u>(A, bad[0]), badNumber(bad[1], 4)); });
     }
     m.expectUntouched();
 }
@@ -538,8 +536,7 @@ TEST(SingleArithmetic, EachResultIsRounded) {
                     if (std::isnan(expected)) {
                         ASSERT_TRUE(std::isnan(b[i])) << what;
                     } else {
-                        ASSERT_EQ(std::bit_cast<Zmx32u>(b[i]), std::bit_cast<Zmx32u>(expected))
-                            << what << " " << b0[i];
+                        ASSERT_EQ(std::bit_cast<Zmx32u>(b[i]), std::bit_cast<Zmx32u>(expected)) << what << " " << b0[i];
                     }
                 }
                 std::memcpy(b.data(), b0.data(), b0.size() * 4);
@@ -803,8 +800,7 @@ TEST(Thresholds, AgainstTheModel) {
         const auto extent = [&](int step) { return std::size_t(step / 2 * 2 * (roi.height - 1) + 2 * roi.width); };
         const bool greater = i % 2;
         const auto mode = greater ? zmxCmpGreater : zmxCmpLess;
-        const Zmx16u bound = Zmx16u(i % 3 ? rng.range(0, 65535) : rng.range(0, 1) * 65535),
-                     value = Zmx16u(rng.next());
+        const Zmx16u bound = Zmx16u(i % 3 ? rng.range(0, 65535) : rng.range(0, 1) * 65535), value = Zmx16u(rng.next());
         const auto flush = i % 4 < 2 ? GuardedBlock::AtEnd : GuardedBlock::AtStart;
         // At an even address that is not a multiple of four as well.
         const std::size_t lead = 2 * std::size_t(rng.range(0, 1));

@@ -28,8 +28,7 @@ model::Texels texelsOf(const Bytes& pixels, int channels) {
     return out;
 }
 
-void checkBlockDecoder(void (*decode)(const Zmx8u*, Zmx8u*), model::Texels (*model)(const Zmx8u*),
-                       int blockBytes) {
+void checkBlockDecoder(void (*decode)(const Zmx8u*, Zmx8u*), model::Texels (*model)(const Zmx8u*), int blockBytes) {
     Rng rng(0x71);
     for (int i = 0; i < 500; ++i) {
         Guarded<Zmx8u> block(rng.vec<Zmx8u>(std::size_t(blockBytes), 0, 255)), out(64);
@@ -116,8 +115,7 @@ TEST(Bc7Steps, ParseOfModes3And7LeavesTheFirstTwoIndexes) {
 }
 
 TEST(Bc7Steps, MultiSubsetInterpolationDoesNotReadItsReservedArgument) {
-    const Zmx32u r[4] = {0, 255, 10, 20}, g[4] = {255, 0, 0, 0}, b[4] = {7, 7, 8, 8},
-                 a[4] = {0, 255, 255, 255};
+    const Zmx32u r[4] = {0, 255, 10, 20}, g[4] = {255, 0, 0, 0}, b[4] = {7, 7, 8, 8}, a[4] = {0, 255, 255, 255};
     Zmx32u indexes[16], subsets[16];
     for (Zmx32u n = 0; n < 16; ++n) {
         indexes[n] = n % 4;

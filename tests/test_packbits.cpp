@@ -57,15 +57,17 @@ struct Packer {
     Room source, stream;
 
     model::PackBitsResult check(const Bytes& row, int pos, int dstLen) {
-        const model::PackBitsResult e = model::packBits(row.data(), int(row.size()), Bytes(std::size_t(dstLen), Room::kFresh), pos);
+        const model::PackBitsResult e =
+            model::packBits(row.data(), int(row.size()), Bytes(std::size_t(dstLen), Room::kFresh), pos);
         const Zmx8u* src = source.last(row);
         Zmx8u* dst = stream.last(std::size_t(dstLen));
         int at = pos;
         const ZmxStatus st = zmxiPackBitsRow_TIFF_8u_C1(src, int(row.size()), dst, &at, dstLen);
-        if (st != e.status || at != e.pos || !std::equal(e.dst.begin(), e.dst.end(), dst) || !stream.aheadUntouched(dst))
-            ADD_FAILURE() << "row " << ::testing::PrintToString(row) << "\nstart " << pos << ", room " << dstLen << ": status " << st << ", not "
-                          << e.status << "; position " << at << ", not " << e.pos << "; "
-                          << sameBytes(e.dst.data(), dst, e.dst.size()).message();
+        if (st != e.status || at != e.pos || !std::equal(e.dst.begin(), e.dst.end(), dst) ||
+            !stream.aheadUntouched(dst))
+            ADD_FAILURE() << "row " << ::testing::PrintToString(row) << "\nstart " << pos << ", room " << dstLen
+                          << ": status " << st << ", not " << e.status << "; position " << at << ", not " << e.pos
+                          << "; " << sameBytes(e.dst.data(), dst, e.dst.size()).message();
         return e;
     }
 };
@@ -76,15 +78,16 @@ struct Unpacker {
     model::PackBitsResult check(const Bytes& stream, int pos, int srcLen, int dstLen) {
         Bytes padded = stream;
         padded.resize(std::max(padded.size(), std::size_t(srcLen) + 1));
-        const model::PackBitsResult e = model::unpackBits(padded.data(), pos, srcLen, Bytes(std::size_t(dstLen), Room::kFresh));
+        const model::PackBitsResult e =
+            model::unpackBits(padded.data(), pos, srcLen, Bytes(std::size_t(dstLen), Room::kFresh));
         const Zmx8u* src = source.last(stream);
         Zmx8u* dst = row.last(std::size_t(dstLen));
         int at = pos;
         const ZmxStatus st = zmxiUnpackBitsRow_TIFF_8u_C1(src, &at, srcLen, dst, dstLen);
         if (st != e.status || at != e.pos || !std::equal(e.dst.begin(), e.dst.end(), dst) || !row.aheadUntouched(dst))
-            ADD_FAILURE() << "stream " << ::testing::PrintToString(stream) << "\nstart " << pos << ", length " << srcLen << ", row of " << dstLen
-                          << ": status " << st << ", not " << e.status << "; position " << at << ", not " << e.pos << "; "
-                          << sameBytes(e.dst.data(), dst, e.dst.size()).message();
+            ADD_FAILURE() << "stream " << ::testing::PrintToString(stream) << "\nstart " << pos << ", length " << srcLen
+                          << ", row of " << dstLen << ": status " << st << ", not " << e.status << "; position " << at
+                          << ", not " << e.pos << "; " << sameBytes(e.dst.data(), dst, e.dst.size()).message();
         return e;
     }
 };
@@ -98,7 +101,8 @@ Bytes packed(const Bytes& row) {
 Bytes unpacked(const Bytes& stream, std::size_t rowBytes) {
     Guarded<Zmx8u> src(stream), dst(rowBytes);
     int pos = 0;
-    EXPECT_EQ(zmxiUnpackBitsRow_TIFF_8u_C1(src.data(), &pos, int(stream.size()), dst.data(), int(rowBytes)), zmxStsNoErr);
+    EXPECT_EQ(zmxiUnpackBitsRow_TIFF_8u_C1(src.data(), &pos, int(stream.size()), dst.data(), int(rowBytes)),
+              zmxStsNoErr);
     EXPECT_EQ(pos, int(stream.size()));
     return dst.copy();
 }
@@ -111,11 +115,20 @@ Bytes randomRow(Rng& rng, std::size_t most) {
     while (row.size() < n) {
         const auto v = Zmx8u(rng.range(0, values - 1));
         switch (rng.range(0, 4)) {
-        case 0: row.push_back(v); break;
-        case 1: row = row + times(2, v); break;
-        case 2: row = row + times(std::size_t(rng.range(1, 300)), v); break;
-        case 3: row = row + mixed(std::size_t(rng.range(120, 130)), v); break;
-        default: row = row + mixed(std::size_t(rng.range(1, 20)), v);
+        case 0:
+            row.push_back(v);
+            break;
+        case 1:
+            row = row + times(2, v);
+            break;
+        case 2:
+            row = row + times(std::size_t(rng.range(1, 300)), v);
+            break;
+        case 3:
+            row = row + mixed(std::size_t(rng.range(120, 130)), v);
+            break;
+        default:
+            row = row + mixed(std::size_t(rng.range(1, 20)), v);
         }
     }
     row.resize(n);
@@ -176,15 +189,18 @@ TEST(PackBits, APairIsAbsorbedWhereTheLiteralHasRoom) {
                 const std::size_t joined = std::min(after, 126 - before);
                 const Bytes tail = mixed(after);
                 const Bytes rest(tail.begin() + std::ptrdiff_t(joined), tail.end());
-                expected = Bytes{Zmx8u(before + 2 + joined - 1)} + mixed(before) + pair + Bytes(tail.begin(), tail.begin() + std::ptrdiff_t(joined));
+                expected = Bytes{Zmx8u(before + 2 + joined - 1)} + mixed(before) + pair +
+                           Bytes(tail.begin(), tail.begin() + std::ptrdiff_t(joined));
                 for (std::size_t at = 0; at < rest.size(); at += 128) {
                     const std::size_t n = std::min<std::size_t>(128, rest.size() - at);
-                    expected = expected + Bytes{Zmx8u(n - 1)} + Bytes(rest.begin() + std::ptrdiff_t(at), rest.begin() + std::ptrdiff_t(at + n));
+                    expected = expected + Bytes{Zmx8u(n - 1)} +
+                               Bytes(rest.begin() + std::ptrdiff_t(at), rest.begin() + std::ptrdiff_t(at + n));
                 }
             } else {
                 const std::size_t first = std::min<std::size_t>(after, 128);
                 const Bytes tail = mixed(after);
-                expected = Bytes{Zmx8u(before - 1)} + mixed(before) + Bytes{0xFF, 'z', Zmx8u(first - 1)} + Bytes(tail.begin(), tail.begin() + std::ptrdiff_t(first));
+                expected = Bytes{Zmx8u(before - 1)} + mixed(before) + Bytes{0xFF, 'z', Zmx8u(first - 1)} +
+                           Bytes(tail.begin(), tail.begin() + std::ptrdiff_t(first));
                 if (after > 128) expected = expected + Bytes{0, tail[128]};
             }
             ASSERT_EQ(packed(row), expected) << before << " bytes, a pair, " << after << " bytes";
@@ -292,7 +308,8 @@ TEST(PackBits, RoomForAPacketIsTestedAheadOfIt) {
         Guarded<Zmx8u> dst(std::size_t(k.room));
         dst.fill(0x9E);
         int pos = 0;
-        EXPECT_EQ(zmxiPackBitsRow_TIFF_8u_C1(row.data(), int(row.size()), dst.data(), &pos, k.room), k.status) << k.room;
+        EXPECT_EQ(zmxiPackBitsRow_TIFF_8u_C1(row.data(), int(row.size()), dst.data(), &pos, k.room), k.status)
+            << k.room;
         EXPECT_EQ(pos, k.pos) << k.room;
         EXPECT_EQ(dst.copy(), k.written + times(std::size_t(k.room) - k.written.size(), 0x9E)) << k.room;
     }
@@ -317,7 +334,8 @@ TEST(PackBits, AStartBehindTheRoomIsLeftAlone) {
         EXPECT_EQ(pos, start);
     }
     // At the very end there is room for nothing; sums near the largest position do not wrap.
-    for (const auto& [row, dstLen] : {std::pair{text("aa"), 4}, {text("ab"), 4}, {text("aa"), INT_MAX}, {text("ab"), INT_MAX}}) {
+    for (const auto& [row, dstLen] :
+         {std::pair{text("aa"), 4}, {text("ab"), 4}, {text("aa"), INT_MAX}, {text("ab"), INT_MAX}}) {
         int pos = dstLen;
         EXPECT_EQ(zmxiPackBitsRow_TIFF_8u_C1(row.data(), 2, dst.data(), &pos, dstLen), zmxStsUnderRunErr);
         EXPECT_EQ(pos, dstLen);
@@ -333,7 +351,8 @@ TEST(PackBits, ArgumentsOfPacking) {
     int pos = 0;
     checkOrder({zmxStsNullPtrErr, zmxStsNullPtrErr, zmxStsNullPtrErr, zmxStsSizeErr, zmxStsSizeErr}, [&](unsigned bad) {
         for (int value : {0, -1, INT_MIN})
-            if (zmxiPackBitsRow_TIFF_8u_C1(nullIf(bad, 0, src.data()), badIf(bad, 3, value, 4), nullIf(bad, 2, dst.data()), nullIf(bad, 1, &pos),
+            if (zmxiPackBitsRow_TIFF_8u_C1(nullIf(bad, 0, src.data()), badIf(bad, 3, value, 4),
+                                           nullIf(bad, 2, dst.data()), nullIf(bad, 1, &pos),
                                            badIf(bad, 4, value, 8)) != (bad & 7 ? zmxStsNullPtrErr : zmxStsSizeErr))
                 return zmxStsNoErr;
         return bad & 7 ? zmxStsNullPtrErr : zmxStsSizeErr;
@@ -349,7 +368,8 @@ TEST(UnpackBits, ArgumentsOfUnpacking) {
     int pos = 0;
     checkOrder({zmxStsNullPtrErr, zmxStsNullPtrErr, zmxStsNullPtrErr, zmxStsSizeErr, zmxStsSizeErr}, [&](unsigned bad) {
         for (int value : {0, -1, INT_MIN})
-            if (zmxiUnpackBitsRow_TIFF_8u_C1(nullIf(bad, 0, src.data()), nullIf(bad, 1, &pos), badIf(bad, 3, value, 2), nullIf(bad, 2, dst.data()),
+            if (zmxiUnpackBitsRow_TIFF_8u_C1(nullIf(bad, 0, src.data()), nullIf(bad, 1, &pos), badIf(bad, 3, value, 2),
+                                             nullIf(bad, 2, dst.data()),
                                              badIf(bad, 4, value, 1)) != (bad & 7 ? zmxStsNullPtrErr : zmxStsSizeErr))
                 return zmxStsNoErr;
         return bad & 7 ? zmxStsNullPtrErr : zmxStsSizeErr;
@@ -372,7 +392,14 @@ TEST(UnpackBits, KnownStreams) {
         {"one packet is the row", {0x00, 0x61}, 0, 2, 1, zmxStsNoErr, 2, {0x61}},
         {"the stream ends ahead of the row", {0x00, 0x61}, 0, 2, 2, zmxStsUnderRunErr, 2, {0x61}},
         {"the value lies at the end of the stream", {0xFF, 0x77}, 0, 1, 2, zmxStsNoErr, 2, {0x77, 0x77}},
-        {"the header is passed over, and the next packet does not fit", {0x80, 0x61, 0xFF}, 0, 3, 200, zmxStsUnderRunErr, 2, {}},
+        {"the header is passed over, and the next packet does not fit",
+         {0x80, 0x61, 0xFF},
+         0,
+         3,
+         200,
+         zmxStsUnderRunErr,
+         2,
+         {}},
         {"a literal does not reach behind the stream", {0x00, 0x61}, 0, 1, 1, zmxStsUnderRunErr, 1, {}},
         {"a literal of the whole stream", {0x02, 1, 2, 3}, 0, 4, 3, zmxStsNoErr, 4, {1, 2, 3}},
         {"a literal of one byte too many", {0x02, 1, 2, 3}, 0, 3, 3, zmxStsUnderRunErr, 1, {}},
@@ -451,7 +478,8 @@ TEST(UnpackBits, DamagedStreams) {
             dstLen = std::max(dstLen, 1);
             stream = model::packBits(row.data(), int(row.size()), Bytes(800), 0).dst;
             stream.resize(std::size_t(model::packBits(row.data(), int(row.size()), Bytes(800), 0).pos));
-            for (std::int64_t k = rng.range(0, 2); k > 0; --k) stream[std::size_t(rng.range(0, std::int64_t(stream.size()) - 1))] = Zmx8u(rng.range(0, 255));
+            for (std::int64_t k = rng.range(0, 2); k > 0; --k)
+                stream[std::size_t(rng.range(0, std::int64_t(stream.size()) - 1))] = Zmx8u(rng.range(0, 255));
             if (rng.oneIn(3)) stream.resize(std::size_t(rng.range(1, std::int64_t(stream.size()))));
         } else {
             // Small packets, with headers of no meaning among them.
@@ -482,11 +510,15 @@ TEST(PackBits, TheSameBytesFromEveryBuild) {
         Bytes stream(4000, 0);
         int pos = 0;
         const int room = rng.oneIn(4) ? int(rng.range(1, 3000)) : 4000;
-        streams.value(zmxiPackBitsRow_TIFF_8u_C1(row.data(), int(row.size()), stream.data(), &pos, room)).value(pos).add(stream);
+        streams.value(zmxiPackBitsRow_TIFF_8u_C1(row.data(), int(row.size()), stream.data(), &pos, room))
+            .value(pos)
+            .add(stream);
         Bytes back(row.size(), 0);
         int at = 0;
         stream[std::size_t(rng.range(0, 3999))] = 0x80;
-        rows.value(zmxiUnpackBitsRow_TIFF_8u_C1(stream.data(), &at, pos + 1, back.data(), int(back.size()))).value(at).add(back);
+        rows.value(zmxiUnpackBitsRow_TIFF_8u_C1(stream.data(), &at, pos + 1, back.data(), int(back.size())))
+            .value(at)
+            .add(back);
     }
     EXPECT_EQ(streams.get(), 0x63720BF621303B53u);
     EXPECT_EQ(rows.get(), 0x176E6926C3FFD42Du);

@@ -34,13 +34,12 @@ TEST(ProgressiveDecoding, OrderOfTests) {
                 badIf(bad, 6, 14, 13), nullIf(bad, 7, table.lib()), nullIf(bad, 8, state.lib()));
         });
         checkOrder({-8, -6, -8, -8, -8, -5, -8}, [&](unsigned bad) {
-            return zmxiDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(
-                nullIf(bad, 0, src.data()), badIf(bad, 1, badLength, 2), nullIf(bad, 2, &pos),
-                nullIf(bad, 3, block.data()), nullIf(bad, 4, &marker), badIf(bad, 5, -1, 0),
-                nullIf(bad, 6, state.lib()));
+            return zmxiDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(nullIf(bad, 0, src.data()), badIf(bad, 1, badLength, 2),
+                                                               nullIf(bad, 2, &pos), nullIf(bad, 3, block.data()),
+                                                               nullIf(bad, 4, &marker), badIf(bad, 5, -1, 0),
+                                                               nullIf(bad, 6, state.lib()));
         });
-        for (auto decode :
-             {zmxiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1, zmxiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1})
+        for (auto decode : {zmxiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1, zmxiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1})
             checkOrder({-8, -6, -8, -8, -8, -5, -5, -5, -8, -8}, [&](unsigned bad) {
                 return decode(nullIf(bad, 0, src.data()), badIf(bad, 1, badLength, 2), nullIf(bad, 2, &pos),
                               nullIf(bad, 3, block.data()), nullIf(bad, 4, &marker), badIf(bad, 5, 0, 1),
@@ -63,8 +62,8 @@ TEST(ProgressiveDecoding, DomainOfTheBand) {
         for (int se : edges)
             for (int al : edges) {
                 const bool good = ss >= 1 && ss <= 63 && se >= ss && se <= 63 && al >= 0 && al <= 13;
-                for (auto decode : {zmxiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1,
-                                    zmxiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1}) {
+                for (auto decode :
+                     {zmxiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1, zmxiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1}) {
                     setRun(in, 1); // a block in a run of zeros reads nothing
                     out.set(Block{});
                     ASSERT_EQ(decode(in.src.data(), 1, &in.pos[0], out.dst.data(), &in.marker[0], ss, se, al,
@@ -79,8 +78,8 @@ TEST(ProgressiveDecoding, DomainOfTheBand) {
         const ZmxStatus expected = al >= 0 && al <= 13 ? zmxStsNoErr : zmxStsBadArgErr;
         StreamIn one({0x00});
         EXPECT_EQ(zmxiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(one.src.data(), 1, &one.pos[0], out.dst.data(),
-                                                             out.lastDC.data(), &one.marker[0], al,
-                                                             table.lib(), one.state.lib()),
+                                                             out.lastDC.data(), &one.marker[0], al, table.lib(),
+                                                             one.state.lib()),
                   expected);
         EXPECT_EQ(zmxiDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(one.src.data(), 1, &one.pos[0], out.dst.data(),
                                                               &one.marker[0], al, one.state.lib()),
@@ -133,8 +132,7 @@ TEST(ProgressiveDecoding, DCRefine) {
     for (int i = 0; i < 5; ++i) EXPECT_EQ(decodeDCRefine(in, out, 0).status, zmxStsNoErr);
     EXPECT_EQ(decodeDCRefine(in, out, 0).status, zmxStsOutOfBufErr);
     StreamIn marker({0xFF, 0xD9});
-    EXPECT_EQ(decodeDCRefine(marker, out, 0).status, zmxStsNoErr)
-        << "the refill that meets the marker says nothing";
+    EXPECT_EQ(decodeDCRefine(marker, out, 0).status, zmxStsNoErr) << "the refill that meets the marker says nothing";
     EXPECT_EQ(marker.state.plain.bitCount, -1);
     EXPECT_EQ(decodeDCRefine(marker, out, 0).status, zmxStsDCTRangeErr);
 }
@@ -176,13 +174,11 @@ TEST(ProgressiveDecoding, ARunWhoseBitsAreMissing) {
         StreamIn in({0x7F}); // 0xE0, four of fourteen bits
         BlockOut out;
         out.set(Block{});
-        EXPECT_EQ((refine ? decodeACRefine : decodeACFirst)(in, out, {1, 63, 0}, table).status,
-                  zmxStsOutOfBufErr);
+        EXPECT_EQ((refine ? decodeACRefine : decodeACFirst)(in, out, {1, 63, 0}, table).status, zmxStsOutOfBufErr);
         EXPECT_EQ(in.state.plain.eobRun, 16384);
         EXPECT_EQ(in.state.plain.bitCount, 4);
         StreamIn marker({0x7F, 0xFF, 0xD0});
-        EXPECT_EQ((refine ? decodeACRefine : decodeACFirst)(marker, out, {1, 63, 0}, table).status,
-                  zmxStsDCTRangeErr);
+        EXPECT_EQ((refine ? decodeACRefine : decodeACFirst)(marker, out, {1, 63, 0}, table).status, zmxStsDCTRangeErr);
         EXPECT_EQ(marker.state.plain.eobRun, 16384);
     }
 }
@@ -318,8 +314,7 @@ TEST(ProgressiveDecoding, RandomTablesAndStreams) {
         table.build(randomDecoderList(rng));
         const int kind = seed % 4;
         const int ffOneIn = rng.oneIn(3) ? 400 : int(rng.range(2, 40));
-        StreamIn in(randomStream(rng, int(rng.range(1, kind == 1 ? 6 : 150)), ffOneIn, kind == 1 ? 2 : 10),
-                    flushAt);
+        StreamIn in(randomStream(rng, int(rng.range(1, kind == 1 ? 6 : 150)), ffOneIn, kind == 1 ? 2 : 10), flushAt);
         BlockOut out(flushAt);
         rng.bytes(&in.state.plain, sizeof in.state.plain);
         in.state.plain.bitCount = int(rng.range(rng.oneIn(4) ? -15 : 0, 32));

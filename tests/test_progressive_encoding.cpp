@@ -41,27 +41,24 @@ TEST(ProgressiveEncoding, OrderOfTests) {
         checkOrder({-8, -6, -8, -8, -8, -8, -5, -8}, [&](unsigned bad) {
             return zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(
                 nullIf(bad, 4, block.data()), nullIf(bad, 0, dst.data()), badIf(bad, 1, badLength, 4),
-                nullIf(bad, 2, &pos), nullIf(bad, 5, lastDC.data()), badIf(bad, 6, 14, 0),
-                nullIf(bad, 7, table.lib()), nullIf(bad, 3, state.lib()), 0);
+                nullIf(bad, 2, &pos), nullIf(bad, 5, lastDC.data()), badIf(bad, 6, 14, 0), nullIf(bad, 7, table.lib()),
+                nullIf(bad, 3, state.lib()), 0);
         });
         checkOrder({-8, -6, -8, -8, -8, -5}, [&](unsigned bad) {
-            return zmxiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(
-                nullIf(bad, 4, block.data()), nullIf(bad, 0, dst.data()), badIf(bad, 1, badLength, 4),
-                nullIf(bad, 2, &pos), badIf(bad, 5, -1, 0), nullIf(bad, 3, state.lib()), 0);
+            return zmxiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(nullIf(bad, 4, block.data()), nullIf(bad, 0, dst.data()),
+                                                               badIf(bad, 1, badLength, 4), nullIf(bad, 2, &pos),
+                                                               badIf(bad, 5, -1, 0), nullIf(bad, 3, state.lib()), 0);
         });
-        for (auto encode :
-             {zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1, zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1}) {
+        for (auto encode : {zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1, zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1}) {
             checkOrder({-8, -6, -8, -8, -8, -8, -5, -5, -5}, [&](unsigned bad) {
-                return encode(nullIf(bad, 5, block.data()), nullIf(bad, 0, dst.data()),
-                              badIf(bad, 1, badLength, 4), nullIf(bad, 2, &pos), badIf(bad, 6, 0, 1),
-                              badIf(bad, 7, 64, 63), badIf(bad, 8, 14, 13), nullIf(bad, 3, table.lib()),
-                              nullIf(bad, 4, state.lib()), 0);
+                return encode(nullIf(bad, 5, block.data()), nullIf(bad, 0, dst.data()), badIf(bad, 1, badLength, 4),
+                              nullIf(bad, 2, &pos), badIf(bad, 6, 0, 1), badIf(bad, 7, 64, 63), badIf(bad, 8, 14, 13),
+                              nullIf(bad, 3, table.lib()), nullIf(bad, 4, state.lib()), 0);
             });
             // A flush needs the table, and no block or band.
             checkOrder({-8, -6, -8, -8, -8}, [&](unsigned bad) {
-                return encode(nullptr, nullIf(bad, 0, dst.data()), badIf(bad, 1, badLength, 4),
-                              nullIf(bad, 2, &pos), 0, 64, -1, nullIf(bad, 3, table.lib()),
-                              nullIf(bad, 4, state.lib()), -1);
+                return encode(nullptr, nullIf(bad, 0, dst.data()), badIf(bad, 1, badLength, 4), nullIf(bad, 2, &pos), 0,
+                              64, -1, nullIf(bad, 3, table.lib()), nullIf(bad, 4, state.lib()), -1);
             });
         }
         checkOrder({-8, -6, -8, -8}, [&](unsigned bad) {
@@ -69,19 +66,19 @@ TEST(ProgressiveEncoding, OrderOfTests) {
                 nullptr, nullIf(bad, 0, dst.data()), badIf(bad, 1, badLength, 4), nullIf(bad, 2, &pos), 14,
                 nullIf(bad, 3, state.lib()), 2);
             const ZmxStatus first = zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(
-                nullptr, nullIf(bad, 0, dst.data()), badIf(bad, 1, badLength, 4), nullIf(bad, 2, &pos),
-                nullptr, 14, nullptr, nullIf(bad, 3, state.lib()), 2);
+                nullptr, nullIf(bad, 0, dst.data()), badIf(bad, 1, badLength, 4), nullIf(bad, 2, &pos), nullptr, 14,
+                nullptr, nullIf(bad, 3, state.lib()), 2);
             EXPECT_EQ(first, refine);
             return first;
         });
     }
     checkOrder({-8, -8, -8, -5}, [&](unsigned bad) {
-        return zmxiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(
-            nullIf(bad, 0, block.data()), nullIf(bad, 1, counts.data()), nullIf(bad, 2, lastDC.data()),
-            badIf(bad, 3, -1, 0));
+        return zmxiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(nullIf(bad, 0, block.data()),
+                                                               nullIf(bad, 1, counts.data()),
+                                                               nullIf(bad, 2, lastDC.data()), badIf(bad, 3, -1, 0));
     });
-    for (auto count : {zmxiGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1,
-                       zmxiGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1}) {
+    for (auto count :
+         {zmxiGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1, zmxiGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1}) {
         checkOrder({-8, -8, -8, -5, -5, -5}, [&](unsigned bad) {
             return count(nullIf(bad, 2, block.data()), nullIf(bad, 0, counts.data()), badIf(bad, 3, 64, 1),
                          badIf(bad, 4, 0, 63), badIf(bad, 5, 14, 0), nullIf(bad, 1, state.lib()), 0);
@@ -106,8 +103,8 @@ TEST(ProgressiveEncoding, DomainOfTheBand) {
             for (int al : edges) {
                 const bool good = ss >= 1 && ss <= 63 && se >= ss && se <= 63 && al >= 0 && al <= 13;
                 const ZmxStatus expected = good ? zmxStsNoErr : zmxStsBadArgErr;
-                for (auto encode : {zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1,
-                                    zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1}) {
+                for (auto encode :
+                     {zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1, zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1}) {
                     StreamOut out(1);
                     ASSERT_EQ(encode(block.data(), out.dst.data(), 1, &out.pos[0], ss, se, al, table.lib(),
                                      out.state.lib(), 0),
@@ -118,8 +115,7 @@ TEST(ProgressiveEncoding, DomainOfTheBand) {
                 for (auto count : {zmxiGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1,
                                    zmxiGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1}) {
                     Pass pass;
-                    ASSERT_EQ(count(block.data(), pass.counts.data(), ss, se, al, pass.state.lib(), 0),
-                              expected);
+                    ASSERT_EQ(count(block.data(), pass.counts.data(), ss, se, al, pass.state.lib(), 0), expected);
                     pass.state.plain.eobRun = good;
                     ASSERT_TRUE(pass.same());
                 }
@@ -129,15 +125,14 @@ TEST(ProgressiveEncoding, DomainOfTheBand) {
         StreamOut out(4);
         Zmx16s lastDC = 0;
         Pass pass;
-        EXPECT_EQ(zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(block.data(), out.dst.data(), 4, &out.pos[0],
-                                                             &lastDC, al, table.lib(), out.state.lib(), 0),
+        EXPECT_EQ(zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(block.data(), out.dst.data(), 4, &out.pos[0], &lastDC, al,
+                                                             table.lib(), out.state.lib(), 0),
                   expected);
-        EXPECT_EQ(zmxiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(block.data(), out.dst.data(), 4, &out.pos[0],
-                                                              al, out.state.lib(), 0),
+        EXPECT_EQ(zmxiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(block.data(), out.dst.data(), 4, &out.pos[0], al,
+                                                              out.state.lib(), 0),
                   expected);
-        EXPECT_EQ(
-            zmxiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(block.data(), pass.counts.data(), &lastDC, al),
-            expected);
+        EXPECT_EQ(zmxiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(block.data(), pass.counts.data(), &lastDC, al),
+                  expected);
     }
 }
 
@@ -174,8 +169,7 @@ TEST(ProgressiveEncoding, DCRefine) {
     StreamOut out(2);
     const int values[] = {5, 5, 5, -1, -2, -2, -8, -8};
     const int als[] = {0, 1, 2, 13, 0, 1, 2, 3}; // 1 0 1 1 0 1 0 1
-    for (int i = 0; i < 8; ++i)
-        EXPECT_EQ(encodeDCRefine(out, blockOf({{0, values[i]}, {1, -1}}), als[i]), zmxStsNoErr);
+    for (int i = 0; i < 8; ++i) EXPECT_EQ(encodeDCRefine(out, blockOf({{0, values[i]}, {1, -1}}), als[i]), zmxStsNoErr);
     EXPECT_EQ(out.written(), Bytes{0xB5});
     EXPECT_EQ(flushDCRefine(out), zmxStsNoErr);
     EXPECT_EQ(out.pos[0], 1) << "nothing pending";
@@ -258,8 +252,7 @@ TEST(ProgressiveEncoding, ARunOf32767IsWrittenAtOnce) {
         EXPECT_EQ(out.state.plain.correctionCount, 0);
         EXPECT_EQ(flushACFirst(out, table), zmxStsNoErr);
         // 0xE0, fourteen ones; the correction bits 1 and 0 of the other
-        EXPECT_EQ(out.written(),
-                  refine ? (Bytes{0xE0, 0xFF, 0x00, 0xFE}) : (Bytes{0xE0, 0xFF, 0x00, 0xFF, 0x00}));
+        EXPECT_EQ(out.written(), refine ? (Bytes{0xE0, 0xFF, 0x00, 0xFE}) : (Bytes{0xE0, 0xFF, 0x00, 0xFF, 0x00}));
         Pass pass;
         pass.state.plain.eobRun = 32766;
         pass.state.share();
@@ -282,8 +275,7 @@ TEST(ProgressiveEncoding, RunsBeyond32767) {
         for (int run : {32767 + 32768, 32767 + 65535}) {
             StreamOut full(8);
             preset(full, run, 3);
-            EXPECT_EQ((refine ? encodeACRefine : encodeACFirst)(full, one, {1, 1, 0}, table),
-                      zmxStsDCTRangeErr);
+            EXPECT_EQ((refine ? encodeACRefine : encodeACFirst)(full, one, {1, 1, 0}, table), zmxStsDCTRangeErr);
             EXPECT_EQ(full.state.plain.eobRun, run - 32767);
             Pass pass;
             pass.state.plain.eobRun = run;
@@ -296,8 +288,7 @@ TEST(ProgressiveEncoding, RunsBeyond32767) {
             // In a flush the first scan reports the last write alone, the refinement the run.
             StreamOut end(32);
             preset(end, run, 3);
-            EXPECT_EQ((refine ? flushACRefine : flushACFirst)(end, table),
-                      refine ? zmxStsDCTRangeErr : zmxStsNoErr);
+            EXPECT_EQ((refine ? flushACRefine : flushACFirst)(end, table), refine ? zmxStsDCTRangeErr : zmxStsNoErr);
             // 14 ones, or 13 and a zero; the correction bits are given up.
             EXPECT_EQ(end.written(),
                       run == 65535 ? (Bytes{0xE0, 0xFF, 0x00, 0xFF, 0x00}) : (Bytes{0xE0, 0xFF, 0x00, 0xFB}));
@@ -432,8 +423,7 @@ Block refinable(Rng& rng, int oneIn, int al) {
 
 // The blocks of one AC scan, encoded into a destination of len bytes until a status other than 0, then
 // flushed.
-ZmxStatus encodeScan(StreamOut& out, const std::vector<Block>& blocks, AC kind, Band band,
-                     EncodeTable& table) {
+ZmxStatus encodeScan(StreamOut& out, const std::vector<Block>& blocks, AC kind, Band band, EncodeTable& table) {
     ZmxStatus s = zmxStsNoErr;
     for (std::size_t i = 0; s == zmxStsNoErr && i < blocks.size(); ++i)
         s = kind == AC::First ? encodeACFirst(out, blocks[i], band, table)
@@ -563,11 +553,10 @@ const ScanShape kScans[] = {{true, false, {0, 0, 1}},  {false, false, {1, 5, 2}}
                             {false, true, {1, 63, 1}}, {true, true, {0, 0, 0}},   {false, true, {1, 63, 0}}};
 
 // The scan's stream, in intervals of `every` blocks, each flushed and behind it a restart marker.
-Bytes encodeShape(const ScanShape& scan, const std::vector<Block>& blocks, std::size_t every,
-                  HuffmanList& list, Digest* digest) {
+Bytes encodeShape(const ScanShape& scan, const std::vector<Block>& blocks, std::size_t every, HuffmanList& list,
+                  Digest* digest) {
     Pass pass;
-    std::vector<std::pair<int, int>>
-        runs; // eobRun and correctionCount behind each block of the counting pass
+    std::vector<std::pair<int, int>> runs; // eobRun and correctionCount behind each block of the counting pass
     Zmx16s lastDC[2] = {};
     const AC kind = scan.refine ? AC::Refine : AC::First;
     if (!(scan.dc && scan.refine)) {
@@ -617,9 +606,8 @@ Bytes encodeShape(const ScanShape& scan, const std::vector<Block>& blocks, std::
 }
 
 Outcome decodeShape(const ScanShape& scan, StreamIn& in, BlockOut& out, DecodeTable& table) {
-    return scan.dc       ? scan.refine ? decodeDCRefine(in, out, scan.band.al)
-                                       : decodeDCFirst(in, out, scan.band.al, table)
-                 : scan.refine ? decodeACRefine(in, out, scan.band, table)
+    return scan.dc ? scan.refine ? decodeDCRefine(in, out, scan.band.al) : decodeDCFirst(in, out, scan.band.al, table)
+           : scan.refine ? decodeACRefine(in, out, scan.band, table)
                          : decodeACFirst(in, out, scan.band, table);
 }
 

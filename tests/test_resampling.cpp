@@ -18,9 +18,7 @@ struct Reach {
     int lo, hi;
 };
 Reach same(int n) { return {0, n - 1}; }
-Reach doubled(int n) {
-    return {-1, n / 2};
-} // the last of an odd number is an even position: nothing behind it
+Reach doubled(int n) { return {-1, n / 2}; } // the last of an odd number is an even position: nothing behind it
 Reach halved(int n) { return {0, 2 * n - 1}; }
 
 struct Rectangle {
@@ -49,8 +47,7 @@ struct Source {
 
     Source(const Rectangle& f, ZmxiSize dst, int gap, GuardedBlock::Flush flush, Rng& rng)
         : columns(f.columns(dst.width)), rows(f.rows(dst.height)), step(columns.hi - columns.lo + 1 + gap),
-          block(std::size_t(rows.hi - rows.lo) * std::size_t(step) + std::size_t(columns.hi - columns.lo + 1),
-                flush) {
+          block(std::size_t(rows.hi - rows.lo) * std::size_t(step) + std::size_t(columns.hi - columns.lo + 1), flush) {
         rng.bytes(block.data(), block.size());
     }
     const Zmx8u* origin() { return block.data() - rows.lo * step - columns.lo; }
@@ -61,8 +58,7 @@ protected:
     void compare(Rng& rng, ZmxiSize size, int srcGap, int dstStep, GuardedBlock::Flush flush) {
         const Rectangle& f = GetParam();
         Source src(f, size, srcGap, flush, rng);
-        Guarded<Zmx8u> dst(std::size_t(dstStep) * std::size_t(size.height - 1) + std::size_t(size.width),
-                           flush);
+        Guarded<Zmx8u> dst(std::size_t(dstStep) * std::size_t(size.height - 1) + std::size_t(size.width), flush);
         rng.bytes(dst.data(), dst.size());
         const std::vector<Zmx8u> before = src.block.copy();
         std::vector<Zmx8u> expected = dst.copy();
@@ -93,16 +89,13 @@ struct RowForm {
 };
 void PrintTo(const RowForm& r, std::ostream* out) { *out << r.name; }
 
-template <auto f> auto twoSources(const Zmx8u* s, const Zmx8u*, int width, Zmx8u* d) {
-    return f(s, width, d);
-}
+template <auto f> auto twoSources(const Zmx8u* s, const Zmx8u*, int width, Zmx8u* d) { return f(s, width, d); }
 int twice(int width) { return width == 1 ? 4 : 2 * width; }
 int half(int width) { return (width + 1) / 2; }
 Reach pairs(int width) { return {0, (width - 1) | 1}; }
 
 const RowForm rowForms[] = {
-    {"UpRowH2V1_Triangle", 1, twoSources<zmxiSampleUpRowH2V1_Triangle_JPEG_8u_C1>,
-     twoSources<model::upRowH2V1>,
+    {"UpRowH2V1_Triangle", 1, twoSources<zmxiSampleUpRowH2V1_Triangle_JPEG_8u_C1>, twoSources<model::upRowH2V1>,
      [](int n) {
          return n == 1 ? Reach{-1, 1} : Reach{0, n - 1};
      },
@@ -112,10 +105,9 @@ const RowForm rowForms[] = {
          return n == 1 ? Reach{0, 1} : Reach{0, n - 1};
      },
      twice, 0xA9EF011A51A140F7u},
-    {"DownRowH2V1_Box", 1, twoSources<zmxiSampleDownRowH2V1_Box_JPEG_8u_C1>, twoSources<model::downRowH2V1>,
-     pairs, half, 0x433280928BADE9E6u},
-    {"DownRowH2V2_Box", 2, zmxiSampleDownRowH2V2_Box_JPEG_8u_C1, model::downRowH2V2, pairs, half,
-     0x1519B1CC90C51B10u},
+    {"DownRowH2V1_Box", 1, twoSources<zmxiSampleDownRowH2V1_Box_JPEG_8u_C1>, twoSources<model::downRowH2V1>, pairs,
+     half, 0x433280928BADE9E6u},
+    {"DownRowH2V2_Box", 2, zmxiSampleDownRowH2V2_Box_JPEG_8u_C1, model::downRowH2V2, pairs, half, 0x1519B1CC90C51B10u},
 };
 
 class ResamplingRow : public ::testing::TestWithParam<RowForm> {};
@@ -134,8 +126,7 @@ Bytes resampled(const Rectangle& f, const std::vector<Bytes>& rows, int x, int y
     EXPECT_EQ(f.call(src.data() + y * step + x, step, {1, 1}, dst.data(), size.width, size), zmxStsNoErr);
     return dst.copy();
 }
-const Rectangle &upH2V1 = rectangles[0], &upH2V2 = rectangles[1], &downH2V1 = rectangles[2],
-                &downH2V2 = rectangles[3];
+const Rectangle &upH2V1 = rectangles[0], &upH2V2 = rectangles[1], &downH2V1 = rectangles[2], &downH2V2 = rectangles[3];
 
 Bytes row(const RowForm& f, const Bytes& src1, const Bytes& src2, int width) {
     Guarded<Zmx8u> dst(std::size_t(f.results(width)));
@@ -200,8 +191,7 @@ TEST(ResamplingValues, Box) {
     EXPECT_EQ(resampled(downH2V1, {{1, 2, 1, 2}}, 0, 0, {2, 1}), (Bytes{2, 2})) << "no alternation";
     EXPECT_EQ(resampled(downH2V2, {{0, 0}, {0, 1}}, 0, 0, {1, 1}), (Bytes{1}));
     EXPECT_EQ(resampled(downH2V2, {{0, 0}, {0, 0}}, 0, 0, {1, 1}), (Bytes{0}));
-    EXPECT_EQ(resampled(downH2V2, {{0, 1, 255, 255, 1, 0}, {0, 0, 255, 255, 0, 0}}, 0, 0, {3, 1}),
-              (Bytes{1, 255, 1}));
+    EXPECT_EQ(resampled(downH2V2, {{0, 1, 255, 255, 1, 0}, {0, 0, 255, 255, 0, 0}}, 0, 0, {3, 1}), (Bytes{1, 255, 1}));
 }
 
 TEST(ResamplingValues, BoxRowAlternates) {
@@ -236,11 +226,9 @@ TEST(ResamplingValues, EveryPair) {
             ASSERT_EQ(zmxiSampleUpRowH2V1_Triangle_JPEG_8u_C1(s.data(), 1024, rowUp.data()), zmxStsNoErr);
             ASSERT_EQ(zmxiSampleDownRowH2V1_Box_JPEG_8u_C1(s.data(), 1024, rowDown.data()), zmxStsNoErr);
             Bytes expected(2044), half512(512), expectedRow(2048);
-            for (int x = 0; x < 2044; ++x)
-                expected[std::size_t(x)] = Zmx8u(model::upH2V1({s.data() + 1, 1024}, x, 0));
+            for (int x = 0; x < 2044; ++x) expected[std::size_t(x)] = Zmx8u(model::upH2V1({s.data() + 1, 1024}, x, 0));
             ASSERT_TRUE(sameBytes(expected, up));
-            for (int x = 0; x < 512; ++x)
-                half512[std::size_t(x)] = Zmx8u(model::downH2V1({s.data(), 1024}, x, 0));
+            for (int x = 0; x < 512; ++x) half512[std::size_t(x)] = Zmx8u(model::downH2V1({s.data(), 1024}, x, 0));
             ASSERT_TRUE(sameBytes(half512, down));
             model::upRowH2V1(s.data(), 1024, expectedRow.data());
             ASSERT_TRUE(sameBytes(expectedRow, rowUp));
@@ -327,8 +315,8 @@ TEST_P(Resampling, TheSameBytesFromAnyNumberOfThreads) {
     Rng rng(233);
     SCOPED_TRACE("seed 233");
     const bool shared = GetParam().shared;
-    for (ZmxiSize size : {ZmxiSize{8, 8}, ZmxiSize{128, 64}, ZmxiSize{8192, 1}, ZmxiSize{8193, 1},
-                          ZmxiSize{1, 8193}, ZmxiSize{2731, 3}, ZmxiSize{301, 97}})
+    for (ZmxiSize size : {ZmxiSize{8, 8}, ZmxiSize{128, 64}, ZmxiSize{8192, 1}, ZmxiSize{8193, 1}, ZmxiSize{1, 8193},
+                          ZmxiSize{2731, 3}, ZmxiSize{301, 97}})
         for (int threads : {1, 2, 7}) {
             setThreads(threads);
             const int askedBefore = threadsAsked();

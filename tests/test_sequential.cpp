@@ -39,26 +39,25 @@ TEST(Sequential, OrderOfTests) {
 
     checkOrder({-8, -5, -8, -8, -8, -8, -8, -8, -8}, [&](unsigned bad) {
         return zmxiDecodeHuffman8x8_JPEG_1u16s_C1(
-            nullIf(bad, 0, src.data()), badIf(bad, 1, -1, 2), nullIf(bad, 2, &pos),
-            nullIf(bad, 3, block.data()), nullIf(bad, 4, lastDC.data()), nullIf(bad, 5, &marker),
-            nullIf(bad, 6, t.decDC.lib()), nullIf(bad, 7, t.decAC.lib()), nullIf(bad, 8, reader.lib()));
+            nullIf(bad, 0, src.data()), badIf(bad, 1, -1, 2), nullIf(bad, 2, &pos), nullIf(bad, 3, block.data()),
+            nullIf(bad, 4, lastDC.data()), nullIf(bad, 5, &marker), nullIf(bad, 6, t.decDC.lib()),
+            nullIf(bad, 7, t.decAC.lib()), nullIf(bad, 8, reader.lib()));
     });
     checkOrder({-8, -6, -8, -8, -8, -8, -8, -8}, [&](unsigned bad) {
-        return zmxiEncodeHuffman8x8_JPEG_16s1u_C1(
-            nullIf(bad, 4, block.data()), nullIf(bad, 0, dst.data()), badIf(bad, 1, 0, 4),
-            nullIf(bad, 2, &pos), nullIf(bad, 5, lastDC.data()), nullIf(bad, 6, t.encDC.lib()),
-            nullIf(bad, 7, t.encAC.lib()), nullIf(bad, 3, writer.lib()), 0);
+        return zmxiEncodeHuffman8x8_JPEG_16s1u_C1(nullIf(bad, 4, block.data()), nullIf(bad, 0, dst.data()),
+                                                  badIf(bad, 1, 0, 4), nullIf(bad, 2, &pos),
+                                                  nullIf(bad, 5, lastDC.data()), nullIf(bad, 6, t.encDC.lib()),
+                                                  nullIf(bad, 7, t.encAC.lib()), nullIf(bad, 3, writer.lib()), 0);
     });
     for (int flushState : {1, -1, INT32_MIN})
         checkOrder({-8, -6, -8, -8}, [&](unsigned bad) {
-            return zmxiEncodeHuffman8x8_JPEG_16s1u_C1(
-                nullptr, nullIf(bad, 0, dst.data()), badIf(bad, 1, -5, 4), nullIf(bad, 2, &pos), nullptr,
-                nullptr, nullptr, nullIf(bad, 3, writer.lib()), flushState);
+            return zmxiEncodeHuffman8x8_JPEG_16s1u_C1(nullptr, nullIf(bad, 0, dst.data()), badIf(bad, 1, -5, 4),
+                                                      nullIf(bad, 2, &pos), nullptr, nullptr, nullptr,
+                                                      nullIf(bad, 3, writer.lib()), flushState);
         });
     checkOrder({-8, -8, -8, -8}, [&](unsigned bad) {
-        return zmxiGetHuffmanStatistics8x8_JPEG_16s_C1(
-            nullIf(bad, 0, block.data()), nullIf(bad, 1, dcCounts.data()), nullIf(bad, 2, acCounts.data()),
-            nullIf(bad, 3, lastDC.data()));
+        return zmxiGetHuffmanStatistics8x8_JPEG_16s_C1(nullIf(bad, 0, block.data()), nullIf(bad, 1, dcCounts.data()),
+                                                       nullIf(bad, 2, acCounts.data()), nullIf(bad, 3, lastDC.data()));
     });
 
     EXPECT_EQ(block.copy(), blockBefore);
@@ -141,8 +140,7 @@ TEST(Sequential, SymbolsOfRuns) {
 
     Luminance t;
     BlockOut out;
-    for (const Block& b :
-         {blockOf({{63, 2}}), blockOf({{17, 1}}), blockOf({{16, 1}}), blockOf({{62, 3}, {63, -3}})}) {
+    for (const Block& b : {blockOf({{63, 2}}), blockOf({{17, 1}}), blockOf({{16, 1}}), blockOf({{62, 3}, {63, -3}})}) {
         StreamIn in(encoded(b, t.encDC, t.encAC));
         EXPECT_EQ(decode(in, out, t.decDC, t.decAC).status, zmxStsNoErr);
         EXPECT_EQ(out.plain, b);
@@ -177,8 +175,7 @@ TEST(Sequential, LargestCategories) {
     EXPECT_EQ(c.dc[15], 1u);
     EXPECT_EQ(count(blockOf({{0, 32767}, {1, 16383}}), c, last), zmxStsNoErr);
     EXPECT_EQ(c.ac[14], 1u);
-    EXPECT_EQ(count(blockOf({{0, 32767}, {40, 16384}}), c, last), zmxStsDCTRangeErr)
-        << "category 15 of a coefficient";
+    EXPECT_EQ(count(blockOf({{0, 32767}, {40, 16384}}), c, last), zmxStsDCTRangeErr) << "category 15 of a coefficient";
     EXPECT_EQ(c.ac[240], 2u) << "what stood ahead of it is counted";
 }
 
@@ -191,8 +188,7 @@ TEST(Sequential, ASymbolWithoutACodeStopsTheEncoder) {
     EXPECT_EQ(encode(out, blockOf({{0, 9}, {1, 1024}}), lastDC, dc, ac), zmxStsHuffTableErr) << "category 11";
     EXPECT_EQ(out.state.plain.bitCount, 2) << "the DC symbol stands";
     EXPECT_EQ(encode(out, blockOf({{0, 2048 + 9}}), lastDC, dc, ac), zmxStsHuffTableErr) << "category 12";
-    EXPECT_EQ(encode(out, blockOf({{0, 2048 + 9}}), lastDC, dc, none), zmxStsHuffTableErr)
-        << "no end of block";
+    EXPECT_EQ(encode(out, blockOf({{0, 2048 + 9}}), lastDC, dc, none), zmxStsHuffTableErr) << "no end of block";
 }
 
 TEST(Sequential, SymbolsOfTheDecoder) {
@@ -309,8 +305,7 @@ TEST(Sequential, CutAtEveryLengthAndResumed) {
         for (bool marker : {false, true}) {
             const Bytes whole = marker ? withMarker(scan.stream, 0xD3) : scan.stream;
             for (std::size_t cut = 0; cut <= whole.size(); ++cut) {
-                SCOPED_TRACE(::testing::Message()
-                             << "seed " << seed << " cut at " << cut << " of " << whole.size());
+                SCOPED_TRACE(::testing::Message() << "seed " << seed << " cut at " << cut << " of " << whole.size());
                 StreamIn head(Bytes(whole.begin(), whole.begin() + std::ptrdiff_t(cut)));
                 BlockOut out;
                 std::size_t done = 0;
@@ -332,8 +327,7 @@ TEST(Sequential, CutAtEveryLengthAndResumed) {
                 // The caller has more of the stream now, and goes on with the state as it is.
                 StreamIn rest(whole);
                 rest.resume(head);
-                for (int call = 0; meaning && call < 4; ++call)
-                    meaning = decode(rest, out, t.decDC, t.decAC).path;
+                for (int call = 0; meaning && call < 4; ++call) meaning = decode(rest, out, t.decDC, t.decAC).path;
                 ++resumed;
             }
         }

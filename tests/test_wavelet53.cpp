@@ -187,8 +187,7 @@ template <class T> void checkPerfectReconstruction(const PlaneFns<T>& f, int mag
     Rng rng(seed);
     std::vector<Zmx8u> scratch(200000);
     for (int turn = 0; turn < 300; ++turn) {
-        const ZmxiRect r{int(rng.range(0, 1)), int(rng.range(0, 1)), int(rng.range(1, 60)),
-                         int(rng.range(1, 60))};
+        const ZmxiRect r{int(rng.range(0, 1)), int(rng.range(0, 1)), int(rng.range(1, 60)), int(rng.range(1, 60))};
         SCOPED_TRACE(::testing::Message() << r.x << ',' << r.y << ' ' << r.width << 'x' << r.height);
         const auto v = rng.vec<T>(std::size_t(r.width * r.height), -magnitude, magnitude);
         auto a = v;
@@ -197,8 +196,7 @@ template <class T> void checkPerfectReconstruction(const PlaneFns<T>& f, int mag
         const auto transformed = a;
         ASSERT_EQ(f.inverse(a.data(), step, &r, scratch.data()), zmxStsNoErr);
         ASSERT_EQ(a, v);
-        const int bw = (r.width + 1) / 2, n = bw * ((r.height + 1) / 2),
-                  steps[4] = {bw * s, bw * s, bw * s, bw * s};
+        const int bw = (r.width + 1) / 2, n = bw * ((r.height + 1) / 2), steps[4] = {bw * s, bw * s, bw * s, bw * s};
         std::vector<T> bands(std::size_t(4 * n), T(0x55));
         T* const to[4] = {bands.data(), bands.data() + n, bands.data() + 2 * n, bands.data() + 3 * n};
         const T* const from[4] = {to[0], to[1], to[2], to[3]};
@@ -234,25 +232,25 @@ TEST(Wavelet53, BandsAreDisplacedAtAnOddOriginOfOddSize) {
 }
 
 TEST(Wavelet53, RowKernelsAgreeWithTheModel) {
-    checkForwardKernel<Zmx16s>(zmxiWTFwdRow_B53_JPEG2K_16s_C1R, model::forwardLine53, false, kForward0,
-                               kForward1, 400, 541);
-    checkForwardKernel<Zmx32s>(zmxiWTFwdRow_B53_JPEG2K_32s_C1R, model::forwardLine53, false, kForward0,
-                               kForward1, 400, 542);
-    checkInverseKernel<Zmx16s>(zmxiWTInvRow_B53_JPEG2K_16s_C1R, model::inverseLine53, false, kInverse0,
-                               kInverse1, 400, 543);
-    checkInverseKernel<Zmx32s>(zmxiWTInvRow_B53_JPEG2K_32s_C1R, model::inverseLine53, false, kInverse0,
-                               kInverse1, 400, 544);
+    checkForwardKernel<Zmx16s>(zmxiWTFwdRow_B53_JPEG2K_16s_C1R, model::forwardLine53, false, kForward0, kForward1, 400,
+                               541);
+    checkForwardKernel<Zmx32s>(zmxiWTFwdRow_B53_JPEG2K_32s_C1R, model::forwardLine53, false, kForward0, kForward1, 400,
+                               542);
+    checkInverseKernel<Zmx16s>(zmxiWTInvRow_B53_JPEG2K_16s_C1R, model::inverseLine53, false, kInverse0, kInverse1, 400,
+                               543);
+    checkInverseKernel<Zmx32s>(zmxiWTInvRow_B53_JPEG2K_32s_C1R, model::inverseLine53, false, kInverse0, kInverse1, 400,
+                               544);
 }
 
 TEST(Wavelet53, ColumnKernelsAgreeWithTheModel) {
-    checkForwardKernel<Zmx16s>(zmxiWTFwdCol_B53_JPEG2K_16s_C1R, model::forwardLine53, true, kForward0,
-                               kForward1, 400, 545);
-    checkForwardKernel<Zmx32s>(zmxiWTFwdCol_B53_JPEG2K_32s_C1R, model::forwardLine53, true, kForward0,
-                               kForward1, 400, 546);
-    checkInverseKernel<Zmx16s>(zmxiWTInvCol_B53_JPEG2K_16s_C1R, model::inverseLine53, true, kInverse0,
-                               kInverse1, 400, 547);
-    checkInverseKernel<Zmx32s>(zmxiWTInvCol_B53_JPEG2K_32s_C1R, model::inverseLine53, true, kInverse0,
-                               kInverse1, 400, 548);
+    checkForwardKernel<Zmx16s>(zmxiWTFwdCol_B53_JPEG2K_16s_C1R, model::forwardLine53, true, kForward0, kForward1, 400,
+                               545);
+    checkForwardKernel<Zmx32s>(zmxiWTFwdCol_B53_JPEG2K_32s_C1R, model::forwardLine53, true, kForward0, kForward1, 400,
+                               546);
+    checkInverseKernel<Zmx16s>(zmxiWTInvCol_B53_JPEG2K_16s_C1R, model::inverseLine53, true, kInverse0, kInverse1, 400,
+                               547);
+    checkInverseKernel<Zmx32s>(zmxiWTInvCol_B53_JPEG2K_32s_C1R, model::inverseLine53, true, kInverse0, kInverse1, 400,
+                               548);
 }
 
 namespace {
@@ -266,8 +264,8 @@ template <class T> void checkFirstLowRow(InverseKernel<T> fn) {
     const int lowRow = 5, highRow = 9; // samples in a row
     const int first = 20;
     std::vector<T> out(2 * h * w);
-    ASSERT_EQ(fn(&low[first], lowRow * int(sizeof(T)), &high[first], highRow * int(sizeof(T)), {w, h},
-                 out.data(), w * int(sizeof(T)), 1),
+    ASSERT_EQ(fn(&low[first], lowRow * int(sizeof(T)), &high[first], highRow * int(sizeof(T)), {w, h}, out.data(),
+                 w * int(sizeof(T)), 1),
               zmxStsNoErr);
     for (int x = 0; x < w; ++x) {
         model::Line<T> l(h), d(h);
@@ -332,12 +330,10 @@ TEST(Wavelet53, TheSameBytesInEveryBuild) {
     EXPECT_EQ(kernelDigest<Zmx32s>(zmxiWTInvRow_B53_JPEG2K_32s_C1R, false, 1 << 30), 0x52A24FB813CE2C03u);
     EXPECT_EQ(kernelDigest<Zmx16s>(zmxiWTInvCol_B53_JPEG2K_16s_C1R, true, 32767), 0x2CC1CA4FB7894E6Fu);
     EXPECT_EQ(kernelDigest<Zmx32s>(zmxiWTInvCol_B53_JPEG2K_32s_C1R, true, 1 << 30), 0x62112880DC0A7338u);
-    EXPECT_EQ((liftDigest<Zmx16s, 6>(sixRows<Zmx16s>(zmxiWTFwdColLift_B53_JPEG2K_16s_C1), 32767)),
-              0x1DE308253CC7546Bu);
+    EXPECT_EQ((liftDigest<Zmx16s, 6>(sixRows<Zmx16s>(zmxiWTFwdColLift_B53_JPEG2K_16s_C1), 32767)), 0x1DE308253CC7546Bu);
     EXPECT_EQ((liftDigest<Zmx32s, 6>(sixRows<Zmx32s>(zmxiWTFwdColLift_B53_JPEG2K_32s_C1), 1 << 30)),
               0x84891BB22F86B048u);
-    EXPECT_EQ((liftDigest<Zmx16s, 6>(sixRows<Zmx16s>(zmxiWTInvColLift_B53_JPEG2K_16s_C1), 32767)),
-              0xD568B8081CC79B80u);
+    EXPECT_EQ((liftDigest<Zmx16s, 6>(sixRows<Zmx16s>(zmxiWTInvColLift_B53_JPEG2K_16s_C1), 32767)), 0xD568B8081CC79B80u);
     EXPECT_EQ((liftDigest<Zmx32s, 6>(sixRows<Zmx32s>(zmxiWTInvColLift_B53_JPEG2K_32s_C1), 1 << 30)),
               0x672660170CBB7CA6u);
 }

@@ -166,8 +166,7 @@ TEST(Wavelet97, OutputsAreLimitedAndTruncated) {
     EXPECT_EQ(row(zmxiWTFwd_D97_JPEG2K_32s_C1IR, v, 0)[6], INT_MAX);
     v[3] = INT_MIN;
     EXPECT_EQ(row(zmxiWTFwd_D97_JPEG2K_32s_C1IR, v, 0)[6], INT_MIN);
-    EXPECT_EQ(row(zmxiWTInv_D97_JPEG2K_32s_C1IR, V32{INT_MAX, INT_MAX, INT_MAX, INT_MIN, INT_MIN}, 0)[2],
-              INT_MAX);
+    EXPECT_EQ(row(zmxiWTInv_D97_JPEG2K_32s_C1IR, V32{INT_MAX, INT_MAX, INT_MAX, INT_MIN, INT_MIN}, 0)[2], INT_MAX);
     // 2^30 on both sides of an odd sample: the sum is -2^31, so A is positive where it would have been
     // negative.
     const V32 t = row(zmxiWTFwd_D97_JPEG2K_32s_C1IR, V32(8, 1 << 30), 0);
@@ -230,8 +229,7 @@ public:
     void fill(std::vector<Zmx32s>& row) {
         const auto kind = rng.range(0, 9);
         const auto magnitude = std::int64_t(1) << rng.range(1, 31);
-        const Zmx32s value = Zmx32s(rng.range(-magnitude, magnitude - 1)),
-                     slope = Zmx32s(rng.range(-1000, 1000));
+        const Zmx32s value = Zmx32s(rng.range(-magnitude, magnitude - 1)), slope = Zmx32s(rng.range(-1000, 1000));
         const Zmx32s powers = Zmx32s(Zmx32u(1) << rng.range(0, 31));
         for (std::size_t i = 0; i < row.size(); ++i) switch (kind) {
             case 0:
@@ -286,9 +284,8 @@ void stressPlanes(long samples, std::uint64_t seed) {
         }
         auto v = want.v;
         (forward ? model::forward97<Zmx32s> : model::inverse97<Zmx32s>)(want, r);
-        ASSERT_EQ(
-            (forward ? kPlanes32.forward : kPlanes32.inverse)(v.data(), 4 * r.width, &r, scratch.data()),
-            zmxStsNoErr);
+        ASSERT_EQ((forward ? kPlanes32.forward : kPlanes32.inverse)(v.data(), 4 * r.width, &r, scratch.data()),
+                  zmxStsNoErr);
         ASSERT_TRUE(sameBytes(want.v, v))
             << (forward ? "forward " : "inverse ") << r.x << ',' << r.y << ' ' << r.width << 'x' << r.height;
         done += long(v.size());
@@ -317,8 +314,7 @@ TEST(Wavelet97, FlatPlanesAgreeWithTheExtendedForm) {
             for (Zmx32s& v : want.v) v = value;
             auto v = want.v;
             (forward ? model::forward97<Zmx32s> : model::inverse97<Zmx32s>)(want, r);
-            ASSERT_EQ((forward ? kPlanes32.forward : kPlanes32.inverse)(v.data(), 28, &r, scratch),
-                      zmxStsNoErr);
+            ASSERT_EQ((forward ? kPlanes32.forward : kPlanes32.inverse)(v.data(), 28, &r, scratch), zmxStsNoErr);
             ASSERT_TRUE(sameBytes(want.v, v)) << value << ' ' << forward;
         }
     }
@@ -342,9 +338,7 @@ struct MiddleOutput {
     long double backB(int k) const { return s(k) - 0.44350687F * (s(k - 1) + s(k + 1)); }
     long double backA(int k) const { return s(k) - 0.8829111F * (backB(k - 1) + backB(k + 1)); }
     long double even(int k) const { return backB(k) + 0.052980117F * (backA(k - 1) + backA(k + 1)); }
-    long double inverse(int k) const {
-        return k & 1 ? backA(k) + 1.5861343F * (even(k - 1) + even(k + 1)) : even(k);
-    }
+    long double inverse(int k) const { return k & 1 ? backA(k) + 1.5861343F * (even(k - 1) + even(k + 1)) : even(k); }
 };
 
 long double fraction(long double v) { return v - std::floor(v); }
@@ -368,8 +362,7 @@ template <class Output> void bringNearWhole(std::vector<long double>& x, int nea
         const long double rest = fraction(-(base + w1 * d));
         const auto at = std::lower_bound(steps.begin(), steps.end(), std::pair{rest, -kReach});
         for (auto it = at == steps.begin() ? at : at - 1; it != steps.end() && it <= at; ++it)
-            if (const long double off = std::abs(it->first - rest); off < best)
-                best = off, d0 = it->second, d1 = d;
+            if (const long double off = std::abs(it->first - rest); off < best) best = off, d0 = it->second, d1 = d;
     }
     x[std::size_t(near)] += d0;
     x[std::size_t(near + 1)] += d1;
@@ -394,12 +387,10 @@ TEST(Wavelet97, OutputsMadeToLieAtWholeNumbers) {
             return forward ? MiddleOutput{line}.forward(k) : MiddleOutput{line}.inverse(k);
         });
         model::Grid<Zmx32s> want(n, 1);
-        for (int j = 0; j < n; ++j)
-            want.at(forward ? j : j / 2 + (j & 1) * n / 2, 0) = Zmx32s(x[std::size_t(j)]);
+        for (int j = 0; j < n; ++j) want.at(forward ? j : j / 2 + (j & 1) * n / 2, 0) = Zmx32s(x[std::size_t(j)]);
         auto v = want.v;
         (forward ? model::forward97<Zmx32s> : model::inverse97<Zmx32s>)(want, r);
-        ASSERT_EQ((forward ? kPlanes32.forward : kPlanes32.inverse)(v.data(), 4 * n, &r, scratch),
-                  zmxStsNoErr);
+        ASSERT_EQ((forward ? kPlanes32.forward : kPlanes32.inverse)(v.data(), 4 * n, &r, scratch), zmxStsNoErr);
         ASSERT_TRUE(sameBytes(want.v, v)) << i;
     }
 }

@@ -25,8 +25,7 @@ template <class T> std::array<T, 2> pair(ForwardKernel<T> fn, std::array<T, 10> 
     EXPECT_EQ(fn(&x[4], 1, &out[0], 1, &out[1], 1, {1, 1}, phase), zmxStsNoErr);
     return out;
 }
-template <class T>
-std::array<T, 2> pair(InverseKernel<T> fn, std::array<T, 5> low, std::array<T, 5> high, int phase) {
+template <class T> std::array<T, 2> pair(InverseKernel<T> fn, std::array<T, 5> low, std::array<T, 5> high, int phase) {
     std::array<T, 2> out{};
     EXPECT_EQ(fn(&low[2], 1, &high[2], 1, {1, 1}, out.data(), 1, phase), zmxStsNoErr);
     return out;
@@ -35,28 +34,28 @@ std::array<T, 2> pair(InverseKernel<T> fn, std::array<T, 5> low, std::array<T, 5
 } // namespace
 
 TEST(Wavelet97Kernels, RowsAgreeWithTheModel) {
-    checkForwardKernel<Zmx16s>(zmxiWTFwdRow_D97_JPEG2K_16s_C1R, model::forwardLine97, false, kForward0,
-                               kForward1, 600, 601);
-    checkForwardKernel<Zmx32s>(zmxiWTFwdRow_D97_JPEG2K_32s_C1R, model::forwardLine97, false, kForward0,
-                               kForward1, 600, 602);
-    checkInverseKernel<Zmx16s>(zmxiWTInvRow_D97_JPEG2K_16s_C1R, model::inverseLine97, false, kInverse0,
-                               kInverse1, 600, 604);
-    checkInverseKernel<Zmx32s>(zmxiWTInvRow_D97_JPEG2K_32s_C1R, model::inverseLine97, false, kInverse0,
-                               kInverse1, 600, 605);
+    checkForwardKernel<Zmx16s>(zmxiWTFwdRow_D97_JPEG2K_16s_C1R, model::forwardLine97, false, kForward0, kForward1, 600,
+                               601);
+    checkForwardKernel<Zmx32s>(zmxiWTFwdRow_D97_JPEG2K_32s_C1R, model::forwardLine97, false, kForward0, kForward1, 600,
+                               602);
+    checkInverseKernel<Zmx16s>(zmxiWTInvRow_D97_JPEG2K_16s_C1R, model::inverseLine97, false, kInverse0, kInverse1, 600,
+                               604);
+    checkInverseKernel<Zmx32s>(zmxiWTInvRow_D97_JPEG2K_32s_C1R, model::inverseLine97, false, kInverse0, kInverse1, 600,
+                               605);
 }
 
 TEST(Wavelet97Kernels, FloatRowsAgreeWithTheModel) {
-    checkForwardKernel<Zmx32f>(zmxiWTFwdRow_D97_JPEG2K_32f_C1R, model::forwardLine97, false, kForward0,
-                               kForward1, 600, 603);
-    checkInverseKernel<Zmx32f>(zmxiWTInvRow_D97_JPEG2K_32f_C1R, model::inverseLine97, false, kInverse0,
-                               kInverse1, 600, 606);
+    checkForwardKernel<Zmx32f>(zmxiWTFwdRow_D97_JPEG2K_32f_C1R, model::forwardLine97, false, kForward0, kForward1, 600,
+                               603);
+    checkInverseKernel<Zmx32f>(zmxiWTInvRow_D97_JPEG2K_32f_C1R, model::inverseLine97, false, kInverse0, kInverse1, 600,
+                               606);
 }
 
 TEST(Wavelet97Kernels, FloatColumnsAgreeWithTheModel) {
-    checkForwardKernel<Zmx32f>(zmxiWTFwdCol_D97_JPEG2K_32f_C1R, model::forwardLine97, true, kForward0,
-                               kForward1, 600, 607);
-    checkInverseKernel<Zmx32f>(zmxiWTInvCol_D97_JPEG2K_32f_C1R, model::inverseLine97, true, kInverse0,
-                               kInverse1, 600, 608);
+    checkForwardKernel<Zmx32f>(zmxiWTFwdCol_D97_JPEG2K_32f_C1R, model::forwardLine97, true, kForward0, kForward1, 600,
+                               607);
+    checkInverseKernel<Zmx32f>(zmxiWTInvCol_D97_JPEG2K_32f_C1R, model::inverseLine97, true, kInverse0, kInverse1, 600,
+                               608);
 }
 
 TEST(Wavelet97Kernels, ColumnLiftingAgreesWithTheModel) {
@@ -120,8 +119,7 @@ TEST(Wavelet97Kernels, DirectTapsOfOnePair) {
     EXPECT_EQ((pair<Zmx16s>(zmxiWTFwdRow_D97_JPEG2K_16s_C1R, {0, 0, 0, 1, 1, 0, 0, 0, 0}, 0))[0], 1);
     // High and inverse outputs are limited on both sides.
     EXPECT_EQ((pair<Zmx16s>(zmxiWTFwdRow_D97_JPEG2K_16s_C1R, {0, 0, 0, 0, 0, 32767, 0, 0, 0}, 0))[1], 32767);
-    EXPECT_EQ((pair<Zmx16s>(zmxiWTFwdRow_D97_JPEG2K_16s_C1R, {0, 0, 0, 0, 0, -32768, 0, 0, 0}, 0))[1],
-              -32768);
+    EXPECT_EQ((pair<Zmx16s>(zmxiWTFwdRow_D97_JPEG2K_16s_C1R, {0, 0, 0, 0, 0, -32768, 0, 0, 0}, 0))[1], -32768);
     EXPECT_EQ((pair<Zmx16s>(zmxiWTInvRow_D97_JPEG2K_16s_C1R, {0, 0, -32768, 0, 0}, {}, 0))[0], -32768);
     EXPECT_EQ((pair<Zmx16s>(zmxiWTInvRow_D97_JPEG2K_16s_C1R, {0, 0, 32767, 0, 0}, {}, 0))[0], 32767);
     // The float taps.
@@ -135,8 +133,7 @@ TEST(Wavelet97Kernels, DirectTapsOfOnePair) {
 TEST(Wavelet97Kernels, ConstantLineSaturatesAtTheFirstStep) {
     // A is 32767 - 103949 * 65534 / 65536 = -71176, limited to -32768, and so on from there.
     V16 x(24, 32767), low(6), high(6);
-    EXPECT_EQ(zmxiWTFwdRow_D97_JPEG2K_16s_C1R(&x[4], 2, low.data(), 2, high.data(), 2, {6, 1}, 0),
-              zmxStsNoErr);
+    EXPECT_EQ(zmxiWTFwdRow_D97_JPEG2K_16s_C1R(&x[4], 2, low.data(), 2, high.data(), 2, {6, 1}, 0), zmxStsNoErr);
     // B = 32767 + 3472 = 32767 limited; G = -32768 + 57862 = 25092; high = 25092 K = 30868; low = (53274 B +
     // 23627 * 50184) >> 16, limited.
     for (int i = 0; i < 6; ++i) {
@@ -154,16 +151,14 @@ TEST(Wavelet97Kernels, TheTermAheadOfARowWraps) {
     x[2] = 30000; // x[-2]
     x[4] = 30000; // x[0]
     x[1] = x[3] = x[5] = 30000;
-    EXPECT_EQ(zmxiWTFwdRow_D97_JPEG2K_16s_C1R(&x[4], 2, low.data(), 2, high.data(), 2, {4, 1}, 0),
-              zmxStsNoErr);
+    EXPECT_EQ(zmxiWTFwdRow_D97_JPEG2K_16s_C1R(&x[4], 2, low.data(), 2, high.data(), 2, {4, 1}, 0), zmxStsNoErr);
     V16 wantLow(4), wantHigh(4);
     model::forwardLine97(&x[4], wantLow.data(), wantHigh.data(), 4, 0);
     EXPECT_EQ(low, wantLow);
     // The same samples two further on take the exact term.
     V16 moved(22, 0), low2(5), high2(5);
     std::copy(x.begin(), x.end(), moved.begin() + 2);
-    EXPECT_EQ(zmxiWTFwdRow_D97_JPEG2K_16s_C1R(&moved[4], 2, low2.data(), 2, high2.data(), 2, {5, 1}, 0),
-              zmxStsNoErr);
+    EXPECT_EQ(zmxiWTFwdRow_D97_JPEG2K_16s_C1R(&moved[4], 2, low2.data(), 2, high2.data(), 2, {5, 1}, 0), zmxStsNoErr);
     EXPECT_NE(low2[1], low[0]);
     EXPECT_EQ(low2[2], low[1]);
 }

@@ -99,12 +99,10 @@ TEST(YCoCg, ChromaIsScaledAround128) {
 const Pixel kLowLow = {0, 0, 0}, kHighHigh = {0, 255, 255}, kLowHigh = {0, 0, 255}, kHighLow = {0, 255, 0};
 
 TEST(YCoCg, DiagonalIsSwappedAbove8) {
-    const Bytes eight =
-        blockOf(times(4, kLowLow) + times(4, kHighHigh) + times(4, kLowHigh) + times(4, kHighLow));
+    const Bytes eight = blockOf(times(4, kLowLow) + times(4, kHighHigh) + times(4, kLowHigh) + times(4, kHighLow));
     EXPECT_EQ(colour0(eight), 29 << 11 | 59 << 5);
     EXPECT_EQ(colour1(eight), 1 << 11 | 3 << 5);
-    const Bytes nine =
-        blockOf(times(4, kLowLow) + times(3, kHighHigh) + times(4, kLowHigh) + times(5, kHighLow));
+    const Bytes nine = blockOf(times(4, kLowLow) + times(3, kHighHigh) + times(4, kLowHigh) + times(5, kHighLow));
     EXPECT_EQ(colour0(nine), 29 << 11 | 3 << 5);
     EXPECT_EQ(colour1(nine), 1 << 11 | 59 << 5);
 }
@@ -142,8 +140,7 @@ TEST(YCoCg, Index1DoesNotOccur) {
 
 TEST(YCoCg, YHasExactBounds) {
     for (int y : {0, 1, 77, 254, 255})
-        EXPECT_EQ(alphaOf(blockOf({{y, 3, 200}})),
-                  (Bytes{Zmx8u(y), Zmx8u(y), 0x49, 0x92, 0x24, 0x49, 0x92, 0x24}));
+        EXPECT_EQ(alphaOf(blockOf({{y, 3, 200}})), (Bytes{Zmx8u(y), Zmx8u(y), 0x49, 0x92, 0x24, 0x49, 0x92, 0x24}));
     // 255 and 0: h is 18, the thresholds 18, 236, 200, 163, 127, 90, 54; the indexes 0 0 2 2 3 3 4 4 and
     // 5 5 6 6 7 7 1 1.
     std::vector<Pixel> pixels;
@@ -169,8 +166,7 @@ TEST(YCoCg, Steps) {
 TEST(YCoCg, Arguments) { checkArguments(kYCoCg); }
 
 TEST(YCoCg, EveryPairOfBounds) {
-    for (const std::vector<int>& follow :
-         {std::vector<int>{1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {0, 1, 1}, {0, 1, -1}})
+    for (const std::vector<int>& follow : {std::vector<int>{1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {0, 1, 1}, {0, 1, -1}})
         ASSERT_NO_FATAL_FAILURE(checkEveryPairOfBounds(kYCoCg, follow));
 }
 

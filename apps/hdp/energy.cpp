@@ -25,7 +25,9 @@ Plane centred(const Image& image, int channel, const Blocks& blocks) {
     for (int y = 0; y < blocks.size.height; ++y) {
         const std::uint16_t* row = image.row(std::min(y, image.height - 1));
         for (int x = 0; x < blocks.size.width; ++x)
-            plane.push_back(row[std::size_t(std::min(x, image.width - 1)) * std::size_t(image.channels) + std::size_t(channel)] - middle);
+            plane.push_back(
+                row[std::size_t(std::min(x, image.width - 1)) * std::size_t(image.channels) + std::size_t(channel)] -
+                middle);
     }
     return plane;
 }
@@ -54,7 +56,8 @@ Energy measure(const Image& image) {
                 // The DC has a gain of 4 and is shown without it.
                 const int shown = std::clamp(middle + (place == 0 ? v / 4 : v), 0, image.maxval);
                 const int toX = x % 4 * blocks.count.width + x / 4, toY = y % 4 * blocks.count.height + y / 4;
-                e.coefficients.row(toY)[std::size_t(toX) * std::size_t(image.channels) + std::size_t(c)] = std::uint16_t(shown);
+                e.coefficients.row(toY)[std::size_t(toX) * std::size_t(image.channels) + std::size_t(c)] =
+                    std::uint16_t(shown);
             }
         check(zmxiPCTInv_HDP_32s_C1IR(plane.data(), step, blocks.size));
         for (std::size_t i = 0; i < plane.size(); ++i) e.lost += plane[i] != before[i];

@@ -23,8 +23,7 @@ File open(const std::string& path, const char* mode) {
 std::string endingOf(const std::string& path) {
     const auto dot = path.rfind('.');
     std::string ending = dot == std::string::npos ? "" : path.substr(dot + 1);
-    std::transform(ending.begin(), ending.end(), ending.begin(),
-                   [](unsigned char c) { return char(std::tolower(c)); });
+    std::transform(ending.begin(), ending.end(), ending.begin(), [](unsigned char c) { return char(std::tolower(c)); });
     return ending;
 }
 
@@ -75,7 +74,6 @@ std::vector<std::uint8_t> readBytes(const std::string& path) {
 
 void writeBytes(const std::string& path, const std::vector<std::uint8_t>& bytes) {
     File file = open(path, "wb");
-    const bool written =
-        bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
+    const bool written = bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
     if (std::fclose(file.release()) != 0 || !written) throw ImageError(path + ": " + std::strerror(errno));
 }

@@ -30,15 +30,14 @@ Image withoutAlpha(const Image& image) {
     Image out{image.width, image.height, image.channels - 1, image.maxval, {}};
     out.samples.reserve(out.rowSamples() * std::size_t(out.height));
     for (std::size_t i = 0; i < image.samples.size(); ++i)
-        if (int(i % std::size_t(image.channels)) != image.channels - 1)
-            out.samples.push_back(image.samples[i]);
+        if (int(i % std::size_t(image.channels)) != image.channels - 1) out.samples.push_back(image.samples[i]);
     return out;
 }
 
 Image crop(const Image& image, int x, int y, int width, int height) {
     if (x < 0 || y < 0 || width < 1 || height < 1 || width > image.width - x || height > image.height - y)
-        throw ImageError("the part to crop is not inside the picture of " + std::to_string(image.width) +
-                         " by " + std::to_string(image.height));
+        throw ImageError("the part to crop is not inside the picture of " + std::to_string(image.width) + " by " +
+                         std::to_string(image.height));
     Image out{width, height, image.channels, image.maxval, {}, image.cmyk};
     out.samples.reserve(out.rowSamples() * std::size_t(height));
     for (int row = y; row < y + height; ++row) {
@@ -61,8 +60,8 @@ Difference compare(const Image& a, const Image& b, int level) {
         within += d <= level;
     }
     const double n = double(a.samples.size());
-    const double psnr = sum == 0 ? std::numeric_limits<double>::infinity()
-                                 : 10 * std::log10(double(a.maxval) * a.maxval * n / sum);
+    const double psnr =
+        sum == 0 ? std::numeric_limits<double>::infinity() : 10 * std::log10(double(a.maxval) * a.maxval * n / sum);
     return {psnr, max, double(within) / n};
 }
 

@@ -12,8 +12,7 @@
 struct Image {
     int width = 0, height = 0;
     int channels = 1; // 1 grey, 2 grey and alpha, 3 RGB, 4 RGBA or CMYK
-    int maxval =
-        255; // the largest sample: 255 for 8 bits, 65535 for 16, 4095 for 12 and so on (1 for bitmaps)
+    int maxval = 255; // the largest sample: 255 for 8 bits, 65535 for 16, 4095 for 12 and so on (1 for bitmaps)
     std::vector<std::uint16_t> samples;
     bool cmyk = false; // the 4 channels are amounts of ink
 

@@ -68,7 +68,8 @@ Image readPng(std::FILE* file, const std::string& path, std::size_t maxPixels) {
 }
 
 void writePng(std::FILE* file, const std::string& path, const Image& image) {
-    static const int kinds[] = {PNG_COLOR_TYPE_GRAY, PNG_COLOR_TYPE_GRAY_ALPHA, PNG_COLOR_TYPE_RGB, PNG_COLOR_TYPE_RGBA};
+    static const int kinds[] = {PNG_COLOR_TYPE_GRAY, PNG_COLOR_TYPE_GRAY_ALPHA, PNG_COLOR_TYPE_RGB,
+                                PNG_COLOR_TYPE_RGBA};
     if (image.channels < 1 || image.channels > 4) throw ImageError(path + ": a PNG file has 1 to 4 channels");
     const bool wide = image.maxval > 255;
     const unsigned full = wide ? 65535 : 255, max = unsigned(image.maxval);
@@ -88,8 +89,8 @@ void writePng(std::FILE* file, const std::string& path, const Image& image) {
 
     if (setjmp(trouble.jump)) throw ImageError(path + ": PNG: " + trouble.text);
     png_init_io(png, file);
-    png_set_IHDR(png, info, png_uint_32(image.width), png_uint_32(image.height), wide ? 16 : 8, kinds[image.channels - 1],
-                 PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    png_set_IHDR(png, info, png_uint_32(image.width), png_uint_32(image.height), wide ? 16 : 8,
+                 kinds[image.channels - 1], PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     png_set_compression_level(png, 3);
     png_write_info(png, info);
     for (int y = 0; y < image.height; ++y) {

@@ -3,8 +3,7 @@
 
 namespace jpeg {
 
-BlockReader::BlockReader(const Header& header, const std::uint8_t* bytes, std::size_t n)
-    : Intervals(header, bytes, n) {
+BlockReader::BlockReader(const Header& header, const std::uint8_t* bytes, std::size_t n) : Intervals(header, bytes, n) {
     const Scan& scan = header.scan;
     for (std::size_t i = 0; i < scan.components.size(); ++i) {
         const ScanComponent& c = scan.components[i];

@@ -11,8 +11,8 @@ public:
     explicit Coefficients(const Frame& f) : frame(f) {
         for (const Component& c : frame.components) {
             const std::size_t columns = std::size_t(frame.mcuColumns()) * std::size_t(c.h);
-            planes.push_back({columns, std::vector<Zmx16s>(columns * std::size_t(frame.mcuRows()) *
-                                                           std::size_t(c.v) * kBlock)});
+            planes.push_back(
+                {columns, std::vector<Zmx16s>(columns * std::size_t(frame.mcuRows()) * std::size_t(c.v) * kBlock)});
         }
     }
 

@@ -21,14 +21,11 @@ namespace {
 // What the decoders cannot do, in words; empty: they can.
 std::string unsupported(const Frame& frame) {
     if (frame.sof > SOF3)
-        return frame.sof < SOF0 + 8 ? "hierarchical mode is not supported"
-                                    : "arithmetic coding is not supported";
+        return frame.sof < SOF0 + 8 ? "hierarchical mode is not supported" : "arithmetic coding is not supported";
     const int bits = frame.precision;
-    const bool known =
-        frame.lossless() ? bits >= 2 && bits <= 16 : bits == 8 || (bits == 12 && frame.sof != SOF0);
+    const bool known = frame.lossless() ? bits >= 2 && bits <= 16 : bits == 8 || (bits == 12 && frame.sof != SOF0);
     if (!known) return std::to_string(bits) + "-bit samples are not supported";
-    if (frame.components.size() == 2 && !frame.lossless())
-        return "a picture of 2 components is not supported";
+    if (frame.components.size() == 2 && !frame.lossless()) return "a picture of 2 components is not supported";
     return {};
 }
 
@@ -114,14 +111,12 @@ private:
 
     static void checkProgressive(const Header& h) {
         const Scan& s = h.scan;
-        const bool band =
-            s.first == 0 ? s.last == 0 : s.first <= s.last && s.last <= 63 && s.components.size() == 1;
+        const bool band = s.first == 0 ? s.last == 0 : s.first <= s.last && s.last <= 63 && s.components.size() == 1;
         const bool bits = s.low <= 13 && (s.high == 0 || s.high == s.low + 1);
         if (!band || !bits)
             fail(h.scanOffset, "no progressive scan: coefficients " + std::to_string(s.first) + " to " +
                                    std::to_string(s.last) + " of " + std::to_string(s.components.size()) +
-                                   " components, bits " + std::to_string(s.high) + " to " +
-                                   std::to_string(s.low));
+                                   " components, bits " + std::to_string(s.high) + " to " + std::to_string(s.low));
     }
 
     // Keeps the lowest bit that the scans have come to, and tells of scans that do not follow one another.
@@ -163,8 +158,7 @@ private:
     void finish() {
         for (std::size_t i = 0; i < low.size(); ++i)
             if (low[i][0] == kUnseen)
-                warnings.push_back("component " + std::to_string(file.frame.components[i].id) +
-                                   " is missing");
+                warnings.push_back("component " + std::to_string(file.frame.components[i].id) + " is missing");
         for (const auto& [from, to] : reader.header().application)
             file.application.insert(file.application.end(), data + from, data + to);
     }

@@ -40,8 +40,7 @@ public:
         } else {
             const auto render = [&](CoefficientFile& file) { renderAll(file); };
             if (options.afterScan)
-                collect(reader, data, size, picture.warnings,
-                        [&](CoefficientFile& file) { render(file), tell(); });
+                collect(reader, data, size, picture.warnings, [&](CoefficientFile& file) { render(file), tell(); });
             else {
                 CoefficientFile file = collect(reader, data, size, picture.warnings);
                 render(file);
@@ -71,15 +70,12 @@ private:
         BlockReader source(h, data, size);
         decodeScan(
             source, ScanLayout(frame, h.scan),
-            [&](const ScanLayout::Part& p, int, int) {
-                return first[p.component] + (p.y * p.h + p.x) * kBlock;
-            },
+            [&](const ScanLayout::Part& p, int, int) { return first[p.component] + (p.y * p.h + p.x) * kBlock; },
             [&](int x, int y) { renderer->mcu(blocks, x, y); }, picture.warnings);
         renderer->finish();
         reader.seek(source.end());
         try {
-            if (reader.nextScan())
-                picture.warnings.push_back("scans behind the last component are passed over");
+            if (reader.nextScan()) picture.warnings.push_back("scans behind the last component are passed over");
         } catch (const Error& e) {
             picture.warnings.push_back(e.what());
         }

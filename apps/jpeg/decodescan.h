@@ -26,8 +26,7 @@ void decodeScan(Source& source, const ScanLayout& layout, Place place, Done done
         },
         [&] { source.restart(); });
     if (firstLost >= 0)
-        warnings.push_back(source.trouble() + "; rows from " + std::to_string(firstLost) +
-                           " on are incomplete");
+        warnings.push_back(source.trouble() + "; rows from " + std::to_string(firstLost) + " on are incomplete");
     else if (!source.trouble().empty())
         warnings.push_back(source.trouble());
 }

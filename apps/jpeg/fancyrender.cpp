@@ -59,8 +59,7 @@ public:
             for (int y = 0; y < c.v; ++y)
                 for (int x = 0; x < c.h; ++x)
                     zmxiDCTQuantInv8x8LS_JPEG_16s8u_C1R(
-                        *blocks++, planes[i].row(8 * (row * c.v + y)) + 8 * (column * c.h + x), step,
-                        tables[i].data());
+                        *blocks++, planes[i].row(8 * (row * c.v + y)) + 8 * (column * c.h + x), step, tables[i].data());
         }
     }
 
@@ -96,8 +95,7 @@ private:
             transpose(wide, to);
         } else {
             for (int y = 0; y < to.height; ++y)
-                for (int x = 0; x < to.width; ++x)
-                    to.row(y)[x] = from.row(y * c.v / frame.vMax)[x * c.h / frame.hMax];
+                for (int x = 0; x < to.width; ++x) to.row(y)[x] = from.row(y * c.v / frame.vMax)[x * c.h / frame.hMax];
         }
         return to.row(0);
     }

@@ -26,7 +26,7 @@ inline bool isFrame(int marker) {
 }
 
 inline constexpr int kMaxComponents = 4;
-inline constexpr int kMaxFactor = 4; // of sampling, in either direction
+inline constexpr int kMaxFactor = 4;                                        // of sampling, in either direction
 inline constexpr int kMaxBlocks = kMaxComponents * kMaxFactor * kMaxFactor; // in the MCU of a frame
 inline constexpr int kBlock = 64;                                           // coefficients
 

@@ -6,13 +6,11 @@
 
 namespace jpeg {
 
-DecodeSpec decodeSpecOf(const std::optional<HuffmanTable>& table, const char* kind, int number,
-                        std::size_t offset) {
+DecodeSpec decodeSpecOf(const std::optional<HuffmanTable>& table, const char* kind, int number, std::size_t offset) {
     const std::string name = std::string(kind) + " Huffman table " + std::to_string(number);
     if (!table) fail(offset, name + " is missing");
     ZmxiDecodeHuffmanSpec* spec = nullptr;
-    const ZmxStatus status =
-        zmxiDecodeHuffmanSpecInitAlloc_JPEG_8u(table->bits.data(), table->vals.data(), &spec);
+    const ZmxStatus status = zmxiDecodeHuffmanSpecInitAlloc_JPEG_8u(table->bits.data(), table->vals.data(), &spec);
     DecodeSpec owned(spec);
     if (status != zmxStsNoErr) fail(offset, name + " is no prefix code");
     return owned;
@@ -56,8 +54,7 @@ void Intervals::restart() {
         open(stop + 2);
 }
 
-StateReader::StateReader(const Header& header, const std::uint8_t* bytes, std::size_t n)
-    : Intervals(header, bytes, n) {
+StateReader::StateReader(const Header& header, const std::uint8_t* bytes, std::size_t n) : Intervals(header, bytes, n) {
     ZmxiDecodeHuffmanState* s = nullptr;
     if (zmxiDecodeHuffmanStateInitAlloc_JPEG_8u(&s) != zmxStsNoErr) throw std::bad_alloc();
     bits.reset(s);

@@ -13,8 +13,7 @@ struct FreeDecodeSpec {
 };
 using DecodeSpec = std::unique_ptr<ZmxiDecodeHuffmanSpec, FreeDecodeSpec>;
 // The decoder's form of a table that a scan at `offset` names.
-DecodeSpec decodeSpecOf(const std::optional<HuffmanTable>& table, const char* kind, int number,
-                        std::size_t offset);
+DecodeSpec decodeSpecOf(const std::optional<HuffmanTable>& table, const char* kind, int number, std::size_t offset);
 
 class Intervals {
 public:
@@ -38,9 +37,7 @@ protected:
     virtual std::size_t position() const = 0;
     // Nothing more comes out of the present interval.
     void lose(const std::string& why);
-    void loseAtEnd() {
-        lose(stop == size ? "the file ends in the scan" : "the data of the scan end too early");
-    }
+    void loseAtEnd() { lose(stop == size ? "the file ends in the scan" : "the data of the scan end too early"); }
 
     const std::uint8_t* data;
     std::size_t size;

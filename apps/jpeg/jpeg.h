@@ -48,8 +48,8 @@ struct EncodeOptions {
 std::vector<std::uint8_t> encode(const std::uint8_t* pixels, int width, int height, int channels,
                                  const EncodeOptions& options = {});
 // Samples of `precision` bits: 12, or 2 to 16 and any 1 to 4 channels in lossless mode.
-std::vector<std::uint8_t> encode(const std::uint16_t* pixels, int width, int height, int channels,
-                                 int precision, const EncodeOptions& options = {});
+std::vector<std::uint8_t> encode(const std::uint16_t* pixels, int width, int height, int channels, int precision,
+                                 const EncodeOptions& options = {});
 
 struct Picture {
     int width = 0, height = 0, channels = 0;
@@ -72,10 +72,10 @@ enum class Upsampling { plain, fancy };
 enum class Packing { none, rgb565, bgr565, rgb555, bgr555 };
 
 struct DecodeOptions {
-    int scale = 1;                                // 1, 2, 4 or 8: the picture is decoded at 1/scale
+    int scale = 1; // 1, 2, 4 or 8: the picture is decoded at 1/scale
     Upsampling upsampling = Upsampling::plain;
     Packing packing = Packing::none; // else the picture has 1 channel of packed words; not of CMYK, 12 bits, lossless
-    std::size_t maxPixels = std::size_t(1) << 28; // of the picture in the file; more are refused
+    std::size_t maxPixels = std::size_t(1) << 28;  // of the picture in the file; more are refused
     std::function<void(const Picture&)> afterScan; // hears of the picture as it is behind each scan
 };
 

@@ -25,7 +25,7 @@ void decodeLossless(Reader& reader, const std::uint8_t* data, std::size_t size, 
 
 // One scan of all channels; `options` are what jpeg::encode takes.
 template <class Sample>
-std::vector<std::uint8_t> encodeLossless(const Sample* pixels, int width, int height, int channels,
-                                         int precision, const EncodeOptions& options);
+std::vector<std::uint8_t> encodeLossless(const Sample* pixels, int width, int height, int channels, int precision,
+                                         const EncodeOptions& options);
 
 } // namespace jpeg

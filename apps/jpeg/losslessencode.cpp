@@ -9,8 +9,8 @@ namespace {
 template <class Sample> class LosslessEncoding {
 public:
     LosslessEncoding(const Sample* p, int w, int h, int c, const LosslessRows& r, int restart)
-        : pixels(p), width(w), height(h), channels(c), how(r), rowsInInterval(restart / w),
-          rows(std::size_t(c)), tables(std::size_t(c)) {
+        : pixels(p), width(w), height(h), channels(c), how(r), rowsInInterval(restart / w), rows(std::size_t(c)),
+          tables(std::size_t(c)) {
         for (Rows& r1 : rows) r1.current.resize(std::size_t(w)), r1.above = r1.differences = r1.current;
     }
 
@@ -53,8 +53,7 @@ private:
             Rows& r = rows[std::size_t(c)];
             r.current.swap(r.above);
             const Sample* from = pixels + std::size_t(y) * std::size_t(width * channels) + c;
-            for (int x = 0; x < width; ++x)
-                r.current[std::size_t(x)] = how.stored(from[x * std::ptrdiff_t(channels)]);
+            for (int x = 0; x < width; ++x) r.current[std::size_t(x)] = how.stored(from[x * std::ptrdiff_t(channels)]);
             if (begins(y))
                 zmxiDiffPredFirstRow_JPEG_16s_C1(r.current.data(), r.differences.data(), width, how.precision,
                                                  how.firstRowTransform());
@@ -90,8 +89,8 @@ private:
         const auto code = [&](int flush) {
             Zmx8u* to = out.reserve(room);
             int at = 0;
-            if (zmxiEncodeHuffmanRow_JPEG_16s1u_P4C1(planes, width, channels, to, int(room), &at, specs,
-                                                     state.get(), flush) != zmxStsNoErr)
+            if (zmxiEncodeHuffmanRow_JPEG_16s1u_P4C1(planes, width, channels, to, int(room), &at, specs, state.get(),
+                                                     flush) != zmxStsNoErr)
                 throw Error("a row cannot be coded");
             out.advance(std::size_t(at));
         };
@@ -119,8 +118,8 @@ private:
 } // namespace
 
 template <class Sample>
-std::vector<std::uint8_t> encodeLossless(const Sample* pixels, int width, int height, int channels,
-                                         int precision, const EncodeOptions& options) {
+std::vector<std::uint8_t> encodeLossless(const Sample* pixels, int width, int height, int channels, int precision,
+                                         const EncodeOptions& options) {
     if (channels < 1 || channels > kMaxComponents)
         throw Error("a picture of " + std::to_string(channels) + " channels; supported are 1 to 4");
     if (precision < 2 || precision > 16) throw Error("lossless samples have 2 to 16 bits");
@@ -128,8 +127,7 @@ std::vector<std::uint8_t> encodeLossless(const Sample* pixels, int width, int he
     if (options.pointTransform < 0 || options.pointTransform >= precision)
         throw Error("a point transform is 0 to " + std::to_string(precision - 1) + " bits");
     if (options.restart % width != 0)
-        throw Error("a restart interval of a lossless file is a multiple of its width, " +
-                    std::to_string(width));
+        throw Error("a restart interval of a lossless file is a multiple of its width, " + std::to_string(width));
     if (!std::all_of(pixels, pixels + std::size_t(width) * std::size_t(height) * std::size_t(channels),
                      [precision](Sample s) { return s >> precision == 0; }))
         throw Error("a sample of more than " + std::to_string(precision) + " bits");
@@ -137,9 +135,7 @@ std::vector<std::uint8_t> encodeLossless(const Sample* pixels, int width, int he
     return LosslessEncoding<Sample>(pixels, width, height, channels, how, options.restart).run();
 }
 
-template std::vector<std::uint8_t> encodeLossless(const std::uint8_t*, int, int, int, int,
-                                                  const EncodeOptions&);
-template std::vector<std::uint8_t> encodeLossless(const std::uint16_t*, int, int, int, int,
-                                                  const EncodeOptions&);
+template std::vector<std::uint8_t> encodeLossless(const std::uint8_t*, int, int, int, int, const EncodeOptions&);
+template std::vector<std::uint8_t> encodeLossless(const std::uint16_t*, int, int, int, int, const EncodeOptions&);
 
 } // namespace jpeg

@@ -20,22 +20,19 @@ ProgressiveReader::ProgressiveReader(const Header& header, const std::uint8_t* b
 
 ZmxStatus ProgressiveReader::dcFirst(int component, Zmx16s* block) {
     const auto c = std::size_t(component);
-    return zmxiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(source, length, &at, block, &lastDc[c], &marker,
-                                                      scan.low, tables[c].get(), state());
+    return zmxiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(source, length, &at, block, &lastDc[c], &marker, scan.low,
+                                                      tables[c].get(), state());
 }
 ZmxStatus ProgressiveReader::dcRefine(int, Zmx16s* block) {
-    return zmxiDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(source, length, &at, block, &marker, scan.low,
-                                                       state());
+    return zmxiDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(source, length, &at, block, &marker, scan.low, state());
 }
 ZmxStatus ProgressiveReader::acFirst(int component, Zmx16s* block) {
-    return zmxiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(source, length, &at, block, &marker, scan.first,
-                                                      scan.last, scan.low,
-                                                      tables[std::size_t(component)].get(), state());
+    return zmxiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(source, length, &at, block, &marker, scan.first, scan.last,
+                                                      scan.low, tables[std::size_t(component)].get(), state());
 }
 ZmxStatus ProgressiveReader::acRefine(int component, Zmx16s* block) {
-    return zmxiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(source, length, &at, block, &marker, scan.first,
-                                                       scan.last, scan.low,
-                                                       tables[std::size_t(component)].get(), state());
+    return zmxiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(source, length, &at, block, &marker, scan.first, scan.last,
+                                                       scan.low, tables[std::size_t(component)].get(), state());
 }
 
 } // namespace jpeg

@@ -13,9 +13,7 @@ public:
 
     // Decodes the share of the next block of a component of the scan. When the data of the interval have
     // ended or are damaged the blocks up to the next interval stay as they are.
-    bool block(int component, Zmx16s* coefficients) {
-        return !lost && check((this->*decode)(component, coefficients));
-    }
+    bool block(int component, Zmx16s* coefficients) { return !lost && check((this->*decode)(component, coefficients)); }
 
 private:
     void reset() override { lastDc = {}; }

@@ -7,9 +7,7 @@
 
 namespace jpeg {
 
-void fail(std::size_t offset, const std::string& what) {
-    throw Error("byte " + std::to_string(offset) + ": " + what);
-}
+void fail(std::size_t offset, const std::string& what) { throw Error("byte " + std::to_string(offset) + ": " + what); }
 
 std::size_t findMarker(const std::uint8_t* data, std::size_t size, std::size_t from) {
     while (from + 1 < size) {
@@ -56,8 +54,7 @@ std::string nameOf(int marker) {
 
 } // namespace
 
-Reader::Reader(const std::uint8_t* bytes, std::size_t n, std::string* lines)
-    : data(bytes), size(n), log(lines) {
+Reader::Reader(const std::uint8_t* bytes, std::size_t n, std::string* lines) : data(bytes), size(n), log(lines) {
     if (n < 2 || bytes[0] != 0xFF || bytes[1] != SOI) fail(0, "not a JPEG file: no SOI marker");
     pos = 2;
 }
@@ -133,8 +130,7 @@ void Reader::frame(int marker) {
     if (f.width == 0) fail(at, "a picture of no width");
     if (f.height == 0) fail(at, "a picture of no height (a height behind the scan is not supported)");
     const int count = byte();
-    if (count < 1 || count > kMaxComponents)
-        fail(at, std::to_string(count) + " components; supported are 1 to 4");
+    if (count < 1 || count > kMaxComponents) fail(at, std::to_string(count) + " components; supported are 1 to 4");
     for (int i = 0; i < count; ++i) {
         Component c;
         c.id = byte();
@@ -145,14 +141,12 @@ void Reader::frame(int marker) {
         if (c.h < 1 || c.h > kMaxFactor || c.v < 1 || c.v > kMaxFactor)
             fail(at, "component " + std::to_string(i) + ": sampling factors " + std::to_string(c.h) + "x" +
                          std::to_string(c.v));
-        if (c.quant > 3)
-            fail(at, "component " + std::to_string(i) + ": quantisation table " + std::to_string(c.quant));
+        if (c.quant > 3) fail(at, "component " + std::to_string(i) + ": quantisation table " + std::to_string(c.quant));
         for (const Component& other : f.components)
             if (other.id == c.id) fail(at, "two components with the number " + std::to_string(c.id));
         f.components.push_back(c);
     }
-    if (count == 1)
-        f.components[0].h = f.components[0].v = 1; // one component has no one to be sampled against (A.2.2)
+    if (count == 1) f.components[0].h = f.components[0].v = 1; // one component has no one to be sampled against (A.2.2)
     f.setMaxima();
     head.frame = f;
 }

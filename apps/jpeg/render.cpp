@@ -31,14 +31,12 @@ public:
         : unit(u), tables(dequant), picture(out) {
         for (std::size_t i = 0; i < frame.components.size(); ++i) {
             planes[i] = samples + count * kBlock;
-            for (int k = frame.components[i].h * frame.components[i].v; k > 0; --k)
-                table[count++] = tables[i].data();
+            for (int k = frame.components[i].h * frame.components[i].v; k > 0; --k) table[count++] = tables[i].data();
         }
     }
 
     void mcu(const Zmx16s* const* blocks, int column, int row) override {
-        for (int i = 0; i < count; ++i)
-            zmxiDCTQuantInv8x8_JPEG_16s_C1(blocks[i], samples + i * kBlock, table[i]);
+        for (int i = 0; i < count; ++i) zmxiDCTQuantInv8x8_JPEG_16s_C1(blocks[i], samples + i * kBlock, table[i]);
         const int width = 8 * unit.h, height = 8 * unit.v, step = picture.width * picture.channels;
         const int visibleWidth = std::min(width, picture.width - column * width);
         const int visibleHeight = std::min(height, picture.height - row * height);
@@ -135,8 +133,7 @@ private:
 
     void stretch(const Plane& p, Zmx8u* out) const {
         for (int y = 0; y < height; ++y)
-            for (int x = 0; x < width; ++x)
-                out[y * kStep + x] = small[p.fromRow[y] * kStep + p.fromColumn[x]];
+            for (int x = 0; x < width; ++x) out[y * kStep + x] = small[p.fromRow[y] * kStep + p.fromColumn[x]];
     }
 
     int side, width, height; // of a block, and of an MCU

@@ -27,8 +27,7 @@ std::unique_ptr<Renderer> makeRenderer(const Frame& frame, Model model, const st
 class Canvas;
 std::unique_ptr<Renderer> makeFancyRenderer(const Frame& frame, const std::vector<DequantTable>& tables,
                                             const Canvas& canvas);
-std::unique_ptr<Renderer> makeWideRenderer(const Frame& frame, Model model,
-                                           const std::vector<DequantTable>& tables, int scale,
-                                           Picture& picture);
+std::unique_ptr<Renderer> makeWideRenderer(const Frame& frame, Model model, const std::vector<DequantTable>& tables,
+                                           int scale, Picture& picture);
 
 } // namespace jpeg

@@ -33,8 +33,7 @@ struct ScanLayout {
 };
 
 // Calls `mcu(column, row)` for each, and `restart()` between intervals of so many of them; 0: there are none.
-template <class Mcu, class Restart>
-void eachMcu(int columns, int rows, int interval, Mcu mcu, Restart restart) {
+template <class Mcu, class Restart> void eachMcu(int columns, int rows, int interval, Mcu mcu, Restart restart) {
     int left = interval;
     for (int y = 0; y < rows; ++y)
         for (int x = 0; x < columns; ++x) {

@@ -45,8 +45,7 @@ public:
         case Sequential:
             return zmxiGetHuffmanStatistics8x8_JPEG_16s_C1(b, dc[t].data(), ac[t].data(), &lastDc[component]);
         case DcFirst:
-            return zmxiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(b, dc[t].data(), &lastDc[component],
-                                                                   scan.low);
+            return zmxiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(b, dc[t].data(), &lastDc[component], scan.low);
         case DcRefine:
             return zmxStsNoErr;
         default:
@@ -93,19 +92,19 @@ private:
         Zmx16s* const dcAt = &lastDc[component];
         switch (kind()) {
         case Sequential:
-            return zmxiEncodeHuffman8x8_JPEG_16s1u_C1(b, to, kRoom, at, dcAt, dc[t].get(), ac[t].get(),
-                                                      state.get(), last);
+            return zmxiEncodeHuffman8x8_JPEG_16s1u_C1(b, to, kRoom, at, dcAt, dc[t].get(), ac[t].get(), state.get(),
+                                                      last);
         case DcFirst:
             return zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(b, to, kRoom, at, dcAt, scan.low, dc[t].get(),
                                                               state.get(), last);
         case DcRefine:
             return zmxiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(b, to, kRoom, at, scan.low, state.get(), last);
         case AcFirst:
-            return zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(b, to, kRoom, at, scan.first, scan.last,
-                                                              scan.low, ac[t].get(), state.get(), last);
+            return zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(b, to, kRoom, at, scan.first, scan.last, scan.low,
+                                                              ac[t].get(), state.get(), last);
         default:
-            return zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(b, to, kRoom, at, scan.first, scan.last,
-                                                               scan.low, ac[t].get(), state.get(), last);
+            return zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(b, to, kRoom, at, scan.first, scan.last, scan.low,
+                                                               ac[t].get(), state.get(), last);
         }
     }
 
@@ -184,9 +183,8 @@ private:
             [&](int x, int y) {
                 for (const ScanLayout::Part& part : layout.mcu)
                     sound =
-                        sound &&
-                        p.block(file.blocks.block(part.component, x * part.h + part.x, y * part.v + part.y),
-                                part.inScan, s.components[std::size_t(part.inScan)].dc) == zmxStsNoErr;
+                        sound && p.block(file.blocks.block(part.component, x * part.h + part.x, y * part.v + part.y),
+                                         part.inScan, s.components[std::size_t(part.inScan)].dc) == zmxStsNoErr;
             },
             [&] {
                 sound = sound && p.flush(band) == zmxStsNoErr;

@@ -10,8 +10,7 @@ namespace {
 constexpr int kMaxUnits = 10; // in the MCU of a scan of several components (B.2.3)
 
 // A scan of these components, with the Huffman tables that they have.
-Scan scanOf(const std::vector<int>& components, Model model, int first = 0, int last = 63, int high = 0,
-            int low = 0) {
+Scan scanOf(const std::vector<int>& components, Model model, int first = 0, int last = 63, int high = 0, int low = 0) {
     Scan scan;
     for (int i : components) scan.components.push_back({i, isChroma(model, i), isChroma(model, i)});
     scan.first = first;
@@ -87,8 +86,7 @@ private:
 
 class Parser {
 public:
-    Parser(const std::string& t, const Frame& f, Model m)
-        : text(t), frame(f), model(m), low(f.components.size()) {
+    Parser(const std::string& t, const Frame& f, Model m) : text(t), frame(f), model(m), low(f.components.size()) {
         for (auto& component : low) component.fill(kUnseen);
     }
 
@@ -105,8 +103,7 @@ public:
                 throw Error("the scan script mixes sequential and progressive scans");
         for (std::size_t i = 0; i < low.size(); ++i)
             if (low[i][0] == kUnseen)
-                throw Error("the scan script leaves out the DC coefficients of component " +
-                            std::to_string(i));
+                throw Error("the scan script leaves out the DC coefficients of component " + std::to_string(i));
         return script;
     }
 
@@ -185,8 +182,7 @@ private:
         for (int k = s.first; k <= s.last; ++k) {
             int& bit = bits[std::size_t(k)];
             if (s.high == 0 && bit != kUnseen) fault("coefficient " + std::to_string(k) + " begins twice");
-            if (s.high != 0 && bit != s.high)
-                fault("coefficient " + std::to_string(k) + " is refined out of turn");
+            if (s.high != 0 && bit != s.high) fault("coefficient " + std::to_string(k) + " is refined out of turn");
             bit = s.low;
         }
     }

@@ -22,8 +22,7 @@ ZmxStatus cmykFromPixels(const Zmx8u* pixels, int step, Zmx16s* const* planes) {
 ZmxStatus cmykToPixels(const Zmx16s* const* planes, Zmx8u* pixels, int step) {
     for (int y = 0; y < 8; ++y, pixels += step)
         for (int x = 0; x < 8; ++x)
-            for (int c = 0; c < 4; ++c)
-                pixels[4 * x + c] = Zmx8u(std::clamp(planes[c][8 * y + x] + 128, 0, 255));
+            for (int c = 0; c < 4; ++c) pixels[4 * x + c] = Zmx8u(std::clamp(planes[c][8 * y + x] + 128, 0, 255));
     return zmxStsNoErr;
 }
 

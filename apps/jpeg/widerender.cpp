@@ -28,9 +28,9 @@ public:
         const int left = column * width / scale, top = row * height / scale;
         for (int y = 0; y < height / scale && top + y < picture.height; ++y)
             for (int x = 0; x < width / scale && left + x < picture.width; ++x) {
-                Zmx16u* pixel = picture.wide.data() +
-                                (std::size_t(top + y) * std::size_t(picture.width) + std::size_t(left + x)) *
-                                    std::size_t(picture.channels);
+                Zmx16u* pixel =
+                    picture.wide.data() + (std::size_t(top + y) * std::size_t(picture.width) + std::size_t(left + x)) *
+                                              std::size_t(picture.channels);
                 for (int i = 0; i < count; ++i) pixel[i] = mean(planes[i], x * scale, y * scale);
                 wideToPixel(model, pixel);
             }
@@ -63,9 +63,8 @@ private:
 
 } // namespace
 
-std::unique_ptr<Renderer> makeWideRenderer(const Frame& frame, Model model,
-                                           const std::vector<DequantTable>& tables, int scale,
-                                           Picture& picture) {
+std::unique_ptr<Renderer> makeWideRenderer(const Frame& frame, Model model, const std::vector<DequantTable>& tables,
+                                           int scale, Picture& picture) {
     return std::make_unique<WideRenderer>(frame, model, tables, scale, picture);
 }
 

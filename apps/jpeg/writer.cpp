@@ -21,8 +21,7 @@ void segment(Output& out, int marker, int payload) {
 
 EncodeSpec encodeSpecOf(const HuffmanTable& table) {
     ZmxiEncodeHuffmanSpec* spec = nullptr;
-    const ZmxStatus status =
-        zmxiEncodeHuffmanSpecInitAlloc_JPEG_8u(table.bits.data(), table.vals.data(), &spec);
+    const ZmxStatus status = zmxiEncodeHuffmanSpecInitAlloc_JPEG_8u(table.bits.data(), table.vals.data(), &spec);
     EncodeSpec owned(spec);
     if (status != zmxStsNoErr) throw Error("a Huffman table cannot be built");
     return owned;
@@ -32,8 +31,7 @@ HuffmanTable optimalTable(const SymbolCounts& counts) {
     HuffmanTable table;
     std::array<Zmx32s, 257> statistics;
     std::copy(counts.begin(), counts.end(), statistics.begin());
-    if (zmxiEncodeHuffmanRawTableInit_JPEG_8u(statistics.data(), table.bits.data(), table.vals.data()) !=
-        zmxStsNoErr)
+    if (zmxiEncodeHuffmanRawTableInit_JPEG_8u(statistics.data(), table.bits.data(), table.vals.data()) != zmxStsNoErr)
         throw Error("no Huffman table fits the picture");
     return table;
 }
@@ -108,8 +106,7 @@ void writeScan(Output& out, const Frame& frame, const Scan& scan) {
     out.byte(scan.high << 4 | scan.low);
 }
 
-BlockWriter::BlockWriter(Output& o, const HuffmanTable* const dcTables[2],
-                         const HuffmanTable* const acTables[2])
+BlockWriter::BlockWriter(Output& o, const HuffmanTable* const dcTables[2], const HuffmanTable* const acTables[2])
     : out(o) {
     for (int i = 0; i < 2; ++i) {
         if (dcTables[i]) dc[i] = encodeSpecOf(*dcTables[i]);
@@ -118,8 +115,8 @@ BlockWriter::BlockWriter(Output& o, const HuffmanTable* const dcTables[2],
 }
 
 void BlockWriter::block(const Zmx16s* coefficients, int component, int table) {
-    zmxiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(coefficients, out.reserve(kWorstBlock), &bits,
-                                              &lastDc[component], dc[table].get(), ac[table].get());
+    zmxiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(coefficients, out.reserve(kWorstBlock), &bits, &lastDc[component],
+                                              dc[table].get(), ac[table].get());
     out.advance(std::size_t(bits >> 3));
     bits &= 7;
 }

@@ -102,13 +102,15 @@ bool BlockDecoder::decode(const BlockStream& stream, const Block& block, Orienta
     return status == zmxStsNoErr;
 }
 
-BlockEncoder::BlockEncoder(int maxWidth, int maxHeight) : words(std::size_t(maxWidth) * std::size_t(maxHeight)), buffer(1 << 16) {
+BlockEncoder::BlockEncoder(int maxWidth, int maxHeight)
+    : words(std::size_t(maxWidth) * std::size_t(maxHeight)), buffer(1 << 16) {
     ZmxiEncodeState_JPEG2K* s = nullptr;
     if (zmxiEncodeInitAlloc_JPEG2K(&s, {maxWidth, maxHeight}) != zmxStsNoErr) throw std::bad_alloc();
     state.reset(s);
 }
 
-CodedBlock BlockEncoder::encode(Plane& plane, const Block& block, Orientation o, unsigned style, const BandCoding& coding) {
+CodedBlock BlockEncoder::encode(Plane& plane, const Block& block, Orientation o, unsigned style,
+                                const BandCoding& coding) {
     CodedBlock out;
     // Lossy magnitudes carry bits below the step, which tell the coder how far off each decision is.
     const int below = coding.reversible ? 0 : fractionPlanes;
@@ -131,8 +133,8 @@ CodedBlock BlockEncoder::encode(Plane& plane, const Block& block, Orientation o,
     int bits = 0, passes = 0, segments = 0;
     const Zmx32u flags = libraryStyle(style) | (coding.reversible ? ZMX_CB_LOSSLESS : 0);
     const int termination = style & stylePredictable ? ZMX_MQ_TERM_EASY : ZMX_MQ_TERM_NEAR_OPTIMAL;
-    zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(words.data(), block.width * 4, {block.width, block.height}, state.get(), subband(o),
-                                           31 - below, termination, 0, flags, &bits, &passes, &segments);
+    zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(words.data(), block.width * 4, {block.width, block.height}, state.get(),
+                                           subband(o), 31 - below, termination, 0, flags, &bits, &passes, &segments);
     out.bitPlanes = std::max(bits - below, 0);
     if (passes == 0) return out;
 

@@ -15,8 +15,8 @@ Zmx32u libraryStyle(unsigned style);
 // How the numbers of a band are quantised.
 struct BandCoding {
     bool reversible = true;
-    int bitPlanes = 0;  // Mb of E-2
-    float step = 1;     // in units of the plane's least bit; 1 on the reversible road
+    int bitPlanes = 0; // Mb of E-2
+    float step = 1;    // in units of the plane's least bit; 1 on the reversible road
     int roiShift = 0;
 };
 // Step size of a band (E-3) in units of the picture's samples.
@@ -44,10 +44,10 @@ struct CodedBlock {
     };
     std::vector<std::uint8_t> bytes;
     std::vector<Pass> passes;
-    double residual = 0; // squared error that all passes leave, in the same units
-    int bitPlanes = 0; // coded ones
-    int zeroPlanes = 0; // above them, up to the planes of the band
-    double weight = 1;  // of its errors in the picture: squared error there over squared step
+    double residual = 0;                    // squared error that all passes leave, in the same units
+    int bitPlanes = 0;                      // coded ones
+    int zeroPlanes = 0;                     // above them, up to the planes of the band
+    double weight = 1;                      // of its errors in the picture: squared error there over squared step
     std::vector<std::uint16_t> layerPasses; // passes up to the end of each layer
 };
 

@@ -57,7 +57,9 @@ void readHeaderBox(const Box& box, Boxes& boxes) {
             boxes.enumeratedColour = in.u32();
         }
         break;
-    case fourcc("pclr"): readPalette(in, boxes); break;
+    case fourcc("pclr"):
+        readPalette(in, boxes);
+        break;
     case fourcc("cmap"):
         while (in.left() >= 4) {
             const int component = in.u16(), type = in.u8();
@@ -70,7 +72,8 @@ void readHeaderBox(const Box& box, Boxes& boxes) {
             boxes.channels.push_back({channel, type, in.u16()});
         }
         break;
-    default: break; // ihdr and bpcc repeat what SIZ says
+    default:
+        break; // ihdr and bpcc repeat what SIZ says
     }
 }
 
@@ -79,8 +82,8 @@ void applyPalette(const Boxes& boxes, Picture& picture) {
     const std::size_t columns = p.depths.size();
     std::vector<Component> out;
     for (const Boxes::Mapping& m : boxes.mappings) {
-        if (std::size_t(m.component) >= picture.components.size() || (m.type == 1 && std::size_t(m.column) >= columns) ||
-            out.size() >= columns + 4)
+        if (std::size_t(m.component) >= picture.components.size() ||
+            (m.type == 1 && std::size_t(m.column) >= columns) || out.size() >= columns + 4)
             throw Error("a component mapping that does not fit");
         Component c = picture.components[std::size_t(m.component)];
         if (m.type == 1) {
@@ -164,7 +167,8 @@ Boxes readBoxes(Span file) {
         }
         if (box.type != fourcc("jp2h")) continue;
         try {
-            for (ByteReader inner(box.content, "the JP2 header"); inner.left() > 0;) readHeaderBox(readBox(inner), boxes);
+            for (ByteReader inner(box.content, "the JP2 header"); inner.left() > 0;)
+                readHeaderBox(readBox(inner), boxes);
         } catch (const Error& e) {
             boxes.warnings.push_back(e.what());
         }
@@ -181,9 +185,10 @@ void applyBoxes(const Boxes& boxes, Picture& picture) {
         picture.warnings.push_back(e.what());
     }
     const std::uint32_t colour = boxes.enumeratedColour;
-    picture.colour = colour == enumGrey ? Colour::grey : colour == enumSYcc ? Colour::sYcc
-                     : colour == enumSRgb                                   ? Colour::sRgb
-                                                                            : Colour::unknown;
+    picture.colour = colour == enumGrey   ? Colour::grey
+                     : colour == enumSYcc ? Colour::sYcc
+                     : colour == enumSRgb ? Colour::sRgb
+                                          : Colour::unknown;
 }
 
 std::vector<std::uint8_t> writeBoxes(const Picture& picture, std::size_t codestreamSize) {
@@ -217,7 +222,9 @@ std::vector<std::uint8_t> writeBoxes(const Picture& picture, std::size_t codestr
         }
         {
             const int colours = int(components.size()) - (picture.alpha >= 0);
-            const Colour colour = picture.colour != Colour::unknown ? picture.colour : colours >= 3 ? Colour::sRgb : Colour::grey;
+            const Colour colour = picture.colour != Colour::unknown ? picture.colour
+                                  : colours >= 3                    ? Colour::sRgb
+                                                                    : Colour::grey;
             BoxWriter colr(file, fourcc("colr"));
             colr->u8(1);
             colr->u16(0);
@@ -237,7 +244,8 @@ std::vector<std::uint8_t> writeBoxes(const Picture& picture, std::size_t codestr
     ByteWriter out(file);
     if (codestreamSize + 8 > 0xFFFFFFFF) {
         out.u32(0); // to the end of the file
-    } else out.u32(std::uint32_t(codestreamSize + 8));
+    } else
+        out.u32(std::uint32_t(codestreamSize + 8));
     out.u32(fourcc("jp2c"));
     return file;
 }

@@ -13,7 +13,7 @@ struct Boxes {
     std::vector<std::string> warnings;
     std::uint32_t enumeratedColour = 0; // 0: none is told
     struct Palette {
-        std::vector<std::uint8_t> depths; // of its columns, sign in bit 7
+        std::vector<std::uint8_t> depths;  // of its columns, sign in bit 7
         std::vector<std::int32_t> entries; // row by row
     } palette;
     struct Mapping {

@@ -47,7 +47,8 @@ void readTilePart(ByteReader& in, Span file, std::size_t begin, Segment sot, Cod
     ByteReader head(sot.content, "SOT");
     const int index = head.u16();
     const std::uint32_t length = head.u32();
-    if (index >= stream.size.tiles()) throw Error("a tile-part of tile " + std::to_string(index) + ", which is not there");
+    if (index >= stream.size.tiles())
+        throw Error("a tile-part of tile " + std::to_string(index) + ", which is not there");
     TileData& tile = stream.tiles[index];
     for (;;) {
         const Segment s = readSegment(in);
@@ -58,7 +59,8 @@ void readTilePart(ByteReader& in, Span file, std::size_t begin, Segment sot, Cod
     // A length of 0 stands for all that is left.
     const std::size_t from = in.position();
     std::size_t to = length == 0 ? file.size : begin + length;
-    if (length == 0 && file.size >= from + 2 && file.data[file.size - 2] == 0xFF && file.data[file.size - 1] == 0xD9) to -= 2;
+    if (length == 0 && file.size >= from + 2 && file.data[file.size - 2] == 0xFF && file.data[file.size - 1] == 0xD9)
+        to -= 2;
     if (to < from) throw Error("a tile-part that is shorter than its header");
     const bool cut = to > file.size;
     to = std::min(to, file.size);

@@ -1,7 +1,7 @@
 // commands.cpp - zmx j2k: the codec behind files.
+#include "zmx/commands.h"
 #include "image/image.h"
 #include "jpeg2000/jpeg2000.h"
-#include "zmx/commands.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -60,7 +60,8 @@ Image toImage(const Picture& picture) {
         const int own = (1 << c.depth) - 1, up = -c.smallest();
         for (int y = 0; y < height; ++y) {
             std::uint16_t* row = image.row(y);
-            const std::int32_t* src = c.samples.data() + std::size_t(std::min(y * dy / c.dy, c.height - 1)) * std::size_t(c.width);
+            const std::int32_t* src =
+                c.samples.data() + std::size_t(std::min(y * dy / c.dy, c.height - 1)) * std::size_t(c.width);
             for (int x = 0; x < width; ++x) {
                 const std::int64_t v = src[std::min(x * dx / c.dx, c.width - 1)] + up;
                 row[x * channels + k] = std::uint16_t(c.depth == depth ? v : (v * image.maxval + own / 2) / own);
@@ -77,8 +78,8 @@ struct EncodeArguments {
     std::string in, out, order = "LRCP", packed;
     jpeg2000::EncodeOptions options;
     std::vector<int> block{64, 64}, changes, tile, precincts, origin, tileOrigin, sampling;
-    bool lossy = false, noColour = false, asSigned = false, bypass = false, reset = false, terminate = false, causal = false,
-         predictable = false, symbols = false;
+    bool lossy = false, noColour = false, asSigned = false, bypass = false, reset = false, terminate = false,
+         causal = false, predictable = false, symbols = false;
 };
 
 Picture toPicture(const Image& image, const EncodeArguments& args) {
@@ -106,7 +107,10 @@ Picture toPicture(const Image& image, const EncodeArguments& args) {
         c.height = ceilDiv(picture.y1, c.dy) - top;
         for (int y = 0; y < c.height; ++y)
             for (int x = 0; x < c.width; ++x)
-                c.samples.push_back(image.row((top + y) * c.dy - int(picture.y0))[((left + x) * c.dx - int(picture.x0)) * image.channels + k] - down);
+                c.samples.push_back(
+                    image.row((top + y) * c.dy -
+                              int(picture.y0))[((left + x) * c.dx - int(picture.x0)) * image.channels + k] -
+                    down);
         picture.components.push_back(std::move(c));
     }
     if (image.channels % 2 == 0 && !image.cmyk) picture.alpha = image.channels - 1;
@@ -119,7 +123,8 @@ void runEncode(EncodeArguments& args) {
     o.colourTransform = !args.noColour;
     o.blockWidth = args.block[0];
     o.blockHeight = args.block[1];
-    for (std::size_t i = 0; i + 1 < args.precincts.size(); i += 2) o.precincts.push_back({args.precincts[i], args.precincts[i + 1]});
+    for (std::size_t i = 0; i + 1 < args.precincts.size(); i += 2)
+        o.precincts.push_back({args.precincts[i], args.precincts[i + 1]});
     if (!args.tile.empty()) {
         o.tileWidth = std::uint32_t(args.tile[0]);
         o.tileHeight = std::uint32_t(args.tile[1]);
@@ -132,15 +137,17 @@ void runEncode(EncodeArguments& args) {
         if (r == 0) r = std::numeric_limits<double>::infinity();
     using namespace jpeg2000;
     o.progression = Progression(std::find(std::begin(orders), std::end(orders), args.order) - orders);
-    o.packedHeaders = args.packed == "main" ? PackedHeaders::main : args.packed == "tile" ? PackedHeaders::tile : PackedHeaders::none;
+    o.packedHeaders = args.packed == "main"   ? PackedHeaders::main
+                      : args.packed == "tile" ? PackedHeaders::tile
+                                              : PackedHeaders::none;
     for (std::size_t i = 0; i + 5 < args.changes.size(); i += 6) {
         const int* p = &args.changes[i];
         if (p[5] < 0 || p[5] > 4) throw Error("a progression change of an unknown order");
         o.changes.push_back({p[0], p[1], p[2], p[3], p[4], Progression(p[5])});
     }
-    o.style = (args.bypass ? styleBypass : 0u) | (args.reset ? styleReset : 0u) | (args.terminate ? styleTerminateAll : 0u) |
-              (args.causal ? styleCausal : 0u) | (args.predictable ? stylePredictable : 0u) |
-              (args.symbols ? styleSegmentation : 0u);
+    o.style = (args.bypass ? styleBypass : 0u) | (args.reset ? styleReset : 0u) |
+              (args.terminate ? styleTerminateAll : 0u) | (args.causal ? styleCausal : 0u) |
+              (args.predictable ? stylePredictable : 0u) | (args.symbols ? styleSegmentation : 0u);
     o.jp2 = args.out.size() < 4 || args.out.substr(args.out.size() - 4) == ".jp2";
     const Image image = readImage(args.in);
     writeBytes(args.out, naming(args.in, [&] { return jpeg2000::encode(toPicture(image, args), o); }));
@@ -155,7 +162,8 @@ void runDecode(const DecodeArguments& args) {
     const std::vector<std::uint8_t> file = readBytes(args.in);
     const Picture picture = naming(args.in, [&] { return jpeg2000::decode(file.data(), file.size(), args.options); });
     writeImage(args.out, toImage(picture));
-    for (const std::string& w : picture.warnings) std::fprintf(stderr, "zmx: %s: warning: %s\n", args.in.c_str(), w.c_str());
+    for (const std::string& w : picture.warnings)
+        std::fprintf(stderr, "zmx: %s: warning: %s\n", args.in.c_str(), w.c_str());
     if (args.strict && !picture.warnings.empty()) throw jpeg2000::Error(args.in + ": not a sound file");
 }
 
@@ -170,26 +178,41 @@ void addEncode(CLI::App& app) {
     const auto args = std::make_shared<EncodeArguments>();
     jpeg2000::EncodeOptions& o = args->options;
     c->add_option("IN", args->in, kPictureFile)->required();
-    c->add_option("OUT", args->out, "the file; .jp2 has boxes around the codestream, others are the codestream alone")->required();
+    c->add_option("OUT", args->out, "the file; .jp2 has boxes around the codestream, others are the codestream alone")
+        ->required();
     c->add_flag("--lossy", args->lossy, "9/7 wavelet and ICT; otherwise 5/3 and RCT, lossless unless layers are cut");
-    auto* rate = c->add_option("--rate", o.rates, "bits a pixel, one number for each layer, rising; 0: everything")->delimiter(',');
+    auto* rate = c->add_option("--rate", o.rates, "bits a pixel, one number for each layer, rising; 0: everything")
+                     ->delimiter(',');
     c->add_option("--psnr", o.psnrs, "dB, one number for each layer, rising")->delimiter(',')->excludes(rate);
     c->add_option("--levels", o.levels, "wavelet levels")->capture_default_str()->check(CLI::Range(0, 32));
-    c->add_option("--block", args->block, "code block: WIDTH,HEIGHT, powers of 2")->delimiter(',')->expected(2)->capture_default_str();
+    c->add_option("--block", args->block, "code block: WIDTH,HEIGHT, powers of 2")
+        ->delimiter(',')
+        ->expected(2)
+        ->capture_default_str();
     c->add_option("--precincts", args->precincts, "WIDTH,HEIGHT,... from the highest resolution down")->delimiter(',');
     c->add_option("--tile", args->tile, "WIDTH,HEIGHT")->delimiter(',')->expected(2);
-    c->add_option("--origin", args->origin, "of the image area: X,Y")->delimiter(',')->expected(2)->check(CLI::Range(0, 1 << 29));
-    c->add_option("--tile-origin", args->tileOrigin, "of the grid of tiles: X,Y")->delimiter(',')->expected(2)->check(CLI::Range(0, 1 << 29));
+    c->add_option("--origin", args->origin, "of the image area: X,Y")
+        ->delimiter(',')
+        ->expected(2)
+        ->check(CLI::Range(0, 1 << 29));
+    c->add_option("--tile-origin", args->tileOrigin, "of the grid of tiles: X,Y")
+        ->delimiter(',')
+        ->expected(2)
+        ->check(CLI::Range(0, 1 << 29));
     c->add_option("--sampling", args->sampling, "of the second and third component: DX,DY")
         ->delimiter(',')
         ->expected(2)
         ->check(CLI::Range(1, 255));
-    c->add_option("--order", args->order, "progression")->capture_default_str()->check(CLI::IsMember(std::vector<std::string>(std::begin(orders), std::end(orders))));
-    c->add_option("--changes", args->changes,
-                  "of the progression, six numbers each: first resolution, first component, layer, resolution and component "
-                  "to stop at, order 0 to 4 in the sequence above")
+    c->add_option("--order", args->order, "progression")
+        ->capture_default_str()
+        ->check(CLI::IsMember(std::vector<std::string>(std::begin(orders), std::end(orders))));
+    c->add_option(
+         "--changes", args->changes,
+         "of the progression, six numbers each: first resolution, first component, layer, resolution and component "
+         "to stop at, order 0 to 4 in the sequence above")
         ->delimiter(',');
-    c->add_option("--packed-headers", args->packed, "keep packet headers apart from packets")->check(CLI::IsMember({"main", "tile"}));
+    c->add_option("--packed-headers", args->packed, "keep packet headers apart from packets")
+        ->check(CLI::IsMember({"main", "tile"}));
     c->add_flag("--no-colour-transform", args->noColour, "code the components as they are");
     c->add_flag("--signed", args->asSigned, "store samples around 0");
     c->add_flag("--bypass", args->bypass, "code-block style: raw passes from the fifth plane on");
@@ -201,8 +224,12 @@ void addEncode(CLI::App& app) {
     c->add_flag("--sop", o.sop, "a marker before each packet");
     c->add_flag("--eph", o.eph, "a marker behind each packet header");
     c->add_flag("--tile-parts", o.tilePartsByResolution, "a tile-part for each run of packets of one resolution");
-    c->add_option("--step", o.baseStep, "quantiser step of 8-bit samples, 1/64 to 64; 0: 1, less for a high --psnr")->capture_default_str()->check(CLI::Range(0.0, 64.0));
-    c->add_option("--threads", o.threads, "0: one for each processor")->capture_default_str()->check(CLI::Range(0, 256));
+    c->add_option("--step", o.baseStep, "quantiser step of 8-bit samples, 1/64 to 64; 0: 1, less for a high --psnr")
+        ->capture_default_str()
+        ->check(CLI::Range(0.0, 64.0));
+    c->add_option("--threads", o.threads, "0: one for each processor")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 256));
     c->footer("Examples:\n"
               "  zmx j2k encode scan.pgm scan.jp2\n"
               "  zmx j2k encode photo.png photo.jp2 --lossy --rate 0.25,0.5,1\n"
@@ -215,10 +242,16 @@ void addDecode(CLI::App& app) {
     const auto args = std::make_shared<DecodeArguments>();
     c->add_option("IN", args->in, "a JP2 file or a codestream of Part 1")->required();
     c->add_option("OUT", args->out, "a " + kPictureEndings + " file")->required();
-    c->add_option("--reduce", args->options.reduce, "halve the size so many times")->capture_default_str()->check(CLI::Range(0, 32));
-    c->add_option("--layers", args->options.layers, "decode so many layers; 0: all")->capture_default_str()->check(CLI::Range(0, 65535));
+    c->add_option("--reduce", args->options.reduce, "halve the size so many times")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 32));
+    c->add_option("--layers", args->options.layers, "decode so many layers; 0: all")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 65535));
     c->add_option("--max-pixels", args->options.maxPixels, "refuse files of more samples")->capture_default_str();
-    c->add_option("--threads", args->options.threads, "0: one for each processor")->capture_default_str()->check(CLI::Range(0, 256));
+    c->add_option("--threads", args->options.threads, "0: one for each processor")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 256));
     c->add_flag("--strict", args->strict, "fail when a part of the file is damaged or missing");
     c->footer("Examples:\n"
               "  zmx j2k decode photo.jp2 photo.png\n"

@@ -35,14 +35,14 @@ void irreversible(std::vector<Plane>& planes, int depth, Fixed fixed, Float floa
     std::vector<Zmx32f> floats[3];
     for (std::size_t c = 0; c < 3; ++c) {
         floats[c].resize(count);
-        std::transform(planes[c].samples.begin(), planes[c].samples.end(), floats[c].begin(), [](std::int32_t v) { return Zmx32f(v); });
+        std::transform(planes[c].samples.begin(), planes[c].samples.end(), floats[c].begin(),
+                       [](std::int32_t v) { return Zmx32f(v); });
     }
     Zmx32f* const p[3] = {floats[0].data(), floats[1].data(), floats[2].data()};
     floating(p, planes[0].stride(), size);
     for (std::size_t c = 0; c < 3; ++c)
-        std::transform(floats[c].begin(), floats[c].end(), planes[c].samples.begin(), [](Zmx32f v) {
-            return std::int32_t(std::clamp(v, -2147483000.0f, 2147483000.0f));
-        });
+        std::transform(floats[c].begin(), floats[c].end(), planes[c].samples.begin(),
+                       [](Zmx32f v) { return std::int32_t(std::clamp(v, -2147483000.0f, 2147483000.0f)); });
 }
 
 } // namespace

@@ -55,8 +55,8 @@ class Decoder {
     // How much a component is reduced: no more than it has levels.
     int reduction(const CodingStyle& style) const { return std::min(options.reduce, style.levels); }
 
-    void decodeBlocks(const Tile& tile, const HeaderSet& headers, const PacketReader& reader, std::vector<Plane>& planes,
-                      int index) {
+    void decodeBlocks(const Tile& tile, const HeaderSet& headers, const PacketReader& reader,
+                      std::vector<Plane>& planes, int index) {
         struct Job {
             std::size_t component, block;
         };
@@ -74,7 +74,8 @@ class Decoder {
             const Orientation o = tc.resolutions[block.resolution].bands[block.band].orientation;
             const BandCoding coding = bandCoding(headers.coding[c], headers.quant[c], headers.roiShift[c],
                                                  stream.size.components[c].depth, block.resolution, block.band, o);
-            if (!blockDecoders[std::size_t(thread)].decode(reader.blocks[c][b], block, o, headers.coding[c].style, coding, planes[c]))
+            if (!blockDecoders[std::size_t(thread)].decode(reader.blocks[c][b], block, o, headers.coding[c].style,
+                                                           coding, planes[c]))
                 ++damaged;
         });
         if (damaged > 0) warn(index, std::to_string(damaged) + " damaged code blocks");
@@ -109,7 +110,8 @@ class Decoder {
             Plane thin(at.width(), at.height());
             for (int y = 0; y < thin.height; ++y)
                 for (int x = 0; x < thin.width; ++x)
-                    *thin.at(x, y) = *plane.at(int(((at.x0 + x) << more) - have.x0), int(((at.y0 + y) << more) - have.y0));
+                    *thin.at(x, y) =
+                        *plane.at(int(((at.x0 + x) << more) - have.x0), int(((at.y0 + y) << more) - have.y0));
             plane = std::move(thin);
         }
         fromPlane(plane, picture.components[c], int(at.x0 - whole.x0), int(at.y0 - whole.y0),
@@ -148,8 +150,10 @@ public:
         parallelFor(planes.size(), threads, [&](std::size_t c, int) {
             if (headers.coding[c].reversible) inverse(tile, headers, c, planes[c], 1);
         });
-        if (coloured(headers, planes)) inverseColour(planes, headers.coding[0].reversible, stream.size.components[0].depth);
-        else if (headers.tile.colourTransform) warn(index, "a component transform of components that differ is left out");
+        if (coloured(headers, planes))
+            inverseColour(planes, headers.coding[0].reversible, stream.size.components[0].depth);
+        else if (headers.tile.colourTransform)
+            warn(index, "a component transform of components that differ is left out");
         parallelFor(planes.size(), threads, [&](std::size_t c, int) { place(tile, headers, c, planes[c]); });
     }
 };
@@ -191,7 +195,8 @@ Picture decodeCodestream(Span file, const DecodeOptions& options) {
 } // namespace
 
 Picture decode(const std::uint8_t* data, std::size_t size, const DecodeOptions& options) {
-    if (options.reduce < 0 || options.reduce > maxLevels || options.layers < 0) throw Error("no such resolution or layer");
+    if (options.reduce < 0 || options.reduce > maxLevels || options.layers < 0)
+        throw Error("no such resolution or layer");
     const Boxes boxes = readBoxes({data, size});
     Picture picture = decodeCodestream(boxes.codestream, options);
     applyBoxes(boxes, picture);

@@ -25,18 +25,30 @@ const char* nameOf(Progression p) {
 
 const char* nameOf(int marker) {
     switch (marker) {
-    case COD: return "COD";
-    case COC: return "COC";
-    case QCD: return "QCD";
-    case QCC: return "QCC";
-    case RGN: return "RGN";
-    case POC: return "POC";
-    case TLM: return "TLM";
-    case PLM: return "PLM";
-    case PPM: return "PPM";
-    case CRG: return "CRG";
-    case COM: return "COM";
-    default: return "other";
+    case COD:
+        return "COD";
+    case COC:
+        return "COC";
+    case QCD:
+        return "QCD";
+    case QCC:
+        return "QCC";
+    case RGN:
+        return "RGN";
+    case POC:
+        return "POC";
+    case TLM:
+        return "TLM";
+    case PLM:
+        return "PLM";
+    case PPM:
+        return "PPM";
+    case CRG:
+        return "CRG";
+    case COM:
+        return "COM";
+    default:
+        return "other";
     }
 }
 
@@ -44,8 +56,8 @@ void describeComponent(std::string& text, const Codestream& s, std::size_t c) {
     const SizComponent& k = s.size.components[c];
     const CodingStyle& style = s.main.coding[c];
     const Quantization& q = s.main.quant[c];
-    print(text, "component %zu: %d bits %s, sampling %d,%d, %s wavelet of %d levels, blocks %d x %d, style 0x%02x, ", c, k.depth,
-          k.isSigned ? "signed" : "unsigned", k.dx, k.dy, style.reversible ? "5/3" : "9/7", style.levels,
+    print(text, "component %zu: %d bits %s, sampling %d,%d, %s wavelet of %d levels, blocks %d x %d, style 0x%02x, ", c,
+          k.depth, k.isSigned ? "signed" : "unsigned", k.dx, k.dy, style.reversible ? "5/3" : "9/7", style.levels,
           1 << style.blockWidthLog, 1 << style.blockHeightLog, style.style);
     static const char* const kinds[] = {"no quantisation", "derived steps", "expounded steps"};
     print(text, "%s, %d guard bits", kinds[q.kind], q.guardBits);
@@ -60,12 +72,13 @@ std::string describe(const std::uint8_t* data, std::size_t size) {
     const Boxes boxes = readBoxes({data, size});
     if (boxes.jp2)
         print(text, "JP2 file: enumerated colour space %u, %zu palette entries, %zu channel definitions\n",
-              boxes.enumeratedColour, boxes.palette.depths.empty() ? 0 : boxes.palette.entries.size() / boxes.palette.depths.size(),
+              boxes.enumeratedColour,
+              boxes.palette.depths.empty() ? 0 : boxes.palette.entries.size() / boxes.palette.depths.size(),
               boxes.channels.size());
     const Codestream s = readCodestream(boxes.codestream, std::size_t(1) << 62);
     const ImageSize& z = s.size;
-    print(text, "image area %u,%u to %u,%u; %d x %d tiles of %u x %u from %u,%u; %zu components\n", z.x0, z.y0, z.x1, z.y1,
-          z.tilesAcross(), z.tilesDown(), z.tileWidth, z.tileHeight, z.tileX, z.tileY, z.components.size());
+    print(text, "image area %u,%u to %u,%u; %d x %d tiles of %u x %u from %u,%u; %zu components\n", z.x0, z.y0, z.x1,
+          z.y1, z.tilesAcross(), z.tilesDown(), z.tileWidth, z.tileHeight, z.tileX, z.tileY, z.components.size());
     print(text, "%s, %d layers, %s component transform%s%s\n", nameOf(s.main.tile.progression), s.main.tile.layers,
           s.main.tile.colourTransform ? "with" : "no", s.main.tile.sop ? ", SOP" : "", s.main.tile.eph ? ", EPH" : "");
     for (std::size_t c = 0; c < z.components.size() && c < 32; ++c) describeComponent(text, s, c);

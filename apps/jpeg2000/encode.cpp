@@ -37,7 +37,8 @@ ImageSize sizeOf(const Picture& p, const EncodeOptions& o) {
     // What the decoder refuses, the encoder does not write.
     std::vector<std::uint8_t> bytes;
     ByteWriter out(bytes);
-    need(!p.components.empty() && p.components.size() <= std::size_t(maxComponents), "no components, or more than 16384");
+    need(!p.components.empty() && p.components.size() <= std::size_t(maxComponents),
+         "no components, or more than 16384");
     writeSiz(out, s);
     readSiz({bytes.data() + 4, bytes.size() - 4}, ~std::size_t(0));
     for (const Component& c : p.components) {
@@ -131,7 +132,8 @@ class Encoder {
             const Rect whole = componentRect({size.x0, size.y0, size.x1, size.y1}, size.components[c]);
             const Rect& r = tile.components[c].rect;
             if (!r.empty())
-                toPlane(from, int(r.x0 - whole.x0), int(r.y0 - whole.y0), planes[c], planeFraction(options.reversible, from.depth));
+                toPlane(from, int(r.x0 - whole.x0), int(r.y0 - whole.y0), planes[c],
+                        planeFraction(options.reversible, from.depth));
         });
         if (headers.tile.colourTransform) forwardColour(planes, options.reversible, picture.components[0].depth);
         const auto transform = [&](std::size_t c, int team) {
@@ -139,7 +141,8 @@ class Encoder {
                 forwardWavelet(planes[c], tile.components[c].resolutions[std::size_t(r)].rect,
                                filterOf(options.reversible, picture.components[c].depth), team);
         };
-        if (options.reversible) parallelFor(planes.size(), threads, [&](std::size_t c, int) { transform(c, 1); });
+        if (options.reversible)
+            parallelFor(planes.size(), threads, [&](std::size_t c, int) { transform(c, 1); });
         else
             for (std::size_t c = 0; c < planes.size(); ++c) transform(c, threads);
         return planes;
@@ -159,11 +162,13 @@ class Encoder {
             const Block& block = tc.blocks[b];
             const Orientation o = tc.resolutions[block.resolution].bands[block.band].orientation;
             const int depth = picture.components[c].depth;
-            const BandCoding coding = bandCoding(headers.coding[c], headers.quant[c], 0, depth, block.resolution, block.band, o);
+            const BandCoding coding =
+                bandCoding(headers.coding[c], headers.quant[c], 0, depth, block.resolution, block.band, o);
             auto& encoder = blockEncoders[std::size_t(thread)];
             if (!encoder) encoder = std::make_unique<BlockEncoder>(options.blockWidth, options.blockHeight);
             CodedBlock& coded = out.blocks[c][b] = encoder->encode(planes[c], block, o, options.style, coding);
-            const double step = options.reversible ? 1 : stepOf(headers.quant[c].step(block.resolution, block.band), depth, o);
+            const double step =
+                options.reversible ? 1 : stepOf(headers.quant[c].step(block.resolution, block.band), depth, o);
             const double colour = headers.tile.colourTransform && c < 3 ? colourNorm(options.reversible, c) : 1;
             const double error = step * colour * normOf(options.reversible, options.levels, block.resolution, o);
             coded.weight = error * error;
@@ -174,7 +179,8 @@ class Encoder {
     template <class Use> void forEachBlock(Use use) {
         for (EncodedTile& t : tiles)
             for (std::size_t c = 0; c < t.blocks.size(); ++c)
-                for (std::size_t b = 0; b < t.blocks[c].size(); ++b) use(c, t.layout.components[c].blocks[b], t.blocks[c][b]);
+                for (std::size_t b = 0; b < t.blocks[c].size(); ++b)
+                    use(c, t.layout.components[c].blocks[b], t.blocks[c][b]);
     }
 
     // As many guard bits as the largest coefficient asks for.
@@ -186,7 +192,8 @@ class Encoder {
         need(guard <= 7, "coefficients that do not fit their guard bits");
         for (Quantization& q : headers.quant) q.guardBits = guard;
         forEachBlock([&](std::size_t c, const Block& block, CodedBlock& coded) {
-            coded.zeroPlanes = guard + headers.quant[c].step(block.resolution, block.band).exponent - 1 - coded.bitPlanes;
+            coded.zeroPlanes =
+                guard + headers.quant[c].step(block.resolution, block.band).exponent - 1 - coded.bitPlanes;
         });
     }
 
@@ -198,7 +205,8 @@ class Encoder {
         writeCod(out, headers.tile, headers.coding[0]);
         writeQcd(out, headers.quant[0]);
         for (std::size_t c = 1; c < headers.quant.size(); ++c)
-            if (picture.components[c].depth != picture.components[0].depth) writeQcc(out, headers.quant[c], c, headers.quant.size());
+            if (picture.components[c].depth != picture.components[0].depth)
+                writeQcc(out, headers.quant[c], c, headers.quant.size());
         if (!headers.changes.empty()) writePoc(out, headers.changes, headers.coding.size());
         return bytes;
     }
@@ -313,7 +321,8 @@ class Encoder {
 
 public:
     Encoder(const Picture& p, const EncodeOptions& o)
-        : picture(p), options(o), threads(threadCount(o.threads)), size(sizeOf(p, o)), blockEncoders(std::size_t(threads)) {
+        : picture(p), options(o), threads(threadCount(o.threads)), size(sizeOf(p, o)),
+          blockEncoders(std::size_t(threads)) {
         const std::size_t layers = std::max({o.rates.size(), o.psnrs.size(), std::size_t(1)});
         need(layers <= std::size_t(maxLayers), "more than 65535 layers");
         need(o.baseStep == 0 || (o.baseStep >= 1.0 / 64 && o.baseStep <= 64), "a step size that is not 1/64 to 64");

@@ -54,7 +54,8 @@ class Layout {
         res.precinctsAcross = int(across);
         res.precinctsDown = int(down);
         res.precincts.resize(std::size_t(across * down));
-        const int wLog = std::min(style.blockWidthLog, pw - halving), hLog = std::min(style.blockHeightLog, ph - halving);
+        const int wLog = std::min(style.blockWidthLog, pw - halving),
+                  hLog = std::min(style.blockHeightLog, ph - halving);
         for (std::int64_t j = 0; j < down; ++j)
             for (std::int64_t i = 0; i < across; ++i) {
                 const int w = pw - halving, h = ph - halving;
@@ -95,7 +96,8 @@ public:
 
 Rect tileRect(const ImageSize& s, int index) {
     const std::int64_t p = index % s.tilesAcross(), q = index / s.tilesAcross();
-    return {std::max<std::int64_t>(s.tileX + p * s.tileWidth, s.x0), std::max<std::int64_t>(s.tileY + q * s.tileHeight, s.y0),
+    return {std::max<std::int64_t>(s.tileX + p * s.tileWidth, s.x0),
+            std::max<std::int64_t>(s.tileY + q * s.tileHeight, s.y0),
             std::min<std::int64_t>(s.tileX + (p + 1) * s.tileWidth, s.x1),
             std::min<std::int64_t>(s.tileY + (q + 1) * s.tileHeight, s.y1)};
 }

@@ -62,25 +62,26 @@ struct ProgressionChange {
 enum class PackedHeaders { none, main, tile };
 
 struct EncodeOptions {
-    bool reversible = true;       // 5/3 and RCT; otherwise 9/7 and ICT
-    int levels = 5;               // wavelet levels, 0 to 32
+    bool reversible = true; // 5/3 and RCT; otherwise 9/7 and ICT
+    int levels = 5;         // wavelet levels, 0 to 32
     int blockWidth = 64, blockHeight = 64;
-    std::vector<std::pair<int, int>> precincts = {}; // widths and heights, highest resolution first; the last one goes on
+    std::vector<std::pair<int, int>> precincts =
+        {}; // widths and heights, highest resolution first; the last one goes on
     Progression progression = Progression::LRCP;
-    unsigned style = 0;           // an or of BlockStyle
-    bool colourTransform = true;  // of the first three components, where their shapes agree
+    unsigned style = 0;                          // an or of BlockStyle
+    bool colourTransform = true;                 // of the first three components, where their shapes agree
     std::uint32_t tileWidth = 0, tileHeight = 0; // 0: one tile
     std::uint32_t tileX = 0, tileY = 0;          // origin of the grid of tiles
     bool sop = false, eph = false;
-    bool tilePartsByResolution = false; // begin a tile-part where the resolution changes (R-first orders)
+    bool tilePartsByResolution = false;          // begin a tile-part where the resolution changes (R-first orders)
     std::vector<ProgressionChange> changes = {}; // of the progression; together they hold every packet
     PackedHeaders packedHeaders = PackedHeaders::none;
     // What the layers hold, the smallest first: bits a pixel, or dB. Empty: one layer of everything. An infinite
     // last entry stands for everything.
     std::vector<double> rates = {}, psnrs = {};
-    double baseStep = 0;     // quantiser step of 8-bit samples at a basis function of norm 1; 0: by what is asked
-    bool jp2 = true;         // JP2 boxes around the codestream
-    int threads = 0;         // 0: one a processor. The bytes do not depend on it
+    double baseStep = 0; // quantiser step of 8-bit samples at a basis function of norm 1; 0: by what is asked
+    bool jp2 = true;     // JP2 boxes around the codestream
+    int threads = 0;     // 0: one a processor. The bytes do not depend on it
 };
 std::vector<std::uint8_t> encode(const Picture& picture, const EncodeOptions& options = {});
 

@@ -59,8 +59,7 @@ Progression progressionOf(int v) {
 } // namespace
 
 StepSize Quantization::step(int resolution, int band) const {
-    if (kind == derived)
-        return {std::max(steps[0].exponent - std::max(resolution - 1, 0), 0), steps[0].mantissa};
+    if (kind == derived) return {std::max(steps[0].exponent - std::max(resolution - 1, 0), 0), steps[0].mantissa};
     const auto index = std::size_t(resolution == 0 ? 0 : 3 * (resolution - 1) + 1 + band);
     need(index < steps.size(), "a quantisation without a step size for each band");
     return steps[index];
@@ -79,7 +78,8 @@ ImageSize readSiz(Span content, std::size_t maxPixels) {
     s.tileX = in.u32();
     s.tileY = in.u32();
     const int components = in.u16();
-    need(s.x0 < s.x1 && s.y0 < s.y1 && s.x1 <= 0x7FFFFFFF && s.y1 <= 0x7FFFFFFF, "an image area that is empty or too large");
+    need(s.x0 < s.x1 && s.y0 < s.y1 && s.x1 <= 0x7FFFFFFF && s.y1 <= 0x7FFFFFFF,
+         "an image area that is empty or too large");
     need(s.tileWidth > 0 && s.tileHeight > 0 && s.tileX <= s.x0 && s.tileY <= s.y0 &&
              std::uint64_t(s.tileX) + s.tileWidth > s.x0 && std::uint64_t(s.tileY) + s.tileHeight > s.y0,
          "a grid of tiles that does not fit the image area");
@@ -98,7 +98,8 @@ ImageSize readSiz(Span content, std::size_t maxPixels) {
         need(k.dx > 0 && k.dy > 0, "a component with a sampling of 0");
         need(k.depth <= 16, "a component of more than 16 bits");
         const auto extent = [](std::uint32_t a, std::uint32_t b, int d) {
-            return (std::uint64_t(b) + unsigned(d) - 1) / unsigned(d) - (std::uint64_t(a) + unsigned(d) - 1) / unsigned(d);
+            return (std::uint64_t(b) + unsigned(d) - 1) / unsigned(d) -
+                   (std::uint64_t(a) + unsigned(d) - 1) / unsigned(d);
         };
         samples += extent(s.x0, s.x1, k.dx) * extent(s.y0, s.y1, k.dy);
         need(samples <= maxPixels, "more samples than allowed (--max-pixels)");
@@ -179,7 +180,8 @@ void HeaderReader::take(int marker, Span content) {
         }
         break;
     }
-    default: break;
+    default:
+        break;
     }
 }
 
@@ -219,7 +221,8 @@ int stepBytes(const Quantization& q) { return q.kind == Quantization::none ? 1 :
 void writeSteps(ByteWriter& out, const Quantization& q) {
     out.u8(unsigned(q.kind) | unsigned(q.guardBits) << 5);
     for (const StepSize& s : q.steps)
-        out.number(unsigned(q.kind == Quantization::none ? s.exponent << 3 : s.exponent << 11 | s.mantissa), stepBytes(q));
+        out.number(unsigned(q.kind == Quantization::none ? s.exponent << 3 : s.exponent << 11 | s.mantissa),
+                   stepBytes(q));
 }
 
 } // namespace

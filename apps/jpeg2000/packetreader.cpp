@@ -23,8 +23,8 @@ void skipMarker(Span& s, int marker, std::size_t size) {
 
 } // namespace
 
-PacketReader::PacketReader(const Tile& layout, const HeaderSet& set, Span data, Span packedHeaders, bool headersArePacked,
-                           int layers, int reduceBy)
+PacketReader::PacketReader(const Tile& layout, const HeaderSet& set, Span data, Span packedHeaders,
+                           bool headersArePacked, int layers, int reduceBy)
     : tile(layout), headers(set), body(data), packed(packedHeaders), hasPacked(headersArePacked), maxLayers(layers),
       reduce(reduceBy) {
     for (const TileComponent& c : tile.components) {
@@ -34,8 +34,8 @@ PacketReader::PacketReader(const Tile& layout, const HeaderSet& set, Span data, 
     }
 }
 
-void PacketReader::readBlock(BitReader& bits, BlockStream& block, TagTree& inclusion, TagTree& zeroPlanes, std::size_t leaf,
-                             int layer, unsigned style) {
+void PacketReader::readBlock(BitReader& bits, BlockStream& block, TagTree& inclusion, TagTree& zeroPlanes,
+                             std::size_t leaf, int layer, unsigned style) {
     if (!(block.included ? bits.bit() : inclusion.below(leaf, layer + 1, bits))) return;
     if (!block.included) {
         int n = 1;
@@ -49,8 +49,9 @@ void PacketReader::readBlock(BitReader& bits, BlockStream& block, TagTree& inclu
     while (bits.bit())
         if (++block.lengthBits > 31) throw Error("a code block with too long a length");
     while (passes > 0) {
-        int room = block.codewords.empty() ? 0 : segmentPasses(style, block.passes - block.codewords.back().passes) -
-                                                     block.codewords.back().passes;
+        int room = block.codewords.empty() ? 0
+                                           : segmentPasses(style, block.passes - block.codewords.back().passes) -
+                                                 block.codewords.back().passes;
         if (room <= 0) {
             block.codewords.emplace_back();
             room = segmentPasses(style, block.passes);
@@ -93,7 +94,8 @@ void PacketReader::readBody(bool keep) {
             block.codewords[c.codeword].length += c.length;
             if (!block.pieces.empty() && block.pieces.back().data + block.pieces.back().size == body.data)
                 block.pieces.back().size += std::size_t(c.length);
-            else if (c.length > 0) block.pieces.push_back({body.data, std::size_t(c.length)});
+            else if (c.length > 0)
+                block.pieces.push_back({body.data, std::size_t(c.length)});
         }
         body = {body.data + c.length, body.size - std::size_t(c.length)};
     }

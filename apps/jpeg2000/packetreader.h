@@ -44,8 +44,8 @@ public:
 
     // With packed packet headers `body` holds the rest. Layers from maxLayers on and the `reduce` highest
     // resolutions are passed over.
-    PacketReader(const Tile& layout, const HeaderSet& set, Span data, Span packedHeaders, bool headersArePacked, int layers,
-                 int reduceBy);
+    PacketReader(const Tile& layout, const HeaderSet& set, Span data, Span packedHeaders, bool headersArePacked,
+                 int layers, int reduceBy);
     // Reads the next packet; false at the end of the data.
     bool read(const PacketId& id);
 };

@@ -12,7 +12,7 @@ namespace jpeg2000 {
 inline int segmentPasses(unsigned style, int first) {
     if (style & styleTerminateAll) return 1;
     if (!(style & styleBypass)) return 1 << 20;
-    if (first < 10) return 10 - first;   // four planes of MQ passes
+    if (first < 10) return 10 - first;    // four planes of MQ passes
     return (first - 10) % 3 == 0 ? 2 : 1; // two raw ones, a cleanup
 }
 

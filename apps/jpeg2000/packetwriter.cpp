@@ -9,14 +9,21 @@ namespace jpeg2000 {
 namespace {
 
 void writePassCount(BitWriter& bits, int n) {
-    if (n == 1) bits.bits(0, 1);
-    else if (n == 2) bits.bits(2, 2);
-    else if (n <= 5) bits.bits(unsigned(3 << 2 | (n - 3)), 4);
-    else if (n <= 36) bits.bits(unsigned(15 << 5 | (n - 6)), 9);
-    else bits.bits(unsigned(511 << 7 | (n - 37)), 16);
+    if (n == 1)
+        bits.bits(0, 1);
+    else if (n == 2)
+        bits.bits(2, 2);
+    else if (n <= 5)
+        bits.bits(unsigned(3 << 2 | (n - 3)), 4);
+    else if (n <= 36)
+        bits.bits(unsigned(15 << 5 | (n - 6)), 9);
+    else
+        bits.bits(unsigned(511 << 7 | (n - 37)), 16);
 }
 
-std::uint32_t rateOf(const CodedBlock& b, int passes) { return passes == 0 ? 0 : b.passes[std::size_t(passes) - 1].rate; }
+std::uint32_t rateOf(const CodedBlock& b, int passes) {
+    return passes == 0 ? 0 : b.passes[std::size_t(passes) - 1].rate;
+}
 
 // Calls use(passes, bytes) for each codeword segment that has passes in [from, until).
 template <class Use> void forEachPart(const CodedBlock& b, int from, int until, Use use) {
@@ -90,8 +97,10 @@ std::size_t PacketWriter::writeHeader(const PacketId& id, std::vector<std::uint8
             const CodedBlock& block = tile.blocks[c][i];
             Progress& done = progress[c][i];
             const int until = block.layerPasses[layer];
-            if (done.passes > 0) bits.bit(until > done.passes);
-            else tree.inclusion[band].tell(leaf, id.layer + 1, bits);
+            if (done.passes > 0)
+                bits.bit(until > done.passes);
+            else
+                tree.inclusion[band].tell(leaf, id.layer + 1, bits);
             if (until == done.passes) return;
             if (done.passes == 0) tree.zeroPlanes[band].tell(leaf, block.zeroPlanes + 1, bits);
             body += writeBlock(bits, block, done, until);

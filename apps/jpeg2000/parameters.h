@@ -10,9 +10,26 @@
 namespace jpeg2000 {
 
 enum Marker : int {
-    SOC = 0xFF4F, SOT = 0xFF90, SOD = 0xFF93, EOC = 0xFFD9, SIZ = 0xFF51, COD = 0xFF52, COC = 0xFF53,
-    RGN = 0xFF5E, QCD = 0xFF5C, QCC = 0xFF5D, POC = 0xFF5F, TLM = 0xFF55, PLM = 0xFF57, PLT = 0xFF58,
-    PPM = 0xFF60, PPT = 0xFF61, SOP = 0xFF91, EPH = 0xFF92, CRG = 0xFF63, COM = 0xFF64
+    SOC = 0xFF4F,
+    SOT = 0xFF90,
+    SOD = 0xFF93,
+    EOC = 0xFFD9,
+    SIZ = 0xFF51,
+    COD = 0xFF52,
+    COC = 0xFF53,
+    RGN = 0xFF5E,
+    QCD = 0xFF5C,
+    QCC = 0xFF5D,
+    POC = 0xFF5F,
+    TLM = 0xFF55,
+    PLM = 0xFF57,
+    PLT = 0xFF58,
+    PPM = 0xFF60,
+    PPT = 0xFF61,
+    SOP = 0xFF91,
+    EPH = 0xFF92,
+    CRG = 0xFF63,
+    COM = 0xFF64
 };
 
 constexpr int maxComponents = 16384, maxLevels = 32, maxTiles = 65535, maxLayers = 65535;
@@ -25,7 +42,7 @@ struct SizComponent {
 };
 
 struct ImageSize {
-    std::uint32_t x0 = 0, y0 = 0, x1 = 0, y1 = 0;                 // image area
+    std::uint32_t x0 = 0, y0 = 0, x1 = 0, y1 = 0;                      // image area
     std::uint32_t tileX = 0, tileY = 0, tileWidth = 0, tileHeight = 0; // grid of tiles
     std::vector<SizComponent> components;
 
@@ -68,9 +85,9 @@ struct Quantization {
 // What the markers of one header say. A tile's set starts as a copy of the main header's.
 struct HeaderSet {
     TileStyle tile;
-    std::vector<CodingStyle> coding;   // by component
-    std::vector<Quantization> quant;   // by component
-    std::vector<int> roiShift;         // by component
+    std::vector<CodingStyle> coding; // by component
+    std::vector<Quantization> quant; // by component
+    std::vector<int> roiShift;       // by component
     std::vector<ProgressionChange> changes;
 };
 

@@ -49,10 +49,14 @@ std::vector<Place> placesOf(const ImageSize& size, const Tile& tile, std::vector
 using Key = std::tuple<std::int64_t, std::int64_t, std::int64_t, std::int64_t, std::size_t>;
 Key keyOf(Progression order, const Place& p) {
     switch (order) {
-    case Progression::RPCL: return {p.resolution, p.y, p.x, p.component, p.precinct};
-    case Progression::PCRL: return {p.y, p.x, p.component, p.resolution, p.precinct};
-    case Progression::CPRL: return {p.component, p.y, p.x, p.resolution, p.precinct};
-    default: return {p.resolution, p.component, 0, 0, p.precinct};
+    case Progression::RPCL:
+        return {p.resolution, p.y, p.x, p.component, p.precinct};
+    case Progression::PCRL:
+        return {p.y, p.x, p.component, p.resolution, p.precinct};
+    case Progression::CPRL:
+        return {p.component, p.y, p.x, p.resolution, p.precinct};
+    default:
+        return {p.resolution, p.component, 0, 0, p.precinct};
     }
 }
 

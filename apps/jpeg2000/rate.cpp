@@ -20,14 +20,17 @@ struct HullBlock {
     std::vector<HullPoint> hull; // of falling slopes
 
     const HullPoint* cut(double slope) const {
-        const auto end = std::partition_point(hull.begin(), hull.end(), [slope](const HullPoint& p) { return p.slope >= slope; });
+        const auto end =
+            std::partition_point(hull.begin(), hull.end(), [slope](const HullPoint& p) { return p.slope >= slope; });
         return end == hull.begin() ? nullptr : &end[-1];
     }
 };
 
 std::vector<HullPoint> hullOf(const CodedBlock& b) {
     std::vector<HullPoint> hull;
-    const auto rateAt = [&](std::size_t points) { return points == 0 ? 0.0 : double(b.passes[std::size_t(hull[points - 1].passes) - 1].rate); };
+    const auto rateAt = [&](std::size_t points) {
+        return points == 0 ? 0.0 : double(b.passes[std::size_t(hull[points - 1].passes) - 1].rate);
+    };
     const auto distortionAt = [&](std::size_t points) { return points == 0 ? 0.0 : hull[points - 1].distortion; };
     for (std::size_t i = 0; i < b.passes.size(); ++i) {
         const double distortion = b.passes[i].distortion * b.weight;
@@ -133,13 +136,17 @@ public:
 
 } // namespace
 
-void allocateLayers(std::vector<EncodedTile>& tiles, const ImageSize& size, const HeaderSet& headers, const RateTarget& target) {
+void allocateLayers(std::vector<EncodedTile>& tiles, const ImageSize& size, const HeaderSet& headers,
+                    const RateTarget& target) {
     Allocator allocator(tiles, size, headers);
     for (int layer = 0; layer < headers.tile.layers; ++layer) {
         const auto i = std::size_t(layer);
-        if (i < target.errors.size()) allocator.toError(layer, target.errors[i]);
-        else if (i < target.bytes.size() && std::isfinite(target.bytes[i])) allocator.toBytes(layer, target.bytes[i]);
-        else allocator.everything(layer);
+        if (i < target.errors.size())
+            allocator.toError(layer, target.errors[i]);
+        else if (i < target.bytes.size() && std::isfinite(target.bytes[i]))
+            allocator.toBytes(layer, target.bytes[i]);
+        else
+            allocator.everything(layer);
     }
 }
 

@@ -11,6 +11,7 @@ struct RateTarget {
 };
 
 // Fills in layerPasses of every block. Without any target there is one layer of everything.
-void allocateLayers(std::vector<EncodedTile>& tiles, const ImageSize& size, const HeaderSet& headers, const RateTarget& target);
+void allocateLayers(std::vector<EncodedTile>& tiles, const ImageSize& size, const HeaderSet& headers,
+                    const RateTarget& target);
 
 } // namespace jpeg2000

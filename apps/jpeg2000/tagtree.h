@@ -35,7 +35,8 @@ public:
             if (bits.bit()) {
                 n.value = n.low;
                 n.known = true;
-            } else ++n.low;
+            } else
+                ++n.low;
         });
     }
     // Encoder: writes the bits that tell it.

@@ -85,7 +85,8 @@ void forwardColumns97(Plane& plane, const Line& line, int x, int width) {
     std::int32_t *b0 = ring.row(0), *b1 = ring.row(1), *g0 = ring.row(2), *a1 = ring.row(3), *a2 = ring.row(4);
     const int last = std::max(lows - 1 + line.phase, highs);
     for (int r = -leadIn; r <= last; ++r) {
-        zmxiWTFwdColLift_D97_JPEG2K_32s_C1(source(2 * r + 2), source(2 * r + 3), source(2 * r + 4), b0, b1, g0, a1, a2, width);
+        zmxiWTFwdColLift_D97_JPEG2K_32s_C1(source(2 * r + 2), source(2 * r + 3), source(2 * r + 4), b0, b1, g0, a1, a2,
+                                           width);
         const int low = r - line.phase, high = r - 1;
         if (low >= 0 && low < lows) std::memcpy(result.row(low), b0, 4 * std::size_t(width));
         if (high >= 0 && high < highs) std::memcpy(result.row(lows + high), g0, 4 * std::size_t(width));
@@ -101,8 +102,8 @@ void inverseColumns97(Plane& plane, const Line& line, int x, int width) {
     const auto source = [&](int absolute) { return plane.at(x, line.inBands(absolute - line.phase)); };
     std::int32_t *done = ring.row(0), *a = ring.row(1), *b = ring.row(2), *nextA = ring.row(3), *nextB = ring.row(4);
     for (int n = -leadIn; 2 * n - 1 - line.phase < line.n; ++n) {
-        zmxiWTInvColLift_D97_JPEG2K_32s_C1(source(2 * n + 2), source(2 * n + 1), source(2 * n + 3), done, a, b, nextA, nextB,
-                                           width);
+        zmxiWTInvColLift_D97_JPEG2K_32s_C1(source(2 * n + 2), source(2 * n + 1), source(2 * n + 3), done, a, b, nextA,
+                                           nextB, width);
         for (const auto& [row, from] : {std::pair{2 * n - 1 - line.phase, a}, std::pair{2 * n - line.phase, b}})
             if (row >= 0 && row < line.n) std::memcpy(result.row(row), from, 4 * std::size_t(width));
         std::swap(done, b); // row 2n is what the next stage finds done
@@ -126,8 +127,10 @@ void rows97(Plane& plane, const Rect& rect, Direction way, int threads) {
         std::vector<std::int32_t> scratch;
         for (int y = int(part) * bunch; y < std::min(int(part + 1) * bunch, rect.height()); ++y) {
             std::int32_t* row = plane.at(0, y);
-            if (line.n == 1) singleSample(*row, line.phase, way);
-            else (way == Direction::forward ? forwardRow97 : inverseRow97)(row, line, scratch);
+            if (line.n == 1)
+                singleSample(*row, line.phase, way);
+            else
+                (way == Direction::forward ? forwardRow97 : inverseRow97)(row, line, scratch);
         }
     });
 }
@@ -140,7 +143,8 @@ void columns97(Plane& plane, const Rect& rect, Direction way, int threads) {
     }
     parallelFor(std::size_t(rect.width() + stripWidth - 1) / stripWidth, threads, [&](std::size_t part, int) {
         const int x = int(part) * stripWidth;
-        (way == Direction::forward ? forwardColumns97 : inverseColumns97)(plane, line, x, std::min(stripWidth, rect.width() - x));
+        (way == Direction::forward ? forwardColumns97 : inverseColumns97)(plane, line, x,
+                                                                          std::min(stripWidth, rect.width() - x));
     });
 }
 
@@ -197,10 +201,11 @@ double lineNorm(const std::vector<double>& low, const std::vector<double>& high,
 double waveletNorm(bool reversible, int levels, Orientation o) {
     // Synthesis filters; the low one has gain 2 at frequency 0, the high one 1 at the highest.
     static const std::vector<double> low53{0.5, 1, 0.5}, high53{-0.125, -0.25, 0.75, -0.25, -0.125};
-    static const std::vector<double> low97{-0.091271763114, -0.057543526228, 0.591271763114, 1.115087052457, 0.591271763114,
-                                           -0.057543526228, -0.091271763114};
-    static const std::vector<double> high97{0.026748757411,  0.016864118443, -0.078223266529, -0.266864118443, 0.602949018236,
-                                            -0.266864118443, -0.078223266529, 0.016864118443, 0.026748757411};
+    static const std::vector<double> low97{-0.091271763114, -0.057543526228, 0.591271763114, 1.115087052457,
+                                           0.591271763114,  -0.057543526228, -0.091271763114};
+    static const std::vector<double> high97{0.026748757411,  0.016864118443, -0.078223266529,
+                                            -0.266864118443, 0.602949018236, -0.266864118443,
+                                            -0.078223266529, 0.016864118443, 0.026748757411};
     const auto& low = reversible ? low53 : low97;
     const auto& high = reversible ? high53 : high97;
     const int n = std::min(levels, 10); // from there on the norm doubles from level to level

@@ -110,7 +110,8 @@ public:
     }
     void mustBe(std::size_t field, uint32_t expected, const char* what) const {
         const uint32_t v = at(field);
-        if (v != expected) failAt(field, std::string(what) + " " + std::to_string(v) + ", not " + std::to_string(expected));
+        if (v != expected)
+            failAt(field, std::string(what) + " " + std::to_string(v) + ", not " + std::to_string(expected));
     }
 };
 
@@ -216,8 +217,10 @@ Texture parse(std::span<const uint8_t> file, const std::string& name) {
     t.height = header.atMost(atHeight, kMaxSide, "height");
     // Writers leave the count 0 where there is no chain.
     if (header.at(atLevels)) t.levels = header.atMost(atLevels, uint32_t(fullChain(t.width, t.height)), "level count");
-    if (dx10) readLayersDx10(header, t);
-    else readLayersLegacy(header, t);
+    if (dx10)
+        readLayersDx10(header, t);
+    else
+        readLayersLegacy(header, t);
 
     const auto promised = std::uint64_t(t.layerBytes()) * unsigned(t.layers);
     if (file.size() - t.headerBytes < promised) {

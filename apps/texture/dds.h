@@ -35,9 +35,9 @@ struct Texture {
     int width = 0, height = 0;
     int levels = 1, layers = 1;
     bool cube = false;
-    unsigned faces = 0;                // of a legacy cube map: bit 0 is +x, then -x, +y, -y, +z, -z
-    std::size_t headerBytes = 128;     // 148 with a DX10 header
-    std::vector<std::uint8_t> blocks;  // layer by layer, in each the largest level first
+    unsigned faces = 0;               // of a legacy cube map: bit 0 is +x, then -x, +y, -y, +z, -z
+    std::size_t headerBytes = 128;    // 148 with a DX10 header
+    std::vector<std::uint8_t> blocks; // layer by layer, in each the largest level first
 
     Level level(int layer, int index) const;
     std::size_t layerBytes() const;

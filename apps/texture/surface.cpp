@@ -72,13 +72,17 @@ void encodeBlocks(const Pixels& in, Format format, Zmx8u* blocks) {
     const Zmx8u* src = in.bytes.data();
     const Zmx32u step = Zmx32u(4 * in.width);
     switch (format) {
-    case Format::dxt1: return check(zmxiTextureEncodeBlockFromRGBA_DXT1_8u_C4C1R(src, step, size, blocks));
-    case Format::dxt3: return check(zmxiTextureEncodeBlockFromRGBA_DXT3_8u_C4C1R(src, step, size, blocks));
-    case Format::dxt5: return check(zmxiTextureEncodeBlockFromRGBA_DXT5_8u_C4C1R(src, step, size, blocks));
+    case Format::dxt1:
+        return check(zmxiTextureEncodeBlockFromRGBA_DXT1_8u_C4C1R(src, step, size, blocks));
+    case Format::dxt3:
+        return check(zmxiTextureEncodeBlockFromRGBA_DXT3_8u_C4C1R(src, step, size, blocks));
+    case Format::dxt5:
+        return check(zmxiTextureEncodeBlockFromRGBA_DXT5_8u_C4C1R(src, step, size, blocks));
     case Format::ycocgDxt5:
-        return check(zmxiTextureEncodeBlockFromYCoCg_DXT5_8u_C3C1R(ycocgOf(in).data(), Zmx32u(3 * in.width), size,
-                                                                   blocks));
-    case Format::bc7: break;
+        return check(
+            zmxiTextureEncodeBlockFromYCoCg_DXT5_8u_C3C1R(ycocgOf(in).data(), Zmx32u(3 * in.width), size, blocks));
+    case Format::bc7:
+        break;
     }
     throw Error("BC7 textures can be read, not written");
 }
@@ -88,11 +92,15 @@ void decodeBlocks(const Zmx8u* blocks, Format format, Pixels& out) {
     Zmx8u* dst = out.bytes.data();
     const Zmx32u step = Zmx32u(4 * out.width);
     switch (format) {
-    case Format::dxt1: return check(zmxiTextureDecodeBlockToRGBA_DXT1_8u_C1C4R(blocks, dst, step, size));
-    case Format::dxt3: return check(zmxiTextureDecodeBlockToRGBA_DXT3_8u_C1C4R(blocks, dst, step, size));
+    case Format::dxt1:
+        return check(zmxiTextureDecodeBlockToRGBA_DXT1_8u_C1C4R(blocks, dst, step, size));
+    case Format::dxt3:
+        return check(zmxiTextureDecodeBlockToRGBA_DXT3_8u_C1C4R(blocks, dst, step, size));
     case Format::dxt5:
-    case Format::ycocgDxt5: return check(zmxiTextureDecodeBlockToRGBA_DXT5_8u_C1C4R(blocks, dst, step, size));
-    case Format::bc7: return check(zmxiTextureDecodeBlockToRGBA_BC7_8u_C1C4R(blocks, dst, step, size));
+    case Format::ycocgDxt5:
+        return check(zmxiTextureDecodeBlockToRGBA_DXT5_8u_C1C4R(blocks, dst, step, size));
+    case Format::bc7:
+        return check(zmxiTextureDecodeBlockToRGBA_BC7_8u_C1C4R(blocks, dst, step, size));
     }
 }
 

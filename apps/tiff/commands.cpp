@@ -1,7 +1,7 @@
 // commands.cpp - zmx tiff: PackBits files.
+#include "zmx/commands.h"
 #include "image/image.h"
 #include "tiff/tiff.h"
-#include "zmx/commands.h"
 
 #include <CLI/CLI.hpp>
 #include <limits>
@@ -26,8 +26,8 @@ void addEncode(CLI::App& app) {
     c->add_option("--rows-per-strip", args->options.rowsPerStrip, "rows of a strip; left out: about 8 KiB")
         ->check(CLI::Range(1, std::numeric_limits<int>::max()));
     c->add_flag("--split16", args->options.split16,
-                "pack the high and the low bytes of 16-bit samples apart; Compression is then " + std::to_string(tif::kSplitPackBits) +
-                    ", which other programs do not know");
+                "pack the high and the low bytes of 16-bit samples apart; Compression is then " +
+                    std::to_string(tif::kSplitPackBits) + ", which other programs do not know");
     c->footer("Examples:\n"
               "  zmx tiff encode page.pbm page.tif\n"
               "  zmx tiff encode xray.pgm xray.tif --split16 --rows-per-strip 32");

@@ -25,7 +25,8 @@ std::string unpack(const std::uint8_t* strip, int stripBytes, int& pos, Bytes& r
     const ZmxStatus status = zmxiUnpackBitsRow_TIFF_8u_C1(strip, &pos, stripBytes, row.data(), int(row.size()));
     // The value of a last run may have been taken from behind the strip.
     if (pos > stripBytes || (status != zmxStsNoErr && pos == stripBytes)) return "the strip ends inside the row";
-    if (status != zmxStsNoErr) return "the packet at byte " + std::to_string(pos - 1) + " goes beyond the row or the strip";
+    if (status != zmxStsNoErr)
+        return "the packet at byte " + std::to_string(pos - 1) + " goes beyond the row or the strip";
     return {};
 }
 
@@ -49,14 +50,17 @@ void packRow(const RowLayout& layout, const std::uint16_t* row, Bytes& strip) {
         return pack(low, strip);
     }
     Bytes bytes(layout.bytes());
-    if (layout.bits == 1) toBits(row, bytes, layout.samples);
-    else if (layout.bits == 16) std::memcpy(bytes.data(), row, bytes.size());
+    if (layout.bits == 1)
+        toBits(row, bytes, layout.samples);
+    else if (layout.bits == 16)
+        std::memcpy(bytes.data(), row, bytes.size());
     else
         for (int i = 0; i < layout.samples; ++i) bytes[std::size_t(i)] = std::uint8_t(row[i]);
     pack(bytes, strip);
 }
 
-std::string unpackRow(const RowLayout& layout, const std::uint8_t* strip, int stripBytes, int& pos, std::uint16_t* row) {
+std::string unpackRow(const RowLayout& layout, const std::uint8_t* strip, int stripBytes, int& pos,
+                      std::uint16_t* row) {
     if (layout.split) {
         Bytes high(std::size_t(layout.samples)), low(high.size());
         if (std::string wrong = unpack(strip, stripBytes, pos, high); !wrong.empty()) return wrong;
@@ -66,8 +70,10 @@ std::string unpackRow(const RowLayout& layout, const std::uint8_t* strip, int st
     } else {
         Bytes bytes(layout.bytes());
         if (std::string wrong = unpack(strip, stripBytes, pos, bytes); !wrong.empty()) return wrong;
-        if (layout.bits == 1) fromBits(bytes, row, layout.samples);
-        else if (layout.bits == 16) std::memcpy(row, bytes.data(), bytes.size());
+        if (layout.bits == 1)
+            fromBits(bytes, row, layout.samples);
+        else if (layout.bits == 16)
+            std::memcpy(row, bytes.data(), bytes.size());
         else
             for (int i = 0; i < layout.samples; ++i) row[i] = bytes[std::size_t(i)];
         if (layout.swapped && layout.bits == 16)

@@ -14,10 +14,10 @@ using Bytes = std::vector<std::uint8_t>;
 
 // What the rows of a file hold.
 struct RowLayout {
-    int samples = 0;      // width x channels
-    int bits = 8;         // of a sample: 1, 8 or 16
-    bool split = false;   // 16-bit samples as a packed row of high bytes and one of low bytes
-    bool swapped = false; // 16-bit samples in the other byte order
+    int samples = 0;       // width x channels
+    int bits = 8;          // of a sample: 1, 8 or 16
+    bool split = false;    // 16-bit samples as a packed row of high bytes and one of low bytes
+    bool swapped = false;  // 16-bit samples in the other byte order
     bool inverted = false; // 0 is white
 
     // The bytes of a row before it is packed.

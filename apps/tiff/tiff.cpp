@@ -51,7 +51,8 @@ Header readTags(const TiffFile& file, std::size_t maxPixels) {
     if (rows < 1) file.refuse("RowsPerStrip", rows);
 
     const std::string size = sizeText(image.width, image.height);
-    if (std::uint64_t(image.rowSamples()) * unsigned(picture.bits) / 8 > INT_MAX - 1) file.fail(size + ": the rows are too long");
+    if (std::uint64_t(image.rowSamples()) * unsigned(picture.bits) / 8 > INT_MAX - 1)
+        file.fail(size + ": the rows are too long");
     Header h{image, {}, int(std::min(rows, unsigned(image.height)))};
     h.layout = {int(image.rowSamples()), picture.bits, split, TIFFIsByteSwapped(file.get()) != 0, picture.inverted};
     // Two bytes of PackBits make 128 at the most.
@@ -68,8 +69,10 @@ Bytes readStrip(const TiffFile& file, std::uint32_t strip) {
     if (bytes > file.size() || bytes >= INT_MAX)
         file.fail(where + std::to_string(bytes) + " bytes in a file of " + std::to_string(file.size()));
     Bytes data(std::size_t(bytes) + 1);
-    if (TIFFReadRawStrip(file.get(), strip, data.data(), tmsize_t(bytes)) != tmsize_t(bytes)) file.fail(where + "it cannot be read");
-    if (file.tag<std::uint16_t>(TIFFTAG_FILLORDER, FILLORDER_MSB2LSB) == FILLORDER_LSB2MSB) TIFFReverseBits(data.data(), tmsize_t(bytes));
+    if (TIFFReadRawStrip(file.get(), strip, data.data(), tmsize_t(bytes)) != tmsize_t(bytes))
+        file.fail(where + "it cannot be read");
+    if (file.tag<std::uint16_t>(TIFFTAG_FILLORDER, FILLORDER_MSB2LSB) == FILLORDER_LSB2MSB)
+        TIFFReverseBits(data.data(), tmsize_t(bytes));
     return data;
 }
 
@@ -91,10 +94,12 @@ void write(const std::string& path, const Image& picture, const EncodeOptions& o
         const int strip = y / rowsPerStrip, end = std::min(image.height, y + rowsPerStrip);
         Bytes data;
         for (; y < end; ++y) {
-            if (data.size() > INT_MAX / 2) file.fail("strip " + std::to_string(strip) + ": too many rows; ask for fewer in a strip");
+            if (data.size() > INT_MAX / 2)
+                file.fail("strip " + std::to_string(strip) + ": too many rows; ask for fewer in a strip");
             packRow(layout, image.row(y), data);
         }
-        if (TIFFWriteRawStrip(file.get(), std::uint32_t(strip), data.data(), tmsize_t(data.size())) != tmsize_t(data.size()))
+        if (TIFFWriteRawStrip(file.get(), std::uint32_t(strip), data.data(), tmsize_t(data.size())) !=
+            tmsize_t(data.size()))
             file.fail("strip " + std::to_string(strip) + ": it cannot be written");
     }
     file.finish();
@@ -109,7 +114,8 @@ Image read(const std::string& path, std::size_t maxPixels) {
         const int strip = y / h.rowsPerStrip, end = std::min(image.height, y + h.rowsPerStrip);
         const Bytes data = readStrip(file, std::uint32_t(strip));
         for (int pos = 0; y < end; ++y)
-            if (const std::string wrong = unpackRow(h.layout, data.data(), int(data.size() - 1), pos, image.row(y)); !wrong.empty())
+            if (const std::string wrong = unpackRow(h.layout, data.data(), int(data.size() - 1), pos, image.row(y));
+                !wrong.empty())
                 file.fail("strip " + std::to_string(strip) + ", row " + std::to_string(y) + ": " + wrong);
     }
     return std::move(image);

@@ -19,17 +19,17 @@ extern "C" {
 /* Code-block styles. The values are this library's own, not the bits of the code-block style byte of a COD or COC
  * marker segment (ISO/IEC 15444-1 Table A.19): the caller maps one to the other. */
 enum {
-    ZMX_CB_VERTICALLY_CAUSAL = 0x1,    /* the first row of a stripe does not report its significance upwards */
-    ZMX_CB_SELECTIVE_BYPASS = 0x2,     /* from the fifth coded plane on, only cleanup passes are MQ coded */
-    ZMX_CB_TERMINATE_ALL = 0x4,        /* every pass is its own codeword segment */
-    ZMX_CB_RESET_CTX = 0x8,            /* contexts return to their initial states after each pass */
+    ZMX_CB_VERTICALLY_CAUSAL = 0x1,     /* the first row of a stripe does not report its significance upwards */
+    ZMX_CB_SELECTIVE_BYPASS = 0x2,      /* from the fifth coded plane on, only cleanup passes are MQ coded */
+    ZMX_CB_TERMINATE_ALL = 0x4,         /* every pass is its own codeword segment */
+    ZMX_CB_RESET_CTX = 0x8,             /* contexts return to their initial states after each pass */
     ZMX_CB_SEGMENTATION_SYMBOLS = 0x10, /* each cleanup pass ends in the symbol 1010 */
-    ZMX_CB_LOSSLESS = 0x20,            /* encoder: distortions of the lowest plane are those of exact samples */
-    ZMX_CB_CONCEAL_DAMAGE = 0x10000,   /* one-call decoder: after damage, rebuild from the planes above */
-    ZMX_CB_KEEP_DST = 0x20000,         /* decoder: attaching does not zero the destination */
-    ZMX_CB_KEEP_MIDPOINT = 0x40000,    /* one-call decoder: samples keep their midpoint bits */
-    ZMX_CB_KEEP_FLAGS = 0x80000,       /* decoder: attaching does not zero the significance flags */
-    ZMX_CB_ERROR_PREDICTION = 0x100000 /* decoder: MQ segments are tested for predictable termination */
+    ZMX_CB_LOSSLESS = 0x20,             /* encoder: distortions of the lowest plane are those of exact samples */
+    ZMX_CB_CONCEAL_DAMAGE = 0x10000,    /* one-call decoder: after damage, rebuild from the planes above */
+    ZMX_CB_KEEP_DST = 0x20000,          /* decoder: attaching does not zero the destination */
+    ZMX_CB_KEEP_MIDPOINT = 0x40000,     /* one-call decoder: samples keep their midpoint bits */
+    ZMX_CB_KEEP_FLAGS = 0x80000,        /* decoder: attaching does not zero the significance flags */
+    ZMX_CB_ERROR_PREDICTION = 0x100000  /* decoder: MQ segments are tested for predictable termination */
 };
 
 /* How the encoder ends an MQ codeword segment; every other value is a flush too. */

@@ -40,12 +40,12 @@ extern "C" {
  *  \return zmxStsNullPtrErr for pSrc, pDst, then the planes of pSrc and of pDst; zmxStsStepErr for srcStep, dstStep;
  *          zmxStsSizeErr for the width, the height
  */
-ZMXJ_API ZmxStatus zmxiYCbCrToRGB_JPEG_8u_P3R(const Zmx8u* const pSrc[3], int srcStep, Zmx8u* const pDst[3], int dstStep,
-                                              ZmxiSize roiSize);
+ZMXJ_API ZmxStatus zmxiYCbCrToRGB_JPEG_8u_P3R(const Zmx8u* const pSrc[3], int srcStep, Zmx8u* const pDst[3],
+                                              int dstStep, ZmxiSize roiSize);
 
 /** Planes Y, Cb, Cr, K to planes C, M, Y, K. Arguments and statuses as zmxiYCbCrToRGB_JPEG_8u_P3R, with four planes. */
-ZMXJ_API ZmxStatus zmxiYCCKToCMYK_JPEG_8u_P4R(const Zmx8u* const pSrc[4], int srcStep, Zmx8u* const pDst[4], int dstStep,
-                                              ZmxiSize roiSize);
+ZMXJ_API ZmxStatus zmxiYCCKToCMYK_JPEG_8u_P4R(const Zmx8u* const pSrc[4], int srcStep, Zmx8u* const pDst[4],
+                                              int dstStep, ZmxiSize roiSize);
 
 /** Planes Y, Cb, Cr to pixels of bytes R, G, B.
  *
@@ -70,17 +70,17 @@ ZMXJ_API ZmxStatus zmxiYCCKToCMYK_JPEG_8u_P4C4R(const Zmx8u* const pSrc[4], int 
 
 /** Planes Y, Cb, Cr to packed pixels, one 16-bit word each; dstStep is in bytes. Otherwise as zmxiYCbCrToRGB_JPEG_8u_P3C3R,
  *  but on the calling thread at any size. */
-ZMXJ_API ZmxStatus zmxiYCbCrToBGR555_JPEG_8u16u_P3C3R(const Zmx8u* const pSrc[3], int srcStep, Zmx16u* pDst, int dstStep,
-                                                      ZmxiSize roiSize);
+ZMXJ_API ZmxStatus zmxiYCbCrToBGR555_JPEG_8u16u_P3C3R(const Zmx8u* const pSrc[3], int srcStep, Zmx16u* pDst,
+                                                      int dstStep, ZmxiSize roiSize);
 /** As zmxiYCbCrToBGR555_JPEG_8u16u_P3C3R, with red in the low bits. */
-ZMXJ_API ZmxStatus zmxiYCbCrToRGB555_JPEG_8u16u_P3C3R(const Zmx8u* const pSrc[3], int srcStep, Zmx16u* pDst, int dstStep,
-                                                      ZmxiSize roiSize);
+ZMXJ_API ZmxStatus zmxiYCbCrToRGB555_JPEG_8u16u_P3C3R(const Zmx8u* const pSrc[3], int srcStep, Zmx16u* pDst,
+                                                      int dstStep, ZmxiSize roiSize);
 /** As zmxiYCbCrToBGR555_JPEG_8u16u_P3C3R, with six bits of green. */
-ZMXJ_API ZmxStatus zmxiYCbCrToBGR565_JPEG_8u16u_P3C3R(const Zmx8u* const pSrc[3], int srcStep, Zmx16u* pDst, int dstStep,
-                                                      ZmxiSize roiSize);
+ZMXJ_API ZmxStatus zmxiYCbCrToBGR565_JPEG_8u16u_P3C3R(const Zmx8u* const pSrc[3], int srcStep, Zmx16u* pDst,
+                                                      int dstStep, ZmxiSize roiSize);
 /** As zmxiYCbCrToBGR565_JPEG_8u16u_P3C3R, with red in the low bits. */
-ZMXJ_API ZmxStatus zmxiYCbCrToRGB565_JPEG_8u16u_P3C3R(const Zmx8u* const pSrc[3], int srcStep, Zmx16u* pDst, int dstStep,
-                                                      ZmxiSize roiSize);
+ZMXJ_API ZmxStatus zmxiYCbCrToRGB565_JPEG_8u16u_P3C3R(const Zmx8u* const pSrc[3], int srcStep, Zmx16u* pDst,
+                                                      int dstStep, ZmxiSize roiSize);
 
 /** 4:2:2 pairs Y, Cb, Y, Cr to pixels of bytes R, G, B.
  *
@@ -93,7 +93,8 @@ ZMXJ_API ZmxStatus zmxiYCbCrToRGB565_JPEG_8u16u_P3C3R(const Zmx8u* const pSrc[3]
  *  \param roiSize  size in pixels, at least 1 x 1
  *  \return zmxStsNullPtrErr for pSrc, pDst; zmxStsSizeErr for the width, the height
  */
-ZMXJ_API ZmxStatus zmxiYCbCr422ToRGB_JPEG_8u_C2C3R(const Zmx8u* pSrc, int srcStep, Zmx8u* pDst, int dstStep, ZmxiSize roiSize);
+ZMXJ_API ZmxStatus zmxiYCbCr422ToRGB_JPEG_8u_C2C3R(const Zmx8u* pSrc, int srcStep, Zmx8u* pDst, int dstStep,
+                                                   ZmxiSize roiSize);
 
 /** Pixels of bytes R, G, B to the plane Y.
  *
@@ -110,7 +111,8 @@ ZMXJ_API ZmxStatus zmxiBGRToY_JPEG_8u_C3C1R(const Zmx8u* pSrc, int srcStep, Zmx8
 
 /** Planes R, G, B to the plane Y. As zmxiRGBToY_JPEG_8u_C3C1R, but the order of tests is pSrc, its planes, pDst, srcStep,
  *  dstStep, width, height. */
-ZMXJ_API ZmxStatus zmxiRGBToY_JPEG_8u_P3C1R(const Zmx8u* const pSrc[3], int srcStep, Zmx8u* pDst, int dstStep, ZmxiSize roiSize);
+ZMXJ_API ZmxStatus zmxiRGBToY_JPEG_8u_P3C1R(const Zmx8u* const pSrc[3], int srcStep, Zmx8u* pDst, int dstStep,
+                                            ZmxiSize roiSize);
 
 /** Pixels of bytes R, G, B to planes Y, Cb, Cr.
  *
@@ -141,25 +143,25 @@ ZMXJ_API ZmxStatus zmxiCMYKToYCCK_JPEG_8u_C4P4R(const Zmx8u* pSrc, int srcStep, 
  *  \return zmxStsNullPtrErr for pSrc, pDst, then the planes of pSrc and of pDst; zmxStsStepErr for srcStep, dstStep;
  *          zmxStsSizeErr for the width, the height
  */
-ZMXJ_API ZmxStatus zmxiRGBToYCbCr_JPEG_8u_P3R(const Zmx8u* const pSrc[3], int srcStep, Zmx8u* const pDst[3], int dstStep,
-                                              ZmxiSize roiSize);
+ZMXJ_API ZmxStatus zmxiRGBToYCbCr_JPEG_8u_P3R(const Zmx8u* const pSrc[3], int srcStep, Zmx8u* const pDst[3],
+                                              int dstStep, ZmxiSize roiSize);
 /** Planes C, M, Y, K to planes Y, Cb, Cr, K. Otherwise as zmxiRGBToYCbCr_JPEG_8u_P3R, with four planes. */
-ZMXJ_API ZmxStatus zmxiCMYKToYCCK_JPEG_8u_P4R(const Zmx8u* const pSrc[4], int srcStep, Zmx8u* const pDst[4], int dstStep,
-                                              ZmxiSize roiSize);
+ZMXJ_API ZmxStatus zmxiCMYKToYCCK_JPEG_8u_P4R(const Zmx8u* const pSrc[4], int srcStep, Zmx8u* const pDst[4],
+                                              int dstStep, ZmxiSize roiSize);
 
 /** Packed pixels to planes Y, Cb, Cr; srcStep is in bytes. Otherwise as zmxiRGBToYCbCr_JPEG_8u_C3P3R, but on the calling
  *  thread at any size. */
-ZMXJ_API ZmxStatus zmxiRGB555ToYCbCr_JPEG_16u8u_C3P3R(const Zmx16u* pSrc, int srcStep, Zmx8u* const pDst[3], int dstStep,
-                                                      ZmxiSize roiSize);
+ZMXJ_API ZmxStatus zmxiRGB555ToYCbCr_JPEG_16u8u_C3P3R(const Zmx16u* pSrc, int srcStep, Zmx8u* const pDst[3],
+                                                      int dstStep, ZmxiSize roiSize);
 /** As zmxiRGB555ToYCbCr_JPEG_16u8u_C3P3R, with blue in the low bits. */
-ZMXJ_API ZmxStatus zmxiBGR555ToYCbCr_JPEG_16u8u_C3P3R(const Zmx16u* pSrc, int srcStep, Zmx8u* const pDst[3], int dstStep,
-                                                      ZmxiSize roiSize);
+ZMXJ_API ZmxStatus zmxiBGR555ToYCbCr_JPEG_16u8u_C3P3R(const Zmx16u* pSrc, int srcStep, Zmx8u* const pDst[3],
+                                                      int dstStep, ZmxiSize roiSize);
 /** As zmxiRGB555ToYCbCr_JPEG_16u8u_C3P3R, with six bits of green. */
-ZMXJ_API ZmxStatus zmxiRGB565ToYCbCr_JPEG_16u8u_C3P3R(const Zmx16u* pSrc, int srcStep, Zmx8u* const pDst[3], int dstStep,
-                                                      ZmxiSize roiSize);
+ZMXJ_API ZmxStatus zmxiRGB565ToYCbCr_JPEG_16u8u_C3P3R(const Zmx16u* pSrc, int srcStep, Zmx8u* const pDst[3],
+                                                      int dstStep, ZmxiSize roiSize);
 /** As zmxiRGB565ToYCbCr_JPEG_16u8u_C3P3R, with blue in the low bits. */
-ZMXJ_API ZmxStatus zmxiBGR565ToYCbCr_JPEG_16u8u_C3P3R(const Zmx16u* pSrc, int srcStep, Zmx8u* const pDst[3], int dstStep,
-                                                      ZmxiSize roiSize);
+ZMXJ_API ZmxStatus zmxiBGR565ToYCbCr_JPEG_16u8u_C3P3R(const Zmx16u* pSrc, int srcStep, Zmx8u* const pDst[3],
+                                                      int dstStep, ZmxiSize roiSize);
 
 #ifdef __cplusplus
 }

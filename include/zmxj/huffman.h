@@ -125,8 +125,7 @@ ZMXJ_API ZmxStatus zmxiEncodeHuffmanStateFree_JPEG_8u(ZmxiEncodeHuffmanState* pE
  *  \return             zmxStsNullPtrErr (any pointer), zmxStsHuffTableErr (a code longer than 32 bits before limiting),
  *                      zmxStsNoErr
  */
-ZMXJ_API ZmxStatus zmxiEncodeHuffmanRawTableInit_JPEG_8u(const Zmx32s* pStatistics, Zmx8u* pListBits,
-                                                         Zmx8u* pListVals);
+ZMXJ_API ZmxStatus zmxiEncodeHuffmanRawTableInit_JPEG_8u(const Zmx32s* pStatistics, Zmx8u* pListBits, Zmx8u* pListVals);
 
 /** Decodes a block of a sequential scan (ITU-T T.81, F.2.2).
  *

@@ -79,8 +79,7 @@ ZMXJ_API ZmxStatus zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(const Zmx16s* pSrc
  */
 ZMXJ_API ZmxStatus zmxiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes,
                                                                int* pDstCurrPos, int Al,
-                                                               ZmxiEncodeHuffmanState* pEncHuffState,
-                                                               int bFlushState);
+                                                               ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState);
 /** Encodes the first scan of a band of AC coefficients, magnitudes shifted right by Al; or flushes.
  *
  *  The end-of-band run is held back until a block with a coefficient, a run of 32767, or the flush.

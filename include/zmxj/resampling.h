@@ -27,25 +27,25 @@ extern "C" {
  *  \return in argument order: zmxStsNullPtrErr for pSrc, zmxStsStepErr for srcStep, zmxStsSizeErr for the source width and
  *          height, and the same again for pDst, dstStep and the destination size
  */
-ZMXJ_API ZmxStatus zmxiSampleUpH2V1_JPEG_8u_C1R(const Zmx8u* pSrc, int srcStep, ZmxiSize srcRoiSize, Zmx8u* pDst, int dstStep,
-                                                ZmxiSize dstRoiSize);
+ZMXJ_API ZmxStatus zmxiSampleUpH2V1_JPEG_8u_C1R(const Zmx8u* pSrc, int srcStep, ZmxiSize srcRoiSize, Zmx8u* pDst,
+                                                int dstStep, ZmxiSize dstRoiSize);
 
 /** Doubles a plane in both directions. Row y lies near source row y / 2 and further from the row before (even y) or behind
  *  (odd y) it; with c = 3 near + far and i = x / 2, even x give (3 c[i] + c[i-1] + 8) >> 4, odd x (3 c[i] + c[i+1] + 7) >> 4.
  *  Rows are shared out to a team of threads when the destination has more than 8192 samples. Arguments and statuses as
  *  zmxiSampleUpH2V1_JPEG_8u_C1R; the row ahead of the source and the one behind it are read too. */
-ZMXJ_API ZmxStatus zmxiSampleUpH2V2_JPEG_8u_C1R(const Zmx8u* pSrc, int srcStep, ZmxiSize srcRoiSize, Zmx8u* pDst, int dstStep,
-                                                ZmxiSize dstRoiSize);
+ZMXJ_API ZmxStatus zmxiSampleUpH2V2_JPEG_8u_C1R(const Zmx8u* pSrc, int srcStep, ZmxiSize srcRoiSize, Zmx8u* pDst,
+                                                int dstStep, ZmxiSize dstRoiSize);
 
 /** Halves a plane horizontally: (s[2x] + s[2x+1] + 1) >> 1. Rows are shared out as above. Arguments and statuses as
  *  zmxiSampleUpH2V1_JPEG_8u_C1R; each source row is read to twice the destination width. */
-ZMXJ_API ZmxStatus zmxiSampleDownH2V1_JPEG_8u_C1R(const Zmx8u* pSrc, int srcStep, ZmxiSize srcRoiSize, Zmx8u* pDst, int dstStep,
-                                                  ZmxiSize dstRoiSize);
+ZMXJ_API ZmxStatus zmxiSampleDownH2V1_JPEG_8u_C1R(const Zmx8u* pSrc, int srcStep, ZmxiSize srcRoiSize, Zmx8u* pDst,
+                                                  int dstStep, ZmxiSize dstRoiSize);
 
 /** Halves a plane in both directions: the sum of four samples plus 3, shifted right by 2. Otherwise as
  *  zmxiSampleDownH2V1_JPEG_8u_C1R; twice the destination height is read. */
-ZMXJ_API ZmxStatus zmxiSampleDownH2V2_JPEG_8u_C1R(const Zmx8u* pSrc, int srcStep, ZmxiSize srcRoiSize, Zmx8u* pDst, int dstStep,
-                                                  ZmxiSize dstRoiSize);
+ZMXJ_API ZmxStatus zmxiSampleDownH2V2_JPEG_8u_C1R(const Zmx8u* pSrc, int srcStep, ZmxiSize srcRoiSize, Zmx8u* pDst,
+                                                  int dstStep, ZmxiSize dstRoiSize);
 
 /** Doubles one row: as zmxiSampleUpH2V1_JPEG_8u_C1R inside, with the first and the last result copied from the source.
  *
@@ -65,7 +65,8 @@ ZMXJ_API ZmxStatus zmxiSampleUpRowH2V1_Triangle_JPEG_8u_C1(const Zmx8u* pSrc, in
  *  \param pDst      2 srcWidth samples; four for a width of 1
  *  \return zmxStsNullPtrErr for pSrc1, pSrc2, pDst; zmxStsSizeErr for srcWidth
  */
-ZMXJ_API ZmxStatus zmxiSampleUpRowH2V2_Triangle_JPEG_8u_C1(const Zmx8u* pSrc1, const Zmx8u* pSrc2, int srcWidth, Zmx8u* pDst);
+ZMXJ_API ZmxStatus zmxiSampleUpRowH2V2_Triangle_JPEG_8u_C1(const Zmx8u* pSrc1, const Zmx8u* pSrc2, int srcWidth,
+                                                           Zmx8u* pDst);
 
 /** Halves one row: (s[2x] + s[2x+1] + b) >> 1 with b = 0, 1, 0, 1 and so on from the start of the call.
  *
@@ -78,7 +79,8 @@ ZMXJ_API ZmxStatus zmxiSampleDownRowH2V1_Box_JPEG_8u_C1(const Zmx8u* pSrc, int s
 
 /** Halves two rows into one: the sum of four samples plus b, shifted right by 2, with b = 1, 2, 1, 2 and so on from the start
  *  of the call. Statuses for pSrc1, pSrc2, pDst, srcWidth; otherwise as zmxiSampleDownRowH2V1_Box_JPEG_8u_C1. */
-ZMXJ_API ZmxStatus zmxiSampleDownRowH2V2_Box_JPEG_8u_C1(const Zmx8u* pSrc1, const Zmx8u* pSrc2, int srcWidth, Zmx8u* pDst);
+ZMXJ_API ZmxStatus zmxiSampleDownRowH2V2_Box_JPEG_8u_C1(const Zmx8u* pSrc1, const Zmx8u* pSrc2, int srcWidth,
+                                                        Zmx8u* pDst);
 
 #ifdef __cplusplus
 }

@@ -42,23 +42,23 @@ typedef struct ZmxiPoint {
 typedef int ZmxStatus;
 
 enum {
-    zmxStsDivByZero = 6,             /* warning: a zero divisor was met and a defined value stored */
-    zmxStsNoErr = 0,                 /* success */
-    zmxStsErr = -2,                  /* an internal consistency test failed */
-    zmxStsBadArgErr = -5,            /* an argument out of its domain, not being a size */
-    zmxStsSizeErr = -6,              /* a width, height, length or buffer length below 1 */
-    zmxStsRangeErr = -7,             /* a difference whose category exceeds 16 */
-    zmxStsNullPtrErr = -8,           /* a null pointer; a failed allocation in the Huffman InitAlloc functions */
-    zmxStsMemAllocErr = -9,          /* allocation failed in the JPEG2000 InitAlloc functions */
-    zmxStsStepErr = -14,             /* a row step below 1 */
-    zmxStsContextMatchErr = -17,     /* a state block whose magic word does not match */
-    zmxStsOutOfBufErr = -62,         /* the bit reader ran out of input, or the bit writer out of room */
-    zmxStsDCTRangeErr = -63,         /* a value that has no representation, or an invalid code */
-    zmxStsHuffTableErr = -64,        /* a Huffman table that cannot be built, or a symbol with no code */
-    zmxStsCBDamagedErr = -112,       /* the code block is damaged; remembered until the next attach */
-    zmxStsBadPassNumberErr = -113,   /* a coding-pass number outside 0 to the pass count minus 1 */
-    zmxStsUnderRunErr = -124,        /* TIFF packing or unpacking ran out of source or of destination */
-    zmxStsCBNotAttachedErr = -180,   /* a decoding step on a state with no code block attached */
+    zmxStsDivByZero = 6,              /* warning: a zero divisor was met and a defined value stored */
+    zmxStsNoErr = 0,                  /* success */
+    zmxStsErr = -2,                   /* an internal consistency test failed */
+    zmxStsBadArgErr = -5,             /* an argument out of its domain, not being a size */
+    zmxStsSizeErr = -6,               /* a width, height, length or buffer length below 1 */
+    zmxStsRangeErr = -7,              /* a difference whose category exceeds 16 */
+    zmxStsNullPtrErr = -8,            /* a null pointer; a failed allocation in the Huffman InitAlloc functions */
+    zmxStsMemAllocErr = -9,           /* allocation failed in the JPEG2000 InitAlloc functions */
+    zmxStsStepErr = -14,              /* a row step below 1 */
+    zmxStsContextMatchErr = -17,      /* a state block whose magic word does not match */
+    zmxStsOutOfBufErr = -62,          /* the bit reader ran out of input, or the bit writer out of room */
+    zmxStsDCTRangeErr = -63,          /* a value that has no representation, or an invalid code */
+    zmxStsHuffTableErr = -64,         /* a Huffman table that cannot be built, or a symbol with no code */
+    zmxStsCBDamagedErr = -112,        /* the code block is damaged; remembered until the next attach */
+    zmxStsBadPassNumberErr = -113,    /* a coding-pass number outside 0 to the pass count minus 1 */
+    zmxStsUnderRunErr = -124,         /* TIFF packing or unpacking ran out of source or of destination */
+    zmxStsCBNotAttachedErr = -180,    /* a decoding step on a state with no code block attached */
     zmxStsNotSupportedModeErr = -9999 /* a comparison mode that is not defined */
 };
 

@@ -39,13 +39,17 @@ extern "C" {
  *  \param pBuffer     scratch memory
  *  \return zmxStsNullPtrErr for pSrcDst; zmxStsStepErr for srcDstStep; zmxStsNullPtrErr for pTileRect, pBuffer
  */
-ZMXJ_API ZmxStatus zmxiWTFwd_B53_JPEG2K_16s_C1IR(Zmx16s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect, Zmx8u* pBuffer);
+ZMXJ_API ZmxStatus zmxiWTFwd_B53_JPEG2K_16s_C1IR(Zmx16s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect,
+                                                 Zmx8u* pBuffer);
 /** As zmxiWTFwd_B53_JPEG2K_16s_C1IR, for 32-bit samples. */
-ZMXJ_API ZmxStatus zmxiWTFwd_B53_JPEG2K_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect, Zmx8u* pBuffer);
+ZMXJ_API ZmxStatus zmxiWTFwd_B53_JPEG2K_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect,
+                                                 Zmx8u* pBuffer);
 /** The inverse of zmxiWTFwd_B53_JPEG2K_16s_C1IR: all rows, then all columns. Same arguments and statuses. */
-ZMXJ_API ZmxStatus zmxiWTInv_B53_JPEG2K_16s_C1IR(Zmx16s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect, Zmx8u* pBuffer);
+ZMXJ_API ZmxStatus zmxiWTInv_B53_JPEG2K_16s_C1IR(Zmx16s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect,
+                                                 Zmx8u* pBuffer);
 /** As zmxiWTInv_B53_JPEG2K_16s_C1IR, for 32-bit samples. */
-ZMXJ_API ZmxStatus zmxiWTInv_B53_JPEG2K_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect, Zmx8u* pBuffer);
+ZMXJ_API ZmxStatus zmxiWTInv_B53_JPEG2K_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect,
+                                                 Zmx8u* pBuffer);
 
 /** Transforms a plane into four bands.
  *
@@ -75,11 +79,11 @@ ZMXJ_API ZmxStatus zmxiWTFwd_B53_JPEG2K_32s_C1R(const Zmx32s* pSrc, int srcStep,
  *  \return zmxStsNullPtrErr for pSrc, pDst, srcStep, pTileRect, pBuffer; zmxStsStepErr for dstStep; zmxStsNullPtrErr for the
  *          elements of pSrc; zmxStsStepErr for those of srcStep; zmxStsSizeErr for the width, the height
  */
-ZMXJ_API ZmxStatus zmxiWTInv_B53_JPEG2K_16s_C1R(const Zmx16s* const pSrc[4], const int srcStep[4], Zmx16s* pDst, int dstStep,
-                                                const ZmxiRect* pTileRect, Zmx8u* pBuffer);
+ZMXJ_API ZmxStatus zmxiWTInv_B53_JPEG2K_16s_C1R(const Zmx16s* const pSrc[4], const int srcStep[4], Zmx16s* pDst,
+                                                int dstStep, const ZmxiRect* pTileRect, Zmx8u* pBuffer);
 /** As zmxiWTInv_B53_JPEG2K_16s_C1R, for 32-bit samples. */
-ZMXJ_API ZmxStatus zmxiWTInv_B53_JPEG2K_32s_C1R(const Zmx32s* const pSrc[4], const int srcStep[4], Zmx32s* pDst, int dstStep,
-                                                const ZmxiRect* pTileRect, Zmx8u* pBuffer);
+ZMXJ_API ZmxStatus zmxiWTInv_B53_JPEG2K_32s_C1R(const Zmx32s* const pSrc[4], const int srcStep[4], Zmx32s* pDst,
+                                                int dstStep, const ZmxiRect* pTileRect, Zmx8u* pBuffer);
 
 /** Tells the bytes of scratch memory that a whole-plane function needs.
  *
@@ -132,17 +136,21 @@ ZMXJ_API ZmxStatus zmxiWTFwdCol_B53_JPEG2K_32s_C1R(const Zmx32s* pSrc, int srcSt
  *  \return zmxStsNullPtrErr for the pointers; zmxStsStepErr for the steps; zmxStsSizeErr for the height, the width
  */
 ZMXJ_API ZmxStatus zmxiWTInvRow_B53_JPEG2K_16s_C1R(const Zmx16s* pSrcLow, int srcLowStep, const Zmx16s* pSrcHigh,
-                                                   int srcHighStep, ZmxiSize srcRoiSize, Zmx16s* pDst, int dstStep, int phase);
+                                                   int srcHighStep, ZmxiSize srcRoiSize, Zmx16s* pDst, int dstStep,
+                                                   int phase);
 /** As zmxiWTInvRow_B53_JPEG2K_16s_C1R, for 32-bit samples. */
 ZMXJ_API ZmxStatus zmxiWTInvRow_B53_JPEG2K_32s_C1R(const Zmx32s* pSrcLow, int srcLowStep, const Zmx32s* pSrcHigh,
-                                                   int srcHighStep, ZmxiSize srcRoiSize, Zmx32s* pDst, int dstStep, int phase);
+                                                   int srcHighStep, ZmxiSize srcRoiSize, Zmx32s* pDst, int dstStep,
+                                                   int phase);
 /** As zmxiWTInvRow_B53_JPEG2K_16s_C1R, down the columns. With a non-zero phase low row -1 is looked for srcHighStep, not
  *  srcLowStep, ahead of row 0. */
 ZMXJ_API ZmxStatus zmxiWTInvCol_B53_JPEG2K_16s_C1R(const Zmx16s* pSrcLow, int srcLowStep, const Zmx16s* pSrcHigh,
-                                                   int srcHighStep, ZmxiSize srcRoiSize, Zmx16s* pDst, int dstStep, int phase);
+                                                   int srcHighStep, ZmxiSize srcRoiSize, Zmx16s* pDst, int dstStep,
+                                                   int phase);
 /** As zmxiWTInvCol_B53_JPEG2K_16s_C1R, for 32-bit samples. */
 ZMXJ_API ZmxStatus zmxiWTInvCol_B53_JPEG2K_32s_C1R(const Zmx32s* pSrcLow, int srcLowStep, const Zmx32s* pSrcHigh,
-                                                   int srcHighStep, ZmxiSize srcRoiSize, Zmx32s* pDst, int dstStep, int phase);
+                                                   int srcHighStep, ZmxiSize srcRoiSize, Zmx32s* pDst, int dstStep,
+                                                   int phase);
 
 /** Makes one high and one low row.
  *
@@ -154,10 +162,12 @@ ZMXJ_API ZmxStatus zmxiWTInvCol_B53_JPEG2K_32s_C1R(const Zmx32s* pSrcLow, int sr
  *  \return zmxStsNullPtrErr for the pointers; zmxStsSizeErr for width
  */
 ZMXJ_API ZmxStatus zmxiWTFwdColLift_B53_JPEG2K_16s_C1(const Zmx16s* pSrc0, const Zmx16s* pSrc1, const Zmx16s* pSrc2,
-                                                      Zmx16s* pDstLow0, const Zmx16s* pSrcHigh0, Zmx16s* pDstHigh1, int width);
+                                                      Zmx16s* pDstLow0, const Zmx16s* pSrcHigh0, Zmx16s* pDstHigh1,
+                                                      int width);
 /** As zmxiWTFwdColLift_B53_JPEG2K_16s_C1, for 32-bit samples. */
 ZMXJ_API ZmxStatus zmxiWTFwdColLift_B53_JPEG2K_32s_C1(const Zmx32s* pSrc0, const Zmx32s* pSrc1, const Zmx32s* pSrc2,
-                                                      Zmx32s* pDstLow0, const Zmx32s* pSrcHigh0, Zmx32s* pDstHigh1, int width);
+                                                      Zmx32s* pDstLow0, const Zmx32s* pSrcHigh0, Zmx32s* pDstHigh1,
+                                                      int width);
 
 /** Rebuilds two rows.
  *
@@ -170,11 +180,13 @@ ZMXJ_API ZmxStatus zmxiWTFwdColLift_B53_JPEG2K_32s_C1(const Zmx32s* pSrc0, const
  *  \param width      samples of a row, at least 1
  *  \return zmxStsNullPtrErr for the pointers; zmxStsSizeErr for width
  */
-ZMXJ_API ZmxStatus zmxiWTInvColLift_B53_JPEG2K_16s_C1(const Zmx16s* pSrcLow1, const Zmx16s* pSrcHigh0, const Zmx16s* pSrcHigh1,
-                                                      const Zmx16s* pSrc0, Zmx16s* pDst1, Zmx16s* pDst2, int width);
+ZMXJ_API ZmxStatus zmxiWTInvColLift_B53_JPEG2K_16s_C1(const Zmx16s* pSrcLow1, const Zmx16s* pSrcHigh0,
+                                                      const Zmx16s* pSrcHigh1, const Zmx16s* pSrc0, Zmx16s* pDst1,
+                                                      Zmx16s* pDst2, int width);
 /** As zmxiWTInvColLift_B53_JPEG2K_16s_C1, for 32-bit samples. */
-ZMXJ_API ZmxStatus zmxiWTInvColLift_B53_JPEG2K_32s_C1(const Zmx32s* pSrcLow1, const Zmx32s* pSrcHigh0, const Zmx32s* pSrcHigh1,
-                                                      const Zmx32s* pSrc0, Zmx32s* pDst1, Zmx32s* pDst2, int width);
+ZMXJ_API ZmxStatus zmxiWTInvColLift_B53_JPEG2K_32s_C1(const Zmx32s* pSrcLow1, const Zmx32s* pSrcHigh0,
+                                                      const Zmx32s* pSrcHigh1, const Zmx32s* pSrc0, Zmx32s* pDst1,
+                                                      Zmx32s* pDst2, int width);
 
 /* ---- The irreversible 9/7 filter.
  *
@@ -201,14 +213,18 @@ ZMXJ_API ZmxStatus zmxiWTInvColLift_B53_JPEG2K_32s_C1(const Zmx32s* pSrcLow1, co
  *  \param pBuffer     scratch memory
  *  \return zmxStsNullPtrErr for pSrcDst; zmxStsStepErr for srcDstStep; zmxStsNullPtrErr for pTileRect, pBuffer
  */
-ZMXJ_API ZmxStatus zmxiWTFwd_D97_JPEG2K_16s_C1IR(Zmx16s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect, Zmx8u* pBuffer);
+ZMXJ_API ZmxStatus zmxiWTFwd_D97_JPEG2K_16s_C1IR(Zmx16s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect,
+                                                 Zmx8u* pBuffer);
 /** As zmxiWTFwd_D97_JPEG2K_16s_C1IR, for 32-bit samples. */
-ZMXJ_API ZmxStatus zmxiWTFwd_D97_JPEG2K_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect, Zmx8u* pBuffer);
+ZMXJ_API ZmxStatus zmxiWTFwd_D97_JPEG2K_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect,
+                                                 Zmx8u* pBuffer);
 /** The inverse transform in place: all rows, then all columns; the low band comes first at every origin. Arguments and
  *  statuses as zmxiWTFwd_D97_JPEG2K_16s_C1IR. */
-ZMXJ_API ZmxStatus zmxiWTInv_D97_JPEG2K_16s_C1IR(Zmx16s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect, Zmx8u* pBuffer);
+ZMXJ_API ZmxStatus zmxiWTInv_D97_JPEG2K_16s_C1IR(Zmx16s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect,
+                                                 Zmx8u* pBuffer);
 /** As zmxiWTInv_D97_JPEG2K_16s_C1IR, for 32-bit samples. */
-ZMXJ_API ZmxStatus zmxiWTInv_D97_JPEG2K_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect, Zmx8u* pBuffer);
+ZMXJ_API ZmxStatus zmxiWTInv_D97_JPEG2K_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect,
+                                                 Zmx8u* pBuffer);
 
 /** Transforms a plane into four bands. Arguments and statuses as zmxiWTFwd_B53_JPEG2K_16s_C1R. */
 ZMXJ_API ZmxStatus zmxiWTFwd_D97_JPEG2K_16s_C1R(const Zmx16s* pSrc, int srcStep, const ZmxiRect* pTileRect,
@@ -217,11 +233,11 @@ ZMXJ_API ZmxStatus zmxiWTFwd_D97_JPEG2K_16s_C1R(const Zmx16s* pSrc, int srcStep,
 ZMXJ_API ZmxStatus zmxiWTFwd_D97_JPEG2K_32s_C1R(const Zmx32s* pSrc, int srcStep, const ZmxiRect* pTileRect,
                                                 Zmx32s* const pDst[4], const int dstStep[4], Zmx8u* pBuffer);
 /** Brings four bands back into a plane. Arguments and statuses as zmxiWTInv_B53_JPEG2K_16s_C1R. */
-ZMXJ_API ZmxStatus zmxiWTInv_D97_JPEG2K_16s_C1R(const Zmx16s* const pSrc[4], const int srcStep[4], Zmx16s* pDst, int dstStep,
-                                                const ZmxiRect* pTileRect, Zmx8u* pBuffer);
+ZMXJ_API ZmxStatus zmxiWTInv_D97_JPEG2K_16s_C1R(const Zmx16s* const pSrc[4], const int srcStep[4], Zmx16s* pDst,
+                                                int dstStep, const ZmxiRect* pTileRect, Zmx8u* pBuffer);
 /** As zmxiWTInv_D97_JPEG2K_16s_C1R, for 32-bit samples. */
-ZMXJ_API ZmxStatus zmxiWTInv_D97_JPEG2K_32s_C1R(const Zmx32s* const pSrc[4], const int srcStep[4], Zmx32s* pDst, int dstStep,
-                                                const ZmxiRect* pTileRect, Zmx8u* pBuffer);
+ZMXJ_API ZmxStatus zmxiWTInv_D97_JPEG2K_32s_C1R(const Zmx32s* const pSrc[4], const int srcStep[4], Zmx32s* pDst,
+                                                int dstStep, const ZmxiRect* pTileRect, Zmx8u* pBuffer);
 
 /** Tells the bytes of scratch memory that a whole-plane function needs, as zmxiWTGetBufSize_B53_JPEG2K_16s_C1IR does; 0 where
  *  both sides of the tile are below 2 (forms in place). */
@@ -256,16 +272,20 @@ ZMXJ_API ZmxStatus zmxiWTFwdCol_D97_JPEG2K_32f_C1R(const Zmx32f* pSrc, int srcSt
  *  zmxiWTInvRow_B53_JPEG2K_16s_C1R.
  */
 ZMXJ_API ZmxStatus zmxiWTInvRow_D97_JPEG2K_16s_C1R(const Zmx16s* pSrcLow, int srcLowStep, const Zmx16s* pSrcHigh,
-                                                   int srcHighStep, ZmxiSize srcRoiSize, Zmx16s* pDst, int dstStep, int phase);
+                                                   int srcHighStep, ZmxiSize srcRoiSize, Zmx16s* pDst, int dstStep,
+                                                   int phase);
 /** As zmxiWTInvRow_D97_JPEG2K_16s_C1R, for 32-bit samples. */
 ZMXJ_API ZmxStatus zmxiWTInvRow_D97_JPEG2K_32s_C1R(const Zmx32s* pSrcLow, int srcLowStep, const Zmx32s* pSrcHigh,
-                                                   int srcHighStep, ZmxiSize srcRoiSize, Zmx32s* pDst, int dstStep, int phase);
+                                                   int srcHighStep, ZmxiSize srcRoiSize, Zmx32s* pDst, int dstStep,
+                                                   int phase);
 /** As zmxiWTInvRow_D97_JPEG2K_16s_C1R, for floats. */
 ZMXJ_API ZmxStatus zmxiWTInvRow_D97_JPEG2K_32f_C1R(const Zmx32f* pSrcLow, int srcLowStep, const Zmx32f* pSrcHigh,
-                                                   int srcHighStep, ZmxiSize srcRoiSize, Zmx32f* pDst, int dstStep, int phase);
+                                                   int srcHighStep, ZmxiSize srcRoiSize, Zmx32f* pDst, int dstStep,
+                                                   int phase);
 /** As zmxiWTInvRow_D97_JPEG2K_32f_C1R, down the columns. */
 ZMXJ_API ZmxStatus zmxiWTInvCol_D97_JPEG2K_32f_C1R(const Zmx32f* pSrcLow, int srcLowStep, const Zmx32f* pSrcHigh,
-                                                   int srcHighStep, ZmxiSize srcRoiSize, Zmx32f* pDst, int dstStep, int phase);
+                                                   int srcHighStep, ZmxiSize srcRoiSize, Zmx32f* pDst, int dstStep,
+                                                   int phase);
 
 /** One stage of the forward pipeline over rows; with r the stages so far:
  *
@@ -303,17 +323,17 @@ ZMXJ_API ZmxStatus zmxiWTFwdColLift_D97_JPEG2K_32f_C1(const Zmx32f* pSrc0, const
  *  \param width      samples of a row, at least 1
  *  \return zmxStsNullPtrErr for the pointers; zmxStsSizeErr for width
  */
-ZMXJ_API ZmxStatus zmxiWTInvColLift_D97_JPEG2K_16s_C1(const Zmx16s* pSrcLow0, const Zmx16s* pSrcHigh0, const Zmx16s* pSrcHigh1,
-                                                      const Zmx16s* pSrc0, Zmx16s* pSrcDst1, Zmx16s* pSrcDst2, Zmx16s* pDst3,
-                                                      Zmx16s* pDst4, int width);
+ZMXJ_API ZmxStatus zmxiWTInvColLift_D97_JPEG2K_16s_C1(const Zmx16s* pSrcLow0, const Zmx16s* pSrcHigh0,
+                                                      const Zmx16s* pSrcHigh1, const Zmx16s* pSrc0, Zmx16s* pSrcDst1,
+                                                      Zmx16s* pSrcDst2, Zmx16s* pDst3, Zmx16s* pDst4, int width);
 /** As zmxiWTInvColLift_D97_JPEG2K_16s_C1, for 32-bit samples. */
-ZMXJ_API ZmxStatus zmxiWTInvColLift_D97_JPEG2K_32s_C1(const Zmx32s* pSrcLow0, const Zmx32s* pSrcHigh0, const Zmx32s* pSrcHigh1,
-                                                      const Zmx32s* pSrc0, Zmx32s* pSrcDst1, Zmx32s* pSrcDst2, Zmx32s* pDst3,
-                                                      Zmx32s* pDst4, int width);
+ZMXJ_API ZmxStatus zmxiWTInvColLift_D97_JPEG2K_32s_C1(const Zmx32s* pSrcLow0, const Zmx32s* pSrcHigh0,
+                                                      const Zmx32s* pSrcHigh1, const Zmx32s* pSrc0, Zmx32s* pSrcDst1,
+                                                      Zmx32s* pSrcDst2, Zmx32s* pDst3, Zmx32s* pDst4, int width);
 /** As zmxiWTInvColLift_D97_JPEG2K_16s_C1, for floats. */
-ZMXJ_API ZmxStatus zmxiWTInvColLift_D97_JPEG2K_32f_C1(const Zmx32f* pSrcLow0, const Zmx32f* pSrcHigh0, const Zmx32f* pSrcHigh1,
-                                                      const Zmx32f* pSrc0, Zmx32f* pSrcDst1, Zmx32f* pSrcDst2, Zmx32f* pDst3,
-                                                      Zmx32f* pDst4, int width);
+ZMXJ_API ZmxStatus zmxiWTInvColLift_D97_JPEG2K_32f_C1(const Zmx32f* pSrcLow0, const Zmx32f* pSrcHigh0,
+                                                      const Zmx32f* pSrcHigh1, const Zmx32f* pSrc0, Zmx32f* pSrcDst1,
+                                                      Zmx32f* pSrcDst2, Zmx32f* pDst3, Zmx32f* pDst4, int width);
 
 #ifdef __cplusplus
 }

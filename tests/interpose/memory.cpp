@@ -29,7 +29,9 @@ extern "C" void* zmxMalloc(int len) {
 }
 
 extern "C" void zmxFree(void* ptr) {
-    if (ptr) --held;
-    else ++nulls;
+    if (ptr)
+        --held;
+    else
+        ++nulls;
     std::free(ptr);
 }

@@ -144,8 +144,7 @@ Texels decodeBc7(const Zmx8u* block) {
     const int ends = 2 * mode.subsets;
     int end[6][4];
     for (int channel = 0; channel < 4; ++channel)
-        for (int e = 0; e < ends; ++e)
-            end[e][channel] = in.bits(channel < 3 ? mode.colourBits : mode.alphaBits);
+        for (int e = 0; e < ends; ++e) end[e][channel] = in.bits(channel < 3 ? mode.colourBits : mode.alphaBits);
     int pBit[6] = {};
     for (int i = 0; i < mode.pBits; ++i) pBit[i] = in.bit();
 
@@ -165,8 +164,7 @@ Texels decodeBc7(const Zmx8u* block) {
     }
 
     int first[16], second[16] = {};
-    for (int n = 0; n < 16; ++n)
-        first[n] = in.bits(mode.indexBits - (isAnchor(mode.subsets, partition, n) ? 1 : 0));
+    for (int n = 0; n < 16; ++n) first[n] = in.bits(mode.indexBits - (isAnchor(mode.subsets, partition, n) ? 1 : 0));
     if (mode.secondIndexBits > 0)
         for (int n = 0; n < 16; ++n) second[n] = in.bits(mode.secondIndexBits - (n == 0 ? 1 : 0));
     assert(in.position() == 128); // the fields of every mode fill the block

@@ -35,8 +35,7 @@ const CodingPasses::Sample* CodingPasses::seen(int x, int y, int dx, int dy) con
 
 CodingPasses::Around CodingPasses::around(int x, int y) const {
     const auto one = [&](int dx, int dy) { return seen(x, y, dx, dy) ? 1 : 0; };
-    return {one(-1, 0) + one(1, 0), one(0, -1) + one(0, 1),
-            one(-1, -1) + one(1, -1) + one(-1, 1) + one(1, 1)};
+    return {one(-1, 0) + one(1, 0), one(0, -1) + one(0, 1), one(-1, -1) + one(1, -1) + one(-1, 1) + one(1, 1)};
 }
 
 // Table D.1.
@@ -145,8 +144,7 @@ void CodingPasses::cleanupPass() {
                 }
             }
         }
-        if (y >= doneTo && !at(x, y).significant && !at(x, y).visited &&
-            code(zeroCodingContext(x, y), bitOf(x, y)))
+        if (y >= doneTo && !at(x, y).significant && !at(x, y).visited && code(zeroCodingContext(x, y), bitOf(x, y)))
             codeSign(x, y, false);
         at(x, y).visited = false;
     });
@@ -154,8 +152,7 @@ void CodingPasses::cleanupPass() {
 
 // ---- decoder
 
-void BlockDecoder::attach(void* dst, int dstStep, ZmxiSize size, int subband, int nBitPlanes,
-                          unsigned cbStyle) {
+void BlockDecoder::attach(void* dst, int dstStep, ZmxiSize size, int subband, int nBitPlanes, unsigned cbStyle) {
     style = cbStyle;
     samples = Samples(dst, dstStep);
     setBlock(size.width, size.height, subband, has(KeepFlags));
@@ -375,8 +372,8 @@ void BlockEncoder::beginPass(bool raw) {
     passes.back().exponent = 2 * (plane - basePlane) - 13;
 }
 
-void BlockEncoder::load(const void* src, int srcStep, ZmxiSize size, int subband, int magnBits,
-                        int mqTermType, unsigned codeStyle) {
+void BlockEncoder::load(const void* src, int srcStep, ZmxiSize size, int subband, int magnBits, int mqTermType,
+                        unsigned codeStyle) {
     *this = BlockEncoder();
     samples = Samples(const_cast<void*>(src), srcStep);
     style = codeStyle;

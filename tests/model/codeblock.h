@@ -14,9 +14,9 @@
 namespace model {
 
 // Style flags.
-inline constexpr unsigned Causal = 0x1, Bypass = 0x2, TermAll = 0x4, ResetCtx = 0x8, SegSym = 0x10,
-                          Lossless = 0x20, Conceal = 0x10000, KeepDst = 0x20000, KeepMidpoint = 0x40000,
-                          KeepFlags = 0x80000, ErrorPrediction = 0x100000;
+inline constexpr unsigned Causal = 0x1, Bypass = 0x2, TermAll = 0x4, ResetCtx = 0x8, SegSym = 0x10, Lossless = 0x20,
+                          Conceal = 0x10000, KeepDst = 0x20000, KeepMidpoint = 0x40000, KeepFlags = 0x80000,
+                          ErrorPrediction = 0x100000;
 
 // The scan, the contexts and the state of the samples. Both coders hand every decision through code(): the
 // encoder records the value that it is given, the decoder disregards it and answers with what the segment
@@ -82,9 +82,8 @@ public:
     void attach(void* dst, int dstStep, ZmxiSize size, int subband, int nBitPlanes, unsigned style);
     ZmxStatus step(const std::uint8_t* segment, int length);
     // Everything in one go; errorPlane is written after damage only.
-    ZmxStatus block(const std::uint8_t* src, void* dst, int dstStep, ZmxiSize size, int subband,
-                    int nBitPlanes, int nPasses, const std::vector<int>& lengths, unsigned style,
-                    int& errorPlane);
+    ZmxStatus block(const std::uint8_t* src, void* dst, int dstStep, ZmxiSize size, int subband, int nBitPlanes,
+                    int nPasses, const std::vector<int>& lengths, unsigned style, int& errorPlane);
 
     int passCounter = 0, plane = -1;
 
@@ -124,8 +123,7 @@ private:
 
 class BlockEncoder : private CodingPasses {
 public:
-    void load(const void* src, int srcStep, ZmxiSize size, int subband, int magnBits, int mqTermType,
-              unsigned style);
+    void load(const void* src, int srcStep, ZmxiSize size, int subband, int magnBits, int mqTermType, unsigned style);
     // As many bytes as fit. Tells how many; more is set while there are others.
     int store(std::uint8_t* dst, int capacity, bool& more);
 

@@ -14,13 +14,11 @@ struct Field {
 std::array<Field, 3> fieldsOf(Layout l) {
     const int green = l == Layout::Rgb565 || l == Layout::Bgr565 ? 6 : 5;
     const Field low{0, 5}, mid{5, green}, high{5 + green, 5};
-    return l == Layout::Rgb555 || l == Layout::Rgb565 ? std::array{low, mid, high}
-                                                      : std::array{high, mid, low};
+    return l == Layout::Rgb555 || l == Layout::Rgb565 ? std::array{low, mid, high} : std::array{high, mid, low};
 }
 
 Zmx8u* at(const Rows& r, int plane, int x, int y) {
-    return r.plane[std::size_t(plane)] + std::ptrdiff_t(r.step) * y +
-           std::ptrdiff_t(x) * pixelBytes(r.layout);
+    return r.plane[std::size_t(plane)] + std::ptrdiff_t(r.step) * y + std::ptrdiff_t(x) * pixelBytes(r.layout);
 }
 
 // Packed words lie low byte first.
@@ -119,8 +117,7 @@ int pixelBytes(Layout l) {
 
 Pixel4 fromYCbCr(Pixel4 p) {
     const int y = p[0], cb = p[1] - 128, cr = p[2] - 128;
-    return {limit8u(y + ((91881 * cr + 32768) >> 16)),
-            limit8u(y + ((-22554 * cb - 46802 * cr + 32768) >> 16)),
+    return {limit8u(y + ((91881 * cr + 32768) >> 16)), limit8u(y + ((-22554 * cb - 46802 * cr + 32768) >> 16)),
             limit8u(y + ((116130 * cb + 32768) >> 16)), p[3]};
 }
 
@@ -128,8 +125,7 @@ Pixel4 toYCbCr(Pixel4 p) {
     const int r = p[0], g = p[1], b = p[2];
     // The offset of chroma is rounded by one less than a half.
     const int offset = 128 * 65536 + 32767;
-    return {(19595 * r + 38470 * g + 7471 * b + 32768) >> 16,
-            (-11059 * r - 21709 * g + 32768 * b + offset) >> 16,
+    return {(19595 * r + 38470 * g + 7471 * b + 32768) >> 16, (-11059 * r - 21709 * g + 32768 * b + offset) >> 16,
             (32768 * r - 27439 * g - 5329 * b + offset) >> 16, p[3]};
 }
 

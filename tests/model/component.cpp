@@ -19,8 +19,7 @@ long double constant(Zmx32u bits) { return std::bit_cast<float>(bits); }
 
 template <class T> Pixel<T> rctForward(Pixel<T> p) {
     const Zmx32s r = p[0], g = p[1], b = p[2];
-    return {T(sum(sum(r, times(2, g)), b) >> 2), T(low32(std::int64_t(b) - g)),
-            T(low32(std::int64_t(r) - g))};
+    return {T(sum(sum(r, times(2, g)), b) >> 2), T(low32(std::int64_t(b) - g)), T(low32(std::int64_t(r) - g))};
 }
 
 template <class T> Pixel<T> rctInverse(Pixel<T> p) {
@@ -51,8 +50,7 @@ template <> Pixel<Zmx32f> ictForward(Pixel<Zmx32f> p) {
 
 template <> Pixel<Zmx32f> ictInverse(Pixel<Zmx32f> p) {
     const long double y = p[0], cb = p[1], cr = p[2];
-    return {Zmx32f(cr * constant(0x3FB374BC) + y),
-            Zmx32f((y - cb * constant(0x3EB031CF)) - cr * constant(0x3F36D1E1)),
+    return {Zmx32f(cr * constant(0x3FB374BC) + y), Zmx32f((y - cb * constant(0x3EB031CF)) - cr * constant(0x3F36D1E1)),
             Zmx32f(cb * constant(0x3FE2D0E5) + y)};
 }
 

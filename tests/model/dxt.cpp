@@ -79,8 +79,7 @@ Texels decodeDxt5(const Zmx8u* block) {
     const int c0 = bitsAt(block, 64, 16), c1 = bitsAt(block, 80, 16);
     Texels out{};
     for (int n = 0; n < 16; ++n)
-        out[n] =
-            fourColours(c0, c1, bitsAt(block, 96 + 2 * n, 2), alphaOf(a0, a1, bitsAt(block, 16 + 3 * n, 3)));
+        out[n] = fourColours(c0, c1, bitsAt(block, 96 + 2 * n, 2), alphaOf(a0, a1, bitsAt(block, 16 + 3 * n, 3)));
     return out;
 }
 

@@ -37,8 +37,7 @@ void assignCodes(std::vector<Code>& codes) {
 // Whether after the last code of some size the next code has reached 2^size.
 bool overflows(const std::vector<Code>& codes) {
     for (std::size_t i = 0; i < codes.size(); ++i)
-        if ((i + 1 == codes.size() || codes[i + 1].size != codes[i].size) &&
-            codes[i].code + 1 >= (1L << codes[i].size))
+        if ((i + 1 == codes.size() || codes[i + 1].size != codes[i].size) && codes[i].code + 1 >= (1L << codes[i].size))
             return true;
     return false;
 }

@@ -73,8 +73,7 @@ ZmxStatus encodeOne(Writer& w, Zmx16s value, const EncodeSpec& spec) {
     return writeBits(w, Zmx32u(value < 0 ? value - 1 : value), size);
 }
 
-ZmxStatus encodeRow(Writer& w, const Zmx16s* const* src, int width, int planes,
-                    const EncodeSpec* const* specs) {
+ZmxStatus encodeRow(Writer& w, const Zmx16s* const* src, int width, int planes, const EncodeSpec* const* specs) {
     for (int x = 0; x < width; ++x)
         for (int c = 0; c < std::min(planes, 4); ++c)
             if (ZmxStatus s = encodeOne(w, src[c][x], *specs[c])) return s;

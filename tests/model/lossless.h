@@ -13,7 +13,6 @@ void reconstructRow(const Zmx16s* src, const Zmx16s* above, Zmx16s* dst, int wid
 ZmxStatus decodeOne(Reader& r, Zmx16s& dst, const DecodeSpec& spec);
 ZmxStatus decodeRow(Reader& r, Zmx16s* const* dst, int width, int planes, const DecodeSpec* const* specs);
 ZmxStatus encodeOne(Writer& w, Zmx16s value, const EncodeSpec& spec);
-ZmxStatus encodeRow(Writer& w, const Zmx16s* const* src, int width, int planes,
-                    const EncodeSpec* const* specs);
+ZmxStatus encodeRow(Writer& w, const Zmx16s* const* src, int width, int planes, const EncodeSpec* const* specs);
 
 } // namespace model

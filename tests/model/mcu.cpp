@@ -15,9 +15,12 @@ bool halfHeight(Sampling s) { return s == Sampling::S411; }
 
 int lumaIndex(Sampling s, int x, int y) {
     switch (s) {
-    case Sampling::S444: return 8 * y + x;
-    case Sampling::S422: return 64 * (x / 8) + 8 * y + x % 8;
-    case Sampling::S411: break;
+    case Sampling::S444:
+        return 8 * y + x;
+    case Sampling::S422:
+        return 64 * (x / 8) + 8 * y + x % 8;
+    case Sampling::S411:
+        break;
     }
     return 64 * (2 * (y / 8) + x / 8) + 8 * (y % 8) + x % 8;
 }
@@ -31,8 +34,7 @@ struct Rgb {
 Rgb rgbFromYcc(int y, int cb, int cr) {
     const Word red = (Word(91881) * cr) >> 16, green = (Word(-22554) * cb + Word(-46802) * cr) >> 16,
                blue = (Word(116130) * cb) >> 16;
-    return {limit8u((red + y + 128).value()), limit8u((green + y + 128).value()),
-            limit8u((blue + y + 128).value())};
+    return {limit8u((red + y + 128).value()), limit8u((green + y + 128).value()), limit8u((blue + y + 128).value())};
 }
 
 void storeWord(Zmx8u* d, int v) {
@@ -43,12 +45,20 @@ void storeWord(Zmx8u* d, int v) {
 Rgb unpack(Pixel p, const Zmx8u* s) {
     Zmx16u w;
     switch (p) {
-    case Pixel::RGB: return {s[0], s[1], s[2]};
-    case Pixel::BGR: return {s[2], s[1], s[0]};
-    case Pixel::CMYK: return {255 - s[0], 255 - s[1], 255 - s[2]};
-    case Pixel::BGR555: std::memcpy(&w, s, 2); return {w / 1024 % 32 * 8, w / 32 % 32 * 8, w % 32 * 8};
-    case Pixel::BGR565: std::memcpy(&w, s, 2); return {w / 2048 * 8, w / 32 % 64 * 4, w % 32 * 8};
-    default: return {};
+    case Pixel::RGB:
+        return {s[0], s[1], s[2]};
+    case Pixel::BGR:
+        return {s[2], s[1], s[0]};
+    case Pixel::CMYK:
+        return {255 - s[0], 255 - s[1], 255 - s[2]};
+    case Pixel::BGR555:
+        std::memcpy(&w, s, 2);
+        return {w / 1024 % 32 * 8, w / 32 % 32 * 8, w % 32 * 8};
+    case Pixel::BGR565:
+        std::memcpy(&w, s, 2);
+        return {w / 2048 * 8, w / 32 % 64 * 4, w % 32 * 8};
+    default:
+        return {};
     }
 }
 
@@ -73,16 +83,28 @@ void pixelsFromMcu(Sampling s, Pixel p, const Zmx16s* const* planes, Zmx8u* dst,
             const Rgb c = rgbFromYcc(luma, cb, cr);
             Zmx8u* d = dst + std::ptrdiff_t(y) * dstStep + x * pixelBytes(p);
             switch (p) {
-            case Pixel::RGB: d[0] = Zmx8u(c.r), d[1] = Zmx8u(c.g), d[2] = Zmx8u(c.b); break;
-            case Pixel::BGR: d[0] = Zmx8u(c.b), d[1] = Zmx8u(c.g), d[2] = Zmx8u(c.r); break;
-            case Pixel::BGR555: storeWord(d, c.b / 8 + c.g / 8 * 32 + c.r / 8 * 1024); break;
-            case Pixel::BGR565: storeWord(d, c.b / 8 + c.g / 4 * 32 + c.r / 8 * 2048); break;
+            case Pixel::RGB:
+                d[0] = Zmx8u(c.r), d[1] = Zmx8u(c.g), d[2] = Zmx8u(c.b);
+                break;
+            case Pixel::BGR:
+                d[0] = Zmx8u(c.b), d[1] = Zmx8u(c.g), d[2] = Zmx8u(c.r);
+                break;
+            case Pixel::BGR555:
+                storeWord(d, c.b / 8 + c.g / 8 * 32 + c.r / 8 * 1024);
+                break;
+            case Pixel::BGR565:
+                storeWord(d, c.b / 8 + c.g / 4 * 32 + c.r / 8 * 2048);
+                break;
             case Pixel::CMYK:
                 d[0] = Zmx8u(255 - c.r), d[1] = Zmx8u(255 - c.g), d[2] = Zmx8u(255 - c.b);
                 d[3] = Zmx8u((planes[3][lumaIndex(s, x, y)] + 128) & 255); // this channel alone wraps
                 break;
-            case Pixel::YCC: d[0] = limit8u(luma + 128), d[1] = limit8u(cb + 128), d[2] = limit8u(cr + 128); break;
-            case Pixel::Pairs422: d[0] = limit8u(luma + 128), d[1] = limit8u((x % 2 ? cr : cb) + 128); break;
+            case Pixel::YCC:
+                d[0] = limit8u(luma + 128), d[1] = limit8u(cb + 128), d[2] = limit8u(cr + 128);
+                break;
+            case Pixel::Pairs422:
+                d[0] = limit8u(luma + 128), d[1] = limit8u((x % 2 ? cr : cb) + 128);
+                break;
             }
         }
 }

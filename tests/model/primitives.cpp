@@ -13,9 +13,12 @@ long double roundedTo(long double v, int mode) {
     const long double whole = std::floor(std::fabs(v)), rest = std::fabs(v) - whole;
     const bool odd = std::fmod(whole, 2.0L) == 1.0L;
     bool up = false; // away from zero
-    if (mode == 0) up = false;
-    else if (mode == 1) up = rest > 0.5L || (rest == 0.5L && odd);
-    else up = rest >= 0.5L;
+    if (mode == 0)
+        up = false;
+    else if (mode == 1)
+        up = rest > 0.5L || (rest == 0.5L && odd);
+    else
+        up = rest >= 0.5L;
     return std::copysign(whole + (up ? 1 : 0), v);
 }
 

@@ -123,9 +123,7 @@ ZmxStatus encodeDCFirst(Writer& w, const Zmx16s* src, Zmx16s& lastDC, int al, co
     return n ? writeBits(w, Zmx32u(diff < 0 ? diff - 1 : diff), n) : ZmxStatus(zmxStsNoErr);
 }
 
-ZmxStatus encodeDCRefine(Writer& w, const Zmx16s* src, int al) {
-    return writeBits(w, Zmx32u(src[0] >> al), 1);
-}
+ZmxStatus encodeDCRefine(Writer& w, const Zmx16s* src, int al) { return writeBits(w, Zmx32u(src[0] >> al), 1); }
 
 ZmxStatus countDCFirst(const Zmx16s* src, Zmx32u* statistics, Zmx16s& lastDC, int al) {
     const int t = src[0] >> al;
@@ -150,9 +148,7 @@ struct Sink {
         ++statistics[s];
         return zmxStsNoErr;
     }
-    ZmxStatus bits(Zmx32u v, int n) {
-        return writer && n ? writeBits(*writer, v, n) : ZmxStatus(zmxStsNoErr);
-    }
+    ZmxStatus bits(Zmx32u v, int n) { return writer && n ? writeBits(*writer, v, n) : ZmxStatus(zmxStsNoErr); }
 
     // The end-of-band run held back.
     ZmxStatus run() {

@@ -64,12 +64,23 @@ void decodeBlock(Extent e, const Zmx16s* src, Zmx8u* dst, int dstStep, const Zmx
     std::memcpy(block, src, sizeof block);
     dequantise(block, table);
     switch (e) {
-    case Extent::Full: dctInverse(block); break;
-    case Extent::Corner2x2: dctInverse2x2(block); break;
-    case Extent::Corner4x4: dctInverse4x4(block); break;
-    case Extent::To2x2: dctTo2x2(block); break;
-    case Extent::To4x4: dctTo4x4(block); break;
-    case Extent::DcOnly: break;
+    case Extent::Full:
+        dctInverse(block);
+        break;
+    case Extent::Corner2x2:
+        dctInverse2x2(block);
+        break;
+    case Extent::Corner4x4:
+        dctInverse4x4(block);
+        break;
+    case Extent::To2x2:
+        dctTo2x2(block);
+        break;
+    case Extent::To4x4:
+        dctTo4x4(block);
+        break;
+    case Extent::DcOnly:
+        break;
     }
     for (int y = 0; y < n; ++y)
         for (int x = 0; x < n; ++x) dst[std::ptrdiff_t(y) * dstStep + x] = add128(block[n * y + x]);

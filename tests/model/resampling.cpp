@@ -5,8 +5,7 @@ namespace model {
 
 int upH2V1(Plane s, int x, int y) {
     const int i = x / 2;
-    return x % 2 == 0 ? (3 * s.at(i, y) + s.at(i - 1, y) + 1) >> 2
-                      : (3 * s.at(i, y) + s.at(i + 1, y) + 2) >> 2;
+    return x % 2 == 0 ? (3 * s.at(i, y) + s.at(i - 1, y) + 1) >> 2 : (3 * s.at(i, y) + s.at(i + 1, y) + 2) >> 2;
 }
 
 int upH2V2(Plane s, int x, int y) {
@@ -19,9 +18,7 @@ int upH2V2(Plane s, int x, int y) {
 int downH2V1(Plane s, int x, int y) { return (s.at(2 * x, y) + s.at(2 * x + 1, y) + 1) >> 1; }
 
 int downH2V2(Plane s, int x, int y) {
-    return (s.at(2 * x, 2 * y) + s.at(2 * x + 1, 2 * y) + s.at(2 * x, 2 * y + 1) +
-            s.at(2 * x + 1, 2 * y + 1) + 3) >>
-           2;
+    return (s.at(2 * x, 2 * y) + s.at(2 * x + 1, 2 * y) + s.at(2 * x, 2 * y + 1) + s.at(2 * x + 1, 2 * y + 1) + 3) >> 2;
 }
 
 void upRowH2V1(const Zmx8u* s, int n, Zmx8u* d) {

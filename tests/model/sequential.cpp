@@ -74,8 +74,7 @@ template <class Put> ZmxStatus walkBlock(const Zmx16s* src, Zmx16s& lastDC, Put 
 
 } // namespace
 
-ZmxStatus encodeBlock(Writer& w, const Zmx16s* src, Zmx16s& lastDC, const EncodeSpec& dc,
-                      const EncodeSpec& ac) {
+ZmxStatus encodeBlock(Writer& w, const Zmx16s* src, Zmx16s& lastDC, const EncodeSpec& dc, const EncodeSpec& ac) {
     return walkBlock(src, lastDC, [&](bool isDC, int symbol, Zmx32u bits, int n) {
         if (ZmxStatus s = writeSymbol(w, isDC ? dc : ac, symbol)) return s;
         return n ? writeBits(w, bits, n) : ZmxStatus(zmxStsNoErr);
@@ -90,8 +89,8 @@ ZmxStatus countBlock(const Zmx16s* src, Zmx32u* dcStatistics, Zmx32u* acStatisti
     });
 }
 
-void encodeBlockDirect(const Zmx16s* src, std::vector<Zmx8u>& dst, int& bitsLen, Zmx16s& lastDC,
-                       const EncodeSpec& dc, const EncodeSpec& ac) {
+void encodeBlockDirect(const Zmx16s* src, std::vector<Zmx8u>& dst, int& bitsLen, Zmx16s& lastDC, const EncodeSpec& dc,
+                       const EncodeSpec& ac) {
     const auto at = [&](int i) -> Zmx8u& {
         if (std::size_t(i) >= dst.size()) dst.resize(std::size_t(i) + 1);
         return dst[std::size_t(i)];
@@ -212,8 +211,7 @@ struct Direct {
 
 } // namespace
 
-ZmxStatus decodeBlockDirect(DirectReader& r, Zmx16s* dst, Zmx16s& lastDC, const DecodeSpec& dc,
-                            const DecodeSpec& ac) {
+ZmxStatus decodeBlockDirect(DirectReader& r, Zmx16s* dst, Zmx16s& lastDC, const DecodeSpec& dc, const DecodeSpec& ac) {
     Direct d{r, r.bitsLen >> 3};
     std::memset(dst, 0, 64 * sizeof *dst);
     int v = 0;

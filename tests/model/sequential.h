@@ -12,8 +12,7 @@ namespace model {
 int zigzagEntry(int k);
 
 ZmxStatus decodeBlock(Reader& r, Zmx16s* dst, Zmx16s& lastDC, const DecodeSpec& dc, const DecodeSpec& ac);
-ZmxStatus encodeBlock(Writer& w, const Zmx16s* src, Zmx16s& lastDC, const EncodeSpec& dc,
-                      const EncodeSpec& ac);
+ZmxStatus encodeBlock(Writer& w, const Zmx16s* src, Zmx16s& lastDC, const EncodeSpec& dc, const EncodeSpec& ac);
 ZmxStatus countBlock(const Zmx16s* src, Zmx32u* dcStatistics, Zmx32u* acStatistics, Zmx16s& lastDC);
 
 // One call's view of a stream that is read without bounds. `noValue` and `noPath` are those of Reader;
@@ -29,11 +28,10 @@ struct DirectReader {
     bool noPath = false;
     bool astray = false;
 };
-ZmxStatus decodeBlockDirect(DirectReader& r, Zmx16s* dst, Zmx16s& lastDC, const DecodeSpec& dc,
-                            const DecodeSpec& ac);
+ZmxStatus decodeBlockDirect(DirectReader& r, Zmx16s* dst, Zmx16s& lastDC, const DecodeSpec& dc, const DecodeSpec& ac);
 
 // dst grows to hold every byte that is written.
-void encodeBlockDirect(const Zmx16s* src, std::vector<Zmx8u>& dst, int& bitsLen, Zmx16s& lastDC,
-                       const EncodeSpec& dc, const EncodeSpec& ac);
+void encodeBlockDirect(const Zmx16s* src, std::vector<Zmx8u>& dst, int& bitsLen, Zmx16s& lastDC, const EncodeSpec& dc,
+                       const EncodeSpec& ac);
 
 } // namespace model

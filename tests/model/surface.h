@@ -32,8 +32,7 @@ inline std::size_t blocksOf(ZmxiSize roi) {
 
 // Block by block, so that of rows that overlap the later block's pixels stay.
 template <class Decode>
-void decodeSurface(const Zmx8u* blocks, int blockBytes, Decode decode, Zmx8u* dst, Zmx32u dstStep,
-                   ZmxiSize roi) {
+void decodeSurface(const Zmx8u* blocks, int blockBytes, Decode decode, Zmx8u* dst, Zmx32u dstStep, ZmxiSize roi) {
     for (int by = 0; by < blocksOf(roi.height); ++by) {
         for (int bx = 0; bx < blocksOf(roi.width); ++bx) {
             const Texels texels = decode(blocks);
@@ -50,14 +49,13 @@ void decodeSurface(const Zmx8u* blocks, int blockBytes, Decode decode, Zmx8u* ds
 
 // Beyond the region the last column and the last row are repeated.
 template <class Encode>
-void encodeSurface(const Zmx8u* src, int channels, Zmx32u srcStep, ZmxiSize roi, Encode encode,
-                   int blockBytes, Zmx8u* blocks) {
+void encodeSurface(const Zmx8u* src, int channels, Zmx32u srcStep, ZmxiSize roi, Encode encode, int blockBytes,
+                   Zmx8u* blocks) {
     for (int by = 0; by < blocksOf(roi.height); ++by) {
         for (int bx = 0; bx < blocksOf(roi.width); ++bx) {
             Texels texels{};
             for (int n = 0; n < 16; ++n) {
-                const int x = std::min(4 * bx + n % 4, roi.width - 1),
-                          y = std::min(4 * by + n / 4, roi.height - 1);
+                const int x = std::min(4 * bx + n % 4, roi.width - 1), y = std::min(4 * by + n / 4, roi.height - 1);
                 for (int c = 0; c < channels; ++c)
                     texels[n][c] = src[std::size_t(srcStep) * std::size_t(y) + std::size_t(channels * x + c)];
             }

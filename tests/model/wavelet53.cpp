@@ -88,8 +88,7 @@ template <class T> void inverseLine53(const T* low, const T* high, T* dst, int w
 }
 
 template <class T>
-void forwardLift53(const T* src0, const T* src1, const T* src2, T* dstLow0, const T* srcHigh0, T* dstHigh1,
-                   int width) {
+void forwardLift53(const T* src0, const T* src1, const T* src2, T* dstLow0, const T* srcHigh0, T* dstHigh1, int width) {
     for (int i = 0; i < width; ++i) {
         const T d = minus(src1[i], half(src0[i], src2[i]));
         dstHigh1[i] = d;
@@ -98,8 +97,7 @@ void forwardLift53(const T* src0, const T* src1, const T* src2, T* dstLow0, cons
 }
 
 template <class T>
-void inverseLift53(const T* srcLow1, const T* srcHigh0, const T* srcHigh1, const T* src0, T* dst1, T* dst2,
-                   int width) {
+void inverseLift53(const T* srcLow1, const T* srcHigh0, const T* srcHigh1, const T* src0, T* dst1, T* dst2, int width) {
     for (int i = 0; i < width; ++i) {
         const T e = minus(srcLow1[i], quarter(srcHigh0[i], srcHigh1[i]));
         dst1[i] = plus(srcHigh0[i], half(src0[i], e));
@@ -115,13 +113,9 @@ template void forwardLine53(const Zmx16s*, Zmx16s*, Zmx16s*, int, int);
 template void forwardLine53(const Zmx32s*, Zmx32s*, Zmx32s*, int, int);
 template void inverseLine53(const Zmx16s*, const Zmx16s*, Zmx16s*, int, int);
 template void inverseLine53(const Zmx32s*, const Zmx32s*, Zmx32s*, int, int);
-template void forwardLift53(const Zmx16s*, const Zmx16s*, const Zmx16s*, Zmx16s*, const Zmx16s*, Zmx16s*,
-                            int);
-template void forwardLift53(const Zmx32s*, const Zmx32s*, const Zmx32s*, Zmx32s*, const Zmx32s*, Zmx32s*,
-                            int);
-template void inverseLift53(const Zmx16s*, const Zmx16s*, const Zmx16s*, const Zmx16s*, Zmx16s*, Zmx16s*,
-                            int);
-template void inverseLift53(const Zmx32s*, const Zmx32s*, const Zmx32s*, const Zmx32s*, Zmx32s*, Zmx32s*,
-                            int);
+template void forwardLift53(const Zmx16s*, const Zmx16s*, const Zmx16s*, Zmx16s*, const Zmx16s*, Zmx16s*, int);
+template void forwardLift53(const Zmx32s*, const Zmx32s*, const Zmx32s*, Zmx32s*, const Zmx32s*, Zmx32s*, int);
+template void inverseLift53(const Zmx16s*, const Zmx16s*, const Zmx16s*, const Zmx16s*, Zmx16s*, Zmx16s*, int);
+template void inverseLift53(const Zmx32s*, const Zmx32s*, const Zmx32s*, const Zmx32s*, Zmx32s*, Zmx32s*, int);
 
 } // namespace model

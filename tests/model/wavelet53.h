@@ -14,11 +14,9 @@ template <class T> void inverseLine53(const T* low, const T* high, T* dst, int w
 
 // One column lifting stage.
 template <class T>
-void forwardLift53(const T* src0, const T* src1, const T* src2, T* dstLow0, const T* srcHigh0, T* dstHigh1,
-                   int width);
+void forwardLift53(const T* src0, const T* src1, const T* src2, T* dstLow0, const T* srcHigh0, T* dstHigh1, int width);
 template <class T>
-void inverseLift53(const T* srcLow1, const T* srcHigh0, const T* srcHigh1, const T* src0, T* dst1, T* dst2,
-                   int width);
+void inverseLift53(const T* srcLow1, const T* srcHigh0, const T* srcHigh1, const T* src0, T* dst1, T* dst2, int width);
 
 template <class T> int lineSize53(const ZmxiRect& r) { return lineBytes(r.width, r.height, 3, sizeof(T), 4); }
 template <class T> int bandSize53(const ZmxiRect& r) {

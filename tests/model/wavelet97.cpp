@@ -59,9 +59,7 @@ struct Unrounded {
     using Value = Extended;
     static Value add(Value x, Constant c, Value a, Value b) { return x + c.value() * (a + b); }
     static Value sub(Value x, Constant c, Value a, Value b) { return x - c.value() * (a + b); }
-    static Value first(Zmx32s x, Zmx32s a, Zmx32s b) {
-        return Value(x) + kAlpha.value() * Value(wrap(Wide(a) + b));
-    }
+    static Value first(Zmx32s x, Zmx32s a, Zmx32s b) { return Value(x) + kAlpha.value() * Value(wrap(Wide(a) + b)); }
     static Value scale(Value x, Constant c) { return x * c.value(); }
     static Zmx32s sample(Value x) { return toSample(x); }
 };
@@ -171,9 +169,7 @@ struct Wrapping : Q16<Zmx32s, wrapped, wrapped> {
 };
 // Extended precision; what stands in a row is a float.
 struct Floats : Unrounded {
-    static Value evenOf(Value l, Value h0, Value h1) {
-        return kK.value() * l - kDeltaInvK.value() * (h0 + h1);
-    }
+    static Value evenOf(Value l, Value h0, Value h1) { return kK.value() * l - kDeltaInvK.value() * (h0 + h1); }
     static Value oddOf(Value h, Value b0, Value b1) { return kInvK.value() * h - kGamma.value() * (b0 + b1); }
     static Value firstGamma(Value x, Value a, Value b) { return add(x, kGamma, a, b); }
     static Value lastOdd(Value h, Value b0, Value b1) { return oddOf(h, b0, b1); }
@@ -193,9 +189,7 @@ struct Tapped {
     Extended s; // exact: two samples of any type
     Wide i;
 };
-template <class T> Tapped under(Constant c, T a, T b) {
-    return {c, Extended(a) + Extended(b), Wide(a) + Wide(b)};
-}
+template <class T> Tapped under(Constant c, T a, T b) { return {c, Extended(a) + Extended(b), Wide(a) + Wide(b)}; }
 template <class T> Tapped under(Constant c, T a) { return {c, Extended(a), Wide(a)}; }
 template <> Tapped under(Constant c, Zmx32f a, Zmx32f b) { return {c, Extended(a) + Extended(b), 0}; }
 template <> Tapped under(Constant c, Zmx32f a) { return {c, Extended(a), 0}; }
@@ -239,9 +233,8 @@ template <class T> void inversePair(const T* low, const T* high, T* dst, int q) 
     const Tapped lowPlace[] = {under(g[2], low[-1], low[1]), under(g[0], low[0]), under(c[3], h[-2], h[1]),
                                under(c[1], h[-1], h[0])};
     const T* l = low - q; // the low sample ahead of the high one
-    const Tapped highPlace[] = {under(g[3], l[-1], l[2]), under(g[1], l[0], l[1]),
-                                under(c[4], high[-2], high[2]), under(c[2], high[-1], high[1]),
-                                under(c[0], high[0])};
+    const Tapped highPlace[] = {under(g[3], l[-1], l[2]), under(g[1], l[0], l[1]), under(c[4], high[-2], high[2]),
+                                under(c[2], high[-1], high[1]), under(c[0], high[0])};
     dst[q] = tapSum<T>(lowPlace, Output::Inverse);
     dst[1 - q] = tapSum<T>(highPlace, Output::Inverse);
 }
@@ -275,8 +268,7 @@ template <class T> void forwardLine97(const T* x, T* low, T* high, int w, int ph
     for (int k = -3 + q; k <= 2 * w + 1 + q; k += 2) keep(k, Sys::add(x[k], kAlpha, x[k - 1], x[k + 1]));
     for (int k = -2 + q; k <= 2 * w + q; k += 2) keep(k, Sys::add(x[k], kBeta, v[k - 1], v[k + 1]));
     for (int k = -1 + q; k <= 2 * w - 1 + q; k += 2)
-        keep(k,
-             k < 0 ? Sys::firstGamma(v[k], v[k - 1], v[k + 1]) : Sys::add(v[k], kGamma, v[k - 1], v[k + 1]));
+        keep(k, k < 0 ? Sys::firstGamma(v[k], v[k - 1], v[k + 1]) : Sys::add(v[k], kGamma, v[k - 1], v[k + 1]));
     for (int i = 0; i < w; ++i) {
         const int k = 2 * i + q;
         if constexpr (std::is_same_v<T, Zmx32f>) {
@@ -304,8 +296,8 @@ template <class T> void inverseLine97(const T* low, const T* high, T* dst, int w
     const bool phase0 = q == 0;
     for (int k = -2 - q; k <= 2 * w + 2 - q; k += 2) keep(k, Sys::evenOf(l(k), h(k - 1), h(k + 1)));
     for (int k = -1 - q; k <= 2 * w + 1 - q; k += 2)
-        keep(k, phase0 && k == 2 * w + 1 ? Sys::lastOdd(h(k), v[k - 1], v[k + 1])
-                                         : Sys::oddOf(h(k), v[k - 1], v[k + 1]));
+        keep(k,
+             phase0 && k == 2 * w + 1 ? Sys::lastOdd(h(k), v[k - 1], v[k + 1]) : Sys::oddOf(h(k), v[k - 1], v[k + 1]));
     for (int k = -q; k <= 2 * w - q; k += 2) keep(k, Sys::sub(v[k], kBeta, v[k - 1], v[k + 1]));
     for (int k = 1 - q; k <= 2 * w - 1 - q; k += 2)
         keep(k, phase0 && k == 2 * w - 1 ? Sys::lastSample(v[k], v[k - 1], v[k + 1])
@@ -334,8 +326,8 @@ void forwardLift97(const T* src0, const T* src1, const T* src2, T* srcDstLow0, T
 }
 
 template <class T>
-void inverseLift97(const T* srcLow0, const T* srcHigh0, const T* srcHigh1, const T* src0, T* srcDst1,
-                   T* srcDst2, T* dst3, T* dst4, int width) {
+void inverseLift97(const T* srcLow0, const T* srcHigh0, const T* srcHigh1, const T* src0, T* srcDst1, T* srcDst2,
+                   T* dst3, T* dst4, int width) {
     using Sys = KernelSystem<T>;
     for (int i = 0; i < width; ++i) {
         dst4[i] = Sys::sample(Sys::evenOf(srcLow0[i], srcHigh0[i], srcHigh1[i]));
@@ -356,17 +348,17 @@ template void inverseLine97(const Zmx16s*, const Zmx16s*, Zmx16s*, int, int);
 template void inverseLine97(const Zmx32s*, const Zmx32s*, Zmx32s*, int, int);
 template void inverseLine97(const Zmx32f*, const Zmx32f*, Zmx32f*, int, int);
 
-template void forwardLift97(const Zmx16s*, const Zmx16s*, const Zmx16s*, Zmx16s*, Zmx16s*, Zmx16s*, Zmx16s*,
+template void forwardLift97(const Zmx16s*, const Zmx16s*, const Zmx16s*, Zmx16s*, Zmx16s*, Zmx16s*, Zmx16s*, Zmx16s*,
+                            int);
+template void forwardLift97(const Zmx32s*, const Zmx32s*, const Zmx32s*, Zmx32s*, Zmx32s*, Zmx32s*, Zmx32s*, Zmx32s*,
+                            int);
+template void forwardLift97(const Zmx32f*, const Zmx32f*, const Zmx32f*, Zmx32f*, Zmx32f*, Zmx32f*, Zmx32f*, Zmx32f*,
+                            int);
+template void inverseLift97(const Zmx16s*, const Zmx16s*, const Zmx16s*, const Zmx16s*, Zmx16s*, Zmx16s*, Zmx16s*,
                             Zmx16s*, int);
-template void forwardLift97(const Zmx32s*, const Zmx32s*, const Zmx32s*, Zmx32s*, Zmx32s*, Zmx32s*, Zmx32s*,
+template void inverseLift97(const Zmx32s*, const Zmx32s*, const Zmx32s*, const Zmx32s*, Zmx32s*, Zmx32s*, Zmx32s*,
                             Zmx32s*, int);
-template void forwardLift97(const Zmx32f*, const Zmx32f*, const Zmx32f*, Zmx32f*, Zmx32f*, Zmx32f*, Zmx32f*,
+template void inverseLift97(const Zmx32f*, const Zmx32f*, const Zmx32f*, const Zmx32f*, Zmx32f*, Zmx32f*, Zmx32f*,
                             Zmx32f*, int);
-template void inverseLift97(const Zmx16s*, const Zmx16s*, const Zmx16s*, const Zmx16s*, Zmx16s*, Zmx16s*,
-                            Zmx16s*, Zmx16s*, int);
-template void inverseLift97(const Zmx32s*, const Zmx32s*, const Zmx32s*, const Zmx32s*, Zmx32s*, Zmx32s*,
-                            Zmx32s*, Zmx32s*, int);
-template void inverseLift97(const Zmx32f*, const Zmx32f*, const Zmx32f*, const Zmx32f*, Zmx32f*, Zmx32f*,
-                            Zmx32f*, Zmx32f*, int);
 
 } // namespace model

@@ -29,7 +29,7 @@ template <class T>
 void forwardLift97(const T* src0, const T* src1, const T* src2, T* srcDstLow0, T* dstLow1, T* srcDstHigh0,
                    T* srcDstHigh1, T* dstHigh2, int width);
 template <class T>
-void inverseLift97(const T* srcLow0, const T* srcHigh0, const T* srcHigh1, const T* src0, T* srcDst1,
-                   T* srcDst2, T* dst3, T* dst4, int width);
+void inverseLift97(const T* srcLow0, const T* srcHigh0, const T* srcHigh1, const T* src0, T* srcDst1, T* srcDst2,
+                   T* dst3, T* dst4, int width);
 
 } // namespace model

@@ -73,8 +73,7 @@ template <class T> void readInterleave(Stroke<T> src, Line<T>& line, int len, in
     Cursors at(phase, len);
     for (int i = 0; i < len; ++i) line[i] = src[at.next(i)];
 }
-template <class T>
-void readInterleaveExt(Stroke<T> src, Line<T>& line, int len, int phase, int leftExt, int rightExt) {
+template <class T> void readInterleaveExt(Stroke<T> src, Line<T>& line, int len, int phase, int leftExt, int rightExt) {
     readInterleave(src, line, len, phase);
     for (int k = 1; k <= leftExt; ++k) line[-k] = line[k];
     mirrorRight(line, len, rightExt);
@@ -91,8 +90,7 @@ template <class T> void writeInterleave(Line<T>& line, Stroke<T> dst, int phase,
 // All columns, then all rows. An empty direction still has its first line of no samples visited by the other
 // one.
 template <class T, class LineTransform> void columns(Grid<T>& g, const ZmxiRect& r, LineTransform transform) {
-    for (int x = 0; x < r.width; ++x)
-        transform(Stroke<T>{&g.at(x, 0), std::max(g.width, 1)}, r.height, r.y & 1);
+    for (int x = 0; x < r.width; ++x) transform(Stroke<T>{&g.at(x, 0), std::max(g.width, 1)}, r.height, r.y & 1);
 }
 template <class T, class LineTransform> void rows(Grid<T>& g, const ZmxiRect& r, LineTransform transform) {
     for (int y = 0; y < r.height; ++y) transform(Stroke<T>{&g.at(0, y), 1}, r.width, r.x & 1);
@@ -106,8 +104,7 @@ struct BandPlace {
 };
 inline BandPlace bandPlace(int band, int w, int h) {
     const bool highX = band >= 2, highY = band & 1;
-    return {highX ? (w + 1) / 2 : 0, highY ? (h + 1) / 2 : 0, highX ? w / 2 : (w + 1) / 2,
-            highY ? h / 2 : (h + 1) / 2};
+    return {highX ? (w + 1) / 2 : 0, highY ? (h + 1) / 2 : 0, highX ? w / 2 : (w + 1) / 2, highY ? h / 2 : (h + 1) / 2};
 }
 template <class T> Grid<T> cutBand(Grid<T>& g, int band) {
     const BandPlace b = bandPlace(band, g.width, g.height);
@@ -116,9 +113,7 @@ template <class T> Grid<T> cutBand(Grid<T>& g, int band) {
         for (int x = 0; x < b.width; ++x) out.at(x, y) = g.at(b.x + x, b.y + y);
     return out;
 }
-template <class T> Bands<T> cut(Grid<T>& g) {
-    return {cutBand(g, 0), cutBand(g, 1), cutBand(g, 2), cutBand(g, 3)};
-}
+template <class T> Bands<T> cut(Grid<T>& g) { return {cutBand(g, 0), cutBand(g, 1), cutBand(g, 2), cutBand(g, 3)}; }
 template <class T> Grid<T> join(Bands<T>& bands, int w, int h) {
     Grid<T> g(w, h);
     for (int band = 0; band < 4; ++band) {

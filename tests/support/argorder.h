@@ -15,6 +15,5 @@ inline int badIf(unsigned bad, int i, int badValue, int good) { return bad >> i 
 // gone wrong. The first of them decides.
 template <class Call> void checkOrder(const std::vector<ZmxStatus>& order, Call call) {
     for (unsigned bad = 1; bad < 1u << order.size(); ++bad)
-        ASSERT_EQ(call(bad), order[std::size_t(std::countr_zero(bad))])
-            << "bad arguments: tests in mask " << bad;
+        ASSERT_EQ(call(bad), order[std::size_t(std::countr_zero(bad))]) << "bad arguments: tests in mask " << bad;
 }

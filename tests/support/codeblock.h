@@ -36,8 +36,7 @@ inline BlockSamples randomBlock(Rng& rng, int width, int height, int bits) {
                 m = Zmx32u(rng.range(0, most)) >> rng.range(0, bits);
                 break;
             case 4:
-                m = std::abs(x - cx) + std::abs(y - cy) < 4 ? Zmx32u(rng.range(0, most))
-                                                            : Zmx32u(rng.oneIn(9));
+                m = std::abs(x - cx) + std::abs(y - cy) < 4 ? Zmx32u(rng.range(0, most)) : Zmx32u(rng.oneIn(9));
                 break;
             case 5:
                 m = same;
@@ -57,9 +56,7 @@ class EncoderState {
     ZmxiEncodeState_JPEG2K* state = nullptr;
 
 public:
-    explicit EncoderState(ZmxiSize largest) {
-        EXPECT_EQ(zmxiEncodeInitAlloc_JPEG2K(&state, largest), zmxStsNoErr);
-    }
+    explicit EncoderState(ZmxiSize largest) { EXPECT_EQ(zmxiEncodeInitAlloc_JPEG2K(&state, largest), zmxStsNoErr); }
     ~EncoderState() { EXPECT_EQ(zmxiEncodeFree_JPEG2K(state), zmxStsNoErr); }
     EncoderState(const EncoderState&) = delete;
     EncoderState& operator=(const EncoderState&) = delete;
@@ -114,9 +111,9 @@ inline EncodeChoice choice(Zmx32u style, int termination = 0, int magnBits = 31,
 inline CodedBlock loadBlock(ZmxiEncodeState_JPEG2K* state, const BlockSamples& samples, ZmxiSize size,
                             const EncodeChoice& how) {
     CodedBlock c;
-    EXPECT_EQ(zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(
-                  reinterpret_cast<const Zmx32s*>(samples.data()), size.width * 4, size, state, how.subband,
-                  how.magnBits, how.termination, 0, how.style, &c.sfBits, &c.passes, &c.segments),
+    EXPECT_EQ(zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(reinterpret_cast<const Zmx32s*>(samples.data()), size.width * 4,
+                                                     size, state, how.subband, how.magnBits, how.termination, 0,
+                                                     how.style, &c.sfBits, &c.passes, &c.segments),
               zmxStsNoErr);
     return c;
 }

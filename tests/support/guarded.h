@@ -49,7 +49,7 @@ public:
 // Compares two byte ranges and shows the first difference with its surroundings.
 ::testing::AssertionResult sameBytes(const void* expected, const void* actual, std::size_t bytes);
 
-template <class T> ::testing::AssertionResult sameBytes(const std::vector<T>& expected, const std::vector<T>& actual) {
+template <class T>::testing::AssertionResult sameBytes(const std::vector<T>& expected, const std::vector<T>& actual) {
     if (expected.size() != actual.size())
         return ::testing::AssertionFailure() << "sizes differ: " << expected.size() << " and " << actual.size();
     return sameBytes(expected.data(), actual.data(), expected.size() * sizeof(T));

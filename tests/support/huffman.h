@@ -29,19 +29,14 @@ public:
     }
     Lib* lib() { return reinterpret_cast<Lib*>(block.data()); }
     const Zmx8u* bytes() { return block.data(); }
-    void share() {
-        std::memcpy(block.data(), &plain, sizeof plain);
-    } // the model's bytes to the library's side
-    ::testing::AssertionResult same(std::size_t n = sizeof(Plain)) {
-        return sameBytes(&plain, block.data(), n);
-    }
+    void share() { std::memcpy(block.data(), &plain, sizeof plain); } // the model's bytes to the library's side
+    ::testing::AssertionResult same(std::size_t n = sizeof(Plain)) { return sameBytes(&plain, block.data(), n); }
 };
 
 // A table on both sides, built from one list; the library reads the list flush with a guard page.
 template <class Lib, class Plain> struct TableTwin : Twin<Lib, Plain> {
     using Twin<Lib, Plain>::Twin;
-    TableTwin(const HuffmanList& list, GuardedBlock::Flush flush = GuardedBlock::AtEnd)
-        : Twin<Lib, Plain>(flush) {
+    TableTwin(const HuffmanList& list, GuardedBlock::Flush flush = GuardedBlock::AtEnd) : Twin<Lib, Plain>(flush) {
         EXPECT_EQ(build(list), zmxStsNoErr);
     }
     ZmxStatus build(const HuffmanList& list) {
@@ -108,8 +103,7 @@ struct Outcome {
 };
 
 // Compares what the two sides of a decoder did, as far as it has a meaning, and takes over the rest.
-template <class In>
-Outcome settle(In& in, BlockOut& out, ZmxStatus expected, ZmxStatus got, bool path, bool noValue) {
+template <class In> Outcome settle(In& in, BlockOut& out, ZmxStatus expected, ZmxStatus got, bool path, bool noValue) {
     if (path) {
         EXPECT_EQ(got, expected);
         EXPECT_TRUE(in.same());
@@ -148,8 +142,8 @@ struct StreamIn {
     model::Reader reader() { return {src.data(), len(), &pos[1], &marker[1], &state.plain}; }
     ::testing::AssertionResult same() {
         if (pos[0] != pos[1] || marker[0] != marker[1])
-            return ::testing::AssertionFailure() << "position " << pos[0] << ", expected " << pos[1]
-                                                 << "; marker " << marker[0] << ", expected " << marker[1];
+            return ::testing::AssertionFailure() << "position " << pos[0] << ", expected " << pos[1] << "; marker "
+                                                 << marker[0] << ", expected " << marker[1];
         return state.same();
     }
 };
@@ -171,8 +165,7 @@ struct StreamOut {
     model::Writer writer() { return {plain.data(), len(), &pos[1], &state.plain}; }
     std::vector<Zmx8u> written() const { return {plain.begin(), plain.begin() + pos[1]}; }
     ::testing::AssertionResult same() {
-        if (pos[0] != pos[1])
-            return ::testing::AssertionFailure() << "position " << pos[0] << ", expected " << pos[1];
+        if (pos[0] != pos[1]) return ::testing::AssertionFailure() << "position " << pos[0] << ", expected " << pos[1];
         if (auto r = sameBytes(plain.data(), dst.data(), plain.size()); !r) return r;
         return state.same();
     }
@@ -198,8 +191,7 @@ inline HuffmanList randomTree(Rng& rng, int n, int open, bool deep) {
         for (; open > 0 && leaves[depth] > 0; --open) --leaves[depth];
     HuffmanList list;
     // A byte holds no more than 255.
-    for (int depth = 1; depth <= 16; ++depth)
-        list.bits[std::size_t(depth - 1)] = Zmx8u(std::min(leaves[depth], 255));
+    for (int depth = 1; depth <= 16; ++depth) list.bits[std::size_t(depth - 1)] = Zmx8u(std::min(leaves[depth], 255));
     std::vector<Zmx8u> all(256);
     std::iota(all.begin(), all.end(), Zmx8u(0));
     for (int i = 255; i > 0; --i) std::swap(all[std::size_t(i)], all[std::size_t(rng.range(0, i))]);
@@ -226,9 +218,7 @@ inline HuffmanList randomDecoderList(Rng& rng) {
     return rng.oneIn(8) ? HuffmanList{{2, 0, 0, 0, 0, 0, 0, 1}, {0x21, 0xF0, 0x11}} : list;
 }
 
-inline GuardedBlock::Flush randomFlush(Rng& rng) {
-    return rng.oneIn(2) ? GuardedBlock::AtEnd : GuardedBlock::AtStart;
-}
+inline GuardedBlock::Flush randomFlush(Rng& rng) { return rng.oneIn(2) ? GuardedBlock::AtEnd : GuardedBlock::AtStart; }
 
 // The optimal table for 257 counters, built by the library and compared with the model.
 inline HuffmanList optimalList(const std::vector<Zmx32u>& counters) {
@@ -238,8 +228,7 @@ inline HuffmanList optimalList(const std::vector<Zmx32u>& counters) {
     model::OptimalTrace trace;
     const ZmxStatus expected = model::optimalTable(statistics.data(), bits, vals, trace);
     Guarded<Zmx8u> libBits(16), libVals(std::size_t(trace.listed));
-    EXPECT_EQ(zmxiEncodeHuffmanRawTableInit_JPEG_8u(statistics.data(), libBits.data(), libVals.data()),
-              expected);
+    EXPECT_EQ(zmxiEncodeHuffmanRawTableInit_JPEG_8u(statistics.data(), libBits.data(), libVals.data()), expected);
     EXPECT_TRUE(sameBytes(bits, libBits.data(), 16));
     EXPECT_TRUE(sameBytes(vals, libVals.data(), std::size_t(trace.listed)));
     std::copy(bits, bits + 16, list.bits.begin());

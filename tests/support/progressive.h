@@ -21,21 +21,19 @@ inline Outcome decodeDCFirst(StreamIn& in, BlockOut& out, int al, DecodeTable& d
     return decodeBoth(
         in, out,
         [&] {
-            return zmxiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(in.src.data(), in.len(), &in.pos[0],
-                                                              out.dst.data(), out.lastDC.data(),
-                                                              &in.marker[0], al, dc.lib(), in.state.lib());
+            return zmxiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(in.src.data(), in.len(), &in.pos[0], out.dst.data(),
+                                                              out.lastDC.data(), &in.marker[0], al, dc.lib(),
+                                                              in.state.lib());
         },
-        [&](model::Reader& r, bool&) {
-            return model::decodeDCFirst(r, out.plain.data(), out.plainDC, al, dc.plain);
-        });
+        [&](model::Reader& r, bool&) { return model::decodeDCFirst(r, out.plain.data(), out.plainDC, al, dc.plain); });
 }
 
 inline Outcome decodeDCRefine(StreamIn& in, BlockOut& out, int al) {
     return decodeBoth(
         in, out,
         [&] {
-            return zmxiDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(
-                in.src.data(), in.len(), &in.pos[0], out.dst.data(), &in.marker[0], al, in.state.lib());
+            return zmxiDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(in.src.data(), in.len(), &in.pos[0], out.dst.data(),
+                                                               &in.marker[0], al, in.state.lib());
         },
         [&](model::Reader& r, bool&) { return model::decodeDCRefine(r, out.plain.data(), al); });
 }
@@ -44,22 +42,20 @@ inline Outcome decodeACFirst(StreamIn& in, BlockOut& out, Band b, DecodeTable& a
     return decodeBoth(
         in, out,
         [&] {
-            return zmxiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(in.src.data(), in.len(), &in.pos[0],
-                                                              out.dst.data(), &in.marker[0], b.ss, b.se, b.al,
-                                                              ac.lib(), in.state.lib());
+            return zmxiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(in.src.data(), in.len(), &in.pos[0], out.dst.data(),
+                                                              &in.marker[0], b.ss, b.se, b.al, ac.lib(),
+                                                              in.state.lib());
         },
-        [&](model::Reader& r, bool& astray) {
-            return model::decodeACFirst(r, out.plain.data(), b, ac.plain, astray);
-        });
+        [&](model::Reader& r, bool& astray) { return model::decodeACFirst(r, out.plain.data(), b, ac.plain, astray); });
 }
 
 inline Outcome decodeACRefine(StreamIn& in, BlockOut& out, Band b, DecodeTable& ac) {
     return decodeBoth(
         in, out,
         [&] {
-            return zmxiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(in.src.data(), in.len(), &in.pos[0],
-                                                               out.dst.data(), &in.marker[0], b.ss, b.se,
-                                                               b.al, ac.lib(), in.state.lib());
+            return zmxiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(in.src.data(), in.len(), &in.pos[0], out.dst.data(),
+                                                               &in.marker[0], b.ss, b.se, b.al, ac.lib(),
+                                                               in.state.lib());
         },
         [&](model::Reader& r, bool&) { return model::decodeACRefine(r, out.plain.data(), b, ac.plain); });
 }
@@ -77,15 +73,13 @@ struct BlockIn : Guarded<Zmx16s> {
     explicit BlockIn(const Block& b) : Guarded<Zmx16s>(std::vector<Zmx16s>(b.begin(), b.end())) {}
 };
 
-inline ZmxStatus encodeDCFirst(StreamOut& out, const Block& block, Zmx16s lastDC[2], int al,
-                               EncodeTable& dc) {
+inline ZmxStatus encodeDCFirst(StreamOut& out, const Block& block, Zmx16s lastDC[2], int al, EncodeTable& dc) {
     BlockIn src(block);
     const ZmxStatus s = encodeBoth(
         out,
         [&] {
-            return zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(src.data(), out.dst.data(), out.len(),
-                                                              &out.pos[0], &lastDC[0], al, dc.lib(),
-                                                              out.state.lib(), 0);
+            return zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(src.data(), out.dst.data(), out.len(), &out.pos[0],
+                                                              &lastDC[0], al, dc.lib(), out.state.lib(), 0);
         },
         [&](model::Writer& w) { return model::encodeDCFirst(w, block.data(), lastDC[1], al, dc.plain); });
     EXPECT_EQ(lastDC[0], lastDC[1]);
@@ -97,8 +91,8 @@ inline ZmxStatus encodeDCRefine(StreamOut& out, const Block& block, int al) {
     return encodeBoth(
         out,
         [&] {
-            return zmxiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(src.data(), out.dst.data(), out.len(),
-                                                               &out.pos[0], al, out.state.lib(), 0);
+            return zmxiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(src.data(), out.dst.data(), out.len(), &out.pos[0], al,
+                                                               out.state.lib(), 0);
         },
         [&](model::Writer& w) { return model::encodeDCRefine(w, block.data(), al); });
 }
@@ -108,9 +102,8 @@ inline ZmxStatus encodeACFirst(StreamOut& out, const Block& block, Band b, Encod
     return encodeBoth(
         out,
         [&] {
-            return zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(src.data(), out.dst.data(), out.len(),
-                                                              &out.pos[0], b.ss, b.se, b.al, ac.lib(),
-                                                              out.state.lib(), 0);
+            return zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(src.data(), out.dst.data(), out.len(), &out.pos[0], b.ss,
+                                                              b.se, b.al, ac.lib(), out.state.lib(), 0);
         },
         [&](model::Writer& w) { return model::encodeACFirst(w, block.data(), b, ac.plain); });
 }
@@ -120,9 +113,8 @@ inline ZmxStatus encodeACRefine(StreamOut& out, const Block& block, Band b, Enco
     return encodeBoth(
         out,
         [&] {
-            return zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(src.data(), out.dst.data(), out.len(),
-                                                               &out.pos[0], b.ss, b.se, b.al, ac.lib(),
-                                                               out.state.lib(), 0);
+            return zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(src.data(), out.dst.data(), out.len(), &out.pos[0], b.ss,
+                                                               b.se, b.al, ac.lib(), out.state.lib(), 0);
         },
         [&](model::Writer& w) { return model::encodeACRefine(w, block.data(), b, ac.plain); });
 }
@@ -132,8 +124,8 @@ inline ZmxStatus flushDCFirst(StreamOut& out) {
     return encodeBoth(
         out,
         [&] {
-            return zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(nullptr, out.dst.data(), out.len(), &out.pos[0],
-                                                              nullptr, -1, nullptr, out.state.lib(), 1);
+            return zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(nullptr, out.dst.data(), out.len(), &out.pos[0], nullptr,
+                                                              -1, nullptr, out.state.lib(), 1);
         },
         [](model::Writer& w) { return model::flush(w); });
 }
@@ -141,8 +133,8 @@ inline ZmxStatus flushDCRefine(StreamOut& out) {
     return encodeBoth(
         out,
         [&] {
-            return zmxiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(nullptr, out.dst.data(), out.len(),
-                                                               &out.pos[0], 99, out.state.lib(), 1);
+            return zmxiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(nullptr, out.dst.data(), out.len(), &out.pos[0], 99,
+                                                               out.state.lib(), 1);
         },
         [](model::Writer& w) { return model::flush(w); });
 }
@@ -150,8 +142,8 @@ inline ZmxStatus flushACFirst(StreamOut& out, EncodeTable& ac) {
     return encodeBoth(
         out,
         [&] {
-            return zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(nullptr, out.dst.data(), out.len(), &out.pos[0],
-                                                              0, 99, -1, ac.lib(), out.state.lib(), 1);
+            return zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(nullptr, out.dst.data(), out.len(), &out.pos[0], 0, 99,
+                                                              -1, ac.lib(), out.state.lib(), 1);
         },
         [&](model::Writer& w) { return model::flushACFirst(w, ac.plain); });
 }
@@ -159,8 +151,8 @@ inline ZmxStatus flushACRefine(StreamOut& out, EncodeTable& ac) {
     return encodeBoth(
         out,
         [&] {
-            return zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(
-                nullptr, out.dst.data(), out.len(), &out.pos[0], 0, 99, -1, ac.lib(), out.state.lib(), 1);
+            return zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(nullptr, out.dst.data(), out.len(), &out.pos[0], 0, 99,
+                                                               -1, ac.lib(), out.state.lib(), 1);
         },
         [&](model::Writer& w) { return model::flushACRefine(w, ac.plain); });
 }
@@ -188,10 +180,10 @@ enum class AC { First, Refine };
 inline ZmxStatus countAC(Pass& pass, AC kind, const Block& block, Band b) {
     BlockIn src(block);
     const bool first = kind == AC::First;
-    const ZmxStatus expected = (first ? model::countACFirst : model::countACRefine)(
-        block.data(), pass.plain.data(), b, pass.state.plain);
-    const auto lib = first ? zmxiGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1
-                           : zmxiGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1;
+    const ZmxStatus expected =
+        (first ? model::countACFirst : model::countACRefine)(block.data(), pass.plain.data(), b, pass.state.plain);
+    const auto lib =
+        first ? zmxiGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1 : zmxiGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1;
     EXPECT_EQ(lib(src.data(), pass.counts.data(), b.ss, b.se, b.al, pass.state.lib(), 0), expected);
     EXPECT_TRUE(pass.same());
     return expected;

@@ -7,19 +7,18 @@
 inline Outcome decode(StreamIn& in, BlockOut& out, DecodeTable& dc, DecodeTable& ac) {
     model::Reader r = in.reader();
     const ZmxStatus expected = model::decodeBlock(r, out.plain.data(), out.plainDC, dc.plain, ac.plain);
-    const ZmxStatus got = zmxiDecodeHuffman8x8_JPEG_1u16s_C1(in.src.data(), in.len(), &in.pos[0],
-                                                             out.dst.data(), out.lastDC.data(), &in.marker[0],
-                                                             dc.lib(), ac.lib(), in.state.lib());
+    const ZmxStatus got =
+        zmxiDecodeHuffman8x8_JPEG_1u16s_C1(in.src.data(), in.len(), &in.pos[0], out.dst.data(), out.lastDC.data(),
+                                           &in.marker[0], dc.lib(), ac.lib(), in.state.lib());
     return settle(in, out, expected, got, !r.noPath, r.noValue);
 }
 
-inline ZmxStatus encode(StreamOut& out, const Block& block, Zmx16s lastDC[2], EncodeTable& dc,
-                        EncodeTable& ac) {
+inline ZmxStatus encode(StreamOut& out, const Block& block, Zmx16s lastDC[2], EncodeTable& dc, EncodeTable& ac) {
     Guarded<Zmx16s> src(std::vector<Zmx16s>(block.begin(), block.end()));
     model::Writer w = out.writer();
     const ZmxStatus expected = model::encodeBlock(w, block.data(), lastDC[1], dc.plain, ac.plain);
-    EXPECT_EQ(zmxiEncodeHuffman8x8_JPEG_16s1u_C1(src.data(), out.dst.data(), out.len(), &out.pos[0],
-                                                 &lastDC[0], dc.lib(), ac.lib(), out.state.lib(), 0),
+    EXPECT_EQ(zmxiEncodeHuffman8x8_JPEG_16s1u_C1(src.data(), out.dst.data(), out.len(), &out.pos[0], &lastDC[0],
+                                                 dc.lib(), ac.lib(), out.state.lib(), 0),
               expected);
     EXPECT_TRUE(out.same());
     EXPECT_EQ(lastDC[0], lastDC[1]);
@@ -29,8 +28,8 @@ inline ZmxStatus encode(StreamOut& out, const Block& block, Zmx16s lastDC[2], En
 inline ZmxStatus flush(StreamOut& out) {
     model::Writer w = out.writer();
     const ZmxStatus expected = model::flush(w);
-    EXPECT_EQ(zmxiEncodeHuffman8x8_JPEG_16s1u_C1(nullptr, out.dst.data(), out.len(), &out.pos[0], nullptr,
-                                                 nullptr, nullptr, out.state.lib(), 1),
+    EXPECT_EQ(zmxiEncodeHuffman8x8_JPEG_16s1u_C1(nullptr, out.dst.data(), out.len(), &out.pos[0], nullptr, nullptr,
+                                                 nullptr, out.state.lib(), 1),
               expected);
     EXPECT_TRUE(out.same());
     return expected;

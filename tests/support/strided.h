@@ -21,8 +21,8 @@ template <class T> class Strided {
 
 public:
     // Samples -leftOf to width - 1 of rows -above to height - 1; pad is the gap behind a row, in bytes.
-    Strided(Rng& rng, int width, int height, int pad, GuardedBlock::Flush flush = GuardedBlock::AtEnd,
-            int leftOf = 0, int above = 0)
+    Strided(Rng& rng, int width, int height, int pad, GuardedBlock::Flush flush = GuardedBlock::AtEnd, int leftOf = 0,
+            int above = 0)
         : left(leftOf), top(above), rowStep((width + leftOf) * int(sizeof(T)) + pad),
           memory(height + above > 0
                      ? std::size_t((height + above - 1) * rowStep) + std::size_t(width + leftOf) * sizeof(T)

@@ -50,17 +50,14 @@ public:
         first = upwards ? map + apart * std::size_t(rows - 1) : map;
         for (int y = 0; y < rows; ++y) {
             const std::uintptr_t from = std::uintptr_t(row(y)) / page * page;
-            mprotect(reinterpret_cast<void*>(from), std::uintptr_t(row(y)) + rowBytes - from,
-                     PROT_READ | PROT_WRITE);
+            mprotect(reinterpret_cast<void*>(from), std::uintptr_t(row(y)) + rowBytes - from, PROT_READ | PROT_WRITE);
         }
     }
     ~FarRows() { munmap(reinterpret_cast<void*>(map), mapBytes); }
     FarRows(const FarRows&) = delete;
     FarRows& operator=(const FarRows&) = delete;
 
-    Zmx8u* row(int y) const {
-        return reinterpret_cast<Zmx8u*>(first + std::uintptr_t(kStep) * std::uintptr_t(y));
-    }
+    Zmx8u* row(int y) const { return reinterpret_cast<Zmx8u*>(first + std::uintptr_t(kStep) * std::uintptr_t(y)); }
 };
 
 const ZmxiSize kFarSize = {18, 6}; // whole groups of blocks, a part of a block, and a part of a block row
@@ -86,8 +83,7 @@ void checkDecoder(const TextureDecoder& f, const std::vector<Zmx8u>& blocks, Zmx
     for (GuardedBlock::Flush side : kSides) {
         Guarded<Zmx8u> src(blocks, side), dst(noise(expected.size()), side);
         ASSERT_EQ(f.call(src.data(), dst.data(), step, roi), zmxStsNoErr);
-        if (side == kSides[0])
-            model::decodeSurface(blocks.data(), f.blockBytes, f.model, expected.data(), step, roi);
+        if (side == kSides[0]) model::decodeSurface(blocks.data(), f.blockBytes, f.model, expected.data(), step, roi);
         ASSERT_TRUE(sameBytes(expected, dst.copy()))
             << f.name << ' ' << roi.width << 'x' << roi.height << " step " << step;
         ASSERT_TRUE(sameBytes(blocks, src.copy()));
@@ -157,8 +153,7 @@ void checkGreatStep(const TextureDecoder& f) {
     FarRows dst(kFarSize.height, rowBytes);
     ASSERT_EQ(f.call(blocks.data(), dst.row(0), FarRows::kStep, kFarSize), zmxStsNoErr);
     for (int y = 0; y < kFarSize.height; ++y)
-        ASSERT_TRUE(sameBytes(expected.data() + rowBytes * std::size_t(y), dst.row(y), rowBytes))
-            << "row " << y;
+        ASSERT_TRUE(sameBytes(expected.data() + rowBytes * std::size_t(y), dst.row(y), rowBytes)) << "row " << y;
 }
 
 void checkGreatStep(const TextureEncoder& f) {
@@ -169,8 +164,7 @@ void checkGreatStep(const TextureEncoder& f) {
     for (int y = 0; y < kFarSize.height; ++y)
         std::memcpy(src.row(y), pixels.data() + rowBytes * std::size_t(y), rowBytes);
     std::vector<Zmx8u> expected(blockBytesOf(f, kFarSize)), actual(expected.size());
-    model::encodeSurface(pixels.data(), f.channels, Zmx32u(rowBytes), kFarSize, f.model, f.blockBytes,
-                         expected.data());
+    model::encodeSurface(pixels.data(), f.channels, Zmx32u(rowBytes), kFarSize, f.model, f.blockBytes, expected.data());
     ASSERT_EQ(f.call(src.row(0), FarRows::kStep, kFarSize, actual.data()), zmxStsNoErr);
     ASSERT_TRUE(sameBytes(expected, actual));
 }
@@ -201,11 +195,8 @@ namespace {
 
 // Pointers, then the step, which is bad only when it is 0, then the size. Nothing is written.
 template <class Call> void checkOrderOfArguments(Call call) {
-    const std::vector<ArgTest> tests = {{1, zmxStsNullPtrErr},
-                                        {1, zmxStsNullPtrErr},
-                                        {1, zmxStsStepErr},
-                                        {3, zmxStsSizeErr},
-                                        {3, zmxStsSizeErr}};
+    const std::vector<ArgTest> tests = {
+        {1, zmxStsNullPtrErr}, {1, zmxStsNullPtrErr}, {1, zmxStsStepErr}, {3, zmxStsSizeErr}, {3, zmxStsSizeErr}};
     std::vector<Zmx8u> src(64, 0x55), dst(64, 0xA5);
     everyBadCombination(tests, [&](const std::vector<int>& bad) {
         return call(bad[0] ? nullptr : src.data(), bad[1] ? nullptr : dst.data(), bad[2] ? 0u : 16u,
@@ -219,13 +210,11 @@ template <class Call> void checkOrderOfArguments(Call call) {
 } // namespace
 
 void checkArguments(const TextureDecoder& f) {
-    checkOrderOfArguments(
-        [&](const Zmx8u* s, Zmx8u* d, Zmx32u step, ZmxiSize roi) { return f.call(s, d, step, roi); });
+    checkOrderOfArguments([&](const Zmx8u* s, Zmx8u* d, Zmx32u step, ZmxiSize roi) { return f.call(s, d, step, roi); });
 }
 
 void checkArguments(const TextureEncoder& f) {
-    checkOrderOfArguments(
-        [&](const Zmx8u* s, Zmx8u* d, Zmx32u step, ZmxiSize roi) { return f.call(s, step, roi, d); });
+    checkOrderOfArguments([&](const Zmx8u* s, Zmx8u* d, Zmx32u step, ZmxiSize roi) { return f.call(s, step, roi, d); });
 }
 
 std::uint64_t digestOf(const TextureDecoder& f) {
@@ -241,16 +230,13 @@ std::uint64_t digestOf(const TextureEncoder& f) {
     Rng rng(78);
     const auto pixels = variedPicture(rng, kDigestSize, f.channels);
     std::vector<Zmx8u> blocks(blockBytesOf(f, kDigestSize));
-    EXPECT_EQ(f.call(pixels.data(), Zmx32u(f.channels * kDigestSize.width), kDigestSize, blocks.data()),
-              zmxStsNoErr);
+    EXPECT_EQ(f.call(pixels.data(), Zmx32u(f.channels * kDigestSize.width), kDigestSize, blocks.data()), zmxStsNoErr);
     return Digest().add(blocks).get();
 }
 
 std::vector<Zmx8u> variedPicture(Rng& rng, ZmxiSize roi, int channels) {
     std::vector<Zmx8u> out(extent(roi, channels, Zmx32u(channels * roi.width)));
-    const auto at = [&](int x, int y, int c) -> Zmx8u& {
-        return out[std::size_t((y * roi.width + x) * channels + c)];
-    };
+    const auto at = [&](int x, int y, int c) -> Zmx8u& { return out[std::size_t((y * roi.width + x) * channels + c)]; };
     for (int y0 = 0; y0 < roi.height; y0 += 4) {
         for (int x0 = 0; x0 < roi.width; x0 += 4) {
             for (int c = 0; c < channels; ++c) {
@@ -261,16 +247,15 @@ std::vector<Zmx8u> variedPicture(Rng& rng, ZmxiSize roi, int channels) {
                 for (int y = y0; y < std::min(y0 + 4, roi.height); ++y) {
                     for (int x = x0; x < std::min(x0 + 4, roi.width); ++x) {
                         const auto r = int(rng.range(0, 255));
-                        const int v =
-                            kind == 0   ? r                                                     // noise
-                            : kind == 1 ? a                                                     // flat
-                            : kind == 2 ? (r < 128 ? a : b)                                     // two values
-                            : kind == 3 ? std::clamp(a + dx * (x - x0) + dy * (y - y0), 0, 255) // a slope
-                            : kind == 4 ? (r < 128 ? 0 : 255)                                   // extremes
-                            : kind == 5 ? r % (1 + a % 16)                                  // at the bottom
-                            : kind == 6 ? 255 - r % (1 + a % 16)                            // at the top
-                            : kind == 7 ? lo + r % (hi - lo + 1)                            // a range
-                                        : std::min(128 - reach + r % (2 * reach + 1), 255); // in the middle
+                        const int v = kind == 0   ? r                                                     // noise
+                                      : kind == 1 ? a                                                     // flat
+                                      : kind == 2 ? (r < 128 ? a : b)                                     // two values
+                                      : kind == 3 ? std::clamp(a + dx * (x - x0) + dy * (y - y0), 0, 255) // a slope
+                                      : kind == 4 ? (r < 128 ? 0 : 255)                                   // extremes
+                                      : kind == 5 ? r % (1 + a % 16)                                  // at the bottom
+                                      : kind == 6 ? 255 - r % (1 + a % 16)                            // at the top
+                                      : kind == 7 ? lo + r % (hi - lo + 1)                            // a range
+                                                  : std::min(128 - reach + r % (2 * reach + 1), 255); // in the middle
                         at(x, y, c) = Zmx8u(v);
                     }
                 }

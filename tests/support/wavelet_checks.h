@@ -26,14 +26,11 @@ template <class T> struct PlaneFns {
 template <class T> using ForwardKernel = ZmxStatus (*)(const T*, int, T*, int, T*, int, ZmxiSize, int);
 template <class T> using InverseKernel = ZmxStatus (*)(const T*, int, const T*, int, ZmxiSize, T*, int, int);
 
-inline GuardedBlock::Flush anySide(Rng& rng) {
-    return rng.oneIn(2) ? GuardedBlock::AtEnd : GuardedBlock::AtStart;
-}
+inline GuardedBlock::Flush anySide(Rng& rng) { return rng.oneIn(2) ? GuardedBlock::AtEnd : GuardedBlock::AtStart; }
 inline int anyGap(Rng& rng) { return int(rng.range(0, 9)); }
 
 // Scratch memory of exactly the reported size at any alignment: one side is flush with a guard page.
-template <class T>
-GuardedBlock scratchFor(Rng& rng, ZmxStatus (*size)(const ZmxiRect*, int*), const ZmxiRect& r) {
+template <class T> GuardedBlock scratchFor(Rng& rng, ZmxStatus (*size)(const ZmxiRect*, int*), const ZmxiRect& r) {
     int n = -1;
     EXPECT_EQ(size(&r, &n), zmxStsNoErr);
     return GuardedBlock(std::size_t(std::max(n, 0)), anySide(rng));
@@ -49,8 +46,8 @@ template <class T> model::Grid<T> anyGrid(Rng& rng, int w, int h, Character kind
 // In place, both directions. A direction of no samples still touches the first line.
 template <class T> void checkInPlace(Rng& rng, const PlaneFns<T>& f, ZmxiRect r, Character kind) {
     for (const bool forward : {true, false}) {
-        SCOPED_TRACE(::testing::Message() << (forward ? "forward " : "inverse ") << r.x << ',' << r.y << ' '
-                                          << r.width << 'x' << r.height << " kind " << int(kind));
+        SCOPED_TRACE(::testing::Message() << (forward ? "forward " : "inverse ") << r.x << ',' << r.y << ' ' << r.width
+                                          << 'x' << r.height << " kind " << int(kind));
         model::Grid<T> g = anyGrid<T>(rng, r.width, r.height, kind);
         const int w = std::max(r.width, 1), h = std::max(r.height, 1);
         Strided<T> plane(rng, w, h, anyGap(rng), anySide(rng));
@@ -61,16 +58,15 @@ template <class T> void checkInPlace(Rng& rng, const PlaneFns<T>& f, ZmxiRect r,
         for (int y = 0; y < h; ++y)
             for (int x = 0; x < w; ++x) plane.put(want, x, y, g.at(x, y));
         GuardedBlock scratch = scratchFor<T>(rng, f.size, r);
-        ASSERT_EQ((forward ? f.forward : f.inverse)(plane.data(), plane.step(), &r, scratch.data()),
-                  zmxStsNoErr);
+        ASSERT_EQ((forward ? f.forward : f.inverse)(plane.data(), plane.step(), &r, scratch.data()), zmxStsNoErr);
         ASSERT_TRUE(sameBytes(want, plane.bytes()));
     }
 }
 
 // Between a plane and four bands.
 template <class T> void checkBands(Rng& rng, const PlaneFns<T>& f, ZmxiRect r, Character kind) {
-    SCOPED_TRACE(::testing::Message()
-                 << r.x << ',' << r.y << ' ' << r.width << 'x' << r.height << " kind " << int(kind));
+    SCOPED_TRACE(::testing::Message() << r.x << ',' << r.y << ' ' << r.width << 'x' << r.height << " kind "
+                                      << int(kind));
     Strided<T> plane(rng, r.width, r.height, anyGap(rng), anySide(rng));
     auto band = [&](int i) {
         const model::BandPlace b = model::bandPlace(i, r.width, r.height);
@@ -102,8 +98,7 @@ template <class T> void checkBands(Rng& rng, const PlaneFns<T>& f, ZmxiRect r, C
         for (int i = 0; i < 4; ++i) ASSERT_TRUE(sameBytes(want[i], bands[i].bytes())) << "band " << i;
         ASSERT_TRUE(sameBytes(source, plane.bytes())) << "the source is left alone";
     }
-    model::Bands<T> in = {model::Grid<T>(0, 0), model::Grid<T>(0, 0), model::Grid<T>(0, 0),
-                          model::Grid<T>(0, 0)};
+    model::Bands<T> in = {model::Grid<T>(0, 0), model::Grid<T>(0, 0), model::Grid<T>(0, 0), model::Grid<T>(0, 0)};
     std::vector<std::uint8_t> source[4];
     for (int i = 0; i < 4; ++i) {
         const model::BandPlace b = model::bandPlace(i, r.width, r.height);
@@ -119,8 +114,7 @@ template <class T> void checkBands(Rng& rng, const PlaneFns<T>& f, ZmxiRect r, C
     GuardedBlock scratch = scratchFor<T>(rng, f.bandSize, r);
     ASSERT_EQ(f.inverseBands(from, steps, plane.data(), plane.step(), &r, scratch.data()), zmxStsNoErr);
     ASSERT_TRUE(sameBytes(want, plane.bytes()));
-    for (int i = 0; i < 4; ++i)
-        ASSERT_TRUE(sameBytes(source[i], bands[i].bytes())) << "the source is left alone";
+    for (int i = 0; i < 4; ++i) ASSERT_TRUE(sameBytes(source[i], bands[i].bytes())) << "the source is left alone";
 }
 
 // Every size up to `all` in both directions and phases, then larger and longer ones.
@@ -142,12 +136,8 @@ template <class T> void checkPlanes(const PlaneFns<T>& f, int all, int larger, s
             }
     for (int i = 0; i < larger; ++i) {
         const int shape = int(rng.range(0, 3));
-        const int w = int(shape == 0   ? rng.range(100, 700)
-                          : shape == 1 ? rng.range(1, 7)
-                                       : rng.range(20, 150));
-        const int h = int(shape == 0   ? rng.range(1, 7)
-                          : shape == 1 ? rng.range(100, 700)
-                                       : rng.range(20, 150));
+        const int w = int(shape == 0 ? rng.range(100, 700) : shape == 1 ? rng.range(1, 7) : rng.range(20, 150));
+        const int h = int(shape == 0 ? rng.range(1, 7) : shape == 1 ? rng.range(100, 700) : rng.range(20, 150));
         both({at(i & 1), at(i >> 1 & 1), w, h}, kCharacters[i % 6]);
         if (::testing::Test::HasFatalFailure()) return;
     }
@@ -155,18 +145,16 @@ template <class T> void checkPlanes(const PlaneFns<T>& f, int all, int larger, s
 
 // One line through a whole-plane function in place: a row at column origin x, or a column at row origin y.
 template <class T>
-std::vector<T> transformed(ZmxStatus (*fn)(T*, int, const ZmxiRect*, Zmx8u*), std::vector<T> v,
-                           const ZmxiRect& r, int step) {
+std::vector<T> transformed(ZmxStatus (*fn)(T*, int, const ZmxiRect*, Zmx8u*), std::vector<T> v, const ZmxiRect& r,
+                           int step) {
     Zmx8u scratch[512];
     EXPECT_EQ(fn(v.data(), step, &r, scratch), zmxStsNoErr);
     return v;
 }
-template <class T>
-std::vector<T> row(ZmxStatus (*fn)(T*, int, const ZmxiRect*, Zmx8u*), std::vector<T> v, int x) {
+template <class T> std::vector<T> row(ZmxStatus (*fn)(T*, int, const ZmxiRect*, Zmx8u*), std::vector<T> v, int x) {
     return transformed(fn, v, {x, 0, int(v.size()), 1}, int(v.size() * sizeof(T)));
 }
-template <class T>
-std::vector<T> column(ZmxStatus (*fn)(T*, int, const ZmxiRect*, Zmx8u*), std::vector<T> v, int y) {
+template <class T> std::vector<T> column(ZmxStatus (*fn)(T*, int, const ZmxiRect*, Zmx8u*), std::vector<T> v, int y) {
     return transformed(fn, v, {0, y, 1, int(v.size())}, int(sizeof(T)));
 }
 
@@ -178,8 +166,7 @@ template <class T> void checkLines(const PlaneFns<T>& f, std::uint64_t seed) {
         for (int other : {1, 2, 3, 5})
             for (int phases = 0; phases < 4; ++phases)
                 for (const ZmxiSize s : {ZmxiSize{n, other}, ZmxiSize{other, n}}) {
-                    checkInPlace(rng, f, {phases & 1, phases >> 1, s.width, s.height},
-                                 kCharacters[rng.range(0, 5)]);
+                    checkInPlace(rng, f, {phases & 1, phases >> 1, s.width, s.height}, kCharacters[rng.range(0, 5)]);
                     if (::testing::Test::HasFatalFailure()) return;
                 }
 }
@@ -230,17 +217,15 @@ template <class T> struct Lines {
     bool down;
     Strided<T> samples;
     Lines(Rng& rng, bool isDown, int along, int across, Reach reach, int gap, GuardedBlock::Flush flush)
-        : down(isDown),
-          samples(isDown ? Strided<T>(rng, across, along + reach.behind, gap, flush, 0, reach.before)
-                         : Strided<T>(rng, along + reach.behind, across, gap, flush, reach.before, 0)) {}
+        : down(isDown), samples(isDown ? Strided<T>(rng, across, along + reach.behind, gap, flush, 0, reach.before)
+                                       : Strided<T>(rng, along + reach.behind, across, gap, flush, reach.before, 0)) {}
     T get(int i, int line) { return down ? samples.get(line, i) : samples.get(i, line); }
     void set(int i, int line, T v) { down ? samples.set(line, i, v) : samples.set(i, line, v); }
     void put(std::vector<std::uint8_t>& copy, int i, int line, T v) const {
         down ? samples.put(copy, line, i, v) : samples.put(copy, i, line, v);
     }
 };
-template <class T>
-void fillLines(Rng& rng, Lines<T>& lines, int along, int across, Reach reach, Character kind) {
+template <class T> void fillLines(Rng& rng, Lines<T>& lines, int along, int across, Reach reach, Character kind) {
     for (int j = 0; j < across; ++j) {
         Samples<T> samples(rng, kind);
         for (int i = -reach.before; i < along + reach.behind; ++i) lines.set(i, j, samples.next());
@@ -248,8 +233,8 @@ void fillLines(Rng& rng, Lines<T>& lines, int along, int across, Reach reach, Ch
 }
 
 template <class T>
-void checkForwardKernel(ForwardKernel<T> fn, void (*line)(const T*, T*, T*, int, int), bool down,
-                        Reach phase0, Reach phase1, int turns, std::uint64_t seed) {
+void checkForwardKernel(ForwardKernel<T> fn, void (*line)(const T*, T*, T*, int, int), bool down, Reach phase0,
+                        Reach phase1, int turns, std::uint64_t seed) {
     SCOPED_TRACE(seed);
     Rng rng(seed);
     for (int turn = 0; turn < turns; ++turn) {
@@ -330,8 +315,8 @@ void checkInverseKernel(InverseKernel<T> fn, void (*line)(const T*, const T*, T*
 // rows given.
 template <class T, std::size_t N>
 void checkLift(const std::function<ZmxStatus(T* const*, int)>& call,
-               const std::function<void(T* const*, int)>& reference,
-               std::initializer_list<std::pair<int, int>> shared, std::uint64_t seed) {
+               const std::function<void(T* const*, int)>& reference, std::initializer_list<std::pair<int, int>> shared,
+               std::uint64_t seed) {
     SCOPED_TRACE(seed);
     Rng rng(seed);
     for (int turn = 0; turn < 200; ++turn) {
@@ -343,8 +328,8 @@ void checkLift(const std::function<ZmxStatus(T* const*, int)>& call,
             Samples<T> samples(rng, kCharacters[rng.range(0, 5)]);
             for (int i = 0; i < width; ++i) plain[k].push_back(samples.next());
             // With a byte more than the row, one end of it is at an odd address.
-            rows.push_back(std::make_unique<GuardedBlock>(
-                plain[k].size() * sizeof(T) + std::size_t(turn % 3 == 1), anySide(rng)));
+            rows.push_back(
+                std::make_unique<GuardedBlock>(plain[k].size() * sizeof(T) + std::size_t(turn % 3 == 1), anySide(rng)));
             std::memcpy(rows[k]->data(), plain[k].data(), plain[k].size() * sizeof(T));
             given[k] = reinterpret_cast<T*>(rows[k]->data());
             expected[k] = plain[k].data();
@@ -381,30 +366,27 @@ template <class T> void checkPlaneArguments(const PlaneFns<T>& f) {
         const ZmxiRect r{0, 0, 4, 4};
         for (auto fn : {f.forward, f.inverse})
             checkFaults({kNull, kStep, kNull, kNull}, [&](unsigned e) {
-                return fn(ptr(e, 0, plane.data()), off(e, 1, 4 * sizeof(T)), ptr(e, 2, &r),
-                          ptr(e, 3, scratch));
+                return fn(ptr(e, 0, plane.data()), off(e, 1, 4 * sizeof(T)), ptr(e, 2, &r), ptr(e, 3, scratch));
             });
         // Five pointers, one step, four planes, four steps; then the size, by itself as it stands in the
         // rectangle.
         const std::vector<ZmxStatus> order{kNull, kNull, kNull, kNull, kNull, kStep, kNull, kNull,
                                            kNull, kNull, kStep, kStep, kStep, kStep, kSize, kSize};
         checkFaults(order, [&](unsigned e) {
-            T* const to[4] = {ptr(e, 6, bands.data()), ptr(e, 7, bands.data() + 4),
-                              ptr(e, 8, bands.data() + 8), ptr(e, 9, bands.data() + 12)};
-            const int s = 2 * sizeof(T),
-                      steps[4] = {off(e, 10, s), off(e, 11, s), off(e, 12, s), off(e, 13, s)};
+            T* const to[4] = {ptr(e, 6, bands.data()), ptr(e, 7, bands.data() + 4), ptr(e, 8, bands.data() + 8),
+                              ptr(e, 9, bands.data() + 12)};
+            const int s = 2 * sizeof(T), steps[4] = {off(e, 10, s), off(e, 11, s), off(e, 12, s), off(e, 13, s)};
             const ZmxiRect rect{0, 0, off(e, 14, 4), off(e, 15, 4)};
-            return f.forwardBands(ptr(e, 0, plane.data()), off(e, 5, 4 * sizeof(T)), ptr(e, 3, &rect),
-                                  ptr(e, 1, to), ptr(e, 2, steps), ptr(e, 4, scratch));
+            return f.forwardBands(ptr(e, 0, plane.data()), off(e, 5, 4 * sizeof(T)), ptr(e, 3, &rect), ptr(e, 1, to),
+                                  ptr(e, 2, steps), ptr(e, 4, scratch));
         });
         checkFaults(order, [&](unsigned e) {
-            const T* const from[4] = {ptr(e, 6, bands.data()), ptr(e, 7, bands.data() + 4),
-                                      ptr(e, 8, bands.data() + 8), ptr(e, 9, bands.data() + 12)};
-            const int s = 2 * sizeof(T),
-                      steps[4] = {off(e, 10, s), off(e, 11, s), off(e, 12, s), off(e, 13, s)};
+            const T* const from[4] = {ptr(e, 6, bands.data()), ptr(e, 7, bands.data() + 4), ptr(e, 8, bands.data() + 8),
+                                      ptr(e, 9, bands.data() + 12)};
+            const int s = 2 * sizeof(T), steps[4] = {off(e, 10, s), off(e, 11, s), off(e, 12, s), off(e, 13, s)};
             const ZmxiRect rect{0, 0, off(e, 14, 4), off(e, 15, 4)};
-            return f.inverseBands(ptr(e, 0, from), ptr(e, 2, steps), ptr(e, 1, plane.data()),
-                                  off(e, 5, 4 * sizeof(T)), ptr(e, 3, &rect), ptr(e, 4, scratch));
+            return f.inverseBands(ptr(e, 0, from), ptr(e, 2, steps), ptr(e, 1, plane.data()), off(e, 5, 4 * sizeof(T)),
+                                  ptr(e, 3, &rect), ptr(e, 4, scratch));
         });
         EXPECT_EQ(plane, fresh) << "nothing is written";
         EXPECT_EQ(bands, fresh) << "nothing is written";
@@ -430,8 +412,8 @@ void checkKernelArguments(std::initializer_list<ForwardKernel<T>> forward,
             });
         for (auto fn : inverse)
             checkFaults(order, [&](unsigned e) {
-                return fn(ptr(e, 0, a), off(e, 3, s), ptr(e, 1, b), off(e, 4, s),
-                          {off(e, 7, 2), off(e, 6, 2)}, ptr(e, 2, c), off(e, 5, s), 0);
+                return fn(ptr(e, 0, a), off(e, 3, s), ptr(e, 1, b), off(e, 4, s), {off(e, 7, 2), off(e, 6, 2)},
+                          ptr(e, 2, c), off(e, 5, s), 0);
             });
     }
     EXPECT_EQ(a, fresh) << "nothing is written";
@@ -439,8 +421,7 @@ void checkKernelArguments(std::initializer_list<ForwardKernel<T>> forward,
     EXPECT_EQ(c, fresh) << "nothing is written";
 }
 
-template <class T, std::size_t N>
-void checkLiftArguments(const std::function<ZmxStatus(T* const*, int)>& call) {
+template <class T, std::size_t N> void checkLiftArguments(const std::function<ZmxStatus(T* const*, int)>& call) {
     const std::vector<T> fresh(N, T(7));
     std::vector<T> v = fresh;
     std::vector<ZmxStatus> order(N, kNull);
@@ -464,12 +445,11 @@ template <class T> std::uint64_t planeDigest(const PlaneFns<T>& f, int magnitude
     for (int phases = 0; phases < 4; ++phases) {
         const int w = 61 + phases, h = 40 + 5 * phases, s = int(sizeof(T));
         const ZmxiRect r{phases & 1, phases >> 1, w, h};
-        auto a = rng.vec<T>(std::size_t(w * h), -magnitude, magnitude),
-             b = rng.vec<T>(a.size(), -magnitude, magnitude), c = a, d = a;
+        auto a = rng.vec<T>(std::size_t(w * h), -magnitude, magnitude), b = rng.vec<T>(a.size(), -magnitude, magnitude),
+             c = a, d = a;
         const int n = ((w + 1) / 2) * ((h + 1) / 2);
         std::vector<T> bands(static_cast<std::size_t>(4 * n));
-        T* const to[4] = {&bands[0], &bands[std::size_t(n)], &bands[std::size_t(2 * n)],
-                          &bands[std::size_t(3 * n)]};
+        T* const to[4] = {&bands[0], &bands[std::size_t(n)], &bands[std::size_t(2 * n)], &bands[std::size_t(3 * n)]};
         const T* const from[4] = {to[0], to[1], to[2], to[3]};
         const int step = (w + 1) / 2 * s, steps[4] = {step, step, step, step};
         EXPECT_EQ(f.forward(a.data(), w * s, &r, scratch.data()), zmxStsNoErr);
@@ -497,8 +477,7 @@ template <class T, class Call> std::uint64_t kernelDigest(int magnitude, Call ca
             auto a = digestSamples<T>(rng, 40 * 40, magnitude), b = digestSamples<T>(rng, 40 * 40, magnitude);
             std::vector<T> c(40 * 40), d(40 * 40);
             const int step = 40 * int(sizeof(T));
-            EXPECT_EQ(call(&a[8 * 40 + 8], &b[8 * 40 + 8], c.data(), d.data(), step, pairs, phase),
-                      zmxStsNoErr);
+            EXPECT_EQ(call(&a[8 * 40 + 8], &b[8 * 40 + 8], c.data(), d.data(), step, pairs, phase), zmxStsNoErr);
             digest.add(c).add(d);
         }
     return digest.get();
