@@ -74,6 +74,7 @@ enum class Packing { none, rgb565, bgr565, rgb555, bgr555 };
 struct DecodeOptions {
     int scale = 1; // 1, 2, 4 or 8: the picture is decoded at 1/scale
     Upsampling upsampling = Upsampling::plain;
+    bool fast = false; // with plain upsampling: colours of 8 bits are converted without rounding where that is faster
     Packing packing = Packing::none; // else the picture has 1 channel of packed words; not of CMYK, 12 bits, lossless
     std::size_t maxPixels = std::size_t(1) << 28;  // of the picture in the file; more are refused
     std::function<void(const Picture&)> afterScan; // hears of the picture as it is behind each scan

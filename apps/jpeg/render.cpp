@@ -1,6 +1,6 @@
 // render.cpp - two roads from coefficients to pixels. UnitRenderer runs whole MCUs through one library
-// function straight into the picture. PlaneRenderer serves every sampling, the reduced sizes and the finest
-// qualities: it makes a small plane of 8-bit samples for each component and converts these.
+// function straight into the picture. PlaneRenderer serves every sampling and the reduced sizes, and converts with
+// rounding: it makes planes of 8-bit samples for some MCUs side by side and converts these.
 #include "jpeg/render.h"
 
 #include "jpeg/pixels.h"
@@ -82,73 +82,88 @@ InverseTransform inverseTo(int side) {
                        : inverseTo1x1;
 }
 
+// Gathers some MCUs side by side, which come row by row, ahead of each conversion.
 class PlaneRenderer final : public Renderer {
 public:
     PlaneRenderer(const Frame& frame, const std::vector<DequantTable>& tables, int scale, const Canvas& to)
-        : side(8 / scale), width(frame.hMax * side), height(frame.vMax * side), canvas(to) {
+        : side(8 / scale), width(frame.hMax * side), height(frame.vMax * side), columns(frame.mcuColumns()),
+          canvas(to) {
         for (std::size_t i = 0; i < frame.components.size(); ++i) {
             const Component& c = frame.components[i];
-            Plane& p = planes[i];
-            p.h = c.h;
-            p.v = c.v;
-            p.side = side;
-            p.table = tables[i];
             // A reduced picture can have the chroma in full: from a larger transform of the smaller
             // component.
             const int ratio = frame.hMax / c.h;
-            if (ratio * c.h == frame.hMax && ratio * c.v == frame.vMax && ratio != 3 && ratio * side <= 8)
-                p.side = ratio * side;
-            p.stretched = p.side * c.h != width || p.side * c.v != height;
-            p.inverse = inverseTo(p.side);
-            for (int x = 0; x < width; ++x) p.fromColumn[x] = std::uint8_t(x * (p.h * p.side) / width);
-            for (int y = 0; y < height; ++y) p.fromRow[y] = std::uint8_t(y * (p.v * p.side) / height);
-            ++count;
+            const bool larger =
+                ratio * c.h == frame.hMax && ratio * c.v == frame.vMax && ratio != 3 && ratio * side <= 8;
+            planes.emplace_back(c.h, c.v, larger ? ratio * side : side, tables[i], width, height);
         }
     }
 
     void mcu(const Zmx16s* const* blocks, int column, int row) override {
-        const Zmx8u* source[kMaxComponents];
-        for (int i = 0; i < count; ++i) {
-            const Plane& p = planes[i];
-            Zmx8u* out = p.stretched ? small : samples[i];
+        const int slot = column % kGathered;
+        for (Plane& p : planes)
             for (int y = 0; y < p.v; ++y)
                 for (int x = 0; x < p.h; ++x)
-                    p.inverse(*blocks++, out + (y * kStep + x) * p.side, kStep, p.table.data());
-            if (p.stretched) stretch(p, samples[i]);
-            source[i] = samples[i];
-        }
-        canvas.put(source, kStep, column * width, row * height, {width, height});
+                    p.inverse(*blocks++, p.samples.data() + (y * kStep + slot * p.h + x) * p.side, kStep,
+                              p.table.data());
+        if (slot + 1 < kGathered && column + 1 < columns) return;
+        const ZmxiSize size{(slot + 1) * width, height};
+        const Zmx8u* source[kMaxComponents];
+        for (std::size_t i = 0; i < planes.size(); ++i) source[i] = planes[i].stretchedTo(size);
+        canvas.put(source, kStep, (column - slot) * width, row * height, size);
     }
 
 private:
-    static constexpr int kStep = 8 * kMaxFactor;
+    // Of MCUs: at the usual samplings no more samples than those for which the library opens no team of threads.
+    static constexpr int kGathered = 32, kStep = kGathered * 8 * kMaxFactor;
+
     struct Plane {
-        int h, v;       // blocks
-        int side;       // samples of a block
-        bool stretched; // to the size of the MCU, by repetition
-        std::uint8_t fromColumn[kStep], fromRow[kStep];
+        int h, v, side; // blocks of an MCU, and samples of a block
         InverseTransform inverse;
         DequantTable table;
+        std::vector<Zmx8u> samples, stretched;          // as they are, and by repetition to the size of the MCU
+        std::vector<std::uint16_t> fromColumn, fromRow; // of the latter
+        bool doubled = false;                           // in width
+
+        Plane(int horizontal, int vertical, int s, const DequantTable& t, int width, int height)
+            : h(horizontal), v(vertical), side(s), inverse(inverseTo(s)), table(t),
+              samples(std::size_t(v * side * kStep)) {
+            if (h * side == width && v * side == height) return;
+            doubled = 2 * h * side == width;
+            stretched.resize(std::size_t(height * kStep));
+            for (int x = 0; x < kGathered * width; ++x) fromColumn.push_back(std::uint16_t(x * h * side / width));
+            for (int y = 0; y < height; ++y) fromRow.push_back(std::uint16_t(y * v * side / height));
+        }
+
+        const Zmx8u* stretchedTo(ZmxiSize size) {
+            if (stretched.empty()) return samples.data();
+            for (int y = 0; y < size.height; ++y) {
+                const Zmx8u* const from = samples.data() + fromRow[std::size_t(y)] * kStep;
+                Zmx8u* const to = stretched.data() + y * kStep;
+                if (y > 0 && fromRow[std::size_t(y)] == fromRow[std::size_t(y - 1)])
+                    std::memcpy(to, to - kStep, std::size_t(size.width));
+                else if (doubled)
+                    for (int x = 0; x < size.width / 2; ++x) to[2 * x] = to[2 * x + 1] = from[x];
+                else
+                    for (int x = 0; x < size.width; ++x) to[x] = from[fromColumn[std::size_t(x)]];
+            }
+            return stretched.data();
+        }
     };
 
-    void stretch(const Plane& p, Zmx8u* out) const {
-        for (int y = 0; y < height; ++y)
-            for (int x = 0; x < width; ++x) out[y * kStep + x] = small[p.fromRow[y] * kStep + p.fromColumn[x]];
-    }
-
     int side, width, height; // of a block, and of an MCU
+    int columns;             // of MCUs
     const Canvas canvas;
-    int count = 0;
-    Plane planes[kMaxComponents];
-    Zmx8u samples[kMaxComponents][kStep * kStep], small[kStep * kStep];
+    std::vector<Plane> planes;
 };
 
-// The colour conversion of units rounds nothing. From about quality 97 on that loses more than the
-// quantisation does (1 to 2 dB); planes are converted with rounding.
-bool wantsRounding(Model model, const DequantTable& luma) {
-    constexpr int kFineMean = 4;
-    return (model == Model::YCbCr || model == Model::Ycck) &&
-           std::accumulate(luma.begin(), luma.end(), 0) < kFineMean * kBlock;
+// The colour conversion of units rounds nothing, which costs up to 1 dB at quality 90 and more above. That of
+// planes rounds, and takes as long but for 4:2:0, where coarser pictures go by units in any case.
+bool wantsRounding(const Unit& unit, const DequantTable& luma, bool fast) {
+    constexpr int kFineMean = 10;
+    const bool colours = unit.model == Model::YCbCr || unit.model == Model::Ycck;
+    const bool fine = std::accumulate(luma.begin(), luma.end(), 0) < kFineMean * kBlock;
+    return colours && !fast && (unit.v == 1 || fine);
 }
 
 } // namespace
@@ -162,8 +177,8 @@ std::unique_ptr<Renderer> makeRenderer(const Frame& frame, Model model, const st
     if (wide) return makeWideRenderer(frame, model, tables, options.scale, picture);
     const Canvas canvas(model, options.packing, picture);
     if (options.upsampling == Upsampling::fancy) return makeFancyRenderer(frame, tables, canvas);
-    const bool whole = options.scale == 1 && !packed && !wantsRounding(model, tables[0]);
-    if (const Unit* unit = whole ? unitFor(model, frame.components) : nullptr)
+    const Unit* unit = options.scale == 1 && !packed ? unitFor(model, frame.components) : nullptr;
+    if (unit && !wantsRounding(*unit, tables[0], options.fast))
         return std::make_unique<UnitRenderer>(*unit, frame, tables, picture);
     return std::make_unique<PlaneRenderer>(frame, tables, options.scale, canvas);
 }
