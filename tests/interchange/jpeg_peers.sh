@@ -4,13 +4,8 @@
 #
 #   jpeg_peers.sh BIN-DIR
 set -u
-zmx=$(realpath "$1")/zmx
-for program in cjpeg djpeg jpegtran awk; do command -v $program >/dev/null || exit 77; done
-dir=$(mktemp -d)
-trap 'rm -rf "$dir"' EXIT
-cd "$dir" || exit 1
-checks=0 failures=0
-bad() { echo "FAILED: $*"; failures=$((failures + 1)); }
+. "$(dirname "$0")/support/checks.bash"
+need cjpeg djpeg jpegtran awk
 
 # A picture of waves, edges and fine texture.
 awk 'BEGIN {
@@ -96,5 +91,4 @@ done
 cjpeg -arithmetic -outfile t.jpg 33.ppm && "$zmx" jpeg decode t.jpg ours.ppm 2>log && bad "arithmetic coding is decoded"
 grep -q "arithmetic" log || bad "arithmetic coding is not named: $(cat log)"
 
-echo "$checks files, $failures failures"
-[ $failures -eq 0 ] && [ $checks -gt 200 ]
+finish 201

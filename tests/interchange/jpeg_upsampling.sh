@@ -4,13 +4,8 @@
 #
 #   jpeg_upsampling.sh BIN-DIR
 set -u
-zmx=$(realpath "$1")/zmx
-for program in cjpeg djpeg awk; do command -v $program >/dev/null || exit 77; done
-dir=$(mktemp -d)
-trap 'rm -rf "$dir"' EXIT
-cd "$dir" || exit 1
-checks=0 failures=0
-bad() { echo "FAILED: $*"; failures=$((failures + 1)); }
+. "$(dirname "$0")/support/checks.bash"
+need cjpeg djpeg awk
 
 # Waves of all colours, hard edges and a little texture.
 awk 'BEGIN {
@@ -65,5 +60,4 @@ checks=$((checks + 1))
 checks=$((checks + 1))
 "$zmx" jpeg decode a.jpg small.ppm --upsampling fancy --scale 1/2 2>/dev/null && bad "a reduced picture was not refused"
 
-echo "$checks checks, $failures failures"
-[ $failures -eq 0 ]
+finish 225
