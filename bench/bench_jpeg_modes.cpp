@@ -2,7 +2,7 @@
 // a photograph, one thread. Progressive files (4:2:0, quality 90, the usual script, tables made for the
 // picture) beside libjpeg-turbo's; for lossless files (RGB of 8 bits, predictor 1) it has no counterpart.
 #ifdef ZMX_HAVE_LIBJPEG
-#include "bench_jpeg_road.h"
+#include "bench/bench_jpeg_road.h"
 
 namespace {
 

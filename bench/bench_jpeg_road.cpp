@@ -2,7 +2,7 @@
 // a photograph, 4:2:0, quality 90, one thread. scripts/bench-jpeg runs this with and without libjpeg-turbo's
 // vector code.
 #ifdef ZMX_HAVE_LIBJPEG
-#include "bench_jpeg_road.h"
+#include "bench/bench_jpeg_road.h"
 
 namespace {
 

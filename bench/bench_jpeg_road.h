@@ -4,8 +4,8 @@
 // ZMX_PHOTO names the photograph: a baseline JPEG file of at least that size.
 #pragma once
 
-#include "image/image.h"
-#include "jpeg/jpeg.h"
+#include "codecs/jpeg/jpeg.h"
+#include "codecs/picture/picture.h"
 
 #include <benchmark/benchmark.h>
 #include <cstdio>

@@ -2,7 +2,7 @@
 // with the same Huffman tables.
 #pragma once
 
-#include "bench_blocks.h"
+#include "bench/bench_blocks.h"
 
 #ifdef ZMX_HAVE_LIBJPEG
 #include <cstdio>

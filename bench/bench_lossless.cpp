@@ -1,5 +1,5 @@
 // bench_lossless.cpp - lossless rows: prediction in both directions, and Huffman coding of three planes.
-#include "bench_blocks.h"
+#include "bench/bench_blocks.h"
 
 namespace {
 

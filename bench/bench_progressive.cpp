@@ -1,6 +1,6 @@
 // bench_progressive.cpp - the four scans of a progressive picture, one band each: first scans at bit 1,
 // refinements at 0.
-#include "bench_blocks.h"
+#include "bench/bench_blocks.h"
 
 namespace {
 

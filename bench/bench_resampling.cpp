@@ -1,6 +1,6 @@
 // bench_resampling.cpp - chroma resampling: samples of the larger side a second. The peers are a plain copy
 // of the larger side and plain loops; one thread, and all for what is shared out.
-#include "bench_team.h"
+#include "bench/bench_team.h"
 #include "zmxj.h"
 
 #include <benchmark/benchmark.h>

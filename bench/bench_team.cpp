@@ -1,5 +1,5 @@
 // bench_team.cpp - stands in for libzmxcore's thread count.
-#include "bench_team.h"
+#include "bench/bench_team.h"
 
 #include "zmxcore.h"
 

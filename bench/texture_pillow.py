@@ -11,7 +11,7 @@ import numpy as np
 from PIL import Image
 
 sys.dont_write_bytecode = True
-sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tests", "interchange"))
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tests", "command"))
 import texture
 
 SIDE = 1024

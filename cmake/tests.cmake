@@ -1,8 +1,9 @@
-# Tests. Each tests/test_<name>.cpp is a program of GoogleTest cases; tests/model/*.cpp are the plain models.
+# Tests. Each tests/<family>/test_<name>.cpp is a program of GoogleTest cases; tests/<family>/model/ has the plain models,
+# tests/<family>/support/ and tests/support/ what tests share.
 #
-# test_<name>.cpp       links libzmxjpx.so, so it sees what an application sees
-# test_own_<name>.cpp   links the library's objects, so it can call internal functions
-# test_app_<name>.cpp   links the codecs behind the zmx command
+# test_<name>.cpp         links libzmxjpx.so, so it sees what an application sees
+# test_own_<name>.cpp     links the library's objects, so it can call internal functions
+# test_codec_<name>.cpp   links the whole codecs
 
 include(GoogleTest)
 # GoogleTest is compiled with this build's own flags (32-bit, sanitizers, clang) from Debian's sources.
@@ -17,22 +18,25 @@ else()
   target_link_libraries(zmx_gtest INTERFACE GTest::gtest_main)
 endif()
 
-file(GLOB zmx_test_support CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/support/*.cpp ${PROJECT_SOURCE_DIR}/tests/model/*.cpp)
+file(GLOB zmx_test_support CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/support/*.cpp
+  ${PROJECT_SOURCE_DIR}/tests/*/support/*.cpp ${PROJECT_SOURCE_DIR}/tests/*/model/*.cpp)
+# These two stand in for libzmxcore: a test includes them, and no other program gets them.
+list(FILTER zmx_test_support EXCLUDE REGEX "/tests/support/(memory|threads)\\.cpp$")
 add_library(zmx_test_support STATIC ${zmx_test_support})
-target_include_directories(zmx_test_support PUBLIC ${PROJECT_SOURCE_DIR}/tests ${PROJECT_SOURCE_DIR}/include)
+target_include_directories(zmx_test_support PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
 target_link_libraries(zmx_test_support PUBLIC zmx_gtest PRIVATE zmx_warnings)
 
-file(GLOB zmx_tests CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/test_*.cpp)
+file(GLOB zmx_tests CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/*/test_*.cpp)
 foreach(source ${zmx_tests})
   get_filename_component(name ${source} NAME_WE)
-  if(name MATCHES "^test_app_" AND NOT TARGET zmx_codecs)
+  if(name MATCHES "^test_codec_" AND NOT TARGET zmx_codecs)
     continue()
   endif()
   add_executable(${name} ${source})
   target_link_libraries(${name} PRIVATE zmx_test_support OpenMP::OpenMP_CXX zmx_warnings)
   if(name MATCHES "^test_own_")
     target_link_libraries(${name} PRIVATE zmxjpx_objects zmxcore)
-  elseif(name MATCHES "^test_app_")
+  elseif(name MATCHES "^test_codec_")
     target_link_libraries(${name} PRIVATE zmx_codecs)
   else()
     target_link_libraries(${name} PRIVATE zmxjpx zmxcore ${CMAKE_DL_LIBS})
@@ -43,10 +47,10 @@ target_sources(test_own_core PRIVATE core/threads.cpp)
 target_include_directories(test_own_core PRIVATE core)
 
 # The public headers, each alone, as C and as C++.
-add_test(NAME headers COMMAND ${PROJECT_SOURCE_DIR}/tests/check_headers.sh
+add_test(NAME headers COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_headers.sh
   ${PROJECT_SOURCE_DIR}/include ${CMAKE_C_COMPILER} ${CMAKE_CXX_COMPILER})
 # What the library exports is what the header declares.
-add_test(NAME symbols COMMAND ${PROJECT_SOURCE_DIR}/tests/check_symbols.sh
+add_test(NAME symbols COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_symbols.sh
   ${PROJECT_SOURCE_DIR}/include $<TARGET_FILE:zmxjpx> ${CMAKE_C_COMPILER})
 
 # The example of the README.
@@ -54,16 +58,16 @@ separate_arguments(zmx_example_flags UNIX_COMMAND "${CMAKE_C_FLAGS}")
 if(ZMX_SANITIZE)
   list(APPEND zmx_example_flags -fsanitize=address,undefined)
 endif()
-add_test(NAME readme COMMAND ${PROJECT_SOURCE_DIR}/tests/check_readme.sh
+add_test(NAME readme COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_readme.sh
   ${PROJECT_SOURCE_DIR} $<TARGET_FILE_DIR:zmxjpx> ${CMAKE_C_COMPILER} ${zmx_example_flags})
 
-# Checks of the zmx command against programs from elsewhere: tests/interchange/*.sh BIN-DIR
+# Checks of the zmx command against programs from elsewhere: tests/command/*.sh BIN-DIR
 if(TARGET zmx)
-  file(GLOB zmx_interchange CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/interchange/*.sh)
-  foreach(script ${zmx_interchange})
+  file(GLOB zmx_command_tests CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/command/*.sh)
+  foreach(script ${zmx_command_tests})
     get_filename_component(name ${script} NAME_WE)
-    add_test(NAME interchange.${name} COMMAND ${script} $<TARGET_FILE_DIR:zmx>)
+    add_test(NAME command.${name} COMMAND ${script} $<TARGET_FILE_DIR:zmx>)
     # 77: a program that the check needs is not there.
-    set_tests_properties(interchange.${name} PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 900)
+    set_tests_properties(command.${name} PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 900)
   endforeach()
 endif()

@@ -2,7 +2,7 @@
 //
 // An input that begins like a DDS file goes to the reader; a file that it takes is decoded level by level and written
 // again. Any other input is the arguments of one call, with buffers of exactly the size that the call may touch.
-#include "texture/surface.h"
+#include "codecs/texture/surface.h"
 #include "zmxj.h"
 
 #include <algorithm>

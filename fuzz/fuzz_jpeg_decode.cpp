@@ -1,6 +1,6 @@
 // The whole JPEG decoder on arbitrary bytes, to pixels of every kind that can be asked for; and what it reads coded
 // anew. The number of bytes chooses the options.
-#include "jpeg/jpeg.h"
+#include "codecs/jpeg/jpeg.h"
 
 #include <cstdlib>
 

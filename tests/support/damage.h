@@ -1,7 +1,7 @@
 // damage.h - files damaged at random.
 #pragma once
 
-#include "support/rng.h"
+#include "tests/support/rng.h"
 
 #include <cstdint>
 #include <vector>

@@ -1,5 +1,5 @@
 // guarded.cpp - buffers between inaccessible pages.
-#include "support/guarded.h"
+#include "tests/support/guarded.h"
 
 #include <cstdio>
 #include <cstdlib>

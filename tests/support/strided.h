@@ -1,8 +1,8 @@
 // strided.h - rectangles of samples at any byte step, and samples of several characters to fill them with.
 #pragma once
 
-#include "guarded.h"
-#include "rng.h"
+#include "tests/support/guarded.h"
+#include "tests/support/rng.h"
 
 #include <cstring>
 #include <limits>

@@ -1,0 +1,48 @@
+// blockreader.cpp - sequential Huffman decoding (ITU-T T.81, F.2).
+#include "codecs/jpeg/blockreader.h"
+
+namespace jpeg {
+
+BlockReader::BlockReader(const Header& header, const std::uint8_t* bytes, std::size_t n) : Intervals(header, bytes, n) {
+    const Scan& scan = header.scan;
+    for (std::size_t i = 0; i < scan.components.size(); ++i) {
+        const ScanComponent& c = scan.components[i];
+        dc[i] = decodeSpecOf(header.dc[std::size_t(c.dc)], "DC", c.dc, header.scanOffset);
+        ac[i] = decodeSpecOf(header.ac[std::size_t(c.ac)], "AC", c.ac, header.scanOffset);
+    }
+    open(header.dataOffset);
+}
+
+void BlockReader::begin(std::size_t from) {
+    next = data + from;
+    if (stop == size) {
+        tail.assign(data + from, data + size);
+        tail.insert(tail.end(), {0xFF, EOI});
+        next = tail.data();
+    }
+    lastDc = {};
+    marker = 0;
+    bitBuffer = 0;
+    bitCount = 0;
+}
+
+std::size_t BlockReader::position() const {
+    return tail.empty() ? std::size_t(next - data) : size - tail.size() + 2 + std::size_t(next - tail.data());
+}
+
+bool BlockReader::block(int component, Zmx16s* coefficients) {
+    const auto c = std::size_t(component);
+    if (!lost && marker != 0 && bitCount < 1) loseAtEnd();
+    if (!lost) {
+        int bits = 0; // from `next`, so that no length of scan overflows it
+        const ZmxStatus status = zmxiDecodeHuffman8x8_Direct_JPEG_1u16s_C1(
+            next, &bits, coefficients, &lastDc[c], &marker, &bitBuffer, &bitCount, dc[c].get(), ac[c].get());
+        next += bits >> 3;
+        if (status == zmxStsNoErr && bitCount >= 0) return true;
+        lose("damaged data in the scan");
+    }
+    std::fill_n(coefficients, kBlock, Zmx16s(0));
+    return false;
+}
+
+} // namespace jpeg

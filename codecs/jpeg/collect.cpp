@@ -1,0 +1,182 @@
+// collect.cpp - scan after scan into one store of coefficients. Damage costs what it hits: a scan that is
+// missing or broken leaves the coefficients as the scans before it have made them.
+#include "codecs/jpeg/collect.h"
+
+#include "codecs/jpeg/blockreader.h"
+#include "codecs/jpeg/progressivereader.h"
+
+namespace jpeg {
+
+Model modelOf(const Header& h) {
+    const std::vector<Component>& c = h.frame.components;
+    if (c.size() == 1) return Model::Grey;
+    if (c.size() == 4) return h.adobe == 2 ? Model::Ycck : Model::Cmyk;
+    if (h.jfif) return Model::YCbCr;
+    if (h.adobe >= 0) return h.adobe == 0 ? Model::Rgb : Model::YCbCr;
+    return c[0].id == 'R' && c[1].id == 'G' && c[2].id == 'B' ? Model::Rgb : Model::YCbCr;
+}
+
+namespace {
+
+// What the decoders cannot do, in words; empty: they can.
+std::string unsupported(const Frame& frame) {
+    if (frame.sof > SOF3)
+        return frame.sof < SOF0 + 8 ? "hierarchical mode is not supported" : "arithmetic coding is not supported";
+    const int bits = frame.precision;
+    const bool known = frame.lossless() ? bits >= 2 && bits <= 16 : bits == 8 || (bits == 12 && frame.sof != SOF0);
+    if (!known) return std::to_string(bits) + "-bit samples are not supported";
+    if (frame.components.size() == 2 && !frame.lossless()) return "a picture of 2 components is not supported";
+    return {};
+}
+
+} // namespace
+
+void checkFrame(const Frame& frame, std::size_t maxPixels) {
+    if (const std::string what = unsupported(frame); !what.empty()) throw Error(what);
+    if (std::size_t(frame.width) * std::size_t(frame.height) > maxPixels)
+        throw Error("a picture of " + std::to_string(frame.width) + " by " + std::to_string(frame.height) +
+                    " pixels, more than the limit allows");
+}
+
+QuantTable quantTableOf(const Header& h, const Component& component) {
+    const auto& table = h.quant[std::size_t(component.quant)];
+    if (!table) fail(h.scanOffset, "quantisation table " + std::to_string(component.quant) + " is missing");
+    return *table;
+}
+
+void firstScan(Reader& reader) {
+    if (!reader.nextScan()) throw Error("the file holds no scan");
+}
+
+std::size_t scanBudget(const Frame& frame) {
+    const std::size_t blocks =
+        std::size_t(frame.mcuColumns()) * std::size_t(frame.mcuRows()) * std::size_t(frame.blocksInMcu());
+    return std::max(100 * blocks, std::size_t(1) << 24);
+}
+
+namespace {
+
+class Collecting {
+public:
+    Collecting(Reader& r, const std::uint8_t* d, std::size_t n, Warnings& w)
+        : reader(r), data(d), size(n), warnings(w), file(r.header().frame), budget(scanBudget(file.frame)),
+          low(file.frame.components.size()) {
+        for (auto& component : low) component.fill(kUnseen);
+        file.model = modelOf(reader.header());
+    }
+
+    CoefficientFile run(const std::function<void(CoefficientFile&)>& afterScan) {
+        int scans = 0;
+        try {
+            do {
+                start();
+                if (!affordable()) break;
+                file.restart = reader.header().restart;
+                if (file.frame.progressive())
+                    decode<ProgressiveReader>();
+                else
+                    decode<BlockReader>();
+                ++scans;
+                if (afterScan) afterScan(file);
+            } while (reader.nextScan());
+        } catch (const Error& e) {
+            if (scans == 0) throw;
+            warnings.push_back(e.what());
+        }
+        finish();
+        return std::move(file);
+    }
+
+private:
+    static constexpr int kUnseen = -1;
+
+    // What a scan of this mode may be. The first one of a component fixes its quantisation table.
+    void start() {
+        const Header& h = reader.header();
+        const Scan& s = h.scan;
+        if (file.frame.progressive())
+            checkProgressive(h);
+        else if (s.first != 0 || s.last != 63 || s.high != 0 || s.low != 0)
+            fail(h.scanOffset, "a progressive scan in a sequential file");
+        for (const ScanComponent& c : s.components) {
+            const auto i = std::size_t(c.index);
+            const Component& component = file.frame.components[i];
+            const bool fresh = std::count(low[i].begin(), low[i].end(), kUnseen) == kBlock;
+            if (!fresh && !file.frame.progressive())
+                fail(h.scanOffset, "component " + std::to_string(component.id) + " is coded twice");
+            if (fresh) file.quant[i] = quantTableOf(h, component);
+            follow(h, i);
+        }
+    }
+
+    static void checkProgressive(const Header& h) {
+        const Scan& s = h.scan;
+        const bool band = s.first == 0 ? s.last == 0 : s.first <= s.last && s.last <= 63 && s.components.size() == 1;
+        const bool bits = s.low <= 13 && (s.high == 0 || s.high == s.low + 1);
+        if (!band || !bits)
+            fail(h.scanOffset, "no progressive scan: coefficients " + std::to_string(s.first) + " to " +
+                                   std::to_string(s.last) + " of " + std::to_string(s.components.size()) +
+                                   " components, bits " + std::to_string(s.high) + " to " + std::to_string(s.low));
+    }
+
+    // Keeps the lowest bit that the scans have come to, and tells of scans that do not follow one another.
+    void follow(const Header& h, std::size_t component) {
+        const Scan& s = h.scan;
+        bool astray = s.first > 0 && low[component][0] == kUnseen;
+        for (int k = s.first; k <= s.last; ++k) {
+            int& l = low[component][std::size_t(k)];
+            astray |= (l == kUnseen ? 0 : l) != s.high || (l == 0 && s.high == 0);
+            l = s.low;
+        }
+        if (astray && file.frame.progressive())
+            warnings.push_back("byte " + std::to_string(h.scanOffset) + ": a scan out of turn");
+    }
+
+    bool affordable() {
+        const ScanLayout layout(file.frame, reader.header().scan);
+        const std::size_t cost = std::size_t(layout.columns) * std::size_t(layout.rows) * layout.mcu.size();
+        if (cost > budget) {
+            warnings.push_back("byte " + std::to_string(reader.header().scanOffset) +
+                               ": too many scans; the rest is passed over");
+            return false;
+        }
+        budget -= cost;
+        return true;
+    }
+
+    template <class Source> void decode() {
+        Source source(reader.header(), data, size);
+        decodeScan(
+            source, ScanLayout(file.frame, reader.header().scan),
+            [&](const ScanLayout::Part& p, int x, int y) {
+                return file.blocks.block(p.component, x * p.h + p.x, y * p.v + p.y);
+            },
+            [](int, int) {}, warnings);
+        reader.seek(source.end());
+    }
+
+    void finish() {
+        for (std::size_t i = 0; i < low.size(); ++i)
+            if (low[i][0] == kUnseen)
+                warnings.push_back("component " + std::to_string(file.frame.components[i].id) + " is missing");
+        for (const auto& [from, to] : reader.header().application)
+            file.application.insert(file.application.end(), data + from, data + to);
+    }
+
+    Reader& reader;
+    const std::uint8_t* data;
+    std::size_t size;
+    Warnings& warnings;
+    CoefficientFile file;
+    std::size_t budget;
+    std::vector<std::array<int, kBlock>> low; // of each coefficient of each component: the lowest bit known
+};
+
+} // namespace
+
+CoefficientFile collect(Reader& reader, const std::uint8_t* data, std::size_t size, Warnings& warnings,
+                        const std::function<void(CoefficientFile&)>& afterScan) {
+    return Collecting(reader, data, size, warnings).run(afterScan);
+}
+
+} // namespace jpeg

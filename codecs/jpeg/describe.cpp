@@ -1,0 +1,50 @@
+// describe.cpp - what a file says of itself, for people.
+#include "codecs/jpeg/reader.h"
+
+namespace jpeg {
+
+namespace {
+
+std::string modeOf(int sof) {
+    static const char* const modes[] = {"baseline", "extended sequential", "progressive", "lossless"};
+    std::string text = modes[sof & 3];
+    if (sof & 4) text += ", hierarchical";
+    text += sof & 8 ? ", arithmetic coding" : ", Huffman coding";
+    return text;
+}
+
+} // namespace
+
+std::string describe(const std::uint8_t* data, std::size_t size) {
+    std::string log, trouble;
+    Reader reader(data, size, &log);
+    int scans = 0;
+    try {
+        while (reader.nextScan()) {
+            ++scans;
+            std::size_t behind = findMarker(data, size, reader.header().dataOffset);
+            while (behind < size && isRestart(data[behind + 1])) behind = findMarker(data, size, behind + 2);
+            reader.seek(behind);
+        }
+    } catch (const Error& e) {
+        trouble = std::string("trouble: ") + e.what() + "\n";
+    }
+    const Header& h = reader.header();
+    std::string out;
+    if (!h.frame.components.empty()) {
+        out += "size: " + std::to_string(h.frame.width) + " by " + std::to_string(h.frame.height) + "\n";
+        out += "mode: " + modeOf(h.frame.sof) + "\n";
+        out += "bits: " + std::to_string(h.frame.precision) + "\n";
+        for (const Component& c : h.frame.components)
+            out += "component " + std::to_string(c.id) + ": sampling " + std::to_string(c.h) + "x" +
+                   std::to_string(c.v) + ", quantisation table " + std::to_string(c.quant) + "\n";
+    }
+    out += "restart interval: " + std::to_string(h.restart) + "\n";
+    if (h.jfif) out += "JFIF: yes\n";
+    if (h.adobe >= 0) out += "Adobe transform: " + std::to_string(h.adobe) + "\n";
+    out += "scans: " + std::to_string(scans) + "\n";
+    out += "segments, by offset:\n" + log + trouble;
+    return out;
+}
+
+} // namespace jpeg

@@ -1,0 +1,31 @@
+// lossless.h - lossless files (ITU-T T.81, Annex H).
+//
+// The predictors of the library halve sums of signed 16-bit samples. Samples that fill all 16 bits are
+// therefore carried with their top bit turned over, as signed numbers around zero: each predictor is off by
+// just as much, so that the differences are those of the standard; and the first row is predicted from zero.
+#pragma once
+
+#include "codecs/jpeg/format.h"
+#include "codecs/jpeg/reader.h"
+
+namespace jpeg {
+
+struct LosslessRows {
+    int precision, predictor, pointTransform;
+
+    int bias() const { return precision - pointTransform == 16 ? 0x8000 : 0; }
+    // A point transform of the precision makes the library's first prediction zero.
+    int firstRowTransform() const { return bias() ? precision : pointTransform; }
+    Zmx16s stored(int sample) const { return Zmx16s((sample >> pointTransform) ^ bias()); }
+    int sample(Zmx16s v) const { return ((v ^ bias()) << pointTransform) & ((1 << precision) - 1); }
+};
+
+// Decodes the file from its first scan on, to which `reader` has come.
+void decodeLossless(Reader& reader, const std::uint8_t* data, std::size_t size, Picture& picture);
+
+// One scan of all channels; `options` are what jpeg::encode takes.
+template <class Sample>
+std::vector<std::uint8_t> encodeLossless(const Sample* pixels, int width, int height, int channels, int precision,
+                                         const EncodeOptions& options);
+
+} // namespace jpeg

@@ -1,0 +1,48 @@
+// scanlayout.h - which data units a scan codes, and in which order (ITU-T T.81, A.2).
+#pragma once
+
+#include "codecs/jpeg/format.h"
+
+namespace jpeg {
+
+struct ScanLayout {
+    // A unit of the MCUs of a scan.
+    struct Part {
+        int inScan, component; // which component, by its place in the scan and in the frame
+        int x, y;              // where in the part of the MCU that is its component's
+        int h, v;              // the size of that part, in units
+    };
+    int columns, rows; // of MCUs
+    int rowHeight;     // of an MCU in the picture
+    std::vector<Part> mcu;
+
+    ScanLayout(const Frame& frame, const Scan& scan) {
+        // One component alone comes unit by unit, without those that only fill up MCUs (A.2.2).
+        const bool alone = scan.components.size() == 1;
+        const Component& first = frame.components[std::size_t(scan.components[0].index)];
+        columns = alone ? frame.blockColumns(first) : frame.mcuColumns();
+        rows = alone ? frame.blockRows(first) : frame.mcuRows();
+        rowHeight = frame.unit() * frame.vMax / (alone ? first.v : 1);
+        for (int i = 0; i < int(scan.components.size()); ++i) {
+            const int index = scan.components[std::size_t(i)].index;
+            const Component& c = frame.components[std::size_t(index)];
+            const int h = alone ? 1 : c.h, v = alone ? 1 : c.v;
+            for (int k = 0; k < h * v; ++k) mcu.push_back({i, index, k % h, k / h, h, v});
+        }
+    }
+};
+
+// Calls `mcu(column, row)` for each, and `restart()` between intervals of so many of them; 0: there are none.
+template <class Mcu, class Restart> void eachMcu(int columns, int rows, int interval, Mcu mcu, Restart restart) {
+    int left = interval;
+    for (int y = 0; y < rows; ++y)
+        for (int x = 0; x < columns; ++x) {
+            if (interval && left-- == 0) {
+                restart();
+                left = interval - 1;
+            }
+            mcu(x, y);
+        }
+}
+
+} // namespace jpeg

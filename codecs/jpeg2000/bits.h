@@ -1,0 +1,62 @@
+// bits.h - the bits of packet headers (B.10.1): a byte behind 0xFF has seven.
+#pragma once
+
+#include "codecs/jpeg2000/bytes.h"
+
+namespace jpeg2000 {
+
+class BitReader {
+    Span span;
+    std::size_t pos = 0;
+    unsigned byte = 0;
+    int left = 0; // unread bits of `byte`
+
+public:
+    explicit BitReader(Span s) : span(s) {}
+    bool bit() {
+        if (left == 0) {
+            if (pos == span.size) throw Error("a packet header ends early");
+            left = byte == 0xFF ? 7 : 8;
+            byte = span.data[pos++];
+        }
+        return byte >> --left & 1;
+    }
+    unsigned bits(int n) {
+        unsigned v = 0;
+        while (n-- > 0) v = v << 1 | unsigned(bit());
+        return v;
+    }
+    // Ends the header: the byte of zeros that must follow a last 0xFF goes too. Tells how many bytes it took.
+    std::size_t finish() {
+        if (byte == 0xFF && pos < span.size) ++pos;
+        return pos;
+    }
+};
+
+class BitWriter {
+    std::vector<std::uint8_t>& out;
+    unsigned byte = 0;
+    int free = 8;
+
+    void push() {
+        out.push_back(std::uint8_t(byte));
+        free = byte == 0xFF ? 7 : 8;
+        byte = 0;
+    }
+
+public:
+    explicit BitWriter(std::vector<std::uint8_t>& bytes) : out(bytes) {}
+    void bit(bool b) {
+        byte |= unsigned(b) << --free;
+        if (free == 0) push();
+    }
+    void bits(unsigned v, int n) {
+        while (n-- > 0) bit(v >> n & 1);
+    }
+    // Fills up with zeros; a byte of zeros follows a last 0xFF.
+    void finish() {
+        if (free < 8) push();
+    }
+};
+
+} // namespace jpeg2000

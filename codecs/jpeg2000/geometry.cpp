@@ -1,0 +1,121 @@
+// geometry.cpp - the layout of a tile, from the outside in: tile-components (B-12), resolutions (B-14), bands
+// (B-15), precincts (B-16) and code blocks (B.7).
+#include "codecs/jpeg2000/geometry.h"
+
+#include <algorithm>
+
+namespace jpeg2000 {
+
+namespace {
+
+Rect bandRect(const Rect& tc, Orientation o, int levels) {
+    if (o == LL) return reducedRect(tc, levels);
+    const std::int64_t half = std::int64_t(1) << (levels - 1);
+    const std::int64_t dx = o == HL || o == HH ? half : 0, dy = o == LH || o == HH ? half : 0;
+    return {ceilShift(tc.x0 - dx, levels), ceilShift(tc.y0 - dy, levels), ceilShift(tc.x1 - dx, levels),
+            ceilShift(tc.y1 - dy, levels)};
+}
+
+class Layout {
+    const std::size_t maxParts;
+    std::size_t parts = 0;
+
+    void count(std::size_t n) {
+        parts += n;
+        if (n > maxParts || parts > maxParts) throw Error("the tile has too many precincts and code blocks");
+    }
+
+    // The blocks of `band` within a precinct's rectangle in band coordinates.
+    BlockGrid grid(TileComponent& tc, const Rect& precinct, const Band& band, int resolution, int index, int wLog,
+                   int hLog) {
+        const Rect r{std::max(precinct.x0, band.rect.x0), std::max(precinct.y0, band.rect.y0),
+                     std::min(precinct.x1, band.rect.x1), std::min(precinct.y1, band.rect.y1)};
+        if (r.empty()) return {};
+        const std::int64_t left = r.x0 >> wLog, top = r.y0 >> hLog;
+        const BlockGrid g{int(ceilShift(r.x1, wLog) - left), int(ceilShift(r.y1, hLog) - top), tc.blocks.size()};
+        count(std::size_t(g.across) * std::size_t(g.down));
+        for (int j = 0; j < g.down; ++j)
+            for (int i = 0; i < g.across; ++i) {
+                const std::int64_t x0 = std::max((left + i) << wLog, r.x0), x1 = std::min((left + i + 1) << wLog, r.x1);
+                const std::int64_t y0 = std::max((top + j) << hLog, r.y0), y1 = std::min((top + j + 1) << hLog, r.y1);
+                tc.blocks.push_back({band.planeX + int(x0 - band.rect.x0), band.planeY + int(y0 - band.rect.y0),
+                                     int(x1 - x0), int(y1 - y0), std::uint8_t(resolution), std::uint8_t(index)});
+            }
+        return g;
+    }
+
+    void precincts(TileComponent& tc, Resolution& res, int r, const CodingStyle& style) {
+        if (res.rect.empty()) return;
+        const int pw = res.precinctWidthLog, ph = res.precinctHeightLog, halving = r > 0 ? 1 : 0;
+        const std::int64_t left = res.rect.x0 >> pw, top = res.rect.y0 >> ph;
+        const std::int64_t across = ceilShift(res.rect.x1, pw) - left, down = ceilShift(res.rect.y1, ph) - top;
+        if (std::size_t(across) > maxParts || std::size_t(down) > maxParts) count(maxParts + 1);
+        count(std::size_t(across) * std::size_t(down));
+        res.precinctsAcross = int(across);
+        res.precinctsDown = int(down);
+        res.precincts.resize(std::size_t(across * down));
+        const int wLog = std::min(style.blockWidthLog, pw - halving),
+                  hLog = std::min(style.blockHeightLog, ph - halving);
+        for (std::int64_t j = 0; j < down; ++j)
+            for (std::int64_t i = 0; i < across; ++i) {
+                const int w = pw - halving, h = ph - halving;
+                const Rect inBand{(left + i) << w, (top + j) << h, (left + i + 1) << w, (top + j + 1) << h};
+                Precinct& p = res.precincts[std::size_t(j * across + i)];
+                for (std::size_t b = 0; b < res.bands.size(); ++b)
+                    p.grids[b] = grid(tc, inBand, res.bands[b], r, int(b), wLog, hLog);
+            }
+    }
+
+public:
+    explicit Layout(std::size_t limit) : maxParts(limit) {}
+
+    TileComponent component(const Rect& rect, const CodingStyle& style) {
+        TileComponent tc{rect, {}, {}};
+        if (rect.empty()) { // nothing to lay out, but the resolutions are there
+            tc.resolutions.resize(std::size_t(style.levels) + 1);
+            return tc;
+        }
+        for (int r = 0; r <= style.levels; ++r) {
+            Resolution res;
+            res.rect = reducedRect(rect, style.levels - r);
+            res.precinctWidthLog = style.precincts[std::size_t(r)] & 15;
+            res.precinctHeightLog = style.precincts[std::size_t(r)] >> 4;
+            const int levels = r == 0 ? style.levels : style.levels - r + 1;
+            const Rect low = r == 0 ? Rect{} : tc.resolutions.back().rect;
+            for (const Orientation o : r == 0 ? std::vector{LL} : std::vector{HL, LH, HH})
+                res.bands.push_back({o, bandRect(rect, o, levels), o == HL || o == HH ? low.width() : 0,
+                                     o == LH || o == HH ? low.height() : 0});
+            precincts(tc, res, r, style);
+            tc.resolutions.push_back(std::move(res));
+        }
+        return tc;
+    }
+};
+
+} // namespace
+
+Rect tileRect(const ImageSize& s, int index) {
+    const std::int64_t p = index % s.tilesAcross(), q = index / s.tilesAcross();
+    return {std::max<std::int64_t>(s.tileX + p * s.tileWidth, s.x0),
+            std::max<std::int64_t>(s.tileY + q * s.tileHeight, s.y0),
+            std::min<std::int64_t>(s.tileX + (p + 1) * s.tileWidth, s.x1),
+            std::min<std::int64_t>(s.tileY + (q + 1) * s.tileHeight, s.y1)};
+}
+
+Rect componentRect(const Rect& g, const SizComponent& c) {
+    return {ceilDiv(g.x0, c.dx), ceilDiv(g.y0, c.dy), ceilDiv(g.x1, c.dx), ceilDiv(g.y1, c.dy)};
+}
+
+Rect reducedRect(const Rect& r, int levels) {
+    return {ceilShift(r.x0, levels), ceilShift(r.y0, levels), ceilShift(r.x1, levels), ceilShift(r.y1, levels)};
+}
+
+Tile layOutTile(const ImageSize& size, const HeaderSet& headers, int index, std::size_t maxParts) {
+    Tile tile{tileRect(size, index), {}};
+    Layout layout(maxParts);
+    for (std::size_t c = 0; c < size.components.size(); ++c)
+        tile.components.push_back(layout.component(componentRect(tile.rect, size.components[c]), headers.coding[c]));
+    return tile;
+}
+
+} // namespace jpeg2000

@@ -1,0 +1,70 @@
+// geometry.h - where tiles, tile-components, resolutions, bands, precincts and code blocks lie (annex B).
+#pragma once
+
+#include "codecs/jpeg2000/parameters.h"
+
+namespace jpeg2000 {
+
+struct Rect {
+    std::int64_t x0 = 0, y0 = 0, x1 = 0, y1 = 0;
+    int width() const { return int(x1 - x0); }
+    int height() const { return int(y1 - y0); }
+    bool empty() const { return x1 <= x0 || y1 <= y0; }
+    std::size_t area() const { return empty() ? 0 : std::size_t(x1 - x0) * std::size_t(y1 - y0); }
+};
+
+constexpr std::int64_t ceilDiv(std::int64_t a, std::int64_t b) { return (a + b - 1) / b; }
+constexpr std::int64_t ceilShift(std::int64_t a, int n) { return (a + (std::int64_t(1) << n) - 1) >> n; }
+
+enum Orientation { LL, HL, LH, HH }; // in the order of packets and step sizes
+
+struct Block {
+    int planeX, planeY; // place in the plane of the tile-component, whose bands lie as the wavelets leave them
+    int width, height;
+    std::uint8_t resolution, band; // band: index in its resolution
+};
+
+struct Band {
+    Orientation orientation;
+    Rect rect;
+    int planeX = 0, planeY = 0;
+};
+
+// The code blocks of one band in a precinct: `across` times `down` of them, row by row from blocks[first] on.
+struct BlockGrid {
+    int across = 0, down = 0;
+    std::size_t first = 0;
+};
+
+struct Precinct {
+    BlockGrid grids[3]; // by band
+};
+
+struct Resolution {
+    Rect rect;
+    int precinctWidthLog = 15, precinctHeightLog = 15;
+    int precinctsAcross = 0, precinctsDown = 0;
+    std::vector<Band> bands; // LL alone, or HL, LH, HH
+    std::vector<Precinct> precincts;
+};
+
+struct TileComponent {
+    Rect rect;
+    std::vector<Resolution> resolutions;
+    std::vector<Block> blocks;
+};
+
+struct Tile {
+    Rect rect;
+    std::vector<TileComponent> components;
+};
+
+Rect tileRect(const ImageSize& size, int index);
+Rect componentRect(const Rect& onGrid, const SizComponent& c);
+// The rectangle of a tile-component with `levels` wavelet levels taken off.
+Rect reducedRect(const Rect& r, int levels);
+
+// Lays out a tile. More than `maxParts` precincts and code blocks together are refused.
+Tile layOutTile(const ImageSize& size, const HeaderSet& headers, int index, std::size_t maxParts);
+
+} // namespace jpeg2000

@@ -1,0 +1,31 @@
+// markers.h - single marker segments (A.5, A.6), read into and written from parameters.
+#pragma once
+
+#include "codecs/jpeg2000/bytes.h"
+#include "codecs/jpeg2000/parameters.h"
+
+namespace jpeg2000 {
+
+ImageSize readSiz(Span content, std::size_t maxPixels);
+
+// Takes the segments of one header in. A component's own segment (COC, QCC) counts more than the one for all
+// components (COD, QCD) of the same header, in whatever order they come.
+class HeaderReader {
+    HeaderSet& set;
+    std::vector<bool> ownCoding, ownQuant;
+    bool hasCoding = false, hasQuant = false, hasChanges = false;
+
+public:
+    explicit HeaderReader(HeaderSet& headers);
+    // Markers that do not concern the coding are passed over.
+    void take(int marker, Span content);
+    bool complete() const { return hasCoding && hasQuant; }
+};
+
+void writeSiz(ByteWriter& out, const ImageSize& size);
+void writeCod(ByteWriter& out, const TileStyle& tile, const CodingStyle& style);
+void writeQcd(ByteWriter& out, const Quantization& quant);
+void writePoc(ByteWriter& out, const std::vector<ProgressionChange>& changes, std::size_t components);
+void writeQcc(ByteWriter& out, const Quantization& quant, std::size_t component, std::size_t components);
+
+} // namespace jpeg2000

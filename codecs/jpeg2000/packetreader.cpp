@@ -1,0 +1,114 @@
+// packetreader.cpp - packet headers (B.10) and bodies.
+#include "codecs/jpeg2000/packetreader.h"
+
+namespace jpeg2000 {
+
+namespace {
+
+constexpr int maxPassesInAll = 3 * 38 - 2;
+
+// The number of coding passes in a packet (Table B.4).
+int readPassCount(BitReader& bits) {
+    if (!bits.bit()) return 1;
+    if (!bits.bit()) return 2;
+    if (const unsigned v = bits.bits(2); v < 3) return int(3 + v);
+    if (const unsigned v = bits.bits(5); v < 31) return int(6 + v);
+    return int(37 + bits.bits(7));
+}
+
+// SOP and EPH are marked as possible, yet may be missing.
+void skipMarker(Span& s, int marker, std::size_t size) {
+    if (s.size >= size && s.data[0] == marker >> 8 && s.data[1] == (marker & 255)) s = {s.data + size, s.size - size};
+}
+
+} // namespace
+
+PacketReader::PacketReader(const Tile& layout, const HeaderSet& set, Span data, Span packedHeaders,
+                           bool headersArePacked, int layers, int reduceBy)
+    : tile(layout), headers(set), body(data), packed(packedHeaders), hasPacked(headersArePacked), maxLayers(layers),
+      reduce(reduceBy) {
+    for (const TileComponent& c : tile.components) {
+        blocks.emplace_back(c.blocks.size());
+        trees.emplace_back();
+        for (const Resolution& r : c.resolutions) trees.back().emplace_back(r.precincts.size());
+    }
+}
+
+void PacketReader::readBlock(BitReader& bits, BlockStream& block, TagTree& inclusion, TagTree& zeroPlanes,
+                             std::size_t leaf, int layer, unsigned style) {
+    if (!(block.included ? bits.bit() : inclusion.below(leaf, layer + 1, bits))) return;
+    if (!block.included) {
+        int n = 1;
+        while (!zeroPlanes.below(leaf, n, bits))
+            if (++n > 80) throw Error("a code block with too many zero planes");
+        block.zeroPlanes = std::uint8_t(n - 1);
+        block.included = true;
+    }
+    int passes = readPassCount(bits);
+    if (block.passes + passes > maxPassesInAll) throw Error("a code block with too many passes");
+    while (bits.bit())
+        if (++block.lengthBits > 31) throw Error("a code block with too long a length");
+    while (passes > 0) {
+        int room = block.codewords.empty() ? 0
+                                           : segmentPasses(style, block.passes - block.codewords.back().passes) -
+                                                 block.codewords.back().passes;
+        if (room <= 0) {
+            block.codewords.emplace_back();
+            room = segmentPasses(style, block.passes);
+        }
+        const int n = std::min(room, passes), width = block.lengthBits + floorLog2(unsigned(n));
+        if (width > 31) throw Error("a code block with too long a length");
+        const int length = int(bits.bits(width));
+        block.codewords.back().passes += n;
+        block.passes = std::int16_t(block.passes + n);
+        contributions.push_back({&block, block.codewords.size() - 1, n, length});
+        passes -= n;
+    }
+}
+
+void PacketReader::readHeader(const PacketId& id) {
+    const auto c = std::size_t(id.component), r = std::size_t(id.resolution);
+    const Precinct& precinct = tile.components[c].resolutions[r].precincts[id.precinct];
+    PrecinctTrees& tree = trees[c][r][id.precinct];
+    if (!tree.made) tree.make(precinct);
+    Span& source = hasPacked ? packed : body;
+    BitReader bits(source);
+    if (bits.bit())
+        for (int b = 0; b < 3; ++b) {
+            const BlockGrid& g = precinct.grids[b];
+            for (std::size_t i = 0; i < std::size_t(g.across) * std::size_t(g.down); ++i)
+                readBlock(bits, blocks[c][g.first + i], tree.inclusion[b], tree.zeroPlanes[b], i, id.layer,
+                          headers.coding[c].style);
+        }
+    const std::size_t used = bits.finish();
+    source = {source.data + used, source.size - used};
+    if (headers.tile.eph) skipMarker(source, EPH, 2);
+}
+
+void PacketReader::readBody(bool keep) {
+    for (const Contribution& c : contributions) {
+        BlockStream& block = *c.block;
+        if (std::size_t(c.length) > body.size) throw Error("the data of a packet ends early");
+        if (keep) {
+            block.codewords[c.codeword].kept += c.passes;
+            block.codewords[c.codeword].length += c.length;
+            if (!block.pieces.empty() && block.pieces.back().data + block.pieces.back().size == body.data)
+                block.pieces.back().size += std::size_t(c.length);
+            else if (c.length > 0)
+                block.pieces.push_back({body.data, std::size_t(c.length)});
+        }
+        body = {body.data + c.length, body.size - std::size_t(c.length)};
+    }
+}
+
+bool PacketReader::read(const PacketId& id) {
+    if (headers.tile.sop) skipMarker(body, SOP, 6);
+    if ((hasPacked ? packed.size : body.size) == 0) return false;
+    contributions.clear();
+    readHeader(id);
+    const int resolutions = int(tile.components[std::size_t(id.component)].resolutions.size());
+    readBody(id.layer < maxLayers && id.resolution < resolutions - reduce);
+    return true;
+}
+
+} // namespace jpeg2000

@@ -1,0 +1,36 @@
+// packets.h - what the two directions of packet headers share (B.10).
+#pragma once
+
+#include "codecs/jpeg2000/geometry.h"
+#include "codecs/jpeg2000/tagtree.h"
+
+#include <bit>
+
+namespace jpeg2000 {
+
+// How many passes the codeword segment that begins with pass `first` (from 0) may have.
+inline int segmentPasses(unsigned style, int first) {
+    if (style & styleTerminateAll) return 1;
+    if (!(style & styleBypass)) return 1 << 20;
+    if (first < 10) return 10 - first;    // four planes of MQ passes
+    return (first - 10) % 3 == 0 ? 2 : 1; // two raw ones, a cleanup
+}
+
+inline int floorLog2(unsigned v) { return int(std::bit_width(v)) - 1; }
+
+// The tag trees of a precinct.
+struct PrecinctTrees {
+    TagTree inclusion[3], zeroPlanes[3]; // by band
+    bool made = false;
+
+    void make(const Precinct& p) {
+        for (int b = 0; b < 3; ++b)
+            if (p.grids[b].across > 0) {
+                inclusion[b] = TagTree(p.grids[b].across, p.grids[b].down);
+                zeroPlanes[b] = inclusion[b];
+            }
+        made = true;
+    }
+};
+
+} // namespace jpeg2000

@@ -1,0 +1,109 @@
+// progression.cpp - packets in order: precincts sorted by the keys of the progression, layers put in between.
+#include "codecs/jpeg2000/progression.h"
+
+#include <algorithm>
+#include <tuple>
+
+namespace jpeg2000 {
+
+namespace {
+
+struct Place {
+    int component, resolution;
+    std::size_t precinct;
+    std::int64_t x, y; // of the precinct's corner, on the reference grid
+    int* layersDone;
+};
+
+// The reference-grid coordinate at which the loops over positions meet a precinct: that of its own corner, or the
+// tile's edge for a precinct that begins outside.
+std::int64_t positionOf(std::int64_t index, int precinctLog, int levelsAbove, int step, std::int64_t tileEdge) {
+    if (index == 0) return tileEdge;
+    return std::max((index << precinctLog << levelsAbove) * step, tileEdge);
+}
+
+std::vector<Place> placesOf(const ImageSize& size, const Tile& tile, std::vector<std::vector<std::vector<int>>>& done) {
+    std::vector<Place> places;
+    done.resize(tile.components.size());
+    for (std::size_t c = 0; c < tile.components.size(); ++c) {
+        const auto& resolutions = tile.components[c].resolutions;
+        done[c].resize(resolutions.size());
+        for (std::size_t r = 0; r < resolutions.size(); ++r) {
+            const Resolution& res = resolutions[r];
+            const int above = int(resolutions.size() - 1 - r);
+            done[c][r].resize(res.precincts.size());
+            for (std::size_t p = 0; p < res.precincts.size(); ++p) {
+                const auto i = std::int64_t(p) % res.precinctsAcross, j = std::int64_t(p) / res.precinctsAcross;
+                places.push_back({int(c), int(r), p,
+                                  positionOf((res.rect.x0 >> res.precinctWidthLog) + i, res.precinctWidthLog, above,
+                                             size.components[c].dx, tile.rect.x0),
+                                  positionOf((res.rect.y0 >> res.precinctHeightLog) + j, res.precinctHeightLog, above,
+                                             size.components[c].dy, tile.rect.y0),
+                                  &done[c][r][p]});
+            }
+        }
+    }
+    return places;
+}
+
+using Key = std::tuple<std::int64_t, std::int64_t, std::int64_t, std::int64_t, std::size_t>;
+Key keyOf(Progression order, const Place& p) {
+    switch (order) {
+    case Progression::RPCL:
+        return {p.resolution, p.y, p.x, p.component, p.precinct};
+    case Progression::PCRL:
+        return {p.y, p.x, p.component, p.resolution, p.precinct};
+    case Progression::CPRL:
+        return {p.component, p.y, p.x, p.resolution, p.precinct};
+    default:
+        return {p.resolution, p.component, 0, 0, p.precinct};
+    }
+}
+
+// Where the run of precincts ends within which the layers are the outer loop.
+std::size_t endOfRun(Progression order, const std::vector<Place>& places, std::size_t begin) {
+    if (order == Progression::LRCP) return places.size();
+    std::size_t end = begin + 1;
+    if (order == Progression::RLCP)
+        while (end < places.size() && places[end].resolution == places[begin].resolution) ++end;
+    return end;
+}
+
+bool run(std::vector<Place> places, Progression order, int layers, const std::function<bool(const PacketId&)>& visit) {
+    std::sort(places.begin(), places.end(),
+              [order](const Place& a, const Place& b) { return keyOf(order, a) < keyOf(order, b); });
+    for (std::size_t begin = 0, end; begin < places.size(); begin = end) {
+        end = endOfRun(order, places, begin);
+        for (int layer = 0; layer < layers; ++layer)
+            for (std::size_t i = begin; i < end; ++i) {
+                const Place& p = places[i];
+                if (*p.layersDone > layer) continue;
+                *p.layersDone = layer + 1;
+                if (!visit({p.component, p.resolution, p.precinct, layer})) return false;
+            }
+    }
+    return true;
+}
+
+} // namespace
+
+void forEachPacket(const ImageSize& size, const Tile& tile, const HeaderSet& headers,
+                   const std::function<bool(const PacketId&)>& visit) {
+    std::vector<std::vector<std::vector<int>>> done;
+    const std::vector<Place> places = placesOf(size, tile, done);
+    if (headers.changes.empty()) {
+        run(places, headers.tile.progression, headers.tile.layers, visit);
+        return;
+    }
+    for (const ProgressionChange& change : headers.changes) {
+        std::vector<Place> part;
+        const int layers = std::min(change.layerEnd, headers.tile.layers);
+        for (const Place& p : places)
+            if (p.component >= change.componentBegin && p.component < change.componentEnd && *p.layersDone < layers &&
+                p.resolution >= change.resolutionBegin && p.resolution < change.resolutionEnd)
+                part.push_back(p);
+        if (!run(std::move(part), change.order, layers, visit)) return;
+    }
+}
+
+} // namespace jpeg2000

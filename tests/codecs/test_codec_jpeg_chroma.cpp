@@ -1,0 +1,426 @@
+// Chroma of a lower rate in both directions, and packed pixels: the renderers and the transformer of the JPEG codec
+// against plain models of resampling and colour. The DCT alone is the library's.
+#include "codecs/jpeg/jpeg.h"
+#include "codecs/jpeg/pixels.h"
+#include "codecs/jpeg/render.h"
+#include "codecs/jpeg/standard.h"
+#include "codecs/jpeg/transform.h"
+#include "codecs/jpeg/units.h"
+#include "tests/support/guarded.h"
+#include "tests/support/rng.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using jpeg::DecodeOptions;
+using jpeg::Factors;
+using jpeg::Frame;
+using jpeg::Model;
+using jpeg::Packing;
+using jpeg::Upsampling;
+using Bytes = std::vector<std::uint8_t>;
+using Words = std::vector<std::uint16_t>;
+
+std::string name(int width, int height, const std::vector<Factors>& factors) {
+    std::string text = std::to_string(width) + " by " + std::to_string(height) + ", sampling";
+    for (const Factors& f : factors) text.append(" ").append(std::to_string(10 * f.h + f.v));
+    return text;
+}
+
+Frame frameOf(int width, int height, const std::vector<Factors>& factors) {
+    Frame frame;
+    frame.width = width;
+    frame.height = height;
+    for (const Factors& f : factors) frame.components.push_back({int(frame.components.size()) + 1, f.h, f.v, 0});
+    frame.setMaxima();
+    return frame;
+}
+
+// A plane of samples whose last ones go on for ever.
+struct Plane {
+    int width, height;
+    std::vector<int> samples;
+
+    Plane(int w, int h) : width(w), height(h), samples(std::size_t(w) * std::size_t(h)) {}
+    int& at(int x, int y) {
+        return samples[std::size_t(std::clamp(y, 0, height - 1)) * std::size_t(width) +
+                       std::size_t(std::clamp(x, 0, width - 1))];
+    }
+};
+
+int saturated(int v) { return std::clamp(v, 0, 255); }
+
+// The colour of a pixel (ITU-T T.871, clause 7, in 16 fractional bits).
+std::vector<int> toColour(Model model, const std::vector<int>& s) {
+    if (model != Model::YCbCr && model != Model::Ycck) return s;
+    const int cb = s[1] - 128, cr = s[2] - 128;
+    std::vector<int> out{saturated(s[0] + ((91881 * cr + 32768) >> 16)),
+                         saturated(s[0] + ((-22554 * cb - 46802 * cr + 32768) >> 16)),
+                         saturated(s[0] + ((116130 * cb + 32768) >> 16))};
+    if (model == Model::Ycck) out = {255 - out[0], 255 - out[1], 255 - out[2], s[3]};
+    return out;
+}
+
+// A picture of coefficients, and the planes that they are samples of.
+class Coded {
+public:
+    Frame frame;
+    std::vector<jpeg::DequantTable> tables;
+
+    Coded(const Frame& f, Rng& rng) : frame(f) {
+        for (const jpeg::Component& c : frame.components) {
+            jpeg::DequantTable table;
+            for (Zmx16u& q : table) q = Zmx16u(rng.range(1, 30));
+            tables.push_back(table);
+            std::vector<Zmx16s> all(std::size_t(frame.mcuColumns() * c.h * frame.mcuRows() * c.v) * 64);
+            for (std::size_t i = 0; i < all.size(); ++i)
+                all[i] = i % 64 == 0 ? Zmx16s(rng.range(-40, 40)) : rng.oneIn(8) ? Zmx16s(rng.range(-6, 6)) : Zmx16s(0);
+            coefficients.push_back(all);
+        }
+    }
+
+    Zmx16s* block(std::size_t i, int x, int y) {
+        return coefficients[i].data() + (y * frame.mcuColumns() * frame.components[i].h + x) * 64;
+    }
+
+    jpeg::Picture rendered(Model model, const DecodeOptions& options) {
+        jpeg::Picture p;
+        const bool packed = options.packing != Packing::none;
+        p.shape(jpeg::divUp(frame.width, options.scale), jpeg::divUp(frame.height, options.scale),
+                packed ? 1 : jpeg::channelsOf(model), packed ? 16 : 8);
+        const auto renderer = jpeg::makeRenderer(frame, model, tables, options, p);
+        for (int row = 0; row < frame.mcuRows(); ++row)
+            for (int column = 0; column < frame.mcuColumns(); ++column) {
+                std::vector<const Zmx16s*> blocks;
+                for (std::size_t i = 0; i < coefficients.size(); ++i) {
+                    const jpeg::Component& c = frame.components[i];
+                    for (int k = 0; k < c.h * c.v; ++k)
+                        blocks.push_back(block(i, column * c.h + k % c.h, row * c.v + k / c.h));
+                }
+                renderer->mcu(blocks.data(), column, row);
+            }
+        renderer->finish();
+        return p;
+    }
+
+    // The samples that belong to the picture.
+    Plane samples(std::size_t i) {
+        const jpeg::Component& c = frame.components[i];
+        Plane plane(jpeg::divUp(frame.width * c.h, frame.hMax), jpeg::divUp(frame.height * c.v, frame.vMax));
+        for (int by = 0; 8 * by < plane.height; ++by)
+            for (int bx = 0; 8 * bx < plane.width; ++bx) {
+                Zmx8u block8[64];
+                EXPECT_EQ(zmxiDCTQuantInv8x8LS_JPEG_16s8u_C1R(block(i, bx, by), block8, 8, tables[i].data()),
+                          zmxStsNoErr);
+                for (int k = 0; k < 64; ++k)
+                    if (8 * bx + k % 8 < plane.width && 8 * by + k / 8 < plane.height)
+                        plane.at(8 * bx + k % 8, 8 * by + k / 8) = block8[k];
+            }
+        return plane;
+    }
+
+    // What stands for the pixel (x, y) in the plane of a component.
+    int upsampled(Plane& s, std::size_t i, int x, int y, bool fancy) const {
+        const jpeg::Component& c = frame.components[i];
+        const bool halfWidth = frame.hMax == 2 * c.h && s.width > 2, halfHeight = frame.vMax == 2 * c.v;
+        const bool fullWidth = frame.hMax == c.h, fullHeight = frame.vMax == c.v;
+        const int h = x / 2, v = y / 2, besides = x % 2 ? h + 1 : h - 1, across = y % 2 ? v + 1 : v - 1;
+        if (fancy && halfWidth && fullHeight) return (3 * s.at(h, y) + s.at(besides, y) + 1 + x % 2) >> 2;
+        if (fancy && fullWidth && halfHeight) return (3 * s.at(x, v) + s.at(x, across) + 1 + y % 2) >> 2;
+        if (fancy && halfWidth && halfHeight) {
+            const auto column = [&](int n) { return 3 * s.at(n, v) + s.at(n, across); };
+            return (3 * column(h) + column(besides) + 8 - x % 2) >> 4;
+        }
+        return s.at(x * c.h / frame.hMax, y * c.v / frame.vMax);
+    }
+
+    Bytes expected(Model model, bool fancy) {
+        std::vector<Plane> planes;
+        for (std::size_t i = 0; i < coefficients.size(); ++i) planes.push_back(samples(i));
+        Bytes out;
+        for (int y = 0; y < frame.height; ++y)
+            for (int x = 0; x < frame.width; ++x) {
+                std::vector<int> pixel;
+                for (std::size_t i = 0; i < planes.size(); ++i) pixel.push_back(upsampled(planes[i], i, x, y, fancy));
+                for (int v : toColour(model, pixel)) out.push_back(std::uint8_t(v));
+            }
+        return out;
+    }
+
+private:
+    std::vector<std::vector<Zmx16s>> coefficients;
+};
+
+DecodeOptions with(Upsampling upsampling, Packing packing = Packing::none, int scale = 1) {
+    DecodeOptions o;
+    o.upsampling = upsampling;
+    o.packing = packing;
+    o.scale = scale;
+    return o;
+}
+
+constexpr std::pair<int, int> kSizes[] = {{1, 1},   {2, 1},   {1, 2},   {3, 3},   {4, 2},    {2, 4},   {5, 5},
+                                          {6, 3},   {3, 6},   {7, 9},   {15, 1},  {1, 17},   {16, 16}, {17, 15},
+                                          {16, 33}, {33, 16}, {31, 32}, {49, 35}, {1030, 10}};
+
+const std::vector<Factors> kSamplings[] = {{{1, 1}, {1, 1}, {1, 1}}, {{2, 1}, {1, 1}, {1, 1}}, {{1, 2}, {1, 1}, {1, 1}},
+                                           {{2, 2}, {1, 1}, {1, 1}}, {{2, 2}, {1, 2}, {2, 1}}, {{4, 2}, {2, 1}, {1, 1}},
+                                           {{1, 1}, {2, 2}, {1, 2}}, {{4, 1}, {1, 1}, {2, 1}}};
+
+// The words that a packing makes of RGB.
+Words packed(Packing packing, const Bytes& rgb, int channels) {
+    Words out;
+    for (std::size_t i = 0; i < rgb.size(); i += std::size_t(channels)) {
+        const int green = rgb[i + (channels == 3)];
+        int low = rgb[i], high = rgb[i + std::size_t(channels - 1)];
+        if (packing == Packing::bgr565 || packing == Packing::bgr555) std::swap(low, high);
+        const bool six = packing == Packing::rgb565 || packing == Packing::bgr565;
+        out.push_back(std::uint16_t(low / 8 + (six ? green / 4 : green / 8) * 32 + high / 8 * (six ? 2048 : 1024)));
+    }
+    return out;
+}
+constexpr Packing kPackings[] = {Packing::rgb565, Packing::bgr565, Packing::rgb555, Packing::bgr555};
+
+} // namespace
+
+TEST(JpegChroma, SmoothAcrossUnits) {
+    // Two units of flat luma; the chroma goes from 100 to 140 between them.
+    const int grey[] = {128, 138, 78}, beforeEdge[] = {128, 134, 96}, behindEdge[] = {128, 127, 132},
+              right[] = {128, 124, 149};
+    for (bool upright : {false, true}) {
+        SCOPED_TRACE(upright);
+        Rng rng(1);
+        Coded coded(frameOf(upright ? 8 : 32, upright ? 32 : 8, {{upright ? 1 : 2, upright ? 2 : 1}, {1, 1}, {1, 1}}),
+                    rng);
+        for (std::size_t i = 0; i < 3; ++i) {
+            coded.tables[i].fill(1);
+            for (int k = 0; k < (i ? 2 : 4); ++k)
+                std::fill_n(coded.block(i, upright ? 0 : k, upright ? k : 0), 64, Zmx16s(0));
+        }
+        *coded.block(1, 0, 0) = 8 * (100 - 128);
+        *coded.block(1, !upright, upright) = 8 * (140 - 128);
+        const jpeg::Picture p = coded.rendered(Model::YCbCr, with(Upsampling::fancy));
+        for (int n = 0; n < 32; ++n)
+            for (int across = 0; across < 8; ++across) {
+                const int* want = n < 15 ? grey : n == 15 ? beforeEdge : n == 16 ? behindEdge : right;
+                for (int c = 0; c < 3; ++c)
+                    EXPECT_EQ(p.pixels[std::size_t(3 * (upright ? 8 * n + across : 32 * across + n) + c)], want[c])
+                        << n << " channel " << c;
+            }
+    }
+}
+
+TEST(JpegChroma, SmoothInEverySampling) {
+    constexpr std::uint64_t seed = 41;
+    SCOPED_TRACE(seed);
+    Rng rng(seed);
+    for (const std::vector<Factors>& three : kSamplings)
+        for (auto [width, height] : kSizes)
+            for (Model model : {Model::YCbCr, Model::Rgb, Model::Ycck, Model::Cmyk}) {
+                std::vector<Factors> factors = three;
+                if (jpeg::channelsOf(model) == 4) factors.push_back(three[0]);
+                SCOPED_TRACE(name(width, height, factors) + ", model " + std::to_string(int(model)));
+                Coded coded(frameOf(width, height, factors), rng);
+                ASSERT_TRUE(
+                    sameBytes(coded.expected(model, true), coded.rendered(model, with(Upsampling::fancy)).pixels));
+            }
+    for (auto [width, height] : kSizes) {
+        Coded coded(frameOf(width, height, {{1, 1}}), rng);
+        ASSERT_TRUE(
+            sameBytes(coded.expected(Model::Grey, true), coded.rendered(Model::Grey, with(Upsampling::fancy)).pixels));
+    }
+}
+
+TEST(JpegChroma, PackedPixels) {
+    constexpr std::uint64_t seed = 42;
+    SCOPED_TRACE(seed);
+    Rng rng(seed);
+    for (Packing packing : kPackings)
+        for (auto [width, height] : kSizes) {
+            SCOPED_TRACE("packing " + std::to_string(int(packing)));
+            const std::vector<Factors>& factors = kSamplings[std::size_t(rng.range(0, 7))];
+            for (Model model : {Model::YCbCr, Model::Rgb, Model::Grey}) {
+                const int channels = jpeg::channelsOf(model);
+                const std::vector<Factors> of = channels == 1 ? std::vector<Factors>{{1, 1}} : factors;
+                SCOPED_TRACE(name(width, height, of) + ", model " + std::to_string(int(model)));
+                Coded coded(frameOf(width, height, of), rng);
+                for (Upsampling upsampling : {Upsampling::plain, Upsampling::fancy}) {
+                    const jpeg::Picture p = coded.rendered(model, with(upsampling, packing));
+                    EXPECT_TRUE(p.pixels.empty());
+                    ASSERT_TRUE(sameBytes(
+                        packed(packing, coded.expected(model, upsampling == Upsampling::fancy), channels), p.wide));
+                }
+                for (int scale : {2, 4, 8})
+                    ASSERT_TRUE(sameBytes(
+                        packed(packing, coded.rendered(model, with(Upsampling::plain, Packing::none, scale)).pixels,
+                               channels),
+                        coded.rendered(model, with(Upsampling::plain, packing, scale)).wide));
+            }
+        }
+}
+
+TEST(JpegChroma, PackedColoursInTheirBits) {
+    // Flat blocks, stored as RGB: all of red, half of green (its top bit), none of blue.
+    Rng rng(1);
+    Coded coded(frameOf(8, 8, {{1, 1}, {1, 1}, {1, 1}}), rng);
+    for (std::size_t i = 0; i < 3; ++i) {
+        coded.tables[i].fill(1);
+        std::fill_n(coded.block(i, 0, 0), 64, Zmx16s(0));
+        *coded.block(i, 0, 0) = Zmx16s(i == 0 ? 8 * 127 : i == 1 ? 0 : -8 * 128);
+    }
+    const auto first = [&](Model model, Packing packing) {
+        const jpeg::Picture p = coded.rendered(model, with(Upsampling::plain, packing));
+        EXPECT_EQ(p.wide, Words(64, p.wide[0]));
+        return p.wide[0];
+    };
+    EXPECT_EQ(first(Model::Rgb, Packing::rgb565), 0x041F);
+    EXPECT_EQ(first(Model::Rgb, Packing::bgr565), 0xFC00);
+    EXPECT_EQ(first(Model::Rgb, Packing::rgb555), 0x021F);
+    EXPECT_EQ(first(Model::Rgb, Packing::bgr555), 0x7E00);
+    // Y 255, Cb 128 and Cr 0: red 255 - 179 = 76, green and blue 255.
+    EXPECT_EQ(first(Model::YCbCr, Packing::rgb565), 0xFFE9);
+    EXPECT_EQ(first(Model::YCbCr, Packing::bgr565), 0x4FFF);
+    EXPECT_EQ(first(Model::YCbCr, Packing::rgb555), 0x7FE9);
+    EXPECT_EQ(first(Model::YCbCr, Packing::bgr555), 0x27FF);
+}
+
+TEST(JpegChroma, WhatCannotBePackedOrSmoothed) {
+    const std::vector<std::uint8_t> pixels(16 * 16 * 4, 100);
+    const std::vector<std::uint16_t> words(16 * 16 * 3, 100);
+    jpeg::EncodeOptions ycck, lossless;
+    ycck.ycck = true;
+    lossless.lossless = 1;
+    const Bytes files[] = {jpeg::encode(pixels.data(), 16, 16, 4), jpeg::encode(pixels.data(), 16, 16, 4, ycck),
+                           jpeg::encode(words.data(), 16, 16, 3, 12), jpeg::encode(pixels.data(), 16, 16, 3, lossless),
+                           jpeg::encode(pixels.data(), 16, 16, 3)};
+    const auto message = [&](int file, const DecodeOptions& o) -> std::string {
+        try {
+            jpeg::decode(files[file].data(), files[file].size(), o);
+            return {};
+        } catch (const jpeg::Error& e) {
+            return e.what();
+        }
+    };
+    for (Packing packing : kPackings) {
+        for (Upsampling upsampling : {Upsampling::plain, Upsampling::fancy}) {
+            const DecodeOptions o = with(upsampling, packing);
+            EXPECT_EQ(message(0, o), "a CMYK picture has no packed pixels");
+            EXPECT_EQ(message(1, o), "a CMYK picture has no packed pixels");
+            EXPECT_EQ(message(2, o), "packed pixels are made of 8-bit files only");
+            EXPECT_EQ(message(3, o), "a lossless file has no packed pixels");
+            EXPECT_EQ(message(4, o), "");
+        }
+        EXPECT_EQ(message(4, with(Upsampling::plain, packing, 8)), "");
+        const jpeg::Picture p = jpeg::decode(files[4].data(), files[4].size(), with(Upsampling::plain, packing, 8));
+        EXPECT_EQ(p.channels, 1);
+        EXPECT_EQ(p.precision, 16);
+        EXPECT_EQ(p.wide.size(), 4u);
+    }
+    for (int scale : {2, 4, 8})
+        EXPECT_EQ(message(4, with(Upsampling::fancy, Packing::none, scale)),
+                  "chroma is upsampled smoothly in 8-bit pictures of full size only");
+    EXPECT_EQ(message(2, with(Upsampling::fancy)), "chroma is upsampled smoothly in 8-bit pictures of full size only");
+}
+
+namespace {
+
+// The planes of a picture as the encoder is to make them: colours converted with rounding, the last column and the
+// last row repeated up to whole MCUs, and chroma the mean of the samples that it covers. Where that is between two
+// numbers, or has a fraction at all, even columns go down and odd ones up, so that the mean of the plane stays.
+std::vector<Plane> planesOf(const Frame& frame, Model model, const Bytes& pixels) {
+    const int channels = jpeg::channelsOf(model), width = 8 * frame.hMax * frame.mcuColumns(),
+              height = 8 * frame.vMax * frame.mcuRows();
+    const bool inks = model == Model::Ycck;
+    std::vector<Plane> planes(std::size_t(channels), Plane(width, height));
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            const std::uint8_t* p =
+                pixels.data() + channels * (std::min(y, frame.height - 1) * frame.width + std::min(x, frame.width - 1));
+            for (int i = 0; i < channels; ++i) planes[std::size_t(i)].at(x, y) = p[i];
+            if (!jpeg::isChroma(model, 1)) continue;
+            const int r = inks ? 255 - p[0] : p[0], g = inks ? 255 - p[1] : p[1], b = inks ? 255 - p[2] : p[2];
+            planes[0].at(x, y) = (19595 * r + 38470 * g + 7471 * b + 32768) >> 16;
+            planes[1].at(x, y) = (-11059 * r - 21709 * g + 32768 * b + 8421375) >> 16;
+            planes[2].at(x, y) = (32768 * r - 27439 * g - 5329 * b + 8421375) >> 16;
+        }
+    for (std::size_t i = 0; i < planes.size(); ++i) {
+        if (!jpeg::isChroma(model, int(i))) continue;
+        Plane& from = planes[i];
+        Plane to(width / frame.hMax, height / frame.vMax);
+        for (int y = 0; y < to.height; ++y)
+            for (int x = 0; x < to.width; ++x) {
+                int sum = 0;
+                for (int v = 0; v < frame.vMax; ++v)
+                    for (int h = 0; h < frame.hMax; ++h) sum += from.at(frame.hMax * x + h, frame.vMax * y + v);
+                const int n = frame.hMax * frame.vMax;
+                to.at(x, y) = n == 1 ? sum : n == 2 ? (sum + x % 2) / 2 : (sum + 1 + x % 2) / 4;
+            }
+        from = to;
+    }
+    return planes;
+}
+
+// The coefficients of a picture against those that the library makes of the planes, block by block.
+void checkEncoder(int width, int height, Model model, int h, int v, Rng& rng) {
+    SCOPED_TRACE(std::to_string(width) + " by " + std::to_string(height) + ", sampling " + std::to_string(h) + "x" +
+                 std::to_string(v) + ", model " + std::to_string(int(model)));
+    const jpeg::Quantiser quantisers[2] = {{jpeg::kLumaQuant, 100}, {jpeg::kChromaQuant, 95}};
+    Frame frame = frameOf(width, height, {});
+    frame.components = jpeg::componentsOf(model, h, v);
+    for (int i = 0; i < jpeg::channelsOf(model); ++i) frame.components[std::size_t(i)].quant = jpeg::isChroma(model, i);
+    frame.setMaxima();
+    const auto pixels = rng.vec<std::uint8_t>(std::size_t(width * height * jpeg::channelsOf(model)), 0, 255);
+    std::vector<Plane> planes = planesOf(frame, model, pixels);
+    const auto integer = jpeg::makeTransformer(pixels.data(), frame, model, quantisers, jpeg::Road::integer);
+    const auto single = jpeg::makeTransformer(pixels.data(), frame, model, quantisers, jpeg::Road::single);
+    for (int row = 0; row < frame.mcuRows(); ++row)
+        for (int column = 0; column < frame.mcuColumns(); ++column) {
+            Zmx16s got[2][10][64], *blocks[2][10];
+            for (int road = 0; road < 2; ++road)
+                for (int k = 0; k < 10; ++k) blocks[road][k] = got[road][k];
+            integer->mcu(column, row, blocks[0]);
+            single->mcu(column, row, blocks[1]);
+            int number = 0;
+            for (std::size_t i = 0; i < planes.size(); ++i) {
+                const jpeg::Component& c = frame.components[i];
+                const jpeg::Quantiser& q = quantisers[c.quant];
+                for (int k = 0; k < c.h * c.v; ++k, ++number) {
+                    Zmx8u samples[64];
+                    Zmx16u wide[64];
+                    Zmx16s want[64];
+                    const int left = 8 * (column * c.h + k % c.h), top = 8 * (row * c.v + k / c.h);
+                    for (int n = 0; n < 64; ++n) {
+                        samples[n] = Zmx8u(planes[i].at(left + n % 8, top + n / 8));
+                        wide[n] = Zmx16u(samples[n] + 1920); // as far from 2048 as those of 8 bits from 128
+                    }
+                    zmxiDCTQuantFwd8x8LS_JPEG_8u16s_C1R(samples, 8, want, q.forward.data());
+                    ASSERT_TRUE(sameBytes(want, got[0][number], sizeof want))
+                        << "component " << i << ", block " << k << " of unit " << column << ", " << row;
+                    zmxiDCTQuantFwd8x8LS_JPEG_16u16s_C1R(wide, 16, want, q.reciprocals.data());
+                    ASSERT_TRUE(sameBytes(want, got[1][number], sizeof want))
+                        << "component " << i << ", block " << k << " of unit " << column << ", " << row;
+                }
+            }
+        }
+}
+
+} // namespace
+
+TEST(JpegChroma, TheEncoderTakesMeans) {
+    constexpr std::uint64_t seed = 43;
+    SCOPED_TRACE(seed);
+    Rng rng(seed);
+    const std::pair<int, int> more[] = {{1, 8}, {8, 1}, {1, 40}, {40, 1}, {2, 2}, {47, 3}, {3, 47}, {48, 32}};
+    std::vector<std::pair<int, int>> sizes(std::begin(kSizes), std::end(kSizes));
+    sizes.insert(sizes.end(), std::begin(more), std::end(more));
+    for (auto [width, height] : sizes) {
+        for (Model model : {Model::YCbCr, Model::Ycck})
+            for (auto [h, v] : {std::pair{1, 1}, {2, 1}, {2, 2}}) checkEncoder(width, height, model, h, v, rng);
+        for (Model model : {Model::Grey, Model::Rgb, Model::Cmyk}) checkEncoder(width, height, model, 1, 1, rng);
+    }
+    // Wider than what is converted at a time, and taller.
+    checkEncoder(8200, 3, Model::YCbCr, 2, 2, rng);
+    checkEncoder(1030, 16, Model::Ycck, 2, 2, rng);
+    checkEncoder(8193, 9, Model::Rgb, 1, 1, rng);
+}

@@ -1,0 +1,18 @@
+// lossless.h - lossless rows, the plain way. Arguments are not tested.
+#pragma once
+
+#include "tests/jpeg/model/bitio.h"
+
+namespace model {
+
+void diffFirstRow(const Zmx16s* src, Zmx16s* dst, int width, int p, int pt);
+void reconstructFirstRow(const Zmx16s* src, Zmx16s* dst, int width, int p, int pt);
+void diffRow(const Zmx16s* src, const Zmx16s* above, Zmx16s* dst, int width, int predictor);
+void reconstructRow(const Zmx16s* src, const Zmx16s* above, Zmx16s* dst, int width, int predictor);
+
+ZmxStatus decodeOne(Reader& r, Zmx16s& dst, const DecodeSpec& spec);
+ZmxStatus decodeRow(Reader& r, Zmx16s* const* dst, int width, int planes, const DecodeSpec* const* specs);
+ZmxStatus encodeOne(Writer& w, Zmx16s value, const EncodeSpec& spec);
+ZmxStatus encodeRow(Writer& w, const Zmx16s* const* src, int width, int planes, const EncodeSpec* const* specs);
+
+} // namespace model

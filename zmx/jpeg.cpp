@@ -1,0 +1,311 @@
+// commands.cpp - zmx jpeg: the codec behind files.
+#include "codecs/jpeg/jpeg.h"
+#include "codecs/picture/raw.h"
+#include "zmx/commands.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <map>
+#include <memory>
+
+namespace {
+
+// An Error of the codec, with the name of the file ahead of it.
+template <class Call> auto naming(const std::string& path, Call call) {
+    try {
+        return call();
+    } catch (const jpeg::Error& e) {
+        throw jpeg::Error(path + ": " + e.what());
+    }
+}
+
+void warn(const std::string& path, const std::vector<std::string>& warnings) {
+    for (const std::string& w : warnings) std::fprintf(stderr, "zmx: %s: warning: %s\n", path.c_str(), w.c_str());
+}
+
+std::string readText(const std::string& path) {
+    const std::vector<std::uint8_t> bytes = readBytes(path);
+    // A script of no words is an error of its own, unlike none.
+    return bytes.empty() ? " " : std::string(bytes.begin(), bytes.end());
+}
+
+// Headerless files: samples in the order of the name, and packed words, which are made by the decoder itself.
+const std::map<std::string, RawFormat> kRawFormats = {
+    {"gray", RawFormat::gray}, {"rgb", RawFormat::rgb}, {"bgr", RawFormat::bgr}, {"cmyk", RawFormat::cmyk}};
+const std::map<std::string, jpeg::Packing> kPackings = {{"rgb565", jpeg::Packing::rgb565},
+                                                        {"bgr565", jpeg::Packing::bgr565},
+                                                        {"rgb555", jpeg::Packing::rgb555},
+                                                        {"bgr555", jpeg::Packing::bgr555}};
+template <class Map> bool isIn(const Map& map, const std::string& name) { return map.find(name) != map.end(); }
+
+struct EncodeArguments {
+    std::string in, out, sampling = "420", scans, rawSize, format;
+    jpeg::EncodeOptions options;
+    bool gray = false, cmyk = false;
+    int precision = 0; // 0: 8 or, in lossless mode, what the picture has
+};
+
+// One of the names, or HxV for each component.
+void readSampling(const std::string& text, jpeg::EncodeOptions& options) {
+    using jpeg::Sampling;
+    if (text == "444" || text == "422" || text == "420") {
+        options.sampling = text == "444" ? Sampling::s444 : text == "422" ? Sampling::s422 : Sampling::s420;
+        return;
+    }
+    for (std::size_t at = 0; at < text.size(); at += 4) {
+        const bool factors =
+            text.size() - at >= 3 && text[at + 1] == 'x' && (at + 3 == text.size() || text[at + 3] == ',');
+        options.factors.push_back({factors ? text[at] - '0' : 0, factors ? text[at + 2] - '0' : 0});
+    }
+}
+
+// The bits that hold the samples of a picture.
+int bitsOf(const Image& image) {
+    int bits = 2;
+    while (image.maxval >> bits) ++bits;
+    return bits;
+}
+
+// WIDTHxHEIGHT; false when it is none.
+bool readSize(const std::string& text, int& width, int& height) {
+    int used = 0;
+    return std::sscanf(text.c_str(), "%5dx%5d%n", &width, &height, &used) == 2 && std::size_t(used) == text.size() &&
+           width > 0 && height > 0;
+}
+
+Image readPicture(const EncodeArguments& args) {
+    if (args.rawSize.empty()) return readImage(args.in);
+    int width = 0, height = 0;
+    readSize(args.rawSize, width, height);
+    return readRaw(args.in, width, height,
+                   kRawFormats.at(!args.format.empty() ? args.format
+                                  : args.cmyk          ? "cmyk"
+                                                       : "rgb"));
+}
+
+void runEncode(EncodeArguments& args) {
+    jpeg::EncodeOptions& o = args.options;
+    readSampling(args.sampling, o);
+    if (!args.scans.empty()) o.scans = readText(args.scans);
+    Image image = readPicture(args);
+    if (args.cmyk) {
+        if (image.channels != 4) throw ImageError(args.in + ": --cmyk wants a picture of 4 channels");
+        image.cmyk = true;
+    }
+    image = withoutAlpha(image);
+    if (args.gray && image.channels != 1) {
+        if (image.channels != 3) throw ImageError(args.in + ": --gray wants a grey or RGB picture");
+        image = toGrey(image);
+    }
+    // Adobe's programs store CMYK inverted, and so does everyone else.
+    if (image.cmyk)
+        for (std::uint16_t& s : image.samples) s = std::uint16_t(image.maxval - s);
+    const int precision = args.precision ? args.precision : o.lossless ? bitsOf(image) : 8;
+    writeBytes(args.out, naming(args.in, [&] {
+                   if (precision != 8)
+                       return jpeg::encode(scaled(image, (1 << precision) - 1).samples.data(), image.width,
+                                           image.height, image.channels, precision, o);
+                   return jpeg::encode(to8bit(image).data(), image.width, image.height, image.channels, o);
+               }));
+}
+
+Image imageOf(const jpeg::Picture& p) {
+    Image image{p.width, p.height, p.channels, (1 << p.precision) - 1, p.wide};
+    if (p.precision == 8) image = from8bit(p.pixels.data(), p.width, p.height, p.channels);
+    image.cmyk = p.channels == 4;
+    if (image.cmyk && p.adobe)
+        for (std::uint16_t& s : image.samples) s = std::uint16_t(image.maxval - s);
+    return image;
+}
+
+// The two bytes of each word, the low one first.
+std::vector<std::uint8_t> bytesOf(const std::vector<std::uint16_t>& words) {
+    std::vector<std::uint8_t> bytes;
+    bytes.reserve(2 * words.size());
+    for (std::uint16_t w : words) bytes.insert(bytes.end(), {std::uint8_t(w), std::uint8_t(w >> 8)});
+    return bytes;
+}
+
+struct DecodeArguments {
+    std::string in, out, scale = "1", upsampling = "plain", format, scans;
+    jpeg::DecodeOptions options;
+    bool strict = false;
+};
+void runDecode(DecodeArguments& args) {
+    args.options.scale = args.scale.back() - '0';
+    if (args.upsampling == "fancy") args.options.upsampling = jpeg::Upsampling::fancy;
+    const bool packed = isIn(kPackings, args.format);
+    if (packed) args.options.packing = kPackings.at(args.format);
+    const std::vector<std::uint8_t> file = readBytes(args.in);
+    int scans = 0;
+    if (!args.scans.empty())
+        args.options.afterScan = [&](const jpeg::Picture& p) {
+            char name[32];
+            std::snprintf(name, sizeof name, "/scan%03d.%s", ++scans, p.channels == 4 ? "tif" : "png");
+            writeImage(args.scans + name, imageOf(p));
+        };
+    const jpeg::Picture picture = naming(args.in, [&] { return jpeg::decode(file.data(), file.size(), args.options); });
+    if (args.format.empty())
+        writeImage(args.out, imageOf(picture));
+    else if (packed)
+        writeBytes(args.out, bytesOf(picture.wide));
+    else
+        writeRaw(args.out, imageOf(picture), kRawFormats.at(args.format));
+    if (!args.format.empty()) std::printf("%dx%d\n", picture.width, picture.height);
+    warn(args.in, picture.warnings);
+    if (args.strict && !picture.warnings.empty()) throw jpeg::Error(args.in + ": not a sound file");
+}
+
+struct TranscodeArguments {
+    std::string in, out, scans;
+    jpeg::TranscodeOptions options;
+    bool digest = false;
+};
+void runTranscode(TranscodeArguments& args) {
+    if (!args.scans.empty()) args.options.scans = readText(args.scans);
+    const std::vector<std::uint8_t> file = readBytes(args.in);
+    const jpeg::Transcoded result =
+        naming(args.in, [&] { return jpeg::transcode(file.data(), file.size(), args.options); });
+    warn(args.in, result.warnings);
+    writeBytes(args.out, result.file);
+    if (args.digest)
+        std::printf("before %016llx\nafter %016llx\n", static_cast<unsigned long long>(result.before),
+                    static_cast<unsigned long long>(result.after));
+    if (result.before != result.after) throw jpeg::Error(args.out + ": the coefficients have changed");
+}
+
+void runInfo(const std::string& in) {
+    const std::vector<std::uint8_t> file = readBytes(in);
+    const std::string text = naming(in, [&] { return jpeg::describe(file.data(), file.size()); });
+    std::fputs(text.c_str(), stdout);
+}
+
+void addEncode(CLI::App& app) {
+    auto* c = app.add_subcommand("encode", "Write a picture as a JPEG file");
+    const auto args = std::make_shared<EncodeArguments>();
+    jpeg::EncodeOptions& o = args->options;
+    c->add_option("IN", args->in, kPictureFile)->required();
+    c->add_option("OUT", args->out, "the JPEG file")->required();
+    c->add_option("--quality", o.quality, "1 to 100")->capture_default_str()->check(CLI::Range(1, 100));
+    c->add_option("--sampling", args->sampling, "of the chroma")
+        ->capture_default_str()
+        ->check(CLI::IsMember({"444", "422", "420"}) |
+                CLI::Validator(
+                    [](std::string& s) {
+                        return s.find('x') == 1 ? std::string() : "neither 444, 422, 420 nor HxV[,HxV...]: " + s;
+                    },
+                    "HxV[,HxV...]"));
+    c->add_flag("--optimize", o.optimize, "make Huffman tables for the picture");
+    auto* dct = c->add_option("--dct", o.dct, "the transform: float, or integer, which rounds once more")
+                    ->transform(CLI::CheckedTransformer(std::map<std::string, jpeg::Dct>{
+                        {"float", jpeg::Dct::single}, {"integer", jpeg::Dct::integer}}))
+                    ->option_text("float|integer");
+    c->add_flag("--fast", o.fast, "integer, and colours are converted without rounding: up to 2 dB worse")
+        ->excludes(dct);
+    c->add_option("--restart", o.restart, "MCUs in a restart interval; 0: none")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 65535));
+    auto* progressive = c->add_flag("--progressive", o.progressive, "in the usual progressive scans");
+    auto* scans = c->add_option("--scans", args->scans, "a file with a scan script")->excludes(progressive);
+    auto* lossless = c->add_option("--lossless", o.lossless, "lossless mode with this predictor")
+                         ->check(CLI::Range(1, 7))
+                         ->excludes(progressive)
+                         ->excludes(scans);
+    c->add_option("--point-transform", o.pointTransform, "lossless: low bits to leave out")
+        ->check(CLI::Range(0, 15))
+        ->needs(lossless);
+    c->add_option("--precision", args->precision, "bits of a sample: 8, 12, or in lossless mode 2 to 16")
+        ->check(CLI::Range(2, 16));
+    c->add_flag("--gray", args->gray, "store the luma alone");
+    c->add_flag("--rgb", o.rgb, "store RGB as it is, not as YCbCr");
+    c->add_flag("--cmyk", args->cmyk, "the 4 channels of IN are CMYK, whatever the file says");
+    c->add_flag("--ycck", o.ycck, "store CMYK as YCCK");
+    auto* rawSize = c->add_option("--raw-size", args->rawSize, "IN has no header, and this size: WIDTHxHEIGHT")
+                        ->check(CLI::Validator(
+                            [](std::string& s) {
+                                int width, height;
+                                return readSize(s, width, height) ? std::string() : "not WIDTHxHEIGHT: " + s;
+                            },
+                            "WIDTHxHEIGHT"));
+    c->add_option("--format", args->format,
+                  "of IN without a header: bytes of these channels; else rgb, or with --cmyk cmyk")
+        ->check(CLI::IsMember(kRawFormats))
+        ->needs(rawSize);
+    c->footer("Examples:\n"
+              "  zmx jpeg encode photo.png photo.jpg --quality 90\n"
+              "  zmx jpeg encode scan.pgm scan.jpg --optimize --restart 64\n"
+              "  zmx jpeg encode print.tif print.jpg --ycck --sampling 444\n"
+              "  zmx jpeg encode frame.raw frame.jpg --raw-size 640x480 --format bgr\n"
+              "  zmx jpeg encode photo.png photo.jpg --progressive --sampling 2x2,2x1,1x2\n"
+              "  zmx jpeg encode scan16.pgm scan16.jpg --lossless 4\n"
+              "  zmx jpeg encode scan16.pgm scan12.jpg --precision 12");
+    c->callback([args] { runEncode(*args); });
+}
+
+void addDecode(CLI::App& app) {
+    auto* c = app.add_subcommand("decode", "Write a JPEG file as " + kPictureFile);
+    const auto args = std::make_shared<DecodeArguments>();
+    c->add_option("IN", args->in, "a JPEG file: sequential, progressive or lossless")->required();
+    c->add_option("OUT", args->out, "a " + kPictureEndings + " file; CMYK goes to .tif or .pam")->required();
+    c->add_option("--scale", args->scale, "decode to this part of the size")
+        ->capture_default_str()
+        ->check(CLI::IsMember({"1", "1/2", "1/4", "1/8"}));
+    c->add_option("--upsampling", args->upsampling, "of the chroma: plain repetition, or fancy: smoothly")
+        ->capture_default_str()
+        ->check(CLI::IsMember({"plain", "fancy"}));
+    auto* format =
+        c->add_option(
+             "--format", args->format,
+             "write OUT without a header, and print its size: rows without gaps of bytes (gray, rgb, bgr, cmyk), "
+             "or of 16-bit words, low byte first (the others, the first colour of the name in the low bits)")
+            ->check(CLI::IsMember(kRawFormats) | CLI::IsMember(kPackings));
+    c->add_flag("--fast", args->options.fast, "convert colours without rounding: a little faster, up to 2 dB worse");
+    c->add_option("--show-scans", args->scans, "a directory for the picture as it is after each scan")
+        ->check(CLI::ExistingDirectory)
+        ->excludes(format);
+    c->add_option("--max-pixels", args->options.maxPixels, "refuse larger pictures")->capture_default_str();
+    c->add_flag("--strict", args->strict, "fail when a part of the file is damaged or missing");
+    c->footer("Examples:\n"
+              "  zmx jpeg decode photo.jpg photo.png\n"
+              "  zmx jpeg decode photo.jpg small.ppm --scale 1/4\n"
+              "  zmx jpeg decode print.jpg print.tif\n"
+              "  zmx jpeg decode photo.jpg screen.raw --format bgr565");
+    c->callback([args] { runDecode(*args); });
+}
+
+void addTranscode(CLI::App& app) {
+    auto* c = app.add_subcommand("transcode", "Code the coefficients of a JPEG file anew, without any loss");
+    const auto args = std::make_shared<TranscodeArguments>();
+    jpeg::TranscodeOptions& o = args->options;
+    c->add_option("IN", args->in, "a JPEG file, sequential or progressive")->required();
+    c->add_option("OUT", args->out, "the JPEG file, with Huffman tables made for it")->required();
+    auto* progressive = c->add_flag("--progressive", o.progressive, "in the usual progressive scans");
+    c->add_option("--scans", args->scans, "a file with a scan script")->excludes(progressive);
+    c->add_option("--restart", o.restart, "MCUs in a restart interval; 0: none; else as IN has it")
+        ->check(CLI::Range(0, 65535));
+    c->add_option("--max-pixels", o.maxPixels, "refuse larger pictures")->capture_default_str();
+    c->add_flag("--digest", args->digest, "print a digest of the coefficients of IN and OUT");
+    c->footer("Examples:\n"
+              "  zmx jpeg transcode photo.jpg smaller.jpg --progressive\n"
+              "  zmx jpeg transcode photo.jpg sequential.jpg --digest");
+    c->callback([args] { runTranscode(*args); });
+}
+
+void addInfo(CLI::App& app) {
+    auto* c = app.add_subcommand("info", "Print what the segments of a JPEG file say");
+    const auto in = std::make_shared<std::string>();
+    c->add_option("IN", *in, "a JPEG file of any mode")->required();
+    c->footer("Example:\n  zmx jpeg info photo.jpg");
+    c->callback([in] { runInfo(*in); });
+}
+
+} // namespace
+
+void addJpegCommands(CLI::App& app) {
+    CLI::App* jpeg = app.add_subcommand("jpeg", "JPEG files (ITU-T T.81)");
+    jpeg->require_subcommand(1);
+    addEncode(*jpeg);
+    addDecode(*jpeg);
+    addTranscode(*jpeg);
+    addInfo(*jpeg);
+}
