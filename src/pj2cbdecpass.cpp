@@ -4,6 +4,7 @@
 #include "pj2decoder.h"
 #include "pjrows.h"
 
+namespace zmx {
 namespace {
 
 // What a pass works with, set down in the state; the scan itself runs in locals.
@@ -190,3 +191,5 @@ int magnitudeRefinementRaw(ZmxiDecodeCBProgrState* state) {
     }
     return rawTerminationDamaged(state->raw);
 }
+
+} // namespace zmx

@@ -1,6 +1,8 @@
 // pj2mqdec.cpp - the MQ decoder's routines on its state; the decisions themselves are in the header.
 #include "pj2mqdec.h"
 
+namespace zmx {
+
 void mqDecoderInit(MQDecoderState* state, const Zmx8u* pData, int dataLen) {
     state->pData = pData;
     state->dataLen = dataLen;
@@ -48,3 +50,5 @@ int mqDecoderCheckErrPredTerm(MQDecoderState* state) {
 }
 
 void mqDecoderResetCtx(MQDecoderState* state) { mqInitialContexts(state->ctxState, state->ctxMPS); }
+
+} // namespace zmx

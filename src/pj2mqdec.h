@@ -4,6 +4,8 @@
 
 #include "pj2mqprobest.h"
 
+namespace zmx {
+
 struct MQDecoderState {
     const Zmx8u* pData;         // the codeword segment
     int dataLen;                // its length; zero or negative reads as empty
@@ -129,3 +131,5 @@ private:
         ct -= shifts;
     }
 };
+
+} // namespace zmx

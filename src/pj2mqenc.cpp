@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <bit>
 
+namespace zmx {
 namespace {
 
 // The caller's buffer for one call.
@@ -189,3 +190,5 @@ int rawEncodeAndTerminate(EncCoderState* state, Zmx8u* pDst, int* pLen) {
 }
 
 bool rawBitsPending(const EncCoderState* state) { return state->rawBitPos != (state->rawLastFF ? 6 : 7); }
+
+} // namespace zmx

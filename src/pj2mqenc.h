@@ -4,6 +4,8 @@
 
 #include "pj2mqprobest.h"
 
+namespace zmx {
+
 inline constexpr int kMaxPasses = 110;
 inline constexpr int kFifoSize = 16;
 
@@ -88,3 +90,5 @@ int rawEncodeAndTerminate(EncCoderState* state, Zmx8u* pDst, int* pLen);
 
 // Whether the raw coder holds bits of an unfinished byte.
 bool rawBitsPending(const EncCoderState* state);
+
+} // namespace zmx

@@ -6,6 +6,8 @@
 #include "pjtable.h"
 #include "zmxj.h"
 
+namespace zmx {
+
 // A row of the state table: the LPS probability, the next row after an MPS and after an LPS, and whether the
 // sense of the MPS flips on an LPS.
 struct MqEstimate {
@@ -85,3 +87,5 @@ inline void mqInitialContexts(Zmx32u* rows, Zmx32u* mps) {
         mps[i] = owniInitialMPS_JPEG2K[i];
     }
 }
+
+} // namespace zmx

@@ -3,6 +3,7 @@
 
 #include <cassert>
 
+namespace zmx {
 namespace {
 
 void push(EncCoderState& s, Zmx32u byte) {
@@ -127,3 +128,5 @@ void mqEncoderTerminate(EncCoderState* state) {
     }
     state->mqPending = 0;
 }
+
+} // namespace zmx

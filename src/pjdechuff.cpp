@@ -5,6 +5,7 @@
 
 #include <cstring>
 
+namespace zmx {
 namespace {
 
 constexpr int kBlock = 64;
@@ -99,6 +100,9 @@ Left decodeFast(Reader& in, Zmx16s* pDst, Zmx16s* pLastDC, const ZmxiDecodeHuffm
 }
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiDecodeHuffman8x8_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos, Zmx16s* pDst,
                                              Zmx16s* pLastDC, int* pMarker, const ZmxiDecodeHuffmanSpec* pDcTable,
@@ -130,6 +134,7 @@ ZmxStatus zmxiDecodeHuffman8x8_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int
     return zmxStsNoErr;
 }
 
+namespace zmx {
 namespace {
 
 // A symbol by the next 8 bits, zeros behind the end of the data; or kDataEnded, kInvalidCode.
@@ -192,6 +197,7 @@ bool directValue(DirectReader& in, int s, int* pValue) {
 }
 
 } // namespace
+} // namespace zmx
 
 ZmxStatus zmxiDecodeHuffman8x8_Direct_JPEG_1u16s_C1(const Zmx8u* pSrc, int* pSrcBitsLen, Zmx16s* pDst, Zmx16s* pLastDC,
                                                     int* pMarker, Zmx32u* pPrefetchedBits,

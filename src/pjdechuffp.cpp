@@ -9,6 +9,7 @@
 
 #include <algorithm>
 
+namespace zmx {
 namespace {
 
 // A symbol's run and category (high and low four bits).
@@ -47,6 +48,9 @@ Args bandArgs(const Zmx8u* pSrc, int nSrcLen, const int* pSrcCurrPos, const Zmx1
 }
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos, Zmx16s* pDst,
                                                      Zmx16s* pLastDC, int* pMarker, int Al,
@@ -109,6 +113,7 @@ ZmxStatus zmxiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrc
     return zmxStsNoErr;
 }
 
+namespace zmx {
 namespace {
 
 // Entry [r][zeros]: where the first zero behind r others lies among eight positions; 8 if it is not one of them.
@@ -203,6 +208,7 @@ ZmxStatus refineBand(BitReader& in, Zmx16s* pDst, Known& known, int* k, int Se, 
 }
 
 } // namespace
+} // namespace zmx
 
 ZmxStatus zmxiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos, Zmx16s* pDst,
                                                       int* pMarker, int Ss, int Se, int Al,

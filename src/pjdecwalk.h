@@ -5,6 +5,8 @@
 #include "pjwrap.h"
 #include "pjzigzag.h"
 
+namespace zmx {
+
 // The zig-zag walk as far as a damaged stream can carry it: a run of 15 from position 63 ends on 78. Behind
 // the eight spare entries of own_pj_izigzag_index every step stays on element 63 as well, so that no decoder
 // leaves its block.
@@ -20,3 +22,5 @@ inline ZmxStatus decodeDC(BitReader& in, Zmx16s* pLastDC, const ZmxiDecodeHuffma
     *pLastDC = wrap16s(*pLastDC + extend(in.take(s), s));
     return zmxStsNoErr;
 }
+
+} // namespace zmx

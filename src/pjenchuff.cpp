@@ -9,6 +9,7 @@
 #include "pjfastwrite.h"
 #include "pjzigzagset.h"
 
+namespace zmx {
 namespace {
 
 // Feeds the symbols of a block: sink.dc and sink.ac take one with the category and the value behind it,
@@ -59,6 +60,9 @@ template <bool Strict> struct FastSink {
 constexpr int kWorstBlock = 2 * (64 * 32 + 16 + 7) / 8 + 2;
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiEncodeHuffman8x8_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos,
                                              Zmx16s* pLastDC, const ZmxiEncodeHuffmanSpec* pDcTable,
@@ -92,6 +96,7 @@ ZmxStatus zmxiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* p
     return zmxStsNoErr;
 }
 
+namespace zmx {
 namespace {
 
 // Counts in place of writing. The limits of the categories have no counterpart in the encoders.
@@ -115,6 +120,7 @@ struct CountSink {
 };
 
 } // namespace
+} // namespace zmx
 
 ZmxStatus zmxiGetHuffmanStatistics8x8_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pDcStatistics, Zmx32u* pAcStatistics,
                                                   Zmx16s* pLastDC) {

@@ -10,6 +10,7 @@
 #include "pjencwalk.h"
 #include "pjzigzagset.h"
 
+namespace zmx {
 namespace {
 
 constexpr int kMaxRun = 32767; // of blocks, the most that a symbol holds
@@ -141,6 +142,9 @@ ZmxStatus refineBand(const Zmx16s* pSrc, int Ss, int Se, int Al, ZmxiEncodeHuffm
 constexpr int kMaxCategoryDC = 11;
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 // In all four encoders what a flush needs is tested first: it has no block. Required here.
 
@@ -219,6 +223,7 @@ ZmxStatus zmxiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(const Zmx16s* pSrc, Zm
     return zmxStsNoErr;
 }
 
+namespace zmx {
 namespace {
 
 using Band = ZmxStatus (*)(const Zmx16s*, int, int, int, ZmxiEncodeHuffmanState&, Count&);
@@ -237,6 +242,7 @@ ZmxStatus countBand(const Zmx16s* pSrc, Zmx32u* pAcStatistics, int Ss, int Se, i
 }
 
 } // namespace
+} // namespace zmx
 
 ZmxStatus zmxiGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pAcStatistics, int Ss, int Se,
                                                           int Al, ZmxiEncodeHuffmanState* pEncHuffState,

@@ -5,6 +5,8 @@
 #include "pjargs.h"
 #include "pjrows.h"
 
+namespace zmx {
+
 // A 32-bit sample. Sums wrap, so samples are held unsigned; the shift right is the arithmetic one (a floor).
 using Sample = Zmx32u;
 constexpr Sample sar(Sample v, int n) { return Sample(Zmx32s(v) >> n); }
@@ -85,3 +87,5 @@ inline ZmxStatus pctArgs(const void* p, int step, ZmxiSize size) {
     return pctStep(args.ptr(p).size(size), step, size.width)
         .test(size.width % 4 != 0 || size.height % 4 != 0, zmxStsSizeErr);
 }
+
+} // namespace zmx

@@ -4,6 +4,7 @@
 // The steps stand in the order in which they are taken, since each one rounds.
 #include "pjxrpct.h"
 
+namespace zmx {
 namespace {
 
 inline void rotateBack(Sample& p, Sample& q, Sample& s, Sample& u) {
@@ -60,6 +61,9 @@ ZmxStatus fixedSize(Zmx32s* pSrcDst, int srcDstStep, ZmxiSize size) {
 }
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiPCTInv16x16_HDP_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep) {
     return fixedSize(pSrcDst, srcDstStep, {16, 16});

@@ -4,6 +4,8 @@
 #include "pjtable.h"
 #include "zmxj.h"
 
+namespace zmx {
+
 // Where each step of the zig-zag walk stands: diagonals of constant row + column, the even ones upward. The walk
 // ends at step 63; every further step stays there, so that a run that overshoots the block lands on element 63.
 constexpr Zmx32s zigzagStep(int k) {
@@ -28,3 +30,5 @@ inline constexpr auto zigzag_index_Fwd = tableOf<64>([](int n) {
 });
 static_assert(zigzag_index_Fwd[1] == 1 && zigzag_index_Fwd[7] == 28 && zigzag_index_Fwd[8] == 2 &&
               zigzag_index_Fwd[35] == 32 && zigzag_index_Fwd[56] == 35 && zigzag_index_Fwd[63] == 63);
+
+} // namespace zmx

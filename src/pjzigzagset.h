@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <cstring>
 
+namespace zmx {
+
 // Entry [i][flags]: the zig-zag positions of those of the four natural positions from 4i on whose flag is
 // set, as a set of bits.
 inline constexpr auto zigzagSets = tableOf<16>([](int i) {
@@ -47,3 +49,5 @@ template <class Visit> int forEachPosition(std::uint64_t set, Visit visit) {
     for (; set != 0 && status == 0; set &= set - 1) status = visit(std::countr_zero(set));
     return status;
 }
+
+} // namespace zmx
