@@ -6,7 +6,7 @@
 #include "pjargs.h"
 #include "pjrows.h"
 
-namespace zmx {
+namespace zmx::components {
 
 template <class T> struct Pixel { T a, b, c; };
 
@@ -67,4 +67,4 @@ template <class T, Pixel<T> (*transform)(Pixel<T>)> ZmxStatus planesInPlace(T* c
     return zmxStsNoErr;
 }
 
-} // namespace zmx
+} // namespace zmx::components

@@ -89,8 +89,8 @@ static int magnitudeBits(const Zmx32s* src, int srcStep, ZmxiSize size) {
 }
 
 static void resetCoder(EncCoderState& coder, int mqTermType, Zmx32u codeStyle) {
-    mqEncoderStart(&coder);
-    mqInitialContexts(coder.ctxState, coder.ctxMPS);
+    mq::initEnc(&coder);
+    mq::setInitialContexts(coder.ctxState, coder.ctxMPS);
     coder.mqPending = 0;
     coder.mqTermType = mqTermType;
     coder.rawLastFF = coder.rawByte = 0;

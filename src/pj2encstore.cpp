@@ -31,7 +31,7 @@ static void endPass(EncCoderState& s) {
     s.decisionBase += s.passDecisions[s.curPass];
     ++s.curPass;
     enterPass(s);
-    if (s.resetCtx) mqInitialContexts(s.ctxState, s.ctxMPS); // behind raw passes too
+    if (s.resetCtx) mq::setInitialContexts(s.ctxState, s.ctxMPS); // behind raw passes too
 }
 
 void enterPass(EncCoderState& s) {

@@ -38,7 +38,7 @@ Left decodeFast(Reader& in, Zmx16s* pDst, Zmx16s* pLastDC, const ZmxiDecodeHuffm
         if (symbol < 0) return false;
         const int r = symbol >> 4;
         if ((symbol & 15) != 0) {
-            pDst[zigzagReach[std::size_t(k + r)]] = Zmx16s(fast.value());
+            pDst[zigzag::reach[std::size_t(k + r)]] = Zmx16s(fast.value());
             k += r + 1;
         } else if (r == 15) {
             k += 16;
@@ -93,7 +93,7 @@ Left decodeFast(Reader& in, Zmx16s* pDst, Zmx16s* pLastDC, const ZmxiDecodeHuffm
         // A run into the spare entries ends on element 63; behind them it is an error, and blockPositions
         // stays.
         if (j >= int(own_pj_izigzag_index.size())) return zmxStsErr;
-        pDst[zigzagReach[std::size_t(j)]] = Zmx16s(value);
+        pDst[zigzag::reach[std::size_t(j)]] = Zmx16s(value);
     }
     *pBlockPositions = k;
     return status;
@@ -189,7 +189,7 @@ bool directValue(DirectReader& in, int s, int* pValue) {
         }
         if (!directValue(in, s, &value)) return zmxStsOutOfBufErr;
         // No test of the position: the table reaches as far as any run.
-        pDst[zigzagReach[std::size_t(k + r)]] = Zmx16s(value);
+        pDst[zigzag::reach[std::size_t(k + r)]] = Zmx16s(value);
         k += r + 1;
     }
     *pSrcBitsLen = wrapMul(in.pos, 8);

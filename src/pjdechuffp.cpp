@@ -107,7 +107,7 @@ ZmxStatus zmxiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrc
         k += r;
         if (s != 0) {
             if (ZmxStatus failed = need(in, s)) return failed;
-            pDst[zigzagReach[std::size_t(k)]] = wrap16s(extend(in.take(s), s) << Al);
+            pDst[zigzag::reach[std::size_t(k)]] = wrap16s(extend(in.take(s), s) << Al);
         }
     }
     return zmxStsNoErr;
@@ -151,7 +151,7 @@ class Known {
 public:
     Known(BitReader& reader, Zmx16s* pDst, int first, int last, int shift)
         : in(reader), block(pDst), Se(last), Al(shift),
-          set(zigzagSet(pDst, [](Zmx16s c) { return c != 0; }) & positions(first, last)) {}
+          set(zigzag::setOf(pDst, [](Zmx16s c) { return c != 0; }) & zigzag::positions(first, last)) {}
 
     // Goes from k over r zeros to the one behind them, or behind the band.
     ZmxStatus pass(int* k, int r) {
@@ -167,10 +167,10 @@ public:
             count += n;
             return zmxStsNoErr;
         }
-        std::uint64_t zeros = ~set & positions(start, Se);
+        std::uint64_t zeros = ~set & zigzag::positions(start, Se);
         for (; r > 0 && zeros != 0; --r) zeros &= zeros - 1;
         *k = std::min(std::countr_zero(zeros), Se + 1);
-        return collect(set & positions(start, Se) & ((zeros & (0 - zeros)) - 1)); // all if no zero is left
+        return collect(set & zigzag::positions(start, Se) & ((zeros & (0 - zeros)) - 1)); // all if no zero is left
     }
     // Goes from k, in the band, to its end.
     ZmxStatus passAll(int k) { return collect(set >> k); }
@@ -201,7 +201,7 @@ ZmxStatus refineBand(BitReader& in, Zmx16s* pDst, Known& known, int* k, int Se, 
             const int sign = 2 * int(in.take(1)) - 1; // as good as random: no branch
             if (ZmxStatus failed = known.pass(k, r)) return failed;
             // At Se + 1 this may be element 63, one of those known: its correction finds the bit set already.
-            pDst[zigzagReach[std::size_t(*k)]] = Zmx16s(sign << Al);
+            pDst[zigzag::reach[std::size_t(*k)]] = Zmx16s(sign << Al);
         }
     }
     return zmxStsNoErr;

@@ -16,9 +16,9 @@ namespace {
 // sink.bare one with none. The first status that is not zero ends the walk.
 template <class Sink> ZmxStatus walkBlock(const Zmx16s* pSrc, int diff, Sink& sink) {
     if (ZmxStatus failed = sink.dc(category(diff), diff)) return failed;
-    const std::uint64_t set = zigzagSet(pSrc, [](Zmx16s c) { return c != 0; }) & positions(1, 63);
+    const std::uint64_t set = zigzag::setOf(pSrc, [](Zmx16s c) { return c != 0; }) & zigzag::positions(1, 63);
     int next = 1; // behind the last coefficient coded
-    const ZmxStatus status = forEachPosition(set, [&](int k) -> ZmxStatus {
+    const ZmxStatus status = zigzag::forEach(set, [&](int k) -> ZmxStatus {
         int run = k - next;
         for (; run > 15; run -= 16)
             if (ZmxStatus failed = sink.bare(kZeroRun)) return failed;

@@ -79,9 +79,10 @@ Zmx16u shifted(Zmx16s c, int Al) { return Zmx16u(Zmx16u(c < 0 ? -c : c) >> Al); 
 
 template <class Sink>
 ZmxStatus firstBand(const Zmx16s* pSrc, int Ss, int Se, int Al, ZmxiEncodeHuffmanState& state, Sink& sink) {
-    const std::uint64_t set = zigzagSet(pSrc, [Al](Zmx16s c) { return shifted(c, Al) != 0; }) & positions(Ss, Se);
+    const std::uint64_t set =
+        zigzag::setOf(pSrc, [Al](Zmx16s c) { return shifted(c, Al) != 0; }) & zigzag::positions(Ss, Se);
     int next = Ss; // behind the last coefficient coded
-    const ZmxStatus status = forEachPosition(set, [&](int k) -> ZmxStatus {
+    const ZmxStatus status = zigzag::forEach(set, [&](int k) -> ZmxStatus {
         if (ZmxStatus failed = putRun(sink, state.eobRun)) return failed;
         int r = k - next;
         for (; r > 15; r -= 16)
@@ -99,9 +100,9 @@ ZmxStatus firstBand(const Zmx16s* pSrc, int Ss, int Se, int Al, ZmxiEncodeHuffma
 
 template <class Sink>
 ZmxStatus refineBand(const Zmx16s* pSrc, int Ss, int Se, int Al, ZmxiEncodeHuffmanState& state, Sink& sink) {
-    const std::uint64_t band = positions(Ss, Se);
-    const std::uint64_t known = zigzagSet(pSrc, [Al](Zmx16s c) { return shifted(c, Al) > 1; }) & band;
-    const std::uint64_t fresh = zigzagSet(pSrc, [Al](Zmx16s c) { return shifted(c, Al) == 1; }) & band;
+    const std::uint64_t band = zigzag::positions(Ss, Se);
+    const std::uint64_t known = zigzag::setOf(pSrc, [Al](Zmx16s c) { return shifted(c, Al) > 1; }) & band;
+    const std::uint64_t fresh = zigzag::setOf(pSrc, [Al](Zmx16s c) { return shifted(c, Al) == 1; }) & band;
     const int lastFresh = fresh ? 63 - std::countl_zero(fresh) : 0;
 
     Zmx8u* bits = state.correctionBits + state.correctionCount; // of this block, behind those of earlier ones
@@ -117,7 +118,7 @@ ZmxStatus refineBand(const Zmx16s* pSrc, int Ss, int Se, int Al, ZmxiEncodeHuffm
         bits = state.correctionBits;
         return zmxStsNoErr;
     };
-    const ZmxStatus status = forEachPosition(known | fresh, [&](int k) -> ZmxStatus {
+    const ZmxStatus status = zigzag::forEach(known | fresh, [&](int k) -> ZmxStatus {
         r += k - next;
         next = k + 1;
         // Behind the last fresh coefficient zeros are left to the end-of-band run, however many there are.
