@@ -377,13 +377,12 @@ TEST(McuDecode, PointersThenPlanesThenStep) {
         SCOPED_TRACE(c.name);
         Planes planes(c, GuardedBlock::AtEnd);
         std::vector<Zmx8u> dst(c.extent(c.rowBytes()), 0x5A);
-        std::vector<ArgTest> tests(std::size_t(2 + c.planes()), ArgTest{1, zmxStsNullPtrErr});
-        tests.push_back({3, zmxStsStepErr});
-        everyBadCombination(tests, [&](const std::vector<int>& bad) {
+        std::vector<ZmxStatus> tests(std::size_t(2 + c.planes()), kNull);
+        tests.push_back(kStep);
+        checkOrder(tests, [&](const Bad& bad) {
             const Zmx16s* pointers[4] = {};
-            for (int i = 0; i < c.planes(); ++i) pointers[i] = bad[std::size_t(2 + i)] ? nullptr : planes.data()[i];
-            return c.call(bad[0] ? nullptr : pointers, bad[1] ? nullptr : dst.data(),
-                          badNumber(bad.back(), c.rowBytes()));
+            for (int i = 0; i < c.planes(); ++i) pointers[i] = bad.null(2 + i, planes.data()[i]);
+            return c.call(bad.null(0, pointers), bad.null(1, dst.data()), bad.below1(2 + c.planes(), c.rowBytes()));
         });
         EXPECT_EQ(dst, std::vector<Zmx8u>(dst.size(), 0x5A));
     }
@@ -540,12 +539,12 @@ TEST(McuEncode, PointersThenStepThenPlanes) {
         Planes planes(c, GuardedBlock::AtEnd);
         for (int i = 0; i < planes.size(); ++i) planes[i].fill(0x5A5A);
         const std::vector<Zmx16s> before = planes.copy();
-        std::vector<ArgTest> tests{{1, zmxStsNullPtrErr}, {1, zmxStsNullPtrErr}, {3, zmxStsStepErr}};
-        tests.insert(tests.end(), std::size_t(c.planes()), ArgTest{1, zmxStsNullPtrErr});
-        everyBadCombination(tests, [&](const std::vector<int>& bad) {
+        std::vector<ZmxStatus> tests{kNull, kNull, kStep};
+        tests.insert(tests.end(), std::size_t(c.planes()), kNull);
+        checkOrder(tests, [&](const Bad& bad) {
             Zmx16s* pointers[4] = {};
-            for (int i = 0; i < c.planes(); ++i) pointers[i] = bad[std::size_t(3 + i)] ? nullptr : planes.data()[i];
-            return c.call(bad[0] ? nullptr : src.data(), badNumber(bad[2], c.rowBytes()), bad[1] ? nullptr : pointers);
+            for (int i = 0; i < c.planes(); ++i) pointers[i] = bad.null(3 + i, planes.data()[i]);
+            return c.call(bad.null(0, src.data()), bad.below1(2, c.rowBytes()), bad.null(1, pointers));
         });
         EXPECT_EQ(planes.copy(), before);
     }
