@@ -8,6 +8,7 @@
 #include "pj2wt.h"
 #include "pj2wt97ext.h"
 
+namespace zmx {
 namespace {
 
 // ---- where the bands of the forward transform go
@@ -196,6 +197,9 @@ template <class T> ZmxStatus bufferSize(const ZmxiRect* tile, int* size, bool ba
 }
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiWTFwd_D97_JPEG2K_16s_C1IR(Zmx16s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect, Zmx8u* pBuffer) {
     return planeInPlace(pSrcDst, srcDstStep, pTileRect, pBuffer, forwardPlane<Zmx16s>);

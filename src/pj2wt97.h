@@ -10,6 +10,8 @@
 
 #include <bit>
 
+namespace zmx {
+
 // 32-bit floats.
 struct Wt97Float {
     static constexpr Zmx32f alpha = -1.5861343f, beta = -0.052980117f, gamma = 0.8829111f, delta = 0.44350687f;
@@ -33,3 +35,5 @@ struct Wt97Q16 {
     static constexpr Zmx32s alpha = -103949, beta = -3472, gamma = 57862, delta = 29066, k = 80621, oneOverK = 53274,
                             deltaOverK = 23627;
 };
+
+} // namespace zmx

@@ -21,6 +21,7 @@
 #include <bit>
 #include <cstdint>
 
+namespace zmx {
 namespace {
 
 using C = Wt97Float;
@@ -418,3 +419,5 @@ void wt97ForwardColumns(Zmx8u* plane, int step, Split split, int width) {
 void wt97InverseColumns(Zmx8u* plane, int step, Split split, int width) {
     allStrips(plane, step, split, width, inverseStrip);
 }
+
+} // namespace zmx

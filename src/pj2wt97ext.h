@@ -6,6 +6,8 @@
 
 #include "pj2wt.h"
 
+namespace zmx {
+
 // A line of interleaved samples, 2 or more, into its two bands; and the two bands back into a line.
 void wt97ForwardLine(const Zmx8u* x, Split split, Zmx8u* low, Zmx8u* high);
 void wt97InverseLine(Zmx8u* low, Zmx8u* high, Split split, Zmx8u* x);
@@ -13,3 +15,5 @@ void wt97InverseLine(Zmx8u* low, Zmx8u* high, Split split, Zmx8u* x);
 // All columns of a plane of 2 rows or more, in place; its rows stay interleaved.
 void wt97ForwardColumns(Zmx8u* plane, int step, Split split, int width);
 void wt97InverseColumns(Zmx8u* plane, int step, Split split, int width);
+
+} // namespace zmx

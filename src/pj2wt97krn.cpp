@@ -7,6 +7,7 @@
 #include "pj2wt97sys.h"
 #include "pj2wt97taps.h"
 
+namespace zmx {
 namespace {
 
 // A row or a column: element i lies i strides behind the first.
@@ -152,6 +153,9 @@ ZmxStatus inverseRows(const T* low, int lowStep, const T* high, int highStep, Zm
 }
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiWTFwdRow_D97_JPEG2K_16s_C1R(const Zmx16s* pSrc, int srcStep, Zmx16s* pDstLow, int dstLowStep,
                                           Zmx16s* pDstHigh, int dstHighStep, ZmxiSize dstRoiSize, int phase) {

@@ -13,6 +13,8 @@
 #include <cstdint>
 #include <type_traits>
 
+namespace zmx {
+
 template <class Sample> struct Wt97Q16System {
     using T = Sample;
     using Aside = Sample;
@@ -74,9 +76,11 @@ struct Wt97FloatSystem {
     static Aside low(Aside b, Aside g0, Aside g1) { return lift(b, C::delta, g0, g1) * C::oneOverK; }
     // D is stored in its row before it is scaled.
     static Aside lowInStages(Aside b, Aside g0, Aside g1) {
-        return ::rounded(Zmx32f(lift(b, C::delta, g0, g1))) * Aside(C::oneOverK);
+        return zmx::rounded(Zmx32f(lift(b, C::delta, g0, g1))) * Aside(C::oneOverK);
     }
 
     static Aside backB(Aside low, Aside h0, Aside h1) { return C::k * low - C::deltaOverK * (h0 + h1); }
     static Aside backA(Aside high, Aside b0, Aside b1) { return C::oneOverK * high - C::gamma * (b0 + b1); }
 };
+
+} // namespace zmx

@@ -3,6 +3,8 @@
 
 #include "pj2wt97sys.h"
 
+namespace zmx {
+
 template <class N> struct Wt97TapSet {
     N c0, c1, c2, c3, c4; // of the long filter, from the centre outward
     N g0, g1, g2, g3;     // of the short one
@@ -117,3 +119,5 @@ template <class T> struct Wt97Taps {
         x.set(1 - p, odd);
     }
 };
+
+} // namespace zmx

@@ -3,6 +3,7 @@
 #include "pj2wt97sys.h"
 #include "pjargs.h"
 
+namespace zmx {
 namespace {
 
 // Samples of rows at any address: the caller's row step need not be a multiple of the sample.
@@ -75,6 +76,9 @@ ZmxStatus inverse97(const T* low0, const T* high0, const T* high1, const T* src0
 }
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiWTFwdColLift_B53_JPEG2K_16s_C1(const Zmx16s* pSrc0, const Zmx16s* pSrc1, const Zmx16s* pSrc2,
                                              Zmx16s* pDstLow0, const Zmx16s* pSrcHigh0, Zmx16s* pDstHigh1, int width) {

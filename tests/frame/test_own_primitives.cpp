@@ -15,6 +15,8 @@
 #include <functional>
 #include <limits>
 
+using namespace zmx;
+
 namespace {
 
 constexpr Zmx32f kInfinity = std::numeric_limits<Zmx32f>::infinity();

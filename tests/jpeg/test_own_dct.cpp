@@ -12,6 +12,8 @@
 #include <cmath>
 #include <functional>
 
+using namespace zmx;
+
 namespace {
 
 using Block = std::array<Zmx16s, 64>;

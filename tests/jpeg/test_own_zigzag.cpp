@@ -6,6 +6,8 @@
 #include "tests/support/guarded.h"
 #include "tests/support/rng.h"
 
+using namespace zmx;
+
 TEST(Zigzag, TheWalkAndEightEntriesBehindIt) {
     ASSERT_EQ(own_pj_izigzag_index.size(), 72u);
     for (int k = 0; k < 64; ++k) EXPECT_EQ(own_pj_izigzag_index[std::size_t(k)], model::kZigzag[k]) << k;
