@@ -5,7 +5,7 @@
 #pragma once
 
 #include "codecs/jpeg/jpeg.h"
-#include "codecs/picture/picture.h"
+#include "codecs/picture/image.h"
 
 #include <benchmark/benchmark.h>
 #include <cstdio>

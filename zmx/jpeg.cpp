@@ -1,6 +1,6 @@
 // commands.cpp - zmx jpeg: the codec behind files.
 #include "codecs/jpeg/jpeg.h"
-#include "codecs/picture/raw.h"
+#include "codecs/picture/image.h"
 #include "zmx/commands.h"
 
 #include <CLI/CLI.hpp>
