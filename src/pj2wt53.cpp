@@ -9,6 +9,7 @@
 
 #include "pj2wt.h"
 
+namespace zmx {
 namespace {
 
 // ---- lines of three samples or more
@@ -131,6 +132,9 @@ template <class T> ZmxStatus bufferSize(const ZmxiRect* tile, int* size, bool ba
 }
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiWTFwd_B53_JPEG2K_16s_C1IR(Zmx16s* pSrcDst, int srcDstStep, const ZmxiRect* pTileRect, Zmx8u* pBuffer) {
     return planeInPlace(pSrcDst, srcDstStep, pTileRect, pBuffer, forwardPlane<Zmx16s>);

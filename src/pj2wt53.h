@@ -6,6 +6,8 @@
 
 #include "pjrows.h"
 
+namespace zmx {
+
 // An odd sample less the mean of its even neighbours; an even sample plus a quarter of the high ones at its sides; and
 // the two ways back.
 template <class T> constexpr T highOf(T odd, T even0, T even1) {
@@ -53,3 +55,5 @@ template <class T> void pairsOf(const Zmx8u* low, const Zmx8u* high, int p, Zmx8
         store(x, 2 * i + 1 + p, oddOf(h1, here, next));
     }
 }
+
+} // namespace zmx

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 
+namespace zmx {
 namespace {
 
 // What the tables of pjdeccctbl hold, by multiplication in 16-bit lanes. With u and v twice the centred chroma:
@@ -96,6 +97,9 @@ void pairsRow(const Zmx8u* src, Zmx8u* dst, int width) {
 }
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiYCbCrToRGB_JPEG_8u_P3R(const Zmx8u* const pSrc[3], int srcStep, Zmx8u* const pDst[3], int dstStep,
                                      ZmxiSize roiSize) {

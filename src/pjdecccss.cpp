@@ -12,6 +12,7 @@
 
 #include <cstdint>
 
+namespace zmx {
 namespace {
 
 // A row of pixels of a unit, or of the chroma elements above them.
@@ -191,6 +192,9 @@ template <class U, class Out> ZmxStatus toPlain(const Zmx16s* const* src, void* 
 }
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiYCbCr444ToRGBLS_MCU_16s8u_P3C3R(const Zmx16s* const pSrcMCU[3], Zmx8u* pDst, int dstStep) {
     return toColour<Unit444, ToRGB>(pSrcMCU, pDst, dstStep);

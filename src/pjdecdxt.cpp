@@ -6,6 +6,7 @@
 
 #include "pjdxtwalk.h"
 
+namespace zmx {
 namespace {
 
 // Red, green and blue at bits 0, 21 and 42: room for three times a byte times 683 in each.
@@ -93,6 +94,9 @@ inline void decodeDxt5(const Zmx8u* pBlock, Zmx8u* pOut, std::size_t outStep) {
 }
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiTextureDecodeBlockToRGBA_DXT1_8u_C1C4R(const Zmx8u* pSrc, Zmx8u* pDst, Zmx32u dstStep, ZmxiSize roiSize) {
     return decodeSurface<8>(pSrc, pDst, dstStep, roiSize, decodeDxt1);
@@ -104,6 +108,10 @@ ZmxStatus zmxiTextureDecodeBlockToRGBA_DXT5_8u_C1C4R(const Zmx8u* pSrc, Zmx8u* p
     return decodeSurface<16>(pSrc, pDst, dstStep, roiSize, decodeDxt5);
 }
 
+namespace zmx {
+
 void decode_block_dxt1_rgba(const Zmx8u* pBlock, Zmx8u* pOut) { decodeDxt1(pBlock, pOut, 16); }
 void decode_block_dxt3_rgba(const Zmx8u* pBlock, Zmx8u* pOut) { decodeDxt3(pBlock, pOut, 16); }
 void decode_block_dxt5_rgba(const Zmx8u* pBlock, Zmx8u* pOut) { decodeDxt5(pBlock, pOut, 16); }
+
+} // namespace zmx

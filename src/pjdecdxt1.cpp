@@ -8,6 +8,7 @@
 #include "pjdecdxt1tbl.h"
 #include "pjdxtwalk.h"
 
+namespace zmx {
 namespace {
 
 using Word = std::uint64_t;
@@ -192,10 +193,15 @@ template <Mode M> void decodeMode(const Zmx8u* pBlock, Zmx8u* pOut, std::size_t 
 }
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiTextureDecodeBlockToRGBA_BC7_8u_C1C4R(const Zmx8u* pSrc, Zmx8u* pDst, Zmx32u dstStep, ZmxiSize roiSize) {
     return decodeSurface<16>(pSrc, pDst, dstStep, roiSize, decode_block_bc7_rgba);
 }
+
+namespace zmx {
 
 const Zmx8u* decode_block_bc7_rgba(const Zmx8u* pBlock, Zmx8u* pOut, std::size_t outStep) {
     switch (modeMap[pBlock[0]]) {
@@ -259,3 +265,5 @@ void block_interpolate_multi_subsets_rgba(const Zmx32u* pIndexes, const Zmx32u* 
                                           std::size_t outStep) {
     interpolate<2, 2>(pIndexes, pR, pG, pB, pA, pSubsets, pOut, outStep);
 }
+
+} // namespace zmx

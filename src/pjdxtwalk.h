@@ -11,6 +11,8 @@
 #include <bit>
 #include <cstdint>
 
+namespace zmx {
+
 static_assert(std::endian::native == std::endian::little, "block fields are little-endian and are read as words");
 
 // The step of a surface is unsigned, and is refused only when it is exactly 0.
@@ -77,3 +79,5 @@ ZmxStatus encodeSurface(const Zmx8u* pSrc, Zmx32u srcStep, ZmxiSize roi, Zmx8u* 
     }
     return zmxStsNoErr;
 }
+
+} // namespace zmx

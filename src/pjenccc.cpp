@@ -8,6 +8,7 @@
 
 #include <algorithm>
 
+namespace zmx {
 namespace {
 
 // What cc_table of pjenccctbl sums up, by multiplication. The three factors of Y add up to 65536 and those of Cb and of
@@ -101,6 +102,9 @@ ZmxStatus pixelsToPlanes(const void* src, int srcStep, Zmx8u* const* dst, int ds
 }
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiRGBToY_JPEG_8u_C3C1R(const Zmx8u* pSrc, int srcStep, Zmx8u* pDst, int dstStep, ZmxiSize roiSize) {
     return pixelsToPlanes<Bytes<true>, toY, 1, Parallel>(pSrc, srcStep, &pDst, dstStep, roiSize);

@@ -11,6 +11,7 @@
 
 #include <cstdint>
 
+namespace zmx {
 namespace {
 
 // Three or four channels of all pixels of a unit, row by row.
@@ -153,6 +154,9 @@ template <class U, class In, class Colour> ZmxStatus pixelsToUnit(const void* sr
 }
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiRGBToYCbCr444LS_MCU_8u16s_C3P3R(const Zmx8u* pSrc, int srcStep, Zmx16s* const pDstMCU[3]) {
     return pixelsToUnit<Unit444, FromRGB, Coloured>(pSrc, srcStep, pDstMCU);

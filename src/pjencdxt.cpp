@@ -6,6 +6,7 @@
 
 #include "pjdxtwalk.h"
 
+namespace zmx {
 namespace {
 
 using Texels8 = Zmx8u[16];   // one value for each texel of a block
@@ -134,6 +135,9 @@ inline ChromaBounds chromaInset(Zmx32u lo, Zmx32u hi) {
 inline Zmx8u scaled(Zmx8u v, int s) { return Zmx8u(s * (v - 128) + 128); }
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiTextureEncodeBlockFromRGBA_DXT1_8u_C4C1R(const Zmx8u* pSrc, Zmx32u srcStep, ZmxiSize roiSize,
                                                        Zmx8u* pDst) {
@@ -151,6 +155,8 @@ ZmxStatus zmxiTextureEncodeBlockFromYCoCg_DXT5_8u_C3C1R(const Zmx8u* pSrc, Zmx32
                                                         Zmx8u* pDst) {
     return encodeSurface<3, 16>(pSrc, srcStep, roiSize, pDst, encode_block_ycocg_dxt5);
 }
+
+namespace zmx {
 
 void encode_block_rgba_dxt1(const Zmx8u* pBlock, Zmx8u* pOut) { storeColours(Channels<4>(pBlock), pOut); }
 
@@ -213,3 +219,5 @@ void encode_block_ycocg_dxt5(Zmx8u* pBlock, Zmx8u* pOut) {
     }
     storeColourIndexes(index, pOut + 12);
 }
+
+} // namespace zmx

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <bit>
 
+namespace zmx {
 namespace {
 
 // As wide as a pointer, so that no packet costs a conversion.
@@ -61,6 +62,9 @@ Index literalLength(const Zmx8u* s, Index left, Index most) {
 }
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiPackBitsRow_TIFF_8u_C1(const Zmx8u* pSrc, int srcLen, Zmx8u* pDst, int* pDstPos, int dstLen) {
     if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDstPos).ptr(pDst).size(srcLen).size(dstLen)) return bad;

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 
+namespace zmx {
 namespace {
 
 // What changes from position to position comes from a table, and rows go through it in runs: made from the position, it
@@ -44,6 +45,9 @@ template <class Term> void boxHV(const Zmx8u* s1, const Zmx8u* s2, Zmx8u* d, int
 constexpr int halfUp(int width) { return width / 2 + width % 2; }
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiSampleDownH2V1_JPEG_8u_C1R(const Zmx8u* pSrc, int srcStep, ZmxiSize srcRoiSize, Zmx8u* pDst, int dstStep,
                                          ZmxiSize dstRoiSize) {

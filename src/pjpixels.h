@@ -12,6 +12,8 @@
 #include <bit>
 #include <cstdint>
 
+namespace zmx {
+
 static_assert(std::endian::native == std::endian::little, "the first sample is the low byte of its word");
 
 // Ahead of a loop each of whose iterations reads all that it reads before it writes, at places that are its own: rows
@@ -146,3 +148,5 @@ inline void storePixels(const Zmx8u* row0, const Zmx8u* row1, const Zmx8u* row2,
         dst[3 * i + 2] = row2[i];
     }
 }
+
+} // namespace zmx

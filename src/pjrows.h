@@ -8,6 +8,8 @@
 #include <cstddef>
 #include <cstring>
 
+namespace zmx {
+
 // Row y of a plane. Rows are bytes: a step need not be a multiple of the element size.
 inline const Zmx8u* rowAt(const void* p, int step, int y) {
     return static_cast<const Zmx8u*>(p) + std::ptrdiff_t(step) * y;
@@ -46,3 +48,5 @@ struct Parallel {
         for (int y = 0; y < roi.height; ++y) row(y);
     }
 };
+
+} // namespace zmx

@@ -7,6 +7,8 @@
 
 #include <type_traits>
 
+namespace zmx {
+
 // Signed sums, differences and products modulo two to the power of their width (32 or 64 bits).
 template <class T> constexpr T wrapAdd(T a, T b) {
     static_assert(sizeof(T) >= sizeof(int) && std::is_integral_v<T>);
@@ -35,3 +37,5 @@ constexpr Zmx16s wrap16s(Zmx32s v) { return Zmx16s(Zmx16u(v)); }
 constexpr int clamp(int v, int lo, int hi) { return v < lo ? lo : v > hi ? hi : v; }
 constexpr Zmx8u saturate8u(int v) { return Zmx8u(clamp(v, 0, 255)); }
 constexpr Zmx16s saturate16s(int v) { return Zmx16s(clamp(v, -32768, 32767)); }
+
+} // namespace zmx
