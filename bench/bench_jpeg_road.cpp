@@ -27,7 +27,7 @@ void jpegEncodeTheirs(benchmark::State& state) {
 }
 // Both decode the same file.
 const Bytes& file() {
-    static const Bytes bytes = photo() ? encodeOurs() : Bytes();
+    static const Bytes bytes = photo().empty() ? Bytes() : encodeOurs();
     return bytes;
 }
 void jpegDecodeOurs(benchmark::State& state) {

@@ -71,3 +71,12 @@ if(TARGET zmx)
     set_tests_properties(command.${name} PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 900)
   endforeach()
 endif()
+
+# Installing from a fresh folder, and consumers of what is there; once, in the plain release build for this machine.
+if(CMAKE_BUILD_TYPE STREQUAL "Release" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT CMAKE_CXX_FLAGS MATCHES "-m32"
+    AND NOT CMAKE_CROSSCOMPILING AND TARGET zmx)
+  add_test(NAME install COMMAND ${PROJECT_SOURCE_DIR}/tests/install/check_install.sh ${PROJECT_SOURCE_DIR})
+  set_tests_properties(install PROPERTIES TIMEOUT 1800)
+  add_test(NAME abi COMMAND ${PROJECT_SOURCE_DIR}/tests/install/check_abi.sh ${PROJECT_SOURCE_DIR})
+  set_tests_properties(abi PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 1800)
+endif()

@@ -3,11 +3,9 @@
 
 #include <cstdlib>
 
-namespace jpeg {
+namespace codecs::jpeg {
 
 namespace {
-
-constexpr int kMaxUnits = 10; // in the MCU of a scan of several components (B.2.3)
 
 // A scan of these components, with the Huffman tables that they have.
 Scan scanOf(const std::vector<int>& components, Model model, int first = 0, int last = 63, int high = 0, int low = 0) {
@@ -24,7 +22,7 @@ Scan scanOf(const std::vector<int>& components, Model model, int first = 0, int 
 std::vector<std::vector<int>> groupsOf(const Frame& frame) {
     std::vector<std::vector<int>> groups;
     const int n = int(frame.components.size());
-    if (frame.blocksInMcu() <= kMaxUnits) {
+    if (frame.blocksInMcu() <= kMaxScanUnits) {
         groups.emplace_back();
         for (int i = 0; i < n; ++i) groups.back().push_back(i);
     } else {
@@ -168,7 +166,7 @@ private:
         int units = 0;
         for (const ScanComponent& c : s.components)
             units += frame.components[std::size_t(c.index)].h * frame.components[std::size_t(c.index)].v;
-        if (s.components.size() > 1 && units > kMaxUnits) fault("more than 10 blocks in an MCU");
+        if (s.components.size() > 1 && units > kMaxScanUnits) fault("more than 10 blocks in an MCU");
         if (s.first > s.last || s.last > 63) fault("no band of coefficients");
         if (s.first == 0 && s.last != 0 && s.last != 63) fault("DC and AC coefficients together");
         if (s.first > 0 && s.components.size() > 1) fault("AC coefficients of several components");
@@ -215,4 +213,4 @@ Script scriptFor(const CoefficientFile& file, const std::string& text, bool prog
                          : sequentialScript(file.frame, file.model);
 }
 
-} // namespace jpeg
+} // namespace codecs::jpeg

@@ -108,17 +108,10 @@ TYPED_TEST(LevelShiftRows, EachPointerIsFollowedByItsStep) {
     const std::vector<Src> src(16, Src(1));
     std::vector<Dst> dst(16, Dst(99));
     const int before = threadsAsked();
-    everyBadCombination({{1, zmxStsNullPtrErr},
-                         {3, zmxStsStepErr},
-                         {1, zmxStsNullPtrErr},
-                         {3, zmxStsStepErr},
-                         {3, zmxStsSizeErr},
-                         {3, zmxStsSizeErr}},
-                        [&](const std::vector<int>& bad) {
-                            return TypeParam::shift(bad[0] ? nullptr : src.data(), badNumber(bad[1], 8),
-                                                    bad[2] ? nullptr : dst.data(), badNumber(bad[3], 8),
-                                                    {badNumber(bad[4], 4), badNumber(bad[5], 2)});
-                        });
+    checkOrder({kNull, kStep, kNull, kStep, kSize, kSize}, [&](const Bad& bad) {
+        return TypeParam::shift(bad.null(0, src.data()), bad.below1(1, 8), bad.null(2, dst.data()), bad.below1(3, 8),
+                                {bad.below1(4, 4), bad.below1(5, 2)});
+    });
     EXPECT_EQ(dst, std::vector<Dst>(16, Dst(99)));
     EXPECT_EQ(threadsAsked(), before);
 }
