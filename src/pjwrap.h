@@ -25,11 +25,6 @@ template <class T> constexpr T wrapMul(T a, T b) {
     using U = std::make_unsigned_t<T>;
     return T(U(a) * U(b));
 }
-template <class T> constexpr T wrapNeg(T a) { return wrapSub(T(0), a); }
-template <class T> constexpr T wrapShl(T a, int n) {
-    static_assert(sizeof(T) >= sizeof(int) && std::is_integral_v<T>);
-    return T(std::make_unsigned_t<T>(a) << n);
-}
 
 // The low 16 bits of a value, read back with their sign.
 constexpr Zmx16s wrap16s(Zmx32s v) { return Zmx16s(Zmx16u(v)); }
