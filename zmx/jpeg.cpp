@@ -186,14 +186,11 @@ void runInfo(const std::string& in) {
     std::fputs(text.c_str(), stdout);
 }
 
-void addEncode(CLI::App& app) {
-    auto* c = app.add_subcommand("encode", "Write a picture as a JPEG file");
-    const auto args = std::make_shared<EncodeArguments>();
-    jpeg::EncodeOptions& o = args->options;
-    c->add_option("IN", args->in, codecs::kPictureFile)->required();
-    c->add_option("OUT", args->out, "the JPEG file")->required();
+// How the picture is coded.
+void addCodingOptions(CLI::App* c, EncodeArguments& args) {
+    jpeg::EncodeOptions& o = args.options;
     c->add_option("--quality", o.quality, "1 to 100")->capture_default_str()->check(CLI::Range(1, 100));
-    c->add_option("--sampling", args->sampling, "of the chroma")
+    c->add_option("--sampling", args.sampling, "of the chroma")
         ->capture_default_str()
         ->check(CLI::IsMember({"444", "422", "420"}) |
                 CLI::Validator(
@@ -212,7 +209,7 @@ void addEncode(CLI::App& app) {
         ->capture_default_str()
         ->check(CLI::Range(0, 65535));
     auto* progressive = c->add_flag("--progressive", o.progressive, "in the usual progressive scans");
-    auto* scans = c->add_option("--scans", args->scans, "a file with a scan script")->excludes(progressive);
+    auto* scans = c->add_option("--scans", args.scans, "a file with a scan script")->excludes(progressive);
     auto* lossless = c->add_option("--lossless", o.lossless, "lossless mode with this predictor")
                          ->check(CLI::Range(1, 7))
                          ->excludes(progressive)
@@ -220,23 +217,36 @@ void addEncode(CLI::App& app) {
     c->add_option("--point-transform", o.pointTransform, "lossless: low bits to leave out")
         ->check(CLI::Range(0, 15))
         ->needs(lossless);
-    c->add_option("--precision", args->precision, "bits of a sample: 8, 12, or in lossless mode 2 to 16")
+    c->add_option("--precision", args.precision, "bits of a sample: 8, 12, or in lossless mode 2 to 16")
         ->check(CLI::Range(2, 16));
-    c->add_flag("--gray", args->gray, "store the luma alone");
-    c->add_flag("--rgb", o.rgb, "store RGB as it is, not as YCbCr");
-    c->add_flag("--cmyk", args->cmyk, "the 4 channels of IN are CMYK, whatever the file says");
-    c->add_flag("--ycck", o.ycck, "store CMYK as YCCK");
-    auto* rawSize = c->add_option("--raw-size", args->rawSize, "IN has no header, and this size: WIDTHxHEIGHT")
+}
+
+// What the picture is, and which of its colours go into the file.
+void addInputOptions(CLI::App* c, EncodeArguments& args) {
+    c->add_flag("--gray", args.gray, "store the luma alone");
+    c->add_flag("--rgb", args.options.rgb, "store RGB as it is, not as YCbCr");
+    c->add_flag("--cmyk", args.cmyk, "the 4 channels of IN are CMYK, whatever the file says");
+    c->add_flag("--ycck", args.options.ycck, "store CMYK as YCCK");
+    auto* rawSize = c->add_option("--raw-size", args.rawSize, "IN has no header, and this size: WIDTHxHEIGHT")
                         ->check(CLI::Validator(
                             [](std::string& s) {
                                 int width, height;
                                 return readSize(s, width, height) ? std::string() : "not WIDTHxHEIGHT: " + s;
                             },
                             "WIDTHxHEIGHT"));
-    c->add_option("--format", args->format,
+    c->add_option("--format", args.format,
                   "of IN without a header: bytes of these channels; else rgb, or with --cmyk cmyk")
         ->check(CLI::IsMember(kRawFormats))
         ->needs(rawSize);
+}
+
+void addEncode(CLI::App& app) {
+    auto* c = app.add_subcommand("encode", "Write a picture as a JPEG file");
+    const auto args = std::make_shared<EncodeArguments>();
+    c->add_option("IN", args->in, codecs::kPictureFile)->required();
+    c->add_option("OUT", args->out, "the JPEG file")->required();
+    addCodingOptions(c, *args);
+    addInputOptions(c, *args);
     c->footer("Examples:\n"
               "  zmx jpeg encode photo.png photo.jpg --quality 90\n"
               "  zmx jpeg encode scan.pgm scan.jpg --optimize --restart 64\n"
