@@ -1,5 +1,4 @@
-// pjpixels.h - what the plane conversions share: a colour formula applied along rows, and bytes of pixels to rows and
-// back.
+// pjpixels.h - what the plane conversions share: a colour formula applied along rows.
 //
 // Two neighbouring samples of a row make one word of 16 bits, and are taken apart and put together by masks and shifts
 // of 16-bit lanes. The compiler vectorises that as it stands; rows of bytes it would first widen and at last narrow,
@@ -8,9 +7,6 @@
 
 #include "pjargs.h"
 #include "pjlayouts.h"
-
-#include <bit>
-#include <cstdint>
 
 namespace zmx {
 
@@ -50,7 +46,7 @@ template <auto formula, int N, int M> inline void convertRow(Rows<const Zmx8u, N
     for (int i = 0; i < pairs; ++i) {
         Pixel<N> first, second;
         for (int p = 0; p < N; ++p) {
-            const Zmx16u word = load<Zmx16u>(src.of[p], i);
+            const Zmx16u word = load<Zmx16u>(src.of[p], i); // which of the two is the low byte does not matter
             first.of[p] = Zmx16s(word & 255);
             second.of[p] = Zmx16s(word >> 8);
         }
