@@ -85,11 +85,11 @@ void pairsRow(const Zmx8u* src, Zmx8u* dst, int width) {
     for (int x = 0, n; x < pairs; x += n) {
         n = std::min(kRun / 2, pairs - x);
         for (int i = 0; i < n; ++i) {
-            const Zmx32u p = load<Zmx32u>(src, x + i);
+            const Zmx32u p = loadLE<Zmx32u>(src, x + i);
             const Zmx32u cb = p >> 8 & 0xFF, cr = p >> 24;
-            store(run.of[0], i, Zmx16u((p & 0xFF) | (p >> 8 & 0xFF00)));
-            store(run.of[1], i, Zmx16u(cb | cb << 8));
-            store(run.of[2], i, Zmx16u(cr | cr << 8));
+            storeLE(run.of[0], i, Zmx16u((p & 0xFF) | (p >> 8 & 0xFF00)));
+            storeLE(run.of[1], i, Zmx16u(cb | cb << 8));
+            storeLE(run.of[2], i, Zmx16u(cr | cr << 8));
         }
         convertRow<toRgb>(Rows<3, const Zmx8u>(run), Rows<3, Zmx8u>(run), 2 * n);
         Bytes<true>::put(dst + std::ptrdiff_t(6) * x, 0, run, 2 * n);

@@ -117,12 +117,15 @@ template <int C0, int C1, int C2> struct Bytes3 {
         // Four bytes a pixel, the lowest first, then two pixels without the gap between them.
         Zmx16u halves[2 * Width];
         for (int x = 0; x < Width; ++x) {
-            halves[2 * x] = Zmx16u(row.of[C0].at[x] | row.of[C1].at[x] << 8);
-            halves[2 * x + 1] = Zmx16u(row.of[C2].at[x]);
+            halves[2 * x] = littleEndian(Zmx16u(row.of[C0].at[x] | row.of[C1].at[x] << 8));
+            halves[2 * x + 1] = littleEndian(Zmx16u(row.of[C2].at[x]));
         }
         std::uint64_t pairs[Width / 2];
         std::memcpy(pairs, halves, sizeof pairs);
-        for (auto& pair : pairs) pair = (pair & 0xffffff) | (pair >> 8 & 0xffffff000000);
+        for (auto& pair : pairs) {
+            const std::uint64_t bytes = littleEndian(pair);
+            pair = littleEndian((bytes & 0xffffff) | (bytes >> 8 & 0xffffff000000));
+        }
         // Each pair overwrites the two bytes too many of the one before; the last has only its six.
         for (int i = 0; i < Width / 2 - 1; ++i) std::memcpy(dst + 6 * i, pairs + i, 8);
         std::memcpy(dst + 6 * (Width / 2 - 1), pairs + Width / 2 - 1, 6);
@@ -149,9 +152,9 @@ struct ToCMYK {
     static constexpr int planes = 4;
     template <int Width> static void put(const Channels& row, Zmx8u* dst) {
         for (int x = 0; x < Width; ++x) {
-            store(dst, 2 * x, Zmx16u((255 - row.of[0].at[x]) | (255 - row.of[1].at[x]) << 8));
+            storeLE(dst, 2 * x, Zmx16u((255 - row.of[0].at[x]) | (255 - row.of[1].at[x]) << 8));
             const int k = row.of[3].at[x] + 128; // K alone wraps
-            store(dst, 2 * x + 1, Zmx16u((255 - row.of[2].at[x]) | k << 8));
+            storeLE(dst, 2 * x + 1, Zmx16u((255 - row.of[2].at[x]) | k << 8));
         }
     }
 };
@@ -161,8 +164,8 @@ struct ToYCbYCr {
     static constexpr int planes = 3;
     template <int Width> static void put(const Channels& row, Zmx8u* dst) {
         for (int x = 0; x < Width; x += 2) {
-            store(dst, x, Zmx16u(row.of[0].at[x] | row.of[1].at[x] << 8));
-            store(dst, x + 1, Zmx16u(row.of[0].at[x + 1] | row.of[2].at[x] << 8));
+            storeLE(dst, x, Zmx16u(row.of[0].at[x] | row.of[1].at[x] << 8));
+            storeLE(dst, x + 1, Zmx16u(row.of[0].at[x + 1] | row.of[2].at[x] << 8));
         }
     }
 };

@@ -33,10 +33,13 @@ template <int C0, int C1, int C2> struct Bytes3 {
             rowPairs[perRow - 1] = 0;
             std::memcpy(rowPairs + perRow - 1, row + 6 * (perRow - 1), 6);
         }
-        for (auto& pair : pairs) pair = (pair & 0xffffff) | (pair << 8 & 0xffffff00000000);
+        for (auto& pair : pairs) {
+            const std::uint64_t bytes = littleEndian(pair);
+            pair = littleEndian((bytes & 0xffffff) | (bytes << 8 & 0xffffff00000000));
+        }
         const auto* const halves = reinterpret_cast<const Zmx8u*>(pairs);
         for (int i = 0; i < U::pixels; ++i) {
-            const auto low = load<Zmx16u>(halves, 2 * i), high = load<Zmx16u>(halves, 2 * i + 1);
+            const auto low = loadLE<Zmx16u>(halves, 2 * i), high = loadLE<Zmx16u>(halves, 2 * i + 1);
             to.of[C0][i] = low & 255;
             to.of[C1][i] = low >> 8;
             to.of[C2][i] = high;
@@ -69,7 +72,7 @@ struct FromCMYK {
         for (int y = 0; y < U::height; ++y)
             for (int x = 0; x < U::width; ++x) {
                 const Zmx8u* const row = rowAt(src, srcStep, y);
-                const auto low = load<Zmx16u>(row, 2 * x), high = load<Zmx16u>(row, 2 * x + 1);
+                const auto low = loadLE<Zmx16u>(row, 2 * x), high = loadLE<Zmx16u>(row, 2 * x + 1);
                 to.of[0][U::width * y + x] = 255 - (low & 255);
                 to.of[1][U::width * y + x] = Zmx16u(255 - (low >> 8));
                 to.of[2][U::width * y + x] = 255 - (high & 255);
@@ -85,7 +88,7 @@ struct FromYCbYCr {
         for (int y = 0; y < U::height; ++y)
             for (int x = 0; x < U::width; x += 2) {
                 const Zmx8u* const row = rowAt(src, srcStep, y);
-                const auto left = load<Zmx16u>(row, x), right = load<Zmx16u>(row, x + 1);
+                const auto left = loadLE<Zmx16u>(row, x), right = loadLE<Zmx16u>(row, x + 1);
                 const int i = U::width * y + x;
                 to.of[0][i] = left & 255;
                 to.of[0][i + 1] = right & 255;

@@ -9,12 +9,9 @@
 #include "pjargs.h"
 #include "pjrows.h"
 
-#include <bit>
 #include <cstdint>
 
 namespace zmx {
-
-static_assert(std::endian::native == std::endian::little, "the first sample is the low byte of its word");
 
 // Ahead of a loop each of whose iterations reads all that it reads before it writes, at places that are its own: rows
 // in place of their own sources are no reason against vectors, and nobody need ask at run time whether they are. The
@@ -70,7 +67,7 @@ template <auto formula, int N, int M> inline void convertRow(Rows<N, const Zmx8u
     for (int i = 0; i < pairs; ++i) {
         Pixel<N> first, second;
         for (int p = 0; p < N; ++p) {
-            const Zmx16u word = load<Zmx16u>(src.of[p], i);
+            const Zmx16u word = load<Zmx16u>(src.of[p], i); // which of the two is the low byte does not matter
             first.of[p] = Zmx16s(word & 255);
             second.of[p] = Zmx16s(word >> 8);
         }
@@ -114,12 +111,12 @@ inline void loadPixels(const Zmx8u* src, Zmx8u* row0, Zmx8u* row1, Zmx8u* row2, 
     const int eights = n / 8;
     INDEPENDENT_ITERATIONS
     for (int i = 0; i < eights; ++i) {
-        const auto x = load<Fours>(src, 3 * i), y = load<Fours>(src, 3 * i + 1), z = load<Fours>(src, 3 * i + 2);
+        const auto x = loadLE<Fours>(src, 3 * i), y = loadLE<Fours>(src, 3 * i + 1), z = loadLE<Fours>(src, 3 * i + 2);
         // Words 0 and 3, 1 and 4, 2 and 5 of the six.
         const Fours a = (x & kFirst) | (y & kSecond), b = x >> 32 | z << 32, c = (y & kFirst) | (z & kSecond);
-        store(row0, i, (a & kByte0) | (a >> 16 & kByte1) | (b & kByte2) | (c << 16 & kByte3));
-        store(row1, i, (a >> 8 & kByte0) | (b << 8 & kByte1) | (b >> 8 & kByte2) | (c << 8 & kByte3));
-        store(row2, i, (a >> 16 & kByte0) | (b & kByte1) | (c << 16 & kByte2) | (c & kByte3));
+        storeLE(row0, i, (a & kByte0) | (a >> 16 & kByte1) | (b & kByte2) | (c << 16 & kByte3));
+        storeLE(row1, i, (a >> 8 & kByte0) | (b << 8 & kByte1) | (b >> 8 & kByte2) | (c << 8 & kByte3));
+        storeLE(row2, i, (a >> 16 & kByte0) | (b & kByte1) | (c << 16 & kByte2) | (c & kByte3));
     }
     for (int i = 8 * eights; i < n; ++i) {
         row0[i] = src[3 * i];
@@ -134,13 +131,13 @@ inline void storePixels(const Zmx8u* row0, const Zmx8u* row1, const Zmx8u* row2,
     const int eights = n / 8;
     INDEPENDENT_ITERATIONS
     for (int i = 0; i < eights; ++i) {
-        const auto p = load<Fours>(row0, i), q = load<Fours>(row1, i), r = load<Fours>(row2, i);
+        const auto p = loadLE<Fours>(row0, i), q = loadLE<Fours>(row1, i), r = loadLE<Fours>(row2, i);
         const Fours a = (p & kByte0) | (q << 8 & kByte1) | (r << 16 & kByte2) | (p << 16 & kByte3);
         const Fours b = (q >> 8 & kByte0) | (r & kByte1) | (p & kByte2) | (q << 8 & kByte3);
         const Fours c = (r >> 16 & kByte0) | (p >> 16 & kByte1) | (q >> 8 & kByte2) | (r & kByte3);
-        store(dst, 3 * i, (a & kFirst) | b << 32);
-        store(dst, 3 * i + 1, (c & kFirst) | (a & kSecond));
-        store(dst, 3 * i + 2, b >> 32 | (c & kSecond));
+        storeLE(dst, 3 * i, (a & kFirst) | b << 32);
+        storeLE(dst, 3 * i + 1, (c & kFirst) | (a & kSecond));
+        storeLE(dst, 3 * i + 2, b >> 32 | (c & kSecond));
     }
     for (int i = 8 * eights; i < n; ++i) {
         dst[3 * i] = row0[i];
