@@ -31,8 +31,7 @@ const Bytes& file() {
     return bytes;
 }
 void jpegDecodeOurs(benchmark::State& state) {
-    jpeg::Picture picture;
-    run(state, [&] { jpeg::decode(file().data(), file().size(), {}, picture); });
+    run(state, [&] { decodeOurs(file()); });
 }
 void jpegDecodeTheirs(benchmark::State& state) {
     Bytes pixels(std::size_t(kWidth) * kHeight * 3);

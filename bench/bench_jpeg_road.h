@@ -11,7 +11,8 @@
 
 namespace road {
 
-using Bytes = std::vector<std::uint8_t>;
+namespace jpeg = codecs::jpeg;
+using codecs::Bytes;
 constexpr int kWidth = 1920, kHeight = 1080, kQuality = 90;
 
 // The middle of the photograph; empty when there is none.
@@ -21,7 +22,24 @@ inline const Bytes& photo() {
 }
 
 inline Bytes encodeOurs(const jpeg::EncodeOptions& options) {
-    return jpeg::encode(photo().data(), kWidth, kHeight, 3, options);
+    static const codecs::Picture picture = [] {
+        codecs::Picture p(codecs::shapeOf(kWidth, kHeight, 3));
+        std::copy(photo().begin(), photo().end(), p.all().begin());
+        return p;
+    }();
+    return jpeg::encode(picture, options);
+}
+
+// The pixels go as they come, a band at a time, as into a file.
+class NoSink final : public codecs::RowSink {
+    void begin(const codecs::Shape&, const codecs::Metadata&) override {}
+    void write(const codecs::Band& band) override { benchmark::DoNotOptimize(band.data); }
+    void finish() override {}
+};
+inline void decodeOurs(const Bytes& file) {
+    codecs::MemorySource source(file);
+    NoSink sink;
+    jpeg::decode(source, sink);
 }
 
 // What the two programs have in common to choose from.

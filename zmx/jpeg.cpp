@@ -134,7 +134,7 @@ private:
 };
 
 struct DecodeArguments {
-    std::string in, out, scale = "1", upsampling = "plain", format, scans;
+    std::string in, out, scale = "1", upsampling = "fancy", format, scans;
     jpeg::DecodeOptions options;
     bool strict = false;
 };
@@ -149,7 +149,7 @@ void decodeTo(codecs::RowSink& sink, const DecodeArguments& args) {
 
 void runDecode(DecodeArguments& args) {
     args.options.scale = args.scale.back() - '0';
-    if (args.upsampling == "fancy") args.options.upsampling = jpeg::Upsampling::smooth;
+    if (args.upsampling == "plain") args.options.upsampling = jpeg::Upsampling::plain;
     if (isIn(kPackings, args.format)) args.options.packing = kPackings.at(args.format);
     int scans = 0;
     if (!args.scans.empty())
@@ -186,14 +186,11 @@ void runInfo(const std::string& in) {
     std::fputs(text.c_str(), stdout);
 }
 
-void addEncode(CLI::App& app) {
-    auto* c = app.add_subcommand("encode", "Write a picture as a JPEG file");
-    const auto args = std::make_shared<EncodeArguments>();
-    jpeg::EncodeOptions& o = args->options;
-    c->add_option("IN", args->in, codecs::kPictureFile)->required();
-    c->add_option("OUT", args->out, "the JPEG file")->required();
+// How the picture is coded.
+void addCodingOptions(CLI::App* c, EncodeArguments& args) {
+    jpeg::EncodeOptions& o = args.options;
     c->add_option("--quality", o.quality, "1 to 100")->capture_default_str()->check(CLI::Range(1, 100));
-    c->add_option("--sampling", args->sampling, "of the chroma")
+    c->add_option("--sampling", args.sampling, "of the chroma")
         ->capture_default_str()
         ->check(CLI::IsMember({"444", "422", "420"}) |
                 CLI::Validator(
@@ -212,7 +209,7 @@ void addEncode(CLI::App& app) {
         ->capture_default_str()
         ->check(CLI::Range(0, 65535));
     auto* progressive = c->add_flag("--progressive", o.progressive, "in the usual progressive scans");
-    auto* scans = c->add_option("--scans", args->scans, "a file with a scan script")->excludes(progressive);
+    auto* scans = c->add_option("--scans", args.scans, "a file with a scan script")->excludes(progressive);
     auto* lossless = c->add_option("--lossless", o.lossless, "lossless mode with this predictor")
                          ->check(CLI::Range(1, 7))
                          ->excludes(progressive)
@@ -220,23 +217,36 @@ void addEncode(CLI::App& app) {
     c->add_option("--point-transform", o.pointTransform, "lossless: low bits to leave out")
         ->check(CLI::Range(0, 15))
         ->needs(lossless);
-    c->add_option("--precision", args->precision, "bits of a sample: 8, 12, or in lossless mode 2 to 16")
+    c->add_option("--precision", args.precision, "bits of a sample: 8, 12, or in lossless mode 2 to 16")
         ->check(CLI::Range(2, 16));
-    c->add_flag("--gray", args->gray, "store the luma alone");
-    c->add_flag("--rgb", o.rgb, "store RGB as it is, not as YCbCr");
-    c->add_flag("--cmyk", args->cmyk, "the 4 channels of IN are CMYK, whatever the file says");
-    c->add_flag("--ycck", o.ycck, "store CMYK as YCCK");
-    auto* rawSize = c->add_option("--raw-size", args->rawSize, "IN has no header, and this size: WIDTHxHEIGHT")
+}
+
+// What the picture is, and which of its colours go into the file.
+void addInputOptions(CLI::App* c, EncodeArguments& args) {
+    c->add_flag("--gray", args.gray, "store the luma alone");
+    c->add_flag("--rgb", args.options.rgb, "store RGB as it is, not as YCbCr");
+    c->add_flag("--cmyk", args.cmyk, "the 4 channels of IN are CMYK, whatever the file says");
+    c->add_flag("--ycck", args.options.ycck, "store CMYK as YCCK");
+    auto* rawSize = c->add_option("--raw-size", args.rawSize, "IN has no header, and this size: WIDTHxHEIGHT")
                         ->check(CLI::Validator(
                             [](std::string& s) {
                                 int width, height;
                                 return readSize(s, width, height) ? std::string() : "not WIDTHxHEIGHT: " + s;
                             },
                             "WIDTHxHEIGHT"));
-    c->add_option("--format", args->format,
+    c->add_option("--format", args.format,
                   "of IN without a header: bytes of these channels; else rgb, or with --cmyk cmyk")
         ->check(CLI::IsMember(kRawFormats))
         ->needs(rawSize);
+}
+
+void addEncode(CLI::App& app) {
+    auto* c = app.add_subcommand("encode", "Write a picture as a JPEG file");
+    const auto args = std::make_shared<EncodeArguments>();
+    c->add_option("IN", args->in, codecs::kPictureFile)->required();
+    c->add_option("OUT", args->out, "the JPEG file")->required();
+    addCodingOptions(c, *args);
+    addInputOptions(c, *args);
     c->footer("Examples:\n"
               "  zmx jpeg encode photo.png photo.jpg --quality 90\n"
               "  zmx jpeg encode scan.pgm scan.jpg --optimize --restart 64\n"
@@ -255,17 +265,20 @@ void addDecode(CLI::App& app) {
     c->add_option("OUT", args->out, "a " + codecs::kPictureEndings + " file; CMYK goes to .tif or .pam")->required();
     c->add_option("--scale", args->scale, "decode to this part of the size")
         ->capture_default_str()
-        ->check(CLI::IsMember({"1", "1/2", "1/4", "1/8"}));
-    c->add_option("--upsampling", args->upsampling, "of the chroma: plain repetition, or fancy: smoothly")
-        ->capture_default_str()
-        ->check(CLI::IsMember({"plain", "fancy"}));
+        ->check(CLI::IsMember({"1", "1/1", "1/2", "1/4", "1/8"}));
+    auto* upsampling =
+        c->add_option("--upsampling", args->upsampling, "of the chroma: fancy, smoothly, or plain: by repetition")
+            ->capture_default_str()
+            ->check(CLI::IsMember({"fancy", "plain"}));
     auto* format =
         c->add_option(
              "--format", args->format,
              "write OUT without a header, and print its size: rows without gaps of bytes (gray, rgb, bgr, cmyk), "
              "or of 16-bit words, low byte first (the others, the first colour of the name in the low bits)")
             ->check(CLI::IsMember(kRawFormats) | CLI::IsMember(kPackings));
-    c->add_flag("--fast", args->options.fast, "convert colours without rounding: a little faster, up to 2 dB worse");
+    c->add_flag("--fast", args->options.fast,
+                "repeat the chroma and convert colours without rounding: faster, and up to 14 dB worse")
+        ->excludes(upsampling);
     c->add_option("--show-scans", args->scans, "a directory for the picture as it is after each scan")
         ->check(CLI::ExistingDirectory)
         ->excludes(format);

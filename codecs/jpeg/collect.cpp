@@ -26,6 +26,7 @@ public:
         file.model = modelOf(reader.header());
     }
 
+    // Trouble in the first scan is an Error, as nothing is there to be shown; later it is a warning.
     CoefficientFile run(const std::function<void(CoefficientFile&)>& afterScan) {
         int scans = 0;
         try {
@@ -70,6 +71,7 @@ private:
         }
     }
 
+    // The bands and bits that a progressive scan may code (G.1.1.1).
     static void checkProgressive(const Header& h) {
         const Scan& s = h.scan;
         const bool band = s.first == 0 ? s.last == 0 : s.first <= s.last && s.last <= 63 && s.components.size() == 1;
@@ -93,6 +95,7 @@ private:
             warnings.push_back("byte " + std::to_string(h.scanOffset) + ": a scan out of turn");
     }
 
+    // Each visit of a block is paid for: a few bytes can ask for a scan of the whole picture.
     bool affordable() {
         const ScanLayout layout(file.frame, reader.header().scan);
         const std::size_t cost = std::size_t(layout.columns) * std::size_t(layout.rows) * layout.mcu.size();
@@ -105,6 +108,7 @@ private:
         return true;
     }
 
+    // Every scan, sequential or progressive, works on the same blocks.
     template <class Source> void decode() {
         Source source(reader.header(), reader.data());
         decodeScan(

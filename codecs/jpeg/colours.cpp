@@ -76,6 +76,7 @@ template <auto pack, bool RedLow, int GreenBits> JoinRow packerFor(Model model) 
 
 } // namespace
 
+// CMYK that is stored as it is and RGB likewise are only taken apart.
 SplitRow splitterFor(Model model) {
     switch (model) {
     case Model::grey:

@@ -13,6 +13,7 @@ namespace codecs::jpeg {
 
 namespace {
 
+// The last row of MCUs of a reduced picture may hold none of its pixels.
 void giveRow(DecodeRoad& road, RowSink& to) {
     const Band rows = road.unload();
     if (rows.rows > 0) to.write(rows);
@@ -38,6 +39,7 @@ public:
 
 private:
     const Frame& frame() const { return reader.header().frame; }
+    // All that the picture is comes in one scan.
     bool isStraight() const {
         return !frame().progressive() && reader.header().scan.components.size() == frame().components.size();
     }
@@ -101,6 +103,7 @@ private:
         source.finish();
     }
 
+    // Scans that add to each other: the picture is made when all are there, and for those who watch behind each.
     void collected(RowSink& sink) {
         CoefficientFile file = collect(reader, warnings, [&](CoefficientFile& soFar) {
             if (!options.afterScan) return;
@@ -111,6 +114,7 @@ private:
         withInks(sink, [&](RowSink& to) { render(file, to); });
     }
 
+    // Pixels of coefficients, a row of MCUs at a time.
     void render(CoefficientFile& file, RowSink& to) const {
         DequantTables tables;
         for (const QuantTable& table : file.quant) tables.push_back(dequantTableOf(table));

@@ -16,6 +16,7 @@ std::string modeOf(int sof) {
 
 } // namespace
 
+// A file that ends in trouble is described as far as it goes.
 std::string describe(ByteSource& file) {
     std::string log, trouble;
     SegmentReader reader(file, &log);

@@ -14,6 +14,7 @@ namespace codecs::jpeg {
 
 namespace {
 
+// Colours as the file stores them: chroma apart, unless someone wants them as they are.
 Model modelFor(int channels, const EncodeOptions& options) {
     switch (channels) {
     case 1:
@@ -42,6 +43,7 @@ std::vector<Component> componentsWith(const std::vector<Factors>& factors, Model
     return components;
 }
 
+// The frame header to be. Luma has the first quantisation table, chroma the second.
 Frame frameFor(const Shape& shape, Model model, const EncodeOptions& options) {
     Frame frame;
     frame.width = shape.width;
@@ -57,6 +59,7 @@ Frame frameFor(const Shape& shape, Model model, const EncodeOptions& options) {
     return frame;
 }
 
+// What tells a decoder how the components make a colour.
 void writeApplication(Output& out, Model model) {
     switch (model) {
     case Model::grey:
@@ -109,6 +112,7 @@ private:
         out.flush();
     }
 
+    // Row by row: pixels, blocks, bits.
     void writeBlocks(Output& out, BlockWriter& writer, const ScanLayout& layout) {
         McuBlocks room;
         const auto blocks = room.pointers();
@@ -128,12 +132,14 @@ private:
         writer.finishInterval();
     }
 
+    // The pixels of a row of MCUs. A source that runs dry would leave us with those of the row before.
     void loadRow() {
         const Band band = picture.next(8 * frame.vMax);
         if (band.rows < 1) throw Error("the picture has fewer rows than it says");
         road->load(band);
     }
 
+    // By way of the coefficients of the whole picture, which are gone through once to count and once to write.
     void collected(ByteSink& file) {
         CoefficientFile whole(frame);
         whole.model = model;

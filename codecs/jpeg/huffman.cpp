@@ -15,6 +15,7 @@ DecodeSpec decodeSpecOf(const std::optional<HuffmanTable>& table, const char* ki
     return owned;
 }
 
+// Only of tables that are our own: the standard ones, and optimal ones.
 EncodeSpec encodeSpecOf(const HuffmanTable& table) {
     ZmxiEncodeHuffmanSpec* spec = nullptr;
     const ZmxStatus status = zmxiEncodeHuffmanSpecInitAlloc_JPEG_8u(table.bits.data(), table.vals.data(), &spec);

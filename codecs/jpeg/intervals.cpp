@@ -7,6 +7,7 @@ namespace codecs::jpeg {
 
 Intervals::Intervals(const Header& header, ByteSource& s) : file(s), interval(header.restart) {}
 
+// A fresh interval has an empty buffer: what was left of the one before is not looked at again.
 void Intervals::open() {
     complete = ended = lost = false;
     next = stop = start;
@@ -57,6 +58,7 @@ std::size_t Intervals::take(Zmx8u* to, std::size_t room) {
     return plain + (code == 0 ? 2 : 0);
 }
 
+// Passes over what is left of the interval, up to its marker.
 void Intervals::toStop() {
     while (!complete) {
         next = stop;
@@ -108,6 +110,7 @@ void StateReader::begin() {
     if (next == stop) loseAtEnd();
 }
 
+// The library tells of missing bits and of codes that are none.
 bool StateReader::lose(ZmxStatus status) {
     if (status == zmxStsOutOfBufErr)
         loseAtEnd();

@@ -9,6 +9,7 @@ namespace codecs::jpeg {
 
 namespace {
 
+// The coded differences of a scan.
 class DifferenceReader final : public StateReader {
 public:
     DifferenceReader(const Header& header, ByteSource& source)
@@ -85,6 +86,7 @@ struct Lines {
     std::vector<Zmx16s> differences, current, above;
 };
 
+// Scan after scan, each of one component or several (H.2).
 class LosslessDecoding {
 public:
     LosslessDecoding(SegmentReader& r, RowSink& s, Warnings& w)
@@ -112,6 +114,7 @@ public:
     }
 
 private:
+    // The predictor and the point transform stand where other modes have bands and bits (B.2.3).
     LosslessRows rules() const {
         const Header& h = reader.header();
         const Scan& s = h.scan;
@@ -160,6 +163,7 @@ private:
         return firstLost;
     }
 
+    // Room for each component of the scan; those that it has not stay empty.
     static std::vector<Lines> rowsFor(const ScanLayout& layout) {
         std::vector<Lines> parts(kMaxComponents);
         for (const ScanLayout::Part& p : layout.mcu) {

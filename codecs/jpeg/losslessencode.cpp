@@ -10,6 +10,7 @@ namespace codecs::jpeg {
 
 namespace {
 
+// Counts, then writes; both passes make the differences anew, which is cheaper than to keep them.
 class LosslessEncoding {
 public:
     LosslessEncoding(const Picture& p, ByteSink& file, const LosslessRows& r, int restart)
@@ -52,6 +53,7 @@ private:
         std::vector<Zmx16s> current, above, differences;
     };
 
+    // Whether a row is predicted as the first of the picture is: at the start of each interval (H.1.1).
     bool begins(int y) const { return y == 0 || (rowsInInterval && y % rowsInInterval == 0); }
 
     // The differences of a row of each component.
@@ -74,6 +76,7 @@ private:
         }
     }
 
+    // How often each category occurs, in each component.
     void count() {
         std::vector<SymbolCounts> counts(rows.size());
         for (int y = 0; y < picture.shape().height; ++y) {
@@ -85,6 +88,7 @@ private:
         for (std::size_t c = 0; c < rows.size(); ++c) tables[c] = optimalTable(counts[c]);
     }
 
+    // The entropy-coded data.
     void write() {
         std::vector<EncodeSpec> owned;
         const ZmxiEncodeHuffmanSpec* specs[kMaxComponents] = {};

@@ -36,6 +36,7 @@ protected:
     Zmx16s lastDc[kMaxComponents] = {};
 };
 
+// Which symbols a scan has, and how often.
 class Counting final : public Pass {
 public:
     using Pass::Pass;
@@ -66,6 +67,7 @@ private:
     }
 };
 
+// The scan itself, with tables made of what was counted.
 class Writing final : public Pass {
 public:
     Writing(const Scan& s, Output& o) : Pass(s), out(o) {}
@@ -110,6 +112,7 @@ private:
     Output& out;
 };
 
+// Segments around the scans.
 class FileWriter {
 public:
     FileWriter(const CoefficientFile& f, ByteSink& sink) : file(f), frame(f.frame), out(sink) {}
@@ -149,6 +152,7 @@ private:
         return words;
     }
 
+    // False when a coefficient does not fit the scan. Tables that no component of it uses are not written.
     bool scan(const Scan& s) {
         const ScanLayout layout(frame, s);
         Counting counting(s);
@@ -173,6 +177,7 @@ private:
         return encodeSpecOf(t);
     }
 
+    // Takes the blocks of a scan through a pass, in their order, with the ends of its intervals.
     template <class Restart> bool pass(Pass& p, const Scan& s, const ScanLayout& layout, Restart restart) {
         bool sound = true;
         // A band belongs to one component; no other kind of scan has codes to flush.

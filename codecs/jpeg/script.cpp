@@ -38,6 +38,7 @@ int bitsAbove(int limit, int magnitude) {
     return bits;
 }
 
+// The script of most encoders, as far as the coefficients fit it.
 class UsualScript {
 public:
     explicit UsualScript(const CoefficientFile& f) : file(f) {}
@@ -82,6 +83,7 @@ private:
     Script script;
 };
 
+// A script in words, checked as it is read: what it names, what a scan may be, and what scans may follow each other.
 class Parser {
 public:
     Parser(const std::string& t, const Frame& f, Model m) : text(t), frame(f), model(m), low(f.components.size()) {
@@ -133,6 +135,7 @@ private:
         skip();
         return at < text.size() && text[at] >= '0' && text[at] <= '9';
     }
+    // No number of a script comes near to a thousand: larger ones are as wrong as that.
     int integer(const char* what) {
         if (!atNumber()) fault(std::string(what) + " is missing");
         int v = 0;
@@ -141,6 +144,7 @@ private:
         return v;
     }
 
+    // components [: first-last, upper, lower] ;
     Scan scan() {
         std::vector<int> components{integer("a component")};
         while (atNumber()) components.push_back(integer("a component"));
@@ -162,6 +166,7 @@ private:
         return scanOf(components, model, band[0], band[1], band[2], band[3]);
     }
 
+    // What any scan may be (B.2.3, G.1.1.1).
     void check(const Scan& s) {
         int units = 0;
         for (const ScanComponent& c : s.components)
@@ -175,6 +180,7 @@ private:
         for (const ScanComponent& c : s.components) follow(s, low[std::size_t(c.index)]);
     }
 
+    // A first scan of a coefficient has no upper bit, a refinement goes on from the bit that the last one has left.
     void follow(const Scan& s, std::array<int, kBlock>& bits) {
         if (s.first > 0 && bits[0] == kUnseen) fault("AC coefficients ahead of the DC coefficient");
         for (int k = s.first; k <= s.last; ++k) {

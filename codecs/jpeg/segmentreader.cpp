@@ -78,6 +78,7 @@ bool SegmentReader::nextScan() {
     }
 }
 
+// What lies ahead of a marker is passed over: fill bytes, data of a scan that nobody has read, and rubbish.
 int SegmentReader::nextMarker() {
     if (!toMarker(source)) fail(source.position(), "the file ends without an EOI marker");
     at = source.position();
@@ -86,6 +87,7 @@ int SegmentReader::nextMarker() {
     return marker;
 }
 
+// Any segment: its length, and what is in it by its marker. Those that mean nothing here are passed over.
 void SegmentReader::segment(int marker) {
     name = nameOf(marker);
     ByteView all = source.view(2);
@@ -131,6 +133,7 @@ void SegmentReader::note(const std::string& what) {
     if (log) *log += "  " + std::to_string(at) + ": " + what + "\n";
 }
 
+// SOFn (B.2.2). Modes that are not supported are refused by those who decode, so that they can be described.
 void SegmentReader::frame(int marker) {
     if (!head.frame.components.empty()) fault("a second frame header");
     Frame f;
@@ -166,6 +169,7 @@ void SegmentReader::components(Frame& f) {
     f.setMaxima();
 }
 
+// DQT (B.2.4.1): tables of bytes or of words. A table may be given anew between scans; components keep theirs.
 void SegmentReader::quantTables() {
     while (more()) {
         const int which = byte(), wide = which >> 4;
@@ -175,6 +179,7 @@ void SegmentReader::quantTables() {
     }
 }
 
+// DHT (B.2.4.2). Whether the counts make a prefix code shows when a scan asks for the table.
 void SegmentReader::huffmanTables() {
     while (more()) {
         const int which = byte();
@@ -188,6 +193,7 @@ void SegmentReader::huffmanTables() {
     }
 }
 
+// SOS (B.2.3). The numbers are kept as they stand: what they may be differs from mode to mode.
 void SegmentReader::scan() {
     if (head.frame.components.empty()) fault("a scan ahead of the frame header");
     Scan s;
@@ -225,6 +231,7 @@ ScanComponent SegmentReader::scanComponent(const Scan& s) {
     return c;
 }
 
+// APPn and COM, kept whole for files that are made of this one; two of them tell of the colours.
 void SegmentReader::application(int marker) {
     head.application.insert(head.application.end(), {0xFF, std::uint8_t(marker), std::uint8_t((body.size() + 2) >> 8),
                                                      std::uint8_t(body.size() + 2)});

@@ -37,6 +37,7 @@ void writeAdobe(Output& out, int transform) {
     out.byte(transform);
 }
 
+// Tables of words only where an entry needs them: baseline files have none.
 void writeQuantTable(Output& out, int number, const QuantTable& table) {
     const bool words = *std::max_element(table.begin(), table.end()) > 255;
     segment(out, DQT, words ? 129 : 65);

@@ -26,6 +26,7 @@ ZmxStatus cmykToPixels(const Zmx16s* const* planes, Zmx8u* pixels, int step) {
     return zmxStsNoErr;
 }
 
+// Grey and CMYK have no function of the library, all other units have one in each direction.
 const Unit kUnits[] = {
     {Model::grey, 1, 1, greyFromPixels, greyToPixels},
     {Model::yCbCr, 1, 1, zmxiRGBToYCbCr444LS_MCU_8u16s_C3P3R, zmxiYCbCr444ToRGBLS_MCU_16s8u_P3C3R},

@@ -11,6 +11,7 @@ struct Wordwise {
     using Sample = Zmx16u;
     Model model;
 
+    // Samples beyond the largest would overflow the products.
     void split(const Zmx16u* pixels, Zmx16u* const* rows, int width) const {
         const int channels = channelsOf(model);
         if (!isChroma(model, 1)) return splitChannels(pixels, rows, width, channels);
