@@ -24,14 +24,9 @@
 
 namespace zmx::layout {
 
-<<<<<<< HEAD
 // The channels of some pixels side by side.
 constexpr int kRun = 256;    // pixels: those of the largest unit, and few enough for the first-level cache
 constexpr int kUnitRow = 16; // the most pixels in a row of a unit
-=======
-// The channels of some pixels side by side, each a row of its own, in samples of 8 or of 16 bits.
-constexpr int kRun = 256; // pixels: those of the largest unit, and few enough for the first-level cache
->>>>>>> everywhere
 template <class T, int N, int Pixels = kRun> struct Run { alignas(32) T of[N][Pixels]; };
 
 // N rows of samples that make pixels together: row y of N planes, or those of a run.
@@ -130,7 +125,6 @@ template <int C0, int C1, int C2> struct Bytes3 {
         // Four bytes a pixel, then two pixels without the gap between them.
         alignas(16) Zmx8u spaced[4 * kUnitRow];
         for (int x = 0; x < n; ++x) {
-<<<<<<< HEAD
             storeLE(spaced, 2 * x, Zmx16u(run.of[C0][x] | run.of[C1][x] << 8));
             storeLE(spaced, 2 * x + 1, Zmx16u(run.of[C2][x]));
         }
@@ -139,17 +133,6 @@ template <int C0, int C1, int C2> struct Bytes3 {
             const auto pair = loadLE<std::uint64_t>(spaced, i);
             pairs[i] = littleEndian((pair & 0xffffff) | (pair >> 8 & 0xffffff000000));
         }
-=======
-            halves[2 * x] = littleEndian(Zmx16u(run.of[C0][x] | run.of[C1][x] << 8));
-            halves[2 * x + 1] = littleEndian(Zmx16u(run.of[C2][x]));
-        }
-        std::uint64_t pairs[16 / 2];
-        std::memcpy(pairs, halves, std::size_t(4 * n));
-        for (int i = 0; i < n / 2; ++i) {
-            const std::uint64_t bytes = littleEndian(pairs[i]);
-            pairs[i] = littleEndian((bytes & 0xffffff) | (bytes >> 8 & 0xffffff000000));
-        }
->>>>>>> everywhere
         // Each pair overwrites the two bytes too many of the one before; the last has only its six.
         const int last = n / 2 - 1;
         for (int i = 0; i < last; ++i) std::memcpy(pixels + 6 * i, pairs + i, 8);
