@@ -34,7 +34,7 @@ constexpr void toCmyk(const Pixel<4>& ycck, Pixel<4>& cmyk) {
 }
 
 template <class Layout, auto formula, int N> void pixelsRow(Rows<const Zmx8u, N> src, Zmx8u* dst, int width) {
-    using Sample = typename Layout::Put;
+    using Sample = typename Layout::PutSample;
     layout::Run<Sample, N> run;
     for (int x = 0, n; x < width; x += n) {
         n = std::min(layout::kRun, width - x);

@@ -1,27 +1,22 @@
 // pjdecccss.cpp - decoded minimum coded units to pixels: replication, colour, level shift and saturation at once.
 //
 // Each row of chroma is turned into what it adds to the pixels that it covers; each row of luma under it is added, and
-// the channels are packed into pixels. All of it is in 16-bit lanes, eight to a vector: rows are rows of Zmx16s, and
-// pixels are put together of 16-bit halves, the lower byte first as x86 stores them.
-#include "zmxj.h"
-
+// a layout class puts the channels together to pixels. All of it is in 16-bit lanes, eight to a vector.
 #include "pjargs.h"
 #include "pjlayouts.h"
 #include "pjls.h"
 #include "pjmcu.h"
-
-#include <cstdint>
 
 namespace zmx {
 namespace {
 
 // A row of pixels of a unit, or of the chroma elements above them.
 struct Row {
-    alignas(32) Zmx16s at[16];
+    alignas(32) Zmx16s at[layout::kUnitRow];
 };
 
 // Three or four channels of a row of pixels, 0 to 255.
-template <int N> using Channels = layout::Run<Zmx16s, N, 16>;
+template <int N> using Channels = layout::Run<Zmx16s, N, layout::kUnitRow>;
 
 // Each of the eight elements once or twice.
 template <class U> void replicate(const Row& from, Row& to) {
@@ -31,8 +26,8 @@ template <class U> void replicate(const Row& from, Row& to) {
         for (int x = 0; x < 8; ++x) to.at[2 * x] = to.at[2 * x + 1] = from.at[x];
 }
 
-// What one row of chroma adds to one channel: channel = saturate(luma + term + 128), or 255 minus that. The sum of luma and term may need
-// 17 bits, so the luma is first limited to what leads to 0..255; then no lane overflows.
+// What one row of chroma adds to one channel: channel = saturate(luma + term + 128), or 255 minus that for an ink. The
+// sum of luma and term may need 17 bits, so the luma is first limited to what leads to 0..255; then no lane overflows.
 template <bool Inverted> class Term {
     Row low, high, offset;
 

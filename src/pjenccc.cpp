@@ -51,7 +51,7 @@ constexpr void toYcck(const Pixel<4>& cmyk, Pixel<4>& ycck) {
 
 template <class Layout, auto formula, int M> void pixelsRow(const Zmx8u* src, Rows<Zmx8u, M> dst, int width) {
     constexpr int N = Layout::kChannels;
-    using Sample = typename Layout::Got;
+    using Sample = typename Layout::GetSample;
     layout::Run<Sample, N> run;
     for (int x = 0, n; x < width; x += n) {
         n = std::min(layout::kRun, width - x);

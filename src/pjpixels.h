@@ -1,5 +1,4 @@
-// pjpixels.h - what the plane conversions share: a colour formula applied along rows, and bytes of pixels to rows and
-// back.
+// pjpixels.h - what the plane conversions share: a colour formula applied along rows.
 //
 // Two neighbouring samples of a row make one word of 16 bits, and are taken apart and put together by masks and shifts
 // of 16-bit lanes. The compiler vectorises that as it stands; rows of bytes it would first widen and at last narrow,
@@ -8,8 +7,6 @@
 
 #include "pjargs.h"
 #include "pjlayouts.h"
-
-#include <cstdint>
 
 namespace zmx {
 

@@ -134,7 +134,7 @@ private:
 };
 
 struct DecodeArguments {
-    std::string in, out, scale = "1", upsampling = "plain", format, scans;
+    std::string in, out, scale = "1", upsampling = "fancy", format, scans;
     jpeg::DecodeOptions options;
     bool strict = false;
 };
@@ -149,7 +149,7 @@ void decodeTo(codecs::RowSink& sink, const DecodeArguments& args) {
 
 void runDecode(DecodeArguments& args) {
     args.options.scale = args.scale.back() - '0';
-    if (args.upsampling == "fancy") args.options.upsampling = jpeg::Upsampling::smooth;
+    if (args.upsampling == "plain") args.options.upsampling = jpeg::Upsampling::plain;
     if (isIn(kPackings, args.format)) args.options.packing = kPackings.at(args.format);
     int scans = 0;
     if (!args.scans.empty())
@@ -265,17 +265,20 @@ void addDecode(CLI::App& app) {
     c->add_option("OUT", args->out, "a " + codecs::kPictureEndings + " file; CMYK goes to .tif or .pam")->required();
     c->add_option("--scale", args->scale, "decode to this part of the size")
         ->capture_default_str()
-        ->check(CLI::IsMember({"1", "1/2", "1/4", "1/8"}));
-    c->add_option("--upsampling", args->upsampling, "of the chroma: plain repetition, or fancy: smoothly")
-        ->capture_default_str()
-        ->check(CLI::IsMember({"plain", "fancy"}));
+        ->check(CLI::IsMember({"1", "1/1", "1/2", "1/4", "1/8"}));
+    auto* upsampling =
+        c->add_option("--upsampling", args->upsampling, "of the chroma: fancy, smoothly, or plain: by repetition")
+            ->capture_default_str()
+            ->check(CLI::IsMember({"fancy", "plain"}));
     auto* format =
         c->add_option(
              "--format", args->format,
              "write OUT without a header, and print its size: rows without gaps of bytes (gray, rgb, bgr, cmyk), "
              "or of 16-bit words, low byte first (the others, the first colour of the name in the low bits)")
             ->check(CLI::IsMember(kRawFormats) | CLI::IsMember(kPackings));
-    c->add_flag("--fast", args->options.fast, "convert colours without rounding: a little faster, up to 2 dB worse");
+    c->add_flag("--fast", args->options.fast,
+                "repeat the chroma and convert colours without rounding: faster, and up to 14 dB worse")
+        ->excludes(upsampling);
     c->add_option("--show-scans", args->scans, "a directory for the picture as it is after each scan")
         ->check(CLI::ExistingDirectory)
         ->excludes(format);

@@ -43,17 +43,16 @@ struct EncodeOptions {
 void encode(RowSource& picture, ByteSink& file, const EncodeOptions& options = {});
 Bytes encode(const Picture& picture, const EncodeOptions& options = {});
 
-// How chroma of a lower rate is brought to the rate of the picture: by repetition, or smoothly where the ratio is 2 to 1
-// (8-bit files at full size).
-enum class Upsampling { plain, smooth };
+// How chroma of a lower rate is brought to the rate of the picture: smoothly, where the ratio is 2 to 1, or by repetition.
+enum class Upsampling { smooth, plain };
 
 // 16-bit words of red, green and blue, 5 or 6 bits each, the first of the name in the low bits; bit 15 of 555 is 0.
 enum class Packing { none, rgb565, bgr565, rgb555, bgr555 };
 
 struct DecodeOptions {
     int scale = 1; // 1, 2, 4 or 8: the picture is decoded at 1/scale
-    Upsampling upsampling = Upsampling::plain;
-    bool fast = false; // with plain upsampling: colours of 8 bits are converted without rounding where that is faster
+    Upsampling upsampling = Upsampling::smooth;
+    bool fast = false; // chroma is repeated, and 8-bit colours at full size are converted without rounding
     Packing packing = Packing::none; // else the picture has 1 channel of packed words; not of CMYK, 12 bits, lossless
     std::uint64_t maxPixels = kMaxPixels;          // of the picture in the file; more are refused
     std::function<void(const Picture&)> afterScan; // hears of the picture as it is behind each scan

@@ -72,7 +72,7 @@ private:
             : h(c.h), v(c.v), side(sideOf(frame, c, options.scale)), table(t), step(frame.mcuColumns() * h * side),
               width(divUp(frame.width * h * side, frame.hMax * 8)),
               height(divUp(frame.height * v * side, frame.vMax * 8)), hMax(frame.hMax * 8 / options.scale),
-              vMax(frame.vMax * 8 / options.scale), smooth(options.upsampling == Upsampling::smooth),
+              vMax(frame.vMax * 8 / options.scale), smooth(options.upsampling == Upsampling::smooth && !options.fast),
               across(ratio(h * side, hMax)), down(ratio(v * side, vMax)),
               samples(std::size_t(step) * std::size_t(1 + v * side)),
               line(std::size_t(std::max(frame.mcuColumns() * hMax, 4))) {

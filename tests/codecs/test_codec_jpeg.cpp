@@ -165,29 +165,35 @@ TEST(Jpeg, AtQuality100TheCodecIsNearlyLossless) {
     }
 }
 
-// By units, whose conversion drops what is below a whole number, or by planes, which rounds: 4:2:0 takes the former for
-// coarser pictures in any case.
+// By units, whose conversion drops what is below a whole number and repeats the chroma; by planes nothing is dropped.
 TEST(Jpeg, FastDecodingDoesNotRound) {
     for (Sampling sampling : {Sampling::s444, Sampling::s422, Sampling::s420})
-        for (int quality : {50, 90, 92, 95}) {
+        for (int quality : {50, 90, 95}) {
             SCOPED_TRACE(std::to_string(int(sampling)) + " quality " + std::to_string(quality));
             const Bytes file = encode(70, 45, kColour, optionsFor(kColour, quality, sampling));
-            jpeg::DecodeOptions fast;
+            jpeg::DecodeOptions fast, plain;
             fast.fast = true;
-            const Bytes rounded = decode(file).pixels, dropped = decoded(file, fast).pixels;
+            plain.upsampling = jpeg::Upsampling::plain;
+            const Bytes rounded = decoded(file, plain).pixels, dropped = decoded(file, fast).pixels;
             long sum = 0;
             int most = 0;
             for (std::size_t i = 0; i < rounded.size(); ++i) {
                 sum += rounded[i] - dropped[i];
                 most = std::max(most, std::abs(rounded[i] - dropped[i]));
             }
-            if (sampling == Sampling::s420 && quality <= 90) {
-                EXPECT_EQ(rounded, dropped);
-            } else {
-                EXPECT_GT(double(sum) / double(rounded.size()), 0.2);
-                EXPECT_LE(most, 1);
-            }
+            EXPECT_GT(double(sum) / double(rounded.size()), 0.2);
+            EXPECT_LE(most, 1);
         }
+}
+
+// Every value of a flat picture comes back at every size: nothing is cut off.
+TEST(Jpeg, FlatPicturesStayAsTheyAre) {
+    for (int value = 0; value < 256; ++value) {
+        const Bytes pixels(16 * 16, std::uint8_t(value));
+        const Bytes file = jpeg::encode(picture(pixels, 16, 16, 1), optionsFor(kKinds[0], 100));
+        for (int scale : {1, 2, 4, 8})
+            EXPECT_EQ(decode(file, scale).pixels, Bytes(std::size_t(256 / (scale * scale)), std::uint8_t(value)));
+    }
 }
 
 TEST(Jpeg, TheSameBytesFromEveryBuild) {
@@ -208,7 +214,7 @@ TEST(Jpeg, TheSameBytesFromEveryBuild) {
                 for (int scale : {1, 2, 4, 8}) pixels.add(decode(file, scale).pixels);
             }
     EXPECT_EQ(files.get(), 13682673450329735928u);
-    EXPECT_EQ(pixels.get(), 13786376091519180021u);
+    EXPECT_EQ(pixels.get(), 15741795246952625822u);
 }
 
 TEST(Jpeg, ReducedSizes) {
@@ -458,7 +464,8 @@ TEST(Jpeg, EveryTruncation) {
                 rowsBefore = same;
                 const std::size_t at = p.warnings[0].find("rows from ");
                 if (at != std::string::npos) {
-                    EXPECT_GE(same, std::stoul(p.warnings[0].substr(at + 10)));
+                    // The row ahead of what is missing already leans on its chroma.
+                    EXPECT_GE(same + 1, std::stoul(p.warnings[0].substr(at + 10)));
                 }
             }
             EXPECT_GE(rowsBefore, 49u) << "the EOI marker alone is no part of the picture";

@@ -294,19 +294,23 @@ def code_lines(text):
 
 
 def nothing_stands_twice(tree):
+    # Tests have models, which state anew what the code does; so the two are not compared with one another.
+    for folders in (OURS, ("tests/", "bench/", "fuzz/")):
+        yield from repetitions({path: tree[path] for path in sorted(tree) if path.startswith(folders) and is_code(path)})
+
+
+def repetitions(files):
     first_place, last = {}, None
-    for path, text in ours(tree):
+    for path, text in files.items():
         lines = list(code_lines(text))
         for i in range(len(lines) - SAME_LINES + 1):
             key = tuple(line for _, line in lines[i : i + SAME_LINES])
-            place = (path, lines[i][0], i)
-            there, where, at = first_place.setdefault(key, place)
-            overlaps = there == path and i - at < SAME_LINES
-            if (there, where) == place[:2] or overlaps:
-                continue
+            there, where, at = first_place.setdefault(key, (path, lines[i][0], i))
+            if there == path and i - at < SAME_LINES:
+                continue  # itself, or a piece that overlaps it
             # Of a longer piece that stands twice, the beginning is enough.
             if last != (path, i - 1, there, at - 1):
-                yield f"{path}:{place[1]}: stands at {there}:{where} too"
+                yield f"{path}:{lines[i][0]}: stands at {there}:{where} too"
             last = (path, i, there, at)
 
 
