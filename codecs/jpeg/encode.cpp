@@ -119,11 +119,17 @@ private:
         int restarts = 0;
         eachMcu(
             layout.columns, layout.rows, options.restart,
-            [&](int x, int) {
+            [&](int x, int y) {
                 if (x == 0) loadRow();
                 road->mcu(x, blocks.data());
-                for (std::size_t k = 0; k < layout.mcu.size(); ++k)
-                    writer.block(blocks[k], layout.mcu[k].component, isChroma(model, layout.mcu[k].component));
+                for (std::size_t k = 0; k < layout.mcu.size(); ++k) {
+                    const ScanLayout::Part& p = layout.mcu[k];
+                    const int table = isChroma(model, p.component);
+                    if (p.inPicture(frame, x, y))
+                        writer.block(blocks[k], p.component, table);
+                    else
+                        writer.padding(p.component, table);
+                }
             },
             [&] {
                 writer.finishInterval();
