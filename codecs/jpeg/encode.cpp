@@ -194,8 +194,13 @@ void encodeStored(RowSource& picture, ByteSink& file, const EncodeOptions& optio
 } // namespace
 
 void encode(RowSource& picture, ByteSink& file, const EncodeOptions& options) {
+    const Shape& shape = picture.shape();
+    if (shape.alpha) throw Error("a picture with alpha, which a JPEG file does not hold");
+    if (shape.colour == Colour::other && !options.lossless)
+        throw Error("a picture of " + std::to_string(shape.channels) +
+                    " channels that are neither grey, RGB nor CMYK: only lossless files hold such");
     // Adobe's programs store CMYK inverted, and so does everyone else.
-    if (picture.shape().colour != Colour::cmyk) return encodeStored(picture, file, options);
+    if (shape.colour != Colour::cmyk) return encodeStored(picture, file, options);
     const Rows inks = inverted(borrowed(picture));
     encodeStored(*inks, file, options);
 }

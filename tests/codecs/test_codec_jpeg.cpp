@@ -374,6 +374,14 @@ TEST(Jpeg, WhatCannotBeEncodedIsRefused) {
     EXPECT_THROW(jpeg::encode(picture(pixels, 0, 4, 3), o), codecs::Error);
     EXPECT_THROW(jpeg::encode(picture(Bytes(3 * 65536), 1, 65536, 3), o), codecs::Error);
     EXPECT_THROW(jpeg::encode(picture(pixels, 4, 4, 2), o), codecs::Error);
+    EXPECT_THROW(jpeg::encode(codecs::Picture(codecs::shapeOf(4, 4, 5)), o), codecs::Error);
+    for (int channels : {2, 4})
+        for (int lossless : {0, 1}) {
+            o.lossless = lossless;
+            const codecs::Picture alpha(codecs::shapeOf(4, 4, channels));
+            EXPECT_NE(refusalOf([&] { jpeg::encode(alpha, o); }).find("alpha"), std::string::npos);
+        }
+    o.lossless = 0;
     o.quality = 0;
     EXPECT_THROW(jpeg::encode(picture(pixels, 4, 4, 3), o), codecs::Error);
     o.quality = 101;
