@@ -53,6 +53,11 @@ add_test(NAME headers COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_headers.sh
 add_test(NAME symbols COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_symbols.sh
   ${PROJECT_SOURCE_DIR}/include $<TARGET_FILE:zmxjpx> ${CMAKE_C_COMPILER})
 
+# The form of the sources, and the script that checks the other rules of CONTRIBUTING.md, on made-up trees.
+add_test(NAME format COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_format.sh ${PROJECT_SOURCE_DIR})
+set_tests_properties(format PROPERTIES SKIP_RETURN_CODE 77)
+add_test(NAME rules.selftest COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/test_rules.py)
+
 # The example of the README.
 separate_arguments(zmx_example_flags UNIX_COMMAND "${CMAKE_C_FLAGS}")
 if(ZMX_SANITIZE)
@@ -70,4 +75,13 @@ if(TARGET zmx)
     # 77: a program that the check needs is not there.
     set_tests_properties(command.${name} PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 900)
   endforeach()
+endif()
+
+# Installing from a fresh folder, and consumers of what is there; once, in the plain release build for this machine.
+if(CMAKE_BUILD_TYPE STREQUAL "Release" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT CMAKE_CXX_FLAGS MATCHES "-m32"
+    AND NOT CMAKE_CROSSCOMPILING AND TARGET zmx)
+  add_test(NAME install COMMAND ${PROJECT_SOURCE_DIR}/tests/install/check_install.sh ${PROJECT_SOURCE_DIR})
+  set_tests_properties(install PROPERTIES TIMEOUT 1800)
+  add_test(NAME abi COMMAND ${PROJECT_SOURCE_DIR}/tests/install/check_abi.sh ${PROJECT_SOURCE_DIR})
+  set_tests_properties(abi PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 1800)
 endif()

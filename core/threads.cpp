@@ -12,6 +12,8 @@
 #include <sstream>
 #include <unistd.h>
 
+using namespace zmx;
+
 int ownGetNumThreads(void) {
     static const int count = [] {
         const int quota = quotaOfCgroup("/sys/fs/cgroup", [] {
@@ -24,6 +26,7 @@ int ownGetNumThreads(void) {
     return count;
 }
 
+namespace zmx {
 namespace {
 
 std::string textOf(const std::string& path) {
@@ -87,3 +90,5 @@ int affinityCount() {
     }
     return int(std::max(sysconf(_SC_NPROCESSORS_ONLN), 1L));
 }
+
+} // namespace zmx

@@ -3,6 +3,8 @@
 
 #include <string>
 
+namespace zmx {
+
 // The CPU quota that a control group's files grant, in whole processors rounded up, or 0 for no limit.
 // `cpuMax` is the text of cgroup v2's cpu.max ("QUOTA PERIOD" or "max PERIOD").
 int quotaFromCpuMax(const std::string& cpuMax);
@@ -13,3 +15,5 @@ int quotaOfCgroup(const std::string& root, const std::string& procSelfCgroup);
 
 // Processors in the affinity mask of this process, at least 1.
 int affinityCount();
+
+} // namespace zmx

@@ -5,7 +5,7 @@
 
 namespace {
 constexpr std::size_t kAlignment = 64; // a cache line
-}
+} // namespace
 
 void* zmxMalloc(int len) {
     if (len < 1) return nullptr;

@@ -3,6 +3,8 @@
 
 #include <cstdlib>
 
+using namespace codecs;
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     jpeg2000::DecodeOptions options;
     options.maxPixels = 1 << 14;
@@ -10,17 +12,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     options.layers = size % 7 == 0 ? int(size / 7 % 3) : 0;
     options.threads = 1;
     try {
-        const jpeg2000::Picture p = jpeg2000::decode(data, size, options);
+        const jpeg2000::PlanarPicture p = jpeg2000::decode({data, size}, options);
         for (const jpeg2000::Component& c : p.components) {
             if (c.samples.size() != std::size_t(c.width) * std::size_t(c.height)) std::abort();
             for (const std::int32_t v : c.samples)
                 if (v < c.smallest() || v > c.largest()) std::abort();
         }
-    } catch (const jpeg2000::Error&) {
+    } catch (const Error&) {
     }
     try {
-        jpeg2000::describe(data, size);
-    } catch (const jpeg2000::Error&) {
+        jpeg2000::describe({data, size});
+    } catch (const Error&) {
     }
     return 0;
 }

@@ -18,6 +18,7 @@
 #define ZMXJ_H
 
 #include "zmxj/types.h"
+#include "zmxj_version.h"
 
 #include "zmxj/codeblock.h"
 #include "zmxj/colour.h"

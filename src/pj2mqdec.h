@@ -4,6 +4,8 @@
 
 #include "pj2mqprobest.h"
 
+namespace zmx {
+
 struct MQDecoderState {
     const Zmx8u* pData;         // the codeword segment
     int dataLen;                // its length; zero or negative reads as empty
@@ -29,15 +31,17 @@ int mqDecoderCheckErrPredTerm(MQDecoderState* state);
 // Returns all contexts to their initial states.
 void mqDecoderResetCtx(MQDecoderState* state);
 
+namespace mq {
+
 // The bytes of an MQ segment. Behind its end there are 0xFF bytes, which look like a marker: nothing is read
 // there.
-class MqBytes {
+class Bytes {
     const Zmx8u* data;
     int len, pos;
     Zmx32u marker;
 
 public:
-    explicit MqBytes(const MQDecoderState& s) : data(s.pData), len(s.dataLen), pos(s.bytePos), marker(s.markerFound) {}
+    explicit Bytes(const MQDecoderState& s) : data(s.pData), len(s.dataLen), pos(s.bytePos), marker(s.markerFound) {}
     void save(MQDecoderState& s) const {
         s.bytePos = pos;
         s.markerFound = marker;
@@ -75,29 +79,29 @@ private:
 // The interval stands in the upper half of its word, as the comparable part of the code register does. A
 // decision is the MPS and changes nothing but the interval exactly when areg - Qe is above creg and still
 // normalised. `floor` is both bounds in one; it moves only on a renormalisation.
-class MqDecoder {
+class Decoder {
     MQDecoderState& state;
-    MqBytes bytes;
+    Bytes bytes;
     Zmx32u areg, creg, floor;
     int ct;
 
 public:
-    explicit MqDecoder(MQDecoderState& s) : state(s), bytes(s), areg(s.areg << 16), creg(s.creg), ct(int(s.ct)) {
+    explicit Decoder(MQDecoderState& s) : state(s), bytes(s), areg(s.areg << 16), creg(s.creg), ct(int(s.ct)) {
         setFloor();
     }
-    ~MqDecoder() {
+    ~Decoder() {
         bytes.save(state);
         state.areg = areg >> 16;
         state.creg = creg;
         state.ct = Zmx32u(ct);
     }
-    MqDecoder(const MqDecoder&) = delete;
-    MqDecoder& operator=(const MqDecoder&) = delete;
+    Decoder(const Decoder&) = delete;
+    Decoder& operator=(const Decoder&) = delete;
 
-    [[gnu::always_inline]] Zmx32u decode(MqContext& context) {
-        const MqContext c = context;
-        areg -= mqQe(c);
-        return areg > floor ? mqMps(c) : adapt(context, c);
+    [[gnu::always_inline]] Zmx32u decode(Context& context) {
+        const Context c = context;
+        areg -= qeOf(c);
+        return areg > floor ? mpsOf(c) : adapt(context, c);
     }
 
 private:
@@ -105,16 +109,16 @@ private:
 
     // All other outcomes: a renormalisation follows. Which of the four exchanges it is cannot be foretold, so
     // it is worked out without branches.
-    [[gnu::always_inline]] Zmx32u adapt(MqContext& context, MqContext c) {
-        const Zmx32u qe = mqQe(c);
+    [[gnu::always_inline]] Zmx32u adapt(Context& context, Context c) {
+        const Zmx32u qe = qeOf(c);
         const Zmx32u upper = -Zmx32u(creg < areg); // a mask: the code is in the upper part of the interval
         const Zmx32u isLps = (upper + 1) ^ Zmx32u(areg < qe);
-        context = mqNext(c, isLps);
+        context = nextOf(c, isLps);
         creg = creg - areg + (areg & upper);
         areg = qe ^ ((areg ^ qe) & upper);
         renormalise();
         setFloor();
-        return mqMps(c) ^ isLps;
+        return mpsOf(c) ^ isLps;
     }
 
     [[gnu::always_inline]] void renormalise() {
@@ -129,3 +133,6 @@ private:
         ct -= shifts;
     }
 };
+
+} // namespace mq
+} // namespace zmx

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <bit>
 
+namespace zmx {
 namespace {
 
 // The caller's buffer for one call.
@@ -49,7 +50,7 @@ constexpr int kBytesOfDecision = 3;
 // An MPS that needs no renormalisation takes Qe from areg and adds it to creg, so the upper end of the
 // interval, their sum, stays. It is held here in creg's place: the common decision works on areg alone.
 Zmx8u* codeDecisions(EncCoderState& s, Zmx8u* out, const Zmx8u* stop) {
-    MqContexts contexts(s.ctxState, s.ctxMPS);
+    mq::Contexts contexts(s.ctxState, s.ctxMPS);
     Zmx32u areg = s.areg;
     Zmx32u top = s.creg + s.areg;
     Zmx32u curByte = s.curByte;
@@ -60,10 +61,10 @@ Zmx8u* codeDecisions(EncCoderState& s, Zmx8u* out, const Zmx8u* stop) {
     const Zmx8u* context = s.pPassContexts + s.passDecisionPos;
     const Zmx8u* const end = s.pPassDecisions + s.passDecisionCount;
     while (decision != end) {
-        MqContext& held = contexts.at[*context++];
-        const MqContext c = held;
-        const Zmx32u isLps = mqMps(c) ^ *decision++;
-        const Zmx32u qe = mqQe(c) >> 16;
+        mq::Context& held = contexts.at[*context++];
+        const mq::Context c = held;
+        const Zmx32u isLps = mq::mpsOf(c) ^ *decision++;
+        const Zmx32u qe = mq::qeOf(c) >> 16;
         areg -= qe;
         if (areg >> 15 > isLps) continue; // an MPS, and still normalised
 
@@ -71,7 +72,7 @@ Zmx8u* codeDecisions(EncCoderState& s, Zmx8u* out, const Zmx8u* stop) {
         const Zmx32u lower = -(Zmx32u(areg < qe) ^ isLps); // a mask: the interval becomes its lower part
         top -= areg & lower;
         areg ^= (areg ^ qe) & lower;
-        held = mqNext(c, isLps);
+        held = mq::nextOf(c, isLps);
 
         int shifts = std::countl_zero(areg) - 16;
         if (shifts < ct) {
@@ -84,7 +85,7 @@ Zmx8u* codeDecisions(EncCoderState& s, Zmx8u* out, const Zmx8u* stop) {
             areg <<= ct;
             Zmx32u creg = (top << ct) - areg;
             shifts -= ct;
-            ct = mqByteOut(creg, curByte, [&](Zmx32u byte) {
+            ct = mq::byteOut(creg, curByte, [&](Zmx32u byte) {
                 *out = Zmx8u(byte);
                 out += kept;
                 kept = 1;
@@ -146,7 +147,9 @@ void codeRaw(EncCoderState& s, Output& output) {
 
 } // namespace
 
-void mqEncoderStart(EncCoderState* state) {
+namespace mq {
+
+void initEnc(EncCoderState* state) {
     state->areg = 0x8000;
     state->creg = 0;
     state->ct = 12;
@@ -154,6 +157,8 @@ void mqEncoderStart(EncCoderState* state) {
     state->bytesOut = state->fifoCount = state->fifoRead = 0;
     state->dropFirstByte = 1;
 }
+
+} // namespace mq
 
 int decEncoderEncode(EncCoderState* state, Zmx8u* pDst, int* pLen) {
     Output output(*state, pDst, pLen);
@@ -170,10 +175,10 @@ int decEncoderMQEncodeAndTerminate(EncCoderState* state, Zmx8u* pDst, int* pLen)
     if (decisionsLeft(*state)) return 1;
     if (state->mqPending) {
         if (output.space() < 1) return 1;
-        mqEncoderTerminate(state);
+        mq::terminate(state);
     }
     if (!output.drain()) return 1;
-    mqEncoderStart(state);
+    mq::initEnc(state);
     return 0;
 }
 
@@ -189,3 +194,5 @@ int rawEncodeAndTerminate(EncCoderState* state, Zmx8u* pDst, int* pLen) {
 }
 
 bool rawBitsPending(const EncCoderState* state) { return state->rawBitPos != (state->rawLastFF ? 6 : 7); }
+
+} // namespace zmx

@@ -3,6 +3,7 @@
 
 #include <cassert>
 
+namespace zmx::mq {
 namespace {
 
 void push(EncCoderState& s, Zmx32u byte) {
@@ -12,7 +13,7 @@ void push(EncCoderState& s, Zmx32u byte) {
 
 void byteOut(EncCoderState& s) {
     s.creg <<= s.ct;
-    s.ct = mqByteOut(s.creg, s.curByte, [&s](Zmx32u byte) { push(s, byte); });
+    s.ct = mq::byteOut(s.creg, s.curByte, [&s](Zmx32u byte) { push(s, byte); });
     ++s.bytesOut;
 }
 
@@ -114,7 +115,7 @@ private:
 
 } // namespace
 
-void mqEncoderTerminate(EncCoderState* state) {
+void terminate(EncCoderState* state) {
     switch (state->mqTermType) {
     case ZMX_MQ_TERM_EASY:
         terminateEasily(*state);
@@ -127,3 +128,5 @@ void mqEncoderTerminate(EncCoderState* state) {
     }
     state->mqPending = 0;
 }
+
+} // namespace zmx::mq

@@ -7,6 +7,8 @@
 
 #include <cstdlib>
 
+namespace zmx {
+
 // How many bits the magnitude of v takes (ITU-T T.81, table F.1); 16 for -32768 and for the widest DC
 // differences.
 inline int category(int v) {
@@ -94,3 +96,5 @@ inline ZmxStatus writeCoded(const ZmxiEncodeHuffmanSpec& table, int symbol, int 
 // Fills the last byte with one-bits, drops those that are too many, and initialises the state whatever the
 // write says.
 ZmxStatus flushWriter(Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos, ZmxiEncodeHuffmanState* pEncHuffState);
+
+} // namespace zmx

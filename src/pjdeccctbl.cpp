@@ -1,6 +1,8 @@
 // pjdeccctbl.cpp - the fixed-point tables of the plane conversions from YCbCr.
 #include "pjdeccctbl.h"
 
+namespace zmx {
+
 constexpr std::array<Zmx32s, 256> cr_r_tbl =
     tableOf<256>([](int i) { return (91881 * (i - 128) + 32768) >> 16; }); // 1.402
 constexpr std::array<Zmx32s, 256> cb_b_tbl =
@@ -14,3 +16,5 @@ static_assert(cb_b_tbl[0] == -227 && cb_b_tbl[127] == -2 && cb_b_tbl[128] == 0 &
               cb_b_tbl[255] == 225);
 static_assert(cr_g_tbl[0] == 5990656 && cr_g_tbl[129] == -46802 && cr_g_tbl[255] == -5943854);
 static_assert(cb_g_tbl[0] == 2919680 && cb_g_tbl[128] == 32768 && cb_g_tbl[255] == -2831590);
+
+} // namespace zmx

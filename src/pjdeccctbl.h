@@ -7,4 +7,8 @@
 #include "pjtable.h"
 #include "zmxj.h"
 
+namespace zmx {
+
 extern const std::array<Zmx32s, 256> cr_r_tbl, cb_b_tbl, cr_g_tbl, cb_g_tbl;
+
+} // namespace zmx

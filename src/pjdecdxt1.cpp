@@ -8,6 +8,7 @@
 #include "pjdecdxt1tbl.h"
 #include "pjdxtwalk.h"
 
+namespace zmx {
 namespace {
 
 using Word = std::uint64_t;
@@ -47,7 +48,7 @@ static_assert(std::all_of(kModes, kModes + 8, [](Mode m) { return m.index2At() +
 struct Bits {
     Word lo, hi;
 
-    explicit Bits(const Zmx8u* pBlock) : lo(load<Word>(pBlock, 0)), hi(load<Word>(pBlock, 1)) {}
+    explicit Bits(const Zmx8u* pBlock) : lo(loadLE<Word>(pBlock, 0)), hi(loadLE<Word>(pBlock, 1)) {}
 
     template <int At, int Count> Word get() const {
         constexpr Word mask = Count == 64 ? ~Word(0) : (Word(1) << (Count % 64)) - 1;
@@ -123,7 +124,7 @@ void interpolateRotated(const Zmx32u* pIndexesA, const Zmx32u* pIndexesB, const 
     Zmx32u paletteA[1 << BitsA], paletteB[1 << BitsB];
     makePalette<BitsA>(ends[0], ends[1], ends[2], ends[3], paletteA);
     makePalette<BitsB>(ends[0], ends[1], ends[2], ends[3], paletteB);
-    const Zmx32u maskB = 0xFFu << 8 * channelB;
+    const Zmx32u maskB = littleEndian(0xFFu << 8 * channelB); // palettes hold bytes in memory order
     for (Zmx32u& p : paletteA) p &= ~maskB;
     for (Zmx32u& p : paletteB) p &= maskB;
     for (int y = 0; y < 4; ++y)
@@ -192,10 +193,15 @@ template <Mode M> void decodeMode(const Zmx8u* pBlock, Zmx8u* pOut, std::size_t 
 }
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiTextureDecodeBlockToRGBA_BC7_8u_C1C4R(const Zmx8u* pSrc, Zmx8u* pDst, Zmx32u dstStep, ZmxiSize roiSize) {
     return decodeSurface<16>(pSrc, pDst, dstStep, roiSize, decode_block_bc7_rgba);
 }
+
+namespace zmx {
 
 const Zmx8u* decode_block_bc7_rgba(const Zmx8u* pBlock, Zmx8u* pOut, std::size_t outStep) {
     switch (modeMap[pBlock[0]]) {
@@ -259,3 +265,5 @@ void block_interpolate_multi_subsets_rgba(const Zmx32u* pIndexes, const Zmx32u* 
                                           std::size_t outStep) {
     interpolate<2, 2>(pIndexes, pR, pG, pB, pA, pSubsets, pOut, outStep);
 }
+
+} // namespace zmx

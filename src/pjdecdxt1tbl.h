@@ -6,6 +6,8 @@
 
 #include <bit>
 
+namespace zmx {
+
 // The mode of a block by its first byte: the number of zeros below its lowest set bit, and 8, no mode, for 0.
 inline constexpr auto modeMap = tableOf<256>([](int i) { return i ? Zmx32u(std::countr_zero(unsigned(i))) : 8u; });
 static_assert(modeMap[0] == 8 && modeMap[1] == 0 && modeMap[0x80] == 7 && modeMap[0xC0] == 6);
@@ -196,3 +198,5 @@ inline constexpr Zmx16u interW2[4] = {0, 21, 43, 64};
 inline constexpr Zmx16u interW3[8] = {0, 9, 18, 27, 37, 46, 55, 64};
 inline constexpr Zmx16u interW4[16] = {0, 4, 9, 13, 17, 21, 26, 30, 34, 38, 43, 47, 51, 55, 60, 64};
 inline constexpr const Zmx16u* interW[3] = {interW2, interW3, interW4}; // by the bits of the index, less 2
+
+} // namespace zmx

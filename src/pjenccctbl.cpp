@@ -1,6 +1,7 @@
 // pjenccctbl.cpp - the fixed-point table of the plane conversions to YCbCr.
 #include "pjenccctbl.h"
 
+namespace zmx {
 namespace {
 struct Line {
     Zmx32s factor, term;
@@ -24,3 +25,5 @@ static_assert(cc_table[255] == 4996725 && cc_table[511] == 9809850 && cc_table[7
               cc_table[1023] == -2820045);
 static_assert(cc_table[1279] == -5535795 && cc_table[1535] == 16777215 && cc_table[1791] == -6996945 &&
               cc_table[2047] == -1358895);
+
+} // namespace zmx

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+namespace zmx {
 namespace {
 
 ZmxStatus encodeDifference(int v, const ZmxiEncodeHuffmanSpec& table, BitWriter& out) {
@@ -41,6 +42,9 @@ struct Row {
 constexpr int kWorstDifference = 8;
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiEncodeHuffmanOne_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos,
                                              const ZmxiEncodeHuffmanSpec* pEncHuffTable,

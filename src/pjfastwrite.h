@@ -6,6 +6,8 @@
 #include "pjwords.h"
 #include "pjwrap.h"
 
+namespace zmx {
+
 // Above what is pending the register keeps what has been written, so that a bit writer's, which keeps the
 // last byte above its own pending bits, can be read off it.
 class FastWriter {
@@ -69,3 +71,5 @@ public:
         return to;
     }
 };
+
+} // namespace zmx

@@ -12,15 +12,17 @@
 
 namespace {
 
+namespace jpeg2000 = codecs::jpeg2000;
+using codecs::Error;
 using jpeg2000::Component;
-using jpeg2000::Picture;
+using jpeg2000::PlanarPicture;
 
 // An Error of the codec, with the name of the file ahead of it.
 template <class Call> auto naming(const std::string& path, Call call) {
     try {
         return call();
-    } catch (const jpeg2000::Error& e) {
-        throw jpeg2000::Error(path + ": " + e.what());
+    } catch (const Error& e) {
+        throw Error(path + ": " + e.what());
     }
 }
 
@@ -39,7 +41,7 @@ void fromYcc(Image& image) {
 
 // Components of any size and sign as channels of one: repeated where they are subsampled, moved up where they are
 // signed, scaled up to the deepest. More than four, or three of five, do not fit a picture file: the first ones do.
-Image toImage(const Picture& picture) {
+Image toImage(const PlanarPicture& picture) {
     const auto& all = picture.components;
     const int channels = int(std::min<std::size_t>(all.size(), 4));
     int width = 0, height = 0, depth = 1, dx = 255, dy = 255;
@@ -68,7 +70,7 @@ Image toImage(const Picture& picture) {
             }
         }
     }
-    if (picture.colour == jpeg2000::Colour::sYcc && channels == 3) fromYcc(image);
+    if (picture.colour == jpeg2000::ColourSpace::sYcc && channels == 3) fromYcc(image);
     return image;
 }
 
@@ -82,8 +84,8 @@ struct EncodeArguments {
          causal = false, predictable = false, symbols = false;
 };
 
-Picture toPicture(const Image& image, const EncodeArguments& args) {
-    Picture picture;
+PlanarPicture toPicture(const Image& image, const EncodeArguments& args) {
+    PlanarPicture picture;
     const int depth = std::bit_width(unsigned(image.maxval));
     const int dx = args.sampling.empty() ? 1 : args.sampling[0], dy = args.sampling.empty() ? 1 : args.sampling[1];
     if (!args.origin.empty()) {
@@ -145,9 +147,9 @@ void runEncode(EncodeArguments& args) {
         if (p[5] < 0 || p[5] > 4) throw Error("a progression change of an unknown order");
         o.changes.push_back({p[0], p[1], p[2], p[3], p[4], Progression(p[5])});
     }
-    o.style = (args.bypass ? styleBypass : 0u) | (args.reset ? styleReset : 0u) |
-              (args.terminate ? styleTerminateAll : 0u) | (args.causal ? styleCausal : 0u) |
-              (args.predictable ? stylePredictable : 0u) | (args.symbols ? styleSegmentation : 0u);
+    o.style = (args.bypass ? kStyleBypass : 0u) | (args.reset ? kStyleReset : 0u) |
+              (args.terminate ? kStyleTerminateAll : 0u) | (args.causal ? kStyleCausal : 0u) |
+              (args.predictable ? kStylePredictable : 0u) | (args.symbols ? kStyleSegmentation : 0u);
     o.jp2 = args.out.size() < 4 || args.out.substr(args.out.size() - 4) == ".jp2";
     const Image image = readImage(args.in);
     writeBytes(args.out, naming(args.in, [&] { return jpeg2000::encode(toPicture(image, args), o); }));
@@ -160,16 +162,16 @@ struct DecodeArguments {
 };
 void runDecode(const DecodeArguments& args) {
     const std::vector<std::uint8_t> file = readBytes(args.in);
-    const Picture picture = naming(args.in, [&] { return jpeg2000::decode(file.data(), file.size(), args.options); });
+    const PlanarPicture picture = naming(args.in, [&] { return jpeg2000::decode(file, args.options); });
     writeImage(args.out, toImage(picture));
     for (const std::string& w : picture.warnings)
         std::fprintf(stderr, "zmx: %s: warning: %s\n", args.in.c_str(), w.c_str());
-    if (args.strict && !picture.warnings.empty()) throw jpeg2000::Error(args.in + ": not a sound file");
+    if (args.strict && !picture.warnings.empty()) throw Error(args.in + ": not a sound file");
 }
 
 void runInfo(const std::string& in) {
     const std::vector<std::uint8_t> file = readBytes(in);
-    const std::string text = naming(in, [&] { return jpeg2000::describe(file.data(), file.size()); });
+    const std::string text = naming(in, [&] { return jpeg2000::describe(file); });
     std::fputs(text.c_str(), stdout);
 }
 

@@ -1,23 +1,23 @@
 // bits.h - the bits of packet headers (B.10.1): a byte behind 0xFF has seven.
 #pragma once
 
-#include "codecs/jpeg2000/bytes.h"
+#include "codecs/jpeg2000/numbers.h"
 
-namespace jpeg2000 {
+namespace codecs::jpeg2000 {
 
 class BitReader {
-    Span span;
+    ByteView bytes;
     std::size_t pos = 0;
     unsigned byte = 0;
     int left = 0; // unread bits of `byte`
 
 public:
-    explicit BitReader(Span s) : span(s) {}
+    explicit BitReader(ByteView header) : bytes(header) {}
     bool bit() {
         if (left == 0) {
-            if (pos == span.size) throw Error("a packet header ends early");
+            if (pos == bytes.size()) throw Error("a packet header ends early");
             left = byte == 0xFF ? 7 : 8;
-            byte = span.data[pos++];
+            byte = bytes[pos++];
         }
         return byte >> --left & 1;
     }
@@ -28,13 +28,13 @@ public:
     }
     // Ends the header: the byte of zeros that must follow a last 0xFF goes too. Tells how many bytes it took.
     std::size_t finish() {
-        if (byte == 0xFF && pos < span.size) ++pos;
+        if (byte == 0xFF && pos < bytes.size()) ++pos;
         return pos;
     }
 };
 
 class BitWriter {
-    std::vector<std::uint8_t>& out;
+    Bytes& out;
     unsigned byte = 0;
     int free = 8;
 
@@ -45,7 +45,7 @@ class BitWriter {
     }
 
 public:
-    explicit BitWriter(std::vector<std::uint8_t>& bytes) : out(bytes) {}
+    explicit BitWriter(Bytes& to) : out(to) {}
     void bit(bool b) {
         byte |= unsigned(b) << --free;
         if (free == 0) push();
@@ -59,4 +59,4 @@ public:
     }
 };
 
-} // namespace jpeg2000
+} // namespace codecs::jpeg2000

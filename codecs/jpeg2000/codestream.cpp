@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-namespace jpeg2000 {
+namespace codecs::jpeg2000 {
 
 namespace {
 
@@ -20,30 +20,30 @@ Segment readSegment(ByteReader& in) {
 
 // The packet headers that PPM segments hold for the tile-parts, one after the other (A.7.4).
 class PackedMain {
-    std::vector<std::uint8_t> joined;
+    Bytes joined;
     std::size_t pos = 0;
 
 public:
     explicit PackedMain(const std::vector<Segment>& segments) {
-        std::vector<std::pair<int, Span>> parts;
+        std::vector<std::pair<int, ByteView>> parts;
         for (const Segment& s : segments)
-            if (s.marker == PPM && s.content.size >= 1)
-                parts.push_back({s.content.data[0], {s.content.data + 1, s.content.size - 1}});
+            if (s.marker == PPM && !s.content.empty()) parts.push_back({s.content[0], s.content.subspan(1)});
         std::stable_sort(parts.begin(), parts.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
-        for (const auto& p : parts) joined.insert(joined.end(), p.second.data, p.second.data + p.second.size);
+        for (const auto& p : parts) joined.insert(joined.end(), p.second.begin(), p.second.end());
     }
     bool used() const { return !joined.empty(); }
-    std::vector<std::uint8_t> next() {
-        ByteReader in({joined.data() + pos, joined.size() - pos}, "PPM");
+    Bytes next() {
+        ByteReader in(ByteView(joined).subspan(pos), "PPM");
         const std::uint32_t n = in.u32();
-        const Span s = in.take(n);
+        const ByteView part = in.take(n);
         pos += 4 + n;
-        return {s.data, s.data + s.size};
+        return {part.begin(), part.end()};
     }
 };
 
 // One tile-part from its SOT on.
-void readTilePart(ByteReader& in, Span file, std::size_t begin, Segment sot, Codestream& stream, PackedMain& packed) {
+void readTilePart(ByteReader& in, ByteView file, std::size_t begin, Segment sot, Codestream& stream,
+                  PackedMain& packed) {
     ByteReader head(sot.content, "SOT");
     const int index = head.u16();
     const std::uint32_t length = head.u32();
@@ -58,12 +58,12 @@ void readTilePart(ByteReader& in, Span file, std::size_t begin, Segment sot, Cod
     }
     // A length of 0 stands for all that is left.
     const std::size_t from = in.position();
-    std::size_t to = length == 0 ? file.size : begin + length;
-    if (length == 0 && file.size >= from + 2 && file.data[file.size - 2] == 0xFF && file.data[file.size - 1] == 0xD9)
-        to -= 2;
+    const std::size_t end = file.size();
+    std::size_t to = length == 0 ? end : begin + length;
+    if (length == 0 && end >= from + 2 && file[end - 2] == 0xFF && file[end - 1] == 0xD9) to -= 2;
     if (to < from) throw Error("a tile-part that is shorter than its header");
-    const bool cut = to > file.size;
-    to = std::min(to, file.size);
+    const bool cut = to > end;
+    to = std::min(to, end);
     tile.bodies.push_back(in.take(to - from));
     if (packed.used()) tile.packedHeaders.push_back(packed.next());
     if (cut) throw Error("the file ends within tile " + std::to_string(index));
@@ -71,10 +71,10 @@ void readTilePart(ByteReader& in, Span file, std::size_t begin, Segment sot, Cod
 
 } // namespace
 
-Codestream readCodestream(Span file, std::size_t maxPixels) {
+Codestream readCodestream(ByteView file, std::size_t maxPixels) {
     Codestream stream;
     ByteReader in(file, "the file");
-    if (file.size < 2 || in.u16() != SOC) throw Error("not a JPEG2000 codestream");
+    if (file.size() < 2 || in.u16() != SOC) throw Error("not a JPEG2000 codestream");
     Segment s = readSegment(in);
     if (s.marker != SIZ) throw Error("no SIZ segment behind SOC");
     stream.size = readSiz(s.content, maxPixels);
@@ -116,4 +116,4 @@ HeaderSet tileHeaders(const Codestream& stream, const TileData& tile) {
     return headers;
 }
 
-} // namespace jpeg2000
+} // namespace codecs::jpeg2000

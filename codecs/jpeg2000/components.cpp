@@ -5,13 +5,13 @@
 
 #include <algorithm>
 
-namespace jpeg2000 {
+namespace codecs::jpeg2000 {
 
 namespace {
 
 // Fraction bits that the fixed-point ICT has room for: its sums hold samples of 16 bits with sign.
-constexpr int colourFraction = 7;
-constexpr int fixedDepth = 8; // deeper samples take the road in floating point
+constexpr int kColourFraction = 7;
+constexpr int kFixedDepth = 8; // deeper samples take the road in floating point
 
 std::int32_t scaledDown(std::int32_t v, int bits) {
     return bits == 0 ? v : std::int32_t(std::uint32_t(v) + (1u << (bits - 1))) >> bits;
@@ -22,8 +22,8 @@ void irreversible(std::vector<Plane>& planes, int depth, Fixed fixed, Float floa
     const ZmxiSize size{planes[0].width, planes[0].height};
     const std::size_t count = planes[0].samples.size();
     const int fraction = waveletFraction(depth);
-    if (depth <= fixedDepth) {
-        const int shift = fraction - colourFraction;
+    if (depth <= kFixedDepth) {
+        const int shift = fraction - kColourFraction;
         for (int c = 0; c < 3; ++c)
             for (std::int32_t& v : planes[std::size_t(c)].samples) v = scaledDown(v, shift);
         Zmx32s* const p[3] = {planes[0].at(0, 0), planes[1].at(0, 0), planes[2].at(0, 0)};
@@ -80,4 +80,4 @@ void fromPlane(Plane& plane, Component& to, int x, int y, int fraction) {
     }
 }
 
-} // namespace jpeg2000
+} // namespace codecs::jpeg2000

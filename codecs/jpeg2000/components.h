@@ -4,7 +4,7 @@
 
 #include "codecs/jpeg2000/wavelet.h"
 
-namespace jpeg2000 {
+namespace codecs::jpeg2000 {
 
 // Fixed point of a tile-component: none on the reversible road, fraction bits on the other.
 constexpr int planeFraction(bool reversible, int depth) { return reversible ? 0 : waveletFraction(depth); }
@@ -18,4 +18,4 @@ void toPlane(const Component& from, int x, int y, Plane& plane, int fraction);
 // And back, rounded and limited to what the depth can hold.
 void fromPlane(Plane& plane, Component& to, int x, int y, int fraction);
 
-} // namespace jpeg2000
+} // namespace codecs::jpeg2000

@@ -5,7 +5,7 @@
 #include <cstdarg>
 #include <cstdio>
 
-namespace jpeg2000 {
+namespace codecs::jpeg2000 {
 
 namespace {
 
@@ -67,9 +67,9 @@ void describeComponent(std::string& text, const Codestream& s, std::size_t c) {
 
 } // namespace
 
-std::string describe(const std::uint8_t* data, std::size_t size) {
+std::string describe(ByteView file) {
     std::string text;
-    const Boxes boxes = readBoxes({data, size});
+    const Boxes boxes = readBoxes(file);
     if (boxes.jp2)
         print(text, "JP2 file: enumerated colour space %u, %zu palette entries, %zu channel definitions\n",
               boxes.enumeratedColour,
@@ -82,14 +82,14 @@ std::string describe(const std::uint8_t* data, std::size_t size) {
     print(text, "%s, %d layers, %s component transform%s%s\n", nameOf(s.main.tile.progression), s.main.tile.layers,
           s.main.tile.colourTransform ? "with" : "no", s.main.tile.sop ? ", SOP" : "", s.main.tile.eph ? ", EPH" : "");
     for (std::size_t c = 0; c < z.components.size() && c < 32; ++c) describeComponent(text, s, c);
-    for (const Segment& m : s.mainSegments) print(text, "%s: %zu bytes\n", nameOf(m.marker), m.content.size);
+    for (const Segment& m : s.mainSegments) print(text, "%s: %zu bytes\n", nameOf(m.marker), m.content.size());
     for (const auto& [index, tile] : s.tiles) {
         std::size_t bytes = 0;
-        for (const Span& b : tile.bodies) bytes += b.size;
+        for (const ByteView& b : tile.bodies) bytes += b.size();
         print(text, "tile %d: %zu tile-parts, %zu bytes of packets\n", index, tile.bodies.size(), bytes);
     }
     for (const std::string& w : s.warnings) text += "warning: " + w + '\n';
     return text;
 }
 
-} // namespace jpeg2000
+} // namespace codecs::jpeg2000

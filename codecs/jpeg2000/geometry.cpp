@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace jpeg2000 {
+namespace codecs::jpeg2000 {
 
 namespace {
 
@@ -118,4 +118,4 @@ Tile layOutTile(const ImageSize& size, const HeaderSet& headers, int index, std:
     return tile;
 }
 
-} // namespace jpeg2000
+} // namespace codecs::jpeg2000

@@ -3,7 +3,7 @@
 
 #include "codecs/jpeg2000/parameters.h"
 
-namespace jpeg2000 {
+namespace codecs::jpeg2000 {
 
 struct Rect {
     std::int64_t x0 = 0, y0 = 0, x1 = 0, y1 = 0;
@@ -67,4 +67,4 @@ Rect reducedRect(const Rect& r, int levels);
 // Lays out a tile. More than `maxParts` precincts and code blocks together are refused.
 Tile layOutTile(const ImageSize& size, const HeaderSet& headers, int index, std::size_t maxParts);
 
-} // namespace jpeg2000
+} // namespace codecs::jpeg2000

@@ -3,19 +3,12 @@
 // A picture is a list of components, each with its own size, depth and sign.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <stdexcept>
+#include "codecs/picture/bytes.h"
+
 #include <string>
 #include <vector>
 
-namespace jpeg2000 {
-
-// A file that cannot be decoded, or a picture that cannot be encoded. what() is one line, with the byte offset
-// where there is one.
-struct Error : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
+namespace codecs::jpeg2000 {
 
 struct Component {
     int dx = 1, dy = 1; // one sample for dx by dy points of the reference grid
@@ -28,12 +21,12 @@ struct Component {
     int largest() const { return (1 << (isSigned ? depth - 1 : depth)) - 1; }
 };
 
-enum class Colour { unknown, grey, sRgb, sYcc };
+enum class ColourSpace { unknown, grey, sRgb, sYcc };
 
-struct Picture {
+struct PlanarPicture {
     std::uint32_t x0 = 0, y0 = 0, x1 = 0, y1 = 0; // the image area on the reference grid
     std::vector<Component> components;
-    Colour colour = Colour::unknown;
+    ColourSpace colour = ColourSpace::unknown;
     int alpha = -1; // the component that holds the opacity, or -1
     // What was wrong with a file that could be decoded in part, a line each; empty for a sound file.
     std::vector<std::string> warnings;
@@ -44,12 +37,12 @@ enum class Progression { LRCP, RLCP, RPCL, PCRL, CPRL };
 
 // Bits of the code-block style byte (Table A.19).
 enum BlockStyle : unsigned {
-    styleBypass = 1,
-    styleReset = 2,
-    styleTerminateAll = 4,
-    styleCausal = 8,
-    stylePredictable = 16,
-    styleSegmentation = 32
+    kStyleBypass = 1,
+    kStyleReset = 2,
+    kStyleTerminateAll = 4,
+    kStyleCausal = 8,
+    kStylePredictable = 16,
+    kStyleSegmentation = 32
 };
 
 // One record of a POC marker segment: the packets within these bounds, in this order.
@@ -83,7 +76,7 @@ struct EncodeOptions {
     bool jp2 = true;     // JP2 boxes around the codestream
     int threads = 0;     // 0: one a processor. The bytes do not depend on it
 };
-std::vector<std::uint8_t> encode(const Picture& picture, const EncodeOptions& options = {});
+Bytes encode(const PlanarPicture& picture, const EncodeOptions& options = {});
 
 struct DecodeOptions {
     int reduce = 0;                               // leave out this many of the highest resolutions
@@ -91,9 +84,9 @@ struct DecodeOptions {
     std::size_t maxPixels = std::size_t(1) << 28; // of the picture's samples in the file; more are refused
     int threads = 0;
 };
-Picture decode(const std::uint8_t* data, std::size_t size, const DecodeOptions& options = {});
+PlanarPicture decode(ByteView file, const DecodeOptions& options = {});
 
 // What the boxes and marker segments of a file say, in lines of text.
-std::string describe(const std::uint8_t* data, std::size_t size);
+std::string describe(ByteView file);
 
-} // namespace jpeg2000
+} // namespace codecs::jpeg2000

@@ -1,12 +1,15 @@
 // markers.h - single marker segments (A.5, A.6), read into and written from parameters.
 #pragma once
 
-#include "codecs/jpeg2000/bytes.h"
+#include "codecs/jpeg2000/numbers.h"
 #include "codecs/jpeg2000/parameters.h"
 
-namespace jpeg2000 {
+namespace codecs::jpeg2000 {
 
-ImageSize readSiz(Span content, std::size_t maxPixels);
+// Width of the fields that hold a component's number: two bytes from 257 components on.
+constexpr int componentBytes(std::size_t components) { return components < 257 ? 1 : 2; }
+
+ImageSize readSiz(ByteView content, std::size_t maxPixels);
 
 // Takes the segments of one header in. A component's own segment (COC, QCC) counts more than the one for all
 // components (COD, QCD) of the same header, in whatever order they come.
@@ -15,10 +18,15 @@ class HeaderReader {
     std::vector<bool> ownCoding, ownQuant;
     bool hasCoding = false, hasQuant = false, hasChanges = false;
 
+    std::size_t component(ByteReader& in) const;
+    void takeCod(ByteReader& in);
+    void takeQcd(ByteReader& in);
+    void takePoc(ByteReader& in);
+
 public:
     explicit HeaderReader(HeaderSet& headers);
     // Markers that do not concern the coding are passed over.
-    void take(int marker, Span content);
+    void take(int marker, ByteView content);
     bool complete() const { return hasCoding && hasQuant; }
 };
 
@@ -28,4 +36,4 @@ void writeQcd(ByteWriter& out, const Quantization& quant);
 void writePoc(ByteWriter& out, const std::vector<ProgressionChange>& changes, std::size_t components);
 void writeQcc(ByteWriter& out, const Quantization& quant, std::size_t component, std::size_t components);
 
-} // namespace jpeg2000
+} // namespace codecs::jpeg2000

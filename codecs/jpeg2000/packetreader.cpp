@@ -1,11 +1,11 @@
 // packetreader.cpp - packet headers (B.10) and bodies.
 #include "codecs/jpeg2000/packetreader.h"
 
-namespace jpeg2000 {
+namespace codecs::jpeg2000 {
 
 namespace {
 
-constexpr int maxPassesInAll = 3 * 38 - 2;
+constexpr int kMaxPassesInAll = 3 * 38 - 2;
 
 // The number of coding passes in a packet (Table B.4).
 int readPassCount(BitReader& bits) {
@@ -17,16 +17,15 @@ int readPassCount(BitReader& bits) {
 }
 
 // SOP and EPH are marked as possible, yet may be missing.
-void skipMarker(Span& s, int marker, std::size_t size) {
-    if (s.size >= size && s.data[0] == marker >> 8 && s.data[1] == (marker & 255)) s = {s.data + size, s.size - size};
+void skipMarker(ByteView& s, int marker, std::size_t size) {
+    if (s.size() >= size && s[0] == marker >> 8 && s[1] == (marker & 255)) s = s.subspan(size);
 }
 
 } // namespace
 
-PacketReader::PacketReader(const Tile& layout, const HeaderSet& set, Span data, Span packedHeaders,
-                           bool headersArePacked, int layers, int reduceBy)
-    : tile(layout), headers(set), body(data), packed(packedHeaders), hasPacked(headersArePacked), maxLayers(layers),
-      reduce(reduceBy) {
+PacketReader::PacketReader(const Tile& layout, const HeaderSet& set, const PacketData& bytes, int maxLayers,
+                           int reduceBy)
+    : tile(layout), headers(set), data(bytes), layers(maxLayers), reduce(reduceBy) {
     for (const TileComponent& c : tile.components) {
         blocks.emplace_back(c.blocks.size());
         trees.emplace_back();
@@ -45,7 +44,7 @@ void PacketReader::readBlock(BitReader& bits, BlockStream& block, TagTree& inclu
         block.included = true;
     }
     int passes = readPassCount(bits);
-    if (block.passes + passes > maxPassesInAll) throw Error("a code block with too many passes");
+    if (block.passes + passes > kMaxPassesInAll) throw Error("a code block with too many passes");
     while (bits.bit())
         if (++block.lengthBits > 31) throw Error("a code block with too long a length");
     while (passes > 0) {
@@ -71,7 +70,7 @@ void PacketReader::readHeader(const PacketId& id) {
     const Precinct& precinct = tile.components[c].resolutions[r].precincts[id.precinct];
     PrecinctTrees& tree = trees[c][r][id.precinct];
     if (!tree.made) tree.make(precinct);
-    Span& source = hasPacked ? packed : body;
+    ByteView& source = data.headersApart ? data.headers : data.body;
     BitReader bits(source);
     if (bits.bit())
         for (int b = 0; b < 3; ++b) {
@@ -81,34 +80,36 @@ void PacketReader::readHeader(const PacketId& id) {
                           headers.coding[c].style);
         }
     const std::size_t used = bits.finish();
-    source = {source.data + used, source.size - used};
+    source = source.subspan(used);
     if (headers.tile.eph) skipMarker(source, EPH, 2);
 }
 
 void PacketReader::readBody(bool keep) {
     for (const Contribution& c : contributions) {
         BlockStream& block = *c.block;
-        if (std::size_t(c.length) > body.size) throw Error("the data of a packet ends early");
+        const auto length = std::size_t(c.length);
+        if (length > data.body.size()) throw Error("the data of a packet ends early");
         if (keep) {
             block.codewords[c.codeword].kept += c.passes;
             block.codewords[c.codeword].length += c.length;
-            if (!block.pieces.empty() && block.pieces.back().data + block.pieces.back().size == body.data)
-                block.pieces.back().size += std::size_t(c.length);
-            else if (c.length > 0)
-                block.pieces.push_back({body.data, std::size_t(c.length)});
+            // Pieces that follow each other in the file are one.
+            if (!block.pieces.empty() && std::to_address(block.pieces.back().end()) == data.body.data())
+                block.pieces.back() = {block.pieces.back().data(), block.pieces.back().size() + length};
+            else if (length > 0)
+                block.pieces.push_back(data.body.first(length));
         }
-        body = {body.data + c.length, body.size - std::size_t(c.length)};
+        data.body = data.body.subspan(length);
     }
 }
 
 bool PacketReader::read(const PacketId& id) {
-    if (headers.tile.sop) skipMarker(body, SOP, 6);
-    if ((hasPacked ? packed.size : body.size) == 0) return false;
+    if (headers.tile.sop) skipMarker(data.body, SOP, 6);
+    if ((data.headersApart ? data.headers : data.body).empty()) return false;
     contributions.clear();
     readHeader(id);
     const int resolutions = int(tile.components[std::size_t(id.component)].resolutions.size());
-    readBody(id.layer < maxLayers && id.resolution < resolutions - reduce);
+    readBody(id.layer < layers && id.resolution < resolutions - reduce);
     return true;
 }
 
-} // namespace jpeg2000
+} // namespace codecs::jpeg2000

@@ -2,30 +2,24 @@
 #pragma once
 
 #include "codecs/jpeg2000/bits.h"
+#include "codecs/jpeg2000/codewords.h"
 #include "codecs/jpeg2000/packets.h"
 #include "codecs/jpeg2000/progression.h"
 
-namespace jpeg2000 {
+namespace codecs::jpeg2000 {
 
-// What the packets read so far hold of a code block.
-struct BlockStream {
-    struct Codeword {
-        int passes = 0;           // that packet headers have announced
-        int kept = 0, length = 0; // passes and bytes that are there and wanted
-    };
-    std::vector<Codeword> codewords;
-    std::vector<Span> pieces; // their bytes
-    std::int16_t passes = 0;
-    std::uint8_t zeroPlanes = 0, lengthBits = 3;
-    bool included = false;
+// The packets of a tile, one behind the other.
+struct PacketData {
+    ByteView body;
+    ByteView headers; // packet headers that are kept apart from the body
+    bool headersApart = false;
 };
 
 class PacketReader {
     const Tile& tile;
     const HeaderSet& headers;
-    Span body, packed;
-    const bool hasPacked;
-    const int maxLayers, reduce;
+    PacketData data;
+    const int layers, reduce;
     std::vector<std::vector<std::vector<PrecinctTrees>>> trees; // by component, resolution, precinct
     struct Contribution {
         BlockStream* block;
@@ -42,12 +36,10 @@ class PacketReader {
 public:
     std::vector<std::vector<BlockStream>> blocks; // by component, as in the layout
 
-    // With packed packet headers `body` holds the rest. Layers from maxLayers on and the `reduce` highest
-    // resolutions are passed over.
-    PacketReader(const Tile& layout, const HeaderSet& set, Span data, Span packedHeaders, bool headersArePacked,
-                 int layers, int reduceBy);
+    // Layers from `maxLayers` on and the `reduceBy` highest resolutions are passed over.
+    PacketReader(const Tile& layout, const HeaderSet& set, const PacketData& bytes, int maxLayers, int reduceBy);
     // Reads the next packet; false at the end of the data.
     bool read(const PacketId& id);
 };
 
-} // namespace jpeg2000
+} // namespace codecs::jpeg2000

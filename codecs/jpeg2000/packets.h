@@ -6,15 +6,7 @@
 
 #include <bit>
 
-namespace jpeg2000 {
-
-// How many passes the codeword segment that begins with pass `first` (from 0) may have.
-inline int segmentPasses(unsigned style, int first) {
-    if (style & styleTerminateAll) return 1;
-    if (!(style & styleBypass)) return 1 << 20;
-    if (first < 10) return 10 - first;    // four planes of MQ passes
-    return (first - 10) % 3 == 0 ? 2 : 1; // two raw ones, a cleanup
-}
+namespace codecs::jpeg2000 {
 
 inline int floorLog2(unsigned v) { return int(std::bit_width(v)) - 1; }
 
@@ -33,4 +25,4 @@ struct PrecinctTrees {
     }
 };
 
-} // namespace jpeg2000
+} // namespace codecs::jpeg2000

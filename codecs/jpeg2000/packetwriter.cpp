@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <bit>
 
-namespace jpeg2000 {
+namespace codecs::jpeg2000 {
 
 namespace {
 
@@ -80,7 +80,7 @@ std::size_t PacketWriter::writeBlock(BitWriter& bits, const CodedBlock& block, P
     return size;
 }
 
-std::size_t PacketWriter::writeHeader(const PacketId& id, std::vector<std::uint8_t>& out) {
+std::size_t PacketWriter::writeHeader(const PacketId& id, Bytes& out) {
     const auto c = std::size_t(id.component), r = std::size_t(id.resolution), layer = std::size_t(id.layer);
     const Precinct& precinct = tile.layout.components[c].resolutions[r].precincts[id.precinct];
     PrecinctTrees& tree = trees[c][r][id.precinct];
@@ -109,7 +109,7 @@ std::size_t PacketWriter::writeHeader(const PacketId& id, std::vector<std::uint8
     return body;
 }
 
-void PacketWriter::writeBody(const PacketId& id, std::vector<std::uint8_t>& out) const {
+void PacketWriter::writeBody(const PacketId& id, Bytes& out) const {
     const auto c = std::size_t(id.component);
     forEachBlock(tile.layout.components[c].resolutions[std::size_t(id.resolution)].precincts[id.precinct],
                  [&](std::size_t, std::size_t, std::size_t i) {
@@ -119,4 +119,4 @@ void PacketWriter::writeBody(const PacketId& id, std::vector<std::uint8_t>& out)
                  });
 }
 
-} // namespace jpeg2000
+} // namespace codecs::jpeg2000

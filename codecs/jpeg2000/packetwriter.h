@@ -1,15 +1,12 @@
 // packetwriter.h - puts the passes of code blocks into packets, layer by layer.
 #pragma once
 
-#include "codecs/jpeg2000/blocks.h"
+#include "codecs/jpeg2000/bits.h"
+#include "codecs/jpeg2000/codewords.h"
+#include "codecs/jpeg2000/packets.h"
 #include "codecs/jpeg2000/progression.h"
 
-namespace jpeg2000 {
-
-struct EncodedTile {
-    Tile layout;
-    std::vector<std::vector<CodedBlock>> blocks; // by component, as in the layout
-};
+namespace codecs::jpeg2000 {
 
 // The packets of one tile, from its first layer on. It keeps account of what has been written.
 class PacketWriter {
@@ -26,9 +23,9 @@ class PacketWriter {
 public:
     explicit PacketWriter(const EncodedTile& encoded);
     // Writes a packet's header to `header` and tells how long its body is.
-    std::size_t writeHeader(const PacketId& id, std::vector<std::uint8_t>& header);
+    std::size_t writeHeader(const PacketId& id, Bytes& header);
     // The body of a packet, as its block's layers say; needs no order.
-    void writeBody(const PacketId& id, std::vector<std::uint8_t>& out) const;
+    void writeBody(const PacketId& id, Bytes& out) const;
 };
 
-} // namespace jpeg2000
+} // namespace codecs::jpeg2000

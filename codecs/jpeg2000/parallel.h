@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-namespace jpeg2000 {
+namespace codecs::jpeg2000 {
 
 inline int threadCount(int asked) {
     const int n = asked > 0 ? asked : int(std::thread::hardware_concurrency());
@@ -41,4 +41,4 @@ template <class Work> void parallelFor(std::size_t count, int threads, Work work
     if (failure) std::rethrow_exception(failure);
 }
 
-} // namespace jpeg2000
+} // namespace codecs::jpeg2000

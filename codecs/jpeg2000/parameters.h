@@ -7,7 +7,7 @@
 #include <array>
 #include <optional>
 
-namespace jpeg2000 {
+namespace codecs::jpeg2000 {
 
 enum Marker : int {
     SOC = 0xFF4F,
@@ -32,8 +32,8 @@ enum Marker : int {
     COM = 0xFF64
 };
 
-constexpr int maxComponents = 16384, maxLevels = 32, maxTiles = 65535, maxLayers = 65535;
-constexpr int maxBitPlanes = 30; // of a code block here: the library's 31, less a plane for midpoints
+constexpr int kMaxComponents = 16384, kMaxLevels = 32, kMaxTiles = 65535, kMaxLayers = 65535;
+constexpr int kMaxBitPlanes = 30; // of a code block here: the library's 31, less a plane for midpoints
 
 struct SizComponent {
     int depth = 8;
@@ -57,7 +57,7 @@ struct CodingStyle {
     int blockWidthLog = 6, blockHeightLog = 6;
     unsigned style = 0; // BlockStyle
     bool reversible = true;
-    std::array<std::uint8_t, maxLevels + 1> precincts; // low half: log of the width, high half: of the height
+    std::array<std::uint8_t, kMaxLevels + 1> precincts; // low half: log of the width, high half: of the height
 
     CodingStyle() { precincts.fill(0xFF); }
 };
@@ -91,4 +91,4 @@ struct HeaderSet {
     std::vector<ProgressionChange> changes;
 };
 
-} // namespace jpeg2000
+} // namespace codecs::jpeg2000

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <tuple>
 
-namespace jpeg2000 {
+namespace codecs::jpeg2000 {
 
 namespace {
 
@@ -106,4 +106,4 @@ void forEachPacket(const ImageSize& size, const Tile& tile, const HeaderSet& hea
     }
 }
 
-} // namespace jpeg2000
+} // namespace codecs::jpeg2000

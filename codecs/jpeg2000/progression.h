@@ -8,7 +8,7 @@
 
 #include <functional>
 
-namespace jpeg2000 {
+namespace codecs::jpeg2000 {
 
 struct PacketId {
     int component, resolution;
@@ -21,4 +21,4 @@ struct PacketId {
 void forEachPacket(const ImageSize& size, const Tile& tile, const HeaderSet& headers,
                    const std::function<bool(const PacketId&)>& visit);
 
-} // namespace jpeg2000
+} // namespace codecs::jpeg2000

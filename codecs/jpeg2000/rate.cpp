@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace jpeg2000 {
+namespace codecs::jpeg2000 {
 
 namespace {
 
@@ -79,7 +79,7 @@ class Allocator {
         these.tile.layers = last + 1;
         these.tile.progression = Progression::LRCP; // any order comes to the same size
         double bytes = 0;
-        std::vector<std::uint8_t> header;
+        Bytes header;
         for (const EncodedTile& tile : tiles) {
             PacketWriter writer(tile);
             forEachPacket(size, tile.layout, these, [&](const PacketId& id) {
@@ -150,4 +150,4 @@ void allocateLayers(std::vector<EncodedTile>& tiles, const ImageSize& size, cons
     }
 }
 
-} // namespace jpeg2000
+} // namespace codecs::jpeg2000

@@ -3,7 +3,7 @@
 
 #include "codecs/jpeg2000/packetwriter.h"
 
-namespace jpeg2000 {
+namespace codecs::jpeg2000 {
 
 struct RateTarget {
     std::vector<double> bytes;  // of all packets up to the end of each layer; infinite for everything
@@ -14,4 +14,4 @@ struct RateTarget {
 void allocateLayers(std::vector<EncodedTile>& tiles, const ImageSize& size, const HeaderSet& headers,
                     const RateTarget& target);
 
-} // namespace jpeg2000
+} // namespace codecs::jpeg2000

@@ -1,7 +1,7 @@
 // tagtree.cpp - the shape of a tag tree: each node of a level stands for two by two of the level below.
 #include "codecs/jpeg2000/tagtree.h"
 
-namespace jpeg2000 {
+namespace codecs::jpeg2000 {
 
 TagTree::TagTree(int across, int down) {
     std::size_t first = 0;
@@ -12,7 +12,7 @@ TagTree::TagTree(int across, int down) {
         for (int y = 0; y < down; ++y)
             for (int x = 0; x < across; ++x) {
                 const std::size_t parent = next + std::size_t(y / 2) * std::size_t(parentsAcross) + std::size_t(x / 2);
-                nodes.push_back({std::uint32_t(root ? nodes.size() : parent), unknown, 0, false});
+                nodes.push_back({std::uint32_t(root ? nodes.size() : parent), kUnknown, 0, false});
             }
         if (root) return;
         first = next;
@@ -21,4 +21,4 @@ TagTree::TagTree(int across, int down) {
     }
 }
 
-} // namespace jpeg2000
+} // namespace codecs::jpeg2000

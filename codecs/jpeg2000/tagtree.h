@@ -3,7 +3,7 @@
 
 #include "codecs/jpeg2000/jpeg2000.h"
 
-namespace jpeg2000 {
+namespace codecs::jpeg2000 {
 
 class TagTree {
     struct Node {
@@ -15,7 +15,7 @@ class TagTree {
     std::vector<Node> nodes; // leaves first, row by row, then level by level
 
 public:
-    static constexpr std::int32_t unknown = 0x7FFFFFFF;
+    static constexpr std::int32_t kUnknown = 0x7FFFFFFF;
 
     TagTree() = default;
     TagTree(int across, int down);
@@ -68,4 +68,4 @@ private:
     }
 };
 
-} // namespace jpeg2000
+} // namespace codecs::jpeg2000

@@ -10,7 +10,7 @@
 #include <cmath>
 #include <cstring>
 
-namespace jpeg2000 {
+namespace codecs::jpeg2000 {
 
 namespace {
 
@@ -32,17 +32,17 @@ struct Line {
     }
 };
 
-constexpr int margin = 6;      // more than the kernels look beyond either end
-constexpr int stripWidth = 64; // columns lifted together, few enough to stay in the cache
+constexpr int kMargin = 6;      // more than the kernels look beyond either end
+constexpr int kStripWidth = 64; // columns lifted together, few enough to stay in the cache
 
 void forwardRow97(std::int32_t* row, const Line& line, std::vector<std::int32_t>& scratch) {
     const int pairs = (line.n + 1) / 2;
-    scratch.resize(std::size_t(4 * pairs + 2 * margin));
-    std::int32_t *x = scratch.data() + margin, *low = x + 2 * pairs + margin, *high = low + pairs;
+    scratch.resize(std::size_t(4 * pairs + 2 * kMargin));
+    std::int32_t *x = scratch.data() + kMargin, *low = x + 2 * pairs + kMargin, *high = low + pairs;
     std::memcpy(x, row, sizeof *row * std::size_t(line.n));
-    for (int i = 1; i <= margin; ++i) {
+    for (int i = 1; i <= kMargin; ++i) {
         x[-i] = row[line.mirrored(-i)];
-        if (line.n + i <= 2 * pairs + margin) x[line.n + i - 1] = row[line.mirrored(line.n + i - 1)];
+        if (line.n + i <= 2 * pairs + kMargin) x[line.n + i - 1] = row[line.mirrored(line.n + i - 1)];
     }
     zmxiWTFwdRow_D97_JPEG2K_32s_C1R(x, 4, low, 4, high, 4, {pairs, 1}, line.phase);
     std::memcpy(row, low, sizeof *row * std::size_t(line.lows()));
@@ -51,8 +51,8 @@ void forwardRow97(std::int32_t* row, const Line& line, std::vector<std::int32_t>
 
 void inverseRow97(std::int32_t* row, const Line& line, std::vector<std::int32_t>& scratch) {
     const int pairs = (line.n + 1) / 2, lows = line.lows(), highs = line.n - lows;
-    scratch.resize(std::size_t(4 * pairs + 4 * margin));
-    std::int32_t *low = scratch.data() + margin, *high = low + pairs + 2 * margin, *x = high + pairs + margin;
+    scratch.resize(std::size_t(4 * pairs + 4 * kMargin));
+    std::int32_t *low = scratch.data() + kMargin, *high = low + pairs + 2 * kMargin, *x = high + pairs + kMargin;
     std::memcpy(low, row, sizeof *row * std::size_t(lows));
     std::memcpy(high, row + lows, sizeof *row * std::size_t(highs));
     const auto lowAt = [&](int k) { return row[line.inBands(2 * k + line.phase)]; };
@@ -70,13 +70,13 @@ void inverseRow97(std::int32_t* row, const Line& line, std::vector<std::int32_t>
 // Rows of the strip under work, a ring for the stages and a copy of the result.
 struct Strip {
     std::vector<std::int32_t> memory;
-    std::int32_t* row(int i) { return memory.data() + std::size_t(i) * stripWidth; }
-    explicit Strip(int rows) : memory(std::size_t(rows) * stripWidth) {}
+    std::int32_t* row(int i) { return memory.data() + std::size_t(i) * kStripWidth; }
+    explicit Strip(int rows) : memory(std::size_t(rows) * kStripWidth) {}
 };
 
 // Both directions begin three stages ahead: what a stage takes from stages that never were has left the pipeline
 // by the time that its rows count.
-constexpr int leadIn = 3;
+constexpr int kLeadIn = 3;
 
 void forwardColumns97(Plane& plane, const Line& line, int x, int width) {
     Strip result(line.n), ring(6);
@@ -84,7 +84,7 @@ void forwardColumns97(Plane& plane, const Line& line, int x, int width) {
     const auto source = [&](int absolute) { return plane.at(x, line.mirrored(absolute - line.phase)); };
     std::int32_t *b0 = ring.row(0), *b1 = ring.row(1), *g0 = ring.row(2), *a1 = ring.row(3), *a2 = ring.row(4);
     const int last = std::max(lows - 1 + line.phase, highs);
-    for (int r = -leadIn; r <= last; ++r) {
+    for (int r = -kLeadIn; r <= last; ++r) {
         zmxiWTFwdColLift_D97_JPEG2K_32s_C1(source(2 * r + 2), source(2 * r + 3), source(2 * r + 4), b0, b1, g0, a1, a2,
                                            width);
         const int low = r - line.phase, high = r - 1;
@@ -101,7 +101,7 @@ void inverseColumns97(Plane& plane, const Line& line, int x, int width) {
     Strip result(line.n), ring(6);
     const auto source = [&](int absolute) { return plane.at(x, line.inBands(absolute - line.phase)); };
     std::int32_t *done = ring.row(0), *a = ring.row(1), *b = ring.row(2), *nextA = ring.row(3), *nextB = ring.row(4);
-    for (int n = -leadIn; 2 * n - 1 - line.phase < line.n; ++n) {
+    for (int n = -kLeadIn; 2 * n - 1 - line.phase < line.n; ++n) {
         zmxiWTInvColLift_D97_JPEG2K_32s_C1(source(2 * n + 2), source(2 * n + 1), source(2 * n + 3), done, a, b, nextA,
                                            nextB, width);
         for (const auto& [row, from] : {std::pair{2 * n - 1 - line.phase, a}, std::pair{2 * n - line.phase, b}})
@@ -141,10 +141,10 @@ void columns97(Plane& plane, const Rect& rect, Direction way, int threads) {
         for (int x = 0; x < rect.width(); ++x) singleSample(*plane.at(x, 0), line.phase, way);
         return;
     }
-    parallelFor(std::size_t(rect.width() + stripWidth - 1) / stripWidth, threads, [&](std::size_t part, int) {
-        const int x = int(part) * stripWidth;
+    parallelFor(std::size_t(rect.width() + kStripWidth - 1) / kStripWidth, threads, [&](std::size_t part, int) {
+        const int x = int(part) * kStripWidth;
         (way == Direction::forward ? forwardColumns97 : inverseColumns97)(plane, line, x,
-                                                                          std::min(stripWidth, rect.width() - x));
+                                                                          std::min(kStripWidth, rect.width() - x));
     });
 }
 
@@ -213,4 +213,4 @@ double waveletNorm(bool reversible, int levels, Orientation o) {
     return std::ldexp(norm, levels - n);
 }
 
-} // namespace jpeg2000
+} // namespace codecs::jpeg2000

@@ -3,7 +3,7 @@
 
 #include "codecs/jpeg2000/geometry.h"
 
-namespace jpeg2000 {
+namespace codecs::jpeg2000 {
 
 // The samples of a tile-component; after the transform its bands, the lower resolution at the top left.
 struct Plane {
@@ -35,4 +35,4 @@ double waveletNorm(bool reversible, int levels, Orientation o);
 // Fraction bits of the samples on the road through the 9/7 filter, by the depth of the picture's.
 constexpr int waveletFraction(int depth) { return depth <= 15 ? 13 : 12; }
 
-} // namespace jpeg2000
+} // namespace codecs::jpeg2000

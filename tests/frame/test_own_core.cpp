@@ -10,6 +10,8 @@
 #include <gtest/gtest.h>
 #include <sched.h>
 
+using namespace zmx;
+
 TEST(CoreMemory, BlocksAreAlignedTo64Bytes) {
     for (int len : {1, 2, 63, 64, 65, 1000, 1 << 20}) {
         void* p = zmxMalloc(len);

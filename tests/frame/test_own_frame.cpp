@@ -15,6 +15,8 @@
 #include <thread>
 #include <vector>
 
+using namespace zmx;
+
 TEST(Frame, TheFirstFailingTestDecides) {
     int x = 0;
     int* const planes[3] = {&x, nullptr, &x};

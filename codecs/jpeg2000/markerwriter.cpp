@@ -1,0 +1,78 @@
+// markerwriter.cpp - the marker segments of a header, from parameters.
+#include "codecs/jpeg2000/markers.h"
+
+#include <algorithm>
+
+namespace codecs::jpeg2000 {
+
+void writeSiz(ByteWriter& out, const ImageSize& s) {
+    out.u16(SIZ);
+    out.u16(unsigned(38 + 3 * s.components.size()));
+    out.u16(0);
+    for (const std::uint32_t v : {s.x1, s.y1, s.x0, s.y0, s.tileWidth, s.tileHeight, s.tileX, s.tileY}) out.u32(v);
+    out.u16(unsigned(s.components.size()));
+    for (const SizComponent& c : s.components) {
+        out.u8(unsigned(c.depth - 1) | unsigned(c.isSigned) << 7);
+        out.u8(unsigned(c.dx));
+        out.u8(unsigned(c.dy));
+    }
+}
+
+void writeCod(ByteWriter& out, const TileStyle& tile, const CodingStyle& style) {
+    const bool own = std::any_of(style.precincts.begin(), style.precincts.end(), [](int v) { return v != 0xFF; });
+    out.u16(COD);
+    out.u16(unsigned(12 + (own ? style.levels + 1 : 0)));
+    out.u8(unsigned(own) | unsigned(tile.sop) << 1 | unsigned(tile.eph) << 2);
+    out.u8(unsigned(tile.progression));
+    out.u16(unsigned(tile.layers));
+    out.u8(tile.colourTransform);
+    out.u8(unsigned(style.levels));
+    out.u8(unsigned(style.blockWidthLog - 2));
+    out.u8(unsigned(style.blockHeightLog - 2));
+    out.u8(style.style);
+    out.u8(style.reversible);
+    for (int r = 0; own && r <= style.levels; ++r) out.u8(style.precincts[std::size_t(r)]);
+}
+
+namespace {
+
+int stepBytes(const Quantization& q) { return q.kind == Quantization::none ? 1 : 2; }
+
+void writeSteps(ByteWriter& out, const Quantization& q) {
+    out.u8(unsigned(q.kind) | unsigned(q.guardBits) << 5);
+    for (const StepSize& s : q.steps)
+        out.number(unsigned(q.kind == Quantization::none ? s.exponent << 3 : s.exponent << 11 | s.mantissa),
+                   stepBytes(q));
+}
+
+} // namespace
+
+void writeQcd(ByteWriter& out, const Quantization& q) {
+    out.u16(QCD);
+    out.u16(unsigned(3 + std::size_t(stepBytes(q)) * q.steps.size()));
+    writeSteps(out, q);
+}
+
+void writeQcc(ByteWriter& out, const Quantization& q, std::size_t component, std::size_t components) {
+    const int width = componentBytes(components);
+    out.u16(QCC);
+    out.u16(unsigned(3 + std::size_t(width) + std::size_t(stepBytes(q)) * q.steps.size()));
+    out.number(std::uint32_t(component), width);
+    writeSteps(out, q);
+}
+
+void writePoc(ByteWriter& out, const std::vector<ProgressionChange>& changes, std::size_t components) {
+    const int width = componentBytes(components);
+    out.u16(POC);
+    out.u16(unsigned(2 + (5 + 2 * std::size_t(width)) * changes.size()));
+    for (const ProgressionChange& p : changes) {
+        out.u8(unsigned(p.resolutionBegin));
+        out.number(unsigned(p.componentBegin), width);
+        out.u16(unsigned(p.layerEnd));
+        out.u8(unsigned(p.resolutionEnd));
+        out.number(unsigned(p.componentEnd), width);
+        out.u8(unsigned(p.order));
+    }
+}
+
+} // namespace codecs::jpeg2000

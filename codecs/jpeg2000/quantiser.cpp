@@ -1,0 +1,33 @@
+// quantiser.cpp - step sizes of bands, and style bits in the library's terms.
+#include "codecs/jpeg2000/quantiser.h"
+
+#include "codecs/jpeg2000/wavelet.h"
+
+#include <cmath>
+
+namespace codecs::jpeg2000 {
+
+double stepOf(const StepSize& s, int depth, Orientation o) {
+    const int gain = o == LL ? 0 : o == HH ? 2 : 1; // log2 of Table E.1
+    return std::ldexp(1 + s.mantissa / 2048.0, depth + gain - s.exponent);
+}
+
+BandCoding bandCoding(const CodingStyle& style, const Quantization& quant, int roiShift, int depth,
+                      const BandPlace& place) {
+    const StepSize s = quant.step(place.resolution, place.index);
+    BandCoding c;
+    c.reversible = style.reversible;
+    c.bitPlanes = quant.guardBits + s.exponent - 1;
+    c.step = style.reversible ? 1.0f : float(std::ldexp(stepOf(s, depth, place.orientation), waveletFraction(depth)));
+    c.roiShift = roiShift;
+    return c;
+}
+
+Zmx32u libraryStyle(unsigned style) {
+    const auto bit = [style](unsigned ours, Zmx32u theirs) { return style & ours ? theirs : 0; };
+    return bit(kStyleBypass, ZMX_CB_SELECTIVE_BYPASS) | bit(kStyleReset, ZMX_CB_RESET_CTX) |
+           bit(kStyleTerminateAll, ZMX_CB_TERMINATE_ALL) | bit(kStyleCausal, ZMX_CB_VERTICALLY_CAUSAL) |
+           bit(kStyleSegmentation, ZMX_CB_SEGMENTATION_SYMBOLS);
+}
+
+} // namespace codecs::jpeg2000
