@@ -4,6 +4,8 @@
 #include "pjargs.h"
 #include "pjcopy.h"
 
+namespace zmx {
+
 static void widenRow(const Zmx8u* src, Zmx8u* dst, int width) {
     for (int x = 0; x < width; ++x) store(dst, x, Zmx16u(src[x]));
 }
@@ -43,3 +45,5 @@ ZmxStatus zmxiAndC_32s_C1R(const Zmx32s* pSrc, int srcStep, Zmx32s value, Zmx32s
 ZmxStatus zmxiAndC_32s_C1IR(Zmx32s value, Zmx32s* pSrcDst, int srcDstStep, ZmxiSize roiSize) {
     return zmxiAndC_32s_C1R(pSrcDst, srcDstStep, value, pSrcDst, srcDstStep, roiSize);
 }
+
+} // namespace zmx

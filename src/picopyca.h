@@ -5,6 +5,8 @@
 
 #include "zmxj.h"
 
+namespace zmx {
+
 // Null, sizes, steps: the sizes come before the steps.
 ZmxStatus zmxiConvert_8u16u_C1R(const Zmx8u* pSrc, int srcStep, Zmx16u* pDst, int dstStep, ZmxiSize roiSize);
 
@@ -17,3 +19,5 @@ ZmxStatus zmxiCopy_32f_C1R(const void* pSrc, int srcStep, void* pDst, int dstSte
 // Each element AND value. Null, steps, sizes.
 ZmxStatus zmxiAndC_32s_C1R(const Zmx32s* pSrc, int srcStep, Zmx32s value, Zmx32s* pDst, int dstStep, ZmxiSize roiSize);
 ZmxStatus zmxiAndC_32s_C1IR(Zmx32s value, Zmx32s* pSrcDst, int srcDstStep, ZmxiSize roiSize);
+
+} // namespace zmx

@@ -7,6 +7,8 @@
 
 #include "zmxj.h"
 
+namespace zmx {
+
 // Integer, 64 elements; the two pointers of the first may be equal.
 ZmxStatus zmxiDCT8x8Fwd_16s_C1(const Zmx16s* pSrc, Zmx16s* pDst);
 ZmxStatus zmxiDCT8x8Fwd_16s_C1I(Zmx16s* pSrcDst);
@@ -28,3 +30,5 @@ ZmxStatus zmxiDCT8x8To2x2Inv_16s_C1I(Zmx16s* pSrcDst);
 // Single precision.
 ZmxStatus zmxiDCT8x8Fwd_32f_C1I(Zmx32f* pSrcDst);
 ZmxStatus zmxiDCT8x8Inv_32f_C1I(Zmx32f* pSrcDst);
+
+} // namespace zmx

@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <cstring>
 
+namespace zmx {
+
 // A block of 64 elements that a pass reads or writes.
 struct alignas(32) Block16s {
     Zmx16s at[64];
@@ -70,3 +72,5 @@ inline bool isSmall(const Zmx16s* block) {
 // The core of the inverse transform; small: what isSmall says of the source. The source may be the destination, which
 // is written last.
 void dct_8x8_inv_16s(const Zmx16s* src, Zmx16s* dst, bool small);
+
+} // namespace zmx

@@ -10,6 +10,8 @@
 
 #include <initializer_list>
 
+namespace zmx {
+
 // The eight results of the vector in a lane: q of the even coefficients, g and h of the odd ones.
 template <class Pass>
 static inline void mirrored(Zmx16s* out, Wrapping q0, Wrapping q1, Wrapping q2, Wrapping q3, //
@@ -124,3 +126,5 @@ ZmxStatus zmxiDCT8x8To2x2Inv_16s_C1I(Zmx16s* pSrcDst) {
     dct_8x8_to_2x2_inv_16s(pSrcDst);
     return zmxStsNoErr;
 }
+
+} // namespace zmx

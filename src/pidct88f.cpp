@@ -9,6 +9,7 @@
 #include "pjround.h"
 #include "pjtable.h"
 
+namespace zmx {
 namespace {
 
 // A single-precision value whose sums, differences and products are single-precision too.
@@ -118,3 +119,5 @@ ZmxStatus zmxiDCT8x8Inv_32f_C1I(Zmx32f* pSrcDst) {
     dct_8x8_inv_32f(pSrcDst, pSrcDst);
     return zmxStsNoErr;
 }
+
+} // namespace zmx

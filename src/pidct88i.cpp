@@ -8,6 +8,8 @@
 #include "pjargs.h"
 #include "pjrows.h"
 
+namespace zmx {
+
 // Results 0 and 4: the sums themselves, eight times as large after the first pass, rounded after the second.
 static Zmx16s sumEnded(First, Wrapping v) { return wrap16s(Zmx32s(v * 8)); }
 static Zmx16s sumEnded(Second, Wrapping v) { return wrap16s(shiftRight(v + 32, 6)); }
@@ -146,3 +148,5 @@ ZmxStatus zmxiDCT8x8InvLSClip_16s8u_C1R(const Zmx16s* pSrc, Zmx8u* pDst, int dst
         }
     return zmxStsNoErr;
 }
+
+} // namespace zmx

@@ -4,6 +4,8 @@
 #include "pjargs.h"
 #include "pjrows.h"
 
+namespace zmx {
+
 template <class Beyond>
 static void thresholdRow(const Zmx8u* src, Zmx8u* dst, int width, Zmx16u threshold, Zmx16u value, Beyond beyond) {
     for (int x = 0; x < width; ++x) {
@@ -45,3 +47,5 @@ ZmxStatus zmxiThreshold_16u_C1R(const Zmx16u* pSrc, int srcStep, Zmx16u* pDst, i
 ZmxStatus zmxiThreshold_16u_C1IR(Zmx16u* pSrcDst, int srcDstStep, ZmxiSize roiSize, Zmx16u threshold, ZmxCmpOp cmpOp) {
     return zmxiThreshold_16u_C1R(pSrcDst, srcDstStep, pSrcDst, srcDstStep, roiSize, threshold, cmpOp);
 }
+
+} // namespace zmx

@@ -6,6 +6,8 @@
 
 #include "zmxj.h"
 
+namespace zmx {
+
 // Which samples are replaced. No other value is supported.
 enum ZmxCmpOp : Zmx32s {
     zmxCmpLess = 0,    // those less than the threshold
@@ -19,3 +21,5 @@ ZmxStatus zmxiThreshold_Val_16u_C1R(const Zmx16u* pSrc, int srcStep, Zmx16u* pDs
 ZmxStatus zmxiThreshold_16u_C1R(const Zmx16u* pSrc, int srcStep, Zmx16u* pDst, int dstStep, ZmxiSize roiSize,
                                 Zmx16u threshold, ZmxCmpOp cmpOp);
 ZmxStatus zmxiThreshold_16u_C1IR(Zmx16u* pSrcDst, int srcDstStep, ZmxiSize roiSize, Zmx16u threshold, ZmxCmpOp cmpOp);
+
+} // namespace zmx

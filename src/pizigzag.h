@@ -3,5 +3,9 @@
 
 #include "zmxj.h"
 
+namespace zmx {
+
 // 64 elements from zig-zag to natural order; the two blocks are distinct. A null pointer gives zmxStsNullPtrErr.
 ZmxStatus zmxiZigzagInv8x8_16s_C1(const Zmx16s* pSrc, Zmx16s* pDst);
+
+} // namespace zmx

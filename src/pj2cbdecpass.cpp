@@ -4,6 +4,7 @@
 #include "pj2decoder.h"
 #include "pjrows.h"
 
+namespace zmx {
 namespace {
 
 // What a pass works with, set down in the state; the scan itself runs in locals.
@@ -45,17 +46,17 @@ class MqDecoding {
     const PlaneSamples samples;
     const Zmx32u* const zeroCoding;
     MQDecoderState& state;
-    MqContexts& contexts;
+    mq::Contexts& contexts;
     // The context of all refinements but a sample's first. Most refinements in a row come under it, and each
     // waits for what the one before made of it: held apart, it need not go through memory.
-    MqContext laterRefinement;
-    MqDecoder mq;
+    mq::Context laterRefinement;
+    mq::Decoder mq;
 
 public:
     using Sample = Zmx8u;
     static constexpr bool marksRefined = true;
 
-    [[gnu::always_inline]] MqDecoding(ZmxiDecodeCBProgrState& s, MqContexts& c)
+    [[gnu::always_inline]] MqDecoding(ZmxiDecodeCBProgrState& s, mq::Contexts& c)
         : samples(s), zeroCoding(s.pZeroCodingLUT), state(s.mq), contexts(c),
           laterRefinement(c.at[kLaterRefinementContext]), mq(s.mq) {}
     [[gnu::always_inline]] ~MqDecoding() {
@@ -141,7 +142,7 @@ int rawTerminationDamaged(const RawBitReader& raw) {
 int significancePropagation(ZmxiDecodeCBProgrState* state, bool causal, bool reset, bool errorPrediction) {
     beginPass(*state);
     {
-        MqContexts contexts(state->mq.ctxState, state->mq.ctxMPS);
+        mq::Contexts contexts(state->mq.ctxState, state->mq.ctxMPS);
         MqDecoding coder(*state, contexts);
         CodingPass<MqDecoding>(coder, codedBlock(*state, causal)).significancePropagation();
     }
@@ -151,7 +152,7 @@ int significancePropagation(ZmxiDecodeCBProgrState* state, bool causal, bool res
 int magnitudeRefinement(ZmxiDecodeCBProgrState* state, bool reset, bool errorPrediction) {
     beginPass(*state);
     {
-        MqContexts contexts(state->mq.ctxState, state->mq.ctxMPS);
+        mq::Contexts contexts(state->mq.ctxState, state->mq.ctxMPS);
         MqDecoding coder(*state, contexts);
         CodingPass<MqDecoding>(coder, codedBlock(*state, false)).magnitudeRefinement();
     }
@@ -162,7 +163,7 @@ int cleanup(ZmxiDecodeCBProgrState* state, bool causal, bool segmentationSymbols
     beginPass(*state);
     bool wrongSymbol = false;
     {
-        MqContexts contexts(state->mq.ctxState, state->mq.ctxMPS);
+        mq::Contexts contexts(state->mq.ctxState, state->mq.ctxMPS);
         MqDecoding coder(*state, contexts);
         CodingPass<MqDecoding>(coder, codedBlock(*state, causal)).cleanup();
         if (segmentationSymbols) wrongSymbol = coder.number(4) != 0b1010;
@@ -190,3 +191,5 @@ int magnitudeRefinementRaw(ZmxiDecodeCBProgrState* state) {
     }
     return rawTerminationDamaged(state->raw);
 }
+
+} // namespace zmx

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+namespace zmx {
 namespace {
 
 // The distortion of one pass, by a table indexed with the magnitude from the plane downwards: the six bits
@@ -196,3 +197,5 @@ void significancePropagationRaw(ZmxiEncodeState_JPEG2K* state, const EncodedBloc
 void magnitudeRefinementRaw(ZmxiEncodeState_JPEG2K* state, const EncodedBlock& block, int plane) {
     refinementPass<RawRecording>(*state, block, plane);
 }
+
+} // namespace zmx

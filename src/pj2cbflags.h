@@ -8,6 +8,8 @@
 #include <bit>
 #include <cstdint>
 
+namespace zmx {
+
 // A word describes two samples, one above the other: the low half the even row, the high half the odd row,
 // each with these bits. The plane has a border of one word on each side and of one word row above and below.
 inline constexpr Zmx32u kSigSE = 0x0001; // significant neighbours
@@ -101,3 +103,5 @@ void clearFlagPlane(Zmx32u* flags, ZmxiSize size);
 
 // A shift by a bit plane's number. Numbers above 31 count modulo 32, whatever the machine.
 constexpr Zmx32u atPlane(Zmx32u bits, int plane) { return bits << (plane & 31); }
+
+} // namespace zmx

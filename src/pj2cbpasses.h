@@ -18,6 +18,8 @@
 
 #include <cstddef>
 
+namespace zmx {
+
 // The geometry of a block for one pass.
 template <class Sample> struct CodedBlock {
     Sample* samples;
@@ -167,3 +169,5 @@ private:
         return even | (even ? kSigAny : 0) | (odd | (odd ? kSigAny : 0)) << 16;
     }
 };
+
+} // namespace zmx

@@ -6,6 +6,8 @@
 #include "pjargs.h"
 #include "pjrows.h"
 
+namespace zmx::components {
+
 template <class T> struct Pixel { T a, b, c; };
 
 // Interleaved pixels to three planes.
@@ -64,3 +66,5 @@ template <class T, Pixel<T> (*transform)(Pixel<T>)> ZmxStatus planesInPlace(T* c
                                 roi.width);
     return zmxStsNoErr;
 }
+
+} // namespace zmx::components

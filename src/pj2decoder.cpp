@@ -11,6 +11,8 @@
 #include <cstdint>
 #include <limits>
 
+namespace zmx {
+
 static constexpr int kFlagAlignment = 32;
 
 // Null, then the magic word: the head of most functions' tests.
@@ -23,6 +25,10 @@ static int stateSize(ZmxiSize size) {
     const std::int64_t bytes = flagPlaneBytes(size) + int(sizeof(ZmxiDecodeCBProgrState)) + kFlagAlignment;
     return bytes <= std::numeric_limits<int>::max() ? int(bytes) : 0;
 }
+
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiDecodeCBProgrGetStateSize_JPEG2K(ZmxiSize size, int* pSize) {
     // The size ahead of the pointer: required here.
@@ -113,6 +119,7 @@ ZmxStatus zmxiDecodeCBProgrGetCurBitPlaneNum_JPEG2K(const ZmxiDecodeCBProgrState
     return zmxStsNoErr;
 }
 
+namespace zmx {
 // The segment of one step as its passes see it: the styles, and what a pass that finds damage leaves behind.
 // Each of the functions below returns whether the block is damaged.
 namespace {
@@ -209,6 +216,7 @@ private:
 };
 
 } // namespace
+} // namespace zmx
 
 ZmxStatus zmxiDecodeCBProgrStep_JPEG2K(const Zmx8u* pSrc, int srcLen, ZmxiDecodeCBProgrState* pState) {
     if (ZmxStatus bad = Args().ptr(pSrc)) return bad;
@@ -228,6 +236,8 @@ ZmxStatus zmxiDecodeCBProgrStep_JPEG2K(const Zmx8u* pSrc, int srcLen, ZmxiDecode
     return pState->damaged ? zmxStsCBDamagedErr : zmxStsNoErr;
 }
 
+namespace zmx {
+
 // Calls sample(word) for each sample of a block and stores what it returns.
 template <class Sample> static void forEachSample(Zmx32s* dst, int dstStep, ZmxiSize size, Sample sample) {
     for (int y = 0; y < size.height; ++y) {
@@ -235,6 +245,8 @@ template <class Sample> static void forEachSample(Zmx32s* dst, int dstStep, Zmxi
         for (int x = 0; x < size.width; ++x) store(row, x, sample(load<Zmx32u>(row, x)));
     }
 }
+
+} // namespace zmx
 
 ZmxStatus zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(const Zmx8u* pSrc, Zmx32s* pDst, int dstStep, ZmxiSize size, int subband,
                                                int nBitPlanes, int nPasses, const int* pTermLen, int nTerms,

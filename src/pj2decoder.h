@@ -3,6 +3,8 @@
 
 #include "pj2mqdec.h"
 
+namespace zmx {
+
 // Where the samples of a block are.
 struct CodeBlockRec {
     Zmx32s* pDst; // first sample
@@ -38,11 +40,13 @@ enum PassState : int {
     RawSignificanceNext = 5
 };
 
+} // namespace zmx
+
 // The fixed fields; the flag plane follows them on a 32-byte boundary.
 struct ZmxiDecodeCBProgrState {
     Zmx32u magic;
-    CodeBlockRec block;
-    const CodeBlockRec* pBlock;
+    zmx::CodeBlockRec block;
+    const zmx::CodeBlockRec* pBlock;
 
     // The plane of the pass, and what follows from it.
     int curBitPlane;      // of the next pass; below zero the block is finished
@@ -58,7 +62,7 @@ struct ZmxiDecodeCBProgrState {
     Zmx32s* pStripe;
     Zmx32s* pColumn;
     Zmx32s* pColumnEnd;
-    const FlagPlaneRec* pFlagPlaneRec;
+    const zmx::FlagPlaneRec* pFlagPlaneRec;
     const Zmx32u* pZeroCodingLUT; // of the block's subband
     Zmx32u* pFlagStripe;
     Zmx32u* pFlagColumn;
@@ -66,11 +70,11 @@ struct ZmxiDecodeCBProgrState {
     int flagStripeStep;
     int offsetN, offsetS, offsetNW, offsetNE, offsetSW, offsetSE; // bytes from a flag word to its neighbours
 
-    FlagPlaneRec flagPlane; // the flag plane in use
-    Zmx32u* pFlagArea;      // its storage
+    zmx::FlagPlaneRec flagPlane; // the flag plane in use
+    Zmx32u* pFlagArea;           // its storage
 
-    MQDecoderState mq;
-    RawBitReader raw;
+    zmx::MQDecoderState mq;
+    zmx::RawBitReader raw;
     int passState;   // a PassState
     int passCounter; // passes still allowed
     int bypassPlane; // planes below this one are raw
@@ -78,6 +82,8 @@ struct ZmxiDecodeCBProgrState {
     int damaged;
     int attached;
 };
+
+namespace zmx {
 
 // The coding passes on the state's curBitPlane, each on a segment that has been started. They return 1 if the
 // block is found damaged, otherwise 0. `causal`, `reset`, `errorPrediction` and `segmentationSymbols` are the
@@ -87,3 +93,5 @@ int magnitudeRefinement(ZmxiDecodeCBProgrState* state, bool reset, bool errorPre
 int cleanup(ZmxiDecodeCBProgrState* state, bool causal, bool segmentationSymbols, bool reset, bool errorPrediction);
 int significancePropagationRaw(ZmxiDecodeCBProgrState* state, bool causal, bool terminated);
 int magnitudeRefinementRaw(ZmxiDecodeCBProgrState* state);
+
+} // namespace zmx

@@ -12,6 +12,8 @@
 #include <bit>
 #include <limits>
 
+namespace zmx {
+
 // Bytes of each decision array for a column of four samples: more than 31 planes can record.
 static constexpr int kDecisionsPerColumn = 1090;
 
@@ -57,6 +59,10 @@ static ZmxiEncodeState_JPEG2K* newState(ZmxiSize size) {
     return state;
 }
 
+} // namespace zmx
+
+using namespace zmx;
+
 ZmxStatus zmxiEncodeInitAlloc_JPEG2K(ZmxiEncodeState_JPEG2K** ppState, ZmxiSize size) {
     if (ZmxStatus bad = Args().ptr(ppState).size(size)) return bad;
     *ppState = newState(size);
@@ -70,6 +76,8 @@ ZmxStatus zmxiEncodeFree_JPEG2K(ZmxiEncodeState_JPEG2K* pState) {
     return zmxStsNoErr;
 }
 
+namespace zmx {
+
 // The bit length of the largest magnitude.
 static int magnitudeBits(const Zmx32s* src, int srcStep, ZmxiSize size) {
     Zmx32u all = 0;
@@ -81,8 +89,8 @@ static int magnitudeBits(const Zmx32s* src, int srcStep, ZmxiSize size) {
 }
 
 static void resetCoder(EncCoderState& coder, int mqTermType, Zmx32u codeStyle) {
-    mqEncoderStart(&coder);
-    mqInitialContexts(coder.ctxState, coder.ctxMPS);
+    mq::initEnc(&coder);
+    mq::setInitialContexts(coder.ctxState, coder.ctxMPS);
     coder.mqPending = 0;
     coder.mqTermType = mqTermType;
     coder.rawLastFF = coder.rawByte = 0;
@@ -112,6 +120,8 @@ static void runPasses(ZmxiEncodeState_JPEG2K* state, const EncodedBlock& block, 
         state->distExp = wrapSub(state->distExp, 2);
     }
 }
+
+} // namespace zmx
 
 ZmxStatus zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(const Zmx32s* pSrc, int srcStep, ZmxiSize size,
                                                  ZmxiEncodeState_JPEG2K* pState, int subband, int magnBits,
@@ -148,12 +158,16 @@ ZmxStatus zmxiEncodeGetRate_JPEG2K(const ZmxiEncodeState_JPEG2K* pState, int pas
     return zmxStsNoErr;
 }
 
+namespace zmx {
+
 // Two to a power, with a factor that is a signed 32-bit number whose shift counts modulo 32: required. An
 // exponent of 31 gives a negative power, and one above 31 begins anew.
 static Extended wrappedPower(int exponent) {
     const auto shifted = [](Zmx32u n) { return Zmx32s(1u << (n & 31)); };
     return exponent > 0 ? Extended(shifted(Zmx32u(exponent))) : 1 / Extended(shifted(-Zmx32u(exponent)));
 }
+
+} // namespace zmx
 
 ZmxStatus zmxiEncodeGetDist_JPEG2K(const ZmxiEncodeState_JPEG2K* pState, int passNum, double* pDist) {
     if (ZmxStatus bad = stateArgs(pState).ptr(pDist)) return bad;

@@ -4,25 +4,31 @@
 #include "pj2mqenc.h"
 #include "pjargs.h"
 
+namespace zmx {
+
 inline constexpr Zmx32u kEncoderMagic = 0x4C4D5344; // "DSML" in memory
 
 inline constexpr int kMaxDistPasses = 109;
 
+} // namespace zmx
+
 struct ZmxiEncodeState_JPEG2K {
     Zmx32u magic;
-    EncCoderState* pCoder;           // owned
-    int passDist[kMaxDistPasses];    // integer distortion reduction of each pass
-    int passDistExp[kMaxDistPasses]; // the power of two that scales it
-    int distExp;                     // that of the current plane
-    const Zmx32s* pDistLUT;          // table of the pass under way
-    Zmx32u distMask;                 // 63 for significance coding, 127 for refinement
-    int passIndex;                   // pass under way
-    Zmx32u lossless;                 // ZMX_CB_LOSSLESS, as it stands in the style
-    Zmx32u distShiftRight;           // the plane minus 6, not below 0
-    Zmx32u distShiftLeft;            // 6 minus the plane, not below 0
-    int basePlane;                   // 31 minus magnBits: the lowest coded plane
-    Zmx32u* pFlags;                  // flag plane, owned
+    zmx::EncCoderState* pCoder;           // owned
+    int passDist[zmx::kMaxDistPasses];    // integer distortion reduction of each pass
+    int passDistExp[zmx::kMaxDistPasses]; // the power of two that scales it
+    int distExp;                          // that of the current plane
+    const Zmx32s* pDistLUT;               // table of the pass under way
+    Zmx32u distMask;                      // 63 for significance coding, 127 for refinement
+    int passIndex;                        // pass under way
+    Zmx32u lossless;                      // ZMX_CB_LOSSLESS, as it stands in the style
+    Zmx32u distShiftRight;                // the plane minus 6, not below 0
+    Zmx32u distShiftLeft;                 // 6 minus the plane, not below 0
+    int basePlane;                        // 31 minus magnBits: the lowest coded plane
+    Zmx32u* pFlags;                       // flag plane, owned
 };
+
+namespace zmx {
 
 // Null, then the magic word: the head of most functions' tests.
 inline Args stateArgs(const ZmxiEncodeState_JPEG2K* state) {
@@ -67,3 +73,5 @@ inline constexpr auto FsLossless_LUT = tableOf<64>([](int k) { return 2 * (64 + 
 inline constexpr auto FsLossy_LUT = tableOf<64>([](int k) { return 6144 + 384 * k; });
 inline constexpr auto FmLossless_LUT = tableOf<128>([](int k) { return 2 * (64 - k) * (64 - k); });
 inline constexpr auto FmLossy_LUT = tableOf<128>([](int k) { return k < 64 ? 6144 - 128 * k : 128 * k - 10240; });
+
+} // namespace zmx

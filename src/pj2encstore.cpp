@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+namespace zmx {
+
 // How many bytes beyond those that have left the coder decode the current pass, which is at its end. An upper
 // bound by the registers as they stand: the coder runs on undisturbed.
 static int rateSlack(const EncCoderState& s) {
@@ -29,7 +31,7 @@ static void endPass(EncCoderState& s) {
     s.decisionBase += s.passDecisions[s.curPass];
     ++s.curPass;
     enterPass(s);
-    if (s.resetCtx) mqInitialContexts(s.ctxState, s.ctxMPS); // behind raw passes too
+    if (s.resetCtx) mq::setInitialContexts(s.ctxState, s.ctxMPS); // behind raw passes too
 }
 
 void enterPass(EncCoderState& s) {
@@ -66,6 +68,10 @@ static void keepRatesOffFF(EncCoderState& s, const Zmx8u* dst, int written) {
     }
 }
 
+} // namespace zmx
+
+using namespace zmx;
+
 ZmxStatus zmxiEncodeStoreBits_JPEG2K_1u(Zmx8u* pDst, int* pDstLen, ZmxiEncodeState_JPEG2K* pState, int* pIsNotFinish) {
     if (ZmxStatus bad = stateArgs(pState).ptr(pDst).ptr(pDstLen).ptr(pIsNotFinish)) return bad;
     if (ZmxStatus bad = Args().size(*pDstLen)) return bad;
@@ -76,12 +82,16 @@ ZmxStatus zmxiEncodeStoreBits_JPEG2K_1u(Zmx8u* pDst, int* pDstLen, ZmxiEncodeSta
     return zmxStsNoErr;
 }
 
+namespace zmx {
+
 int segmentCount(const EncCoderState& coder) {
     if (!coder.passCount) return coder.termAll ? 0 : 1; // no pass is one segment of no bytes, unless all are terminated
     int n = 0;
     for (int i = 0; i < coder.passCount; ++i) n += endsSegment(coder, i);
     return n;
 }
+
+} // namespace zmx
 
 ZmxStatus zmxiEncodeGetTermPassLen_JPEG2K(const ZmxiEncodeState_JPEG2K* pState, int termNum, int* pLen) {
     if (ZmxStatus bad = stateArgs(pState).ptr(pLen)) return bad;

@@ -3,6 +3,7 @@
 #include "pj2ct.h"
 #include "pjround.h"
 
+namespace zmx::components {
 namespace {
 
 // ---- fixed point: products and sums in 32 bits, where they wrap for large 32-bit samples; each result has its own
@@ -40,6 +41,9 @@ inline Pixel<Zmx32f> inverseFloat(Pixel<Zmx32f> p) {
 }
 
 } // namespace
+} // namespace zmx::components
+
+using namespace zmx::components;
 
 ZmxStatus zmxiICTFwd_JPEG2K_16s_P3IR(Zmx16s* const pSrcDst[3], int srcDstStep, ZmxiSize roiSize) {
     return planesInPlace<Zmx16s, forward<Zmx16s>>(pSrcDst, srcDstStep, roiSize);

@@ -1,12 +1,14 @@
 // pj2mqdec.cpp - the MQ decoder's routines on its state; the decisions themselves are in the header.
 #include "pj2mqdec.h"
 
+namespace zmx {
+
 void mqDecoderInit(MQDecoderState* state, const Zmx8u* pData, int dataLen) {
     state->pData = pData;
     state->dataLen = dataLen;
     state->bytePos = 0;
     state->markerFound = 0;
-    MqBytes bytes(*state);
+    mq::Bytes bytes(*state);
     Zmx32u creg = (bytes.current() ^ 0xFF) << 16;
     const Zmx32u ct = bytes.byteIn(creg);
     bytes.save(*state);
@@ -16,8 +18,8 @@ void mqDecoderInit(MQDecoderState* state, const Zmx8u* pData, int dataLen) {
 }
 
 int mqDecoderDecode(MQDecoderState* state, int context) {
-    MqContexts contexts(state->ctxState, state->ctxMPS);
-    const Zmx32u decision = MqDecoder(*state).decode(contexts.at[context]);
+    mq::Contexts contexts(state->ctxState, state->ctxMPS);
+    const Zmx32u decision = mq::Decoder(*state).decode(contexts.at[context]);
     contexts.save(state->ctxState, state->ctxMPS);
     return int(decision);
 }
@@ -26,7 +28,7 @@ int mqDecoderDecode(MQDecoderState* state, int context) {
 // their number, a certain one. All bytes up to the 0xFF or the marker behind the segment must have been
 // taken.
 int mqDecoderCheckErrPredTerm(MQDecoderState* state) {
-    const MqBytes bytes(*state);
+    const mq::Bytes bytes(*state);
     if (bytes.current() < 0xFF && !bytes.markerFound()) return 1;
     if (state->ct != 0) {
         if (!bytes.markerFound()) return 1;
@@ -47,4 +49,6 @@ int mqDecoderCheckErrPredTerm(MQDecoderState* state) {
     return 0;
 }
 
-void mqDecoderResetCtx(MQDecoderState* state) { mqInitialContexts(state->ctxState, state->ctxMPS); }
+void mqDecoderResetCtx(MQDecoderState* state) { mq::setInitialContexts(state->ctxState, state->ctxMPS); }
+
+} // namespace zmx

@@ -1,8 +1,11 @@
 // pj2mqdec.h - the MQ decoder (ISO/IEC 15444-1 C.3, in the software conventions of Annex J.1): its state, its
-// routines for one codeword segment, and the form in which the coding passes run it.
+// routines for one codeword segment, and the form in which the coding passes run it. The standard's names of the
+// procedures stand in capitals.
 #pragma once
 
 #include "pj2mqprobest.h"
+
+namespace zmx {
 
 struct MQDecoderState {
     const Zmx8u* pData;         // the codeword segment
@@ -16,28 +19,30 @@ struct MQDecoderState {
     Zmx32u markerFound;         // a marker has been met in this segment
 };
 
-// Starts a codeword segment; the contexts stay as they are.
+// INITDEC (C.3.5): starts a codeword segment; the contexts stay as they are.
 void mqDecoderInit(MQDecoderState* state, const Zmx8u* pData, int dataLen);
 
-// Decodes one decision under a context, 0 to 18.
+// DECODE (C.3.2): one decision under a context, 0 to 18.
 int mqDecoderDecode(MQDecoderState* state, int context);
 
 // Whether the segment ended in another way than an error-free predictable termination would have ended it: 1
 // if so. Uses up the state: it is the last thing done with a segment.
 int mqDecoderCheckErrPredTerm(MQDecoderState* state);
 
-// Returns all contexts to their initial states.
+// Returns all contexts to their initial states (Table D.7).
 void mqDecoderResetCtx(MQDecoderState* state);
+
+namespace mq {
 
 // The bytes of an MQ segment. Behind its end there are 0xFF bytes, which look like a marker: nothing is read
 // there.
-class MqBytes {
+class Bytes {
     const Zmx8u* data;
     int len, pos;
     Zmx32u marker;
 
 public:
-    explicit MqBytes(const MQDecoderState& s) : data(s.pData), len(s.dataLen), pos(s.bytePos), marker(s.markerFound) {}
+    explicit Bytes(const MQDecoderState& s) : data(s.pData), len(s.dataLen), pos(s.bytePos), marker(s.markerFound) {}
     void save(MQDecoderState& s) const {
         s.bytePos = pos;
         s.markerFound = marker;
@@ -47,7 +52,7 @@ public:
     Zmx32u current() const { return at(pos); }
     Zmx32u next() const { return at(pos + 1); }
 
-    // BYTEIN: adds the next byte to the code register and returns the number of its bits. A byte of 0x80 to
+    // BYTEIN (C.3.4): adds the next byte to the code register and returns the number of its bits. A byte of 0x80 to
     // 0x8F behind a 0xFF, which no encoder writes, carries into the bits above; the sums wrap.
     Zmx32u byteIn(Zmx32u& creg) {
         if (marker) return 8; // zero bits, which are ones to the inverted register, for ever
@@ -75,49 +80,51 @@ private:
 // The interval stands in the upper half of its word, as the comparable part of the code register does. A
 // decision is the MPS and changes nothing but the interval exactly when areg - Qe is above creg and still
 // normalised. `floor` is both bounds in one; it moves only on a renormalisation.
-class MqDecoder {
+class Decoder {
     MQDecoderState& state;
-    MqBytes bytes;
+    Bytes bytes;
     Zmx32u areg, creg, floor;
     int ct;
 
 public:
-    explicit MqDecoder(MQDecoderState& s) : state(s), bytes(s), areg(s.areg << 16), creg(s.creg), ct(int(s.ct)) {
+    explicit Decoder(MQDecoderState& s) : state(s), bytes(s), areg(s.areg << 16), creg(s.creg), ct(int(s.ct)) {
         setFloor();
     }
-    ~MqDecoder() {
+    ~Decoder() {
         bytes.save(state);
         state.areg = areg >> 16;
         state.creg = creg;
         state.ct = Zmx32u(ct);
     }
-    MqDecoder(const MqDecoder&) = delete;
-    MqDecoder& operator=(const MqDecoder&) = delete;
+    Decoder(const Decoder&) = delete;
+    Decoder& operator=(const Decoder&) = delete;
 
-    [[gnu::always_inline]] Zmx32u decode(MqContext& context) {
-        const MqContext c = context;
-        areg -= mqQe(c);
-        return areg > floor ? mqMps(c) : adapt(context, c);
+    // DECODE (C.3.2).
+    [[gnu::always_inline]] Zmx32u decode(Context& context) {
+        const Context c = context;
+        areg -= qeOf(c);
+        return areg > floor ? mpsOf(c) : exchange(context, c);
     }
 
 private:
     void setFloor() { floor = creg > 0x7FFFFFFF ? creg : 0x7FFFFFFF; }
 
-    // All other outcomes: a renormalisation follows. Which of the four exchanges it is cannot be foretold, so
-    // it is worked out without branches.
-    [[gnu::always_inline]] Zmx32u adapt(MqContext& context, MqContext c) {
-        const Zmx32u qe = mqQe(c);
+    // MPS_EXCHANGE and LPS_EXCHANGE, each with its two outcomes; a renormalisation follows. Which of the four it is
+    // cannot be foretold, so it is worked out without branches.
+    [[gnu::always_inline]] Zmx32u exchange(Context& context, Context c) {
+        const Zmx32u qe = qeOf(c);
         const Zmx32u upper = -Zmx32u(creg < areg); // a mask: the code is in the upper part of the interval
         const Zmx32u isLps = (upper + 1) ^ Zmx32u(areg < qe);
-        context = mqNext(c, isLps);
+        context = nextOf(c, isLps);
         creg = creg - areg + (areg & upper);
         areg = qe ^ ((areg ^ qe) & upper);
-        renormalise();
+        renormD();
         setFloor();
-        return mqMps(c) ^ isLps;
+        return mpsOf(c) ^ isLps;
     }
 
-    [[gnu::always_inline]] void renormalise() {
+    // RENORMD (C.3.3), as many shifts at a time as the bytes allow.
+    [[gnu::always_inline]] void renormD() {
         int shifts = __builtin_clz(areg); // areg is never zero
         areg <<= shifts;
         while (shifts > ct) [[unlikely]] {
@@ -129,3 +136,6 @@ private:
         ct -= shifts;
     }
 };
+
+} // namespace mq
+} // namespace zmx

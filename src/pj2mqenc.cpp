@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <bit>
 
+namespace zmx {
 namespace {
 
 // The caller's buffer for one call.
@@ -40,16 +41,18 @@ public:
     }
 };
 
-// At most 15 shifts follow a decision, so no more bytes than these.
-constexpr int kBytesOfDecision = 3;
+// The most bytes that a decision puts out. Qe, and so the interval, is 1 or more: a renormalisation brings bit 15 up
+// by 15 shifts or fewer, and behind the first byte each takes seven bits or eight.
+constexpr int kMostShifts = 15, kBytesOfDecision = 3;
+static_assert(kBytesOfDecision == 1 + (kMostShifts - 1) / 7);
 
-// Codes decisions of the current pass until they are all coded or the output has come to `stop`, behind which
+// ENCODE (C.2.2) with CODEMPS, CODELPS and RENORME: codes decisions of the current pass until they are all coded or the output has come to `stop`, behind which
 // there must be room for kBytesOfDecision - 1 bytes more.
 //
 // An MPS that needs no renormalisation takes Qe from areg and adds it to creg, so the upper end of the
 // interval, their sum, stays. It is held here in creg's place: the common decision works on areg alone.
 Zmx8u* codeDecisions(EncCoderState& s, Zmx8u* out, const Zmx8u* stop) {
-    MqContexts contexts(s.ctxState, s.ctxMPS);
+    mq::Contexts contexts(s.ctxState, s.ctxMPS);
     Zmx32u areg = s.areg;
     Zmx32u top = s.creg + s.areg;
     Zmx32u curByte = s.curByte;
@@ -60,10 +63,10 @@ Zmx8u* codeDecisions(EncCoderState& s, Zmx8u* out, const Zmx8u* stop) {
     const Zmx8u* context = s.pPassContexts + s.passDecisionPos;
     const Zmx8u* const end = s.pPassDecisions + s.passDecisionCount;
     while (decision != end) {
-        MqContext& held = contexts.at[*context++];
-        const MqContext c = held;
-        const Zmx32u isLps = mqMps(c) ^ *decision++;
-        const Zmx32u qe = mqQe(c) >> 16;
+        mq::Context& held = contexts.at[*context++];
+        const mq::Context c = held;
+        const Zmx32u isLps = mq::mpsOf(c) ^ *decision++;
+        const Zmx32u qe = mq::qeOf(c) >> 16;
         areg -= qe;
         if (areg >> 15 > isLps) continue; // an MPS, and still normalised
 
@@ -71,7 +74,7 @@ Zmx8u* codeDecisions(EncCoderState& s, Zmx8u* out, const Zmx8u* stop) {
         const Zmx32u lower = -(Zmx32u(areg < qe) ^ isLps); // a mask: the interval becomes its lower part
         top -= areg & lower;
         areg ^= (areg ^ qe) & lower;
-        held = mqNext(c, isLps);
+        held = mq::nextOf(c, isLps);
 
         int shifts = std::countl_zero(areg) - 16;
         if (shifts < ct) {
@@ -84,7 +87,7 @@ Zmx8u* codeDecisions(EncCoderState& s, Zmx8u* out, const Zmx8u* stop) {
             areg <<= ct;
             Zmx32u creg = (top << ct) - areg;
             shifts -= ct;
-            ct = mqByteOut(creg, curByte, [&](Zmx32u byte) {
+            ct = mq::byteOut(creg, curByte, [&](Zmx32u byte) {
                 *out = Zmx8u(byte);
                 out += kept;
                 kept = 1;
@@ -146,7 +149,9 @@ void codeRaw(EncCoderState& s, Output& output) {
 
 } // namespace
 
-void mqEncoderStart(EncCoderState* state) {
+namespace mq {
+
+void initEnc(EncCoderState* state) {
     state->areg = 0x8000;
     state->creg = 0;
     state->ct = 12;
@@ -154,6 +159,8 @@ void mqEncoderStart(EncCoderState* state) {
     state->bytesOut = state->fifoCount = state->fifoRead = 0;
     state->dropFirstByte = 1;
 }
+
+} // namespace mq
 
 int decEncoderEncode(EncCoderState* state, Zmx8u* pDst, int* pLen) {
     Output output(*state, pDst, pLen);
@@ -170,10 +177,10 @@ int decEncoderMQEncodeAndTerminate(EncCoderState* state, Zmx8u* pDst, int* pLen)
     if (decisionsLeft(*state)) return 1;
     if (state->mqPending) {
         if (output.space() < 1) return 1;
-        mqEncoderTerminate(state);
+        mq::terminate(state);
     }
     if (!output.drain()) return 1;
-    mqEncoderStart(state);
+    mq::initEnc(state);
     return 0;
 }
 
@@ -189,3 +196,5 @@ int rawEncodeAndTerminate(EncCoderState* state, Zmx8u* pDst, int* pLen) {
 }
 
 bool rawBitsPending(const EncCoderState* state) { return state->rawBitPos != (state->rawLastFF ? 6 : 7); }
+
+} // namespace zmx

@@ -4,6 +4,8 @@
 
 #include "pj2mqprobest.h"
 
+namespace zmx {
+
 inline constexpr int kMaxPasses = 110;
 inline constexpr int kFifoSize = 16;
 
@@ -55,11 +57,13 @@ struct EncCoderState {
     Zmx32u termAll;                // ZMX_CB_TERMINATE_ALL, as it stands in the style
 };
 
-// BYTEOUT (C.2.8): settles the carry, pushes the finished byte, and takes the next one from the code
+namespace mq {
+
+// BYTEOUT (C.2.7): settles the carry, pushes the finished byte, and takes the next one from the code
 // register. Returns the number of its bits, which are the shifts to the next call. Behind a 0xFF there is
 // room for the carry to come: the byte has seven bits, and the carry that the register holds already is the
 // eighth.
-template <class Push> [[gnu::always_inline]] inline int mqByteOut(Zmx32u& creg, Zmx32u& curByte, Push push) {
+template <class Push> [[gnu::always_inline]] inline int byteOut(Zmx32u& creg, Zmx32u& curByte, Push push) {
     if (curByte != 0xFF) {
         curByte += creg >> 27;
         creg &= 0x7FFFFFF;
@@ -71,11 +75,13 @@ template <class Push> [[gnu::always_inline]] inline int mqByteOut(Zmx32u& creg, 
     return bits;
 }
 
-// Readies the MQ coder for a segment; the contexts stay as they are.
-void mqEncoderStart(EncCoderState* state);
+// INITENC (C.2.8): readies the MQ coder for a segment; the contexts stay as they are.
+void initEnc(EncCoderState* state);
 
 // Ends an MQ segment by the method of mqTermType. Its last bytes go into the queue, which must be empty.
-void mqEncoderTerminate(EncCoderState* state);
+void terminate(EncCoderState* state);
+
+} // namespace mq
 
 // Coding of the current pass into pDst, of capacity *pLen; *pLen becomes the bytes written, which are also
 // added to passBytes. Nothing is coded once the buffer is full. Without termination, MQ or raw: returns the
@@ -88,3 +94,5 @@ int rawEncodeAndTerminate(EncCoderState* state, Zmx8u* pDst, int* pLen);
 
 // Whether the raw coder holds bits of an unfinished byte.
 bool rawBitsPending(const EncCoderState* state);
+
+} // namespace zmx

@@ -6,14 +6,19 @@
 #include "pjtable.h"
 #include "zmxj.h"
 
+namespace zmx {
+namespace mq {
+
 // A row of the state table: the LPS probability, the next row after an MPS and after an LPS, and whether the
 // sense of the MPS flips on an LPS.
-struct MqEstimate {
+struct Estimate {
     Zmx32u qe, nmps, nlps, flip;
 };
 
+} // namespace mq
+
 // ISO/IEC 15444-1 Table C.2.
-inline constexpr MqEstimate owniEstimator_JPEG2K[47] = {
+inline constexpr mq::Estimate owniEstimator_JPEG2K[47] = {
     {0x5601, 1, 1, 1},   {0x3401, 2, 6, 0},   {0x1801, 3, 9, 0},   {0x0AC1, 4, 12, 0},  // 0
     {0x0521, 5, 29, 0},  {0x0221, 38, 33, 0}, {0x5601, 7, 6, 1},   {0x5401, 8, 14, 0},  // 4
     {0x4801, 9, 14, 0},  {0x3801, 10, 14, 0}, {0x3001, 11, 17, 0}, {0x2401, 12, 18, 0}, // 8
@@ -41,47 +46,52 @@ inline constexpr Zmx32u kLaterRefinementContext = 18;
 inline constexpr Zmx32u owniInitialCtxIndexes_JPEG2K[kContexts] = {46, 3, 4};
 inline constexpr Zmx32u owniInitialMPS_JPEG2K[kContexts] = {};
 
+namespace mq {
+
 // A context at work is one word, so that a decision loads once: Qe in the upper half, and below it twice the
 // row of the state table plus the MPS.
-using MqContext = Zmx32u;
+using Context = Zmx32u;
 
-constexpr MqContext mqContext(Zmx32u row, Zmx32u mps) { return owniEstimator_JPEG2K[row].qe << 16 | row << 1 | mps; }
-constexpr Zmx32u mqQe(MqContext c) { return c & 0xFFFF0000; } // in the upper half
-constexpr Zmx32u mqRowAndMps(MqContext c) { return c & 0xFF; }
-constexpr Zmx32u mqMps(MqContext c) { return c & 1; }
+constexpr Context contextOf(Zmx32u row, Zmx32u mps) { return owniEstimator_JPEG2K[row].qe << 16 | row << 1 | mps; }
+constexpr Zmx32u qeOf(Context c) { return c & 0xFFFF0000; } // in the upper half
+constexpr Zmx32u rowAndMps(Context c) { return c & 0xFF; }
+constexpr Zmx32u mpsOf(Context c) { return c & 1; }
 
 // What becomes of a context: entry 0 after an MPS, entry 1 after an LPS.
-struct MqTransition {
-    MqContext after[2];
+struct Transition {
+    Context after[2];
 };
-inline constexpr auto mqTransitions = tableOf<2 * 47>([](int i) {
-    const MqEstimate& e = owniEstimator_JPEG2K[i >> 1];
+inline constexpr auto transitions = tableOf<2 * 47>([](int i) {
+    const Estimate& e = owniEstimator_JPEG2K[i >> 1];
     const Zmx32u mps = i & 1;
-    return MqTransition{mqContext(e.nmps, mps), mqContext(e.nlps, mps ^ e.flip)};
+    return Transition{contextOf(e.nmps, mps), contextOf(e.nlps, mps ^ e.flip)};
 });
-static_assert(mqTransitions[0].after[0] == (0x3401u << 16 | 2) && mqTransitions[93].after[0] == mqContext(46, 1));
+static_assert(transitions[0].after[0] == (0x3401u << 16 | 2) && transitions[93].after[0] == contextOf(46, 1));
 
-constexpr MqContext mqNext(MqContext c, Zmx32u isLps) { return mqTransitions[mqRowAndMps(c)].after[isLps]; }
+constexpr Context nextOf(Context c, Zmx32u isLps) { return transitions[rowAndMps(c)].after[isLps]; }
 
 // The contexts of a coder for the length of one call. A local of its own beside the coder's registers, which
 // then stay in the processor's: an array indexed at run time would hold a common object in memory.
-struct MqContexts {
-    MqContext at[kContexts];
+struct Contexts {
+    Context at[kContexts];
 
-    MqContexts(const Zmx32u* rows, const Zmx32u* mps) {
-        for (int i = 0; i < kContexts; ++i) at[i] = mqContext(rows[i], mps[i]);
+    Contexts(const Zmx32u* rows, const Zmx32u* mps) {
+        for (int i = 0; i < kContexts; ++i) at[i] = contextOf(rows[i], mps[i]);
     }
     void save(Zmx32u* rows, Zmx32u* mps) const {
         for (int i = 0; i < kContexts; ++i) {
-            rows[i] = mqRowAndMps(at[i]) >> 1;
-            mps[i] = mqMps(at[i]);
+            rows[i] = rowAndMps(at[i]) >> 1;
+            mps[i] = mpsOf(at[i]);
         }
     }
 };
 
-inline void mqInitialContexts(Zmx32u* rows, Zmx32u* mps) {
+inline void setInitialContexts(Zmx32u* rows, Zmx32u* mps) {
     for (int i = 0; i < kContexts; ++i) {
         rows[i] = owniInitialCtxIndexes_JPEG2K[i];
         mps[i] = owniInitialMPS_JPEG2K[i];
     }
 }
+
+} // namespace mq
+} // namespace zmx

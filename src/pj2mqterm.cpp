@@ -3,6 +3,7 @@
 
 #include <cassert>
 
+namespace zmx::mq {
 namespace {
 
 void push(EncCoderState& s, Zmx32u byte) {
@@ -12,15 +13,20 @@ void push(EncCoderState& s, Zmx32u byte) {
 
 void byteOut(EncCoderState& s) {
     s.creg <<= s.ct;
-    s.ct = mqByteOut(s.creg, s.curByte, [&s](Zmx32u byte) { push(s, byte); });
+    s.ct = mq::byteOut(s.creg, s.curByte, [&s](Zmx32u byte) { push(s, byte); });
     ++s.bytesOut;
 }
 
-// The standard's FLUSH, with as many bits set as the interval allows.
-void flush(EncCoderState& s) {
+// SETBITS: as many bits as the interval allows.
+void setBits(EncCoderState& s) {
     const Zmx32u end = s.creg + s.areg;
     s.creg |= 0xFFFF;
     if (s.creg >= end) s.creg -= 0x8000;
+}
+
+// FLUSH (C.2.9), which sets the bits behind the first byte too.
+void flush(EncCoderState& s) {
+    setBits(s);
     byteOut(s);
     s.creg |= 0x7FFF;
     byteOut(s);
@@ -114,7 +120,7 @@ private:
 
 } // namespace
 
-void mqEncoderTerminate(EncCoderState* state) {
+void terminate(EncCoderState* state) {
     switch (state->mqTermType) {
     case ZMX_MQ_TERM_EASY:
         terminateEasily(*state);
@@ -127,3 +133,5 @@ void mqEncoderTerminate(EncCoderState* state) {
     }
     state->mqPending = 0;
 }
+
+} // namespace zmx::mq

@@ -3,6 +3,7 @@
 // Sums are formed in 32 bits and wrap there; results are cut to the width of the samples, and nothing saturates.
 #include "pj2ct.h"
 
+namespace zmx::components {
 namespace {
 
 // R, G, B to Y, B - G, R - G. The shift is a floor, not a rounding: the inverse takes the same one.
@@ -18,6 +19,9 @@ template <class T> constexpr Pixel<T> inverse(Pixel<T> p) {
 }
 
 } // namespace
+} // namespace zmx::components
+
+using namespace zmx::components;
 
 ZmxStatus zmxiRCTFwd_JPEG2K_16s_C3P3R(const Zmx16s* pSrc, int srcStep, Zmx16s* const pDst[3], int dstStep,
                                       ZmxiSize roiSize) {

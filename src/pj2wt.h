@@ -10,6 +10,8 @@
 
 #include <algorithm>
 
+namespace zmx {
+
 // ---- argument tests, in the required order of each family
 
 inline ZmxStatus planeArgs(const void* srcDst, int step, const void* tileRect, const void* buffer) {
@@ -157,3 +159,5 @@ inline ZmxStatus scratchSize(const ZmxiRect* tile, int* size, Zmx32u sampleBytes
     *size = int(lineBytes(*tile, sampleBytes, shortest, margin) + (bands ? scratchPlaneBytes(*tile, sampleBytes) : 0));
     return zmxStsNoErr;
 }
+
+} // namespace zmx

@@ -5,6 +5,7 @@
 #include "pj2wt.h"
 #include "pj2wt53.h"
 
+namespace zmx {
 namespace {
 
 // The lifting of one band sample needs a high (forward) or even (inverse) value that lies outside: the one ahead of the
@@ -114,6 +115,9 @@ ZmxStatus inverseCols(const T* low, int lowStep, const T* high, int highStep, Zm
 }
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiWTFwdRow_B53_JPEG2K_16s_C1R(const Zmx16s* pSrc, int srcStep, Zmx16s* pDstLow, int dstLowStep,
                                           Zmx16s* pDstHigh, int dstHighStep, ZmxiSize dstRoiSize, int phase) {

@@ -21,9 +21,8 @@
 #include <bit>
 #include <cstdint>
 
+namespace zmx::wt97::ext {
 namespace {
-
-using C = Wt97Float;
 
 // Bounds and their doubt.
 struct Bound {
@@ -46,7 +45,7 @@ template <class Real> Real liftBack(Real centre, Zmx32f c, Real sides) { return 
 
 // The first forward step adds two samples as integers, which wrap.
 template <class Real> Real firstLift(Zmx32s centre, Zmx32s side0, Zmx32s side1) {
-    return lift(Real(centre), C::alpha, Real(wrapAdd(side0, side1)));
+    return lift(Real(centre), kFloatSteps.alpha, Real(wrapAdd(side0, side1)));
 }
 
 // ---- outputs one at a time, in extended precision. x(j) is the sample j places from the output.
@@ -60,29 +59,29 @@ Zmx32s toInteger(Extended v) {
 
 template <class X> Extended exactA(X x, int j) { return firstLift<Extended>(x(j), x(j - 1), x(j + 1)); }
 template <class X> Extended exactB(X x, int j) {
-    return lift(Extended(x(j)), C::beta, exactA(x, j - 1) + exactA(x, j + 1));
+    return lift(Extended(x(j)), kFloatSteps.beta, exactA(x, j - 1) + exactA(x, j + 1));
 }
 template <class X> Extended exactG(X x, int j) {
-    return lift(exactA(x, j), C::gamma, exactB(x, j - 1) + exactB(x, j + 1));
+    return lift(exactA(x, j), kFloatSteps.gamma, exactB(x, j - 1) + exactB(x, j + 1));
 }
 template <class X> Zmx32s exactLow(X x) {
-    return toInteger(lift(exactB(x, 0), C::delta, exactG(x, -1) + exactG(x, 1)) * C::oneOverK);
+    return toInteger(lift(exactB(x, 0), kFloatSteps.delta, exactG(x, -1) + exactG(x, 1)) * kFloatSteps.oneOverK);
 }
-template <class X> Zmx32s exactHigh(X x) { return toInteger(exactG(x, 0) * C::k); }
+template <class X> Zmx32s exactHigh(X x) { return toInteger(exactG(x, 0) * kFloatSteps.k); }
 
-template <class X> Extended exactS(X x, int j) { return Extended(x(j)) * C::oneOverK; }
+template <class X> Extended exactS(X x, int j) { return Extended(x(j)) * kFloatSteps.oneOverK; }
 template <class X> Extended exactBackB(X x, int j) {
-    return liftBack(Extended(x(j)) * C::k, C::delta, exactS(x, j - 1) + exactS(x, j + 1));
+    return liftBack(Extended(x(j)) * kFloatSteps.k, kFloatSteps.delta, exactS(x, j - 1) + exactS(x, j + 1));
 }
 template <class X> Extended exactBackA(X x, int j) {
-    return liftBack(exactS(x, j), C::gamma, exactBackB(x, j - 1) + exactBackB(x, j + 1));
+    return liftBack(exactS(x, j), kFloatSteps.gamma, exactBackB(x, j - 1) + exactBackB(x, j + 1));
 }
 template <class X> Extended exactBackEven(X x, int j) {
-    return liftBack(exactBackB(x, j), C::beta, exactBackA(x, j - 1) + exactBackA(x, j + 1));
+    return liftBack(exactBackB(x, j), kFloatSteps.beta, exactBackA(x, j - 1) + exactBackA(x, j + 1));
 }
 template <class X> Zmx32s exactEven(X x) { return toInteger(exactBackEven(x, 0)); }
 template <class X> Zmx32s exactOdd(X x) {
-    return toInteger(liftBack(exactBackA(x, 0), C::alpha, exactBackEven(x, -1) + exactBackEven(x, 1)));
+    return toInteger(liftBack(exactBackA(x, 0), kFloatSteps.alpha, exactBackEven(x, -1) + exactBackEven(x, 1)));
 }
 
 // ---- outputs in double precision with their brackets
@@ -155,13 +154,13 @@ void forwardStep(const Zmx32s* x2, const Zmx32s* x3, const Zmx32s* x4, Running& 
                  int width, double doubt) {
     for (int i = 0; i < width; ++i) {
         const double a = firstLift<double>(x3[i], x2[i], x4[i]);
-        const double b = lift(double(x2[i]), C::beta, run.v0[i] + a);
-        const double g = lift(run.v0[i], C::gamma, run.v1[i] + b);
-        const double d = lift(run.v1[i], C::delta, run.v2[i] + g);
+        const double b = lift(double(x2[i]), kFloatSteps.beta, run.v0[i] + a);
+        const double g = lift(run.v0[i], kFloatSteps.gamma, run.v1[i] + b);
+        const double d = lift(run.v1[i], kFloatSteps.delta, run.v2[i] + g);
         run.v0[i] = a;
         run.v1[i] = b;
         run.v2[i] = g;
-        const Bracket low(d * C::oneOverK, doubt), high(g * C::k, doubt);
+        const Bracket low(d * kFloatSteps.oneOverK, doubt), high(g * kFloatSteps.k, doubt);
         out.even[i] = low.below;
         out.odd[i] = high.below;
         differ.even[i] = low.differ;
@@ -183,7 +182,7 @@ void forwardStrip(Zmx8u* strip, int step, Split s, int width) {
             const auto x = [&](int k) { return rows[k + p][i]; };
             const double before = firstLift<double>(x(-3), x(-4), x(-2));
             run.v0[i] = firstLift<double>(x(-1), x(-2), x(0));
-            run.v1[i] = lift(double(x(-2)), C::beta, before + run.v0[i]);
+            run.v1[i] = lift(double(x(-2)), kFloatSteps.beta, before + run.v0[i]);
         }
     for (int k = -2; k + p < s.n; k += 2) {
         rows.take(k + 3 + p);
@@ -202,11 +201,11 @@ void forwardStrip(Zmx8u* strip, int step, Split s, int width) {
 void inverseStep(const Zmx32s* x4, const Zmx32s* x5, Running& run, Outputs& out, Outputs& differ, int width,
                  double doubt) {
     for (int i = 0; i < width; ++i) {
-        const double s = double(x5[i]) * C::oneOverK;
-        const double b = liftBack(double(x4[i]) * C::k, C::delta, run.v0[i] + s);
-        const double a = liftBack(run.v0[i], C::gamma, run.v1[i] + b);
-        const double even = liftBack(run.v1[i], C::beta, run.v2[i] + a);
-        const Bracket e(even, doubt), o(liftBack(run.v2[i], C::alpha, run.v3[i] + even), doubt);
+        const double s = double(x5[i]) * kFloatSteps.oneOverK;
+        const double b = liftBack(double(x4[i]) * kFloatSteps.k, kFloatSteps.delta, run.v0[i] + s);
+        const double a = liftBack(run.v0[i], kFloatSteps.gamma, run.v1[i] + b);
+        const double even = liftBack(run.v1[i], kFloatSteps.beta, run.v2[i] + a);
+        const Bracket e(even, doubt), o(liftBack(run.v2[i], kFloatSteps.alpha, run.v3[i] + even), doubt);
         run.v0[i] = s;
         run.v1[i] = b;
         run.v2[i] = a;
@@ -230,11 +229,11 @@ void inverseStrip(Zmx8u* strip, int step, Split s, int width) {
     if (!exactOnly)
         for (int i = 0; i < width; ++i) {
             const auto x = [&](int k) { return double(rows[k - p][i]); };
-            const double s3 = x(-3) * C::oneOverK, s1 = x(-1) * C::oneOverK;
-            const double before = liftBack(x(-2) * C::k, C::delta, s3 + s1);
-            run.v0[i] = x(1) * C::oneOverK;
-            run.v1[i] = liftBack(x(0) * C::k, C::delta, s1 + run.v0[i]);
-            run.v2[i] = liftBack(s1, C::gamma, before + run.v1[i]);
+            const double s3 = x(-3) * kFloatSteps.oneOverK, s1 = x(-1) * kFloatSteps.oneOverK;
+            const double before = liftBack(x(-2) * kFloatSteps.k, kFloatSteps.delta, s3 + s1);
+            run.v0[i] = x(1) * kFloatSteps.oneOverK;
+            run.v1[i] = liftBack(x(0) * kFloatSteps.k, kFloatSteps.delta, s1 + run.v0[i]);
+            run.v2[i] = liftBack(s1, kFloatSteps.gamma, before + run.v1[i]);
         }
     for (int k = -2; k + 1 - p < s.n; k += 2) {
         rows.take(k + 4 - p);
@@ -308,15 +307,15 @@ void forwardChunk(const Samples& x, Split s, int from, Zmx8u* low, Zmx8u* high) 
     const Zmx32s *even = x.evens, *odd = x.odds;
     if (!exactOnly) {
         for (int i = 0; i < kHeld - 1; ++i) a[i] = firstLift<double>(odd[i], even[i], even[i + 1]);
-        for (int i = 1; i < kHeld - 1; ++i) b[i] = lift(double(even[i]), C::beta, a[i - 1] + a[i]);
-        for (int i = 1; i < kHeld - 2; ++i) g[i] = lift(a[i], C::gamma, b[i] + b[i + 1]);
-        for (int i = 2; i < kHeld - 2; ++i) d[i] = lift(b[i], C::delta, g[i - 1] + g[i]);
-        truncateAll(d + kAhead, C::oneOverK, doubt, values, differ, kChunk);
+        for (int i = 1; i < kHeld - 1; ++i) b[i] = lift(double(even[i]), kFloatSteps.beta, a[i - 1] + a[i]);
+        for (int i = 1; i < kHeld - 2; ++i) g[i] = lift(a[i], kFloatSteps.gamma, b[i] + b[i + 1]);
+        for (int i = 2; i < kHeld - 2; ++i) d[i] = lift(b[i], kFloatSteps.delta, g[i - 1] + g[i]);
+        truncateAll(d + kAhead, kFloatSteps.oneOverK, doubt, values, differ, kChunk);
     }
     if (lowTo > from)
         storeBand(low, values, differ, from, lowTo, exactOnly, [&](int i) { return exactLow(x.around(2 * i)); });
     // High sample i is G(2 i + 1) at phase 0 and G(2 i - 1) otherwise.
-    if (!exactOnly) truncateAll(g + kAhead - p, C::k, doubt, values, differ, kChunk);
+    if (!exactOnly) truncateAll(g + kAhead - p, kFloatSteps.k, doubt, values, differ, kChunk);
     if (highTo > from)
         storeBand(high, values, differ, from, highTo, exactOnly,
                   [&](int i) { return exactHigh(x.around(2 * i + 1 - 2 * p)); });
@@ -328,11 +327,12 @@ void inverseChunk(const Samples& x, Split s, int from, Zmx8u* line) {
     const bool exactOnly = x.bound.exactOnly();
     const double doubt = exactOnly ? 0 : x.bound.doubt();
     if (!exactOnly) {
-        for (int i = 0; i < kHeld; ++i) o[i] = double(x.odds[i]) * C::oneOverK;
-        for (int i = 1; i < kHeld; ++i) b[i] = liftBack(double(x.evens[i]) * C::k, C::delta, o[i - 1] + o[i]);
-        for (int i = 1; i < kHeld - 1; ++i) a[i] = liftBack(o[i], C::gamma, b[i] + b[i + 1]);
-        for (int i = 2; i < kHeld - 1; ++i) e[i] = liftBack(b[i], C::beta, a[i - 1] + a[i]);
-        for (int i = 2; i < kHeld - 2; ++i) o[i] = liftBack(a[i], C::alpha, e[i] + e[i + 1]);
+        for (int i = 0; i < kHeld; ++i) o[i] = double(x.odds[i]) * kFloatSteps.oneOverK;
+        for (int i = 1; i < kHeld; ++i)
+            b[i] = liftBack(double(x.evens[i]) * kFloatSteps.k, kFloatSteps.delta, o[i - 1] + o[i]);
+        for (int i = 1; i < kHeld - 1; ++i) a[i] = liftBack(o[i], kFloatSteps.gamma, b[i] + b[i + 1]);
+        for (int i = 2; i < kHeld - 1; ++i) e[i] = liftBack(b[i], kFloatSteps.beta, a[i - 1] + a[i]);
+        for (int i = 2; i < kHeld - 2; ++i) o[i] = liftBack(a[i], kFloatSteps.alpha, e[i] + e[i + 1]);
         truncateAll(e + kAhead, 1, doubt, evens, evenDiffer, kChunk);
         truncateAll(o + kAhead, 1, doubt, odds, oddDiffer, kChunk);
     }
@@ -363,7 +363,7 @@ template <class Strip> void allStrips(Zmx8u* plane, int step, Split split, int w
 
 } // namespace
 
-void wt97ForwardLine(const Zmx8u* x, Split split, Zmx8u* low, Zmx8u* high) {
+void forwardLine(const Zmx8u* x, Split split, Zmx8u* low, Zmx8u* high) {
     const int p = split.phase, n = split.n;
     Samples samples;
     for (int from = 0; from < std::max(split.low(), split.high()); from += kChunk) {
@@ -385,7 +385,7 @@ void wt97ForwardLine(const Zmx8u* x, Split split, Zmx8u* low, Zmx8u* high) {
     }
 }
 
-void wt97InverseLine(Zmx8u* low, Zmx8u* high, Split split, Zmx8u* x) {
+void inverseLine(Zmx8u* low, Zmx8u* high, Split split, Zmx8u* x) {
     const int p = split.phase, n = split.n;
     Samples samples;
     for (int from = 0; 2 * from - p < n; from += kChunk) {
@@ -412,9 +412,11 @@ void wt97InverseLine(Zmx8u* low, Zmx8u* high, Split split, Zmx8u* x) {
     }
 }
 
-void wt97ForwardColumns(Zmx8u* plane, int step, Split split, int width) {
+void forwardColumns(Zmx8u* plane, int step, Split split, int width) {
     allStrips(plane, step, split, width, forwardStrip);
 }
-void wt97InverseColumns(Zmx8u* plane, int step, Split split, int width) {
+void inverseColumns(Zmx8u* plane, int step, Split split, int width) {
     allStrips(plane, step, split, width, inverseStrip);
 }
+
+} // namespace zmx::wt97::ext

@@ -6,10 +6,14 @@
 
 #include "pj2wt.h"
 
+namespace zmx::wt97::ext {
+
 // A line of interleaved samples, 2 or more, into its two bands; and the two bands back into a line.
-void wt97ForwardLine(const Zmx8u* x, Split split, Zmx8u* low, Zmx8u* high);
-void wt97InverseLine(Zmx8u* low, Zmx8u* high, Split split, Zmx8u* x);
+void forwardLine(const Zmx8u* x, Split split, Zmx8u* low, Zmx8u* high);
+void inverseLine(Zmx8u* low, Zmx8u* high, Split split, Zmx8u* x);
 
 // All columns of a plane of 2 rows or more, in place; its rows stay interleaved.
-void wt97ForwardColumns(Zmx8u* plane, int step, Split split, int width);
-void wt97InverseColumns(Zmx8u* plane, int step, Split split, int width);
+void forwardColumns(Zmx8u* plane, int step, Split split, int width);
+void inverseColumns(Zmx8u* plane, int step, Split split, int width);
+
+} // namespace zmx::wt97::ext

@@ -1,12 +1,31 @@
 // pj2wt97krn.cpp - the row and column kernels of the irreversible 9/7 wavelet, on samples that the caller has extended
-// past the edges. The outputs serve as the working memory of the lifting; values outside the bands are made aside.
+// past the edges.
 //
-// The bands have equal counts. At phase 0 sample 0 is a low-pass one, otherwise a high-pass one: low sample i stands at
-// line sample 2 i + p, high sample i at 2 i + 1 - p.
-#include "pj2wt.h"
-#include "pj2wt97sys.h"
-#include "pj2wt97taps.h"
+// Each step looks one position to either side, so an output stands on a triangle of positions. Here is the one under
+// the low sample at position 0; under a high sample it ends at G, on 7 positions in place of 9.
+//   x   -4 -3 -2 -1  0  1  2  3  4
+//   A      -3    -1     1     3
+//   B         -2     0     2
+//   G            -1     1
+//   D                0
+// The triangles of the inverse are the same, on low samples at the even and high ones at the odd positions: an even x
+// stands on 7 of them, an odd x on 9.
+//
+// The bands have equal counts w. At phase p, 0 or 1, low sample i stands at place 2 i + p of the line and high sample i
+// at 2 i + 1 - p: between high samples i - 1 + p and i + p, and between low samples i - p and i + 1 - p.
+//
+// The outputs serve as the working memory of the lifting, a pass over the line for each step. Where a triangle leaves
+// the line, the values outside are made aside. Forward, at phase 0, counting in samples of a band:
+//   - low 0, the edge, needs G of the outer high sample -1, and so A(-2), A(-1) and B(-1);
+//   - high w - 1, opposite, needs B of the other low sample w, and so A(w).
+// Inverse, likewise, even 0 needs A of odd -1, and odd w - 1 needs the whole triangle of even w. Phase 1 is the mirror
+// image of phase 0.
+#include "pj2wt97krn.h"
 
+#include "pj2wt.h"
+#include "pj2wt97pair.h"
+
+namespace zmx::wt97 {
 namespace {
 
 // A row or a column: element i lies i strides behind the first.
@@ -22,180 +41,200 @@ template <class T> struct ConstLine {
     T operator[](int i) const { return load<T>(first + stride * i, 0); }
 };
 
-// What differs between the number systems beyond their arithmetic: the low samples that are made in two stages, and
-// single products of the 16-bit rows that are taken in 32 bits, where they wrap. All required.
-template <class System> struct Particulars {
-    static constexpr bool narrowProducts = false;
-    static bool inStages(int i, int w, int p) { return i >= w - 1 - p; } // the last low sample, or the last two
-};
-template <> struct Particulars<Wt97Q16System<Zmx16s>> {
-    static constexpr bool narrowProducts = true;
-    static bool inStages(int i, int w, int p) { return i >= w - 1 - p; }
-};
-template <> struct Particulars<Wt97FloatSystem> {
-    static constexpr bool narrowProducts = false;
-    static bool inStages(int i, int, int p) { return i > 0 || p != 0; } // all but the first of phase 0
+// The band samples at the two ends of a line, and outside of it. An index `outer` or `other` counts in both bands.
+struct Ends {
+    int edge, opposite;     // the low sample, and the high one, that have a neighbour outside
+    int outer, beyond;      // outside, next to the edge: the first and the second
+    int other, beyondOther; // the same at the opposite end
+    constexpr Ends(int w, int p)
+        : edge(p ? w - 1 : 0), opposite(p ? 0 : w - 1), outer(p ? w : -1), beyond(p ? w + 1 : -2), other(p ? -1 : w),
+          beyondOther(p ? -2 : w + 1) {}
 };
 
-// (c s + 32768) >> 16 with everything in 32 bits.
+// ---- particulars of the number systems, all required
+
+// How many low samples, from the first one on, take the step and the scale at once: of integers all but the last, or
+// the last two; of floats the first one of phase 0.
+template <class T> constexpr int lowsAtOnce(int w, int p) { return w - 1 - p; }
+template <> constexpr int lowsAtOnce<Zmx32f>(int, int p) { return 1 - p; }
+
+// At phase 0 the rows of 16-bit samples have three steps with products of 32 bits, which wrap: G of the outer high
+// sample, and on the way back A of the other one, limited from above alone, and the last sample.
 constexpr Zmx32s wrappedTerm(Zmx32s c, Zmx32s s) { return wrapAdd(wrapMul(c, s), 32768) >> 16; }
 
-template <class System, class T = typename System::T>
-void forwardLine(ConstLine<T> x, Line<T> low, Line<T> high, int w, int p) {
-    using S = System;
-    using C = typename S::C;
-    using V = typename S::Aside;
-    if (w == 1) return Wt97Taps<T>::forward(x, low, high, p);
-    const auto a = [=](int k) { return S::lift(V(x[k]), C::alpha, V(x[k - 1]), V(x[k + 1])); };
-
-    // Ahead of the bands.
-    const V aBefore = a(p ? -2 : -1);
-    for (int i = 0; i < w; ++i) high.set(i, T(a(2 * i + 1 - p)));
-    const V bBefore = p ? S::lift(V(x[-1]), C::beta, aBefore, V(high[0])) : S::lift(V(x[-2]), C::beta, a(-3), aBefore);
-    // Behind them.
-    const V aBehind = a(p ? 2 * w : 2 * w + 1);
-
-    for (int i = 1 - p; i < w - p; ++i)
-        low.set(i, T(S::lift(V(x[2 * i + p]), C::beta, V(high[i - 1 + p]), V(high[i + p]))));
-    if (p)
-        low.set(w - 1, T(S::lift(V(x[2 * w - 1]), C::beta, V(high[w - 1]), aBehind)));
-    else
-        low.set(0, T(S::lift(V(x[0]), C::beta, aBefore, V(high[0]))));
-    const V bBehind = p ? S::lift(V(x[2 * w + 1]), C::beta, aBehind, a(2 * w + 2))
-                        : S::lift(V(x[2 * w]), C::beta, V(high[w - 1]), aBehind);
-
-    V gOutside; // ahead at phase 0, behind otherwise
-    if (p) {
-        gOutside = S::lift(aBehind, C::gamma, V(low[w - 1]), bBehind);
-        high.set(0, T(S::lift(V(high[0]), C::gamma, bBefore, V(low[0]))));
-    } else {
-        if constexpr (Particulars<S>::narrowProducts)
-            gOutside = S::narrow(aBefore + wrappedTerm(C::gamma, bBefore + low[0]));
-        else
-            gOutside = S::lift(aBefore, C::gamma, bBefore, V(low[0]));
-        high.set(w - 1, T(S::lift(V(high[w - 1]), C::gamma, V(low[w - 1]), bBehind)));
-    }
-    for (int i = p; i < w - 1 + p; ++i) high.set(i, T(S::lift(V(high[i]), C::gamma, V(low[i - p]), V(low[i + 1 - p]))));
-
-    for (int i = 0; i < w; ++i) {
-        const V g0 = i - 1 + p < 0 ? gOutside : V(high[i - 1 + p]), g1 = i + p == w ? gOutside : V(high[i + p]);
-        low.set(i,
-                T(Particulars<S>::inStages(i, w, p) ? S::lowInStages(V(low[i]), g0, g1) : S::low(V(low[i]), g0, g1)));
-    }
-    for (int i = 0; i < w; ++i) high.set(i, T(S::scale(C::k, V(high[i]))));
+template <class T, class V> V outerG(V a, V b0, V b1, int) { return lift(a, kSteps<T>.gamma, b0, b1); }
+template <> Zmx16s outerG<Zmx16s>(Zmx16s a, Zmx16s b0, Zmx16s b1, int p) {
+    if (p) return lift(a, kQ16Steps.gamma, b0, b1);
+    return saturate16s(a + wrappedTerm(kQ16Steps.gamma, b0 + b1));
+}
+template <class T, class V> V otherA(V high, V b0, V b1, int) { return backA<T>(high, b0, b1); }
+template <> Zmx16s otherA<Zmx16s>(Zmx16s high, Zmx16s b0, Zmx16s b1, int p) {
+    if (p) return backA<Zmx16s>(high, b0, b1);
+    // 32 bits shifted by 16 leave nothing to limit.
+    const Zmx32s products = wrapSub(wrapMul<Zmx32s>(kQ16Steps.oneOverK, high), wrapMul(kQ16Steps.gamma, b0 + b1));
+    return Zmx16s(wrapAdd(products, 32768) >> 16);
+}
+template <class T, class V> V oppositeOdd(V a, V even0, V even1, int) {
+    return liftBack(a, kSteps<T>.alpha, even0, even1);
+}
+template <> Zmx16s oppositeOdd<Zmx16s>(Zmx16s a, Zmx16s even0, Zmx16s even1, int p) {
+    if (p) return liftBack(a, kQ16Steps.alpha, even0, even1);
+    return saturate16s(a - wrappedTerm(kQ16Steps.alpha, even0 + even1));
 }
 
-template <class System, class T = typename System::T>
-void inverseLine(ConstLine<T> low, ConstLine<T> high, Line<T> x, int w, int p) {
-    using S = System;
-    using C = typename S::C;
-    using V = typename S::Aside;
-    if (w == 1) return Wt97Taps<T>::inverse(low, high, x, p);
-    // Even and odd by absolute position: even i is line sample 2 i + p, odd i line sample 2 i + 1 - p.
-    const auto b = [=](int i) { return S::backB(V(low[i]), V(high[i - 1 + p]), V(high[i + p])); };
+// ---- a line
+
+// Nothing may overlap: the source is read again after outputs have been written.
+template <class T> void forwardLine(ConstLine<T> x, Line<T> low, Line<T> high, int w, int p) {
+    using V = Aside<T>;
+    constexpr auto c = kSteps<T>;
+    if (w == 1) {
+        const auto y = [=](int k) { return x[k]; };
+        const T l = pairLow<T>(y, p), h = pairHigh<T>(y, p);
+        low.set(0, l);
+        return high.set(0, h);
+    }
+    const auto even = [=](int i) { return V(x[2 * i + p]); };
+    const auto a = [=](int i) { return lift(V(x[2 * i + 1 - p]), c.alpha, even(i - p), even(i + 1 - p)); };
+    const auto lowAt = [=](int i) { return V(low[i]); };
+    const auto highAt = [=](int i) { return V(high[i]); };
+    const Ends e(w, p);
+
+    // A, over the whole band, and what lies outside on either side of it.
+    for (int i = 0; i < w; ++i) high.set(i, T(a(i)));
+    const V aOuter = a(e.outer);
+    const V bOuter = lift(even(e.outer), c.beta, a(e.beyond), aOuter);
+    const V bOther = lift(even(e.other), c.beta, highAt(e.opposite), a(e.other));
+
+    // B: the edge has an A aside, the others stand between two of the line.
+    low.set(e.edge, T(lift(even(e.edge), c.beta, aOuter, highAt(e.edge))));
+    for (int i = 1 - p; i < w - p; ++i) low.set(i, T(lift(even(i), c.beta, highAt(i - 1 + p), highAt(i + p))));
+
+    // G
+    const V gOuter = outerG<T>(aOuter, bOuter, lowAt(e.edge), p);
+    high.set(e.opposite, T(lift(highAt(e.opposite), c.gamma, lowAt(e.opposite), bOther)));
+    for (int i = p; i < w - 1 + p; ++i) high.set(i, T(lift(highAt(i), c.gamma, lowAt(i - p), lowAt(i + 1 - p))));
+
+    // D, and the scale of both bands.
+    const auto finishLow = [=](int i, V g0, V g1) {
+        low.set(i, T(i < lowsAtOnce<T>(w, p) ? lowAtOnce(lowAt(i), g0, g1) : lowInStages(lowAt(i), g0, g1)));
+    };
+    finishLow(e.edge, gOuter, highAt(e.edge));
+    for (int i = 1 - p; i < w - p; ++i) finishLow(i, highAt(i - 1 + p), highAt(i + p));
+    for (int i = 0; i < w; ++i) high.set(i, T(scale(c.k, highAt(i))));
+}
+
+template <class T> void inverseLine(ConstLine<T> low, ConstLine<T> high, Line<T> x, int w, int p) {
+    using V = Aside<T>;
+    constexpr auto c = kSteps<T>;
+    if (w == 1) {
+        const auto y = [=](int k) { return (k - p) % 2 == 0 ? low[(k - p) / 2] : high[(k - 1 + p) / 2]; };
+        const T even = pairEven<T>(y, p), odd = pairOdd<T>(y, p);
+        x.set(p, even);
+        return x.set(1 - p, odd);
+    }
+    const auto highAt = [=](int i) { return V(high[i]); };
+    const auto b = [=](int i) { return backB<T>(V(low[i]), highAt(i - 1 + p), highAt(i + p)); };
     const auto even = [=](int i) { return V(x[2 * i + p]); };
     const auto odd = [=](int i) { return V(x[2 * i + 1 - p]); };
+    const auto setEven = [=](int i, V v) { x.set(2 * i + p, T(v)); };
+    const auto setOdd = [=](int i, V v) { x.set(2 * i + 1 - p, T(v)); };
+    const Ends e(w, p);
 
-    for (int i = 0; i < w; ++i) x.set(2 * i + p, T(b(i)));
-    const V bBefore = b(-1), bBehind = b(w);
-    // Odd i has even i - p and i - p + 1 at its sides.
-    if (p)
-        x.set(0, T(S::backA(V(high[0]), bBefore, even(0))));
-    else
-        x.set(2 * w - 1, T(S::backA(V(high[w - 1]), even(w - 1), bBehind)));
-    for (int i = p; i < w - 1 + p; ++i) x.set(2 * i + 1 - p, T(S::backA(V(high[i]), even(i - p), even(i - p + 1))));
-    const V aBefore = p ? S::backA(V(high[-1]), b(-2), bBefore) : S::backA(V(high[-1]), bBefore, even(0));
-    V aBehind;
-    if (p)
-        aBehind = S::backA(V(high[w]), even(w - 1), bBehind);
-    else if constexpr (Particulars<S>::narrowProducts)
-        aBehind =
-            V(wrapAdd(wrapSub(wrapMul<Zmx32s>(C::oneOverK, high[w]), wrapMul<Zmx32s>(C::gamma, bBehind + b(w + 1))),
-                      32768) >>
-              16);
-    else
-        aBehind = S::backA(V(high[w]), bBehind, b(w + 1));
+    // B, over the whole band.
+    for (int i = 0; i < w; ++i) setEven(i, b(i));
+    const V bOther = b(e.other);
 
-    // Even i has odd i - 1 + p and i + p at its sides.
-    const V outside =
-        p ? S::liftBack(bBefore, C::beta, aBefore, odd(0)) : S::liftBack(bBehind, C::beta, odd(w - 1), aBehind);
-    for (int i = 0; i < w; ++i) {
-        const V a0 = i - 1 + p < 0 ? aBefore : odd(i - 1 + p), a1 = i + p == w ? aBehind : odd(i + p);
-        x.set(2 * i + p, T(S::liftBack(even(i), C::beta, a0, a1)));
-    }
-    for (int i = p; i < w - 1 + p; ++i)
-        x.set(2 * i + 1 - p, T(S::liftBack(odd(i), C::alpha, even(i - p), even(i - p + 1))));
-    if (p)
-        x.set(0, T(S::liftBack(odd(0), C::alpha, outside, even(0))));
-    else if constexpr (Particulars<S>::narrowProducts)
-        x.set(2 * w - 1, S::narrow(odd(w - 1) - wrappedTerm(C::alpha, even(w - 1) + outside)));
-    else
-        x.set(2 * w - 1, T(S::liftBack(odd(w - 1), C::alpha, even(w - 1), outside)));
+    // A: the opposite one has a B aside. Two A lie outside, one at either end.
+    setOdd(e.opposite, backA<T>(highAt(e.opposite), even(e.opposite), bOther));
+    for (int i = p; i < w - 1 + p; ++i) setOdd(i, backA<T>(highAt(i), even(i - p), even(i + 1 - p)));
+    const V aOuter = backA<T>(highAt(e.outer), b(e.outer), even(e.edge));
+    const V aOther = otherA<T>(highAt(e.other), bOther, b(e.beyondOther), p);
+
+    // Even samples; the other one, outside, ahead of the odd samples that it stands on being finished.
+    const V evenOther = liftBack(bOther, c.beta, odd(e.opposite), aOther);
+    setEven(e.edge, liftBack(even(e.edge), c.beta, aOuter, odd(e.edge)));
+    for (int i = 1 - p; i < w - p; ++i) setEven(i, liftBack(even(i), c.beta, odd(i - 1 + p), odd(i + p)));
+
+    // Odd samples.
+    setOdd(e.opposite, oppositeOdd<T>(odd(e.opposite), even(e.opposite), evenOther, p));
+    for (int i = p; i < w - 1 + p; ++i) setOdd(i, liftBack(odd(i), c.alpha, even(i - p), even(i + 1 - p)));
 }
 
-template <class System, class T>
+// ---- rows, one after the other
+
+template <class T>
 ZmxStatus forwardRows(const T* src, int srcStep, T* low, int lowStep, T* high, int highStep, ZmxiSize roi, int phase) {
     if (ZmxStatus bad = kernelArgs(src, srcStep, low, lowStep, high, highStep, roi)) return bad;
     for (int y = 0; y < roi.height; ++y)
-        forwardLine<System>({rowAt(src, srcStep, y), sizeof(T)}, {rowAt(low, lowStep, y), sizeof(T)},
-                            {rowAt(high, highStep, y), sizeof(T)}, roi.width, phase != 0);
+        forwardLine<T>({rowAt(src, srcStep, y), sizeof(T)}, {rowAt(low, lowStep, y), sizeof(T)},
+                       {rowAt(high, highStep, y), sizeof(T)}, roi.width, phase != 0);
     return zmxStsNoErr;
 }
-template <class System, class T>
+template <class T>
 ZmxStatus inverseRows(const T* low, int lowStep, const T* high, int highStep, ZmxiSize roi, T* dst, int dstStep,
                       int phase) {
     if (ZmxStatus bad = kernelArgs(low, lowStep, high, highStep, dst, dstStep, roi)) return bad;
     for (int y = 0; y < roi.height; ++y)
-        inverseLine<System>({rowAt(low, lowStep, y), sizeof(T)}, {rowAt(high, highStep, y), sizeof(T)},
-                            {rowAt(dst, dstStep, y), sizeof(T)}, roi.width, phase != 0);
+        inverseLine<T>({rowAt(low, lowStep, y), sizeof(T)}, {rowAt(high, highStep, y), sizeof(T)},
+                       {rowAt(dst, dstStep, y), sizeof(T)}, roi.width, phase != 0);
+    return zmxStsNoErr;
+}
+
+// ---- columns: only floats have them; integer columns are streamed through the column lifting
+
+ZmxStatus forwardColumns(const Zmx32f* src, int srcStep, Zmx32f* low, int lowStep, Zmx32f* high, int highStep,
+                         ZmxiSize roi, int phase) {
+    if (ZmxStatus bad = kernelArgs(src, srcStep, low, lowStep, high, highStep, roi)) return bad;
+    for (int i = 0; i < roi.width; ++i)
+        forwardLine<Zmx32f>({rowAt(src + i, 0, 0), srcStep}, {rowAt(low + i, 0, 0), lowStep},
+                            {rowAt(high + i, 0, 0), highStep}, roi.height, phase != 0);
+    return zmxStsNoErr;
+}
+ZmxStatus inverseColumns(const Zmx32f* low, int lowStep, const Zmx32f* high, int highStep, ZmxiSize roi, Zmx32f* dst,
+                         int dstStep, int phase) {
+    if (ZmxStatus bad = kernelArgs(low, lowStep, high, highStep, dst, dstStep, roi)) return bad;
+    for (int i = 0; i < roi.width; ++i)
+        inverseLine<Zmx32f>({rowAt(low + i, 0, 0), lowStep}, {rowAt(high + i, 0, 0), highStep},
+                            {rowAt(dst + i, 0, 0), dstStep}, roi.height, phase != 0);
     return zmxStsNoErr;
 }
 
 } // namespace
+} // namespace zmx::wt97
+
+using namespace zmx::wt97;
 
 ZmxStatus zmxiWTFwdRow_D97_JPEG2K_16s_C1R(const Zmx16s* pSrc, int srcStep, Zmx16s* pDstLow, int dstLowStep,
                                           Zmx16s* pDstHigh, int dstHighStep, ZmxiSize dstRoiSize, int phase) {
-    return forwardRows<Wt97Q16System<Zmx16s>>(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoiSize,
-                                              phase);
+    return forwardRows(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoiSize, phase);
 }
 ZmxStatus zmxiWTFwdRow_D97_JPEG2K_32s_C1R(const Zmx32s* pSrc, int srcStep, Zmx32s* pDstLow, int dstLowStep,
                                           Zmx32s* pDstHigh, int dstHighStep, ZmxiSize dstRoiSize, int phase) {
-    return forwardRows<Wt97Q16System<Zmx32s>>(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoiSize,
-                                              phase);
+    return forwardRows(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoiSize, phase);
 }
 ZmxStatus zmxiWTFwdRow_D97_JPEG2K_32f_C1R(const Zmx32f* pSrc, int srcStep, Zmx32f* pDstLow, int dstLowStep,
                                           Zmx32f* pDstHigh, int dstHighStep, ZmxiSize dstRoiSize, int phase) {
-    return forwardRows<Wt97FloatSystem>(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoiSize, phase);
+    return forwardRows(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoiSize, phase);
 }
 ZmxStatus zmxiWTInvRow_D97_JPEG2K_16s_C1R(const Zmx16s* pSrcLow, int srcLowStep, const Zmx16s* pSrcHigh,
                                           int srcHighStep, ZmxiSize srcRoiSize, Zmx16s* pDst, int dstStep, int phase) {
-    return inverseRows<Wt97Q16System<Zmx16s>>(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoiSize, pDst, dstStep,
-                                              phase);
+    return inverseRows(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoiSize, pDst, dstStep, phase);
 }
 ZmxStatus zmxiWTInvRow_D97_JPEG2K_32s_C1R(const Zmx32s* pSrcLow, int srcLowStep, const Zmx32s* pSrcHigh,
                                           int srcHighStep, ZmxiSize srcRoiSize, Zmx32s* pDst, int dstStep, int phase) {
-    return inverseRows<Wt97Q16System<Zmx32s>>(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoiSize, pDst, dstStep,
-                                              phase);
+    return inverseRows(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoiSize, pDst, dstStep, phase);
 }
 ZmxStatus zmxiWTInvRow_D97_JPEG2K_32f_C1R(const Zmx32f* pSrcLow, int srcLowStep, const Zmx32f* pSrcHigh,
                                           int srcHighStep, ZmxiSize srcRoiSize, Zmx32f* pDst, int dstStep, int phase) {
-    return inverseRows<Wt97FloatSystem>(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoiSize, pDst, dstStep, phase);
+    return inverseRows(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoiSize, pDst, dstStep, phase);
 }
 
-// Only floats have column kernels; integer columns are streamed through the column lifting.
 ZmxStatus zmxiWTFwdCol_D97_JPEG2K_32f_C1R(const Zmx32f* pSrc, int srcStep, Zmx32f* pDstLow, int dstLowStep,
                                           Zmx32f* pDstHigh, int dstHighStep, ZmxiSize dstRoiSize, int phase) {
-    if (ZmxStatus bad = kernelArgs(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoiSize)) return bad;
-    for (int i = 0; i < dstRoiSize.width; ++i)
-        forwardLine<Wt97FloatSystem>({rowAt(pSrc + i, 0, 0), srcStep}, {rowAt(pDstLow + i, 0, 0), dstLowStep},
-                                     {rowAt(pDstHigh + i, 0, 0), dstHighStep}, dstRoiSize.height, phase != 0);
-    return zmxStsNoErr;
+    return forwardColumns(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoiSize, phase);
 }
 ZmxStatus zmxiWTInvCol_D97_JPEG2K_32f_C1R(const Zmx32f* pSrcLow, int srcLowStep, const Zmx32f* pSrcHigh,
                                           int srcHighStep, ZmxiSize srcRoiSize, Zmx32f* pDst, int dstStep, int phase) {
-    if (ZmxStatus bad = kernelArgs(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, pDst, dstStep, srcRoiSize)) return bad;
-    for (int i = 0; i < srcRoiSize.width; ++i)
-        inverseLine<Wt97FloatSystem>({rowAt(pSrcLow + i, 0, 0), srcLowStep}, {rowAt(pSrcHigh + i, 0, 0), srcHighStep},
-                                     {rowAt(pDst + i, 0, 0), dstStep}, srcRoiSize.height, phase != 0);
-    return zmxStsNoErr;
+    return inverseColumns(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoiSize, pDst, dstStep, phase);
 }

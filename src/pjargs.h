@@ -3,6 +3,8 @@
 
 #include "zmxj.h"
 
+namespace zmx {
+
 // A chain of tests in the order in which they stand: the first that fails decides, the later ones are skipped.
 // The order is part of each function's contract; where it is not pointers, steps, sizes, a comment says so.
 class Args {
@@ -27,3 +29,5 @@ public:
 
     constexpr operator ZmxStatus() const { return st; }
 };
+
+} // namespace zmx

@@ -2,6 +2,8 @@
 // (ITU-T T.81, F.2.2.3).
 #include "pjbitread.h"
 
+namespace zmx {
+
 ZmxStatus ownpj_FillBitBuffer(BitReader& in, int nBitsNeeded) {
     if (in.marker != 0) return nBitsNeeded > in.count ? zmxStsDCTRangeErr : zmxStsNoErr;
     if (in.appendWord()) return zmxStsNoErr;
@@ -45,3 +47,5 @@ int ownpj_DecodeLongBits(int minBits, const ZmxiDecodeHuffmanSpec& table, Direct
     }
     return length > 16 ? kInvalidCode : symbolOf(table, length, c);
 }
+
+} // namespace zmx

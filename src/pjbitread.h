@@ -9,6 +9,8 @@
 #include "pjhufftbl.h"
 #include "pjwords.h"
 
+namespace zmx {
+
 // The n bits (up to 16) of bits that stand above the low count ones. Where a marker cut the data short the
 // count is negative. The value means nothing then, but it has to be one: the count goes modulo 32.
 inline Zmx32u bitsAt(Zmx32u bits, int count, int n) { return bits >> (count & 31) & ((1u << n) - 1); }
@@ -179,3 +181,5 @@ inline constexpr int kDataEnded = -256, kInvalidCode = -1;
 // Decodes a symbol of at least minBits bits: the symbol, kDataEnded, or kInvalidCode. Behind the sentinel the
 // walk goes on over the words of the table that follow, up to its end, and takes a bit for each.
 int ownpj_DecodeLongBits(int minBits, const ZmxiDecodeHuffmanSpec& table, DirectReader& in);
+
+} // namespace zmx

@@ -1,6 +1,8 @@
 // pjbitwrite.cpp - the end of a JPEG stream (ITU-T T.81, F.1.2.3).
 #include "pjbitwrite.h"
 
+namespace zmx {
+
 ZmxStatus flushWriter(Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos, ZmxiEncodeHuffmanState* pEncHuffState) {
     ZmxStatus status;
     {
@@ -10,3 +12,5 @@ ZmxStatus flushWriter(Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos, ZmxiEncode
     ownpj_EncodeHuffmanStateInit(pEncHuffState);
     return status;
 }
+
+} // namespace zmx

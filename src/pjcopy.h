@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+namespace zmx {
+
 // Copies len elements (1 or more) as a forward element loop does, at any distance of the two: a destination a little
 // behind the start of its source repeats the first elements.
 template <class T> void copyForward(const Zmx8u* src, Zmx8u* dst, int len) {
@@ -17,3 +19,5 @@ template <class T> void copyForward(const Zmx8u* src, Zmx8u* dst, int len) {
     }
     for (int i = 0; i < len; ++i) store(dst, i, load<T>(src, i));
 }
+
+} // namespace zmx

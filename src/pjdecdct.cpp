@@ -8,6 +8,8 @@
 #include "psconvert.h"
 #include "psmul.h"
 
+namespace zmx {
+
 // All 64 products are formed, whatever the transform reads. The table is read as signed: required. Products that leave
 // 16 bits are rare: only a block that holds one is saturated.
 static void dequantise(const Zmx16s* __restrict src, Zmx16s* __restrict dst, const Zmx16u* __restrict table) {
@@ -23,6 +25,10 @@ static void dequantise(const Zmx16s* __restrict src, Zmx16s* __restrict dst, con
         zmxsMul_16s(src, reinterpret_cast<const Zmx16s*>(table), dst, 64);
 }
 
+} // namespace zmx
+
+using namespace zmx;
+
 ZmxStatus zmxiDCTQuantInv8x8_JPEG_16s_C1(const Zmx16s* pSrc, Zmx16s* pDst, const Zmx16u* pQuantInvTable) {
     if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDst).ptr(pQuantInvTable)) return bad;
     Block16s block;
@@ -35,10 +41,14 @@ ZmxStatus zmxiDCTQuantInv8x8_JPEG_16s_C1I(Zmx16s* pSrcDst, const Zmx16u* pQuantI
     return zmxiDCTQuantInv8x8_JPEG_16s_C1(pSrcDst, pSrcDst, pQuantInvTable);
 }
 
+namespace zmx {
+
 // The order of the tests of all functions with a row step: the table comes last. Required.
 static ZmxStatus tested(const void* src, const void* dst, int dstStep, const void* table) {
     return Args().ptr(src).ptr(dst).step(dstStep).ptr(table);
 }
+
+} // namespace zmx
 
 ZmxStatus zmxiDCTQuantInv8x8LS_JPEG_16s8u_C1R(const Zmx16s* pSrc, Zmx8u* pDst, int dstStep,
                                               const Zmx16u* pQuantInvTable) {
@@ -52,6 +62,8 @@ ZmxStatus zmxiDCTQuantInv8x8LS_JPEG_16s8u_C1R(const Zmx16s* pSrc, Zmx8u* pDst, i
     return zmxStsNoErr;
 }
 
+namespace zmx {
+
 // Dequantisation, a transform in place that leaves Size rows of Size samples, level shift.
 template <int Size>
 static ZmxStatus toSamples(const Zmx16s* src, Zmx8u* dst, int dstStep, const Zmx16u* table,
@@ -63,6 +75,8 @@ static ZmxStatus toSamples(const Zmx16s* src, Zmx8u* dst, int dstStep, const Zmx
     ownpj_Add128_JPEG_16s8u_C1R(block.at, Size * int(sizeof(Zmx16s)), dst, dstStep, {Size, Size});
     return zmxStsNoErr;
 }
+
+} // namespace zmx
 
 ZmxStatus zmxiDCTQuantInv8x8LS_2x2_JPEG_16s8u_C1R(const Zmx16s* pSrc, Zmx8u* pDst, int dstStep,
                                                   const Zmx16u* pQuantInvTable) {

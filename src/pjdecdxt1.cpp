@@ -8,6 +8,7 @@
 #include "pjdecdxt1tbl.h"
 #include "pjdxtwalk.h"
 
+namespace zmx {
 namespace {
 
 using Word = std::uint64_t;
@@ -35,19 +36,28 @@ struct Mode {
     constexpr int index2Size() const { return index2 ? 16 * index2 - 1 : 0; }
 };
 
+// Khronos Data Format Specification 1.3, table "Mode-dependent BPTC parameters".
+// clang-format off
 constexpr Mode kModes[8] = {
-    {0, 3, 4, 0, 0, 4, 0, onePerEnd, 3, 0}, {1, 2, 6, 0, 0, 6, 0, onePerSubset, 3, 0},
-    {2, 3, 6, 0, 0, 5, 0, none, 2, 0},      {3, 2, 6, 0, 0, 7, 0, onePerEnd, 2, 0},
-    {4, 1, 0, 2, 1, 5, 6, none, 2, 3},      {5, 1, 0, 2, 0, 7, 8, none, 2, 2},
-    {6, 1, 0, 0, 0, 7, 7, onePerEnd, 4, 0}, {7, 2, 6, 0, 0, 5, 5, onePerEnd, 2, 0},
+    // mode, subsets, partition, rotation, selector, colour, alpha, P-bits, index, second index
+    {0,      3,       4,         0,        0,        4,      0,     onePerEnd,    3, 0},
+    {1,      2,       6,         0,        0,        6,      0,     onePerSubset, 3, 0},
+    {2,      3,       6,         0,        0,        5,      0,     none,         2, 0},
+    {3,      2,       6,         0,        0,        7,      0,     onePerEnd,    2, 0},
+    {4,      1,       0,         2,        1,        5,      6,     none,         2, 3},
+    {5,      1,       0,         2,        0,        7,      8,     none,         2, 2},
+    {6,      1,       0,         0,        0,        7,      7,     onePerEnd,    4, 0},
+    {7,      2,       6,         0,        0,        5,      5,     onePerEnd,    2, 0},
 };
-static_assert(std::all_of(kModes, kModes + 8, [](Mode m) { return m.index2At() + m.index2Size() == 128; }));
+// clang-format on
+static_assert(std::all_of(kModes, kModes + 8, [](Mode m) { return m.index2At() + m.index2Size() == 128; }),
+              "the fields of every mode fill its block");
 
 // A block in two words; bit 0 is bit 0 of its first byte.
 struct Bits {
     Word lo, hi;
 
-    explicit Bits(const Zmx8u* pBlock) : lo(load<Word>(pBlock, 0)), hi(load<Word>(pBlock, 1)) {}
+    explicit Bits(const Zmx8u* pBlock) : lo(loadLE<Word>(pBlock, 0)), hi(loadLE<Word>(pBlock, 1)) {}
 
     template <int At, int Count> Word get() const {
         constexpr Word mask = Count == 64 ? ~Word(0) : (Word(1) << (Count % 64)) - 1;
@@ -123,7 +133,7 @@ void interpolateRotated(const Zmx32u* pIndexesA, const Zmx32u* pIndexesB, const 
     Zmx32u paletteA[1 << BitsA], paletteB[1 << BitsB];
     makePalette<BitsA>(ends[0], ends[1], ends[2], ends[3], paletteA);
     makePalette<BitsB>(ends[0], ends[1], ends[2], ends[3], paletteB);
-    const Zmx32u maskB = 0xFFu << 8 * channelB;
+    const Zmx32u maskB = littleEndian(0xFFu << 8 * channelB); // palettes hold bytes in memory order
     for (Zmx32u& p : paletteA) p &= ~maskB;
     for (Zmx32u& p : paletteB) p &= maskB;
     for (int y = 0; y < 4; ++y)
@@ -192,10 +202,15 @@ template <Mode M> void decodeMode(const Zmx8u* pBlock, Zmx8u* pOut, std::size_t 
 }
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiTextureDecodeBlockToRGBA_BC7_8u_C1C4R(const Zmx8u* pSrc, Zmx8u* pDst, Zmx32u dstStep, ZmxiSize roiSize) {
     return decodeSurface<16>(pSrc, pDst, dstStep, roiSize, decode_block_bc7_rgba);
 }
+
+namespace zmx {
 
 const Zmx8u* decode_block_bc7_rgba(const Zmx8u* pBlock, Zmx8u* pOut, std::size_t outStep) {
     switch (modeMap[pBlock[0]]) {
@@ -259,3 +274,5 @@ void block_interpolate_multi_subsets_rgba(const Zmx32u* pIndexes, const Zmx32u* 
                                           std::size_t outStep) {
     interpolate<2, 2>(pIndexes, pR, pG, pB, pA, pSubsets, pOut, outStep);
 }
+
+} // namespace zmx

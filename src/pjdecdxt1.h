@@ -5,6 +5,8 @@
 
 #include <cstddef>
 
+namespace zmx {
+
 // Decodes one block to 4 rows of 16 bytes, R, G, B, A, outStep bytes apart; returns the address behind the block.
 const Zmx8u* decode_block_bc7_rgba(const Zmx8u* pBlock, Zmx8u* pOut, std::size_t outStep);
 
@@ -29,3 +31,5 @@ void block_interpolate_one_subset_rotate_rgba(const Zmx32u* pIndexesA, const Zmx
 void block_interpolate_multi_subsets_rgba(const Zmx32u* pIndexes, const Zmx32u* pR, const Zmx32u* pG, const Zmx32u* pB,
                                           const Zmx32u* pA, int reserved, const Zmx32u* pSubsets, Zmx8u* pOut,
                                           std::size_t outStep);
+
+} // namespace zmx

@@ -5,6 +5,7 @@
 
 #include <cstring>
 
+namespace zmx {
 namespace {
 
 constexpr int kBlock = 64;
@@ -37,7 +38,7 @@ Left decodeFast(Reader& in, Zmx16s* pDst, Zmx16s* pLastDC, const ZmxiDecodeHuffm
         if (symbol < 0) return false;
         const int r = symbol >> 4;
         if ((symbol & 15) != 0) {
-            pDst[zigzagReach[std::size_t(k + r)]] = Zmx16s(fast.value());
+            pDst[zigzag::reach[std::size_t(k + r)]] = Zmx16s(fast.value());
             k += r + 1;
         } else if (r == 15) {
             k += 16;
@@ -92,13 +93,16 @@ Left decodeFast(Reader& in, Zmx16s* pDst, Zmx16s* pLastDC, const ZmxiDecodeHuffm
         // A run into the spare entries ends on element 63; behind them it is an error, and blockPositions
         // stays.
         if (j >= int(own_pj_izigzag_index.size())) return zmxStsErr;
-        pDst[zigzagReach[std::size_t(j)]] = Zmx16s(value);
+        pDst[zigzag::reach[std::size_t(j)]] = Zmx16s(value);
     }
     *pBlockPositions = k;
     return status;
 }
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiDecodeHuffman8x8_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos, Zmx16s* pDst,
                                              Zmx16s* pLastDC, int* pMarker, const ZmxiDecodeHuffmanSpec* pDcTable,
@@ -130,6 +134,7 @@ ZmxStatus zmxiDecodeHuffman8x8_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int
     return zmxStsNoErr;
 }
 
+namespace zmx {
 namespace {
 
 // A symbol by the next 8 bits, zeros behind the end of the data; or kDataEnded, kInvalidCode.
@@ -184,7 +189,7 @@ bool directValue(DirectReader& in, int s, int* pValue) {
         }
         if (!directValue(in, s, &value)) return zmxStsOutOfBufErr;
         // No test of the position: the table reaches as far as any run.
-        pDst[zigzagReach[std::size_t(k + r)]] = Zmx16s(value);
+        pDst[zigzag::reach[std::size_t(k + r)]] = Zmx16s(value);
         k += r + 1;
     }
     *pSrcBitsLen = wrapMul(in.pos, 8);
@@ -192,6 +197,7 @@ bool directValue(DirectReader& in, int s, int* pValue) {
 }
 
 } // namespace
+} // namespace zmx
 
 ZmxStatus zmxiDecodeHuffman8x8_Direct_JPEG_1u16s_C1(const Zmx8u* pSrc, int* pSrcBitsLen, Zmx16s* pDst, Zmx16s* pLastDC,
                                                     int* pMarker, Zmx32u* pPrefetchedBits,

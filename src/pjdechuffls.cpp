@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+namespace zmx {
 namespace {
 
 ZmxStatus decodeDifference(BitReader& in, Zmx16s* pDst, const ZmxiDecodeHuffmanSpec& table) {
@@ -43,6 +44,9 @@ struct Row {
 };
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiDecodeHuffmanOne_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos, Zmx16s* pDst,
                                              int* pMarker, const ZmxiDecodeHuffmanSpec* pDecHuffTable,

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 
+namespace zmx {
 namespace {
 
 // A symbol's run and category (high and low four bits).
@@ -47,6 +48,9 @@ Args bandArgs(const Zmx8u* pSrc, int nSrcLen, const int* pSrcCurrPos, const Zmx1
 }
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos, Zmx16s* pDst,
                                                      Zmx16s* pLastDC, int* pMarker, int Al,
@@ -103,12 +107,13 @@ ZmxStatus zmxiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrc
         k += r;
         if (s != 0) {
             if (ZmxStatus failed = need(in, s)) return failed;
-            pDst[zigzagReach[std::size_t(k)]] = wrap16s(extend(in.take(s), s) << Al);
+            pDst[zigzag::reach[std::size_t(k)]] = wrap16s(extend(in.take(s), s) << Al);
         }
     }
     return zmxStsNoErr;
 }
 
+namespace zmx {
 namespace {
 
 // Entry [r][zeros]: where the first zero behind r others lies among eight positions; 8 if it is not one of them.
@@ -146,7 +151,7 @@ class Known {
 public:
     Known(BitReader& reader, Zmx16s* pDst, int first, int last, int shift)
         : in(reader), block(pDst), Se(last), Al(shift),
-          set(zigzagSet(pDst, [](Zmx16s c) { return c != 0; }) & positions(first, last)) {}
+          set(zigzag::setOf(pDst, [](Zmx16s c) { return c != 0; }) & zigzag::positions(first, last)) {}
 
     // Goes from k over r zeros to the one behind them, or behind the band.
     ZmxStatus pass(int* k, int r) {
@@ -162,10 +167,10 @@ public:
             count += n;
             return zmxStsNoErr;
         }
-        std::uint64_t zeros = ~set & positions(start, Se);
+        std::uint64_t zeros = ~set & zigzag::positions(start, Se);
         for (; r > 0 && zeros != 0; --r) zeros &= zeros - 1;
         *k = std::min(std::countr_zero(zeros), Se + 1);
-        return collect(set & positions(start, Se) & ((zeros & (0 - zeros)) - 1)); // all if no zero is left
+        return collect(set & zigzag::positions(start, Se) & ((zeros & (0 - zeros)) - 1)); // all if no zero is left
     }
     // Goes from k, in the band, to its end.
     ZmxStatus passAll(int k) { return collect(set >> k); }
@@ -196,13 +201,14 @@ ZmxStatus refineBand(BitReader& in, Zmx16s* pDst, Known& known, int* k, int Se, 
             const int sign = 2 * int(in.take(1)) - 1; // as good as random: no branch
             if (ZmxStatus failed = known.pass(k, r)) return failed;
             // At Se + 1 this may be element 63, one of those known: its correction finds the bit set already.
-            pDst[zigzagReach[std::size_t(*k)]] = Zmx16s(sign << Al);
+            pDst[zigzag::reach[std::size_t(*k)]] = Zmx16s(sign << Al);
         }
     }
     return zmxStsNoErr;
 }
 
 } // namespace
+} // namespace zmx
 
 ZmxStatus zmxiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos, Zmx16s* pDst,
                                                       int* pMarker, int Ss, int Se, int Al,

@@ -2,6 +2,8 @@
 // modulo 2^16.
 #include "pjpred.h"
 
+using namespace zmx;
+
 ZmxStatus zmxiReconstructPredFirstRow_JPEG_16s_C1(const Zmx16s* pSrc, Zmx16s* pDst, int nWidth, int P, int Pt) {
     if (ZmxStatus bad = firstRowArgs(pSrc, pDst, nWidth, P, Pt)) return bad;
     Zmx16s Ra = pDst[0] = wrap16s(pSrc[0] + middle(P, Pt));

@@ -3,6 +3,8 @@
 #include "pjqnttbl.h"
 #include "psmul.h"
 
+using namespace zmx;
+
 ZmxStatus zmxiQuantInvTableInit_JPEG_8u16u(const Zmx8u* pQuantRawTable, Zmx16u* pQuantInvTable) {
     if (ZmxStatus bad = Args().ptr(pQuantRawTable).ptr(pQuantInvTable)) return bad;
     naturalOrder(pQuantRawTable, pQuantInvTable);

@@ -2,6 +2,8 @@
 #include "pjargs.h"
 #include "pjrle.h"
 
+using namespace zmx;
+
 ZmxStatus zmxiUnpackBitsRow_TIFF_8u_C1(const Zmx8u* pSrc, int* pSrcPos, int srcLen, Zmx8u* pDst, int dstLen) {
     if (ZmxStatus bad = Args().ptr(pSrc).ptr(pSrcPos).ptr(pDst).size(srcLen).size(dstLen)) return bad;
     // As wide as a pointer, so that no packet costs a conversion.

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 
+namespace zmx {
 namespace {
 
 // Two results for each of n samples, from the sample and its left or right neighbour: s[-1] to s[n] are read. The two
@@ -51,6 +52,9 @@ void rowH2V2(const Zmx8u* near, const Zmx8u* far, Zmx8u* d, int width) {
 }
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiSampleUpH2V1_JPEG_8u_C1R(const Zmx8u* pSrc, int srcStep, ZmxiSize srcRoiSize, Zmx8u* pDst, int dstStep,
                                        ZmxiSize dstRoiSize) {

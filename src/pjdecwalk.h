@@ -5,10 +5,16 @@
 #include "pjwrap.h"
 #include "pjzigzag.h"
 
+namespace zmx {
+
+namespace zigzag {
+
 // The zig-zag walk as far as a damaged stream can carry it: a run of 15 from position 63 ends on 78. Behind
 // the eight spare entries of own_pj_izigzag_index every step stays on element 63 as well, so that no decoder
 // leaves its block.
-inline constexpr auto zigzagReach = tableOf<80>([](int k) { return Zmx8u(zigzagStep(k)); });
+inline constexpr auto reach = tableOf<80>([](int k) { return Zmx8u(step(k)); });
+
+} // namespace zigzag
 
 // Decodes a DC coefficient into the prediction, which is kept to 16 bits.
 inline ZmxStatus decodeDC(BitReader& in, Zmx16s* pLastDC, const ZmxiDecodeHuffmanSpec& table) {
@@ -20,3 +26,5 @@ inline ZmxStatus decodeDC(BitReader& in, Zmx16s* pLastDC, const ZmxiDecodeHuffma
     *pLastDC = wrap16s(*pLastDC + extend(in.take(s), s));
     return zmxStsNoErr;
 }
+
+} // namespace zmx

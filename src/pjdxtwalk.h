@@ -8,10 +8,9 @@
 #include "pjrows.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstdint>
 
-static_assert(std::endian::native == std::endian::little, "block fields are little-endian and are read as words");
+namespace zmx {
 
 // The step of a surface is unsigned, and is refused only when it is exactly 0.
 inline Args surfaceArgs(const void* pSrc, const void* pDst, Zmx32u step, ZmxiSize roi) {
@@ -77,3 +76,5 @@ ZmxStatus encodeSurface(const Zmx8u* pSrc, Zmx32u srcStep, ZmxiSize roi, Zmx8u* 
     }
     return zmxStsNoErr;
 }
+
+} // namespace zmx

@@ -7,9 +7,15 @@
 #include "psconvert.h"
 #include "psmul.h"
 
+namespace zmx {
+
 static void quantise(Zmx16s* block, const Zmx16u* table) {
     for (int i = 0; i < 64; ++i) block[i] = quantised(table[i], block[i]);
 }
+
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiDCTQuantFwd8x8_JPEG_16s_C1(const Zmx16s* pSrc, Zmx16s* pDst, const Zmx16u* pQuantFwdTable) {
     if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDst).ptr(pQuantFwdTable)) return bad;
@@ -22,10 +28,14 @@ ZmxStatus zmxiDCTQuantFwd8x8_JPEG_16s_C1I(Zmx16s* pSrcDst, const Zmx16u* pQuantF
     return zmxiDCTQuantFwd8x8_JPEG_16s_C1(pSrcDst, pSrcDst, pQuantFwdTable);
 }
 
+namespace zmx {
+
 // The order of the tests of all functions with a row step: the table comes last. Required.
 static ZmxStatus tested(const void* src, int srcStep, const void* dst, const void* table) {
     return Args().ptr(src).ptr(dst).step(srcStep).ptr(table);
 }
+
+} // namespace zmx
 
 ZmxStatus zmxiDCTQuantFwd8x8LS_JPEG_8u16s_C1R(const Zmx8u* pSrc, int srcStep, Zmx16s* pDst,
                                               const Zmx16u* pQuantFwdTable) {

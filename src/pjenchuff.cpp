@@ -9,15 +9,16 @@
 #include "pjfastwrite.h"
 #include "pjzigzagset.h"
 
+namespace zmx {
 namespace {
 
 // Feeds the symbols of a block: sink.dc and sink.ac take one with the category and the value behind it,
 // sink.bare one with none. The first status that is not zero ends the walk.
 template <class Sink> ZmxStatus walkBlock(const Zmx16s* pSrc, int diff, Sink& sink) {
     if (ZmxStatus failed = sink.dc(category(diff), diff)) return failed;
-    const std::uint64_t set = zigzagSet(pSrc, [](Zmx16s c) { return c != 0; }) & positions(1, 63);
+    const std::uint64_t set = zigzag::setOf(pSrc, [](Zmx16s c) { return c != 0; }) & zigzag::positions(1, 63);
     int next = 1; // behind the last coefficient coded
-    const ZmxStatus status = forEachPosition(set, [&](int k) -> ZmxStatus {
+    const ZmxStatus status = zigzag::forEach(set, [&](int k) -> ZmxStatus {
         int run = k - next;
         for (; run > 15; run -= 16)
             if (ZmxStatus failed = sink.bare(kZeroRun)) return failed;
@@ -54,11 +55,16 @@ template <bool Strict> struct FastSink {
     ZmxStatus bare(int symbol) { return coded(acTable.codes[symbol], 0, 0); }
 };
 
-// 64 coefficients of up to 32 bits with their code, an end of block, seven bits pending, and every byte
-// stuffed.
-constexpr int kWorstBlock = 2 * (64 * 32 + 16 + 7) / 8 + 2;
+// The bytes that a block may take: 64 coefficients with their codes (the symbol of 16 zeros stands in the place of
+// those), an end of block, seven bits pending, and every byte stuffed.
+constexpr int kWorstBlock = 519;
+static_assert(kWorstBlock >= 2 * ((64 * (kMostCodeBits + kMostValueBits) + kMostCodeBits + 7) / 8));
+static_assert(kMostCodeBits + kMostValueBits <= FastWriter::kMostBits);
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiEncodeHuffman8x8_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos,
                                              Zmx16s* pLastDC, const ZmxiEncodeHuffmanSpec* pDcTable,
@@ -92,6 +98,7 @@ ZmxStatus zmxiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* p
     return zmxStsNoErr;
 }
 
+namespace zmx {
 namespace {
 
 // Counts in place of writing. The limits of the categories have no counterpart in the encoders.
@@ -115,6 +122,7 @@ struct CountSink {
 };
 
 } // namespace
+} // namespace zmx
 
 ZmxStatus zmxiGetHuffmanStatistics8x8_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pDcStatistics, Zmx32u* pAcStatistics,
                                                   Zmx16s* pLastDC) {

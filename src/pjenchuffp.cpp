@@ -10,6 +10,7 @@
 #include "pjencwalk.h"
 #include "pjzigzagset.h"
 
+namespace zmx {
 namespace {
 
 constexpr int kMaxRun = 32767; // of blocks, the most that a symbol holds
@@ -78,9 +79,10 @@ Zmx16u shifted(Zmx16s c, int Al) { return Zmx16u(Zmx16u(c < 0 ? -c : c) >> Al); 
 
 template <class Sink>
 ZmxStatus firstBand(const Zmx16s* pSrc, int Ss, int Se, int Al, ZmxiEncodeHuffmanState& state, Sink& sink) {
-    const std::uint64_t set = zigzagSet(pSrc, [Al](Zmx16s c) { return shifted(c, Al) != 0; }) & positions(Ss, Se);
+    const std::uint64_t set =
+        zigzag::setOf(pSrc, [Al](Zmx16s c) { return shifted(c, Al) != 0; }) & zigzag::positions(Ss, Se);
     int next = Ss; // behind the last coefficient coded
-    const ZmxStatus status = forEachPosition(set, [&](int k) -> ZmxStatus {
+    const ZmxStatus status = zigzag::forEach(set, [&](int k) -> ZmxStatus {
         if (ZmxStatus failed = putRun(sink, state.eobRun)) return failed;
         int r = k - next;
         for (; r > 15; r -= 16)
@@ -98,9 +100,9 @@ ZmxStatus firstBand(const Zmx16s* pSrc, int Ss, int Se, int Al, ZmxiEncodeHuffma
 
 template <class Sink>
 ZmxStatus refineBand(const Zmx16s* pSrc, int Ss, int Se, int Al, ZmxiEncodeHuffmanState& state, Sink& sink) {
-    const std::uint64_t band = positions(Ss, Se);
-    const std::uint64_t known = zigzagSet(pSrc, [Al](Zmx16s c) { return shifted(c, Al) > 1; }) & band;
-    const std::uint64_t fresh = zigzagSet(pSrc, [Al](Zmx16s c) { return shifted(c, Al) == 1; }) & band;
+    const std::uint64_t band = zigzag::positions(Ss, Se);
+    const std::uint64_t known = zigzag::setOf(pSrc, [Al](Zmx16s c) { return shifted(c, Al) > 1; }) & band;
+    const std::uint64_t fresh = zigzag::setOf(pSrc, [Al](Zmx16s c) { return shifted(c, Al) == 1; }) & band;
     const int lastFresh = fresh ? 63 - std::countl_zero(fresh) : 0;
 
     Zmx8u* bits = state.correctionBits + state.correctionCount; // of this block, behind those of earlier ones
@@ -116,7 +118,7 @@ ZmxStatus refineBand(const Zmx16s* pSrc, int Ss, int Se, int Al, ZmxiEncodeHuffm
         bits = state.correctionBits;
         return zmxStsNoErr;
     };
-    const ZmxStatus status = forEachPosition(known | fresh, [&](int k) -> ZmxStatus {
+    const ZmxStatus status = zigzag::forEach(known | fresh, [&](int k) -> ZmxStatus {
         r += k - next;
         next = k + 1;
         // Behind the last fresh coefficient zeros are left to the end-of-band run, however many there are.
@@ -141,6 +143,9 @@ ZmxStatus refineBand(const Zmx16s* pSrc, int Ss, int Se, int Al, ZmxiEncodeHuffm
 constexpr int kMaxCategoryDC = 11;
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 // In all four encoders what a flush needs is tested first: it has no block. Required here.
 
@@ -219,6 +224,7 @@ ZmxStatus zmxiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(const Zmx16s* pSrc, Zm
     return zmxStsNoErr;
 }
 
+namespace zmx {
 namespace {
 
 using Band = ZmxStatus (*)(const Zmx16s*, int, int, int, ZmxiEncodeHuffmanState&, Count&);
@@ -237,6 +243,7 @@ ZmxStatus countBand(const Zmx16s* pSrc, Zmx32u* pAcStatistics, int Ss, int Se, i
 }
 
 } // namespace
+} // namespace zmx
 
 ZmxStatus zmxiGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pAcStatistics, int Ss, int Se,
                                                           int Al, ZmxiEncodeHuffmanState* pEncHuffState,

@@ -1,6 +1,8 @@
 // pjencpred.cpp - differences of lossless JPEG rows (ITU-T T.81, H.1.2.1). All sums go modulo 2^16.
 #include "pjpred.h"
 
+using namespace zmx;
+
 ZmxStatus zmxiDiffPredFirstRow_JPEG_16s_C1(const Zmx16s* pSrc, Zmx16s* pDst, int nWidth, int P, int Pt) {
     if (ZmxStatus bad = firstRowArgs(pSrc, pDst, nWidth, P, Pt)) return bad;
     pDst[0] = wrap16s(pSrc[0] - middle(P, Pt));

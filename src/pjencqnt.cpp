@@ -4,6 +4,8 @@
 #include "pjwrap.h"
 #include "psmul.h"
 
+using namespace zmx;
+
 ZmxStatus zmxiQuantFwdRawTableInit_JPEG_8u(Zmx8u* pQuantRawTable, int qualityFactor) {
     if (ZmxStatus bad = Args().ptr(pQuantRawTable).arg(qualityFactor < 1)) return bad;
     // From a quality of 100 up the scale is zero or negative, and every entry becomes 1.

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 
+namespace zmx {
 namespace {
 
 // What changes from position to position comes from a table, and rows go through it in runs: made from the position, it
@@ -31,7 +32,7 @@ template <class Down> void boxH(const Zmx8u* s, Zmx8u* d, int n, Down down) {
     }
 }
 
-// The two samples of a word of 16 bits.
+// The two samples of a word of 16 bits, whichever is the low byte.
 inline Zmx16u pairSum(const Zmx8u* s, int x) {
     const Zmx16u pair = load<Zmx16u>(s, x);
     return Zmx16u((pair & 255) + (pair >> 8));
@@ -44,6 +45,9 @@ template <class Term> void boxHV(const Zmx8u* s1, const Zmx8u* s2, Zmx8u* d, int
 constexpr int halfUp(int width) { return width / 2 + width % 2; }
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiSampleDownH2V1_JPEG_8u_C1R(const Zmx8u* pSrc, int srcStep, ZmxiSize srcRoiSize, Zmx8u* pDst, int dstStep,
                                          ZmxiSize dstRoiSize) {

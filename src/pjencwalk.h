@@ -3,6 +3,8 @@
 
 #include "zmxj.h"
 
+namespace zmx {
+
 inline constexpr int kZeroRun = 240; // the symbol of 16 zeros
 
 // The difference of a DC coefficient to its prediction, both behind an arithmetic shift by Al, and the next
@@ -13,3 +15,5 @@ inline int differenceDC(const Zmx16s* pSrc, Zmx16s* pLastDC, int Al = 0) {
     *pLastDC = Zmx16s(t);
     return diff;
 }
+
+} // namespace zmx

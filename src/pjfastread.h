@@ -11,6 +11,8 @@
 #include "pjdecwalk.h"
 #include "pjwords.h"
 
+namespace zmx {
+
 // What a reader with count bits holds once need of them have been asked for: a refill makes it the one number
 // from 25 to 32 that leaves whole bytes.
 constexpr int refilledBelow(int count, int need) { return count < need ? ((count - 1) & 7) + 25 : count; }
@@ -171,3 +173,5 @@ public:
         return true;
     }
 };
+
+} // namespace zmx

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstring>
 
+namespace zmx {
 namespace {
 
 constexpr int kMaxLength = 16; // the longest code
@@ -138,6 +139,10 @@ static ZmxStatus encodeHuffmanSpecInit(const Zmx8u* pListBits, const Zmx8u* pLis
 
 void ownpj_EncodeHuffmanStateInit(ZmxiEncodeHuffmanState* pEncHuffState) { *pEncHuffState = {}; }
 
+} // namespace zmx
+
+using namespace zmx;
+
 ZmxStatus zmxiDecodeHuffmanSpecGetBufSize_JPEG_8u(int* pSize) { return getBufSize<ZmxiDecodeHuffmanSpec>(pSize); }
 ZmxStatus zmxiDecodeHuffmanStateGetBufSize_JPEG_8u(int* pSize) { return getBufSize<ZmxiDecodeHuffmanState>(pSize); }
 ZmxStatus zmxiEncodeHuffmanSpecGetBufSize_JPEG_8u(int* pSize) { return getBufSize<ZmxiEncodeHuffmanSpec>(pSize); }
@@ -174,6 +179,7 @@ ZmxStatus zmxiDecodeHuffmanStateFree_JPEG_8u(ZmxiDecodeHuffmanState* pDecHuffSta
 ZmxStatus zmxiEncodeHuffmanSpecFree_JPEG_8u(ZmxiEncodeHuffmanSpec* pEncHuffSpec) { return release(pEncHuffSpec); }
 ZmxStatus zmxiEncodeHuffmanStateFree_JPEG_8u(ZmxiEncodeHuffmanState* pEncHuffState) { return release(pEncHuffState); }
 
+namespace zmx {
 namespace {
 
 constexpr int kReserved = 256;   // the symbol that keeps the code of all ones from being given out
@@ -229,6 +235,7 @@ void limitCodeSizes(Zmx8u (&bits)[kMaxCodeSize + 1]) {
 }
 
 } // namespace
+} // namespace zmx
 
 ZmxStatus zmxiEncodeHuffmanRawTableInit_JPEG_8u(const Zmx32s* pStatistics, Zmx8u* pListBits, Zmx8u* pListVals) {
     if (ZmxStatus bad = Args().ptr(pStatistics).ptr(pListBits).ptr(pListVals)) return bad;

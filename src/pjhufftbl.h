@@ -21,8 +21,6 @@ struct ZmxiDecodeHuffmanSpec {
 };
 static_assert(sizeof(ZmxiDecodeHuffmanSpec) == 1644);
 
-inline constexpr Zmx16u kNoCode = 65535;
-
 struct ZmxiEncodeHuffmanSpec {
     Zmx32u codes[256]; // by symbol: code | length << 16; 0: the symbol has no code
 };
@@ -47,6 +45,11 @@ struct ZmxiEncodeHuffmanState {
 };
 static_assert(sizeof(ZmxiEncodeHuffmanState) == 1044);
 
+namespace zmx {
+
+// In ZmxiDecodeHuffmanSpec::maxCode: no code has that length.
+inline constexpr Zmx16u kNoCode = 65535;
+
 // Zeroes every field.
 void ownpj_EncodeHuffmanStateInit(ZmxiEncodeHuffmanState* pEncHuffState);
 ZmxStatus ownpj_DecodeHuffmanSpecInit(const Zmx8u* pListBits, const Zmx8u* pListVals,
@@ -65,3 +68,5 @@ inline constexpr auto own_pj_extend_test = tableOf<16>([](int n) { return Zmx32s
 inline constexpr auto own_pj_twoexpnminusone = own_pj_extend_test;
 static_assert(own_pj_csize[0] == 0 && own_pj_csize[3] == 2 && own_pj_csize[255] == 8 && own_pj_eobsize[1] == 0 &&
               own_pj_eobsize[511] == 8 && own_pj_lowest_coef[15] == -32767 && own_pj_extend_test[15] == 16384);
+
+} // namespace zmx

@@ -3,6 +3,8 @@
 
 #include "pjrows.h"
 
+namespace zmx {
+
 void ownpj_Add128_JPEG_16s8u_C1R(const Zmx16s* pSrc, int srcStep, Zmx8u* pDst, int dstStep, ZmxiSize roiSize);
 void ownpj_Sub128_JPEG_8u16s_C1R(const Zmx8u* pSrc, int srcStep, Zmx16s* pDst, int dstStep, ZmxiSize roiSize);
 
@@ -15,3 +17,5 @@ constexpr Zmx16s shiftedUp(Zmx16s v) { return Zmx16s(lesser(greater(v, -128), 12
 
 // A sample minus 128: no saturation is possible.
 constexpr Zmx16s shiftedDown(Zmx8u v) { return Zmx16s(v - 128); }
+
+} // namespace zmx

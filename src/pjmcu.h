@@ -3,6 +3,8 @@
 
 #include "zmxj.h"
 
+namespace zmx {
+
 // A unit whose chroma has a half of its luma's width (ShiftX 1) or height (ShiftY 1), or as much (0).
 template <int ShiftX, int ShiftY> struct Unit {
     static constexpr int shiftX = ShiftX, shiftY = ShiftY;
@@ -15,3 +17,5 @@ template <int ShiftX, int ShiftY> struct Unit {
 using Unit444 = Unit<0, 0>;
 using Unit422 = Unit<1, 0>;
 using Unit411 = Unit<1, 1>;
+
+} // namespace zmx

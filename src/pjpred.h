@@ -4,6 +4,8 @@
 #include "pjargs.h"
 #include "pjwrap.h"
 
+namespace zmx {
+
 // Calls row with the prediction of a predictor from Ra to the left, Rb above and Rc above Ra, of which the
 // low 16 bits count. The predictor is chosen once a row, and each has a loop of its own.
 template <class Row> void withPredictor(int predictor, Row row) {
@@ -36,3 +38,5 @@ inline Args firstRowArgs(const Zmx16s* pSrc, const Zmx16s* pDst, int nWidth, int
 inline Args rowArgs(const Zmx16s* pSrc, const Zmx16s* pPrevRow, const Zmx16s* pDst, int nWidth, int predictor) {
     return Args().ptr(pSrc).ptr(pPrevRow).ptr(pDst).size(nWidth).arg(predictor < 1 || predictor > 7);
 }
+
+} // namespace zmx

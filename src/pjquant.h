@@ -3,6 +3,8 @@
 
 #include "pjwrap.h"
 
+namespace zmx {
+
 // The product saturated to 16 bits: its low half where the high half is but the sign of it.
 inline Zmx16s dequantised(Zmx16s a, Zmx16s b) {
     const int p = a * b;
@@ -25,3 +27,5 @@ inline Zmx16s quantised(Zmx16u reciprocal, Zmx16s coefficient) {
     const Zmx16s outside = Zmx16s(Zmx16s((high ^ 2 * high) | (wrapped & ~coefficient)) >> 15);
     return Zmx16s((extreme & outside) | (wrapped & ~outside));
 }
+
+} // namespace zmx

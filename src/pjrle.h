@@ -10,6 +10,8 @@
 #include <cstdint>
 #include <type_traits>
 
+namespace zmx {
+
 // Covers n bytes by two spans of one fixed size, the second flush with the end; they overlap where n is less than both.
 template <class Span> inline void bySpans(std::ptrdiff_t n, Span span) {
     const auto both = [&](auto size) {
@@ -43,3 +45,5 @@ inline void copyBytes(const Zmx8u* src, Zmx8u* dst, std::ptrdiff_t n) {
 inline void setBytes(Zmx8u val, Zmx8u* dst, std::ptrdiff_t n) {
     bySpans(n, [=](std::ptrdiff_t at, auto size) { std::memset(dst + at, val, size); });
 }
+
+} // namespace zmx

@@ -5,6 +5,8 @@
 
 #include <cfloat>
 
+namespace zmx {
+
 // The extended precision of the float paths: a 64-bit significand where the platform has one.
 #if LDBL_MANT_DIG == 64
 using Extended = long double;
@@ -23,3 +25,5 @@ inline Zmx32f rounded(Zmx32f v) {
     return held;
 #endif
 }
+
+} // namespace zmx

@@ -2,6 +2,7 @@
 #include "pjargs.h"
 #include "pjrows.h"
 
+namespace zmx {
 namespace {
 
 // A length below 1 is reported as a bad step: required. The two planes themselves are not tested.
@@ -22,6 +23,9 @@ void join(const Zmx8u* second, const Zmx8u* first, Zmx8u* samples, int len) {
 }
 
 } // namespace
+} // namespace zmx
+
+using namespace zmx;
 
 ZmxStatus zmxiSplitRow_TIFF_16u8u_C1(const Zmx16u* pSrc, Zmx8u* const pDst[2], int len) {
     if (ZmxStatus bad = rowArgs(pSrc, pDst, len)) return bad;

@@ -3,8 +3,12 @@
 
 #include "pjargs.h"
 
+namespace zmx {
+
 // Source and destination each with pointer, step and size in a row: required. The source size plays no further part.
 inline Args rectangleArgs(const void* src, int srcStep, ZmxiSize srcRoi, const void* dst, int dstStep,
                           ZmxiSize dstRoi) {
     return Args().ptr(src).step(srcStep).size(srcRoi).ptr(dst).step(dstStep).size(dstRoi);
 }
+
+} // namespace zmx

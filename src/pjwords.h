@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+namespace zmx {
+
 // The compiler makes one load or store and a byte swap of these.
 inline std::uint64_t loadBigEndian(const Zmx8u* p) {
     return std::uint64_t(p[0]) << 56 | std::uint64_t(p[1]) << 48 | std::uint64_t(p[2]) << 40 |
@@ -22,3 +24,5 @@ inline void storeBigEndian(Zmx8u* p, std::uint64_t word) {
 // Whether a byte of the word is 0xFF: a zero byte of its complement.
 inline bool hasFF(std::uint64_t word) { return ((~word - 0x0101010101010101u) & word & 0x8080808080808080u) != 0; }
 inline bool hasFF(Zmx32u word) { return ((~word - 0x01010101u) & word & 0x80808080u) != 0; }
+
+} // namespace zmx

@@ -4,6 +4,7 @@
 // The steps stand in the order in which they are taken, since each one rounds.
 #include "pjxrpct.h"
 
+namespace zmx::pct {
 namespace {
 
 inline void rotate(Sample& p, Sample& q, Sample& s, Sample& u) {
@@ -37,7 +38,7 @@ inline void rotateTwice(Sample& a, Sample& b, Sample& c, Sample& d) {
     d = d - a;
 }
 
-[[gnu::always_inline]] inline void forward(PctBlock& block) {
+[[gnu::always_inline]] inline void forward(Block& block) {
     auto& m = block.m;
     butterfly(m[0][0], m[0][3], m[3][0], m[3][3], 0);
     butterfly(m[0][1], m[0][2], m[3][1], m[3][2], 0);
@@ -50,16 +51,19 @@ inline void rotateTwice(Sample& a, Sample& b, Sample& c, Sample& d) {
 }
 
 void owniPCTFwd_HDP_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep, ZmxiSize roiSize) {
-    pctRectangle<forward>(pSrcDst, srcDstStep, roiSize);
+    rectangle<forward>(pSrcDst, srcDstStep, roiSize);
 }
 
 ZmxStatus fixedSize(Zmx32s* pSrcDst, int srcDstStep, ZmxiSize size) {
-    if (ZmxStatus bad = pctFixedArgs(pSrcDst, srcDstStep, size)) return bad;
+    if (ZmxStatus bad = fixedArgs(pSrcDst, srcDstStep, size)) return bad;
     owniPCTFwd_HDP_32s_C1IR(pSrcDst, srcDstStep, size);
     return zmxStsNoErr;
 }
 
 } // namespace
+} // namespace zmx::pct
+
+using namespace zmx::pct;
 
 ZmxStatus zmxiPCTFwd16x16_HDP_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep) {
     return fixedSize(pSrcDst, srcDstStep, {16, 16});
@@ -70,7 +74,7 @@ ZmxStatus zmxiPCTFwd8x16_HDP_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep) {
 ZmxStatus zmxiPCTFwd8x8_HDP_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep) { return fixedSize(pSrcDst, srcDstStep, {8, 8}); }
 
 ZmxStatus zmxiPCTFwd_HDP_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep, ZmxiSize roiSize) {
-    if (ZmxStatus bad = pctArgs(pSrcDst, srcDstStep, roiSize)) return bad;
+    if (ZmxStatus bad = rectangleArgs(pSrcDst, srcDstStep, roiSize)) return bad;
     owniPCTFwd_HDP_32s_C1IR(pSrcDst, srcDstStep, roiSize);
     return zmxStsNoErr;
 }

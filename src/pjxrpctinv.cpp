@@ -4,6 +4,7 @@
 // The steps stand in the order in which they are taken, since each one rounds.
 #include "pjxrpct.h"
 
+namespace zmx::pct {
 namespace {
 
 inline void rotateBack(Sample& p, Sample& q, Sample& s, Sample& u) {
@@ -37,7 +38,7 @@ inline void rotateTwiceBack(Sample& a, Sample& b, Sample& c, Sample& d) {
     c = 0 - c;
 }
 
-[[gnu::always_inline]] inline void inverse(PctBlock& block) {
+[[gnu::always_inline]] inline void inverse(Block& block) {
     auto& m = block.m;
     rotateBack(m[0][2], m[0][3], m[1][2], m[1][3]);
     rotateBack(m[2][0], m[3][0], m[2][1], m[3][1]); // the same, transposed
@@ -50,16 +51,19 @@ inline void rotateTwiceBack(Sample& a, Sample& b, Sample& c, Sample& d) {
 }
 
 void owniPCTInv_HDP_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep, ZmxiSize roiSize) {
-    pctRectangle<inverse>(pSrcDst, srcDstStep, roiSize);
+    rectangle<inverse>(pSrcDst, srcDstStep, roiSize);
 }
 
 ZmxStatus fixedSize(Zmx32s* pSrcDst, int srcDstStep, ZmxiSize size) {
-    if (ZmxStatus bad = pctFixedArgs(pSrcDst, srcDstStep, size)) return bad;
+    if (ZmxStatus bad = fixedArgs(pSrcDst, srcDstStep, size)) return bad;
     owniPCTInv_HDP_32s_C1IR(pSrcDst, srcDstStep, size);
     return zmxStsNoErr;
 }
 
 } // namespace
+} // namespace zmx::pct
+
+using namespace zmx::pct;
 
 ZmxStatus zmxiPCTInv16x16_HDP_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep) {
     return fixedSize(pSrcDst, srcDstStep, {16, 16});
@@ -70,7 +74,7 @@ ZmxStatus zmxiPCTInv8x16_HDP_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep) {
 ZmxStatus zmxiPCTInv8x8_HDP_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep) { return fixedSize(pSrcDst, srcDstStep, {8, 8}); }
 
 ZmxStatus zmxiPCTInv_HDP_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep, ZmxiSize roiSize) {
-    if (ZmxStatus bad = pctArgs(pSrcDst, srcDstStep, roiSize)) return bad;
+    if (ZmxStatus bad = rectangleArgs(pSrcDst, srcDstStep, roiSize)) return bad;
     owniPCTInv_HDP_32s_C1IR(pSrcDst, srcDstStep, roiSize);
     return zmxStsNoErr;
 }

@@ -3,9 +3,13 @@
 
 #include "zmxcore.h"
 
+namespace zmx {
+
 Zmx8u* zmxsMalloc_8u(int len) {
     if (len < 1) return nullptr;
     return static_cast<Zmx8u*>(zmxMalloc(len));
 }
 
 void zmxsFree(void* ptr) { zmxFree(ptr); }
+
+} // namespace zmx

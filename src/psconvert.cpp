@@ -8,6 +8,8 @@
 #include <cmath>
 #include <limits>
 
+namespace zmx {
+
 template <class T> static ZmxStatus widen(const T* src, Zmx32f* dst, int len) {
     if (ZmxStatus bad = Args().ptr(src).ptr(dst).size(len)) return bad;
     for (int i = 0; i < len; ++i) dst[i] = Zmx32f(src[i]);
@@ -74,3 +76,5 @@ ZmxStatus zmxsConvert_32f16s_Sfs(const Zmx32f* pSrc, Zmx16s* pDst, int len, ZmxR
 ZmxStatus zmxsConvert_32f16u_Sfs(const Zmx32f* pSrc, Zmx16u* pDst, int len, ZmxRoundMode rndMode, int scaleFactor) {
     return convert(pSrc, pDst, len, rndMode, scaleFactor);
 }
+
+} // namespace zmx

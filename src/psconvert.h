@@ -5,6 +5,8 @@
 
 #include "zmxj.h"
 
+namespace zmx {
+
 // How a float becomes an integer; every value but the first two means zmxRndFinancial.
 enum ZmxRoundMode : Zmx32s {
     zmxRndZero = 0,      // towards zero
@@ -18,3 +20,5 @@ ZmxStatus zmxsConvert_16u32f(const Zmx16u* pSrc, Zmx32f* pDst, int len);
 // Each element times two to the power of minus scaleFactor, rounded and saturated; a NaN gives 0.
 ZmxStatus zmxsConvert_32f16s_Sfs(const Zmx32f* pSrc, Zmx16s* pDst, int len, ZmxRoundMode rndMode, int scaleFactor);
 ZmxStatus zmxsConvert_32f16u_Sfs(const Zmx32f* pSrc, Zmx16u* pDst, int len, ZmxRoundMode rndMode, int scaleFactor);
+
+} // namespace zmx

@@ -4,6 +4,8 @@
 #include "pjargs.h"
 #include "pjcopy.h"
 
+namespace zmx {
+
 ZmxStatus zmxsZero_8u(Zmx8u* pDst, int len) {
     if (ZmxStatus bad = Args().ptr(pDst).size(len)) return bad;
     ownsZero_8u(pDst, len);
@@ -46,3 +48,5 @@ Zmx8u* ownsCopy_8u(const Zmx8u* pSrc, Zmx8u* pDst, int len) {
     if (len > 0) copyForward<Zmx8u>(pSrc, pDst, len);
     return pDst;
 }
+
+} // namespace zmx

@@ -6,6 +6,8 @@
 
 #include "zmxj.h"
 
+namespace zmx {
+
 ZmxStatus zmxsZero_8u(Zmx8u* pDst, int len);
 ZmxStatus zmxsZero_16s(Zmx16s* pDst, int len);
 ZmxStatus zmxsSet_8u(Zmx8u val, Zmx8u* pDst, int len);
@@ -18,3 +20,5 @@ Zmx8u* ownsZero_8u(Zmx8u* pDst, int len); // returns pDst
 void ownsSet_8u(Zmx8u val, Zmx8u* pDst, int len);
 void ownsSet_32s(Zmx32s val, Zmx32s* pDst, int len);
 Zmx8u* ownsCopy_8u(const Zmx8u* pSrc, Zmx8u* pDst, int len); // returns pDst
+
+} // namespace zmx

@@ -6,6 +6,8 @@
 #include "pjround.h"
 #include "pscopyca.h"
 
+namespace zmx {
+
 ZmxStatus zmxsAddC_32f_I(Zmx32f val, Zmx32f* pSrcDst, int len) {
     if (ZmxStatus bad = Args().ptr(pSrcDst).size(len)) return bad;
     if (val == 0) return zmxStsNoErr; // required: even signalling NaNs and minus zeros stay
@@ -108,3 +110,5 @@ ZmxStatus zmxsDivCRev_16u(const Zmx16u* pSrc, Zmx16u val, Zmx16u* pDst, int len)
 ZmxStatus zmxsDivCRev_16u_I(Zmx16u val, Zmx16u* pSrcDst, int len) {
     return zmxsDivCRev_16u(pSrcDst, val, pSrcDst, len);
 }
+
+} // namespace zmx

@@ -5,6 +5,8 @@
 
 #include "zmxj.h"
 
+namespace zmx {
+
 // A val of 0.0 returns at once and leaves the data untouched, whatever it holds.
 ZmxStatus zmxsAddC_32f_I(Zmx32f val, Zmx32f* pSrcDst, int len);
 ZmxStatus zmxsSubC_32f_I(Zmx32f val, Zmx32f* pSrcDst, int len);
@@ -23,3 +25,5 @@ ZmxStatus zmxsMul_16u16s_Sfs(const Zmx16u* pSrc1, const Zmx16s* pSrc2, Zmx16s* p
 // warning zmxStsDivByZero.
 ZmxStatus zmxsDivCRev_16u(const Zmx16u* pSrc, Zmx16u val, Zmx16u* pDst, int len);
 ZmxStatus zmxsDivCRev_16u_I(Zmx16u val, Zmx16u* pSrcDst, int len);
+
+} // namespace zmx

@@ -1,5 +1,5 @@
 // libzmxcore: memory, and the count of processors that a process may use.
-#include "threads.h"
+#include "linux.h"
 #include "zmxcore.h"
 
 #include <climits>
@@ -9,6 +9,8 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <sched.h>
+
+using namespace zmx;
 
 TEST(CoreMemory, BlocksAreAlignedTo64Bytes) {
     for (int len : {1, 2, 63, 64, 65, 1000, 1 << 20}) {

@@ -15,6 +15,8 @@
 #include <functional>
 #include <limits>
 
+using namespace zmx;
+
 namespace {
 
 constexpr Zmx32f kInfinity = std::numeric_limits<Zmx32f>::infinity();
@@ -233,13 +235,11 @@ TEST(Copying, AnyBitsOf32) {
 
 namespace {
 
-constexpr ArgTest kNull{1, zmxStsNullPtrErr}, kLength{3, zmxStsSizeErr}, kStep{3, zmxStsStepErr};
-
 // A vector function: null pointers in order, then the length. call(bad) makes the call.
 template <class Call> void vectorOrder(int pointers, Call call) {
-    std::vector<ArgTest> tests(std::size_t(pointers), kNull);
-    tests.push_back(kLength);
-    everyBadCombination(tests, call);
+    std::vector<ZmxStatus> tests(std::size_t(pointers), kNull);
+    tests.push_back(kSize);
+    checkOrder(tests, call);
 }
 
 struct Buffers {
@@ -249,9 +249,7 @@ struct Buffers {
         std::memset(b, 0x42, 64);
         std::memset(c, 0x43, 64);
     }
-    template <class T> T* at(Zmx8u (Buffers::*m)[64], int bad) {
-        return bad ? nullptr : reinterpret_cast<T*>(this->*m);
-    }
+    template <class T> T* at(Zmx8u (Buffers::*m)[64]) { return reinterpret_cast<T*>(this->*m); }
     void expectUntouched() const {
         for (int i = 0; i < 64; ++i) {
             ASSERT_EQ(a[i], 0x41);
@@ -268,51 +266,54 @@ TEST(ArgumentOrder, Vectors) {
     const auto A = &Buffers::a;
     const auto B = &Buffers::b;
     const auto C = &Buffers::c;
-    using Bad = const std::vector<int>&;
-    vectorOrder(1, [&](Bad bad) { return zmxsZero_8u(m.at<Zmx8u>(A, bad[0]), badNumber(bad[1], 4)); });
-    vectorOrder(1, [&](Bad bad) { return zmxsZero_16s(m.at<Zmx16s>(A, bad[0]), badNumber(bad[1], 4)); });
-    vectorOrder(1, [&](Bad bad) { return zmxsSet_8u(1, m.at<Zmx8u>(A, bad[0]), badNumber(bad[1], 4)); });
-    vectorOrder(
-        2, [&](Bad bad) { return zmxsCopy_8u(m.at<Zmx8u>(A, bad[0]), m.at<Zmx8u>(B, bad[1]), badNumber(bad[2], 4)); });
-    vectorOrder(2, [&](Bad bad) {
-        return zmxsConvert_16s32f(m.at<Zmx16s>(A, bad[0]), m.at<Zmx32f>(B, bad[1]), badNumber(bad[2], 4));
+    vectorOrder(1, [&](const Bad& bad) { return zmxsZero_8u(bad.null(0, m.at<Zmx8u>(A)), bad.below1(1, 4)); });
+    vectorOrder(1, [&](const Bad& bad) { return zmxsZero_16s(bad.null(0, m.at<Zmx16s>(A)), bad.below1(1, 4)); });
+    vectorOrder(1, [&](const Bad& bad) { return zmxsSet_8u(1, bad.null(0, m.at<Zmx8u>(A)), bad.below1(1, 4)); });
+    vectorOrder(2, [&](const Bad& bad) {
+        return zmxsCopy_8u(bad.null(0, m.at<Zmx8u>(A)), bad.null(1, m.at<Zmx8u>(B)), bad.below1(2, 4));
     });
-    vectorOrder(2, [&](Bad bad) {
-        return zmxsConvert_16u32f(m.at<Zmx16u>(A, bad[0]), m.at<Zmx32f>(B, bad[1]), badNumber(bad[2], 4));
+    vectorOrder(2, [&](const Bad& bad) {
+        return zmxsConvert_16s32f(bad.null(0, m.at<Zmx16s>(A)), bad.null(1, m.at<Zmx32f>(B)), bad.below1(2, 4));
     });
-    vectorOrder(2, [&](Bad bad) {
-        return zmxsConvert_32f16s_Sfs(m.at<Zmx32f>(A, bad[0]), m.at<Zmx16s>(B, bad[1]), badNumber(bad[2], 4),
+    vectorOrder(2, [&](const Bad& bad) {
+        return zmxsConvert_16u32f(bad.null(0, m.at<Zmx16u>(A)), bad.null(1, m.at<Zmx32f>(B)), bad.below1(2, 4));
+    });
+    vectorOrder(2, [&](const Bad& bad) {
+        return zmxsConvert_32f16s_Sfs(bad.null(0, m.at<Zmx32f>(A)), bad.null(1, m.at<Zmx16s>(B)), bad.below1(2, 4),
                                       zmxRndNear, 0);
     });
-    vectorOrder(2, [&](Bad bad) {
-        return zmxsConvert_32f16u_Sfs(m.at<Zmx32f>(A, bad[0]), m.at<Zmx16u>(B, bad[1]), badNumber(bad[2], 4),
+    vectorOrder(2, [&](const Bad& bad) {
+        return zmxsConvert_32f16u_Sfs(bad.null(0, m.at<Zmx32f>(A)), bad.null(1, m.at<Zmx16u>(B)), bad.below1(2, 4),
                                       zmxRndNear, 3);
     });
     // A constant of 0.0 does not save the tests.
     for (const Zmx32f val : {0.0f, 1.0f}) {
-        vectorOrder(1, [&](Bad bad) { return zmxsAddC_32f_I(val, m.at<Zmx32f>(A, bad[0]), badNumber(bad[1], 4)); });
-        vectorOrder(1, [&](Bad bad) { return zmxsSubC_32f_I(val, m.at<Zmx32f>(A, bad[0]), badNumber(bad[1], 4)); });
+        vectorOrder(
+            1, [&](const Bad& bad) { return zmxsAddC_32f_I(val, bad.null(0, m.at<Zmx32f>(A)), bad.below1(1, 4)); });
+        vectorOrder(
+            1, [&](const Bad& bad) { return zmxsSubC_32f_I(val, bad.null(0, m.at<Zmx32f>(A)), bad.below1(1, 4)); });
     }
-    vectorOrder(2, [&](Bad bad) {
-        return zmxsMul_32f_I(m.at<Zmx32f>(A, bad[0]), m.at<Zmx32f>(B, bad[1]), badNumber(bad[2], 4));
+    vectorOrder(2, [&](const Bad& bad) {
+        return zmxsMul_32f_I(bad.null(0, m.at<Zmx32f>(A)), bad.null(1, m.at<Zmx32f>(B)), bad.below1(2, 4));
     });
-    vectorOrder(3, [&](Bad bad) {
-        return zmxsMul_16s(m.at<Zmx16s>(A, bad[0]), m.at<Zmx16s>(B, bad[1]), m.at<Zmx16s>(C, bad[2]),
-                           badNumber(bad[3], 4));
+    vectorOrder(3, [&](const Bad& bad) {
+        return zmxsMul_16s(bad.null(0, m.at<Zmx16s>(A)), bad.null(1, m.at<Zmx16s>(B)), bad.null(2, m.at<Zmx16s>(C)),
+                           bad.below1(3, 4));
     });
-    vectorOrder(2, [&](Bad bad) {
-        return zmxsMul_16s_I(m.at<Zmx16s>(A, bad[0]), m.at<Zmx16s>(B, bad[1]), badNumber(bad[2], 4));
+    vectorOrder(2, [&](const Bad& bad) {
+        return zmxsMul_16s_I(bad.null(0, m.at<Zmx16s>(A)), bad.null(1, m.at<Zmx16s>(B)), bad.below1(2, 4));
     });
     for (int scale : {0, 1, 15, 32, -3, -20})
-        vectorOrder(3, [&](Bad bad) {
-            return zmxsMul_16u16s_Sfs(m.at<Zmx16u>(A, bad[0]), m.at<Zmx16s>(B, bad[1]), m.at<Zmx16s>(C, bad[2]),
-                                      badNumber(bad[3], 4), scale);
+        vectorOrder(3, [&](const Bad& bad) {
+            return zmxsMul_16u16s_Sfs(bad.null(0, m.at<Zmx16u>(A)), bad.null(1, m.at<Zmx16s>(B)),
+                                      bad.null(2, m.at<Zmx16s>(C)), bad.below1(3, 4), scale);
         });
     for (const Zmx16u val : {Zmx16u(0), Zmx16u(5)}) {
-        vectorOrder(2, [&](Bad bad) {
-            return zmxsDivCRev_16u(m.at<Zmx16u>(A, bad[0]), val, m.at<Zmx16u>(B, bad[1]), badNumber(bad[2], 4));
+        vectorOrder(2, [&](const Bad& bad) {
+            return zmxsDivCRev_16u(bad.null(0, m.at<Zmx16u>(A)), val, bad.null(1, m.at<Zmx16u>(B)), bad.below1(2, 4));
         });
-        vectorOrder(1, [&](Bad bad) { return zmxsDivCRev_16u_I(val, m.at<Zmx16u>(A, bad[0]), badNumber(bad[1], 4)); });
+        vectorOrder(
+            1, [&](const Bad& bad) { return zmxsDivCRev_16u_I(val, bad.null(0, m.at<Zmx16u>(A)), bad.below1(1, 4)); });
     }
     m.expectUntouched();
 }
@@ -321,48 +322,46 @@ TEST(ArgumentOrder, Rectangles) {
     alignas(16) Buffers m;
     const auto A = &Buffers::a;
     const auto B = &Buffers::b;
-    using Bad = const std::vector<int>&;
     // Sizes before steps.
-    everyBadCombination({kNull, kNull, kLength, kLength, kStep, kStep}, [&](Bad bad) {
-        return zmxiConvert_8u16u_C1R(m.at<Zmx8u>(A, bad[0]), badNumber(bad[4], 8), m.at<Zmx16u>(B, bad[1]),
-                                     badNumber(bad[5], 8), {badNumber(bad[2], 4), badNumber(bad[3], 2)});
+    checkOrder({kNull, kNull, kSize, kSize, kStep, kStep}, [&](const Bad& bad) {
+        return zmxiConvert_8u16u_C1R(bad.null(0, m.at<Zmx8u>(A)), bad.below1(4, 8), bad.null(1, m.at<Zmx16u>(B)),
+                                     bad.below1(5, 8), {bad.below1(2, 4), bad.below1(3, 2)});
     });
     // No step is tested: a good one or a bad one changes nothing.
     for (int step : {8, 0, -1})
-        everyBadCombination({kNull, kNull, kLength, kLength}, [&](Bad bad) {
-            const ZmxiSize roi{badNumber(bad[2], 4), badNumber(bad[3], 2)};
-            const ZmxStatus st = zmxiCopy_32f_C1R(m.at<Zmx32f>(A, bad[0]), step, m.at<Zmx32f>(B, bad[1]), step, roi);
-            EXPECT_EQ(zmxiCopy_16s_C1R(m.at<Zmx16s>(A, bad[0]), step, m.at<Zmx16s>(B, bad[1]), step, roi), st);
+        checkOrder({kNull, kNull, kSize, kSize}, [&](const Bad& bad) {
+            const ZmxiSize roi{bad.below1(2, 4), bad.below1(3, 2)};
+            const ZmxStatus st =
+                zmxiCopy_32f_C1R(bad.null(0, m.at<Zmx32f>(A)), step, bad.null(1, m.at<Zmx32f>(B)), step, roi);
+            EXPECT_EQ(zmxiCopy_16s_C1R(bad.null(0, m.at<Zmx16s>(A)), step, bad.null(1, m.at<Zmx16s>(B)), step, roi),
+                      st);
             return st;
         });
     // Steps before sizes.
-    everyBadCombination({kNull, kNull, kStep, kStep, kLength, kLength}, [&](Bad bad) {
-        return zmxiAndC_32s_C1R(m.at<Zmx32s>(A, bad[0]), badNumber(bad[2], 8), 1, m.at<Zmx32s>(B, bad[1]),
-                                badNumber(bad[3], 8), {badNumber(bad[4], 2), badNumber(bad[5], 2)});
+    checkOrder({kNull, kNull, kStep, kStep, kSize, kSize}, [&](const Bad& bad) {
+        return zmxiAndC_32s_C1R(bad.null(0, m.at<Zmx32s>(A)), bad.below1(2, 8), 1, bad.null(1, m.at<Zmx32s>(B)),
+                                bad.below1(3, 8), {bad.below1(4, 2), bad.below1(5, 2)});
     });
-    everyBadCombination({kNull, kStep, kLength, kLength}, [&](Bad bad) {
-        return zmxiAndC_32s_C1IR(1, m.at<Zmx32s>(A, bad[0]), badNumber(bad[1], 8),
-                                 {badNumber(bad[2], 2), badNumber(bad[3], 2)});
+    checkOrder({kNull, kStep, kSize, kSize}, [&](const Bad& bad) {
+        return zmxiAndC_32s_C1IR(1, bad.null(0, m.at<Zmx32s>(A)), bad.below1(1, 8),
+                                 {bad.below1(2, 2), bad.below1(3, 2)});
     });
     // The mode before all else, sizes before steps.
-    const ArgTest mode{7, zmxStsNotSupportedModeErr};
-    const auto modeOf = [](int bad) {
-        const int v[] = {4, 1, 2, 3, 5, -1, 0x10000, 0x104};
-        return ZmxCmpOp(v[bad]);
-    };
-    everyBadCombination({mode, kNull, kNull, kLength, kLength, kStep, kStep}, [&](Bad bad) {
-        const ZmxiSize roi{badNumber(bad[3], 4), badNumber(bad[4], 2)};
+    constexpr ZmxStatus mode = zmxStsNotSupportedModeErr;
+    const auto modeOf = [](const Bad& bad) { return ZmxCmpOp(bad.any(0, 4, {1, 2, 3, 5, -1, 0x10000, 0x104})); };
+    checkOrder({mode, kNull, kNull, kSize, kSize, kStep, kStep}, [&](const Bad& bad) {
+        const ZmxiSize roi{bad.below1(3, 4), bad.below1(4, 2)};
         const ZmxStatus st =
-            zmxiThreshold_Val_16u_C1R(m.at<Zmx16u>(A, bad[1]), badNumber(bad[5], 8), m.at<Zmx16u>(B, bad[2]),
-                                      badNumber(bad[6], 8), roi, 3, 4, modeOf(bad[0]));
-        EXPECT_EQ(zmxiThreshold_16u_C1R(m.at<Zmx16u>(A, bad[1]), badNumber(bad[5], 8), m.at<Zmx16u>(B, bad[2]),
-                                        badNumber(bad[6], 8), roi, 3, modeOf(bad[0])),
+            zmxiThreshold_Val_16u_C1R(bad.null(1, m.at<Zmx16u>(A)), bad.below1(5, 8), bad.null(2, m.at<Zmx16u>(B)),
+                                      bad.below1(6, 8), roi, 3, 4, modeOf(bad));
+        EXPECT_EQ(zmxiThreshold_16u_C1R(bad.null(1, m.at<Zmx16u>(A)), bad.below1(5, 8), bad.null(2, m.at<Zmx16u>(B)),
+                                        bad.below1(6, 8), roi, 3, modeOf(bad)),
                   st);
         return st;
     });
-    everyBadCombination({mode, kNull, kLength, kLength, kStep}, [&](Bad bad) {
-        return zmxiThreshold_16u_C1IR(m.at<Zmx16u>(A, bad[1]), badNumber(bad[4], 8),
-                                      {badNumber(bad[2], 4), badNumber(bad[3], 2)}, 3, modeOf(bad[0]));
+    checkOrder({mode, kNull, kSize, kSize, kStep}, [&](const Bad& bad) {
+        return zmxiThreshold_16u_C1IR(bad.null(1, m.at<Zmx16u>(A)), bad.below1(4, 8),
+                                      {bad.below1(2, 4), bad.below1(3, 2)}, 3, modeOf(bad));
     });
     m.expectUntouched();
 }

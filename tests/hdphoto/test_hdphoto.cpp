@@ -1,6 +1,6 @@
 // The HD Photo core transform: known blocks, the inverse, wrap-around, steps of every kind, and the order of argument tests.
 #include "tests/hdphoto/model/photo.h"
-#include "tests/support/argorder.h"
+#include "tests/support/arguments.h"
 #include "tests/support/digest.h"
 #include "tests/support/guarded.h"
 #include "tests/support/rng.h"
@@ -225,11 +225,11 @@ TEST(HdPhoto, ArgumentsOfTheFixedSizes) {
         const int least = 4 * f.size.width;
         Guarded<Zmx32s> plane(std::size_t(f.size.width * f.size.height));
         plane.fill(5);
-        EXPECT_EQ(f.run(nullptr, least), zmxStsNullPtrErr) << f.name;
-        EXPECT_EQ(f.run(nullptr, 0), zmxStsNullPtrErr) << f.name << ": the pointer is tested first";
+        SCOPED_TRACE(f.name);
+        checkOrder({kNull, kStep}, [&](const Bad& bad) {
+            return f.run(bad.null(0, plane.data()), bad.any(1, least, {0, 1, least / 2, least - 4, least - 1}));
+        });
         EXPECT_EQ(f.run(nullptr, -1), zmxStsNullPtrErr) << f.name;
-        for (int step : {0, 1, least / 2, least - 4, least - 1})
-            EXPECT_EQ(f.run(plane.data(), step), zmxStsStepErr) << f.name << ", step " << step;
         EXPECT_EQ(plane.copy(), Block(plane.size(), 5)) << f.name << ": nothing is written";
         EXPECT_EQ(f.run(plane.data(), least), zmxStsNoErr) << f.name;
     }
@@ -242,34 +242,23 @@ TEST(HdPhoto, ArgumentsOfAnySize) {
     Guarded<Zmx32s> plane(64);
     plane.fill(5);
     for (bool inverse : {kForward, kInverse}) {
-        for (int bad : {0, -1, -4, INT_MIN, INT_MIN + 4}) {
-            EXPECT_EQ(transform(inverse, plane.data(), 32, {bad, 8}), zmxStsSizeErr) << "width " << bad;
-            EXPECT_EQ(transform(inverse, plane.data(), 32, {8, bad}), zmxStsSizeErr) << "height " << bad;
-            EXPECT_EQ(transform(inverse, plane.data(), 0, {bad, 8}), zmxStsSizeErr)
-                << "a size below 1 wins over a step";
-            EXPECT_EQ(transform(inverse, plane.data(), 31, {8, bad}), zmxStsSizeErr);
-            EXPECT_EQ(transform(inverse, nullptr, 0, {bad, bad}), zmxStsNullPtrErr);
-        }
-        for (int step : {0, 1, 16, 28, 31})
-            EXPECT_EQ(transform(inverse, plane.data(), step, {8, 8}), zmxStsStepErr) << step;
+        // Pointer, size below 1, a step that is shorter than the row, multiple of 4.
+        checkOrder({kNull, kSize, kSize, kStep, kSize, kSize}, [&](const Bad& bad) {
+            const auto extent = [&](int below1, int odd) {
+                return bad.any(below1, bad.any(odd, 8, {1, 2, 3, 5, 6, 7}), {0, -1, -3, -4, INT_MIN, INT_MIN + 4});
+            };
+            return transform(inverse, bad.null(0, plane.data()), bad.any(3, 32, {0, 1, 3}),
+                             {extent(1, 4), extent(2, 5)});
+        });
+        for (int step : {16, 28, 31}) EXPECT_EQ(transform(inverse, plane.data(), step, {8, 8}), zmxStsStepErr) << step;
+        EXPECT_EQ(transform(inverse, plane.data(), 31, {8, 0}), zmxStsSizeErr);
         EXPECT_EQ(transform(inverse, plane.data(), 8, {6, 8}), zmxStsStepErr)
             << "a step wins over a size that is no multiple of 4";
         EXPECT_EQ(transform(inverse, plane.data(), 23, {6, 8}), zmxStsStepErr);
         EXPECT_EQ(transform(inverse, plane.data(), 24, {6, 8}), zmxStsSizeErr);
-        for (int odd : {1, 2, 3, 5, 6, 7}) {
-            EXPECT_EQ(transform(inverse, plane.data(), 32, {odd, 8}), zmxStsSizeErr) << odd;
-            EXPECT_EQ(transform(inverse, plane.data(), 32, {8, odd}), zmxStsSizeErr) << odd;
+        for (int odd : {1, 2, 3, 5, 6, 7})
             EXPECT_EQ(transform(inverse, plane.data(), -32, {odd, 8}), zmxStsSizeErr)
                 << odd << ": a negative step passes";
-            EXPECT_EQ(transform(inverse, plane.data(), 0, {8, odd}), zmxStsStepErr) << odd;
-        }
-        // Pointer, size below 1, step, multiple of 4, with every set of the four gone wrong. Width and height share.
-        for (bool tall : {false, true})
-            checkOrder({zmxStsNullPtrErr, zmxStsSizeErr, zmxStsStepErr, zmxStsSizeErr}, [&](unsigned bad) {
-                const int extent = bad >> 1 & 1 ? -3 : bad >> 3 & 1 ? 6 : 8;
-                return transform(inverse, nullIf(bad, 0, plane.data()), badIf(bad, 2, 3, 32),
-                                 tall ? ZmxiSize{8, extent} : ZmxiSize{extent, 8});
-            });
         EXPECT_EQ(plane.copy(), Block(64, 5)) << "nothing is written";
         EXPECT_EQ(transform(inverse, plane.data(), 32, {8, 8}), zmxStsNoErr);
         plane.fill(5);

@@ -5,6 +5,7 @@
 #include "tests/support/digest.h"
 #include "tests/support/guarded.h"
 #include "tests/support/rng.h"
+#include "tests/support/sharing.h"
 #include "tests/support/threads.cpp"
 #include "zmxj.h"
 
@@ -399,33 +400,32 @@ TEST(ColourExhaustive, EveryTriple) {
 }
 
 TEST_P(Colour, FirstBadArgumentDecides) {
-    std::vector<ArgTest> tests;
+    std::vector<ZmxStatus> tests;
     std::string slots; // one for each test: planes as digits, of the source ahead of those of the destination
     const std::string order = way().order;
     for (char what : order) {
-        const bool pointer = what == 'S' || what == 'D' || what == 's' || what == 'd';
-        const bool step = what == 'T' || what == 't';
+        const bool step = what == 'T' || what == 't', size = what == 'W' || what == 'H';
         const int count = what == 's' ? planesOf(way().from) : what == 'd' ? planesOf(way().to) : 1;
         for (int i = 0; i < count; ++i) {
-            tests.push_back(pointer ? ArgTest{1, zmxStsNullPtrErr} : ArgTest{3, step ? zmxStsStepErr : zmxStsSizeErr});
+            tests.push_back(step ? kStep : size ? kSize : kNull);
             slots += what == 's' ? char('0' + i) : what == 'd' ? char('4' + i) : what;
         }
     }
+    const auto test = [&](char slot) {
+        const std::size_t at = slots.find(slot);
+        return at == std::string::npos ? -1 : int(at);
+    };
     std::vector<Zmx8u> src(64, 1), dst(64, 99);
     const int before = threadsAsked();
-    everyBadCombination(tests, [&](const std::vector<int>& bad) {
-        const auto badAt = [&](char slot) {
-            const std::size_t at = slots.find(slot);
-            return at == std::string::npos ? 0 : bad[at];
-        };
+    checkOrder(tests, [&](const Bad& bad) {
         const Zmx8u* s[4];
         Zmx8u* d[4];
-        for (std::size_t i = 0; i < 4; ++i) {
-            s[i] = badAt(char('0' + i)) ? nullptr : src.data();
-            d[i] = badAt(char('4' + i)) ? nullptr : dst.data();
+        for (int i = 0; i < 4; ++i) {
+            s[i] = bad.null(test(char('0' + i)), src.data());
+            d[i] = bad.null(test(char('4' + i)), dst.data());
         }
-        return way().call(badAt('S') ? nullptr : s, badNumber(badAt('T'), 16), badAt('D') ? nullptr : d,
-                          badNumber(badAt('t'), 16), {badNumber(badAt('W'), 4), badNumber(badAt('H'), 2)});
+        return way().call(bad.null(test('S'), s), bad.below1(test('T'), 16), bad.null(test('D'), d),
+                          bad.below1(test('t'), 16), {bad.below1(test('W'), 4), bad.below1(test('H'), 2)});
     });
     EXPECT_EQ(dst, std::vector<Zmx8u>(64, 99));
     EXPECT_EQ(threadsAsked(), before);
@@ -478,22 +478,11 @@ TEST(ColourPairs, StepsOfZeroAndBelow) {
 TEST_P(Colour, TheSameBytesFromAnyNumberOfThreads) {
     Rng rng(223);
     SCOPED_TRACE("seed 223");
-    const bool shared = way().shared;
     for (ZmxiSize size : {ZmxiSize{8, 8}, ZmxiSize{128, 64}, ZmxiSize{8192, 1}, ZmxiSize{8193, 1}, ZmxiSize{1, 8193},
                           ZmxiSize{2731, 3}, ZmxiSize{201, 97}})
-        for (int threads : {1, 2, 7}) {
-            setThreads(threads);
-            const int askedBefore = threadsAsked();
-            const long opened = regionsOpened();
-            ASSERT_NO_FATAL_FAILURE(
-                compare(rng, size, srcRow(size.width) + 1, dstRow(size.width) + 3, GuardedBlock::AtEnd));
-            EXPECT_EQ(threadsAsked(), askedBefore + shared) << "the count is asked at every size";
-            if (regionsCounted()) {
-                EXPECT_EQ(regionsOpened(), opened + (shared && size.width * size.height > 8192 ? 1 : 0))
-                    << size.width << " by " << size.height;
-            }
-        }
-    setThreads(1);
+        ASSERT_NO_FATAL_FAILURE(checkSharing(size, way().shared, [&] {
+            compare(rng, size, srcRow(size.width) + 1, dstRow(size.width) + 3, GuardedBlock::AtEnd);
+        }));
 }
 
 TEST_P(Colour, InsideAnotherRegion) {

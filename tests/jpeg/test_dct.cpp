@@ -20,9 +20,6 @@ using Block = std::array<Zmx16s, 64>;
 using Raw = std::array<Zmx8u, 64>;
 using Table = std::array<Zmx16u, 64>;
 using Table12 = std::array<Zmx32f, 64>;
-using Bad = const std::vector<int>&;
-
-constexpr ArgTest kNull{1, zmxStsNullPtrErr}, kStep{3, zmxStsStepErr};
 
 Block anyBlock(Rng& rng) {
     const int reaches[] = {1, 10, 128, 1024, 2048, 32768};
@@ -136,8 +133,8 @@ TEST(QualityScaling, EveryQualityAndEveryEntry) {
 TEST(QualityScaling, ArgumentTests) {
     Raw raw;
     raw.fill(7);
-    everyBadCombination({kNull, {3, zmxStsBadArgErr}}, [&](Bad bad) {
-        return zmxiQuantFwdRawTableInit_JPEG_8u(bad[0] ? nullptr : raw.data(), badNumber(bad[1], 75));
+    checkOrder({kNull, kBadArg}, [&](const Bad& bad) {
+        return zmxiQuantFwdRawTableInit_JPEG_8u(bad.null(0, raw.data()), bad.below1(1, 75));
     });
     for (Zmx8u v : raw) EXPECT_EQ(v, 7);
 }
@@ -205,10 +202,9 @@ TEST(QuantTables, WithinTheCallersTables) {
     }
     Raw raw{};
     Table t = flatTable(99);
-    everyBadCombination({kNull, kNull}, [&](Bad bad) {
-        const ZmxStatus st =
-            zmxiQuantFwdTableInit_JPEG_8u16u(bad[0] ? nullptr : raw.data(), bad[1] ? nullptr : t.data());
-        EXPECT_EQ(zmxiQuantInvTableInit_JPEG_8u16u(bad[0] ? nullptr : raw.data(), bad[1] ? nullptr : t.data()), st);
+    checkOrder({kNull, kNull}, [&](const Bad& bad) {
+        const ZmxStatus st = zmxiQuantFwdTableInit_JPEG_8u16u(bad.null(0, raw.data()), bad.null(1, t.data()));
+        EXPECT_EQ(zmxiQuantInvTableInit_JPEG_8u16u(bad.null(0, raw.data()), bad.null(1, t.data())), st);
         return st;
     });
     EXPECT_EQ(t, flatTable(99));
@@ -295,25 +291,24 @@ TEST(DctArguments, PointersOnly) {
     dst.fill(99);
     const Block before = src, untouched = dst;
     const Table t = flatTable(1);
-    everyBadCombination({kNull, kNull, kNull}, [&](Bad bad) {
-        const ZmxStatus st = zmxiDCTQuantFwd8x8_JPEG_16s_C1(bad[0] ? nullptr : src.data(),
-                                                            bad[1] ? nullptr : dst.data(), bad[2] ? nullptr : t.data());
-        EXPECT_EQ(zmxiDCTQuantInv8x8_JPEG_16s_C1(bad[0] ? nullptr : src.data(), bad[1] ? nullptr : dst.data(),
-                                                 bad[2] ? nullptr : t.data()),
-                  st);
+    checkOrder({kNull, kNull, kNull}, [&](const Bad& bad) {
+        const ZmxStatus st =
+            zmxiDCTQuantFwd8x8_JPEG_16s_C1(bad.null(0, src.data()), bad.null(1, dst.data()), bad.null(2, t.data()));
+        EXPECT_EQ(
+            zmxiDCTQuantInv8x8_JPEG_16s_C1(bad.null(0, src.data()), bad.null(1, dst.data()), bad.null(2, t.data())),
+            st);
         return st;
     });
     for (auto f : {zmxiDCTQuantFwd8x8_JPEG_16s_C1I, zmxiDCTQuantInv8x8_JPEG_16s_C1I, zmxiQuantFwd8x8_JPEG_16s_C1I,
                    zmxiQuantInv8x8_JPEG_16s_C1I})
-        everyBadCombination({kNull, kNull},
-                            [&](Bad bad) { return f(bad[0] ? nullptr : src.data(), bad[1] ? nullptr : t.data()); });
+        checkOrder({kNull, kNull}, [&](const Bad& bad) { return f(bad.null(0, src.data()), bad.null(1, t.data())); });
     EXPECT_EQ(src, before);
     EXPECT_EQ(dst, untouched);
 }
 
 TEST(DctArguments, TheTableComesBehindTheStep) {
     // Source, destination, step, table.
-    const std::vector<ArgTest> order{kNull, kNull, kStep, kNull};
+    const std::vector<ZmxStatus> order{kNull, kNull, kStep, kNull};
     const Table t = flatTable(1);
     Table12 t12;
     t12.fill(1);
@@ -324,25 +319,24 @@ TEST(DctArguments, TheTableComesBehindTheStep) {
     const std::vector<Zmx8u> untouched = picture;
     auto* wide = reinterpret_cast<Zmx16u*>(picture.data());
     const int calls = threadsAsked();
-    everyBadCombination(order, [&](Bad bad) {
-        return zmxiDCTQuantFwd8x8LS_JPEG_8u16s_C1R(bad[0] ? nullptr : picture.data(), badNumber(bad[2], 8),
-                                                   bad[1] ? nullptr : coefficients.data(), bad[3] ? nullptr : t.data());
+    checkOrder(order, [&](const Bad& bad) {
+        return zmxiDCTQuantFwd8x8LS_JPEG_8u16s_C1R(bad.null(0, picture.data()), bad.below1(2, 8),
+                                                   bad.null(1, coefficients.data()), bad.null(3, t.data()));
     });
-    everyBadCombination(order, [&](Bad bad) {
-        return zmxiDCTQuantFwd8x8LS_JPEG_16u16s_C1R(bad[0] ? nullptr : wide, badNumber(bad[2], 16),
-                                                    bad[1] ? nullptr : coefficients.data(),
-                                                    bad[3] ? nullptr : t12.data());
+    checkOrder(order, [&](const Bad& bad) {
+        return zmxiDCTQuantFwd8x8LS_JPEG_16u16s_C1R(bad.null(0, wide), bad.below1(2, 16),
+                                                    bad.null(1, coefficients.data()), bad.null(3, t12.data()));
     });
     for (const Decoder& d : kDecoders) {
         SCOPED_TRACE(d.name);
-        everyBadCombination(order, [&](Bad bad) {
-            return d.call(bad[0] ? nullptr : coefficients.data(), bad[1] ? nullptr : picture.data(),
-                          badNumber(bad[2], 8), bad[3] ? nullptr : t.data());
+        checkOrder(order, [&](const Bad& bad) {
+            return d.call(bad.null(0, coefficients.data()), bad.null(1, picture.data()), bad.below1(2, 8),
+                          bad.null(3, t.data()));
         });
     }
-    everyBadCombination(order, [&](Bad bad) {
-        return zmxiDCTQuantInv8x8LS_JPEG_16s16u_C1R(bad[0] ? nullptr : coefficients.data(), bad[1] ? nullptr : wide,
-                                                    badNumber(bad[2], 16), bad[3] ? nullptr : t12.data());
+    checkOrder(order, [&](const Bad& bad) {
+        return zmxiDCTQuantInv8x8LS_JPEG_16s16u_C1R(bad.null(0, coefficients.data()), bad.null(1, wide),
+                                                    bad.below1(2, 16), bad.null(3, t12.data()));
     });
     EXPECT_EQ(coefficients, before);
     EXPECT_EQ(picture, untouched);

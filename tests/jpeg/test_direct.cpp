@@ -1,6 +1,6 @@
 // Sequential JPEG blocks: the Direct coders, which know no bounds.
 #include "tests/jpeg/support/sequential.h"
-#include "tests/support/argorder.h"
+#include "tests/support/arguments.h"
 #include "tests/support/digest.h"
 
 #include <gtest/gtest.h>
@@ -50,18 +50,18 @@ TEST(Direct, OrderOfTests) {
     const auto blockBefore = block.copy();
     dst.fill(9);
 
-    checkOrder({-8, -8, -5, -8, -8, -8, -8, -8, -5, -8, -8}, [&](unsigned bad) {
-        int* const position = bad >> 2 & 1 ? &badBitsLen : &bitsLen;
-        Zmx32s* const number = bad >> 8 & 1 ? &badHeld : &held;
-        return zmxiDecodeHuffman8x8_Direct_JPEG_1u16s_C1(
-            nullIf(bad, 0, src.data()), nullIf(bad, 1, position), nullIf(bad, 3, block.data()),
-            nullIf(bad, 4, lastDC.data()), nullIf(bad, 5, &marker), nullIf(bad, 6, &bits), nullIf(bad, 7, number),
-            nullIf(bad, 9, t.decDC.lib()), nullIf(bad, 10, t.decAC.lib()));
+    checkOrder({kNull, kNull, kBadArg, kNull, kNull, kNull, kNull, kNull, kBadArg, kNull, kNull}, [&](const Bad& bad) {
+        int* const position = bad.any(2, &bitsLen, {&badBitsLen});
+        Zmx32s* const number = bad.any(8, &held, {&badHeld});
+        return zmxiDecodeHuffman8x8_Direct_JPEG_1u16s_C1(bad.null(0, src.data()), bad.null(1, position),
+                                                         bad.null(3, block.data()), bad.null(4, lastDC.data()),
+                                                         bad.null(5, &marker), bad.null(6, &bits), bad.null(7, number),
+                                                         bad.null(9, t.decDC.lib()), bad.null(10, t.decAC.lib()));
     });
-    checkOrder({-8, -8, -8, -8, -8, -8}, [&](unsigned bad) {
-        return zmxiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(nullIf(bad, 0, block.data()), nullIf(bad, 1, dst.data()),
-                                                         nullIf(bad, 2, &bitsLen), nullIf(bad, 3, lastDC.data()),
-                                                         nullIf(bad, 4, t.encDC.lib()), nullIf(bad, 5, t.encAC.lib()));
+    checkOrder({kNull, kNull, kNull, kNull, kNull, kNull}, [&](const Bad& bad) {
+        return zmxiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(bad.null(0, block.data()), bad.null(1, dst.data()),
+                                                         bad.null(2, &bitsLen), bad.null(3, lastDC.data()),
+                                                         bad.null(4, t.encDC.lib()), bad.null(5, t.encAC.lib()));
     });
 
     EXPECT_EQ(block.copy(), blockBefore);
@@ -222,18 +222,15 @@ TEST(Direct, RandomTablesAndStreams) {
     for (int seed = 1; seed <= 1500; ++seed) {
         SCOPED_TRACE(seed);
         Rng rng{std::uint64_t(seed)};
-        const auto flushAt = randomFlush(rng);
-        DecodeTable dc(randomList(rng, {2, 40}, {0, 2}, 4), flushAt);
-        DecodeTable ac(flushAt);
-        ac.build(randomDecoderList(rng));
+        RandomTables t(rng);
         const int ffOneIn = rng.oneIn(3) ? 400 : int(rng.range(2, 60));
         DirectIn in(withMarker(randomStream(rng, int(rng.range(1, 400)), ffOneIn, 12)));
         // The last byte may be a 0xFF of its own: fill, and the marker stays one.
-        BlockOut out(flushAt);
+        BlockOut out(t.flush);
         in.bits[0] = in.bits[1] = Zmx32u(rng.next());
         in.count[0] = in.count[1] = int(rng.range(0, 32));
         for (int call = 0; call < 12; ++call) {
-            const Outcome o = decodeDirect(in, out, dc, ac);
+            const Outcome o = decodeDirect(in, out, t.dc, t.ac);
             if (::testing::Test::HasFailure()) return;
             if (!o.path) break;
             ++meaningful;

@@ -1,6 +1,7 @@
 // Huffman tables and bit states as an application sees them: sizes, memory, construction, and the optimal
 // table.
 #include "tests/jpeg/support/huffman.h"
+#include "tests/support/arguments.h"
 #include "tests/support/digest.h"
 #include "tests/support/memory.cpp"
 
@@ -61,34 +62,39 @@ TEST(HuffmanBlocks, NullPointersOfInit) {
     const HuffmanList& list = annexK::dcLuminance;
     const Zmx8u *bits = list.bits.data(), *vals = list.vals.data();
     const int before = allocationsMade();
-    for (int mask = 1; mask < 8; ++mask) {
-        SCOPED_TRACE(mask);
-        const Zmx8u *b = mask & 1 ? nullptr : bits, *v = mask & 2 ? nullptr : vals;
-        DecodeTable dec;
-        EXPECT_EQ(zmxiDecodeHuffmanSpecInit_JPEG_8u(b, v, mask & 4 ? nullptr : dec.lib()), zmxStsNullPtrErr);
-        EXPECT_TRUE(dec.same()) << "nothing is written";
-        EncodeTable enc;
-        EXPECT_EQ(zmxiEncodeHuffmanSpecInit_JPEG_8u(b, v, mask & 4 ? nullptr : enc.lib()), zmxStsNullPtrErr);
-        EXPECT_TRUE(enc.same());
+    const std::vector<ZmxStatus> order{kNull, kNull, kNull};
+    DecodeTable dec;
+    checkOrder(order, [&](const Bad& bad) {
+        return zmxiDecodeHuffmanSpecInit_JPEG_8u(bad.null(0, bits), bad.null(1, vals), bad.null(2, dec.lib()));
+    });
+    EXPECT_TRUE(dec.same()) << "nothing is written";
+    EncodeTable enc;
+    checkOrder(order, [&](const Bad& bad) {
+        return zmxiEncodeHuffmanSpecInit_JPEG_8u(bad.null(0, bits), bad.null(1, vals), bad.null(2, enc.lib()));
+    });
+    EXPECT_TRUE(enc.same());
 
-        ZmxiDecodeHuffmanSpec* decOut = dec.lib();
-        EXPECT_EQ(zmxiDecodeHuffmanSpecInitAlloc_JPEG_8u(b, v, mask & 4 ? nullptr : &decOut), zmxStsNullPtrErr);
-        EXPECT_EQ(decOut, dec.lib());
-        ZmxiEncodeHuffmanSpec* encOut = enc.lib();
-        EXPECT_EQ(zmxiEncodeHuffmanSpecInitAlloc_JPEG_8u(b, v, mask & 4 ? nullptr : &encOut), zmxStsNullPtrErr);
-        EXPECT_EQ(encOut, enc.lib());
+    ZmxiDecodeHuffmanSpec* decOut = dec.lib();
+    checkOrder(order, [&](const Bad& bad) {
+        return zmxiDecodeHuffmanSpecInitAlloc_JPEG_8u(bad.null(0, bits), bad.null(1, vals), bad.null(2, &decOut));
+    });
+    EXPECT_EQ(decOut, dec.lib());
+    ZmxiEncodeHuffmanSpec* encOut = enc.lib();
+    checkOrder(order, [&](const Bad& bad) {
+        return zmxiEncodeHuffmanSpecInitAlloc_JPEG_8u(bad.null(0, bits), bad.null(1, vals), bad.null(2, &encOut));
+    });
+    EXPECT_EQ(encOut, enc.lib());
 
-        std::vector<Zmx32s> statistics(257, 1);
-        Guarded<Zmx8u> outBits(16), outVals(256);
-        outBits.fill(0x77);
-        outVals.fill(0x77);
-        EXPECT_EQ(zmxiEncodeHuffmanRawTableInit_JPEG_8u(mask & 1 ? nullptr : statistics.data(),
-                                                        mask & 2 ? nullptr : outBits.data(),
-                                                        mask & 4 ? nullptr : outVals.data()),
-                  zmxStsNullPtrErr);
-        EXPECT_EQ(outBits.copy(), std::vector<Zmx8u>(16, 0x77));
-        EXPECT_EQ(outVals.copy(), std::vector<Zmx8u>(256, 0x77));
-    }
+    std::vector<Zmx32s> statistics(257, 1);
+    Guarded<Zmx8u> outBits(16), outVals(256);
+    outBits.fill(0x77);
+    outVals.fill(0x77);
+    checkOrder(order, [&](const Bad& bad) {
+        return zmxiEncodeHuffmanRawTableInit_JPEG_8u(bad.null(0, statistics.data()), bad.null(1, outBits.data()),
+                                                     bad.null(2, outVals.data()));
+    });
+    EXPECT_EQ(outBits.copy(), std::vector<Zmx8u>(16, 0x77));
+    EXPECT_EQ(outVals.copy(), std::vector<Zmx8u>(256, 0x77));
     EXPECT_EQ(zmxiDecodeHuffmanStateInitAlloc_JPEG_8u(nullptr), zmxStsNullPtrErr);
     EXPECT_EQ(zmxiEncodeHuffmanStateInitAlloc_JPEG_8u(nullptr), zmxStsNullPtrErr);
     EXPECT_EQ(allocationsMade(), before) << "no memory is asked for with bad arguments";

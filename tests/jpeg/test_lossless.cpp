@@ -1,7 +1,7 @@
 // Lossless JPEG rows: the predictors and the coding of differences.
 #include "tests/jpeg/model/lossless.h"
 #include "tests/jpeg/support/huffman.h"
-#include "tests/support/argorder.h"
+#include "tests/support/arguments.h"
 #include "tests/support/digest.h"
 
 #include <functional>
@@ -179,17 +179,15 @@ TEST(Lossless, OrderOfTests) {
     Guarded<Zmx16s> src(4), above(4), dst(4);
     dst.fill(kUntouched);
     for (auto row : {zmxiDiffPredFirstRow_JPEG_16s_C1, zmxiReconstructPredFirstRow_JPEG_16s_C1})
-        for (int width : {0, -1, INT32_MIN})
-            checkOrder({-8, -8, -6, -5, -5}, [&](unsigned bad) {
-                return row(nullIf(bad, 0, src.data()), nullIf(bad, 1, dst.data()), badIf(bad, 2, width, 4),
-                           badIf(bad, 3, 17, 8), badIf(bad, 4, -1, 0));
-            });
+        checkOrder({kNull, kNull, kSize, kBadArg, kBadArg}, [&](const Bad& bad) {
+            return row(bad.null(0, src.data()), bad.null(1, dst.data()), bad.below1(2, 4),
+                       bad.any(3, 8, {17, 1, -1, INT32_MIN, INT32_MAX}), bad.any(4, 0, {-1, INT32_MIN}));
+        });
     for (auto row : {zmxiDiffPredRow_JPEG_16s_C1, zmxiReconstructPredRow_JPEG_16s_C1})
-        for (int predictor : {0, 8, -1, INT32_MIN, INT32_MAX})
-            checkOrder({-8, -8, -8, -6, -5}, [&](unsigned bad) {
-                return row(nullIf(bad, 0, src.data()), nullIf(bad, 1, above.data()), nullIf(bad, 2, dst.data()),
-                           badIf(bad, 3, 0, 4), badIf(bad, 4, predictor, 1));
-            });
+        checkOrder({kNull, kNull, kNull, kSize, kBadArg}, [&](const Bad& bad) {
+            return row(bad.null(0, src.data()), bad.null(1, above.data()), bad.null(2, dst.data()), bad.below1(3, 4),
+                       bad.any(4, 1, {0, 8, -1, INT32_MIN, INT32_MAX}));
+        });
     EXPECT_EQ(dst.copy(), Row(4, kUntouched));
     for (int p : {INT32_MIN, -1, 0, 1, 2, 16, 17, INT32_MAX})
         for (int pt : {INT32_MIN, -1, 0, 1, 16, 40, INT32_MAX})
@@ -210,50 +208,49 @@ TEST(Lossless, OrderOfTestsOfTheCoders) {
     Guarded<Zmx32u> counts(17);
     counts.fill(0);
     int pos = 0, marker = 0;
-    checkOrder({-8, -6, -8, -8, -8, -8, -8}, [&](unsigned bad) {
-        return zmxiDecodeHuffmanOne_JPEG_1u16s_C1(
-            nullIf(bad, 0, stream.data()), badIf(bad, 1, 0, 2), nullIf(bad, 2, &pos), nullIf(bad, 3, row.data()),
-            nullIf(bad, 4, &marker), nullIf(bad, 5, dec.lib()), nullIf(bad, 6, reader.lib()));
+    checkOrder({kNull, kSize, kNull, kNull, kNull, kNull, kNull}, [&](const Bad& bad) {
+        return zmxiDecodeHuffmanOne_JPEG_1u16s_C1(bad.null(0, stream.data()), bad.below1(1, 2), bad.null(2, &pos),
+                                                  bad.null(3, row.data()), bad.null(4, &marker), bad.null(5, dec.lib()),
+                                                  bad.null(6, reader.lib()));
     });
     // Of three planes each row is tested ahead of its table.
-    checkOrder({-8, -6, -8, -8, -6, -6, -8, -8, -8, -8, -8, -8, -8, -8, -8}, [&](unsigned bad) {
-        Zmx16s* rows[4] = {nullIf(bad, 9, row.data()), nullIf(bad, 11, row.data()), nullIf(bad, 13, row.data()),
-                           nullptr};
-        const ZmxiDecodeHuffmanSpec* tables[4] = {nullIf(bad, 10, dec.lib()), nullIf(bad, 12, dec.lib()),
-                                                  nullIf(bad, 14, dec.lib()), nullptr};
-        return zmxiDecodeHuffmanRow_JPEG_1u16s_C1P4(nullIf(bad, 0, stream.data()), badIf(bad, 1, -1, 2),
-                                                    nullIf(bad, 2, &pos), bad >> 3 & 1 ? nullptr : rows,
-                                                    badIf(bad, 4, 0, 2), badIf(bad, 5, 0, 3), nullIf(bad, 6, &marker),
-                                                    bad >> 7 & 1 ? nullptr : tables, nullIf(bad, 8, reader.lib()));
+    std::vector<ZmxStatus> order{kNull, kSize, kNull, kNull, kSize, kSize, kNull, kNull, kNull};
+    order.insert(order.end(), 6, kNull);
+    checkOrder(order, [&](const Bad& bad) {
+        Zmx16s* rows[4] = {bad.null(9, row.data()), bad.null(11, row.data()), bad.null(13, row.data()), nullptr};
+        const ZmxiDecodeHuffmanSpec* tables[4] = {bad.null(10, dec.lib()), bad.null(12, dec.lib()),
+                                                  bad.null(14, dec.lib()), nullptr};
+        return zmxiDecodeHuffmanRow_JPEG_1u16s_C1P4(
+            bad.null(0, stream.data()), bad.below1(1, 2), bad.null(2, &pos), bad.null(3, rows), bad.below1(4, 2),
+            bad.below1(5, 3), bad.null(6, &marker), bad.null(7, tables), bad.null(8, reader.lib()));
     });
-    checkOrder({-8, -6, -8, -8, -8, -8}, [&](unsigned bad) {
-        return zmxiEncodeHuffmanOne_JPEG_16s1u_C1(nullIf(bad, 4, row.data()), nullIf(bad, 0, stream.data()),
-                                                  badIf(bad, 1, 0, 2), nullIf(bad, 2, &pos), nullIf(bad, 5, enc.lib()),
-                                                  nullIf(bad, 3, writer.lib()), 0);
+    checkOrder({kNull, kSize, kNull, kNull, kNull, kNull}, [&](const Bad& bad) {
+        return zmxiEncodeHuffmanOne_JPEG_16s1u_C1(bad.null(4, row.data()), bad.null(0, stream.data()), bad.below1(1, 2),
+                                                  bad.null(2, &pos), bad.null(5, enc.lib()), bad.null(3, writer.lib()),
+                                                  0);
     });
-    checkOrder({-8, -6, -8, -8, -8, -6, -6, -8, -8, -8, -8, -8}, [&](unsigned bad) {
-        const Zmx16s* rows[4] = {nullIf(bad, 8, row.data()), nullIf(bad, 10, row.data()), nullptr, nullptr};
-        const ZmxiEncodeHuffmanSpec* tables[4] = {nullIf(bad, 9, enc.lib()), nullIf(bad, 11, enc.lib()), nullptr,
-                                                  nullptr};
-        return zmxiEncodeHuffmanRow_JPEG_16s1u_P4C1(bad >> 4 & 1 ? nullptr : rows, badIf(bad, 5, -2, 2),
-                                                    badIf(bad, 6, INT32_MIN, 2), nullIf(bad, 0, stream.data()),
-                                                    badIf(bad, 1, 0, 2), nullIf(bad, 2, &pos),
-                                                    bad >> 7 & 1 ? nullptr : tables, nullIf(bad, 3, writer.lib()), 0);
+    order = {kNull, kSize, kNull, kNull, kNull, kSize, kSize, kNull, kNull, kNull, kNull, kNull};
+    checkOrder(order, [&](const Bad& bad) {
+        const Zmx16s* rows[4] = {bad.null(8, row.data()), bad.null(10, row.data()), nullptr, nullptr};
+        const ZmxiEncodeHuffmanSpec* tables[4] = {bad.null(9, enc.lib()), bad.null(11, enc.lib()), nullptr, nullptr};
+        return zmxiEncodeHuffmanRow_JPEG_16s1u_P4C1(bad.null(4, rows), bad.below1(5, 2), bad.below1(6, 2),
+                                                    bad.null(0, stream.data()), bad.below1(1, 2), bad.null(2, &pos),
+                                                    bad.null(7, tables), bad.null(3, writer.lib()), 0);
     });
     // A flush stands ahead of all that is about samples.
     for (int flushState : {1, -3})
-        checkOrder({-8, -6, -8, -8}, [&](unsigned bad) {
-            Zmx8u* const dst = nullIf(bad, 0, stream.data());
-            const int len = badIf(bad, 1, -4, 2);
-            int* const at = nullIf(bad, 2, &pos);
-            ZmxiEncodeHuffmanState* const state = nullIf(bad, 3, writer.lib());
+        checkOrder({kNull, kSize, kNull, kNull}, [&](const Bad& bad) {
+            Zmx8u* const dst = bad.null(0, stream.data());
+            const int len = bad.below1(1, 2);
+            int* const at = bad.null(2, &pos);
+            ZmxiEncodeHuffmanState* const state = bad.null(3, writer.lib());
             const ZmxStatus one = zmxiEncodeHuffmanOne_JPEG_16s1u_C1(nullptr, dst, len, at, nullptr, state, flushState);
             EXPECT_EQ(zmxiEncodeHuffmanRow_JPEG_16s1u_P4C1(nullptr, 0, 0, dst, len, at, nullptr, state, flushState),
                       one);
             return one;
         });
-    checkOrder({-8, -8}, [&](unsigned bad) {
-        return zmxiGetHuffmanStatisticsOne_JPEG_16s_C1(nullIf(bad, 0, row.data()), nullIf(bad, 1, counts.data()));
+    checkOrder({kNull, kNull}, [&](const Bad& bad) {
+        return zmxiGetHuffmanStatisticsOne_JPEG_16s_C1(bad.null(0, row.data()), bad.null(1, counts.data()));
     });
     EXPECT_EQ(row.copy(), Row(2, kUntouched));
     EXPECT_EQ(stream.copy(), (Bytes{0x12, 0x34}));

@@ -21,20 +21,21 @@ using model::Sampling;
 using ToPixels = ZmxStatus (*)(const Zmx16s* const*, Zmx8u*, int);
 using FromPixels = ZmxStatus (*)(const Zmx8u*, int, Zmx16s* const*);
 
-template <class T>
-ZmxStatus toBytes(ZmxStatus (*f)(const Zmx16s* const*, T*, int), const Zmx16s* const* planes, Zmx8u* dst, int step) {
-    return f(planes, reinterpret_cast<T*>(dst), step);
+template <class T> T pixelOf(ZmxStatus (*)(const Zmx16s* const*, T*, int));
+template <class T> T pixelOf(ZmxStatus (*)(const T*, int, Zmx16s* const*));
+
+template <auto f> ZmxStatus toBytes(const Zmx16s* const* planes, Zmx8u* dst, int step) {
+    return f(planes, reinterpret_cast<decltype(pixelOf(f))*>(dst), step);
 }
-template <class T>
-ZmxStatus fromBytes(ZmxStatus (*f)(const T*, int, Zmx16s* const*), const Zmx8u* src, int step, Zmx16s* const* planes) {
-    return f(reinterpret_cast<const T*>(src), step, planes);
+template <auto f> ZmxStatus fromBytes(const Zmx8u* src, int step, Zmx16s* const* planes) {
+    return f(reinterpret_cast<const decltype(pixelOf(f))*>(src), step, planes);
 }
 
 template <class Call> struct Conversion {
     const char* name;
+    Call call;
     Sampling sampling;
     Pixel pixel;
-    Call call;
     std::uint64_t digest; // of what it gives for the input of digestOf()
 
     int width() const { return model::unitWidth(sampling); }
@@ -49,57 +50,51 @@ template <class Call> struct Conversion {
 using Decoder = Conversion<ToPixels>;
 using Encoder = Conversion<FromPixels>;
 
-#define DECODER(f, s, p, d)                                                                                            \
-    {                                                                                                                  \
-#f, Sampling::s, Pixel::p, [](auto m, auto b, int n) { return toBytes(f, m, b, n); }, d                        \
-    }
-#define ENCODER(f, s, p, d)                                                                                            \
-    {                                                                                                                  \
-#f, Sampling::s, Pixel::p, [](auto b, int n, auto m) { return fromBytes(f, b, n, m); }, d                      \
-    }
+using enum Sampling;
+using enum Pixel;
 
 const Decoder kDecoders[] = {
-    DECODER(zmxiYCbCr444ToRGBLS_MCU_16s8u_P3C3R, S444, RGB, 0xFCBCA925675B7D00),
-    DECODER(zmxiYCbCr422ToRGBLS_MCU_16s8u_P3C3R, S422, RGB, 0xBE4209A59321CAD3),
-    DECODER(zmxiYCbCr411ToRGBLS_MCU_16s8u_P3C3R, S411, RGB, 0xC190A8737CBDEAC0),
-    DECODER(zmxiYCbCr444ToBGRLS_MCU_16s8u_P3C3R, S444, BGR, 0x8BEE466C021ABE5C),
-    DECODER(zmxiYCbCr422ToBGRLS_MCU_16s8u_P3C3R, S422, BGR, 0xAC690ECCC129D047),
-    DECODER(zmxiYCbCr411ToBGRLS_MCU_16s8u_P3C3R, S411, BGR, 0xE5A76C18C151E1B0),
-    DECODER(zmxiYCbCr444ToBGR555LS_MCU_16s16u_P3C3R, S444, BGR555, 0x73484DBD8D59DEAF),
-    DECODER(zmxiYCbCr422ToBGR555LS_MCU_16s16u_P3C3R, S422, BGR555, 0x6EEFD2FA1E2A95D9),
-    DECODER(zmxiYCbCr411ToBGR555LS_MCU_16s16u_P3C3R, S411, BGR555, 0xD3AF1D3DFE60E6A0),
-    DECODER(zmxiYCbCr444ToBGR565LS_MCU_16s16u_P3C3R, S444, BGR565, 0xDA790767CDD71C96),
-    DECODER(zmxiYCbCr422ToBGR565LS_MCU_16s16u_P3C3R, S422, BGR565, 0x625D15807CE03ADA),
-    DECODER(zmxiYCbCr411ToBGR565LS_MCU_16s16u_P3C3R, S411, BGR565, 0x43F44D4352CA62D9),
-    DECODER(zmxiYCCK444ToCMYKLS_MCU_16s8u_P4C4R, S444, CMYK, 0x8718A1046AFAF0CC),
-    DECODER(zmxiYCCK422ToCMYKLS_MCU_16s8u_P4C4R, S422, CMYK, 0xF494A69C1DE1871B),
-    DECODER(zmxiYCCK411ToCMYKLS_MCU_16s8u_P4C4R, S411, CMYK, 0x6EE22CAFD450DA7F),
-    DECODER(zmxiSampleUp444LS_MCU_16s8u_P3C3R, S444, YCC, 0x7B7A66A765491E7C),
-    DECODER(zmxiSampleUp422LS_MCU_16s8u_P3C3R, S422, YCC, 0x8F6D1A2F68EAA77E),
-    DECODER(zmxiSampleUp411LS_MCU_16s8u_P3C3R, S411, YCC, 0x1629494D69A72FC8),
-    DECODER(zmxiJoin422LS_MCU_16s8u_P3C2R, S422, Pairs422, 0x804C6772A0CC315D),
+    {"YCbCr444ToRGB", toBytes<zmxiYCbCr444ToRGBLS_MCU_16s8u_P3C3R>, S444, RGB, 0xFCBCA925675B7D00},
+    {"YCbCr422ToRGB", toBytes<zmxiYCbCr422ToRGBLS_MCU_16s8u_P3C3R>, S422, RGB, 0xBE4209A59321CAD3},
+    {"YCbCr411ToRGB", toBytes<zmxiYCbCr411ToRGBLS_MCU_16s8u_P3C3R>, S411, RGB, 0xC190A8737CBDEAC0},
+    {"YCbCr444ToBGR", toBytes<zmxiYCbCr444ToBGRLS_MCU_16s8u_P3C3R>, S444, BGR, 0x8BEE466C021ABE5C},
+    {"YCbCr422ToBGR", toBytes<zmxiYCbCr422ToBGRLS_MCU_16s8u_P3C3R>, S422, BGR, 0xAC690ECCC129D047},
+    {"YCbCr411ToBGR", toBytes<zmxiYCbCr411ToBGRLS_MCU_16s8u_P3C3R>, S411, BGR, 0xE5A76C18C151E1B0},
+    {"YCbCr444ToBGR555", toBytes<zmxiYCbCr444ToBGR555LS_MCU_16s16u_P3C3R>, S444, BGR555, 0x73484DBD8D59DEAF},
+    {"YCbCr422ToBGR555", toBytes<zmxiYCbCr422ToBGR555LS_MCU_16s16u_P3C3R>, S422, BGR555, 0x6EEFD2FA1E2A95D9},
+    {"YCbCr411ToBGR555", toBytes<zmxiYCbCr411ToBGR555LS_MCU_16s16u_P3C3R>, S411, BGR555, 0xD3AF1D3DFE60E6A0},
+    {"YCbCr444ToBGR565", toBytes<zmxiYCbCr444ToBGR565LS_MCU_16s16u_P3C3R>, S444, BGR565, 0xDA790767CDD71C96},
+    {"YCbCr422ToBGR565", toBytes<zmxiYCbCr422ToBGR565LS_MCU_16s16u_P3C3R>, S422, BGR565, 0x625D15807CE03ADA},
+    {"YCbCr411ToBGR565", toBytes<zmxiYCbCr411ToBGR565LS_MCU_16s16u_P3C3R>, S411, BGR565, 0x43F44D4352CA62D9},
+    {"YCCK444ToCMYK", toBytes<zmxiYCCK444ToCMYKLS_MCU_16s8u_P4C4R>, S444, CMYK, 0x8718A1046AFAF0CC},
+    {"YCCK422ToCMYK", toBytes<zmxiYCCK422ToCMYKLS_MCU_16s8u_P4C4R>, S422, CMYK, 0xF494A69C1DE1871B},
+    {"YCCK411ToCMYK", toBytes<zmxiYCCK411ToCMYKLS_MCU_16s8u_P4C4R>, S411, CMYK, 0x6EE22CAFD450DA7F},
+    {"SampleUp444", toBytes<zmxiSampleUp444LS_MCU_16s8u_P3C3R>, S444, YCC, 0x7B7A66A765491E7C},
+    {"SampleUp422", toBytes<zmxiSampleUp422LS_MCU_16s8u_P3C3R>, S422, YCC, 0x8F6D1A2F68EAA77E},
+    {"SampleUp411", toBytes<zmxiSampleUp411LS_MCU_16s8u_P3C3R>, S411, YCC, 0x1629494D69A72FC8},
+    {"Join422", toBytes<zmxiJoin422LS_MCU_16s8u_P3C2R>, S422, Pairs422, 0x804C6772A0CC315D},
 };
 
 const Encoder kEncoders[] = {
-    ENCODER(zmxiRGBToYCbCr444LS_MCU_8u16s_C3P3R, S444, RGB, 0x6D9CED3A8737059F),
-    ENCODER(zmxiRGBToYCbCr422LS_MCU_8u16s_C3P3R, S422, RGB, 0xAD9FF919F9225BF9),
-    ENCODER(zmxiRGBToYCbCr411LS_MCU_8u16s_C3P3R, S411, RGB, 0x2EE0812BC1DE04FD),
-    ENCODER(zmxiBGRToYCbCr444LS_MCU_8u16s_C3P3R, S444, BGR, 0xE2FAF421BA675321),
-    ENCODER(zmxiBGRToYCbCr422LS_MCU_8u16s_C3P3R, S422, BGR, 0xA969158998BF31B1),
-    ENCODER(zmxiBGRToYCbCr411LS_MCU_8u16s_C3P3R, S411, BGR, 0xA1C225266C0BAC51),
-    ENCODER(zmxiBGR555ToYCbCr444LS_MCU_16u16s_C3P3R, S444, BGR555, 0x107D82E5E82CC3F7),
-    ENCODER(zmxiBGR555ToYCbCr422LS_MCU_16u16s_C3P3R, S422, BGR555, 0xB47DDB03B775E31E),
-    ENCODER(zmxiBGR555ToYCbCr411LS_MCU_16u16s_C3P3R, S411, BGR555, 0x0EC476112A9F392F),
-    ENCODER(zmxiBGR565ToYCbCr444LS_MCU_16u16s_C3P3R, S444, BGR565, 0x094579F5626971DD),
-    ENCODER(zmxiBGR565ToYCbCr422LS_MCU_16u16s_C3P3R, S422, BGR565, 0xAD6662FDCAEAE5A2),
-    ENCODER(zmxiBGR565ToYCbCr411LS_MCU_16u16s_C3P3R, S411, BGR565, 0x33F5B81169827C92),
-    ENCODER(zmxiCMYKToYCCK444LS_MCU_8u16s_C4P4R, S444, CMYK, 0x5E8D20B7EA0A3666),
-    ENCODER(zmxiCMYKToYCCK422LS_MCU_8u16s_C4P4R, S422, CMYK, 0x22EA46C7AB9B854F),
-    ENCODER(zmxiCMYKToYCCK411LS_MCU_8u16s_C4P4R, S411, CMYK, 0xCC7D97C0851F686D),
-    ENCODER(zmxiSampleDown444LS_MCU_8u16s_C3P3R, S444, YCC, 0x49256039BF02E392),
-    ENCODER(zmxiSampleDown422LS_MCU_8u16s_C3P3R, S422, YCC, 0xE43847DD8A99CD9F),
-    ENCODER(zmxiSampleDown411LS_MCU_8u16s_C3P3R, S411, YCC, 0xD99BBE071ED42AC6),
-    ENCODER(zmxiSplit422LS_MCU_8u16s_C2P3R, S422, Pairs422, 0x360310D84FA46A7E),
+    {"RGBToYCbCr444", fromBytes<zmxiRGBToYCbCr444LS_MCU_8u16s_C3P3R>, S444, RGB, 0x6D9CED3A8737059F},
+    {"RGBToYCbCr422", fromBytes<zmxiRGBToYCbCr422LS_MCU_8u16s_C3P3R>, S422, RGB, 0xAD9FF919F9225BF9},
+    {"RGBToYCbCr411", fromBytes<zmxiRGBToYCbCr411LS_MCU_8u16s_C3P3R>, S411, RGB, 0x2EE0812BC1DE04FD},
+    {"BGRToYCbCr444", fromBytes<zmxiBGRToYCbCr444LS_MCU_8u16s_C3P3R>, S444, BGR, 0xE2FAF421BA675321},
+    {"BGRToYCbCr422", fromBytes<zmxiBGRToYCbCr422LS_MCU_8u16s_C3P3R>, S422, BGR, 0xA969158998BF31B1},
+    {"BGRToYCbCr411", fromBytes<zmxiBGRToYCbCr411LS_MCU_8u16s_C3P3R>, S411, BGR, 0xA1C225266C0BAC51},
+    {"BGR555ToYCbCr444", fromBytes<zmxiBGR555ToYCbCr444LS_MCU_16u16s_C3P3R>, S444, BGR555, 0x107D82E5E82CC3F7},
+    {"BGR555ToYCbCr422", fromBytes<zmxiBGR555ToYCbCr422LS_MCU_16u16s_C3P3R>, S422, BGR555, 0xB47DDB03B775E31E},
+    {"BGR555ToYCbCr411", fromBytes<zmxiBGR555ToYCbCr411LS_MCU_16u16s_C3P3R>, S411, BGR555, 0x0EC476112A9F392F},
+    {"BGR565ToYCbCr444", fromBytes<zmxiBGR565ToYCbCr444LS_MCU_16u16s_C3P3R>, S444, BGR565, 0x094579F5626971DD},
+    {"BGR565ToYCbCr422", fromBytes<zmxiBGR565ToYCbCr422LS_MCU_16u16s_C3P3R>, S422, BGR565, 0xAD6662FDCAEAE5A2},
+    {"BGR565ToYCbCr411", fromBytes<zmxiBGR565ToYCbCr411LS_MCU_16u16s_C3P3R>, S411, BGR565, 0x33F5B81169827C92},
+    {"CMYKToYCCK444", fromBytes<zmxiCMYKToYCCK444LS_MCU_8u16s_C4P4R>, S444, CMYK, 0x5E8D20B7EA0A3666},
+    {"CMYKToYCCK422", fromBytes<zmxiCMYKToYCCK422LS_MCU_8u16s_C4P4R>, S422, CMYK, 0x22EA46C7AB9B854F},
+    {"CMYKToYCCK411", fromBytes<zmxiCMYKToYCCK411LS_MCU_8u16s_C4P4R>, S411, CMYK, 0xCC7D97C0851F686D},
+    {"SampleDown444", fromBytes<zmxiSampleDown444LS_MCU_8u16s_C3P3R>, S444, YCC, 0x49256039BF02E392},
+    {"SampleDown422", fromBytes<zmxiSampleDown422LS_MCU_8u16s_C3P3R>, S422, YCC, 0xE43847DD8A99CD9F},
+    {"SampleDown411", fromBytes<zmxiSampleDown411LS_MCU_8u16s_C3P3R>, S411, YCC, 0xD99BBE071ED42AC6},
+    {"Split422", fromBytes<zmxiSplit422LS_MCU_8u16s_C2P3R>, S422, Pairs422, 0x360310D84FA46A7E},
 };
 
 template <class C, std::size_t N> const C& find(const C (&all)[N], Sampling s, Pixel p) {
@@ -377,13 +372,12 @@ TEST(McuDecode, PointersThenPlanesThenStep) {
         SCOPED_TRACE(c.name);
         Planes planes(c, GuardedBlock::AtEnd);
         std::vector<Zmx8u> dst(c.extent(c.rowBytes()), 0x5A);
-        std::vector<ArgTest> tests(std::size_t(2 + c.planes()), ArgTest{1, zmxStsNullPtrErr});
-        tests.push_back({3, zmxStsStepErr});
-        everyBadCombination(tests, [&](const std::vector<int>& bad) {
+        std::vector<ZmxStatus> tests(std::size_t(2 + c.planes()), kNull);
+        tests.push_back(kStep);
+        checkOrder(tests, [&](const Bad& bad) {
             const Zmx16s* pointers[4] = {};
-            for (int i = 0; i < c.planes(); ++i) pointers[i] = bad[std::size_t(2 + i)] ? nullptr : planes.data()[i];
-            return c.call(bad[0] ? nullptr : pointers, bad[1] ? nullptr : dst.data(),
-                          badNumber(bad.back(), c.rowBytes()));
+            for (int i = 0; i < c.planes(); ++i) pointers[i] = bad.null(2 + i, planes.data()[i]);
+            return c.call(bad.null(0, pointers), bad.null(1, dst.data()), bad.below1(2 + c.planes(), c.rowBytes()));
         });
         EXPECT_EQ(dst, std::vector<Zmx8u>(dst.size(), 0x5A));
     }
@@ -540,12 +534,12 @@ TEST(McuEncode, PointersThenStepThenPlanes) {
         Planes planes(c, GuardedBlock::AtEnd);
         for (int i = 0; i < planes.size(); ++i) planes[i].fill(0x5A5A);
         const std::vector<Zmx16s> before = planes.copy();
-        std::vector<ArgTest> tests{{1, zmxStsNullPtrErr}, {1, zmxStsNullPtrErr}, {3, zmxStsStepErr}};
-        tests.insert(tests.end(), std::size_t(c.planes()), ArgTest{1, zmxStsNullPtrErr});
-        everyBadCombination(tests, [&](const std::vector<int>& bad) {
+        std::vector<ZmxStatus> tests{kNull, kNull, kStep};
+        tests.insert(tests.end(), std::size_t(c.planes()), kNull);
+        checkOrder(tests, [&](const Bad& bad) {
             Zmx16s* pointers[4] = {};
-            for (int i = 0; i < c.planes(); ++i) pointers[i] = bad[std::size_t(3 + i)] ? nullptr : planes.data()[i];
-            return c.call(bad[0] ? nullptr : src.data(), badNumber(bad[2], c.rowBytes()), bad[1] ? nullptr : pointers);
+            for (int i = 0; i < c.planes(); ++i) pointers[i] = bad.null(3 + i, planes.data()[i]);
+            return c.call(bad.null(0, src.data()), bad.below1(2, c.rowBytes()), bad.null(1, pointers));
         });
         EXPECT_EQ(planes.copy(), before);
     }

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace zmx;
+
 TEST(ColourTables, SampleEntriesFromYCbCr) {
     const struct {
         std::size_t at;

@@ -12,6 +12,8 @@
 #include <cmath>
 #include <functional>
 
+using namespace zmx;
+
 namespace {
 
 using Block = std::array<Zmx16s, 64>;
@@ -279,9 +281,8 @@ TEST(IntegerDct, CornersNearTheDefinition) {
 
 TEST(IntegerDct, NullPointers) {
     Block b = constant(3);
-    EXPECT_EQ(zmxiDCT8x8Fwd_16s_C1(nullptr, b.data()), zmxStsNullPtrErr);
-    EXPECT_EQ(zmxiDCT8x8Fwd_16s_C1(b.data(), nullptr), zmxStsNullPtrErr);
-    EXPECT_EQ(zmxiDCT8x8Fwd_16s_C1(nullptr, nullptr), zmxStsNullPtrErr);
+    checkOrder({kNull, kNull},
+               [&](const Bad& bad) { return zmxiDCT8x8Fwd_16s_C1(bad.null(0, b.data()), bad.null(1, b.data())); });
     for (const Transform& t : kTransforms) EXPECT_EQ(t.library(nullptr), zmxStsNullPtrErr) << t.name;
     EXPECT_EQ(zmxiDCT8x8Fwd_32f_C1I(nullptr), zmxStsNullPtrErr);
     EXPECT_EQ(zmxiDCT8x8Inv_32f_C1I(nullptr), zmxStsNullPtrErr);
@@ -291,11 +292,10 @@ TEST(IntegerDct, NullPointers) {
 TEST(ClippedInverse, PointersThenStep) {
     const Block src = constant(3);
     std::vector<Zmx8u> dst(64, 0x5A);
-    everyBadCombination(
-        {{1, zmxStsNullPtrErr}, {1, zmxStsNullPtrErr}, {3, zmxStsStepErr}}, [&](const std::vector<int>& bad) {
-            return zmxiDCT8x8InvLSClip_16s8u_C1R(bad[0] ? nullptr : src.data(), bad[1] ? nullptr : dst.data(),
-                                                 badNumber(bad[2], 8), 128, 0, 255);
-        });
+    checkOrder({kNull, kNull, kStep}, [&](const Bad& bad) {
+        return zmxiDCT8x8InvLSClip_16s8u_C1R(bad.null(0, src.data()), bad.null(1, dst.data()), bad.below1(2, 8), 128, 0,
+                                             255);
+    });
     EXPECT_EQ(dst, std::vector<Zmx8u>(64, 0x5A));
 }
 

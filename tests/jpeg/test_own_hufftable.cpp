@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace zmx;
+
 TEST(HuffmanConstants, FollowTheirRules) {
     EXPECT_EQ(std::size(own_pj_csize), 256u);
     EXPECT_EQ(std::size(own_pj_eobsize), 512u);

@@ -4,6 +4,8 @@
 #include "tests/support/guarded.h"
 #include "tests/support/rng.h"
 
+using namespace zmx;
+
 TEST(LevelShiftWorkers, RowsUpwardAndStillRows) {
     Rng rng(251);
     SCOPED_TRACE("seed 251");

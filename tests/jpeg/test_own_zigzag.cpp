@@ -6,6 +6,8 @@
 #include "tests/support/guarded.h"
 #include "tests/support/rng.h"
 
+using namespace zmx;
+
 TEST(Zigzag, TheWalkAndEightEntriesBehindIt) {
     ASSERT_EQ(own_pj_izigzag_index.size(), 72u);
     for (int k = 0; k < 64; ++k) EXPECT_EQ(own_pj_izigzag_index[std::size_t(k)], model::kZigzag[k]) << k;
@@ -28,7 +30,7 @@ TEST(Zigzag, BlocksToNaturalOrder) {
     Guarded<Zmx16s> src(Rng(252).vec<Zmx16s>(64, -32768, 32767)), dst(64);
     ASSERT_EQ(zmxiZigzagInv8x8_16s_C1(src.data(), dst.data()), zmxStsNoErr);
     for (int k = 0; k < 64; ++k) EXPECT_EQ(dst[std::size_t(model::kZigzag[k])], src[std::size_t(k)]);
-    everyBadCombination({{1, zmxStsNullPtrErr}, {1, zmxStsNullPtrErr}}, [&](const std::vector<int>& bad) {
-        return zmxiZigzagInv8x8_16s_C1(bad[0] ? nullptr : src.data(), bad[1] ? nullptr : dst.data());
+    checkOrder({kNull, kNull}, [&](const Bad& bad) {
+        return zmxiZigzagInv8x8_16s_C1(bad.null(0, src.data()), bad.null(1, dst.data()));
     });
 }

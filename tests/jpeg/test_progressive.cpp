@@ -1,6 +1,6 @@
 // Progressive JPEG blocks: decoding.
 #include "tests/jpeg/support/progressive.h"
-#include "tests/support/argorder.h"
+#include "tests/support/arguments.h"
 #include "tests/support/digest.h"
 
 #include <gtest/gtest.h>
@@ -26,27 +26,23 @@ TEST(ProgressiveDecoding, OrderOfTests) {
     block.fill(7);
     const auto before = block.copy();
     int pos = 0, marker = 0;
-    for (int badLength : {0, -1, INT32_MIN}) {
-        checkOrder({-8, -6, -8, -8, -8, -8, -5, -8, -8}, [&](unsigned bad) {
-            return zmxiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(
-                nullIf(bad, 0, src.data()), badIf(bad, 1, badLength, 2), nullIf(bad, 2, &pos),
-                nullIf(bad, 3, block.data()), nullIf(bad, 4, lastDC.data()), nullIf(bad, 5, &marker),
-                badIf(bad, 6, 14, 13), nullIf(bad, 7, table.lib()), nullIf(bad, 8, state.lib()));
+    checkOrder({kNull, kSize, kNull, kNull, kNull, kNull, kBadArg, kNull, kNull}, [&](const Bad& bad) {
+        return zmxiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(bad.null(0, src.data()), bad.below1(1, 2), bad.null(2, &pos),
+                                                          bad.null(3, block.data()), bad.null(4, lastDC.data()),
+                                                          bad.null(5, &marker), bad.any(6, 13, {14, -1}),
+                                                          bad.null(7, table.lib()), bad.null(8, state.lib()));
+    });
+    checkOrder({kNull, kSize, kNull, kNull, kNull, kBadArg, kNull}, [&](const Bad& bad) {
+        return zmxiDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(bad.null(0, src.data()), bad.below1(1, 2), bad.null(2, &pos),
+                                                           bad.null(3, block.data()), bad.null(4, &marker),
+                                                           bad.any(5, 0, {14, -1}), bad.null(6, state.lib()));
+    });
+    for (auto decode : {zmxiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1, zmxiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1})
+        checkOrder({kNull, kSize, kNull, kNull, kNull, kBadArg, kBadArg, kBadArg, kNull, kNull}, [&](const Bad& bad) {
+            return decode(bad.null(0, src.data()), bad.below1(1, 2), bad.null(2, &pos), bad.null(3, block.data()),
+                          bad.null(4, &marker), bad.below1(5, 1), bad.any(6, 63, {64}), bad.any(7, 0, {14, -1}),
+                          bad.null(8, table.lib()), bad.null(9, state.lib()));
         });
-        checkOrder({-8, -6, -8, -8, -8, -5, -8}, [&](unsigned bad) {
-            return zmxiDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(nullIf(bad, 0, src.data()), badIf(bad, 1, badLength, 2),
-                                                               nullIf(bad, 2, &pos), nullIf(bad, 3, block.data()),
-                                                               nullIf(bad, 4, &marker), badIf(bad, 5, -1, 0),
-                                                               nullIf(bad, 6, state.lib()));
-        });
-        for (auto decode : {zmxiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1, zmxiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1})
-            checkOrder({-8, -6, -8, -8, -8, -5, -5, -5, -8, -8}, [&](unsigned bad) {
-                return decode(nullIf(bad, 0, src.data()), badIf(bad, 1, badLength, 2), nullIf(bad, 2, &pos),
-                              nullIf(bad, 3, block.data()), nullIf(bad, 4, &marker), badIf(bad, 5, 0, 1),
-                              badIf(bad, 6, 64, 63), badIf(bad, 7, 14, 0), nullIf(bad, 8, table.lib()),
-                              nullIf(bad, 9, state.lib()));
-            });
-    }
     EXPECT_EQ(block.copy(), before);
     EXPECT_TRUE(state.same());
     EXPECT_EQ(pos, 0);

@@ -1,6 +1,6 @@
 // Progressive JPEG blocks: encoding and statistics, and whole pictures' scans there and back.
 #include "tests/jpeg/support/progressive.h"
-#include "tests/support/argorder.h"
+#include "tests/support/arguments.h"
 #include "tests/support/digest.h"
 
 #include <gtest/gtest.h>
@@ -37,54 +37,49 @@ TEST(ProgressiveEncoding, OrderOfTests) {
     counts.fill(0);
     lastDC[0] = 5;
     int pos = 0;
-    for (int badLength : {0, -1, INT32_MIN}) {
-        checkOrder({-8, -6, -8, -8, -8, -8, -5, -8}, [&](unsigned bad) {
-            return zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(
-                nullIf(bad, 4, block.data()), nullIf(bad, 0, dst.data()), badIf(bad, 1, badLength, 4),
-                nullIf(bad, 2, &pos), nullIf(bad, 5, lastDC.data()), badIf(bad, 6, 14, 0), nullIf(bad, 7, table.lib()),
-                nullIf(bad, 3, state.lib()), 0);
+    checkOrder({kNull, kSize, kNull, kNull, kNull, kNull, kBadArg, kNull}, [&](const Bad& bad) {
+        return zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(
+            bad.null(4, block.data()), bad.null(0, dst.data()), bad.below1(1, 4), bad.null(2, &pos),
+            bad.null(5, lastDC.data()), bad.any(6, 0, {14, -1}), bad.null(7, table.lib()), bad.null(3, state.lib()), 0);
+    });
+    checkOrder({kNull, kSize, kNull, kNull, kNull, kBadArg}, [&](const Bad& bad) {
+        return zmxiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(bad.null(4, block.data()), bad.null(0, dst.data()),
+                                                           bad.below1(1, 4), bad.null(2, &pos), bad.any(5, 0, {14, -1}),
+                                                           bad.null(3, state.lib()), 0);
+    });
+    for (auto encode : {zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1, zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1}) {
+        checkOrder({kNull, kSize, kNull, kNull, kNull, kNull, kBadArg, kBadArg, kBadArg}, [&](const Bad& bad) {
+            return encode(bad.null(5, block.data()), bad.null(0, dst.data()), bad.below1(1, 4), bad.null(2, &pos),
+                          bad.below1(6, 1), bad.any(7, 63, {64}), bad.any(8, 13, {14, -1}), bad.null(3, table.lib()),
+                          bad.null(4, state.lib()), 0);
         });
-        checkOrder({-8, -6, -8, -8, -8, -5}, [&](unsigned bad) {
-            return zmxiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(nullIf(bad, 4, block.data()), nullIf(bad, 0, dst.data()),
-                                                               badIf(bad, 1, badLength, 4), nullIf(bad, 2, &pos),
-                                                               badIf(bad, 5, -1, 0), nullIf(bad, 3, state.lib()), 0);
-        });
-        for (auto encode : {zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1, zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1}) {
-            checkOrder({-8, -6, -8, -8, -8, -8, -5, -5, -5}, [&](unsigned bad) {
-                return encode(nullIf(bad, 5, block.data()), nullIf(bad, 0, dst.data()), badIf(bad, 1, badLength, 4),
-                              nullIf(bad, 2, &pos), badIf(bad, 6, 0, 1), badIf(bad, 7, 64, 63), badIf(bad, 8, 14, 13),
-                              nullIf(bad, 3, table.lib()), nullIf(bad, 4, state.lib()), 0);
-            });
-            // A flush needs the table, and no block or band.
-            checkOrder({-8, -6, -8, -8, -8}, [&](unsigned bad) {
-                return encode(nullptr, nullIf(bad, 0, dst.data()), badIf(bad, 1, badLength, 4), nullIf(bad, 2, &pos), 0,
-                              64, -1, nullIf(bad, 3, table.lib()), nullIf(bad, 4, state.lib()), -1);
-            });
-        }
-        checkOrder({-8, -6, -8, -8}, [&](unsigned bad) {
-            const ZmxStatus refine = zmxiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(
-                nullptr, nullIf(bad, 0, dst.data()), badIf(bad, 1, badLength, 4), nullIf(bad, 2, &pos), 14,
-                nullIf(bad, 3, state.lib()), 2);
-            const ZmxStatus first = zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(
-                nullptr, nullIf(bad, 0, dst.data()), badIf(bad, 1, badLength, 4), nullIf(bad, 2, &pos), nullptr, 14,
-                nullptr, nullIf(bad, 3, state.lib()), 2);
-            EXPECT_EQ(first, refine);
-            return first;
+        // A flush needs the table, and no block or band.
+        checkOrder({kNull, kSize, kNull, kNull, kNull}, [&](const Bad& bad) {
+            return encode(nullptr, bad.null(0, dst.data()), bad.below1(1, 4), bad.null(2, &pos), 0, 64, -1,
+                          bad.null(3, table.lib()), bad.null(4, state.lib()), -1);
         });
     }
-    checkOrder({-8, -8, -8, -5}, [&](unsigned bad) {
-        return zmxiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(nullIf(bad, 0, block.data()),
-                                                               nullIf(bad, 1, counts.data()),
-                                                               nullIf(bad, 2, lastDC.data()), badIf(bad, 3, -1, 0));
+    checkOrder({kNull, kSize, kNull, kNull}, [&](const Bad& bad) {
+        const ZmxStatus refine = zmxiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(
+            nullptr, bad.null(0, dst.data()), bad.below1(1, 4), bad.null(2, &pos), 14, bad.null(3, state.lib()), 2);
+        const ZmxStatus first = zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(nullptr, bad.null(0, dst.data()),
+                                                                           bad.below1(1, 4), bad.null(2, &pos), nullptr,
+                                                                           14, nullptr, bad.null(3, state.lib()), 2);
+        EXPECT_EQ(first, refine);
+        return first;
+    });
+    checkOrder({kNull, kNull, kNull, kBadArg}, [&](const Bad& bad) {
+        return zmxiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(bad.null(0, block.data()), bad.null(1, counts.data()),
+                                                               bad.null(2, lastDC.data()), bad.any(3, 0, {14, -1}));
     });
     for (auto count :
          {zmxiGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1, zmxiGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1}) {
-        checkOrder({-8, -8, -8, -5, -5, -5}, [&](unsigned bad) {
-            return count(nullIf(bad, 2, block.data()), nullIf(bad, 0, counts.data()), badIf(bad, 3, 64, 1),
-                         badIf(bad, 4, 0, 63), badIf(bad, 5, 14, 0), nullIf(bad, 1, state.lib()), 0);
+        checkOrder({kNull, kNull, kNull, kBadArg, kBadArg, kBadArg}, [&](const Bad& bad) {
+            return count(bad.null(2, block.data()), bad.null(0, counts.data()), bad.any(3, 1, {64}), bad.below1(4, 63),
+                         bad.any(5, 0, {14, -1}), bad.null(1, state.lib()), 0);
         });
-        checkOrder({-8, -8}, [&](unsigned bad) {
-            return count(nullptr, nullIf(bad, 0, counts.data()), 0, 0, -1, nullIf(bad, 1, state.lib()), 1);
+        checkOrder({kNull, kNull}, [&](const Bad& bad) {
+            return count(nullptr, bad.null(0, counts.data()), 0, 0, -1, bad.null(1, state.lib()), 1);
         });
     }
     EXPECT_TRUE(state.same());
@@ -709,8 +704,7 @@ TEST(ProgressiveScans, Digests) {
                     out.set(scan.refine ? blocks[i] : Block{});
                     const Outcome o = decodeShape(scan, in, out, table);
                     if (!o.value) break;
-                    decoded.value(o.status).add(out.dst.data(), 128).value(out.lastDC[0]);
-                    decoded.value(in.pos[0]).value(in.marker[0]).add(in.state.bytes(), 20);
+                    addDecoded(decoded, o, in, out);
                 }
             }
         }

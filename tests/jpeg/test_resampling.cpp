@@ -5,6 +5,7 @@
 #include "tests/support/digest.h"
 #include "tests/support/guarded.h"
 #include "tests/support/rng.h"
+#include "tests/support/sharing.h"
 #include "tests/support/threads.cpp"
 #include "zmxj.h"
 
@@ -242,20 +243,10 @@ TEST_P(Resampling, ArgumentsAreTestedAsTheyStand) {
     const Bytes src(64, 1);
     Bytes dst(64, 99);
     const int before = threadsAsked();
-    everyBadCombination({{1, zmxStsNullPtrErr},
-                         {3, zmxStsStepErr},
-                         {3, zmxStsSizeErr},
-                         {3, zmxStsSizeErr},
-                         {1, zmxStsNullPtrErr},
-                         {3, zmxStsStepErr},
-                         {3, zmxStsSizeErr},
-                         {3, zmxStsSizeErr}},
-                        [&](const std::vector<int>& bad) {
-                            return GetParam().call(bad[0] ? nullptr : src.data() + 20, badNumber(bad[1], 8),
-                                                   {badNumber(bad[2], 2), badNumber(bad[3], 2)},
-                                                   bad[4] ? nullptr : dst.data(), badNumber(bad[5], 8),
-                                                   {badNumber(bad[6], 2), badNumber(bad[7], 2)});
-                        });
+    checkOrder({kNull, kStep, kSize, kSize, kNull, kStep, kSize, kSize}, [&](const Bad& bad) {
+        return GetParam().call(bad.null(0, src.data() + 20), bad.below1(1, 8), {bad.below1(2, 2), bad.below1(3, 2)},
+                               bad.null(4, dst.data()), bad.below1(5, 8), {bad.below1(6, 2), bad.below1(7, 2)});
+    });
     EXPECT_EQ(dst, Bytes(64, 99));
     EXPECT_EQ(threadsAsked(), before);
 }
@@ -264,11 +255,13 @@ TEST_P(ResamplingRow, ArgumentsAreTestedAsTheyStand) {
     const Bytes src(16, 1);
     Bytes dst(16, 99);
     const bool two = GetParam().sources == 2;
-    std::vector<ArgTest> tests(two ? 3u : 2u, ArgTest{1, zmxStsNullPtrErr});
-    tests.push_back({3, zmxStsSizeErr});
-    everyBadCombination(tests, [&](const std::vector<int>& bad) {
-        return GetParam().call(bad[0] ? nullptr : src.data(), two && bad[1] ? nullptr : src.data(),
-                               badNumber(bad.back(), 4), bad[bad.size() - 2] ? nullptr : dst.data());
+    // The second source is there for two rows alone.
+    std::vector<ZmxStatus> tests(two ? 3u : 2u, kNull);
+    tests.push_back(kSize);
+    const int behindSources = two ? 2 : 1;
+    checkOrder(tests, [&](const Bad& bad) {
+        return GetParam().call(bad.null(0, src.data()), bad.null(two ? 1 : -1, src.data()),
+                               bad.below1(behindSources + 1, 4), bad.null(behindSources, dst.data()));
     });
     EXPECT_EQ(dst, Bytes(16, 99));
 }
@@ -314,21 +307,10 @@ TEST_P(ResamplingRow, EveryWidth) {
 TEST_P(Resampling, TheSameBytesFromAnyNumberOfThreads) {
     Rng rng(233);
     SCOPED_TRACE("seed 233");
-    const bool shared = GetParam().shared;
     for (ZmxiSize size : {ZmxiSize{8, 8}, ZmxiSize{128, 64}, ZmxiSize{8192, 1}, ZmxiSize{8193, 1}, ZmxiSize{1, 8193},
                           ZmxiSize{2731, 3}, ZmxiSize{301, 97}})
-        for (int threads : {1, 2, 7}) {
-            setThreads(threads);
-            const int askedBefore = threadsAsked();
-            const long opened = regionsOpened();
-            ASSERT_NO_FATAL_FAILURE(compare(rng, size, 1, size.width + 3, GuardedBlock::AtEnd));
-            EXPECT_EQ(threadsAsked(), askedBefore + shared) << "the count is asked at every size";
-            if (regionsCounted()) {
-                EXPECT_EQ(regionsOpened(), opened + (shared && size.width * size.height > 8192 ? 1 : 0))
-                    << size.width << " by " << size.height;
-            }
-        }
-    setThreads(1);
+        ASSERT_NO_FATAL_FAILURE(
+            checkSharing(size, GetParam().shared, [&] { compare(rng, size, 1, size.width + 3, GuardedBlock::AtEnd); }));
 }
 
 // The destination's size decides whether rows are shared out, not the source's.

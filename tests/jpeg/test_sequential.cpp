@@ -1,6 +1,6 @@
 // Sequential JPEG blocks: the coders on bit states, and the statistics.
 #include "tests/jpeg/support/sequential.h"
-#include "tests/support/argorder.h"
+#include "tests/support/arguments.h"
 #include "tests/support/digest.h"
 
 #include <gtest/gtest.h>
@@ -37,27 +37,27 @@ TEST(Sequential, OrderOfTests) {
     const auto blockBefore = block.copy();
     dst.fill(9);
 
-    checkOrder({-8, -5, -8, -8, -8, -8, -8, -8, -8}, [&](unsigned bad) {
+    checkOrder({kNull, kBadArg, kNull, kNull, kNull, kNull, kNull, kNull, kNull}, [&](const Bad& bad) {
         return zmxiDecodeHuffman8x8_JPEG_1u16s_C1(
-            nullIf(bad, 0, src.data()), badIf(bad, 1, -1, 2), nullIf(bad, 2, &pos), nullIf(bad, 3, block.data()),
-            nullIf(bad, 4, lastDC.data()), nullIf(bad, 5, &marker), nullIf(bad, 6, t.decDC.lib()),
-            nullIf(bad, 7, t.decAC.lib()), nullIf(bad, 8, reader.lib()));
+            bad.null(0, src.data()), bad.any(1, 2, {-1, INT32_MIN}), bad.null(2, &pos), bad.null(3, block.data()),
+            bad.null(4, lastDC.data()), bad.null(5, &marker), bad.null(6, t.decDC.lib()), bad.null(7, t.decAC.lib()),
+            bad.null(8, reader.lib()));
     });
-    checkOrder({-8, -6, -8, -8, -8, -8, -8, -8}, [&](unsigned bad) {
-        return zmxiEncodeHuffman8x8_JPEG_16s1u_C1(nullIf(bad, 4, block.data()), nullIf(bad, 0, dst.data()),
-                                                  badIf(bad, 1, 0, 4), nullIf(bad, 2, &pos),
-                                                  nullIf(bad, 5, lastDC.data()), nullIf(bad, 6, t.encDC.lib()),
-                                                  nullIf(bad, 7, t.encAC.lib()), nullIf(bad, 3, writer.lib()), 0);
+    checkOrder({kNull, kSize, kNull, kNull, kNull, kNull, kNull, kNull}, [&](const Bad& bad) {
+        return zmxiEncodeHuffman8x8_JPEG_16s1u_C1(bad.null(4, block.data()), bad.null(0, dst.data()), bad.below1(1, 4),
+                                                  bad.null(2, &pos), bad.null(5, lastDC.data()),
+                                                  bad.null(6, t.encDC.lib()), bad.null(7, t.encAC.lib()),
+                                                  bad.null(3, writer.lib()), 0);
     });
     for (int flushState : {1, -1, INT32_MIN})
-        checkOrder({-8, -6, -8, -8}, [&](unsigned bad) {
-            return zmxiEncodeHuffman8x8_JPEG_16s1u_C1(nullptr, nullIf(bad, 0, dst.data()), badIf(bad, 1, -5, 4),
-                                                      nullIf(bad, 2, &pos), nullptr, nullptr, nullptr,
-                                                      nullIf(bad, 3, writer.lib()), flushState);
+        checkOrder({kNull, kSize, kNull, kNull}, [&](const Bad& bad) {
+            return zmxiEncodeHuffman8x8_JPEG_16s1u_C1(nullptr, bad.null(0, dst.data()), bad.below1(1, 4),
+                                                      bad.null(2, &pos), nullptr, nullptr, nullptr,
+                                                      bad.null(3, writer.lib()), flushState);
         });
-    checkOrder({-8, -8, -8, -8}, [&](unsigned bad) {
-        return zmxiGetHuffmanStatistics8x8_JPEG_16s_C1(nullIf(bad, 0, block.data()), nullIf(bad, 1, dcCounts.data()),
-                                                       nullIf(bad, 2, acCounts.data()), nullIf(bad, 3, lastDC.data()));
+    checkOrder({kNull, kNull, kNull, kNull}, [&](const Bad& bad) {
+        return zmxiGetHuffmanStatistics8x8_JPEG_16s_C1(bad.null(0, block.data()), bad.null(1, dcCounts.data()),
+                                                       bad.null(2, acCounts.data()), bad.null(3, lastDC.data()));
     });
 
     EXPECT_EQ(block.copy(), blockBefore);
@@ -341,19 +341,16 @@ TEST(Sequential, RandomTablesAndStreams) {
     for (int seed = 1; seed <= 1200; ++seed) {
         SCOPED_TRACE(seed);
         Rng rng{std::uint64_t(seed)};
-        const auto flushAt = randomFlush(rng);
-        DecodeTable dc(randomList(rng, {2, 40}, {0, 2}, 4), flushAt);
-        DecodeTable ac(flushAt);
-        ac.build(randomDecoderList(rng));
+        RandomTables t(rng);
         const int ffOneIn = rng.oneIn(3) ? 400 : int(rng.range(2, 40));
-        StreamIn in(randomStream(rng, int(rng.range(1, rng.oneIn(4) ? 600 : 120)), ffOneIn, 10), flushAt);
-        BlockOut out(flushAt);
+        StreamIn in(randomStream(rng, int(rng.range(1, rng.oneIn(4) ? 600 : 120)), ffOneIn, 10), t.flush);
+        BlockOut out(t.flush);
         rng.bytes(&in.state.plain, sizeof in.state.plain);
         in.state.plain.bitCount = int(rng.range(rng.oneIn(4) ? -15 : 0, 32));
         in.state.share();
         in.pos[0] = in.pos[1] = rng.oneIn(2) ? 0 : int(rng.range(0, in.len() + 2));
         for (int call = 0; call < 10; ++call) {
-            const Outcome o = decode(in, out, dc, ac);
+            const Outcome o = decode(in, out, t.dc, t.ac);
             if (::testing::Test::HasFailure()) return;
             if (!o.path) break;
             ++meaningful;
@@ -491,8 +488,7 @@ TEST(Sequential, Digests) {
             for (int call = 0; call < 6; ++call) {
                 const Outcome o = decode(in, out, t.decDC, t.decAC);
                 if (!o.value) break;
-                decoded.value(o.status).add(out.dst.data(), 128).value(out.lastDC[0]);
-                decoded.value(in.pos[0]).value(in.marker[0]).add(in.state.bytes(), 20);
+                addDecoded(decoded, o, in, out);
             }
         }
     }

@@ -142,11 +142,10 @@ TEST(CodeBlockDecoder, StateSize) {
 TEST(CodeBlockDecoder, ArgumentsOfStateSize) {
     for (auto f : {zmxiDecodeCBProgrGetStateSize_JPEG2K, zmxiDecodeGetBufSize_JPEG2K}) {
         int n = 5;
-        EXPECT_EQ(f({1, 0}, &n), zmxStsSizeErr);
-        EXPECT_EQ(f({0, 1}, &n), zmxStsSizeErr);
-        EXPECT_EQ(f({-1, -1}, &n), zmxStsSizeErr);
-        EXPECT_EQ(f({0, 0}, nullptr), zmxStsSizeErr) << "the size comes first";
-        EXPECT_EQ(f({1, 1}, nullptr), zmxStsNullPtrErr);
+        // The size comes first.
+        checkOrder({kSize, kSize, kNull}, [&](const Bad& bad) {
+            return f({bad.below1(0, 1), bad.below1(1, 1)}, bad.null(2, &n));
+        });
         EXPECT_EQ(n, 5);
     }
 }
@@ -163,9 +162,9 @@ TEST(CodeBlockDecoder, ArgumentsOfInitAndFree) {
     EXPECT_EQ(zmxiDecodeCBProgrInit_JPEG2K(nullptr), zmxStsNullPtrErr);
     ZmxiDecodeCBProgrState* p = reinterpret_cast<ZmxiDecodeCBProgrState*>(&p);
     ZmxiDecodeCBProgrState* const before = p;
-    EXPECT_EQ(zmxiDecodeCBProgrInitAlloc_JPEG2K(nullptr, {0, 0}), zmxStsNullPtrErr);
-    EXPECT_EQ(zmxiDecodeCBProgrInitAlloc_JPEG2K(&p, {1, 0}), zmxStsSizeErr);
-    EXPECT_EQ(zmxiDecodeCBProgrInitAlloc_JPEG2K(&p, {0, 1}), zmxStsSizeErr);
+    checkOrder({kNull, kSize, kSize}, [&](const Bad& bad) {
+        return zmxiDecodeCBProgrInitAlloc_JPEG2K(bad.null(0, &p), {bad.below1(1, 1), bad.below1(2, 1)});
+    });
     EXPECT_EQ(p, before);
     EXPECT_EQ(zmxiDecodeCBProgrFree_JPEG2K(nullptr), zmxStsNullPtrErr);
     ASSERT_EQ(zmxiDecodeCBProgrInitAlloc_JPEG2K(&p, {3, 3}), zmxStsNoErr);
@@ -176,20 +175,17 @@ TEST(CodeBlockDecoder, ArgumentsOfInitAndFree) {
 }
 
 TEST(CodeBlockDecoder, ArgumentsOfAttach) {
-    DecoderState good({4, 4}), bad({4, 4});
-    *reinterpret_cast<Zmx8u*>(static_cast<ZmxiDecodeCBProgrState*>(bad)) ^= 1;
+    DecoderState good({4, 4}), foreign({4, 4});
+    *reinterpret_cast<Zmx8u*>(static_cast<ZmxiDecodeCBProgrState*>(foreign)) ^= 1;
     Guarded<Zmx32s> dst(16);
     dst.fill(0x77);
     const auto attach = [&](Zmx32s* d, int step, ZmxiSize size, ZmxiDecodeCBProgrState* s) {
         return zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(d, step, size, s, 0, 3, 0);
     };
-    EXPECT_EQ(attach(nullptr, 0, {0, 0}, nullptr), zmxStsNullPtrErr);
-    EXPECT_EQ(attach(nullptr, 0, {0, 0}, bad), zmxStsContextMatchErr);
-    EXPECT_EQ(attach(nullptr, 0, {0, 0}, good), zmxStsNullPtrErr);
-    EXPECT_EQ(attach(dst.data(), 0, {0, 0}, good), zmxStsStepErr);
-    EXPECT_EQ(attach(dst.data(), -16, {4, 4}, good), zmxStsStepErr);
-    EXPECT_EQ(attach(dst.data(), 16, {4, 0}, good), zmxStsSizeErr);
-    EXPECT_EQ(attach(dst.data(), 16, {0, 4}, good), zmxStsSizeErr);
+    checkOrder({kNull, kContext, kNull, kStep, kSize, kSize}, [&](const Bad& bad) {
+        return attach(bad.null(2, dst.data()), bad.below1(3, 16), {bad.below1(4, 4), bad.below1(5, 4)},
+                      stateOf(bad, 0, good, 1, foreign));
+    });
     EXPECT_EQ(dst[0], 0x77);
     const Zmx8u byte = 0;
     EXPECT_EQ(zmxiDecodeCBProgrStep_JPEG2K(&byte, 1, good), zmxStsCBNotAttachedErr) << "no attach has succeeded";
@@ -200,22 +196,25 @@ TEST(CodeBlockDecoder, ArgumentsOfAttach) {
 }
 
 TEST(CodeBlockDecoder, ArgumentsOfTheOthers) {
-    DecoderState good({4, 4}), bad({4, 4});
-    *reinterpret_cast<Zmx8u*>(static_cast<ZmxiDecodeCBProgrState*>(bad)) ^= 1;
+    DecoderState good({4, 4}), foreign({4, 4});
+    *reinterpret_cast<Zmx8u*>(static_cast<ZmxiDecodeCBProgrState*>(foreign)) ^= 1;
     int n = 42;
-    EXPECT_EQ(zmxiDecodeCBProgrSetPassCounter_JPEG2K(1, nullptr), zmxStsNullPtrErr);
-    EXPECT_EQ(zmxiDecodeCBProgrSetPassCounter_JPEG2K(1, bad), zmxStsContextMatchErr);
-    EXPECT_EQ(zmxiDecodeCBProgrGetPassCounter_JPEG2K(nullptr, &n), zmxStsNullPtrErr);
-    EXPECT_EQ(zmxiDecodeCBProgrGetPassCounter_JPEG2K(bad, nullptr), zmxStsNullPtrErr) << "both pointers come first";
-    EXPECT_EQ(zmxiDecodeCBProgrGetPassCounter_JPEG2K(bad, &n), zmxStsContextMatchErr);
-    EXPECT_EQ(zmxiDecodeCBProgrGetCurBitPlaneNum_JPEG2K(nullptr, &n), zmxStsNullPtrErr);
-    EXPECT_EQ(zmxiDecodeCBProgrGetCurBitPlaneNum_JPEG2K(bad, nullptr), zmxStsContextMatchErr) << "here the magic does";
-    EXPECT_EQ(zmxiDecodeCBProgrGetCurBitPlaneNum_JPEG2K(good, nullptr), zmxStsNullPtrErr);
+    checkOrder({kNull, kContext}, [&](const Bad& bad) {
+        return zmxiDecodeCBProgrSetPassCounter_JPEG2K(1, stateOf(bad, 0, good, 1, foreign));
+    });
+    // Both pointers come first.
+    checkOrder({kNull, kNull, kContext}, [&](const Bad& bad) {
+        return zmxiDecodeCBProgrGetPassCounter_JPEG2K(stateOf(bad, 0, good, 2, foreign), bad.null(1, &n));
+    });
+    // Here the magic word does.
+    checkOrder({kNull, kContext, kNull}, [&](const Bad& bad) {
+        return zmxiDecodeCBProgrGetCurBitPlaneNum_JPEG2K(stateOf(bad, 0, good, 1, foreign), bad.null(2, &n));
+    });
     EXPECT_EQ(n, 42);
     const Zmx8u byte = 0;
-    EXPECT_EQ(zmxiDecodeCBProgrStep_JPEG2K(nullptr, 1, bad), zmxStsNullPtrErr);
-    EXPECT_EQ(zmxiDecodeCBProgrStep_JPEG2K(&byte, 1, nullptr), zmxStsNullPtrErr);
-    EXPECT_EQ(zmxiDecodeCBProgrStep_JPEG2K(&byte, 1, bad), zmxStsContextMatchErr);
+    checkOrder({kNull, kNull, kContext}, [&](const Bad& bad) {
+        return zmxiDecodeCBProgrStep_JPEG2K(bad.null(0, &byte), 1, stateOf(bad, 1, good, 2, foreign));
+    });
     EXPECT_EQ(zmxiDecodeCBProgrStep_JPEG2K(&byte, 1, good), zmxStsCBNotAttachedErr);
     EXPECT_EQ(zmxiDecodeCBProgrSetPassCounter_JPEG2K(-12, good), zmxStsNoErr);
     EXPECT_EQ(good.passCounter(), -12);
@@ -232,14 +231,12 @@ TEST(CodeBlockDecoder, ArgumentsOfTheOneCall) {
                           ZmxiDecodeCBProgrState* s) {
         return zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(src, d, step, size, 0, 1, 1, lengths, 1, 0, &plane, s);
     };
-    EXPECT_EQ(call(nullptr, nullptr, 0, {0, 0}, nullptr, state), zmxStsNullPtrErr);
-    EXPECT_EQ(call(&byte, nullptr, 0, {0, 0}, nullptr, nullptr), zmxStsNullPtrErr);
-    EXPECT_EQ(call(&byte, nullptr, 0, {4, 0}, nullptr, state), zmxStsSizeErr) << "sizes ahead of the other pointers";
-    EXPECT_EQ(call(&byte, nullptr, 0, {0, 4}, nullptr, state), zmxStsSizeErr);
-    EXPECT_EQ(call(&byte, dst.data(), 0, {4, 4}, nullptr, state), zmxStsNullPtrErr);
-    EXPECT_EQ(call(&byte, nullptr, 0, {4, 4}, &length, state), zmxStsNullPtrErr);
-    EXPECT_EQ(call(&byte, dst.data(), 0, {4, 4}, &length, state), zmxStsStepErr);
-    EXPECT_EQ(call(&byte, dst.data(), -4, {4, 4}, &length, state), zmxStsStepErr);
+    // Sizes ahead of the other pointers.
+    checkOrder({kNull, kNull, kSize, kSize, kNull, kNull, kStep}, [&](const Bad& bad) {
+        return call(bad.null(0, &byte), bad.null(4, dst.data()), bad.below1(6, 16),
+                    {bad.below1(2, 4), bad.below1(3, 4)}, bad.null(5, &length),
+                    bad.null(1, static_cast<ZmxiDecodeCBProgrState*>(state)));
+    });
     EXPECT_EQ(dst[0], 0x77);
     EXPECT_EQ(plane, 42);
     // The state needs no Init before; any bytes do.

@@ -90,10 +90,9 @@ EncodeChoice anyChoice(Rng& rng, int styles) {
 TEST(CodeBlockEncoder, ArgumentsOfInitAndFree) {
     ZmxiEncodeState_JPEG2K* p = reinterpret_cast<ZmxiEncodeState_JPEG2K*>(&p);
     ZmxiEncodeState_JPEG2K* const before = p;
-    EXPECT_EQ(zmxiEncodeInitAlloc_JPEG2K(nullptr, {0, 0}), zmxStsNullPtrErr);
-    EXPECT_EQ(zmxiEncodeInitAlloc_JPEG2K(&p, {1, 0}), zmxStsSizeErr);
-    EXPECT_EQ(zmxiEncodeInitAlloc_JPEG2K(&p, {0, 1}), zmxStsSizeErr);
-    EXPECT_EQ(zmxiEncodeInitAlloc_JPEG2K(&p, {-1, -1}), zmxStsSizeErr);
+    checkOrder({kNull, kSize, kSize}, [&](const Bad& bad) {
+        return zmxiEncodeInitAlloc_JPEG2K(bad.null(0, &p), {bad.below1(1, 1), bad.below1(2, 1)});
+    });
     EXPECT_EQ(p, before);
     EXPECT_EQ(zmxiEncodeFree_JPEG2K(nullptr), zmxStsNullPtrErr);
     ASSERT_EQ(zmxiEncodeInitAlloc_JPEG2K(&p, {3, 3}), zmxStsNoErr);
@@ -104,62 +103,57 @@ TEST(CodeBlockEncoder, ArgumentsOfInitAndFree) {
 }
 
 TEST(CodeBlockEncoder, ArgumentsOfLoad) {
-    EncoderState state({4, 4});
-    ZmxiEncodeState_JPEG2K* const good = state;
-    const Guarded<Zmx32s> noSamples(16);
+    EncoderState state({4, 4}), foreign({4, 4});
+    *reinterpret_cast<Zmx8u*>(static_cast<ZmxiEncodeState_JPEG2K*>(foreign)) ^= 1;
     std::vector<Zmx32s> samples(16, 5);
     int a = 41, b = 42, c = 43;
     const auto load = [&](const Zmx32s* src, int step, ZmxiSize size, ZmxiEncodeState_JPEG2K* s, int* sf, int* n,
                           int* t) {
         return zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(src, step, size, s, 0, 31, 0, 12345, 0, sf, n, t);
     };
-    EXPECT_EQ(load(nullptr, 0, {0, 0}, nullptr, nullptr, nullptr, nullptr), zmxStsNullPtrErr);
-    *reinterpret_cast<Zmx8u*>(good) ^= 1;
-    EXPECT_EQ(load(nullptr, 0, {0, 0}, good, nullptr, nullptr, nullptr), zmxStsContextMatchErr);
-    int rate;
-    double dist;
-    int n = 8, more;
-    Zmx8u room[8];
-    EXPECT_EQ(zmxiEncodeGetDist_JPEG2K(good, 0, nullptr), zmxStsContextMatchErr);
-    EXPECT_EQ(zmxiEncodeGetRate_JPEG2K(good, 0, nullptr), zmxStsContextMatchErr);
-    EXPECT_EQ(zmxiEncodeGetTermPassLen_JPEG2K(good, 0, nullptr), zmxStsContextMatchErr);
-    EXPECT_EQ(zmxiEncodeStoreBits_JPEG2K_1u(nullptr, nullptr, good, nullptr), zmxStsContextMatchErr);
-    *reinterpret_cast<Zmx8u*>(good) ^= 1;
-    EXPECT_EQ(load(nullptr, 0, {0, 0}, good, nullptr, &b, &c), zmxStsNullPtrErr);
-    EXPECT_EQ(load(nullptr, 0, {0, 0}, good, &a, nullptr, &c), zmxStsNullPtrErr);
-    EXPECT_EQ(load(nullptr, 0, {0, 0}, good, &a, &b, nullptr), zmxStsNullPtrErr);
-    EXPECT_EQ(load(nullptr, 0, {4, 0}, good, &a, &b, &c), zmxStsSizeErr) << "the size ahead of the source";
-    EXPECT_EQ(load(nullptr, 0, {0, 4}, good, &a, &b, &c), zmxStsSizeErr);
-    EXPECT_EQ(load(nullptr, 0, {4, 4}, good, &a, &b, &c), zmxStsNullPtrErr);
-    EXPECT_EQ(load(samples.data(), 0, {4, 4}, good, &a, &b, &c), zmxStsStepErr);
-    EXPECT_EQ(load(samples.data(), -16, {4, 4}, good, &a, &b, &c), zmxStsStepErr);
+    // The size ahead of the source.
+    checkOrder({kNull, kContext, kNull, kNull, kNull, kSize, kSize, kNull, kStep}, [&](const Bad& bad) {
+        return load(bad.null(7, samples.data()), bad.below1(8, 16), {bad.below1(5, 4), bad.below1(6, 4)},
+                    stateOf(bad, 0, state, 1, foreign), bad.null(2, &a), bad.null(3, &b), bad.null(4, &c));
+    });
     EXPECT_TRUE(a == 41 && b == 42 && c == 43);
 
-    EXPECT_EQ(load(samples.data(), 16, {4, 4}, good, &a, &b, &c), zmxStsNoErr);
+    EXPECT_EQ(load(samples.data(), 16, {4, 4}, state, &a, &b, &c), zmxStsNoErr);
     EXPECT_EQ(a, 3);
     EXPECT_EQ(b, 7);
     EXPECT_EQ(c, 1);
-    EXPECT_EQ(zmxiEncodeGetDist_JPEG2K(nullptr, 0, &dist), zmxStsNullPtrErr);
-    EXPECT_EQ(zmxiEncodeGetRate_JPEG2K(nullptr, 0, &rate), zmxStsNullPtrErr);
-    EXPECT_EQ(zmxiEncodeGetTermPassLen_JPEG2K(nullptr, 0, &rate), zmxStsNullPtrErr);
-    EXPECT_EQ(zmxiEncodeGetDist_JPEG2K(good, 99, nullptr), zmxStsNullPtrErr);
-    EXPECT_EQ(zmxiEncodeGetRate_JPEG2K(good, 99, nullptr), zmxStsNullPtrErr);
-    EXPECT_EQ(zmxiEncodeGetTermPassLen_JPEG2K(good, 99, nullptr), zmxStsNullPtrErr);
-    for (int pass : {7, 8, 1000, -1, INT_MIN, INT_MAX}) {
-        EXPECT_EQ(zmxiEncodeGetDist_JPEG2K(good, pass, &dist), zmxStsBadPassNumberErr) << pass;
-        EXPECT_EQ(zmxiEncodeGetRate_JPEG2K(good, pass, &rate), zmxStsBadPassNumberErr) << pass;
-        EXPECT_EQ(zmxiEncodeGetTermPassLen_JPEG2K(good, pass, &rate), zmxStsBadPassNumberErr) << pass;
-    }
-    EXPECT_EQ(zmxiEncodeGetTermPassLen_JPEG2K(good, 1, &rate), zmxStsBadPassNumberErr) << "one segment";
-    EXPECT_EQ(zmxiEncodeStoreBits_JPEG2K_1u(room, &n, nullptr, &more), zmxStsNullPtrErr);
-    EXPECT_EQ(zmxiEncodeStoreBits_JPEG2K_1u(nullptr, &n, good, &more), zmxStsNullPtrErr);
-    EXPECT_EQ(zmxiEncodeStoreBits_JPEG2K_1u(room, nullptr, good, &more), zmxStsNullPtrErr);
-    n = 0;
-    EXPECT_EQ(zmxiEncodeStoreBits_JPEG2K_1u(room, &n, good, nullptr), zmxStsNullPtrErr) << "ahead of the capacity";
-    EXPECT_EQ(zmxiEncodeStoreBits_JPEG2K_1u(room, &n, good, &more), zmxStsSizeErr);
-    n = -1;
-    EXPECT_EQ(zmxiEncodeStoreBits_JPEG2K_1u(room, &n, good, &more), zmxStsSizeErr);
-    EXPECT_EQ(n, -1);
+}
+
+TEST(CodeBlockEncoder, ArgumentsOfTheOthers) {
+    EncoderState state({4, 4}), foreign({4, 4});
+    loadBlock(state, BlockSamples(16, 5), {4, 4}, choice(0)); // of 7 passes in one segment
+    *reinterpret_cast<Zmx8u*>(static_cast<ZmxiEncodeState_JPEG2K*>(foreign)) ^= 1;
+    int rate = 42;
+    double dist = 42;
+    const auto checkPasses = [&](auto get, auto* result) {
+        checkOrder({kNull, kContext, kNull, zmxStsBadPassNumberErr}, [&](const Bad& bad) {
+            return get(stateOf(bad, 0, state, 1, foreign), bad.any(3, 0, {7, 8, 99, 1000, -1, INT_MIN, INT_MAX}),
+                       bad.null(2, result));
+        });
+    };
+    checkPasses(zmxiEncodeGetDist_JPEG2K, &dist);
+    checkPasses(zmxiEncodeGetRate_JPEG2K, &rate);
+    checkPasses(zmxiEncodeGetTermPassLen_JPEG2K, &rate);
+    EXPECT_EQ(zmxiEncodeGetTermPassLen_JPEG2K(state, 1, &rate), zmxStsBadPassNumberErr) << "one segment";
+    EXPECT_TRUE(rate == 42 && dist == 42);
+
+    Zmx8u room[8];
+    int n = 0, more = 43;
+    // All pointers ahead of the capacity, which stands in *pDstLen.
+    checkOrder({kNull, kContext, kNull, kNull, kNull, kSize}, [&](const Bad& bad) {
+        n = bad.below1(5, 8);
+        const int before = n;
+        const ZmxStatus status = zmxiEncodeStoreBits_JPEG2K_1u(bad.null(2, room), bad.null(3, &n),
+                                                               stateOf(bad, 0, state, 1, foreign), bad.null(4, &more));
+        EXPECT_EQ(n, before);
+        return status;
+    });
+    EXPECT_EQ(more, 43);
 }
 
 // ---- what a load tells

@@ -38,10 +38,12 @@ TEST(CodeBlockMemory, BadArgumentsAskForNothing) {
     const int asked = allocationsMade();
     ZmxiDecodeCBProgrState* d = nullptr;
     ZmxiEncodeState_JPEG2K* e = nullptr;
-    EXPECT_EQ(zmxiDecodeCBProgrInitAlloc_JPEG2K(nullptr, {1, 1}), zmxStsNullPtrErr);
-    EXPECT_EQ(zmxiDecodeCBProgrInitAlloc_JPEG2K(&d, {1, 0}), zmxStsSizeErr);
-    EXPECT_EQ(zmxiEncodeInitAlloc_JPEG2K(nullptr, {1, 1}), zmxStsNullPtrErr);
-    EXPECT_EQ(zmxiEncodeInitAlloc_JPEG2K(&e, {0, 1}), zmxStsSizeErr);
+    checkOrder({kNull, kSize, kSize}, [&](const Bad& bad) {
+        return zmxiDecodeCBProgrInitAlloc_JPEG2K(bad.null(0, &d), {bad.below1(1, 1), bad.below1(2, 1)});
+    });
+    checkOrder({kNull, kSize, kSize}, [&](const Bad& bad) {
+        return zmxiEncodeInitAlloc_JPEG2K(bad.null(0, &e), {bad.below1(1, 1), bad.below1(2, 1)});
+    });
     EXPECT_EQ(allocationsMade(), asked);
 }
 

@@ -1,5 +1,6 @@
 // The component transforms against their model, pixel by pixel, in all sixteen forms.
 #include "tests/jpeg2000/model/component.h"
+#include "tests/support/arguments.h"
 #include "tests/support/digest.h"
 #include "tests/support/strided.h"
 #include "zmxj/component.h"
@@ -7,7 +8,6 @@
 #include <bit>
 #include <climits>
 #include <cmath>
-#include <functional>
 #include <gtest/gtest.h>
 
 namespace {
@@ -310,50 +310,31 @@ TEST(Component, FloatsAreRoundedOnceOnHardPixels) {
 
 namespace {
 
-// Arguments in the order of their tests. `order` holds what is wrong with each and the status; the earlier
-// fault wins.
-struct Fault {
-    ZmxStatus status;
-    const char* what;
-};
-void checkFaults(const std::vector<Fault>& order, const std::function<ZmxStatus(unsigned)>& call) {
-    for (unsigned faults = 1; faults < 1u << order.size(); ++faults) {
-        unsigned first = 0;
-        while (!(faults >> first & 1)) ++first;
-        EXPECT_EQ(call(faults), order[first].status) << order[first].what << " in " << faults;
-    }
-}
-constexpr Fault kNull{zmxStsNullPtrErr, "null"}, kStep{zmxStsStepErr, "step"}, kSize{zmxStsSizeErr, "size"};
-
 template <class T> void checkArguments(Pack<T> pack, Unpack<T> unpack, std::initializer_list<InPlace<T>> inPlace) {
     const std::vector<T> fresh(12, T(7));
-    for (int bad : {0, -1, INT_MIN}) {
-        auto off = [bad](unsigned f, int bit, int good) { return f >> bit & 1 ? bad : good; };
-        // pSrc, pDst, the planes, srcStep, dstStep, width, height.
-        const std::vector<Fault> order{kNull, kNull, kNull, kNull, kNull, kStep, kStep, kSize, kSize};
-        std::vector<T> pixels = fresh, planes = fresh;
-        auto plane = [&planes](unsigned f, unsigned c) { return f >> (2 + c) & 1 ? nullptr : planes.data() + 4 * c; };
-        if (pack)
-            checkFaults(order, [&](unsigned f) {
-                T* const p[3] = {plane(f, 0), plane(f, 1), plane(f, 2)};
-                return pack(f & 1 ? nullptr : pixels.data(), off(f, 5, 12), f & 2 ? nullptr : p, off(f, 6, 4),
-                            {off(f, 7, 1), off(f, 8, 1)});
-            });
-        if (unpack)
-            checkFaults(order, [&](unsigned f) {
-                const T* const p[3] = {plane(f, 0), plane(f, 1), plane(f, 2)};
-                return unpack(f & 1 ? nullptr : p, off(f, 5, 12), f & 2 ? nullptr : pixels.data(), off(f, 6, 4),
-                              {off(f, 7, 1), off(f, 8, 1)});
-            });
-        for (InPlace<T> fn : inPlace)
-            checkFaults({kNull, kNull, kNull, kNull, kStep, kSize, kSize}, [&](unsigned f) {
-                T* const p[3] = {f & 2 ? nullptr : planes.data(), f & 4 ? nullptr : planes.data() + 4,
-                                 f & 8 ? nullptr : planes.data() + 8};
-                return fn(f & 1 ? nullptr : p, off(f, 4, 4), {off(f, 5, 1), off(f, 6, 1)});
-            });
-        EXPECT_EQ(pixels, fresh) << "nothing is written";
-        EXPECT_EQ(planes, fresh) << "nothing is written";
-    }
+    std::vector<T> pixels = fresh, planes = fresh;
+    const auto plane = [&planes](const Bad& bad, int test, int c) { return bad.null(test, planes.data() + 4 * c); };
+    // pSrc, pDst, the planes, srcStep, dstStep, width, height.
+    const std::vector<ZmxStatus> order{kNull, kNull, kNull, kNull, kNull, kStep, kStep, kSize, kSize};
+    if (pack)
+        checkOrder(order, [&](const Bad& bad) {
+            T* const p[3] = {plane(bad, 2, 0), plane(bad, 3, 1), plane(bad, 4, 2)};
+            return pack(bad.null(0, pixels.data()), bad.below1(5, 12), bad.null(1, p), bad.below1(6, 4),
+                        {bad.below1(7, 1), bad.below1(8, 1)});
+        });
+    if (unpack)
+        checkOrder(order, [&](const Bad& bad) {
+            const T* const p[3] = {plane(bad, 2, 0), plane(bad, 3, 1), plane(bad, 4, 2)};
+            return unpack(bad.null(0, p), bad.below1(5, 12), bad.null(1, pixels.data()), bad.below1(6, 4),
+                          {bad.below1(7, 1), bad.below1(8, 1)});
+        });
+    for (InPlace<T> fn : inPlace)
+        checkOrder({kNull, kNull, kNull, kNull, kStep, kSize, kSize}, [&](const Bad& bad) {
+            T* const p[3] = {plane(bad, 1, 0), plane(bad, 2, 1), plane(bad, 3, 2)};
+            return fn(bad.null(0, p), bad.below1(4, 4), {bad.below1(5, 1), bad.below1(6, 1)});
+        });
+    EXPECT_EQ(pixels, fresh) << "nothing is written";
+    EXPECT_EQ(planes, fresh) << "nothing is written";
 }
 
 } // namespace

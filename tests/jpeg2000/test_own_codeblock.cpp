@@ -8,6 +8,8 @@
 #include <cstddef>
 #include <cstdint>
 
+using namespace zmx;
+
 namespace {
 
 // ISO/IEC 15444-1 Table D.1, columns LL and LH: the label by the significant neighbours across (0 to 2,

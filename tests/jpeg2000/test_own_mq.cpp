@@ -11,6 +11,8 @@
 #include <gtest/gtest.h>
 #include <vector>
 
+using namespace zmx;
+
 namespace {
 
 using Bytes = std::vector<Zmx8u>;

@@ -10,6 +10,8 @@
 
 #include <algorithm>
 
+using namespace zmx;
+
 namespace {
 
 using Bytes = std::vector<Zmx8u>;

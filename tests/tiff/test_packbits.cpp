@@ -1,5 +1,5 @@
 // PackBits rows: known streams, every short row at every capacity, damaged streams, and rows at the limits of a packet.
-#include "tests/support/argorder.h"
+#include "tests/support/arguments.h"
 #include "tests/support/digest.h"
 #include "tests/support/guarded.h"
 #include "tests/support/rng.h"
@@ -349,13 +349,9 @@ TEST(PackBits, AStartBehindTheRoomIsLeftAlone) {
 TEST(PackBits, ArgumentsOfPacking) {
     Bytes src(4, 1), dst(8, 0x9E);
     int pos = 0;
-    checkOrder({zmxStsNullPtrErr, zmxStsNullPtrErr, zmxStsNullPtrErr, zmxStsSizeErr, zmxStsSizeErr}, [&](unsigned bad) {
-        for (int value : {0, -1, INT_MIN})
-            if (zmxiPackBitsRow_TIFF_8u_C1(nullIf(bad, 0, src.data()), badIf(bad, 3, value, 4),
-                                           nullIf(bad, 2, dst.data()), nullIf(bad, 1, &pos),
-                                           badIf(bad, 4, value, 8)) != (bad & 7 ? zmxStsNullPtrErr : zmxStsSizeErr))
-                return zmxStsNoErr;
-        return bad & 7 ? zmxStsNullPtrErr : zmxStsSizeErr;
+    checkOrder({kNull, kNull, kNull, kSize, kSize}, [&](const Bad& bad) {
+        return zmxiPackBitsRow_TIFF_8u_C1(bad.null(0, src.data()), bad.below1(3, 4), bad.null(2, dst.data()),
+                                          bad.null(1, &pos), bad.below1(4, 8));
     });
     EXPECT_EQ(pos, 0);
     EXPECT_EQ(dst, Bytes(8, 0x9E)) << "nothing is written";
@@ -366,13 +362,9 @@ TEST(PackBits, ArgumentsOfPacking) {
 TEST(UnpackBits, ArgumentsOfUnpacking) {
     Bytes src{0x00, 0x61, 0}, dst(8, 0x9E);
     int pos = 0;
-    checkOrder({zmxStsNullPtrErr, zmxStsNullPtrErr, zmxStsNullPtrErr, zmxStsSizeErr, zmxStsSizeErr}, [&](unsigned bad) {
-        for (int value : {0, -1, INT_MIN})
-            if (zmxiUnpackBitsRow_TIFF_8u_C1(nullIf(bad, 0, src.data()), nullIf(bad, 1, &pos), badIf(bad, 3, value, 2),
-                                             nullIf(bad, 2, dst.data()),
-                                             badIf(bad, 4, value, 1)) != (bad & 7 ? zmxStsNullPtrErr : zmxStsSizeErr))
-                return zmxStsNoErr;
-        return bad & 7 ? zmxStsNullPtrErr : zmxStsSizeErr;
+    checkOrder({kNull, kNull, kNull, kSize, kSize}, [&](const Bad& bad) {
+        return zmxiUnpackBitsRow_TIFF_8u_C1(bad.null(0, src.data()), bad.null(1, &pos), bad.below1(3, 2),
+                                            bad.null(2, dst.data()), bad.below1(4, 1));
     });
     EXPECT_EQ(pos, 0);
     EXPECT_EQ(dst, Bytes(8, 0x9E)) << "nothing is written";

@@ -1,5 +1,5 @@
 // Rows of 16-bit samples as two planes of bytes, and back.
-#include "tests/support/argorder.h"
+#include "tests/support/arguments.h"
 #include "tests/support/digest.h"
 #include "tests/support/guarded.h"
 #include "tests/support/rng.h"
@@ -69,13 +69,13 @@ TEST(TiffRows, Arguments) {
         EXPECT_EQ(zmxiJoinRow_TIFF_8u16u_C1(planes, samples, bad), zmxStsStepErr);
         EXPECT_EQ(zmxiSplitRow_TIFF_16u8u_C1(samples, nulls, bad), zmxStsStepErr);
         EXPECT_EQ(zmxiJoinRow_TIFF_8u16u_C1(nulls, samples, bad), zmxStsStepErr);
-        checkOrder({zmxStsNullPtrErr, zmxStsNullPtrErr, zmxStsStepErr}, [&](unsigned set) {
-            return zmxiSplitRow_TIFF_16u8u_C1(nullIf(set, 0, samples), nullIf(set, 1, planes), badIf(set, 2, bad, 4));
-        });
-        checkOrder({zmxStsNullPtrErr, zmxStsNullPtrErr, zmxStsStepErr}, [&](unsigned set) {
-            return zmxiJoinRow_TIFF_8u16u_C1(nullIf(set, 0, planes), nullIf(set, 1, samples), badIf(set, 2, bad, 4));
-        });
     }
+    checkOrder({kNull, kNull, kStep}, [&](const Bad& bad) {
+        return zmxiSplitRow_TIFF_16u8u_C1(bad.null(0, samples), bad.null(1, planes), bad.below1(2, 4));
+    });
+    checkOrder({kNull, kNull, kStep}, [&](const Bad& bad) {
+        return zmxiJoinRow_TIFF_8u16u_C1(bad.null(0, planes), bad.null(1, samples), bad.below1(2, 4));
+    });
 }
 
 TEST(TiffRows, TheSameBytesFromEveryBuild) {

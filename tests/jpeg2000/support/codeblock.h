@@ -2,6 +2,7 @@
 // flush against a guard page.
 #pragma once
 
+#include "tests/support/arguments.h"
 #include "tests/support/guarded.h"
 #include "tests/support/rng.h"
 #include "zmxj.h"
@@ -56,6 +57,7 @@ class EncoderState {
     ZmxiEncodeState_JPEG2K* state = nullptr;
 
 public:
+    using State = ZmxiEncodeState_JPEG2K;
     explicit EncoderState(ZmxiSize largest) { EXPECT_EQ(zmxiEncodeInitAlloc_JPEG2K(&state, largest), zmxStsNoErr); }
     ~EncoderState() { EXPECT_EQ(zmxiEncodeFree_JPEG2K(state), zmxStsNoErr); }
     EncoderState(const EncoderState&) = delete;
@@ -73,6 +75,7 @@ class DecoderState {
     }
 
 public:
+    using State = ZmxiDecodeCBProgrState;
     explicit DecoderState(ZmxiSize largest, GuardedBlock::Flush flush = GuardedBlock::AtStart)
         : memory(bytesFor(largest), flush) {
         EXPECT_EQ(zmxiDecodeCBProgrInit_JPEG2K(*this), zmxStsNoErr);
@@ -90,6 +93,15 @@ public:
         return n;
     }
 };
+
+inline constexpr ZmxStatus kContext = zmxStsContextMatchErr;
+
+// The state of a call in which one test asks whether it is there and another for its magic word.
+template <class Holder>
+typename Holder::State* stateOf(const Bad& bad, int nullTest, Holder& good, int magicTest, Holder& foreign) {
+    typename Holder::State* const own = good;
+    return bad.null(nullTest, bad.any(magicTest, own, {foreign}));
+}
 
 // A coded block: what there is to know of it.
 struct CodedBlock {

@@ -3,9 +3,11 @@
 #pragma once
 
 #include "tests/jpeg2000/model/waveletline.h"
+#include "tests/support/arguments.h"
 #include "tests/support/digest.h"
 #include "tests/support/strided.h"
 
+#include <array>
 #include <climits>
 #include <functional>
 #include <memory>
@@ -196,11 +198,8 @@ template <class T> void checkSizes(const PlaneFns<T>& f, std::uint64_t seed) {
     for (int i = 0; i < 2000; ++i) check(int(rng.range(0, 5000)), int(rng.range(0, 5000)));
     const ZmxiRect r{0, 0, 9, 9};
     int n = 77;
-    for (auto fn : {f.size, f.bandSize}) {
-        EXPECT_EQ(fn(nullptr, &n), zmxStsNullPtrErr);
-        EXPECT_EQ(fn(&r, nullptr), zmxStsNullPtrErr);
-        EXPECT_EQ(fn(nullptr, nullptr), zmxStsNullPtrErr);
-    }
+    for (auto fn : {f.size, f.bandSize})
+        checkOrder({kNull, kNull}, [&](const Bad& bad) { return fn(bad.null(0, &r), bad.null(1, &n)); });
     EXPECT_EQ(n, 77);
 }
 
@@ -232,18 +231,29 @@ template <class T> void fillLines(Rng& rng, Lines<T>& lines, int along, int acro
     }
 }
 
+// What a kernel is called with: the lengths from 1 upward at first, then any.
+struct KernelCase {
+    int pairs, across, phase;
+    Character kind;
+};
+inline KernelCase anyKernelCase(Rng& rng, int turn) {
+    const int pairs = turn < 80 ? 1 + turn % 20 : int(rng.range(1, turn % 8 ? 40 : 300));
+    const int across = int(rng.range(1, turn % 16 ? 5 : 150));
+    const int phase = turn & 1 ? 0 : int(rng.oneIn(2) ? 1 : rng.oneIn(2) ? 2 : INT_MIN);
+    return {pairs, across, phase, kCharacters[rng.range(0, 5)]};
+}
+inline ::testing::Message caseText(int pairs, int across, int phase, Character kind) {
+    return ::testing::Message() << pairs << " pairs, " << across << " lines, phase " << phase << ", kind " << int(kind);
+}
+
 template <class T>
 void checkForwardKernel(ForwardKernel<T> fn, void (*line)(const T*, T*, T*, int, int), bool down, Reach phase0,
                         Reach phase1, int turns, std::uint64_t seed) {
     SCOPED_TRACE(seed);
     Rng rng(seed);
     for (int turn = 0; turn < turns; ++turn) {
-        const int w = turn < 80 ? 1 + turn % 20 : int(rng.range(1, turn % 8 ? 40 : 300)),
-                  across = int(rng.range(1, turn % 16 ? 5 : 150));
-        const int phase = turn & 1 ? 0 : int(rng.oneIn(2) ? 1 : rng.oneIn(2) ? 2 : INT_MIN);
-        const Character kind = kCharacters[rng.range(0, 5)];
-        SCOPED_TRACE(::testing::Message()
-                     << w << " pairs, " << across << " lines, phase " << phase << ", kind " << int(kind));
+        const auto [w, across, phase, kind] = anyKernelCase(rng, turn);
+        SCOPED_TRACE(caseText(w, across, phase, kind));
         const Reach reach = phase ? phase1 : phase0;
         Lines<T> src(rng, down, 2 * w, across, reach, anyGap(rng), anySide(rng));
         fillLines(rng, src, 2 * w, across, reach, kind);
@@ -278,12 +288,8 @@ void checkInverseKernel(InverseKernel<T> fn, void (*line)(const T*, const T*, T*
     SCOPED_TRACE(seed);
     Rng rng(seed);
     for (int turn = 0; turn < turns; ++turn) {
-        const int w = turn < 80 ? 1 + turn % 20 : int(rng.range(1, turn % 8 ? 40 : 300)),
-                  across = int(rng.range(1, turn % 16 ? 5 : 150));
-        const int phase = turn & 1 ? 0 : int(rng.oneIn(2) ? 1 : rng.oneIn(2) ? 2 : INT_MIN);
-        const Character kind = kCharacters[rng.range(0, 5)];
-        SCOPED_TRACE(::testing::Message()
-                     << w << " pairs, " << across << " lines, phase " << phase << ", kind " << int(kind));
+        const auto [w, across, phase, kind] = anyKernelCase(rng, turn);
+        SCOPED_TRACE(caseText(w, across, phase, kind));
         const auto [lowReach, highReach] = phase ? phase1 : phase0;
         const int gap = anyGap(rng); // the bands of a column share their step
         Lines<T> low(rng, down, w, across, lowReach, gap, anySide(rng));
@@ -344,53 +350,52 @@ void checkLift(const std::function<ZmxStatus(T* const*, int)>& call,
     }
 }
 
-// ---- Arguments in the order of their tests: every combination of faults; the earliest decides and nothing
-// is written.
-
-inline void checkFaults(const std::vector<ZmxStatus>& order, const std::function<ZmxStatus(unsigned)>& call) {
-    for (unsigned faults = 1; faults < 1u << order.size(); ++faults) {
-        unsigned first = 0;
-        while (!(faults >> first & 1)) ++first;
-        ASSERT_EQ(call(faults), order[first]) << "faults " << faults;
-    }
-}
-inline constexpr ZmxStatus kNull = zmxStsNullPtrErr, kStep = zmxStsStepErr, kSize = zmxStsSizeErr;
+// ---- Arguments in the order of their tests: the earliest bad one decides and nothing is written.
 
 template <class T> void checkPlaneArguments(const PlaneFns<T>& f) {
     Zmx8u scratch[4096];
     const std::vector<T> fresh(16, T(7));
-    for (int bad : {0, -1, INT_MIN}) {
-        auto off = [bad](unsigned fault, int bit, int good) { return fault >> bit & 1 ? bad : good; };
-        auto ptr = [](unsigned fault, int bit, auto* p) { return fault >> bit & 1 ? nullptr : p; };
-        std::vector<T> plane = fresh, bands = fresh;
-        const ZmxiRect r{0, 0, 4, 4};
-        for (auto fn : {f.forward, f.inverse})
-            checkFaults({kNull, kStep, kNull, kNull}, [&](unsigned e) {
-                return fn(ptr(e, 0, plane.data()), off(e, 1, 4 * sizeof(T)), ptr(e, 2, &r), ptr(e, 3, scratch));
-            });
-        // Five pointers, one step, four planes, four steps; then the size, by itself as it stands in the
-        // rectangle.
-        const std::vector<ZmxStatus> order{kNull, kNull, kNull, kNull, kNull, kStep, kNull, kNull,
-                                           kNull, kNull, kStep, kStep, kStep, kStep, kSize, kSize};
-        checkFaults(order, [&](unsigned e) {
-            T* const to[4] = {ptr(e, 6, bands.data()), ptr(e, 7, bands.data() + 4), ptr(e, 8, bands.data() + 8),
-                              ptr(e, 9, bands.data() + 12)};
-            const int s = 2 * sizeof(T), steps[4] = {off(e, 10, s), off(e, 11, s), off(e, 12, s), off(e, 13, s)};
-            const ZmxiRect rect{0, 0, off(e, 14, 4), off(e, 15, 4)};
-            return f.forwardBands(ptr(e, 0, plane.data()), off(e, 5, 4 * sizeof(T)), ptr(e, 3, &rect), ptr(e, 1, to),
-                                  ptr(e, 2, steps), ptr(e, 4, scratch));
+    std::vector<T> plane = fresh, bands = fresh;
+    const ZmxiRect r{0, 0, 4, 4};
+    for (auto fn : {f.forward, f.inverse})
+        checkOrder({kNull, kStep, kNull, kNull}, [&](const Bad& bad) {
+            return fn(bad.null(0, plane.data()), bad.below1(1, 4 * sizeof(T)), bad.null(2, &r), bad.null(3, scratch));
         });
-        checkFaults(order, [&](unsigned e) {
-            const T* const from[4] = {ptr(e, 6, bands.data()), ptr(e, 7, bands.data() + 4), ptr(e, 8, bands.data() + 8),
-                                      ptr(e, 9, bands.data() + 12)};
-            const int s = 2 * sizeof(T), steps[4] = {off(e, 10, s), off(e, 11, s), off(e, 12, s), off(e, 13, s)};
-            const ZmxiRect rect{0, 0, off(e, 14, 4), off(e, 15, 4)};
-            return f.inverseBands(ptr(e, 0, from), ptr(e, 2, steps), ptr(e, 1, plane.data()), off(e, 5, 4 * sizeof(T)),
-                                  ptr(e, 3, &rect), ptr(e, 4, scratch));
+    // Five pointers, one step, four planes, four steps; then the size, by itself as it stands in the rectangle.
+    const std::vector<ZmxStatus> order{kNull, kNull, kNull, kNull, kNull, kStep, kNull, kNull,
+                                       kNull, kNull, kStep, kStep, kStep, kStep, kSize, kSize};
+    // Every set of sixteen tests; numbers are bad in one way at a time, for all mixtures would take minutes.
+    for (int value : {0, -1, INT_MIN}) {
+        const auto number = [value](const Bad& bad, int test, int good) { return bad.any(test, good, {value}); };
+        const auto stepsOf = [&](const Bad& bad) {
+            std::array<int, 4> steps;
+            for (int k = 0; k < 4; ++k) steps[std::size_t(k)] = number(bad, 10 + k, 2 * sizeof(T));
+            return steps;
+        };
+        const auto rectOf = [&](const Bad& bad) { return ZmxiRect{0, 0, number(bad, 14, 4), number(bad, 15, 4)}; };
+        const auto planesOf = [&](const Bad& bad) {
+            std::array<T*, 4> planes;
+            for (int k = 0; k < 4; ++k) planes[std::size_t(k)] = bad.null(6 + k, bands.data() + 4 * k);
+            return planes;
+        };
+        checkOrder(order, [&](const Bad& bad) {
+            const auto to = planesOf(bad);
+            const auto steps = stepsOf(bad);
+            const ZmxiRect rect = rectOf(bad);
+            return f.forwardBands(bad.null(0, plane.data()), number(bad, 5, 4 * sizeof(T)), bad.null(3, &rect),
+                                  bad.null(1, to.data()), bad.null(2, steps.data()), bad.null(4, scratch));
         });
-        EXPECT_EQ(plane, fresh) << "nothing is written";
-        EXPECT_EQ(bands, fresh) << "nothing is written";
+        checkOrder(order, [&](const Bad& bad) {
+            const auto from = planesOf(bad);
+            const T* const sources[4] = {from[0], from[1], from[2], from[3]};
+            const auto steps = stepsOf(bad);
+            const ZmxiRect rect = rectOf(bad);
+            return f.inverseBands(bad.null(0, sources), bad.null(2, steps.data()), bad.null(1, plane.data()),
+                                  number(bad, 5, 4 * sizeof(T)), bad.null(3, &rect), bad.null(4, scratch));
+        });
     }
+    EXPECT_EQ(plane, fresh) << "nothing is written";
+    EXPECT_EQ(bands, fresh) << "nothing is written";
 }
 
 template <class T>
@@ -399,23 +404,18 @@ void checkKernelArguments(std::initializer_list<ForwardKernel<T>> forward,
     const std::vector<T> fresh(400, T(7));
     std::vector<T> a = fresh, b = fresh, c = fresh;
     const int s = 10 * sizeof(T);
-    for (int bad : {0, -1, INT_MIN}) {
-        auto off = [bad](unsigned fault, int bit, int good) { return fault >> bit & 1 ? bad : good; };
-        auto ptr = [](unsigned fault, int bit, std::vector<T>& v) {
-            return fault >> bit & 1 ? nullptr : v.data() + 200;
-        };
-        const std::vector<ZmxStatus> order{kNull, kNull, kNull, kStep, kStep, kStep, kSize, kSize};
-        for (auto fn : forward)
-            checkFaults(order, [&](unsigned e) {
-                return fn(ptr(e, 0, a), off(e, 3, s), ptr(e, 1, b), off(e, 4, s), ptr(e, 2, c), off(e, 5, s),
-                          {off(e, 7, 2), off(e, 6, 2)}, 0);
-            });
-        for (auto fn : inverse)
-            checkFaults(order, [&](unsigned e) {
-                return fn(ptr(e, 0, a), off(e, 3, s), ptr(e, 1, b), off(e, 4, s), {off(e, 7, 2), off(e, 6, 2)},
-                          ptr(e, 2, c), off(e, 5, s), 0);
-            });
-    }
+    const auto ptr = [](const Bad& bad, int test, std::vector<T>& v) { return bad.null(test, v.data() + 200); };
+    const std::vector<ZmxStatus> order{kNull, kNull, kNull, kStep, kStep, kStep, kSize, kSize};
+    for (auto fn : forward)
+        checkOrder(order, [&](const Bad& bad) {
+            return fn(ptr(bad, 0, a), bad.below1(3, s), ptr(bad, 1, b), bad.below1(4, s), ptr(bad, 2, c),
+                      bad.below1(5, s), {bad.below1(7, 2), bad.below1(6, 2)}, 0);
+        });
+    for (auto fn : inverse)
+        checkOrder(order, [&](const Bad& bad) {
+            return fn(ptr(bad, 0, a), bad.below1(3, s), ptr(bad, 1, b), bad.below1(4, s),
+                      {bad.below1(7, 2), bad.below1(6, 2)}, ptr(bad, 2, c), bad.below1(5, s), 0);
+        });
     EXPECT_EQ(a, fresh) << "nothing is written";
     EXPECT_EQ(b, fresh) << "nothing is written";
     EXPECT_EQ(c, fresh) << "nothing is written";
@@ -426,12 +426,11 @@ template <class T, std::size_t N> void checkLiftArguments(const std::function<Zm
     std::vector<T> v = fresh;
     std::vector<ZmxStatus> order(N, kNull);
     order.push_back(kSize);
-    for (int bad : {0, -1, INT_MIN})
-        checkFaults(order, [&](unsigned e) {
-            T* rows[N];
-            for (unsigned k = 0; k < N; ++k) rows[k] = e >> k & 1 ? nullptr : &v[k];
-            return call(rows, e >> N & 1 ? bad : 1);
-        });
+    checkOrder(order, [&](const Bad& bad) {
+        T* rows[N];
+        for (std::size_t k = 0; k < N; ++k) rows[k] = bad.null(int(k), &v[k]);
+        return call(rows, bad.below1(int(N), 1));
+    });
     EXPECT_EQ(v, fresh) << "nothing is written";
 }
 

@@ -195,12 +195,11 @@ namespace {
 
 // Pointers, then the step, which is bad only when it is 0, then the size. Nothing is written.
 template <class Call> void checkOrderOfArguments(Call call) {
-    const std::vector<ArgTest> tests = {
-        {1, zmxStsNullPtrErr}, {1, zmxStsNullPtrErr}, {1, zmxStsStepErr}, {3, zmxStsSizeErr}, {3, zmxStsSizeErr}};
+    const std::vector<ZmxStatus> tests = {kNull, kNull, kStep, kSize, kSize};
     std::vector<Zmx8u> src(64, 0x55), dst(64, 0xA5);
-    everyBadCombination(tests, [&](const std::vector<int>& bad) {
-        return call(bad[0] ? nullptr : src.data(), bad[1] ? nullptr : dst.data(), bad[2] ? 0u : 16u,
-                    ZmxiSize{badNumber(bad[3], 4), badNumber(bad[4], 4)});
+    checkOrder(tests, [&](const Bad& bad) {
+        return call(bad.null(0, src.data()), bad.null(1, dst.data()), bad.any(2, 16u, {0u}),
+                    ZmxiSize{bad.below1(3, 4), bad.below1(4, 4)});
     });
     EXPECT_EQ(dst, std::vector<Zmx8u>(64, 0xA5));
     EXPECT_EQ(src, std::vector<Zmx8u>(64, 0x55));
