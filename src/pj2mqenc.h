@@ -42,7 +42,7 @@ struct EncCoderState {
     Zmx32u passIsRaw;
 
     // All passes of the block.
-    Zmx8u* pContexts;  // context of each decision; nothing meaningful for those of raw passes
+    Zmx8u* pContexts;  // context of each decision; 0, and not looked at, for those of raw passes
     Zmx8u* pDecisions; // 0 or 1
     int passCount;
     int passDecisions[kMaxPasses]; // decisions per pass

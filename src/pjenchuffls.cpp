@@ -76,8 +76,8 @@ ZmxStatus zmxiEncodeHuffmanRow_JPEG_16s1u_P4C1(const Zmx16s* const pSrcPlanes[4]
 
     BitWriter out(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
     int x = 0;
-    while (x < nWidth && out.regular() && out.pos >= 0) {
-        const int pixels = (out.len - out.pos) / (kWorstDifference * row.planes);
+    while (x < nWidth && out.regular()) {
+        const int pixels = out.room() / (kWorstDifference * row.planes);
         if (pixels < 1) break;
         const int end = x + std::min(pixels, nWidth - x);
         FastWriter fast(out);
