@@ -1,11 +1,11 @@
 // commands.cpp - zmx j2k: the codec behind files.
 #include "codecs/jpeg2000/jpeg2000.h"
-#include "codecs/picture/image.h"
+#include "codecs/picture/bytefile.h"
+#include "codecs/picture/files.h"
 #include "zmx/commands.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <bit>
 #include <cstdio>
 #include <limits>
 #include <memory>
@@ -14,65 +14,8 @@ namespace {
 
 namespace jpeg2000 = codecs::jpeg2000;
 using codecs::Error;
-using jpeg2000::Component;
-using jpeg2000::PlanarPicture;
-
-// An Error of the codec, with the name of the file ahead of it.
-template <class Call> auto naming(const std::string& path, Call call) {
-    try {
-        return call();
-    } catch (const Error& e) {
-        throw Error(path + ": " + e.what());
-    }
-}
-
-// YCbCr of full range (IEC 61966-2-1, annex G) to RGB.
-void fromYcc(Image& image) {
-    const double half = (image.maxval + 1) / 2;
-    const auto limited = [&](double v) { return std::uint16_t(std::clamp(v + 0.5, 0.0, double(image.maxval))); };
-    for (std::size_t i = 0; i + 2 < image.samples.size(); i += std::size_t(image.channels)) {
-        std::uint16_t* p = image.samples.data() + i;
-        const double y = p[0], cb = p[1] - half, cr = p[2] - half;
-        p[0] = limited(y + 1.402 * cr);
-        p[1] = limited(y - 0.344136 * cb - 0.714136 * cr);
-        p[2] = limited(y + 1.772 * cb);
-    }
-}
-
-// Components of any size and sign as channels of one: repeated where they are subsampled, moved up where they are
-// signed, scaled up to the deepest. More than four, or three of five, do not fit a picture file: the first ones do.
-Image toImage(const PlanarPicture& picture) {
-    const auto& all = picture.components;
-    const int channels = int(std::min<std::size_t>(all.size(), 4));
-    int width = 0, height = 0, depth = 1, dx = 255, dy = 255;
-    for (int k = 0; k < channels; ++k) {
-        const Component& c = all[std::size_t(k)];
-        width = std::max(width, c.width);
-        height = std::max(height, c.height);
-        depth = std::max(depth, c.depth);
-        dx = std::min(dx, c.dx);
-        dy = std::min(dy, c.dy);
-    }
-    if (width == 0 || height == 0) throw ImageError("a picture without samples");
-    Image image{width, height, channels, (1 << depth) - 1, {}, channels == 4 && picture.alpha < 0};
-    image.samples.resize(image.rowSamples() * std::size_t(height));
-    for (int k = 0; k < channels; ++k) {
-        const Component& c = all[std::size_t(k)];
-        if (c.samples.empty()) continue;
-        const int own = (1 << c.depth) - 1, up = -c.smallest();
-        for (int y = 0; y < height; ++y) {
-            std::uint16_t* row = image.row(y);
-            const std::int32_t* src =
-                c.samples.data() + std::size_t(std::min(y * dy / c.dy, c.height - 1)) * std::size_t(c.width);
-            for (int x = 0; x < width; ++x) {
-                const std::int64_t v = src[std::min(x * dx / c.dx, c.width - 1)] + up;
-                row[x * channels + k] = std::uint16_t(c.depth == depth ? v : (v * image.maxval + own / 2) / own);
-            }
-        }
-    }
-    if (picture.colour == jpeg2000::ColourSpace::sYcc && channels == 3) fromYcc(image);
-    return image;
-}
+using codecs::kPictureEndings;
+using codecs::kPictureFile;
 
 const std::string orders[] = {"LRCP", "RLCP", "RPCL", "PCRL", "CPRL"}; // in the order of their codes
 
@@ -80,44 +23,9 @@ struct EncodeArguments {
     std::string in, out, order = "LRCP", packed;
     jpeg2000::EncodeOptions options;
     std::vector<int> block{64, 64}, changes, tile, precincts, origin, tileOrigin, sampling;
-    bool lossy = false, noColour = false, asSigned = false, bypass = false, reset = false, terminate = false,
-         causal = false, predictable = false, symbols = false;
+    bool lossy = false, noColour = false, bypass = false, reset = false, terminate = false, causal = false,
+         predictable = false, symbols = false;
 };
-
-PlanarPicture toPicture(const Image& image, const EncodeArguments& args) {
-    PlanarPicture picture;
-    const int depth = std::bit_width(unsigned(image.maxval));
-    const int dx = args.sampling.empty() ? 1 : args.sampling[0], dy = args.sampling.empty() ? 1 : args.sampling[1];
-    if (!args.origin.empty()) {
-        picture.x0 = std::uint32_t(args.origin[0]);
-        picture.y0 = std::uint32_t(args.origin[1]);
-    }
-    picture.x1 = picture.x0 + std::uint32_t(image.width);
-    picture.y1 = picture.y0 + std::uint32_t(image.height);
-    for (int k = 0; k < image.channels; ++k) {
-        Component c;
-        c.depth = depth;
-        c.isSigned = args.asSigned;
-        if (k > 0 && (k < 3 || image.cmyk)) {
-            c.dx = dx;
-            c.dy = dy;
-        }
-        const int down = c.isSigned ? 1 << (depth - 1) : 0;
-        const auto ceilDiv = [](std::uint32_t a, int b) { return int((a + unsigned(b) - 1) / unsigned(b)); };
-        const int left = ceilDiv(picture.x0, c.dx), top = ceilDiv(picture.y0, c.dy);
-        c.width = ceilDiv(picture.x1, c.dx) - left;
-        c.height = ceilDiv(picture.y1, c.dy) - top;
-        for (int y = 0; y < c.height; ++y)
-            for (int x = 0; x < c.width; ++x)
-                c.samples.push_back(
-                    image.row((top + y) * c.dy -
-                              int(picture.y0))[((left + x) * c.dx - int(picture.x0)) * image.channels + k] -
-                    down);
-        picture.components.push_back(std::move(c));
-    }
-    if (image.channels % 2 == 0 && !image.cmyk) picture.alpha = image.channels - 1;
-    return picture;
-}
 
 void runEncode(EncodeArguments& args) {
     jpeg2000::EncodeOptions& o = args.options;
@@ -130,6 +38,14 @@ void runEncode(EncodeArguments& args) {
     if (!args.tile.empty()) {
         o.tileWidth = std::uint32_t(args.tile[0]);
         o.tileHeight = std::uint32_t(args.tile[1]);
+    }
+    if (!args.origin.empty()) {
+        o.x0 = std::uint32_t(args.origin[0]);
+        o.y0 = std::uint32_t(args.origin[1]);
+    }
+    if (!args.sampling.empty()) {
+        o.samplingX = args.sampling[0];
+        o.samplingY = args.sampling[1];
     }
     if (!args.tileOrigin.empty()) {
         o.tileX = std::uint32_t(args.tileOrigin[0]);
@@ -151,8 +67,9 @@ void runEncode(EncodeArguments& args) {
               (args.terminate ? kStyleTerminateAll : 0u) | (args.causal ? kStyleCausal : 0u) |
               (args.predictable ? kStylePredictable : 0u) | (args.symbols ? kStyleSegmentation : 0u);
     o.jp2 = args.out.size() < 4 || args.out.substr(args.out.size() - 4) == ".jp2";
-    const Image image = readImage(args.in);
-    writeBytes(args.out, naming(args.in, [&] { return jpeg2000::encode(toPicture(image, args), o); }));
+    const codecs::Rows picture = codecs::openPicture(args.in);
+    const auto file = codecs::createBytes(args.out);
+    codecs::named(args.in, [&] { jpeg2000::encode(*picture, *file, o); });
 }
 
 struct DecodeArguments {
@@ -161,17 +78,17 @@ struct DecodeArguments {
     bool strict = false;
 };
 void runDecode(const DecodeArguments& args) {
-    const std::vector<std::uint8_t> file = readBytes(args.in);
-    const PlanarPicture picture = naming(args.in, [&] { return jpeg2000::decode(file, args.options); });
-    writeImage(args.out, toImage(picture));
-    for (const std::string& w : picture.warnings)
-        std::fprintf(stderr, "zmx: %s: warning: %s\n", args.in.c_str(), w.c_str());
-    if (args.strict && !picture.warnings.empty()) throw Error(args.in + ": not a sound file");
+    const auto file = codecs::openBytes(args.in);
+    const auto picture = codecs::createPicture(args.out);
+    const std::vector<std::string> warnings =
+        codecs::named(args.in, [&] { return jpeg2000::decode(*file, *picture, args.options); });
+    for (const std::string& w : warnings) std::fprintf(stderr, "zmx: %s: warning: %s\n", args.in.c_str(), w.c_str());
+    if (args.strict && !warnings.empty()) throw Error(args.in + ": not a sound file");
 }
 
 void runInfo(const std::string& in) {
-    const std::vector<std::uint8_t> file = readBytes(in);
-    const std::string text = naming(in, [&] { return jpeg2000::describe(file); });
+    const auto file = codecs::openBytes(in);
+    const std::string text = codecs::named(in, [&] { return jpeg2000::describe(file->whole()); });
     std::fputs(text.c_str(), stdout);
 }
 
@@ -216,7 +133,7 @@ void addEncode(CLI::App& app) {
     c->add_option("--packed-headers", args->packed, "keep packet headers apart from packets")
         ->check(CLI::IsMember({"main", "tile"}));
     c->add_flag("--no-colour-transform", args->noColour, "code the components as they are");
-    c->add_flag("--signed", args->asSigned, "store samples around 0");
+    c->add_flag("--signed", o.asSigned, "store samples around 0");
     c->add_flag("--bypass", args->bypass, "code-block style: raw passes from the fifth plane on");
     c->add_flag("--reset", args->reset, "code-block style: contexts afresh in each pass");
     c->add_flag("--terminate", args->terminate, "code-block style: each pass ends its segment");
@@ -271,7 +188,7 @@ void addInfo(CLI::App& app) {
 
 } // namespace
 
-void addJpeg2000Commands(CLI::App& app) {
+void command::addJpeg2000(CLI::App& app) {
     CLI::App* j2k = app.add_subcommand("j2k", "JPEG2000 files (ISO/IEC 15444-1)");
     j2k->require_subcommand(1);
     addEncode(*j2k);

@@ -9,10 +9,12 @@ void Coefficients::fillPadding() {
         const int columns = frame.blockColumns(c), rows = frame.blockRows(c);
         for (int y = 0; y < frame.mcuRows() * c.v; ++y)
             for (int x = y < rows ? columns : 0; x < frame.mcuColumns() * c.h; ++x) {
-                Zmx16s* b = block(i, x, y);
+                // What is coded before it: to the left in its MCU, or the last one of the row above there. The first
+                // block of an MCU is always in the picture.
+                const Zmx16s* const before = x % c.h > 0 ? block(i, x - 1, y) : block(i, x + c.h - 1, y - 1);
+                Zmx16s* const b = block(i, x, y);
                 std::fill_n(b, kBlock, Zmx16s(0));
-                // The last one of the row or, in rows below the picture, the one that its MCU begins with.
-                b[0] = *(x >= columns ? block(i, x - 1, y) : block(i, x, y - 1));
+                b[0] = before[0];
             }
     }
 }
