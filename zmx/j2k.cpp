@@ -271,7 +271,7 @@ void addInfo(CLI::App& app) {
 
 } // namespace
 
-void addJpeg2000Commands(CLI::App& app) {
+void command::addJpeg2000(CLI::App& app) {
     CLI::App* j2k = app.add_subcommand("j2k", "JPEG2000 files (ISO/IEC 15444-1)");
     j2k->require_subcommand(1);
     addEncode(*j2k);

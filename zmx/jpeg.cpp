@@ -336,7 +336,7 @@ void addInfo(CLI::App& app) {
 
 } // namespace
 
-void addJpegCommands(CLI::App& app) {
+void command::addJpeg(CLI::App& app) {
     CLI::App* jpeg = app.add_subcommand("jpeg", "JPEG files (ITU-T T.81)");
     jpeg->require_subcommand(1);
     addEncode(*jpeg);
