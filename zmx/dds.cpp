@@ -2,7 +2,7 @@
 #include "codecs/picture/bytefile.h"
 #include "codecs/texture/texture.h"
 #include "zmx/commands.h"
-#include "zmx/run.h"
+#include "zmx/files.h"
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
@@ -50,12 +50,6 @@ void decode(Run& run, const DecodeArguments& args) {
         throw command::UsageError("--mips writes several files, not standard output");
     codecs::named(run.inName(), [&] {
         const texture::Texture t = texture::readHeader(run.bytesIn());
-        if (args.level >= t.levels)
-            throw codecs::Error("level " + std::to_string(args.level) + " is not among its " +
-                                std::to_string(t.levels));
-        if (args.layer >= t.layers)
-            throw codecs::Error("layer " + std::to_string(args.layer) + " is not among its " +
-                                std::to_string(t.layers));
         texture::decode(run.bytesIn(), t, run.pictureOut(args.picture), {args.layer, args.level});
         for (int i = 1; i < t.levels && args.chain; ++i) {
             const auto out = codecs::createPicture(levelPath(run.outName(), i));
@@ -95,13 +89,13 @@ void addEncode(CLI::App& app) {
     c->footer("Examples:\n"
               "  zmx dds encode brick.png brick.dds --format dxt1 --mips\n"
               "  zmx dds encode *.png -o textures/ --format dxt5");
-    c->callback([args] { args->files.each([&](Run& run) { encode(run, *args); }); });
+    command::workOnEach(*c, args, encode);
 }
 
 void addDecode(CLI::App& app) {
     CLI::App* c = app.add_subcommand("decode", "Expand a DDS file into a picture");
     const auto args = std::make_shared<DecodeArguments>();
-    args->files.addTo(*c, "a DDS file", "a " + codecs::kPictureEndings + " file", ".png");
+    args->files.addTo(*c, "a DDS file", "a " + codecs::kPictureEndings + " file", args->picture);
     auto* mips = c->add_flag("-m,--mips", args->chain, "every level: out.png, out.mip1.png, out.mip2.png and so on");
     c->add_option("--level", args->level, "which level of the chain, from 0: the largest")
         ->check(CLI::Range(0, 15))
@@ -112,7 +106,7 @@ void addDecode(CLI::App& app) {
     c->footer("Examples:\n"
               "  zmx dds decode brick.dds brick.png\n"
               "  zmx dds decode sky.dds front.png --layer 4");
-    c->callback([args] { args->files.each([&](Run& run) { decode(run, *args); }); });
+    command::workOnEach(*c, args, decode);
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 // hdp.cpp - zmx hdp: the HD Photo core transform.
 #include "codecs/hdphoto/hdphoto.h"
-#include "codecs/picture/files.h"
 #include "zmx/commands.h"
 #include "zmx/run.h"
 

@@ -1,7 +1,7 @@
 // image.cpp - zmx image: pictures that are not coded.
 #include "codecs/picture/compare.h"
 #include "zmx/commands.h"
-#include "zmx/run.h"
+#include "zmx/files.h"
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
@@ -39,6 +39,12 @@ Rows changed(Rows rows, const ConvertArguments& args) {
     return rows;
 }
 
+// The picture is turned and stripped on the way in; the way out is plain.
+void convert(Run& run, const ConvertArguments& args) {
+    codecs::RowSource& rows = run.pictureIn(args.picture, [&](Rows r) { return changed(std::move(r), args); });
+    copyRows(rows, run.pictureOut({.to = args.picture.to}));
+}
+
 void addCompare(CLI::App& app) {
     auto* c = app.add_subcommand("compare", "Print the PSNR in dB, the largest difference and the share of samples "
                                             "within a level of each other, a line each");
@@ -53,7 +59,7 @@ void addCompare(CLI::App& app) {
 void addConvert(CLI::App& app) {
     auto* c = app.add_subcommand("convert", "Write a picture to another kind of file, or a part of it");
     const auto args = std::make_shared<ConvertArguments>();
-    args->files.addTo(*c, codecs::kPictureFile, "a " + codecs::kPictureEndings + " file", ".png");
+    args->files.addTo(*c, codecs::kPictureFile, "a " + codecs::kPictureEndings + " file", args->picture);
     c->add_option("--crop", args->part, "only this part: X,Y,WIDTH,HEIGHT")->delimiter(',')->expected(4);
     auto* gray = c->add_flag("--gray", args->gray, "its luma alone");
     c->add_flag("--rgb", args->rgb, "grey and CMYK become RGB; inks by what they absorb, without a profile")
@@ -65,14 +71,7 @@ void addConvert(CLI::App& app) {
               "  zmx image convert photo.png part.ppm --crop 100,50,640,480\n"
               "  zmx image convert print.tif screen.png --rgb --strip\n"
               "  zmx image convert scans/*.tif -o small/ --to png --depth 8");
-    c->callback([args] {
-        if (!args->picture.to.empty()) args->files.setEnding("." + args->picture.to);
-        args->files.each([&](Run& run) {
-            codecs::RowSource& rows =
-                run.pictureIn(args->picture, [&](Rows r) { return changed(std::move(r), *args); });
-            copyRows(rows, run.pictureOut({.to = args->picture.to}));
-        });
-    });
+    command::workOnEach(*c, args, convert);
 }
 
 } // namespace
