@@ -1,7 +1,8 @@
 // pj2cbdecpass.cpp - the coding passes of the decoder: what a decision is when it comes from an MQ or a raw
 // segment.
+#include "pj2cbdecpass.h"
+
 #include "pj2cbpasses.h"
-#include "pj2decoder.h"
 #include "pjrows.h"
 
 namespace zmx {

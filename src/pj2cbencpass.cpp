@@ -1,7 +1,8 @@
 // pj2cbencpass.cpp - the coding passes of the encoder: a decision is taken from a sample and recorded, and
 // the distortion that it removes is added up.
+#include "pj2cbencpass.h"
+
 #include "pj2cbpasses.h"
-#include "pj2encoder.h"
 #include "pjrows.h"
 
 #include <algorithm>
