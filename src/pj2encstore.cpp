@@ -1,7 +1,7 @@
 // pj2encstore.cpp - the second half of the code-block encoder: its passes become bytes, through buffers of
 // any size, with the rate at which the stream can be cut behind each pass and the length of each codeword
 // segment.
-#include "pj2encoder.h"
+#include "pj2encstate.h"
 
 #include <limits>
 
@@ -34,16 +34,8 @@ static void endPass(EncCoderState& s) {
     if (s.resetCtx) mq::setInitialContexts(s.ctxState, s.ctxMPS); // behind raw passes too
 }
 
-void enterPass(EncCoderState& s) {
-    s.passDecisionPos = s.passBytes = 0;
-    if (s.curPass == s.passCount) return;
-    s.pPassDecisions = s.pDecisions + s.decisionBase;
-    s.pPassContexts = s.pContexts + s.decisionBase;
-    s.passDecisionCount = s.passDecisions[s.curPass];
-    s.passIsRaw = Zmx32u(s.passRaw[s.curPass]);
-}
-
-void encBufEncodeTermLastPass(EncCoderState* state, Zmx8u* pDst, int* pLen) {
+// All passes from the current one on, as far as the buffer takes them; *pLen becomes the bytes written.
+static void encBufEncodeTermLastPass(EncCoderState* state, Zmx8u* pDst, int* pLen) {
     int written = 0;
     while (state->curPass < state->passCount && written < *pLen) {
         const auto code = !endsSegment(*state, state->curPass) ? decEncoderEncode
@@ -108,17 +100,6 @@ ZmxStatus zmxiEncodeStoreBits_JPEG2K_1u(Zmx8u* pDst, int* pDstLen, ZmxiEncodeSta
     *pIsNotFinish = coder.curPass != coder.passCount;
     return zmxStsNoErr;
 }
-
-namespace zmx {
-
-int segmentCount(const EncCoderState& coder) {
-    if (!coder.passCount) return coder.termAll ? 0 : 1; // no pass is one segment of no bytes, unless all are terminated
-    int n = 0;
-    for (int i = 0; i < passesOf(coder); ++i) n += endsSegment(coder, i);
-    return n;
-}
-
-} // namespace zmx
 
 ZmxStatus zmxiEncodeGetTermPassLen_JPEG2K(const ZmxiEncodeState_JPEG2K* pState, int termNum, int* pLen) {
     if (ZmxStatus bad = stateArgs(pState).ptr(pLen)) return bad;

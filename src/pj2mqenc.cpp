@@ -41,10 +41,12 @@ public:
     }
 };
 
-// At most 15 shifts follow a decision, so no more bytes than these.
-constexpr int kBytesOfDecision = 3;
+// The most bytes that a decision puts out. Qe, and so the interval, is 1 or more: a renormalisation brings bit 15 up
+// by 15 shifts or fewer, and behind the first byte each takes seven bits or eight.
+constexpr int kMostShifts = 15, kBytesOfDecision = 3;
+static_assert(kBytesOfDecision == 1 + (kMostShifts - 1) / 7);
 
-// Codes decisions of the current pass until they are all coded or the output has come to `stop`, behind which
+// ENCODE (C.2.2) with CODEMPS, CODELPS and RENORME: codes decisions of the current pass until they are all coded or the output has come to `stop`, behind which
 // there must be room for kBytesOfDecision - 1 bytes more.
 //
 // An MPS that needs no renormalisation takes Qe from areg and adds it to creg, so the upper end of the

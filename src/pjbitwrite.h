@@ -13,10 +13,13 @@ namespace zmx {
 
 // How many bits the magnitude of v takes (ITU-T T.81, table F.1); 16 for -32768 and for the widest DC
 // differences.
-inline int category(int v) {
-    const auto a = unsigned(std::abs(v));
+constexpr int category(int v) {
+    const auto a = unsigned(v < 0 ? -v : v);
     return a < 256 ? own_pj_csize[a] : own_pj_csize[a >> 8] + 8;
 }
+
+static_assert(category(-32768) == 16 && category(32767 + 32768) == 16);
+inline constexpr int kMostCodeBits = 16, kMostValueBits = 16;
 
 // The size of an end-of-band run: how many bits stand behind its symbol. Only a state from elsewhere has a
 // run that the table does not reach; its size is as much too large then as the table tells.

@@ -36,19 +36,28 @@ struct Mode {
     constexpr int index2Size() const { return index2 ? 16 * index2 - 1 : 0; }
 };
 
+// Khronos Data Format Specification 1.3, table "Mode-dependent BPTC parameters".
+// clang-format off
 constexpr Mode kModes[8] = {
-    {0, 3, 4, 0, 0, 4, 0, onePerEnd, 3, 0}, {1, 2, 6, 0, 0, 6, 0, onePerSubset, 3, 0},
-    {2, 3, 6, 0, 0, 5, 0, none, 2, 0},      {3, 2, 6, 0, 0, 7, 0, onePerEnd, 2, 0},
-    {4, 1, 0, 2, 1, 5, 6, none, 2, 3},      {5, 1, 0, 2, 0, 7, 8, none, 2, 2},
-    {6, 1, 0, 0, 0, 7, 7, onePerEnd, 4, 0}, {7, 2, 6, 0, 0, 5, 5, onePerEnd, 2, 0},
+    // mode, subsets, partition, rotation, selector, colour, alpha, P-bits, index, second index
+    {0,      3,       4,         0,        0,        4,      0,     onePerEnd,    3, 0},
+    {1,      2,       6,         0,        0,        6,      0,     onePerSubset, 3, 0},
+    {2,      3,       6,         0,        0,        5,      0,     none,         2, 0},
+    {3,      2,       6,         0,        0,        7,      0,     onePerEnd,    2, 0},
+    {4,      1,       0,         2,        1,        5,      6,     none,         2, 3},
+    {5,      1,       0,         2,        0,        7,      8,     none,         2, 2},
+    {6,      1,       0,         0,        0,        7,      7,     onePerEnd,    4, 0},
+    {7,      2,       6,         0,        0,        5,      5,     onePerEnd,    2, 0},
 };
-static_assert(std::all_of(kModes, kModes + 8, [](Mode m) { return m.index2At() + m.index2Size() == 128; }));
+// clang-format on
+static_assert(std::all_of(kModes, kModes + 8, [](Mode m) { return m.index2At() + m.index2Size() == 128; }),
+              "the fields of every mode fill its block");
 
 // A block in two words; bit 0 is bit 0 of its first byte.
 struct Bits {
     Word lo, hi;
 
-    explicit Bits(const Zmx8u* pBlock) : lo(load<Word>(pBlock, 0)), hi(load<Word>(pBlock, 1)) {}
+    explicit Bits(const Zmx8u* pBlock) : lo(loadLE<Word>(pBlock, 0)), hi(loadLE<Word>(pBlock, 1)) {}
 
     template <int At, int Count> Word get() const {
         constexpr Word mask = Count == 64 ? ~Word(0) : (Word(1) << (Count % 64)) - 1;
@@ -124,7 +133,7 @@ void interpolateRotated(const Zmx32u* pIndexesA, const Zmx32u* pIndexesB, const 
     Zmx32u paletteA[1 << BitsA], paletteB[1 << BitsB];
     makePalette<BitsA>(ends[0], ends[1], ends[2], ends[3], paletteA);
     makePalette<BitsB>(ends[0], ends[1], ends[2], ends[3], paletteB);
-    const Zmx32u maskB = 0xFFu << 8 * channelB;
+    const Zmx32u maskB = littleEndian(0xFFu << 8 * channelB); // palettes hold bytes in memory order
     for (Zmx32u& p : paletteA) p &= ~maskB;
     for (Zmx32u& p : paletteB) p &= maskB;
     for (int y = 0; y < 4; ++y)

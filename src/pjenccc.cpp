@@ -3,15 +3,16 @@
 // Rows of planes are converted as they lie; pixels go through runs of samples on the stack, which a layout class fills.
 // Since a pixel is read whole before it is written, a destination may be its own source.
 #include "pjargs.h"
+#include "pjenccctbl.h"
 #include "pjpixels.h"
-#include "pjrows.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace zmx {
 namespace {
 
-// What cc_table of pjenccctbl sums up, by multiplication. The three factors of Y add up to 65536 and those of Cb and of
+// What cc_table sums up, by multiplication. The three factors of Y add up to 65536 and those of Cb and of
 // Cr to 0, so with a = R - G and b = B - G each line needs two products:
 //   Y   G + ((19595 a + 7471 b + 32768) >> 16)
 //   Cb  128 + ((32768 b - 11059 a + 32767) >> 16)
@@ -40,6 +41,31 @@ constexpr void toYcc(const Pixel<3>& rgb, Pixel<3>& ycc) {
     ycc.of[1] = chromaOf(d.a, d.b, 22118);
     ycc.of[2] = chromaOf(d.b, d.a, 10658);
 }
+// The proof. Raising R, G and B alike raises the sum of Y by 65536 a step, and those of Cb and Cr by nothing, so that one
+// colour of each pair of differences is enough: all a with every 51st b, and all b with every 51st a.
+constexpr Zmx32s factorOf(std::size_t line) { return kColourLines[line].factor; }
+static_assert(factorOf(0) + factorOf(1) + factorOf(2) == 65536);
+static_assert(factorOf(3) + factorOf(4) + factorOf(5) == 0 && factorOf(5) + factorOf(6) + factorOf(7) == 0);
+
+constexpr bool agrees(int a, int b) {
+    const int green = std::max({0, -a, -b}), red = green + a, blue = green + b;
+    if (red > 255 || blue > 255) return true; // there is no such colour
+    const auto entry = [](int table, int sample) { return cc_table[std::size_t(256 * table + sample)]; };
+    Pixel<3> ycc{};
+    toYcc({Zmx16s(red), Zmx16s(green), Zmx16s(blue)}, ycc);
+    return ycc.of[0] == (entry(0, red) + entry(1, green) + entry(2, blue)) >> 16 &&
+           ycc.of[1] == (entry(3, red) + entry(4, green) + entry(5, blue)) >> 16 &&
+           ycc.of[2] == (entry(5, red) + entry(6, green) + entry(7, blue)) >> 16;
+}
+template <int Part> constexpr bool agree() { // in parts, since a compiler does not go on for ever
+    for (int other = -255; other <= 255; ++other)
+        if (!agrees(51 * Part - 255, other) || !agrees(other, 51 * Part - 255)) return false;
+    return true;
+}
+template <int Part> constexpr bool kAgree = agree<Part>();
+template <int... Part> constexpr bool allAgree(std::integer_sequence<int, Part...>) { return (kAgree<Part> && ...); }
+static_assert(allAgree(std::make_integer_sequence<int, 11>()));
+
 // 255 minus each sample first; K is copied unchanged.
 constexpr void toYcck(const Pixel<4>& cmyk, Pixel<4>& ycck) {
     const auto [c, m, y, k] = cmyk.of;
@@ -49,54 +75,22 @@ constexpr void toYcck(const Pixel<4>& cmyk, Pixel<4>& ycck) {
     ycck.of[3] = k;
 }
 
-// Where the pixels of a run come from in each layout: get() brings pixels x to x + n - 1 of a source row.
-
-template <bool RedFirst> struct Bytes {
-    static constexpr int kChannels = 3;
-    static void get(const Zmx8u* row, int x, Run<3>& rgb, int n) {
-        loadPixels(row + std::ptrdiff_t(3) * x, rgb.of[RedFirst ? 0 : 2], rgb.of[1], rgb.of[RedFirst ? 2 : 0], n);
-    }
-};
-
-// 555 or 565 packing, widened with zeros below; the first colour of the name lies in the low bits. Bit 15 of 555 is
-// ignored.
-template <bool RedFirst, int GreenBits> struct Packed {
-    static constexpr int kChannels = 3;
-    static void get(const Zmx8u* row, int x, Run<3>& rgb, int n) {
-        for (int i = 0; i < n; ++i) {
-            const Zmx16u p = load<Zmx16u>(row, x + i);
-            rgb.of[RedFirst ? 0 : 2][i] = Zmx8u(p << 3);
-            rgb.of[1][i] = Zmx8u(p >> 5 << (8 - GreenBits));
-            rgb.of[RedFirst ? 2 : 0][i] = Zmx8u(p >> (5 + GreenBits) << 3);
-        }
-    }
-};
-
-struct CmykBytes {
-    static constexpr int kChannels = 4;
-    static void get(const Zmx8u* row, int x, Run<4>& cmyk, int n) {
-        row += std::ptrdiff_t(4) * x;
-        INDEPENDENT_ITERATIONS
-        for (int i = 0; i < n; ++i)
-            for (int c = 0; c < 4; ++c) cmyk.of[c][i] = row[4 * i + c];
-    }
-};
-
-template <class Layout, auto formula, int M> void pixelsRow(const Zmx8u* src, Rows<M, Zmx8u> dst, int width) {
+template <class Layout, auto formula, int M> void pixelsRow(const Zmx8u* src, Rows<Zmx8u, M> dst, int width) {
     constexpr int N = Layout::kChannels;
-    Run<N> run;
+    using Sample = typename Layout::GetSample;
+    layout::Run<Sample, N> run;
     for (int x = 0, n; x < width; x += n) {
-        n = std::min(kRun, width - x);
-        Layout::get(src, x, run, n);
-        convertRow<formula>(Rows<N, const Zmx8u>(run), dst.from(x), n);
+        n = std::min(layout::kRun, width - x);
+        Layout::get(src + std::ptrdiff_t(Layout::kBytes) * x, Rows<Sample, N>(run), n);
+        convertRow<formula>(Rows<const Sample, N>(run), dst.from(x), n);
     }
 }
 
 template <class Layout, auto formula, int M, class How>
 ZmxStatus pixelsToPlanes(const void* src, int srcStep, Zmx8u* const* dst, int dstStep, ZmxiSize roi) {
-    if (ZmxStatus bad = Args().ptr(src).ptr(dst).planes(dst, M).step(srcStep).step(dstStep).size(roi)) return bad;
+    if (ZmxStatus bad = Args().ptr(src, dst).planes(dst, M).step(srcStep).step(dstStep).size(roi)) return bad;
     How::rows(roi, [=](int y) {
-        pixelsRow<Layout, formula>(rowAt(src, srcStep, y), Rows<M, Zmx8u>(dst, dstStep, y), roi.width);
+        pixelsRow<Layout, formula>(rowAt(src, srcStep, y), Rows<Zmx8u, M>(dst, dstStep, y), roi.width);
     });
     return zmxStsNoErr;
 }
@@ -107,10 +101,10 @@ ZmxStatus pixelsToPlanes(const void* src, int srcStep, Zmx8u* const* dst, int ds
 using namespace zmx;
 
 ZmxStatus zmxiRGBToY_JPEG_8u_C3C1R(const Zmx8u* pSrc, int srcStep, Zmx8u* pDst, int dstStep, ZmxiSize roiSize) {
-    return pixelsToPlanes<Bytes<true>, toY, 1, Parallel>(pSrc, srcStep, &pDst, dstStep, roiSize);
+    return pixelsToPlanes<layout::RGB, toY, 1, Parallel>(pSrc, srcStep, &pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiBGRToY_JPEG_8u_C3C1R(const Zmx8u* pSrc, int srcStep, Zmx8u* pDst, int dstStep, ZmxiSize roiSize) {
-    return pixelsToPlanes<Bytes<false>, toY, 1, Parallel>(pSrc, srcStep, &pDst, dstStep, roiSize);
+    return pixelsToPlanes<layout::BGR, toY, 1, Parallel>(pSrc, srcStep, &pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiRGBToY_JPEG_8u_P3C1R(const Zmx8u* const pSrc[3], int srcStep, Zmx8u* pDst, int dstStep,
                                    ZmxiSize roiSize) {
@@ -119,11 +113,11 @@ ZmxStatus zmxiRGBToY_JPEG_8u_P3C1R(const Zmx8u* const pSrc[3], int srcStep, Zmx8
 }
 ZmxStatus zmxiRGBToYCbCr_JPEG_8u_C3P3R(const Zmx8u* pSrc, int srcStep, Zmx8u* const pDst[3], int dstStep,
                                        ZmxiSize roiSize) {
-    return pixelsToPlanes<Bytes<true>, toYcc, 3, Parallel>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return pixelsToPlanes<layout::RGB, toYcc, 3, Parallel>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiBGRToYCbCr_JPEG_8u_C3P3R(const Zmx8u* pSrc, int srcStep, Zmx8u* const pDst[3], int dstStep,
                                        ZmxiSize roiSize) {
-    return pixelsToPlanes<Bytes<false>, toYcc, 3, Parallel>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return pixelsToPlanes<layout::BGR, toYcc, 3, Parallel>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiRGBToYCbCr_JPEG_8u_P3R(const Zmx8u* const pSrc[3], int srcStep, Zmx8u* const pDst[3], int dstStep,
                                      ZmxiSize roiSize) {
@@ -131,7 +125,7 @@ ZmxStatus zmxiRGBToYCbCr_JPEG_8u_P3R(const Zmx8u* const pSrc[3], int srcStep, Zm
 }
 ZmxStatus zmxiCMYKToYCCK_JPEG_8u_C4P4R(const Zmx8u* pSrc, int srcStep, Zmx8u* const pDst[4], int dstStep,
                                        ZmxiSize roiSize) {
-    return pixelsToPlanes<CmykBytes, toYcck, 4, Parallel>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return pixelsToPlanes<layout::CMYK, toYcck, 4, Parallel>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiCMYKToYCCK_JPEG_8u_P4R(const Zmx8u* const pSrc[4], int srcStep, Zmx8u* const pDst[4], int dstStep,
                                      ZmxiSize roiSize) {
@@ -140,17 +134,17 @@ ZmxStatus zmxiCMYKToYCCK_JPEG_8u_P4R(const Zmx8u* const pSrc[4], int srcStep, Zm
 // The packed forms open no parallel region at any size.
 ZmxStatus zmxiRGB555ToYCbCr_JPEG_16u8u_C3P3R(const Zmx16u* pSrc, int srcStep, Zmx8u* const pDst[3], int dstStep,
                                              ZmxiSize roiSize) {
-    return pixelsToPlanes<Packed<true, 5>, toYcc, 3, Serial>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return pixelsToPlanes<layout::RGB555, toYcc, 3, Serial>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiBGR555ToYCbCr_JPEG_16u8u_C3P3R(const Zmx16u* pSrc, int srcStep, Zmx8u* const pDst[3], int dstStep,
                                              ZmxiSize roiSize) {
-    return pixelsToPlanes<Packed<false, 5>, toYcc, 3, Serial>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return pixelsToPlanes<layout::BGR555, toYcc, 3, Serial>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiRGB565ToYCbCr_JPEG_16u8u_C3P3R(const Zmx16u* pSrc, int srcStep, Zmx8u* const pDst[3], int dstStep,
                                              ZmxiSize roiSize) {
-    return pixelsToPlanes<Packed<true, 6>, toYcc, 3, Serial>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return pixelsToPlanes<layout::RGB565, toYcc, 3, Serial>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiBGR565ToYCbCr_JPEG_16u8u_C3P3R(const Zmx16u* pSrc, int srcStep, Zmx8u* const pDst[3], int dstStep,
                                              ZmxiSize roiSize) {
-    return pixelsToPlanes<Packed<false, 6>, toYcc, 3, Serial>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return pixelsToPlanes<layout::BGR565, toYcc, 3, Serial>(pSrc, srcStep, pDst, dstStep, roiSize);
 }

@@ -60,9 +60,11 @@ template <bool Strict> struct FastSink {
     return walkBlock(pSrc, diff, sink);
 }
 
-// 64 coefficients of up to 32 bits with their code, an end of block, seven bits pending, and every byte
-// stuffed.
-constexpr int kWorstBlock = 2 * (64 * 32 + 16 + 7) / 8 + 2;
+// The bytes that a block may take: 64 coefficients with their codes (the symbol of 16 zeros stands in the place of
+// those), an end of block, seven bits pending, and every byte stuffed.
+constexpr int kWorstBlock = 519;
+static_assert(kWorstBlock >= 2 * ((64 * (kMostCodeBits + kMostValueBits) + kMostCodeBits + 7) / 8));
+static_assert(kMostCodeBits + kMostValueBits <= FastWriter::kMostBits);
 
 } // namespace
 } // namespace zmx

@@ -3,8 +3,9 @@
 #pragma once
 
 #include "codecs/jpeg/format.h"
+#include "codecs/picture/bytes.h"
 
-namespace jpeg {
+namespace codecs::jpeg {
 
 class Coefficients {
 public:
@@ -43,10 +44,10 @@ public:
         }
     }
 
-    // Gives the blocks that only fill up MCUs the DC of a neighbour and nothing else, which costs the fewest
-    // bits. Scans of one component have never held them.
+    // Gives the blocks that only fill up MCUs the DC of the one that is coded before them and nothing else, which costs
+    // the fewest bits. Scans of one component have never held them.
     void fillPadding();
-    // A number that tells the visible coefficients of one picture from those of another (64-bit FNV-1a).
+    // A number that tells the visible coefficients of one picture from those of another (FNV-1a on four at a time).
     std::uint64_t digest() const;
 
 private:
@@ -61,13 +62,13 @@ private:
 // What a file of the DCT modes holds, however it is coded.
 struct CoefficientFile {
     Frame frame; // its Component::quant are not looked at
-    Model model = Model::Grey;
+    Model model = Model::grey;
     std::vector<QuantTable> quant; // of each component
     int restart = 0;
-    std::vector<std::uint8_t> application; // the APPn and COM segments
+    Bytes application; // the APPn and COM segments
     Coefficients blocks;
 
     explicit CoefficientFile(const Frame& f) : frame(f), quant(f.components.size()), blocks(f) {}
 };
 
-} // namespace jpeg
+} // namespace codecs::jpeg

@@ -3,7 +3,7 @@
 
 #include "codecs/jpeg/format.h"
 
-namespace jpeg {
+namespace codecs::jpeg {
 
 struct ScanLayout {
     // A unit of the MCUs of a scan.
@@ -11,6 +11,12 @@ struct ScanLayout {
         int inScan, component; // which component, by its place in the scan and in the frame
         int x, y;              // where in the part of the MCU that is its component's
         int h, v;              // the size of that part, in units
+
+        // Whether samples of the picture lie in this unit of an MCU; if not it only fills the MCU up.
+        bool inPicture(const Frame& frame, int column, int row) const {
+            const Component& c = frame.components[std::size_t(component)];
+            return column * h + x < frame.blockColumns(c) && row * v + y < frame.blockRows(c);
+        }
     };
     int columns, rows; // of MCUs
     int rowHeight;     // of an MCU in the picture
@@ -45,4 +51,4 @@ template <class Mcu, class Restart> void eachMcu(int columns, int rows, int inte
         }
 }
 
-} // namespace jpeg
+} // namespace codecs::jpeg

@@ -1,5 +1,5 @@
 // libzmxcore: memory, and the count of processors that a process may use.
-#include "threads.h"
+#include "linux.h"
 #include "zmxcore.h"
 
 #include <climits>

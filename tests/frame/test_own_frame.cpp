@@ -38,9 +38,6 @@ TEST(Frame, WrappingArithmetic) {
     EXPECT_EQ(wrapSub(INT_MIN, 1), INT_MAX);
     EXPECT_EQ(wrapMul(65536, 65536), 0);
     EXPECT_EQ(wrapMul(0x10001, 0x10001), 0x20001);
-    EXPECT_EQ(wrapNeg(INT_MIN), INT_MIN);
-    EXPECT_EQ(wrapShl(1, 31), INT_MIN);
-    EXPECT_EQ(wrapShl(-1, 4), -16);
     EXPECT_EQ(wrap16s(32768), -32768);
     EXPECT_EQ(wrap16s(-32769), 32767);
     EXPECT_EQ(saturate8u(-1), 0);

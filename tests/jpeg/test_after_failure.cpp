@@ -19,15 +19,6 @@ Block everywhere(int value) {
     return b;
 }
 
-// A table of 8 bits a symbol for all symbols but 255: the code is the symbol.
-HuffmanList octets() {
-    HuffmanList list;
-    list.bits[7] = 255;
-    list.vals.resize(255);
-    std::iota(list.vals.begin(), list.vals.end(), Zmx8u(0));
-    return list;
-}
-
 } // namespace
 
 // ---- held correction bits

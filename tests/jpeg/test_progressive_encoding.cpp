@@ -7,15 +7,6 @@
 
 namespace {
 
-// A table of 8 bits a symbol for all symbols but 255: the code is the symbol.
-HuffmanList octets() {
-    HuffmanList list;
-    list.bits[7] = 255;
-    list.vals.resize(255);
-    std::iota(list.vals.begin(), list.vals.end(), Zmx8u(0));
-    return list;
-}
-
 void preset(StreamOut& out, int eobRun, int corrections = 0) {
     out.state.plain.eobRun = eobRun;
     out.state.plain.correctionCount = corrections;
@@ -699,8 +690,7 @@ TEST(ProgressiveScans, Digests) {
                     out.set(scan.refine ? blocks[i] : Block{});
                     const Outcome o = decodeShape(scan, in, out, table);
                     if (!o.value) break;
-                    decoded.value(o.status).add(out.dst.data(), 128).value(out.lastDC[0]);
-                    decoded.value(in.pos[0]).value(in.marker[0]).add(in.state.bytes(), 20);
+                    addDecoded(decoded, o, in, out);
                 }
             }
         }

@@ -1,6 +1,7 @@
 // Chroma resampling by two, rectangles and rows: values, what lies outside, order of argument tests, rows in
 // memory, and the sharing out of rows.
 #include "tests/jpeg/model/resampling.h"
+#include "tests/jpeg/support/sharing.h"
 #include "tests/support/arguments.h"
 #include "tests/support/digest.h"
 #include "tests/support/guarded.h"
@@ -312,21 +313,10 @@ TEST_P(ResamplingRow, EveryWidth) {
 TEST_P(Resampling, TheSameBytesFromAnyNumberOfThreads) {
     Rng rng(233);
     SCOPED_TRACE("seed 233");
-    const bool shared = GetParam().shared;
     for (ZmxiSize size : {ZmxiSize{8, 8}, ZmxiSize{128, 64}, ZmxiSize{8192, 1}, ZmxiSize{8193, 1}, ZmxiSize{1, 8193},
                           ZmxiSize{2731, 3}, ZmxiSize{301, 97}})
-        for (int threads : {1, 2, 7}) {
-            setThreads(threads);
-            const int askedBefore = threadsAsked();
-            const long opened = regionsOpened();
-            ASSERT_NO_FATAL_FAILURE(compare(rng, size, 1, size.width + 3, GuardedBlock::AtEnd));
-            EXPECT_EQ(threadsAsked(), askedBefore + shared) << "the count is asked at every size";
-            if (regionsCounted()) {
-                EXPECT_EQ(regionsOpened(), opened + (shared && size.width * size.height > 8192 ? 1 : 0))
-                    << size.width << " by " << size.height;
-            }
-        }
-    setThreads(1);
+        ASSERT_NO_FATAL_FAILURE(
+            checkSharing(size, GetParam().shared, [&] { compare(rng, size, 1, size.width + 3, GuardedBlock::AtEnd); }));
 }
 
 // The destination's size decides whether rows are shared out, not the source's.
