@@ -1,6 +1,7 @@
 // pj2ct.h - what the component transforms share: argument tests, and the walk over pixels in each layout.
 //
-// A transform is a function of one pixel, (a, b, c) to (a, b, c), all three read before any is written.
+// A transform is a function of one pixel, (a, b, c) to (a, b, c), all three read before any is written. A walk calls
+// one of three row functions, made of a transform here.
 #pragma once
 
 #include "pjargs.h"
@@ -21,12 +22,12 @@ void splitRow(const Zmx8u* src, Zmx8u* d0, Zmx8u* d1, Zmx8u* d2, int width) {
         store(d2, x, p.c);
     }
 }
-template <class T, Pixel<T> (*transform)(Pixel<T>)>
-ZmxStatus pixelsToPlanes(const T* src, int srcStep, T* const* dst, int dstStep, ZmxiSize roi) {
+template <class T, class Row>
+ZmxStatus pixelsToPlanes(const T* src, int srcStep, T* const* dst, int dstStep, ZmxiSize roi, Row splitRow) {
     if (ZmxStatus bad = Args().ptr(src).ptr(dst).planes(dst, 3).step(srcStep).step(dstStep).size(roi)) return bad;
     for (int y = 0; y < roi.height; ++y)
-        splitRow<T, transform>(rowAt(src, srcStep, y), rowAt(dst[0], dstStep, y), rowAt(dst[1], dstStep, y),
-                               rowAt(dst[2], dstStep, y), roi.width);
+        splitRow(rowAt(src, srcStep, y), rowAt(dst[0], dstStep, y), rowAt(dst[1], dstStep, y),
+                 rowAt(dst[2], dstStep, y), roi.width);
     return zmxStsNoErr;
 }
 
@@ -41,12 +42,12 @@ void joinRow(const Zmx8u* s0, const Zmx8u* s1, const Zmx8u* s2, Zmx8u* dst, int 
         store(dst, at + 2, p.c);
     }
 }
-template <class T, Pixel<T> (*transform)(Pixel<T>)>
-ZmxStatus planesToPixels(const T* const* src, int srcStep, T* dst, int dstStep, ZmxiSize roi) {
+template <class T, class Row>
+ZmxStatus planesToPixels(const T* const* src, int srcStep, T* dst, int dstStep, ZmxiSize roi, Row joinRow) {
     if (ZmxStatus bad = Args().ptr(src).ptr(dst).planes(src, 3).step(srcStep).step(dstStep).size(roi)) return bad;
     for (int y = 0; y < roi.height; ++y)
-        joinRow<T, transform>(rowAt(src[0], srcStep, y), rowAt(src[1], srcStep, y), rowAt(src[2], srcStep, y),
-                              rowAt(dst, dstStep, y), roi.width);
+        joinRow(rowAt(src[0], srcStep, y), rowAt(src[1], srcStep, y), rowAt(src[2], srcStep, y), rowAt(dst, dstStep, y),
+                roi.width);
     return zmxStsNoErr;
 }
 
@@ -59,11 +60,10 @@ template <class T, Pixel<T> (*transform)(Pixel<T>)> void planesRow(Zmx8u* r0, Zm
         store(r2, x, p.c);
     }
 }
-template <class T, Pixel<T> (*transform)(Pixel<T>)> ZmxStatus planesInPlace(T* const* srcDst, int step, ZmxiSize roi) {
+template <class T, class Row> ZmxStatus planesInPlace(T* const* srcDst, int step, ZmxiSize roi, Row planesRow) {
     if (ZmxStatus bad = Args().ptr(srcDst).planes(srcDst, 3).step(step).size(roi)) return bad;
     for (int y = 0; y < roi.height; ++y)
-        planesRow<T, transform>(rowAt(srcDst[0], step, y), rowAt(srcDst[1], step, y), rowAt(srcDst[2], step, y),
-                                roi.width);
+        planesRow(rowAt(srcDst[0], step, y), rowAt(srcDst[1], step, y), rowAt(srcDst[2], step, y), roi.width);
     return zmxStsNoErr;
 }
 
