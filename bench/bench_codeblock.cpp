@@ -1,26 +1,21 @@
 // bench_codeblock.cpp - JPEG2000 code blocks of 64x64 coefficients of a photograph: coefficients a second
 // through the encoder (load and store) and the decoder, and decisions a second through the MQ coder.
 //
-// The picture is a JPEG file, $ZMX_BENCH_PICTURE or one of the package mate-backgrounds. Its luma stands as
-// it is
-// ("samples", which scripts/bench-codeblock compares with a codec that is told to do without wavelets), or is
-// transformed by five levels of the 5/3 or the 9/7 wavelet. Beyond 8 bits the samples get random bits below.
-#include "../src/pj2encoder.h" // for the number of decisions, which the interface does not tell
+// The luma of the photograph stands as it is ("samples", which scripts/bench-codeblock compares with a codec that is
+// told to do without wavelets), or is transformed by five levels of the 5/3 or the 9/7 wavelet. Beyond 8 bits the
+// samples get random bits below.
+#include "src/pj2encoder.h" // for the number of decisions, which the interface does not tell
+
+#include "bench/bench_photograph.h"
 
 #include <benchmark/benchmark.h>
 
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
 #include <ctime>
 #include <map>
 #include <random>
 #include <string>
 #include <vector>
-
-#ifdef ZMX_HAVE_LIBJPEG
-#include <jpeglib.h>
-#endif
 
 namespace {
 
@@ -34,41 +29,15 @@ struct Plane {
     double& at(int x, int y) { return samples[std::size_t(y) * std::size_t(width) + std::size_t(x)]; }
 };
 
-#ifdef ZMX_HAVE_LIBJPEG
-// The luma of a JPEG file, cut to whole blocks.
-Plane readLuma(const char* path) {
-    Plane plane;
-    std::FILE* file = std::fopen(path, "rb");
-    if (!file) return plane;
-    jpeg_error_mgr errors; // ends the program on a fault, which is good enough here
-    jpeg_decompress_struct jpeg;
-    jpeg.err = jpeg_std_error(&errors);
-    jpeg_create_decompress(&jpeg);
-    jpeg_stdio_src(&jpeg, file);
-    jpeg_read_header(&jpeg, TRUE);
-    jpeg.out_color_space = JCS_GRAYSCALE;
-    jpeg_start_decompress(&jpeg);
-    plane.width = int(jpeg.output_width) / kSide * kSide;
-    plane.height = int(jpeg.output_height) / kSide * kSide;
-    std::vector<JSAMPLE> row(jpeg.output_width);
-    JSAMPLE* rows[] = {row.data()};
-    for (int y = 0; y < plane.height; ++y) {
-        jpeg_read_scanlines(&jpeg, rows, 1);
-        for (int x = 0; x < plane.width; ++x) plane.samples.push_back(int(row[std::size_t(x)]) - 128);
-    }
-    jpeg_abort_decompress(&jpeg);
-    jpeg_destroy_decompress(&jpeg);
-    std::fclose(file);
-    return plane;
-}
-#else
-Plane readLuma(const char*) { return {}; }
-#endif
-
+// The luma of a photograph, cut to whole blocks.
 const Plane& picture() {
     static const Plane plane = [] {
-        const char* path = std::getenv("ZMX_BENCH_PICTURE");
-        return readLuma(path ? path : "/usr/share/backgrounds/mate/nature/Garden.jpg");
+        const Photograph photo = readPhotograph("Garden", Channels::Luma);
+        Plane p{photo.width / kSide * kSide, photo.height / kSide * kSide, {}};
+        for (int y = 0; y < p.height; ++y)
+            for (int x = 0; x < p.width; ++x)
+                p.samples.push_back(photo.samples[std::size_t(y) * std::size_t(photo.width) + std::size_t(x)] - 128);
+        return p;
     }();
     return plane;
 }
@@ -188,6 +157,19 @@ public:
         return length;
     }
     const Zmx8u* data() const { return bytes.data(); }
+    // What a rate control asks: where each pass can be cut, and what it is worth.
+    double figures() const {
+        double sum = 0;
+        for (int pass = 0; pass < passes; ++pass) {
+            int rate;
+            double distortion;
+            zmxiEncodeGetRate_JPEG2K(state, pass, &rate);
+            zmxiEncodeGetDist_JPEG2K(state, pass, &distortion);
+            sum += rate + distortion;
+        }
+        for (int i = 0; i < segments; ++i) sum += segmentLength(i);
+        return sum;
+    }
     int segmentLength(int i) const {
         int length;
         zmxiEncodeGetTermPassLen_JPEG2K(state, i, &length);
@@ -219,6 +201,31 @@ public:
     }
 };
 
+// The same, one codeword segment a step, with what an application asks between the steps.
+class SteppingDecoder {
+    ZmxiDecodeCBProgrState* state = nullptr;
+    std::vector<Zmx32s> samples = std::vector<Zmx32s>(kCoefficients);
+
+public:
+    SteppingDecoder() { zmxiDecodeCBProgrInitAlloc_JPEG2K(&state, kSize); }
+    ~SteppingDecoder() { zmxiDecodeCBProgrFree_JPEG2K(state); }
+    SteppingDecoder(const SteppingDecoder&) = delete;
+    SteppingDecoder& operator=(const SteppingDecoder&) = delete;
+
+    const std::vector<Zmx32s>& decode(const CodedBytes& c, Zmx32u style) {
+        zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(samples.data(), kSide * 4, kSize, state, c.subband, c.planes, style);
+        zmxiDecodeCBProgrSetPassCounter_JPEG2K(c.passes, state);
+        const Zmx8u* segment = c.bytes.data();
+        int left = c.passes, plane = c.planes;
+        for (std::size_t i = 0; i < c.lengths.size() && left > 0 && plane >= 0; segment += c.lengths[i++]) {
+            zmxiDecodeCBProgrStep_JPEG2K(segment, c.lengths[i], state);
+            zmxiDecodeCBProgrGetPassCounter_JPEG2K(state, &left);
+            zmxiDecodeCBProgrGetCurBitPlaneNum_JPEG2K(state, &plane);
+        }
+        return samples;
+    }
+};
+
 // Processor time, so that a busy machine disturbs a comparison with other programs less.
 template <class Work> double secondsOf(Work work) {
     const auto now = [] {
@@ -231,7 +238,7 @@ template <class Work> double secondsOf(Work work) {
     return now() - start;
 }
 
-enum class Work { Load, Store, Encode, Decode };
+enum class Work { Load, Store, Figures, Encode, Decode, Step };
 
 // All blocks of a kind. Rates are in coefficients, or in decisions for the store, which is the MQ encoder
 // alone.
@@ -240,6 +247,7 @@ void run(benchmark::State& state, Work work, const Kind& kind, Zmx32u style) {
     if (blocks.empty()) return state.SkipWithError("no picture");
     Encoder encoder;
     Decoder decoder;
+    SteppingDecoder stepping;
     std::vector<CodedBytes> coded;
     double bytes = 0, decisions = 0;
     for (const Block& block : blocks) {
@@ -249,22 +257,26 @@ void run(benchmark::State& state, Work work, const Kind& kind, Zmx32u style) {
         coded.push_back(
             {block.subband, encoder.planes, encoder.passes, {encoder.data(), encoder.data() + length + 1}, {}});
         for (int i = 0; i < encoder.segments; ++i) coded.back().lengths.push_back(encoder.segmentLength(i));
-        if (decoder.decode(coded.back(), style) != block.samples) return state.SkipWithError("decoded samples differ");
+        if (decoder.decode(coded.back(), style) != block.samples ||
+            stepping.decode(coded.back(), style) != block.samples)
+            return state.SkipWithError("decoded samples differ");
         bytes += length;
         decisions += encoder.decisions();
     }
 
+    // What is timed of the work on a block.
+    const auto secondsOfBlock = [&](std::size_t i) {
+        if (work == Work::Decode) return secondsOf([&] { decoder.decode(coded[i], style); });
+        if (work == Work::Step) return secondsOf([&] { stepping.decode(coded[i], style); });
+        const double load = secondsOf([&] { encoder.load(blocks[i], style); });
+        if (work == Work::Load) return load;
+        const double store = secondsOf([&] { encoder.store(); });
+        if (work == Work::Figures) return secondsOf([&] { benchmark::DoNotOptimize(encoder.figures()); });
+        return work == Work::Store ? store : load + store;
+    };
     for (auto _ : state) {
         double seconds = 0;
-        for (std::size_t i = 0; i < blocks.size(); ++i) {
-            if (work == Work::Decode) {
-                seconds += secondsOf([&] { decoder.decode(coded[i], style); });
-                continue;
-            }
-            const double load = secondsOf([&] { encoder.load(blocks[i], style); });
-            const double store = work == Work::Load ? 0 : secondsOf([&] { encoder.store(); });
-            seconds += work == Work::Store ? store : load + store;
-        }
+        for (std::size_t i = 0; i < blocks.size(); ++i) seconds += secondsOfBlock(i);
         state.SetIterationTime(seconds);
     }
     const double coefficients = double(blocks.size()) * kCoefficients;
@@ -293,8 +305,11 @@ const bool registered = [] {
     const Kind& plain = kKinds[0];
     add("CodeBlock/load/samples", Work::Load, plain, 0);
     add("CodeBlock/store/samples", Work::Store, plain, 0);
+    add("CodeBlock/figures/samples", Work::Figures, plain, 0);
+    add("CodeBlock/steps/samples", Work::Step, plain, 0);
     add("CodeBlock/encode_bypass/53_12bit", Work::Encode, kKinds[2], ZMX_CB_SELECTIVE_BYPASS);
     add("CodeBlock/decode_bypass/53_12bit", Work::Decode, kKinds[2], ZMX_CB_SELECTIVE_BYPASS);
+    add("CodeBlock/steps_bypass/53_12bit", Work::Step, kKinds[2], ZMX_CB_SELECTIVE_BYPASS);
     return true;
 }();
 

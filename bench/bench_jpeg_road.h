@@ -1,43 +1,45 @@
 // What the measurements of whole JPEG pictures share: the picture, 1920x1080 pixels of a photograph, and
 // libjpeg-turbo's way from it to a file and back, in memory.
-//
-// ZMX_PHOTO names the photograph: a baseline JPEG file of at least that size.
 #pragma once
 
+#include "bench/bench_photograph.h"
 #include "codecs/jpeg/jpeg.h"
-#include "codecs/picture/picture.h"
 
 #include <benchmark/benchmark.h>
 #include <cstdio>
-#include <cstdlib>
 #include <jpeglib.h>
-#include <memory>
 
 namespace road {
 
-using Bytes = std::vector<std::uint8_t>;
+namespace jpeg = codecs::jpeg;
+using codecs::Bytes;
 constexpr int kWidth = 1920, kHeight = 1080, kQuality = 90;
 
-// The middle of the photograph; null when there is none.
-inline const Bytes* photo() {
-    static const auto pixels = []() -> std::unique_ptr<Bytes> {
-        const char* path = std::getenv("ZMX_PHOTO");
-        try {
-            const Bytes file = readBytes(path ? path : "/usr/share/backgrounds/mate/nature/Blinds.jpg");
-            const jpeg::Picture p = jpeg::decode(file.data(), file.size());
-            const Image all = from8bit(p.pixels.data(), p.width, p.height, p.channels);
-            return std::make_unique<Bytes>(
-                to8bit(crop(all, (p.width - kWidth) / 2, (p.height - kHeight) / 2, kWidth, kHeight)));
-        } catch (const std::exception& e) {
-            std::fprintf(stderr, "zmx_bench: %s\n", e.what());
-            return nullptr;
-        }
-    }();
-    return pixels.get();
+// The middle of the photograph; empty when there is none.
+inline const Bytes& photo() {
+    static const Bytes pixels = readPhotograph("Blinds", Channels::Rgb).middle(kWidth, kHeight).samples;
+    return pixels;
 }
 
 inline Bytes encodeOurs(const jpeg::EncodeOptions& options) {
-    return jpeg::encode(photo()->data(), kWidth, kHeight, 3, options);
+    static const codecs::Picture picture = [] {
+        codecs::Picture p(codecs::shapeOf(kWidth, kHeight, 3));
+        std::copy(photo().begin(), photo().end(), p.all().begin());
+        return p;
+    }();
+    return jpeg::encode(picture, options);
+}
+
+// The pixels go as they come, a band at a time, as into a file.
+class NoSink final : public codecs::RowSink {
+    void begin(const codecs::Shape&, const codecs::Metadata&) override {}
+    void write(const codecs::Band& band) override { benchmark::DoNotOptimize(band.data); }
+    void finish() override {}
+};
+inline void decodeOurs(const Bytes& file) {
+    codecs::MemorySource source(file);
+    NoSink sink;
+    jpeg::decode(source, sink);
 }
 
 // What the two programs have in common to choose from.
@@ -63,7 +65,7 @@ inline std::size_t encodeTheirs(Mode mode, Bytes& room) {
     }
     jpeg_start_compress(&c, TRUE);
     while (c.next_scanline < c.image_height) {
-        JSAMPROW row = const_cast<JSAMPROW>(photo()->data()) + std::size_t(c.next_scanline) * kWidth * 3;
+        JSAMPROW row = const_cast<JSAMPROW>(photo().data()) + std::size_t(c.next_scanline) * kWidth * 3;
         jpeg_write_scanlines(&c, &row, 1);
     }
     jpeg_finish_compress(&c);
@@ -91,7 +93,7 @@ inline void decodeTheirs(const Bytes& file, Bytes& pixels) {
 }
 
 template <class Call> void run(benchmark::State& state, Call call) {
-    if (!photo()) return state.SkipWithError("no photograph");
+    if (photo().empty()) return state.SkipWithError("no photograph");
     for (auto _ : state) call();
     state.counters["pixels"] =
         benchmark::Counter(double(kWidth) * kHeight, benchmark::Counter::kIsIterationInvariantRate);

@@ -1,4 +1,4 @@
-// bench_progressive.cpp - the four scans of a progressive picture, one band each: first scans at bit 1,
+// bench_progressive.cpp - the scans of a progressive picture, DC and one band of AC: first scans at bit 1,
 // refinements at 0.
 #include "bench/bench_blocks.h"
 
@@ -108,6 +108,101 @@ void decode(benchmark::State& state, const Band& band) {
     run.coded.report(state);
 }
 
+// The scans of DC: symbols with an optimal table in the first one, a bit a block in the refinement.
+struct DCRun {
+    const Coded coded{kFilled};
+
+private:
+    ZmxiEncodeHuffmanSpec* enc = nullptr;
+    ZmxiDecodeHuffmanSpec* dec = nullptr;
+    std::vector<Block> blocks;
+    Stream streams[2];
+
+    template <class Code> void write(Stream& out, Code code) {
+        out.pos = 0;
+        scan(
+            coded, [&](const Zmx16s* b) { return code(b, 0); }, [&] { return code(nullptr, 1); });
+        out.bytes[std::size_t(out.pos)] = 0xFF;
+        out.bytes[std::size_t(out.pos) + 1] = 0xD9;
+    }
+    template <class Code> void read(const Stream& in, Code code) {
+        int pos = 0;
+        zmxiDecodeHuffmanStateInit_JPEG_8u(coded.reader);
+        for (Block& b : blocks) Coded::check(code(in.bytes.data(), in.pos + 2, &pos, b.data()));
+    }
+
+public:
+    DCRun() : blocks(coded.blocks.size()) {
+        Zmx32u counts[257] = {};
+        count(counts);
+        Coded::tables(counts, &enc, &dec);
+        writeFirst();
+        writeRefinement();
+        readFirst();
+        readRefinement();
+        for (std::size_t i = 0; i < blocks.size(); ++i)
+            if (blocks[i][0] != coded.blocks[i][0]) std::abort();
+    }
+    ~DCRun() {
+        zmxiEncodeHuffmanSpecFree_JPEG_8u(enc);
+        zmxiDecodeHuffmanSpecFree_JPEG_8u(dec);
+    }
+    DCRun(const DCRun&) = delete;
+    DCRun& operator=(const DCRun&) = delete;
+
+    void count(Zmx32u* counts) const {
+        Zmx16s lastDC = 0;
+        for (const Block& b : coded.blocks)
+            Coded::check(zmxiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(b.data(), counts, &lastDC, kAl));
+    }
+    void writeFirst() {
+        Stream& out = streams[0];
+        Zmx16s lastDC = 0;
+        write(out, [&](const Zmx16s* b, int flush) {
+            return zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(b, out.bytes.data(), out.size(), &out.pos, &lastDC, kAl,
+                                                              enc, coded.writer, flush);
+        });
+    }
+    void writeRefinement() {
+        Stream& out = streams[1];
+        write(out, [&](const Zmx16s* b, int flush) {
+            return zmxiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(b, out.bytes.data(), out.size(), &out.pos, kAl - 1,
+                                                               coded.writer, flush);
+        });
+    }
+    void readFirst() {
+        int marker = 0;
+        Zmx16s lastDC = 0;
+        read(streams[0], [&](const Zmx8u* src, int length, int* pos, Zmx16s* b) {
+            return zmxiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(src, length, pos, b, &lastDC, &marker, kAl, dec,
+                                                              coded.reader);
+        });
+    }
+    void readRefinement() {
+        int marker = 0;
+        read(streams[1], [&](const Zmx8u* src, int length, int* pos, Zmx16s* b) {
+            return zmxiDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(src, length, pos, b, &marker, kAl - 1, coded.reader);
+        });
+    }
+};
+
+template <void (DCRun::*work)()> void dc(benchmark::State& state) {
+    DCRun run;
+    for (auto _ : state) (run.*work)();
+    state.SetItemsProcessed(state.iterations() * std::int64_t(run.coded.blocks.size()));
+}
+void dcStatistics(benchmark::State& state) {
+    const DCRun run;
+    Zmx32u counts[257] = {};
+    for (auto _ : state) run.count(counts);
+    state.SetItemsProcessed(state.iterations() * std::int64_t(run.coded.blocks.size()));
+}
+
+BENCHMARK(dcStatistics)->Name("progressive/statistics/DCFirst");
+BENCHMARK(dc<&DCRun::writeFirst>)->Name("progressive/encode/DCFirst");
+BENCHMARK(dc<&DCRun::writeRefinement>)->Name("progressive/encode/DCRefine");
+BENCHMARK(dc<&DCRun::readFirst>)->Name("progressive/decode/DCFirst");
+BENCHMARK(dc<&DCRun::readRefinement>)->Name("progressive/decode/DCRefine");
 BENCHMARK_CAPTURE(statistics, ACFirst, kFirst)->Name("progressive/statistics/ACFirst");
 BENCHMARK_CAPTURE(statistics, ACRefine, kRefine)->Name("progressive/statistics/ACRefine");
 BENCHMARK_CAPTURE(encode, ACFirst, kFirst)->Name("progressive/encode/ACFirst");

@@ -1,10 +1,11 @@
 // bench_texture.cpp - texture blocks in both directions, beside libsquish where it is there.
 //
-// Pictures: a photograph of the system's backgrounds where there is one, else a made one; blocks: the photograph's,
+// Pictures: the middle of the photograph where there is one, else a made one; blocks: the photograph's,
 // and random ones, in which every mode and every palette form turns up. Everything on one core. Rates are in pixels.
 //
 // The encoders also report their quality in dB over the colours (and over alpha, where there is any): `shift` as this library
 // decodes the blocks, by plain shifts, and `repeat` as most other decoders do, with the top bits repeated.
+#include "bench/bench_photograph.h"
 #include "zmxj.h"
 
 #include <algorithm>
@@ -13,12 +14,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <random>
 #include <vector>
-#ifdef ZMX_HAVE_LIBJPEG
-#include <jpeglib.h>
-#endif
 #ifdef ZMX_HAVE_SQUISH
 #include <omp.h>
 #include <squish.h>
@@ -32,37 +29,6 @@ constexpr int kPixels = kSide * kSide;
 
 using Bytes = std::vector<Zmx8u>;
 
-#ifdef ZMX_HAVE_LIBJPEG
-// The middle of a photograph as RGB, or nothing.
-Bytes photographRgb() {
-    const char* named = std::getenv("ZMX_BENCH_PHOTO");
-    const char* path = named ? named : "/usr/share/backgrounds/mate/nature/Garden.jpg";
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path, "rb"), std::fclose);
-    if (!file) return {};
-    jpeg_decompress_struct jpeg{};
-    jpeg_error_mgr errors{};
-    jpeg.err = jpeg_std_error(&errors);
-    jpeg_create_decompress(&jpeg);
-    jpeg_stdio_src(&jpeg, file.get());
-    jpeg_read_header(&jpeg, TRUE);
-    jpeg.out_color_space = JCS_RGB;
-    jpeg_start_decompress(&jpeg);
-    Bytes picture, row(std::size_t(jpeg.output_width) * 3);
-    if (jpeg.output_width >= kSide && jpeg.output_height >= kSide) {
-        const int left = (int(jpeg.output_width) - kSide) / 2, top = (int(jpeg.output_height) - kSide) / 2;
-        for (int y = 0; y < top + kSide; ++y) {
-            Zmx8u* rows[1] = {row.data()};
-            jpeg_read_scanlines(&jpeg, rows, 1);
-            if (y >= top) picture.insert(picture.end(), row.begin() + 3 * left, row.begin() + 3 * (left + kSide));
-        }
-    }
-    jpeg_destroy_decompress(&jpeg);
-    return picture;
-}
-#else
-Bytes photographRgb() { return {}; }
-#endif
-
 // Smooth colours with some noise, for want of a photograph.
 Bytes madeRgb() {
     std::mt19937 random(1);
@@ -75,8 +41,8 @@ Bytes madeRgb() {
 
 const Bytes& rgb() {
     static const Bytes picture = [] {
-        Bytes photo = photographRgb();
-        return photo.empty() ? madeRgb() : photo;
+        const Photograph photo = readPhotograph("Garden", Channels::Rgb).middle(kSide, kSide);
+        return photo.empty() ? madeRgb() : photo.samples;
     }();
     return picture;
 }

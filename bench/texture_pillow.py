@@ -1,6 +1,6 @@
 """Decoding speed beside Pillow, in one run on one core: texture_pillow.py LIBZMXJPX
 
-Both sides decode blocks in memory: random ones, and for BC7 also a photograph's.
+Both sides decode blocks in memory: random ones, and for BC7 also a photograph's ($ZMX_BENCH_PHOTO).
 """
 import ctypes
 import os
@@ -14,6 +14,7 @@ sys.dont_write_bytecode = True
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tests", "command"))
 import texture
 
+texture.PHOTO = os.environ.get("ZMX_BENCH_PHOTO", texture.PHOTO)
 SIDE = 1024
 library = ctypes.CDLL(os.path.abspath(sys.argv[1]))
 

@@ -53,6 +53,11 @@ add_test(NAME headers COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_headers.sh
 add_test(NAME symbols COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_symbols.sh
   ${PROJECT_SOURCE_DIR}/include $<TARGET_FILE:zmxjpx> ${CMAKE_C_COMPILER})
 
+# The form of the sources, and the script that checks the other rules of CONTRIBUTING.md, on made-up trees.
+add_test(NAME format COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_format.sh ${PROJECT_SOURCE_DIR})
+set_tests_properties(format PROPERTIES SKIP_RETURN_CODE 77)
+add_test(NAME rules.selftest COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/test_rules.py)
+
 # The example of the README.
 separate_arguments(zmx_example_flags UNIX_COMMAND "${CMAKE_C_FLAGS}")
 if(ZMX_SANITIZE)

@@ -9,7 +9,7 @@
 #define ZMXJ_VERSION_STRING "6.1 build 137.56"
 
 /* Whether the headers are of version major.minor or a later one. */
-#define ZMXJ_VERSION_AT_LEAST(major, minor) \
+#define ZMXJ_VERSION_AT_LEAST(major, minor)                                                                            \
     (ZMXJ_VERSION_MAJOR > (major) || (ZMXJ_VERSION_MAJOR == (major) && ZMXJ_VERSION_MINOR >= (minor)))
 
 #endif /* ZMXJ_VERSION_H */

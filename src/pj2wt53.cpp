@@ -66,10 +66,10 @@ template <class T> void forwardRow(const Zmx8u* src, Split s, Zmx8u* dst) {
 template <class T> void inverseRow(const Zmx8u* src, Split s, Zmx8u* dst) {
     if (s.n >= 3) return inverseLine<T>(src, src + std::ptrdiff_t(sizeof(T)) * s.low(), s, dst);
     if (s.n == 2) {
-        const Zmx32s low = load<T>(src, 0), high = load<T>(src, 1);
-        const Zmx32s e = wrapSub(low, wrapAdd(high, 1) >> 1);
+        const T low = load<T>(src, 0), high = load<T>(src, 1);
+        const Zmx32s e = wrapSub<Zmx32s>(low, sumOf(high, T(1)) >> 1);
         store(dst, s.phase, T(e));
-        store(dst, 1 - s.phase, T(wrapAdd(e, high)));
+        store(dst, 1 - s.phase, T(wrapAdd<Zmx32s>(e, high)));
     } else {
         store(dst, 0, T(load<T>(src, 0) / (s.phase + 1))); // truncates toward zero
     }

@@ -11,16 +11,16 @@ namespace zmx {
 // An odd sample less the mean of its even neighbours; an even sample plus a quarter of the high ones at its sides; and
 // the two ways back.
 template <class T> constexpr T highOf(T odd, T even0, T even1) {
-    return T(wrapSub<Zmx32s>(odd, wrapAdd<Zmx32s>(even0, even1) >> 1));
+    return T(wrapSub<Zmx32s>(odd, sumOf(even0, even1) >> 1));
 }
 template <class T> constexpr T lowOf(T even, T high0, T high1) {
-    return T(wrapAdd<Zmx32s>(even, wrapAdd<Zmx32s>(wrapAdd<Zmx32s>(high0, high1), 2) >> 2));
+    return T(wrapAdd<Zmx32s>(even, wrapAdd<Zmx32s>(sumOf(high0, high1), 2) >> 2));
 }
 template <class T> constexpr T evenOf(T low, T high0, T high1) {
-    return T(wrapSub<Zmx32s>(low, wrapAdd<Zmx32s>(wrapAdd<Zmx32s>(high0, high1), 2) >> 2));
+    return T(wrapSub<Zmx32s>(low, wrapAdd<Zmx32s>(sumOf(high0, high1), 2) >> 2));
 }
 template <class T> constexpr T oddOf(T high, T even0, T even1) {
-    return T(wrapAdd<Zmx32s>(high, wrapAdd<Zmx32s>(even0, even1) >> 1));
+    return T(wrapAdd<Zmx32s>(high, sumOf(even0, even1) >> 1));
 }
 
 // One step over whole rows: dst[i] = step(centre[i], side0[i], side1[i]); and with the centre as the destination, which

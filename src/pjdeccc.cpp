@@ -33,38 +33,13 @@ constexpr void toCmyk(const Pixel<4>& ycck, Pixel<4>& cmyk) {
     cmyk.of[3] = k;
 }
 
-// Where the pixels of a run go in each layout: put() writes pixels x to x + n - 1 of a destination row.
-
-template <bool RedFirst> struct Bytes {
-    static void put(Zmx8u* row, int x, const Run<3>& rgb, int n) {
-        storePixels(rgb.of[RedFirst ? 0 : 2], rgb.of[1], rgb.of[RedFirst ? 2 : 0], row + std::ptrdiff_t(3) * x, n);
-    }
-};
-
-// 555 or 565 packing: the top bits of each sample, truncated. The first colour of the name lies in the low bits.
-template <bool RedFirst, int GreenBits> struct Packed {
-    static void put(Zmx8u* row, int x, const Run<3>& rgb, int n) {
-        const Zmx8u *low = rgb.of[RedFirst ? 0 : 2], *green = rgb.of[1], *high = rgb.of[RedFirst ? 2 : 0];
-        for (int i = 0; i < n; ++i)
-            store(row, x + i, Zmx16u(low[i] >> 3 | green[i] >> (8 - GreenBits) << 5 | high[i] >> 3 << (5 + GreenBits)));
-    }
-};
-
-struct CmykBytes {
-    static void put(Zmx8u* row, int x, const Run<4>& cmyk, int n) {
-        row += std::ptrdiff_t(4) * x;
-        INDEPENDENT_ITERATIONS
-        for (int i = 0; i < n; ++i)
-            for (int c = 0; c < 4; ++c) row[4 * i + c] = cmyk.of[c][i];
-    }
-};
-
-template <class Layout, auto formula, int N> void pixelsRow(Rows<N, const Zmx8u> src, Zmx8u* dst, int width) {
-    Run<N> run;
+template <class Layout, auto formula, int N> void pixelsRow(Rows<const Zmx8u, N> src, Zmx8u* dst, int width) {
+    using Sample = typename Layout::PutSample;
+    layout::Run<Sample, N> run;
     for (int x = 0, n; x < width; x += n) {
-        n = std::min(kRun, width - x);
-        convertRow<formula>(src.from(x), Rows<N, Zmx8u>(run), n);
-        Layout::put(dst, x, run, n);
+        n = std::min(layout::kRun, width - x);
+        convertRow<formula>(src.from(x), Rows<Sample, N>(run), n);
+        Layout::put(Rows<const Sample, N>(run), dst + std::ptrdiff_t(Layout::kBytes) * x, n);
     }
 }
 
@@ -72,7 +47,7 @@ template <class Layout, auto formula, int N, class How>
 ZmxStatus planesToPixels(const Zmx8u* const* src, int srcStep, void* dst, int dstStep, ZmxiSize roi) {
     if (ZmxStatus bad = Args().ptr(src).ptr(dst).planes(src, N).step(srcStep).step(dstStep).size(roi)) return bad;
     How::rows(roi, [=](int y) {
-        pixelsRow<Layout, formula>(Rows<N, const Zmx8u>(src, srcStep, y), rowAt(dst, dstStep, y), roi.width);
+        pixelsRow<Layout, formula>(Rows<const Zmx8u, N>(src, srcStep, y), rowAt(dst, dstStep, y), roi.width);
     });
     return zmxStsNoErr;
 }
@@ -81,18 +56,13 @@ ZmxStatus planesToPixels(const Zmx8u* const* src, int srcStep, void* dst, int ds
 // pixel beyond it.
 void pairsRow(const Zmx8u* src, Zmx8u* dst, int width) {
     const int pairs = width / 2 + width % 2;
-    Run<3> run;
+    layout::Run<Zmx16s, 3> pairsRun;
+    layout::Run<Zmx8u, 3> run;
     for (int x = 0, n; x < pairs; x += n) {
-        n = std::min(kRun / 2, pairs - x);
-        for (int i = 0; i < n; ++i) {
-            const Zmx32u p = load<Zmx32u>(src, x + i);
-            const Zmx32u cb = p >> 8 & 0xFF, cr = p >> 24;
-            store(run.of[0], i, Zmx16u((p & 0xFF) | (p >> 8 & 0xFF00)));
-            store(run.of[1], i, Zmx16u(cb | cb << 8));
-            store(run.of[2], i, Zmx16u(cr | cr << 8));
-        }
-        convertRow<toRgb>(Rows<3, const Zmx8u>(run), Rows<3, Zmx8u>(run), 2 * n);
-        Bytes<true>::put(dst + std::ptrdiff_t(6) * x, 0, run, 2 * n);
+        n = std::min(layout::kRun / 2, pairs - x);
+        layout::YCbYCr::get(src + std::ptrdiff_t(4) * x, Rows<Zmx16s, 3>(pairsRun), 2 * n);
+        convertRow<toRgb>(Rows<const Zmx16s, 3>(pairsRun), Rows<Zmx8u, 3>(run), 2 * n);
+        layout::RGB::put(Rows<const Zmx8u, 3>(run), dst + std::ptrdiff_t(6) * x, 2 * n);
     }
 }
 
@@ -111,32 +81,32 @@ ZmxStatus zmxiYCCKToCMYK_JPEG_8u_P4R(const Zmx8u* const pSrc[4], int srcStep, Zm
 }
 ZmxStatus zmxiYCbCrToRGB_JPEG_8u_P3C3R(const Zmx8u* const pSrc[3], int srcStep, Zmx8u* pDst, int dstStep,
                                        ZmxiSize roiSize) {
-    return planesToPixels<Bytes<true>, toRgb, 3, Parallel>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return planesToPixels<layout::RGB, toRgb, 3, Parallel>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiYCbCrToBGR_JPEG_8u_P3C3R(const Zmx8u* const pSrc[3], int srcStep, Zmx8u* pDst, int dstStep,
                                        ZmxiSize roiSize) {
-    return planesToPixels<Bytes<false>, toRgb, 3, Parallel>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return planesToPixels<layout::BGR, toRgb, 3, Parallel>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiYCCKToCMYK_JPEG_8u_P4C4R(const Zmx8u* const pSrc[4], int srcStep, Zmx8u* pDst, int dstStep,
                                        ZmxiSize roiSize) {
-    return planesToPixels<CmykBytes, toCmyk, 4, Parallel>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return planesToPixels<layout::CMYK, toCmyk, 4, Parallel>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 // The packed forms open no parallel region at any size.
 ZmxStatus zmxiYCbCrToBGR555_JPEG_8u16u_P3C3R(const Zmx8u* const pSrc[3], int srcStep, Zmx16u* pDst, int dstStep,
                                              ZmxiSize roiSize) {
-    return planesToPixels<Packed<false, 5>, toRgb, 3, Serial>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return planesToPixels<layout::BGR555, toRgb, 3, Serial>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiYCbCrToRGB555_JPEG_8u16u_P3C3R(const Zmx8u* const pSrc[3], int srcStep, Zmx16u* pDst, int dstStep,
                                              ZmxiSize roiSize) {
-    return planesToPixels<Packed<true, 5>, toRgb, 3, Serial>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return planesToPixels<layout::RGB555, toRgb, 3, Serial>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiYCbCrToBGR565_JPEG_8u16u_P3C3R(const Zmx8u* const pSrc[3], int srcStep, Zmx16u* pDst, int dstStep,
                                              ZmxiSize roiSize) {
-    return planesToPixels<Packed<false, 6>, toRgb, 3, Serial>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return planesToPixels<layout::BGR565, toRgb, 3, Serial>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiYCbCrToRGB565_JPEG_8u16u_P3C3R(const Zmx8u* const pSrc[3], int srcStep, Zmx16u* pDst, int dstStep,
                                              ZmxiSize roiSize) {
-    return planesToPixels<Packed<true, 6>, toRgb, 3, Serial>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return planesToPixels<layout::RGB565, toRgb, 3, Serial>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiYCbCr422ToRGB_JPEG_8u_C2C3R(const Zmx8u* pSrc, int srcStep, Zmx8u* pDst, int dstStep, ZmxiSize roiSize) {
     // No step is tested: required. A step of 0 or below overlays the rows or runs backward.

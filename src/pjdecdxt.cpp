@@ -33,14 +33,14 @@ struct Palette {
 
 // The four-colour palette, with alpha 0.
 inline Palette fourColours(const Zmx8u* colours) {
-    const Lanes x0 = widened(load<Zmx16u>(colours, 0)), x1 = widened(load<Zmx16u>(colours, 1));
+    const Lanes x0 = widened(loadLE<Zmx16u>(colours, 0)), x1 = widened(loadLE<Zmx16u>(colours, 1));
     return {{pixelOf(x0), pixelOf(x1), pixelOf(third(2 * x0 + x1)), pixelOf(third(x0 + 2 * x1))}};
 }
 
 // DXT1's palette, opaque. Where colour 0 is not above colour 1, entry 2 is the mean, and entry 3, the format's
 // transparent one, is opaque white: required here. Made without a branch, which would often be guessed wrong.
 inline Palette dxt1Colours(const Zmx8u* colours) {
-    const Zmx32u c0 = load<Zmx16u>(colours, 0), c1 = load<Zmx16u>(colours, 1);
+    const Zmx32u c0 = loadLE<Zmx16u>(colours, 0), c1 = loadLE<Zmx16u>(colours, 1);
     const Zmx32u three = Zmx32u(0) - Zmx32u(c0 <= c1); // all bits set for three colours
     const Zmx32u mean = pixelOf((widened(c0) + widened(c1)) >> 1);
     Palette p = fourColours(colours);
@@ -67,18 +67,19 @@ inline void alphaValues(Zmx32u a0, Zmx32u a1, Zmx32u value[8]) {
 
 inline void decodeDxt1(const Zmx8u* pBlock, Zmx8u* pOut, std::size_t outStep) {
     const Palette palette = dxt1Colours(pBlock);
-    Zmx32u index = load<Zmx32u>(pBlock, 1);
+    Zmx32u index = loadLE<Zmx32u>(pBlock, 1);
     for (int y = 0; y < 4; ++y, pOut += outStep)
-        for (int x = 0; x < 4; ++x, index >>= 2) store(pOut, x, palette.entry[index & 3]);
+        for (int x = 0; x < 4; ++x, index >>= 2) storeLE(pOut, x, palette.entry[index & 3]);
 }
 
 inline void decodeDxt3(const Zmx8u* pBlock, Zmx8u* pOut, std::size_t outStep) {
     const Palette palette = fourColours(pBlock + 8);
-    Zmx32u index = load<Zmx32u>(pBlock, 3);
+    Zmx32u index = loadLE<Zmx32u>(pBlock, 3);
     for (int y = 0; y < 4; ++y, pOut += outStep) {
-        const Zmx32u alpha = load<Zmx16u>(pBlock, y);
+        const Zmx32u alpha = loadLE<Zmx16u>(pBlock, y);
         // 4 bits shifted to the top of the byte: 15 gives 240, and nothing is quite opaque.
-        for (int x = 0; x < 4; ++x, index >>= 2) store(pOut, x, palette.entry[index & 3] | (alpha >> 4 * x & 15) << 28);
+        for (int x = 0; x < 4; ++x, index >>= 2)
+            storeLE(pOut, x, palette.entry[index & 3] | (alpha >> 4 * x & 15) << 28);
     }
 }
 
@@ -86,11 +87,11 @@ inline void decodeDxt5(const Zmx8u* pBlock, Zmx8u* pOut, std::size_t outStep) {
     const Palette palette = fourColours(pBlock + 8);
     Zmx32u alpha[8];
     alphaValues(pBlock[0], pBlock[1], alpha);
-    std::uint64_t alphaIndex = load<std::uint64_t>(pBlock, 0) >> 16;
-    Zmx32u index = load<Zmx32u>(pBlock, 3);
+    std::uint64_t alphaIndex = loadLE<std::uint64_t>(pBlock, 0) >> 16;
+    Zmx32u index = loadLE<Zmx32u>(pBlock, 3);
     for (int y = 0; y < 4; ++y, pOut += outStep)
         for (int x = 0; x < 4; ++x, index >>= 2, alphaIndex >>= 3)
-            store(pOut, x, palette.entry[index & 3] | alpha[alphaIndex & 7] << 24);
+            storeLE(pOut, x, palette.entry[index & 3] | alpha[alphaIndex & 7] << 24);
 }
 
 } // namespace

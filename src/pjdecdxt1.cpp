@@ -48,7 +48,7 @@ static_assert(std::all_of(kModes, kModes + 8, [](Mode m) { return m.index2At() +
 struct Bits {
     Word lo, hi;
 
-    explicit Bits(const Zmx8u* pBlock) : lo(load<Word>(pBlock, 0)), hi(load<Word>(pBlock, 1)) {}
+    explicit Bits(const Zmx8u* pBlock) : lo(loadLE<Word>(pBlock, 0)), hi(loadLE<Word>(pBlock, 1)) {}
 
     template <int At, int Count> Word get() const {
         constexpr Word mask = Count == 64 ? ~Word(0) : (Word(1) << (Count % 64)) - 1;
@@ -124,7 +124,7 @@ void interpolateRotated(const Zmx32u* pIndexesA, const Zmx32u* pIndexesB, const 
     Zmx32u paletteA[1 << BitsA], paletteB[1 << BitsB];
     makePalette<BitsA>(ends[0], ends[1], ends[2], ends[3], paletteA);
     makePalette<BitsB>(ends[0], ends[1], ends[2], ends[3], paletteB);
-    const Zmx32u maskB = 0xFFu << 8 * channelB;
+    const Zmx32u maskB = littleEndian(0xFFu << 8 * channelB); // palettes hold bytes in memory order
     for (Zmx32u& p : paletteA) p &= ~maskB;
     for (Zmx32u& p : paletteB) p &= maskB;
     for (int y = 0; y < 4; ++y)

@@ -8,12 +8,9 @@
 #include "pjrows.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstdint>
 
 namespace zmx {
-
-static_assert(std::endian::native == std::endian::little, "block fields are little-endian and are read as words");
 
 // The step of a surface is unsigned, and is refused only when it is exactly 0.
 inline Args surfaceArgs(const void* pSrc, const void* pDst, Zmx32u step, ZmxiSize roi) {

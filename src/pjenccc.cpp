@@ -49,46 +49,14 @@ constexpr void toYcck(const Pixel<4>& cmyk, Pixel<4>& ycck) {
     ycck.of[3] = k;
 }
 
-// Where the pixels of a run come from in each layout: get() brings pixels x to x + n - 1 of a source row.
-
-template <bool RedFirst> struct Bytes {
-    static constexpr int kChannels = 3;
-    static void get(const Zmx8u* row, int x, Run<3>& rgb, int n) {
-        loadPixels(row + std::ptrdiff_t(3) * x, rgb.of[RedFirst ? 0 : 2], rgb.of[1], rgb.of[RedFirst ? 2 : 0], n);
-    }
-};
-
-// 555 or 565 packing, widened with zeros below; the first colour of the name lies in the low bits. Bit 15 of 555 is
-// ignored.
-template <bool RedFirst, int GreenBits> struct Packed {
-    static constexpr int kChannels = 3;
-    static void get(const Zmx8u* row, int x, Run<3>& rgb, int n) {
-        for (int i = 0; i < n; ++i) {
-            const Zmx16u p = load<Zmx16u>(row, x + i);
-            rgb.of[RedFirst ? 0 : 2][i] = Zmx8u(p << 3);
-            rgb.of[1][i] = Zmx8u(p >> 5 << (8 - GreenBits));
-            rgb.of[RedFirst ? 2 : 0][i] = Zmx8u(p >> (5 + GreenBits) << 3);
-        }
-    }
-};
-
-struct CmykBytes {
-    static constexpr int kChannels = 4;
-    static void get(const Zmx8u* row, int x, Run<4>& cmyk, int n) {
-        row += std::ptrdiff_t(4) * x;
-        INDEPENDENT_ITERATIONS
-        for (int i = 0; i < n; ++i)
-            for (int c = 0; c < 4; ++c) cmyk.of[c][i] = row[4 * i + c];
-    }
-};
-
-template <class Layout, auto formula, int M> void pixelsRow(const Zmx8u* src, Rows<M, Zmx8u> dst, int width) {
+template <class Layout, auto formula, int M> void pixelsRow(const Zmx8u* src, Rows<Zmx8u, M> dst, int width) {
     constexpr int N = Layout::kChannels;
-    Run<N> run;
+    using Sample = typename Layout::GetSample;
+    layout::Run<Sample, N> run;
     for (int x = 0, n; x < width; x += n) {
-        n = std::min(kRun, width - x);
-        Layout::get(src, x, run, n);
-        convertRow<formula>(Rows<N, const Zmx8u>(run), dst.from(x), n);
+        n = std::min(layout::kRun, width - x);
+        Layout::get(src + std::ptrdiff_t(Layout::kBytes) * x, Rows<Sample, N>(run), n);
+        convertRow<formula>(Rows<const Sample, N>(run), dst.from(x), n);
     }
 }
 
@@ -96,7 +64,7 @@ template <class Layout, auto formula, int M, class How>
 ZmxStatus pixelsToPlanes(const void* src, int srcStep, Zmx8u* const* dst, int dstStep, ZmxiSize roi) {
     if (ZmxStatus bad = Args().ptr(src).ptr(dst).planes(dst, M).step(srcStep).step(dstStep).size(roi)) return bad;
     How::rows(roi, [=](int y) {
-        pixelsRow<Layout, formula>(rowAt(src, srcStep, y), Rows<M, Zmx8u>(dst, dstStep, y), roi.width);
+        pixelsRow<Layout, formula>(rowAt(src, srcStep, y), Rows<Zmx8u, M>(dst, dstStep, y), roi.width);
     });
     return zmxStsNoErr;
 }
@@ -107,10 +75,10 @@ ZmxStatus pixelsToPlanes(const void* src, int srcStep, Zmx8u* const* dst, int ds
 using namespace zmx;
 
 ZmxStatus zmxiRGBToY_JPEG_8u_C3C1R(const Zmx8u* pSrc, int srcStep, Zmx8u* pDst, int dstStep, ZmxiSize roiSize) {
-    return pixelsToPlanes<Bytes<true>, toY, 1, Parallel>(pSrc, srcStep, &pDst, dstStep, roiSize);
+    return pixelsToPlanes<layout::RGB, toY, 1, Parallel>(pSrc, srcStep, &pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiBGRToY_JPEG_8u_C3C1R(const Zmx8u* pSrc, int srcStep, Zmx8u* pDst, int dstStep, ZmxiSize roiSize) {
-    return pixelsToPlanes<Bytes<false>, toY, 1, Parallel>(pSrc, srcStep, &pDst, dstStep, roiSize);
+    return pixelsToPlanes<layout::BGR, toY, 1, Parallel>(pSrc, srcStep, &pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiRGBToY_JPEG_8u_P3C1R(const Zmx8u* const pSrc[3], int srcStep, Zmx8u* pDst, int dstStep,
                                    ZmxiSize roiSize) {
@@ -119,11 +87,11 @@ ZmxStatus zmxiRGBToY_JPEG_8u_P3C1R(const Zmx8u* const pSrc[3], int srcStep, Zmx8
 }
 ZmxStatus zmxiRGBToYCbCr_JPEG_8u_C3P3R(const Zmx8u* pSrc, int srcStep, Zmx8u* const pDst[3], int dstStep,
                                        ZmxiSize roiSize) {
-    return pixelsToPlanes<Bytes<true>, toYcc, 3, Parallel>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return pixelsToPlanes<layout::RGB, toYcc, 3, Parallel>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiBGRToYCbCr_JPEG_8u_C3P3R(const Zmx8u* pSrc, int srcStep, Zmx8u* const pDst[3], int dstStep,
                                        ZmxiSize roiSize) {
-    return pixelsToPlanes<Bytes<false>, toYcc, 3, Parallel>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return pixelsToPlanes<layout::BGR, toYcc, 3, Parallel>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiRGBToYCbCr_JPEG_8u_P3R(const Zmx8u* const pSrc[3], int srcStep, Zmx8u* const pDst[3], int dstStep,
                                      ZmxiSize roiSize) {
@@ -131,7 +99,7 @@ ZmxStatus zmxiRGBToYCbCr_JPEG_8u_P3R(const Zmx8u* const pSrc[3], int srcStep, Zm
 }
 ZmxStatus zmxiCMYKToYCCK_JPEG_8u_C4P4R(const Zmx8u* pSrc, int srcStep, Zmx8u* const pDst[4], int dstStep,
                                        ZmxiSize roiSize) {
-    return pixelsToPlanes<CmykBytes, toYcck, 4, Parallel>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return pixelsToPlanes<layout::CMYK, toYcck, 4, Parallel>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiCMYKToYCCK_JPEG_8u_P4R(const Zmx8u* const pSrc[4], int srcStep, Zmx8u* const pDst[4], int dstStep,
                                      ZmxiSize roiSize) {
@@ -140,17 +108,17 @@ ZmxStatus zmxiCMYKToYCCK_JPEG_8u_P4R(const Zmx8u* const pSrc[4], int srcStep, Zm
 // The packed forms open no parallel region at any size.
 ZmxStatus zmxiRGB555ToYCbCr_JPEG_16u8u_C3P3R(const Zmx16u* pSrc, int srcStep, Zmx8u* const pDst[3], int dstStep,
                                              ZmxiSize roiSize) {
-    return pixelsToPlanes<Packed<true, 5>, toYcc, 3, Serial>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return pixelsToPlanes<layout::RGB555, toYcc, 3, Serial>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiBGR555ToYCbCr_JPEG_16u8u_C3P3R(const Zmx16u* pSrc, int srcStep, Zmx8u* const pDst[3], int dstStep,
                                              ZmxiSize roiSize) {
-    return pixelsToPlanes<Packed<false, 5>, toYcc, 3, Serial>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return pixelsToPlanes<layout::BGR555, toYcc, 3, Serial>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiRGB565ToYCbCr_JPEG_16u8u_C3P3R(const Zmx16u* pSrc, int srcStep, Zmx8u* const pDst[3], int dstStep,
                                              ZmxiSize roiSize) {
-    return pixelsToPlanes<Packed<true, 6>, toYcc, 3, Serial>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return pixelsToPlanes<layout::RGB565, toYcc, 3, Serial>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 ZmxStatus zmxiBGR565ToYCbCr_JPEG_16u8u_C3P3R(const Zmx16u* pSrc, int srcStep, Zmx8u* const pDst[3], int dstStep,
                                              ZmxiSize roiSize) {
-    return pixelsToPlanes<Packed<false, 6>, toYcc, 3, Serial>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return pixelsToPlanes<layout::BGR565, toYcc, 3, Serial>(pSrc, srcStep, pDst, dstStep, roiSize);
 }

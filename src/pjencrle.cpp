@@ -29,7 +29,7 @@ int firstZeroByte(std::uint64_t w) {
 // How many bytes from s on, at most n, are equal to s[0].
 Index runLength(const Zmx8u* s, Index n) {
     const std::uint64_t all = 0x0101010101010101u * s[0];
-    const auto differ = [=](Index at) { return load<std::uint64_t>(s + at, 0) ^ all; };
+    const auto differ = [=](Index at) { return loadLE<std::uint64_t>(s + at, 0) ^ all; };
     if (n >= 8) {
         for (Index i = 1; i < kFew; ++i)
             if (s[i] != s[0]) return i;
@@ -55,7 +55,7 @@ Index literalLength(const Zmx8u* s, Index left, Index most) {
     for (const Index few = std::min({left - 1, n, kFew}); i < few; ++i)
         if (s[i] == s[i + 1]) return i;
     for (; i + 9 <= left && i < n; i += 8)
-        if (const int at = firstZeroByte(load<std::uint64_t>(s + i, 0) ^ load<std::uint64_t>(s + i + 1, 0)); at < 8)
+        if (const int at = firstZeroByte(loadLE<std::uint64_t>(s + i, 0) ^ loadLE<std::uint64_t>(s + i + 1, 0)); at < 8)
             return std::min(i + Index(at), n);
     while (i < n && !(i + 1 < left && s[i] == s[i + 1])) ++i;
     return std::min(i, n);

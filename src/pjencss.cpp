@@ -32,7 +32,7 @@ template <class Down> void boxH(const Zmx8u* s, Zmx8u* d, int n, Down down) {
     }
 }
 
-// The two samples of a word of 16 bits.
+// The two samples of a word of 16 bits, whichever is the low byte.
 inline Zmx16u pairSum(const Zmx8u* s, int x) {
     const Zmx16u pair = load<Zmx16u>(s, x);
     return Zmx16u((pair & 255) + (pair >> 8));

@@ -1,12 +1,15 @@
-// pjrows.h - rows of rectangles: where a row begins, elements at any address, and the two ways to run a row loop.
+// pjrows.h - rows of rectangles: where a row begins, elements at any address, words of bytes in a fixed order, and the
+// two ways to run a row loop.
 #pragma once
 
 #include "pjwrap.h"
 #include "zmxcore.h"
 #include "zmxj.h"
 
+#include <bit>
 #include <cstddef>
 #include <cstring>
+#include <type_traits>
 
 namespace zmx {
 
@@ -25,6 +28,19 @@ template <class T> inline T load(const Zmx8u* row, std::ptrdiff_t x) {
 template <class T> inline void store(Zmx8u* row, std::ptrdiff_t x, T v) {
     std::memcpy(row + std::ptrdiff_t(sizeof v) * x, &v, sizeof v);
 }
+
+// A word whose bytes mean something each, the first one its lowest: what a machine with the other byte order makes of
+// such a word in memory, and what it has to put there. Samples and packed 16-bit pixels are native words; the bytes of
+// streams, of blocks and of neighbouring 8-bit samples are not. Compilers make one instruction of the loop.
+template <class T> constexpr T littleEndian(T v) {
+    if constexpr (std::endian::native == std::endian::little) return v;
+    static_assert(std::is_unsigned_v<T>);
+    T other = 0;
+    for (std::size_t i = 0; i < sizeof v; ++i) other = T(other | T(v >> 8 * i & 255) << 8 * (sizeof v - 1 - i));
+    return other;
+}
+template <class T> inline T loadLE(const Zmx8u* bytes, std::ptrdiff_t x) { return littleEndian(load<T>(bytes, x)); }
+template <class T> inline void storeLE(Zmx8u* bytes, std::ptrdiff_t x, T v) { store(bytes, x, littleEndian(v)); }
 
 // Regions of at most this many samples never open a parallel region.
 inline constexpr int kSerialMax = 8192;

@@ -31,6 +31,15 @@ template <class T> constexpr T wrapShl(T a, int n) {
     return T(std::make_unsigned_t<T>(a) << n);
 }
 
+// The sum of two samples in 32 bits, where that of 32-bit samples wraps. Narrower ones are added as they are: the sum
+// fits, and halving what went through unsigned numbers is a signed operation that gcc 12 for arm64 makes an unsigned one.
+template <class T> constexpr Zmx32s sumOf(T a, T b) {
+    if constexpr (sizeof(T) < sizeof(Zmx32s))
+        return a + b;
+    else
+        return wrapAdd<Zmx32s>(a, b);
+}
+
 // The low 16 bits of a value, read back with their sign.
 constexpr Zmx16s wrap16s(Zmx32s v) { return Zmx16s(Zmx16u(v)); }
 

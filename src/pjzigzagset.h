@@ -1,12 +1,12 @@
 // pjzigzagset.h - coefficients of a block as a set of bits in zig-zag order, for coders that look at few of them.
 #pragma once
 
+#include "pjrows.h"
 #include "pjzigzag.h"
 
 #include <array>
 #include <bit>
 #include <cstdint>
-#include <cstring>
 
 namespace zmx::zigzag {
 
@@ -26,11 +26,9 @@ static_assert(sets[0][15] == (1u | 1u << 1 | 1u << 5 | 1u << 6));
 template <class Wanted> std::uint64_t setOf(const Zmx16s* block, Wanted wanted) {
     Zmx8u flags[64];
     for (int i = 0; i < 64; ++i) flags[i] = wanted(block[i]);
-    static_assert(std::endian::native == std::endian::little, "flag i of a row is byte i of its word");
     std::uint64_t set = 0;
     for (std::size_t row = 0; row < 8; ++row) {
-        std::uint64_t word;
-        std::memcpy(&word, flags + 8 * row, sizeof word);
+        const auto word = loadLE<std::uint64_t>(flags, std::ptrdiff_t(row)); // flag i of the row is byte i
         // Byte i of the factor is 2^(7-i): the top byte of the product has flag i in bit i.
         const std::uint64_t bits = word * 0x0102040810204080u >> 56;
         set |= sets[2 * row][bits & 15] | sets[2 * row + 1][bits >> 4];

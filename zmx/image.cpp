@@ -1,5 +1,5 @@
 // commands.cpp - zmx image: pictures that are not coded.
-#include "codecs/picture/picture.h"
+#include "codecs/picture/image.h"
 #include "zmx/commands.h"
 
 #include <CLI/CLI.hpp>
@@ -13,7 +13,7 @@ struct CompareArguments {
     int level = 0;
 };
 void runCompare(const CompareArguments& args) {
-    const Difference d = compare(readImage(args.a), readImage(args.b), args.level);
+    const codecs::Difference d = codecs::compare(codecs::readPicture(args.a), codecs::readPicture(args.b), args.level);
     std::printf("psnr %.4f\nmax %d\nwithin %.6f\n", d.psnr, d.max, d.within);
 }
 
@@ -22,9 +22,12 @@ struct ConvertArguments {
     std::vector<int> part;
 };
 void runConvert(const ConvertArguments& args) {
-    Image image = readImage(args.in);
-    if (!args.part.empty()) image = crop(image, args.part[0], args.part[1], args.part[2], args.part[3]);
-    writeImage(args.out, image);
+    codecs::Rows rows = codecs::openPicture(args.in);
+    if (!args.part.empty())
+        rows = codecs::named(args.in, [&] {
+            return codecs::cropped(std::move(rows), args.part[0], args.part[1], args.part[2], args.part[3]);
+        });
+    copyRows(*rows, *codecs::createPicture(args.out));
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 // commands.cpp - zmx j2k: the codec behind files.
 #include "codecs/jpeg2000/jpeg2000.h"
-#include "codecs/picture/picture.h"
+#include "codecs/picture/image.h"
 #include "zmx/commands.h"
 
 #include <CLI/CLI.hpp>

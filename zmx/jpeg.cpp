@@ -1,30 +1,27 @@
-// commands.cpp - zmx jpeg: the codec behind files.
+// jpeg.cpp - zmx jpeg: the JPEG codec behind files.
 #include "codecs/jpeg/jpeg.h"
+
+#include "codecs/picture/bytefile.h"
+#include "codecs/picture/files.h"
 #include "codecs/picture/raw.h"
 #include "zmx/commands.h"
 
 #include <CLI/CLI.hpp>
+#include <bit>
 #include <cstdio>
 #include <map>
-#include <memory>
 
 namespace {
 
-// An Error of the codec, with the name of the file ahead of it.
-template <class Call> auto naming(const std::string& path, Call call) {
-    try {
-        return call();
-    } catch (const jpeg::Error& e) {
-        throw jpeg::Error(path + ": " + e.what());
-    }
-}
+namespace jpeg = codecs::jpeg;
+using codecs::RawFormat;
 
 void warn(const std::string& path, const std::vector<std::string>& warnings) {
     for (const std::string& w : warnings) std::fprintf(stderr, "zmx: %s: warning: %s\n", path.c_str(), w.c_str());
 }
 
 std::string readText(const std::string& path) {
-    const std::vector<std::uint8_t> bytes = readBytes(path);
+    const codecs::Bytes bytes = codecs::readFile(path);
     // A script of no words is an error of its own, unlike none.
     return bytes.empty() ? " " : std::string(bytes.begin(), bytes.end());
 }
@@ -59,13 +56,6 @@ void readSampling(const std::string& text, jpeg::EncodeOptions& options) {
     }
 }
 
-// The bits that hold the samples of a picture.
-int bitsOf(const Image& image) {
-    int bits = 2;
-    while (image.maxval >> bits) ++bits;
-    return bits;
-}
-
 // WIDTHxHEIGHT; false when it is none.
 bool readSize(const std::string& text, int& width, int& height) {
     int used = 0;
@@ -73,87 +63,105 @@ bool readSize(const std::string& text, int& width, int& height) {
            width > 0 && height > 0;
 }
 
-Image readPicture(const EncodeArguments& args) {
-    if (args.rawSize.empty()) return readImage(args.in);
+codecs::Rows openInput(const EncodeArguments& args) {
+    if (args.rawSize.empty()) return codecs::openPicture(args.in);
     int width = 0, height = 0;
     readSize(args.rawSize, width, height);
-    return readRaw(args.in, width, height,
-                   kRawFormats.at(!args.format.empty() ? args.format
-                                  : args.cmyk          ? "cmyk"
-                                                       : "rgb"));
+    const std::string format = !args.format.empty() ? args.format : args.cmyk ? "cmyk" : "rgb";
+    return codecs::openRaw(codecs::openBytes(args.in), width, height, kRawFormats.at(format));
+}
+
+// The picture as the options want it.
+codecs::Rows prepared(codecs::Rows rows, const EncodeArguments& args) {
+    const codecs::Shape& shape = rows->shape();
+    if (args.cmyk) {
+        if (shape.channels != 4) throw codecs::Error("--cmyk wants a picture of 4 channels");
+        rows = withColour(std::move(rows), codecs::Colour::cmyk, false);
+    }
+    rows = withoutAlpha(std::move(rows));
+    if (args.gray) rows = asGrey(std::move(rows));
+    // The bits that hold its samples, where no others are asked for.
+    const int own = std::max(int(std::bit_width(unsigned(rows->shape().maxval))), 2);
+    const int precision = args.precision ? args.precision : args.options.lossless ? own : 8;
+    return withDepth(std::move(rows), (1 << precision) - 1);
 }
 
 void runEncode(EncodeArguments& args) {
-    jpeg::EncodeOptions& o = args.options;
-    readSampling(args.sampling, o);
-    if (!args.scans.empty()) o.scans = readText(args.scans);
-    Image image = readPicture(args);
-    if (args.cmyk) {
-        if (image.channels != 4) throw ImageError(args.in + ": --cmyk wants a picture of 4 channels");
-        image.cmyk = true;
-    }
-    image = withoutAlpha(image);
-    if (args.gray && image.channels != 1) {
-        if (image.channels != 3) throw ImageError(args.in + ": --gray wants a grey or RGB picture");
-        image = toGrey(image);
-    }
-    // Adobe's programs store CMYK inverted, and so does everyone else.
-    if (image.cmyk)
-        for (std::uint16_t& s : image.samples) s = std::uint16_t(image.maxval - s);
-    const int precision = args.precision ? args.precision : o.lossless ? bitsOf(image) : 8;
-    writeBytes(args.out, naming(args.in, [&] {
-                   if (precision != 8)
-                       return jpeg::encode(scaled(image, (1 << precision) - 1).samples.data(), image.width,
-                                           image.height, image.channels, precision, o);
-                   return jpeg::encode(to8bit(image).data(), image.width, image.height, image.channels, o);
-               }));
+    readSampling(args.sampling, args.options);
+    if (!args.scans.empty()) args.options.scans = readText(args.scans);
+    codecs::named(args.in, [&] {
+        const codecs::Rows rows = prepared(openInput(args), args);
+        const auto out = codecs::createBytes(args.out);
+        jpeg::encode(*rows, *out, args.options);
+        out->finish();
+        warn(args.in, rows->warnings());
+    });
 }
 
-Image imageOf(const jpeg::Picture& p) {
-    Image image{p.width, p.height, p.channels, (1 << p.precision) - 1, p.wide};
-    if (p.precision == 8) image = from8bit(p.pixels.data(), p.width, p.height, p.channels);
-    image.cmyk = p.channels == 4;
-    if (image.cmyk && p.adobe)
-        for (std::uint16_t& s : image.samples) s = std::uint16_t(image.maxval - s);
-    return image;
-}
+// A file without a header, of samples or of packed words, low byte first. It knows the size of the picture.
+class HeaderlessSink final : public codecs::RowSink {
+public:
+    HeaderlessSink(const std::string& path, const std::string& format) {
+        if (isIn(kRawFormats, format))
+            raw = codecs::createRaw(codecs::createBytes(path), kRawFormats.at(format));
+        else
+            packed = codecs::createBytes(path);
+    }
 
-// The two bytes of each word, the low one first.
-std::vector<std::uint8_t> bytesOf(const std::vector<std::uint16_t>& words) {
-    std::vector<std::uint8_t> bytes;
-    bytes.reserve(2 * words.size());
-    for (std::uint16_t w : words) bytes.insert(bytes.end(), {std::uint8_t(w), std::uint8_t(w >> 8)});
-    return bytes;
-}
+    codecs::Shape shape;
+
+    void begin(const codecs::Shape& s, const codecs::Metadata& metadata) override {
+        shape = s;
+        if (raw) raw->begin(s, metadata);
+    }
+    void write(const codecs::Band& band) override {
+        if (raw) return raw->write(band);
+        for (int y = 0; y < band.rows; ++y) {
+            bytes.clear();
+            for (std::size_t x = 0; x < shape.rowSamples(); ++x) {
+                const std::uint16_t word = band.words(y)[x];
+                bytes.insert(bytes.end(), {std::uint8_t(word), std::uint8_t(word >> 8)});
+            }
+            packed->write(bytes);
+        }
+    }
+    void finish() override { raw ? raw->finish() : packed->finish(); }
+
+private:
+    std::unique_ptr<codecs::RowSink> raw;
+    std::unique_ptr<codecs::ByteSink> packed;
+    codecs::Bytes bytes; // of a row
+};
 
 struct DecodeArguments {
-    std::string in, out, scale = "1", upsampling = "plain", format, scans;
+    std::string in, out, scale = "1", upsampling = "fancy", format, scans;
     jpeg::DecodeOptions options;
     bool strict = false;
 };
+
+void decodeTo(codecs::RowSink& sink, const DecodeArguments& args) {
+    jpeg::Warnings warnings;
+    codecs::named(args.in, [&] { warnings = jpeg::decode(*codecs::openBytes(args.in), sink, args.options); });
+    warn(args.in, warnings);
+    warn(args.out, sink.warnings());
+    if (args.strict && !warnings.empty()) throw codecs::Error(args.in + ": not a sound file");
+}
+
 void runDecode(DecodeArguments& args) {
     args.options.scale = args.scale.back() - '0';
-    if (args.upsampling == "fancy") args.options.upsampling = jpeg::Upsampling::fancy;
-    const bool packed = isIn(kPackings, args.format);
-    if (packed) args.options.packing = kPackings.at(args.format);
-    const std::vector<std::uint8_t> file = readBytes(args.in);
+    if (args.upsampling == "plain") args.options.upsampling = jpeg::Upsampling::plain;
+    if (isIn(kPackings, args.format)) args.options.packing = kPackings.at(args.format);
     int scans = 0;
     if (!args.scans.empty())
-        args.options.afterScan = [&](const jpeg::Picture& p) {
+        args.options.afterScan = [&](const codecs::Picture& p) {
             char name[32];
-            std::snprintf(name, sizeof name, "/scan%03d.%s", ++scans, p.channels == 4 ? "tif" : "png");
-            writeImage(args.scans + name, imageOf(p));
+            std::snprintf(name, sizeof name, "/scan%03d.%s", ++scans, p.shape().channels == 4 ? "tif" : "png");
+            codecs::writePicture(args.scans + name, p);
         };
-    const jpeg::Picture picture = naming(args.in, [&] { return jpeg::decode(file.data(), file.size(), args.options); });
-    if (args.format.empty())
-        writeImage(args.out, imageOf(picture));
-    else if (packed)
-        writeBytes(args.out, bytesOf(picture.wide));
-    else
-        writeRaw(args.out, imageOf(picture), kRawFormats.at(args.format));
-    if (!args.format.empty()) std::printf("%dx%d\n", picture.width, picture.height);
-    warn(args.in, picture.warnings);
-    if (args.strict && !picture.warnings.empty()) throw jpeg::Error(args.in + ": not a sound file");
+    if (args.format.empty()) return decodeTo(*codecs::createPicture(args.out), args);
+    HeaderlessSink sink(args.out, args.format);
+    decodeTo(sink, args);
+    std::printf("%dx%d\n", sink.shape.width, sink.shape.height);
 }
 
 struct TranscodeArguments {
@@ -163,31 +171,26 @@ struct TranscodeArguments {
 };
 void runTranscode(TranscodeArguments& args) {
     if (!args.scans.empty()) args.options.scans = readText(args.scans);
-    const std::vector<std::uint8_t> file = readBytes(args.in);
     const jpeg::Transcoded result =
-        naming(args.in, [&] { return jpeg::transcode(file.data(), file.size(), args.options); });
+        codecs::named(args.in, [&] { return jpeg::transcode(*codecs::openBytes(args.in), args.options); });
     warn(args.in, result.warnings);
-    writeBytes(args.out, result.file);
+    codecs::writeFile(args.out, result.file);
     if (args.digest)
         std::printf("before %016llx\nafter %016llx\n", static_cast<unsigned long long>(result.before),
                     static_cast<unsigned long long>(result.after));
-    if (result.before != result.after) throw jpeg::Error(args.out + ": the coefficients have changed");
+    if (result.before != result.after) throw codecs::Error(args.out + ": the coefficients have changed");
 }
 
 void runInfo(const std::string& in) {
-    const std::vector<std::uint8_t> file = readBytes(in);
-    const std::string text = naming(in, [&] { return jpeg::describe(file.data(), file.size()); });
+    const std::string text = codecs::named(in, [&] { return jpeg::describe(*codecs::openBytes(in)); });
     std::fputs(text.c_str(), stdout);
 }
 
-void addEncode(CLI::App& app) {
-    auto* c = app.add_subcommand("encode", "Write a picture as a JPEG file");
-    const auto args = std::make_shared<EncodeArguments>();
-    jpeg::EncodeOptions& o = args->options;
-    c->add_option("IN", args->in, kPictureFile)->required();
-    c->add_option("OUT", args->out, "the JPEG file")->required();
+// How the picture is coded.
+void addCodingOptions(CLI::App* c, EncodeArguments& args) {
+    jpeg::EncodeOptions& o = args.options;
     c->add_option("--quality", o.quality, "1 to 100")->capture_default_str()->check(CLI::Range(1, 100));
-    c->add_option("--sampling", args->sampling, "of the chroma")
+    c->add_option("--sampling", args.sampling, "of the chroma")
         ->capture_default_str()
         ->check(CLI::IsMember({"444", "422", "420"}) |
                 CLI::Validator(
@@ -206,7 +209,7 @@ void addEncode(CLI::App& app) {
         ->capture_default_str()
         ->check(CLI::Range(0, 65535));
     auto* progressive = c->add_flag("--progressive", o.progressive, "in the usual progressive scans");
-    auto* scans = c->add_option("--scans", args->scans, "a file with a scan script")->excludes(progressive);
+    auto* scans = c->add_option("--scans", args.scans, "a file with a scan script")->excludes(progressive);
     auto* lossless = c->add_option("--lossless", o.lossless, "lossless mode with this predictor")
                          ->check(CLI::Range(1, 7))
                          ->excludes(progressive)
@@ -214,23 +217,36 @@ void addEncode(CLI::App& app) {
     c->add_option("--point-transform", o.pointTransform, "lossless: low bits to leave out")
         ->check(CLI::Range(0, 15))
         ->needs(lossless);
-    c->add_option("--precision", args->precision, "bits of a sample: 8, 12, or in lossless mode 2 to 16")
+    c->add_option("--precision", args.precision, "bits of a sample: 8, 12, or in lossless mode 2 to 16")
         ->check(CLI::Range(2, 16));
-    c->add_flag("--gray", args->gray, "store the luma alone");
-    c->add_flag("--rgb", o.rgb, "store RGB as it is, not as YCbCr");
-    c->add_flag("--cmyk", args->cmyk, "the 4 channels of IN are CMYK, whatever the file says");
-    c->add_flag("--ycck", o.ycck, "store CMYK as YCCK");
-    auto* rawSize = c->add_option("--raw-size", args->rawSize, "IN has no header, and this size: WIDTHxHEIGHT")
+}
+
+// What the picture is, and which of its colours go into the file.
+void addInputOptions(CLI::App* c, EncodeArguments& args) {
+    c->add_flag("--gray", args.gray, "store the luma alone");
+    c->add_flag("--rgb", args.options.rgb, "store RGB as it is, not as YCbCr");
+    c->add_flag("--cmyk", args.cmyk, "the 4 channels of IN are CMYK, whatever the file says");
+    c->add_flag("--ycck", args.options.ycck, "store CMYK as YCCK");
+    auto* rawSize = c->add_option("--raw-size", args.rawSize, "IN has no header, and this size: WIDTHxHEIGHT")
                         ->check(CLI::Validator(
                             [](std::string& s) {
                                 int width, height;
                                 return readSize(s, width, height) ? std::string() : "not WIDTHxHEIGHT: " + s;
                             },
                             "WIDTHxHEIGHT"));
-    c->add_option("--format", args->format,
+    c->add_option("--format", args.format,
                   "of IN without a header: bytes of these channels; else rgb, or with --cmyk cmyk")
         ->check(CLI::IsMember(kRawFormats))
         ->needs(rawSize);
+}
+
+void addEncode(CLI::App& app) {
+    auto* c = app.add_subcommand("encode", "Write a picture as a JPEG file");
+    const auto args = std::make_shared<EncodeArguments>();
+    c->add_option("IN", args->in, codecs::kPictureFile)->required();
+    c->add_option("OUT", args->out, "the JPEG file")->required();
+    addCodingOptions(c, *args);
+    addInputOptions(c, *args);
     c->footer("Examples:\n"
               "  zmx jpeg encode photo.png photo.jpg --quality 90\n"
               "  zmx jpeg encode scan.pgm scan.jpg --optimize --restart 64\n"
@@ -243,23 +259,26 @@ void addEncode(CLI::App& app) {
 }
 
 void addDecode(CLI::App& app) {
-    auto* c = app.add_subcommand("decode", "Write a JPEG file as " + kPictureFile);
+    auto* c = app.add_subcommand("decode", "Write a JPEG file as " + codecs::kPictureFile);
     const auto args = std::make_shared<DecodeArguments>();
     c->add_option("IN", args->in, "a JPEG file: sequential, progressive or lossless")->required();
-    c->add_option("OUT", args->out, "a " + kPictureEndings + " file; CMYK goes to .tif or .pam")->required();
+    c->add_option("OUT", args->out, "a " + codecs::kPictureEndings + " file; CMYK goes to .tif or .pam")->required();
     c->add_option("--scale", args->scale, "decode to this part of the size")
         ->capture_default_str()
-        ->check(CLI::IsMember({"1", "1/2", "1/4", "1/8"}));
-    c->add_option("--upsampling", args->upsampling, "of the chroma: plain repetition, or fancy: smoothly")
-        ->capture_default_str()
-        ->check(CLI::IsMember({"plain", "fancy"}));
+        ->check(CLI::IsMember({"1", "1/1", "1/2", "1/4", "1/8"}));
+    auto* upsampling =
+        c->add_option("--upsampling", args->upsampling, "of the chroma: fancy, smoothly, or plain: by repetition")
+            ->capture_default_str()
+            ->check(CLI::IsMember({"fancy", "plain"}));
     auto* format =
         c->add_option(
              "--format", args->format,
              "write OUT without a header, and print its size: rows without gaps of bytes (gray, rgb, bgr, cmyk), "
              "or of 16-bit words, low byte first (the others, the first colour of the name in the low bits)")
             ->check(CLI::IsMember(kRawFormats) | CLI::IsMember(kPackings));
-    c->add_flag("--fast", args->options.fast, "convert colours without rounding: a little faster, up to 2 dB worse");
+    c->add_flag("--fast", args->options.fast,
+                "repeat the chroma and convert colours without rounding: faster, and up to 14 dB worse")
+        ->excludes(upsampling);
     c->add_option("--show-scans", args->scans, "a directory for the picture as it is after each scan")
         ->check(CLI::ExistingDirectory)
         ->excludes(format);

@@ -1,6 +1,6 @@
 // commands.cpp - zmx tiff: PackBits files.
 #include "codecs/tiff/tiff.h"
-#include "codecs/picture/picture.h"
+#include "codecs/picture/image.h"
 #include "zmx/commands.h"
 
 #include <CLI/CLI.hpp>

@@ -1,7 +1,7 @@
 // hdp.h - what the HD Photo core transform makes of a picture.
 #pragma once
 
-#include "codecs/picture/picture.h"
+#include "codecs/picture/image.h"
 
 #include <array>
 #include <cstddef>

@@ -1,37 +1,28 @@
-// blockreader.cpp - sequential Huffman decoding (ITU-T T.81, F.2).
+// blockreader.cpp - blocks by the decoder that has no test for the end of its source: a marker is always there.
 #include "codecs/jpeg/blockreader.h"
 
-namespace jpeg {
+namespace codecs::jpeg {
 
-BlockReader::BlockReader(const Header& header, const std::uint8_t* bytes, std::size_t n) : Intervals(header, bytes, n) {
+BlockReader::BlockReader(const Header& header, ByteSource& source) : Intervals(header, source) {
     const Scan& scan = header.scan;
     for (std::size_t i = 0; i < scan.components.size(); ++i) {
         const ScanComponent& c = scan.components[i];
         dc[i] = decodeSpecOf(header.dc[std::size_t(c.dc)], "DC", c.dc, header.scanOffset);
         ac[i] = decodeSpecOf(header.ac[std::size_t(c.ac)], "AC", c.ac, header.scanOffset);
     }
-    open(header.dataOffset);
+    open();
 }
 
-void BlockReader::begin(std::size_t from) {
-    next = data + from;
-    if (stop == size) {
-        tail.assign(data + from, data + size);
-        tail.insert(tail.end(), {0xFF, EOI});
-        next = tail.data();
-    }
+void BlockReader::begin() {
     lastDc = {};
     marker = 0;
     bitBuffer = 0;
     bitCount = 0;
 }
 
-std::size_t BlockReader::position() const {
-    return tail.empty() ? std::size_t(next - data) : size - tail.size() + 2 + std::size_t(next - tail.data());
-}
-
 bool BlockReader::block(int component, Zmx16s* coefficients) {
     const auto c = std::size_t(component);
+    ahead(kWorstBlock);
     if (!lost && marker != 0 && bitCount < 1) loseAtEnd();
     if (!lost) {
         int bits = 0; // from `next`, so that no length of scan overflows it
@@ -45,4 +36,4 @@ bool BlockReader::block(int component, Zmx16s* coefficients) {
     return false;
 }
 
-} // namespace jpeg
+} // namespace codecs::jpeg

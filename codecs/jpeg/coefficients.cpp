@@ -1,7 +1,7 @@
 // coefficients.cpp - what concerns all coefficients of a picture.
 #include "codecs/jpeg/coefficients.h"
 
-namespace jpeg {
+namespace codecs::jpeg {
 
 void Coefficients::fillPadding() {
     for (int i = 0; i < int(frame.components.size()); ++i) {
@@ -26,4 +26,4 @@ std::uint64_t Coefficients::digest() const {
     return hash;
 }
 
-} // namespace jpeg
+} // namespace codecs::jpeg

@@ -3,8 +3,9 @@
 #pragma once
 
 #include "codecs/jpeg/format.h"
+#include "codecs/picture/bytes.h"
 
-namespace jpeg {
+namespace codecs::jpeg {
 
 class Coefficients {
 public:
@@ -61,13 +62,13 @@ private:
 // What a file of the DCT modes holds, however it is coded.
 struct CoefficientFile {
     Frame frame; // its Component::quant are not looked at
-    Model model = Model::Grey;
+    Model model = Model::grey;
     std::vector<QuantTable> quant; // of each component
     int restart = 0;
-    std::vector<std::uint8_t> application; // the APPn and COM segments
+    Bytes application; // the APPn and COM segments
     Coefficients blocks;
 
     explicit CoefficientFile(const Frame& f) : frame(f), quant(f.components.size()), blocks(f) {}
 };
 
-} // namespace jpeg
+} // namespace codecs::jpeg

@@ -3,50 +3,11 @@
 #include "codecs/jpeg/collect.h"
 
 #include "codecs/jpeg/blockreader.h"
+#include "codecs/jpeg/decodescan.h"
+#include "codecs/jpeg/interpret.h"
 #include "codecs/jpeg/progressivereader.h"
 
-namespace jpeg {
-
-Model modelOf(const Header& h) {
-    const std::vector<Component>& c = h.frame.components;
-    if (c.size() == 1) return Model::Grey;
-    if (c.size() == 4) return h.adobe == 2 ? Model::Ycck : Model::Cmyk;
-    if (h.jfif) return Model::YCbCr;
-    if (h.adobe >= 0) return h.adobe == 0 ? Model::Rgb : Model::YCbCr;
-    return c[0].id == 'R' && c[1].id == 'G' && c[2].id == 'B' ? Model::Rgb : Model::YCbCr;
-}
-
-namespace {
-
-// What the decoders cannot do, in words; empty: they can.
-std::string unsupported(const Frame& frame) {
-    if (frame.sof > SOF3)
-        return frame.sof < SOF0 + 8 ? "hierarchical mode is not supported" : "arithmetic coding is not supported";
-    const int bits = frame.precision;
-    const bool known = frame.lossless() ? bits >= 2 && bits <= 16 : bits == 8 || (bits == 12 && frame.sof != SOF0);
-    if (!known) return std::to_string(bits) + "-bit samples are not supported";
-    if (frame.components.size() == 2 && !frame.lossless()) return "a picture of 2 components is not supported";
-    return {};
-}
-
-} // namespace
-
-void checkFrame(const Frame& frame, std::size_t maxPixels) {
-    if (const std::string what = unsupported(frame); !what.empty()) throw Error(what);
-    if (std::size_t(frame.width) * std::size_t(frame.height) > maxPixels)
-        throw Error("a picture of " + std::to_string(frame.width) + " by " + std::to_string(frame.height) +
-                    " pixels, more than the limit allows");
-}
-
-QuantTable quantTableOf(const Header& h, const Component& component) {
-    const auto& table = h.quant[std::size_t(component.quant)];
-    if (!table) fail(h.scanOffset, "quantisation table " + std::to_string(component.quant) + " is missing");
-    return *table;
-}
-
-void firstScan(Reader& reader) {
-    if (!reader.nextScan()) throw Error("the file holds no scan");
-}
+namespace codecs::jpeg {
 
 std::size_t scanBudget(const Frame& frame) {
     const std::size_t blocks =
@@ -58,13 +19,14 @@ namespace {
 
 class Collecting {
 public:
-    Collecting(Reader& r, const std::uint8_t* d, std::size_t n, Warnings& w)
-        : reader(r), data(d), size(n), warnings(w), file(r.header().frame), budget(scanBudget(file.frame)),
+    Collecting(SegmentReader& r, Warnings& w)
+        : reader(r), warnings(w), file(r.header().frame), budget(scanBudget(file.frame)),
           low(file.frame.components.size()) {
         for (auto& component : low) component.fill(kUnseen);
         file.model = modelOf(reader.header());
     }
 
+    // Trouble in the first scan is an Error, as nothing is there to be shown; later it is a warning.
     CoefficientFile run(const std::function<void(CoefficientFile&)>& afterScan) {
         int scans = 0;
         try {
@@ -109,6 +71,7 @@ private:
         }
     }
 
+    // The bands and bits that a progressive scan may code (G.1.1.1).
     static void checkProgressive(const Header& h) {
         const Scan& s = h.scan;
         const bool band = s.first == 0 ? s.last == 0 : s.first <= s.last && s.last <= 63 && s.components.size() == 1;
@@ -132,6 +95,7 @@ private:
             warnings.push_back("byte " + std::to_string(h.scanOffset) + ": a scan out of turn");
     }
 
+    // Each visit of a block is paid for: a few bytes can ask for a scan of the whole picture.
     bool affordable() {
         const ScanLayout layout(file.frame, reader.header().scan);
         const std::size_t cost = std::size_t(layout.columns) * std::size_t(layout.rows) * layout.mcu.size();
@@ -144,28 +108,26 @@ private:
         return true;
     }
 
+    // Every scan, sequential or progressive, works on the same blocks.
     template <class Source> void decode() {
-        Source source(reader.header(), data, size);
+        Source source(reader.header(), reader.data());
         decodeScan(
             source, ScanLayout(file.frame, reader.header().scan),
             [&](const ScanLayout::Part& p, int x, int y) {
                 return file.blocks.block(p.component, x * p.h + p.x, y * p.v + p.y);
             },
             [](int, int) {}, warnings);
-        reader.seek(source.end());
+        source.finish();
     }
 
     void finish() {
         for (std::size_t i = 0; i < low.size(); ++i)
             if (low[i][0] == kUnseen)
                 warnings.push_back("component " + std::to_string(file.frame.components[i].id) + " is missing");
-        for (const auto& [from, to] : reader.header().application)
-            file.application.insert(file.application.end(), data + from, data + to);
+        file.application = reader.header().application;
     }
 
-    Reader& reader;
-    const std::uint8_t* data;
-    std::size_t size;
+    SegmentReader& reader;
     Warnings& warnings;
     CoefficientFile file;
     std::size_t budget;
@@ -174,9 +136,9 @@ private:
 
 } // namespace
 
-CoefficientFile collect(Reader& reader, const std::uint8_t* data, std::size_t size, Warnings& warnings,
+CoefficientFile collect(SegmentReader& reader, Warnings& warnings,
                         const std::function<void(CoefficientFile&)>& afterScan) {
-    return Collecting(reader, data, size, warnings).run(afterScan);
+    return Collecting(reader, warnings).run(afterScan);
 }
 
-} // namespace jpeg
+} // namespace codecs::jpeg

@@ -1,13 +1,10 @@
 // decodescan.h - the walk over one scan that all readers of blocks share.
 #pragma once
 
+#include "codecs/jpeg/jpeg.h"
 #include "codecs/jpeg/scanlayout.h"
 
-#include <string>
-
-namespace jpeg {
-
-using Warnings = std::vector<std::string>;
+namespace codecs::jpeg {
 
 // Decodes the scan of `source`. `place(part, column, row)` says where a unit of an MCU goes; `done(column,
 // row)` hears of each MCU behind its last unit.
@@ -31,4 +28,4 @@ void decodeScan(Source& source, const ScanLayout& layout, Place place, Done done
         warnings.push_back(source.trouble());
 }
 
-} // namespace jpeg
+} // namespace codecs::jpeg

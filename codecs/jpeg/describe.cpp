@@ -1,7 +1,8 @@
 // describe.cpp - what a file says of itself, for people.
-#include "codecs/jpeg/reader.h"
+#include "codecs/jpeg/jpeg.h"
+#include "codecs/jpeg/segmentreader.h"
 
-namespace jpeg {
+namespace codecs::jpeg {
 
 namespace {
 
@@ -15,17 +16,13 @@ std::string modeOf(int sof) {
 
 } // namespace
 
-std::string describe(const std::uint8_t* data, std::size_t size) {
+// A file that ends in trouble is described as far as it goes.
+std::string describe(ByteSource& file) {
     std::string log, trouble;
-    Reader reader(data, size, &log);
+    SegmentReader reader(file, &log);
     int scans = 0;
     try {
-        while (reader.nextScan()) {
-            ++scans;
-            std::size_t behind = findMarker(data, size, reader.header().dataOffset);
-            while (behind < size && isRestart(data[behind + 1])) behind = findMarker(data, size, behind + 2);
-            reader.seek(behind);
-        }
+        while (reader.nextScan()) ++scans;
     } catch (const Error& e) {
         trouble = std::string("trouble: ") + e.what() + "\n";
     }
@@ -47,4 +44,9 @@ std::string describe(const std::uint8_t* data, std::size_t size) {
     return out;
 }
 
-} // namespace jpeg
+std::string describe(ByteView file) {
+    MemorySource source(file);
+    return describe(source);
+}
+
+} // namespace codecs::jpeg

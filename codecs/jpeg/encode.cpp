@@ -1,25 +1,28 @@
-// encode.cpp - from pixels to a file. A baseline file of one scan with the standard Huffman tables goes MCU
-// by MCU straight into the file; every other one goes by way of its coefficients.
+// encode.cpp - from pixels to a file. A baseline file of one scan with the standard Huffman tables goes MCU by MCU
+// straight into the file; every other one goes by way of its coefficients.
+#include "codecs/jpeg/blockwriter.h"
 #include "codecs/jpeg/lossless.h"
+#include "codecs/jpeg/roads.h"
 #include "codecs/jpeg/scanlayout.h"
 #include "codecs/jpeg/scanwriter.h"
+#include "codecs/jpeg/segmentwriter.h"
 #include "codecs/jpeg/standard.h"
-#include "codecs/jpeg/transform.h"
 #include "codecs/jpeg/units.h"
-#include "codecs/jpeg/writer.h"
+#include "codecs/picture/convert.h"
 
-namespace jpeg {
+namespace codecs::jpeg {
 
 namespace {
 
+// Colours as the file stores them: chroma apart, unless someone wants them as they are.
 Model modelFor(int channels, const EncodeOptions& options) {
     switch (channels) {
     case 1:
-        return Model::Grey;
+        return Model::grey;
     case 3:
-        return options.rgb ? Model::Rgb : Model::YCbCr;
+        return options.rgb ? Model::rgb : Model::yCbCr;
     case 4:
-        return options.ycck ? Model::Ycck : Model::Cmyk;
+        return options.ycck ? Model::ycck : Model::cmyk;
     default:
         throw Error("a picture of " + std::to_string(channels) + " channels; supported are 1, 3 and 4");
     }
@@ -40,11 +43,12 @@ std::vector<Component> componentsWith(const std::vector<Factors>& factors, Model
     return components;
 }
 
-Frame frameFor(int width, int height, int precision, Model model, const EncodeOptions& options) {
+// The frame header to be. Luma has the first quantisation table, chroma the second.
+Frame frameFor(const Shape& shape, Model model, const EncodeOptions& options) {
     Frame frame;
-    frame.width = width;
-    frame.height = height;
-    frame.precision = precision;
+    frame.width = shape.width;
+    frame.height = shape.height;
+    frame.precision = shape.wide() ? 12 : 8;
     const bool chroma = isChroma(model, 1);
     frame.components = !options.factors.empty()
                            ? componentsWith(options.factors, model)
@@ -55,114 +59,146 @@ Frame frameFor(int width, int height, int precision, Model model, const EncodeOp
     return frame;
 }
 
-Road roadFor(const EncodeOptions& options) {
-    return options.fast ? Road::units : options.dct == Dct::integer ? Road::integer : Road::single;
-}
-
+// What tells a decoder how the components make a colour.
 void writeApplication(Output& out, Model model) {
     switch (model) {
-    case Model::Grey:
-    case Model::YCbCr:
+    case Model::grey:
+    case Model::yCbCr:
         return writeJfif(out);
-    case Model::Ycck:
+    case Model::ycck:
         return writeAdobe(out, 2);
     default:
         return writeAdobe(out, 0);
     }
 }
 
-// Baseline, in one scan, with the standard tables.
-std::vector<std::uint8_t> encodeStraight(const Frame& frame, Model model, Transformer& transformer,
-                                         const Quantiser (&quantisers)[2], int restart) {
-    const int used = isChroma(model, 1) ? 2 : 1; // tables of each kind
-    const HuffmanTable* const dc[2] = {&kLumaDc, used > 1 ? &kChromaDc : nullptr};
-    const HuffmanTable* const ac[2] = {&kLumaAc, used > 1 ? &kChromaAc : nullptr};
-    Output out;
-    out.reserve(1024 + std::size_t(frame.width) * std::size_t(frame.height) / 4);
-    out.marker(SOI);
-    writeApplication(out, model);
-    for (int t = 0; t < used; ++t) writeQuantTable(out, t, quantisers[t].table());
-    writeFrame(out, frame);
-    for (int t = 0; t < used; ++t) {
-        writeHuffmanTable(out, 0, t, *dc[t]);
-        writeHuffmanTable(out, 1, t, *ac[t]);
+class Encoding {
+public:
+    Encoding(RowSource& p, const EncodeOptions& o)
+        : picture(p), options(o), model(modelFor(p.shape().channels, o)),
+          frame(frameFor(p.shape(), model, o)), quantisers{Quantiser(kLumaQuant, o.quality),
+                                                           Quantiser(kChromaQuant, o.quality)},
+          road(makeEncodeRoad(frame, model, quantisers, options)) {}
+
+    void run(ByteSink& file) {
+        const bool scripted = options.progressive || !options.scans.empty();
+        if (!scripted && !options.optimize && frame.precision == 8 && sequentialScript(frame, model).size() == 1)
+            straight(file);
+        else
+            collected(file);
     }
-    if (restart) writeRestartInterval(out, restart);
-    const Scan scan = sequentialScript(frame, model)[0];
-    writeScan(out, frame, scan);
 
-    const ScanLayout layout(frame, scan);
-    BlockWriter writer(out, dc, ac);
-    alignas(32) Zmx16s coefficients[kMaxBlocks * kBlock];
-    Zmx16s* blocks[kMaxBlocks];
-    for (int i = 0; i < kMaxBlocks; ++i) blocks[i] = coefficients + i * kBlock;
-    int restarts = 0;
-    eachMcu(
-        layout.columns, layout.rows, restart,
-        [&](int x, int y) {
-            transformer.mcu(x, y, blocks);
-            for (std::size_t k = 0; k < layout.mcu.size(); ++k)
-                writer.block(blocks[k], layout.mcu[k].component, isChroma(model, layout.mcu[k].component));
-        },
-        [&] {
-            writer.finishInterval();
-            out.marker(RST0 + (restarts++ & 7));
-        });
-    writer.finishInterval();
-    out.marker(EOI);
-    return out.take();
-}
+private:
+    // Baseline, in one scan, with the standard tables.
+    void straight(ByteSink& file) {
+        const int used = isChroma(model, 1) ? 2 : 1; // tables of each kind
+        const BlockWriter::Tables dc{&kLumaDc, used > 1 ? &kChromaDc : nullptr},
+            ac{&kLumaAc, used > 1 ? &kChromaAc : nullptr};
+        Output out(file);
+        out.marker(SOI);
+        writeApplication(out, model);
+        for (int t = 0; t < used; ++t) writeQuantTable(out, t, quantisers[std::size_t(t)].table);
+        writeFrame(out, frame);
+        for (int t = 0; t < used; ++t) {
+            writeHuffmanTable(out, TableClass::dc, t, *dc[std::size_t(t)]);
+            writeHuffmanTable(out, TableClass::ac, t, *ac[std::size_t(t)]);
+        }
+        if (options.restart) writeRestartInterval(out, options.restart);
+        const Scan scan = sequentialScript(frame, model)[0];
+        writeScan(out, frame, scan);
+        BlockWriter writer(out, dc, ac);
+        writeBlocks(out, writer, ScanLayout(frame, scan));
+        out.marker(EOI);
+        out.flush();
+    }
 
-template <class Sample>
-std::vector<std::uint8_t> encodeSamples(const Sample* pixels, int width, int height, int channels, int precision,
-                                        const EncodeOptions& options) {
-    if (width < 1 || width > 65535 || height < 1 || height > 65535)
-        throw Error("a picture of " + std::to_string(width) + " by " + std::to_string(height) +
+    // Row by row: pixels, blocks, bits.
+    void writeBlocks(Output& out, BlockWriter& writer, const ScanLayout& layout) {
+        McuBlocks room;
+        const auto blocks = room.pointers();
+        int restarts = 0;
+        eachMcu(
+            layout.columns, layout.rows, options.restart,
+            [&](int x, int) {
+                if (x == 0) loadRow();
+                road->mcu(x, blocks.data());
+                for (std::size_t k = 0; k < layout.mcu.size(); ++k)
+                    writer.block(blocks[k], layout.mcu[k].component, isChroma(model, layout.mcu[k].component));
+            },
+            [&] {
+                writer.finishInterval();
+                out.marker(RST0 + (restarts++ & 7));
+            });
+        writer.finishInterval();
+    }
+
+    // The pixels of a row of MCUs. A source that runs dry would leave us with those of the row before.
+    void loadRow() {
+        const Band band = picture.next(8 * frame.vMax);
+        if (band.rows < 1) throw Error("the picture has fewer rows than it says");
+        road->load(band);
+    }
+
+    // By way of the coefficients of the whole picture, which are gone through once to count and once to write.
+    void collected(ByteSink& file) {
+        CoefficientFile whole(frame);
+        whole.model = model;
+        whole.restart = options.restart;
+        for (std::size_t i = 0; i < frame.components.size(); ++i)
+            whole.quant[i] = quantisers[std::size_t(frame.components[i].quant)].table;
+        MemorySink application;
+        Output segments(application);
+        writeApplication(segments, model);
+        segments.flush();
+        whole.application = std::move(application.bytes);
+        Zmx16s* blocks[kMaxBlocks];
+        for (int y = 0; y < frame.mcuRows(); ++y) {
+            loadRow();
+            for (int x = 0; x < frame.mcuColumns(); ++x) {
+                whole.blocks.mcu(x, y, blocks);
+                road->mcu(x, blocks);
+            }
+        }
+        whole.blocks.fillPadding();
+        writeFile(whole, scriptFor(whole, options.scans, options.progressive), file);
+    }
+
+    RowSource& picture;
+    const EncodeOptions& options;
+    const Model model;
+    const Frame frame;
+    const Quantisers quantisers;
+    const std::unique_ptr<EncodeRoad> road;
+};
+
+// What stands in the file: CMYK turned over already.
+void encodeStored(RowSource& picture, ByteSink& file, const EncodeOptions& options) {
+    const Shape& shape = picture.shape();
+    if (shape.width < 1 || shape.width > 65535 || shape.height < 1 || shape.height > 65535)
+        throw Error("a picture of " + std::to_string(shape.width) + " by " + std::to_string(shape.height) +
                     "; a JPEG file holds 1 to 65535 a side");
     if (options.quality < 1 || options.quality > 100) throw Error("the quality is 1 to 100");
     if (options.restart < 0 || options.restart > 65535) throw Error("a restart interval is 0 to 65535 MCUs");
-    if (options.lossless) return encodeLossless(pixels, width, height, channels, precision, options);
-    if (precision != (sizeof(Sample) == 1 ? 8 : 12))
-        throw Error(std::to_string(precision) + "-bit samples; the DCT modes have 8 and 12 bits");
-
-    const Model model = modelFor(channels, options);
-    const Frame frame = frameFor(width, height, precision, model, options);
-    const Quantiser quantisers[2] = {{kLumaQuant, options.quality}, {kChromaQuant, options.quality}};
-    const bool scripted = options.progressive || !options.scans.empty();
-    const auto transformer = makeTransformer(pixels, frame, model, quantisers, roadFor(options));
-    if (!scripted && !options.optimize && precision == 8 && sequentialScript(frame, model).size() == 1)
-        return encodeStraight(frame, model, *transformer, quantisers, options.restart);
-
-    CoefficientFile file(frame);
-    file.model = model;
-    file.restart = options.restart;
-    for (std::size_t i = 0; i < frame.components.size(); ++i)
-        file.quant[i] = quantisers[frame.components[i].quant].table();
-    Output application;
-    writeApplication(application, model);
-    file.application = application.take();
-    Zmx16s* blocks[kMaxBlocks];
-    eachMcu(
-        frame.mcuColumns(), frame.mcuRows(), 0,
-        [&](int x, int y) {
-            file.blocks.mcu(x, y, blocks);
-            transformer->mcu(x, y, blocks);
-        },
-        [] {});
-    file.blocks.fillPadding();
-    return writeFile(file, scriptFor(file, options.scans, options.progressive));
+    if (options.lossless) return encodeLossless(picture, file, options);
+    if (shape.maxval != 255 && shape.maxval != 4095)
+        throw Error("samples up to " + std::to_string(shape.maxval) + "; the DCT modes have 8 and 12 bits");
+    Encoding(picture, options).run(file);
 }
 
 } // namespace
 
-std::vector<std::uint8_t> encode(const std::uint8_t* pixels, int width, int height, int channels,
-                                 const EncodeOptions& options) {
-    return encodeSamples(pixels, width, height, channels, 8, options);
+void encode(RowSource& picture, ByteSink& file, const EncodeOptions& options) {
+    // Adobe's programs store CMYK inverted, and so does everyone else.
+    if (picture.shape().colour != Colour::cmyk) return encodeStored(picture, file, options);
+    const Rows inks = inverted(borrowed(picture));
+    encodeStored(*inks, file, options);
 }
 
-std::vector<std::uint8_t> encode(const std::uint16_t* pixels, int width, int height, int channels, int precision,
-                                 const EncodeOptions& options) {
-    return encodeSamples(pixels, width, height, channels, precision, options);
+Bytes encode(const Picture& picture, const EncodeOptions& options) {
+    PictureSource source(picture);
+    MemorySink sink;
+    encode(source, sink, options);
+    return std::move(sink.bytes);
 }
 
-} // namespace jpeg
+} // namespace codecs::jpeg

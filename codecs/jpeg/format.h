@@ -1,13 +1,19 @@
 // format.h - what the segments of a JPEG file say (ITU-T T.81 Annex B), as reader and writer share it.
 #pragma once
 
-#include "codecs/jpeg/jpeg.h"
+#include "codecs/picture/error.h"
 #include "zmxj.h"
 
 #include <algorithm>
 #include <array>
+#include <vector>
 
-namespace jpeg {
+namespace codecs::jpeg {
+
+// Throws an Error that names the place in the file.
+[[noreturn]] inline void fail(std::uint64_t offset, const std::string& what) {
+    throw Error("byte " + std::to_string(offset) + ": " + what);
+}
 
 // clang-format off
 enum Marker : std::uint8_t {
@@ -28,18 +34,26 @@ inline bool isFrame(int marker) {
 inline constexpr int kMaxComponents = 4;
 inline constexpr int kMaxFactor = 4;                                        // of sampling, in either direction
 inline constexpr int kMaxBlocks = kMaxComponents * kMaxFactor * kMaxFactor; // in the MCU of a frame
-inline constexpr int kBlock = 64;                                           // coefficients
+inline constexpr int kMaxScanUnits = 10; // in the MCU of a scan of several components (B.2.3)
+inline constexpr int kBlock = 64;        // coefficients
 
 // How the components of a file make a colour.
-enum class Model { Grey, YCbCr, Rgb, Ycck, Cmyk };
+enum class Model { grey, yCbCr, rgb, ycck, cmyk };
 inline int channelsOf(Model model) {
-    return model == Model::Grey ? 1 : model == Model::YCbCr || model == Model::Rgb ? 3 : 4;
+    return model == Model::grey ? 1 : model == Model::yCbCr || model == Model::rgb ? 3 : 4;
 }
 
 // Chroma has tables of its own, for quantisation and for Huffman coding.
 inline bool isChroma(Model model, int component) {
-    return (model == Model::YCbCr || model == Model::Ycck) && (component == 1 || component == 2);
+    return (model == Model::yCbCr || model == Model::ycck) && (component == 1 || component == 2);
 }
+
+// The most bytes of a coded block: 64 codes of 16 bits with up to 16 more each, and those of a long run with a thousand
+// correction bits ahead of it; all bytes 0xFF with their stuffing, and a few that are read or cleared ahead.
+inline constexpr std::size_t kWorstBlock = 2 * (64 * 4 + 1024 / 8 + 16);
+
+// Of a coded difference of a lossless file: a code of 16 bits and 16 more, all bytes 0xFF with their stuffing.
+inline constexpr std::size_t kWorstDifference = 2 * 4;
 
 using QuantTable = std::array<std::uint16_t, 64>; // in zig-zag order
 
@@ -82,6 +96,17 @@ struct Frame {
     }
 };
 
+// Room for the blocks of an MCU.
+struct McuBlocks {
+    alignas(32) Zmx16s coefficients[kMaxBlocks * kBlock];
+
+    std::array<Zmx16s*, kMaxBlocks> pointers() {
+        std::array<Zmx16s*, kMaxBlocks> blocks;
+        for (std::size_t i = 0; i < kMaxBlocks; ++i) blocks[i] = coefficients + i * kBlock;
+        return blocks;
+    }
+};
+
 struct ScanComponent {
     int index;  // in Frame::components
     int dc, ac; // which Huffman tables
@@ -92,4 +117,4 @@ struct Scan {
     int first = 0, last = 63, high = 0, low = 0; // spectral selection and successive approximation
 };
 
-} // namespace jpeg
+} // namespace codecs::jpeg

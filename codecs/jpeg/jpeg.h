@@ -1,24 +1,18 @@
-// jpeg.h - JPEG files in memory: pixels to bytes and back, and files to files.
+// jpeg.h - JPEG files (ITU-T T.81): rows of pixels into bytes and back, and files into other files.
 //
-// Pixels are interleaved, rows without gaps: 1 channel is grey, 3 are RGB, 4 are CMYK as the file stores them
-// (files with an Adobe marker store 255 for no ink; invert the picture for ink amounts). Samples of 8 bits
-// are bytes, others are 16-bit words.
+// Pictures of 1 channel are grey, of 3 RGB, of 4 CMYK, where 0 is no ink; files with an Adobe marker hold the inverse,
+// which is turned over on the way. Sequential files go by a row of units at a time, in memory that does not grow with
+// the height; every other one keeps the coefficients of the whole picture, lossless encoding its samples.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include "codecs/picture/bytes.h"
+#include "codecs/picture/rows.h"
+
 #include <functional>
-#include <stdexcept>
-#include <string>
-#include <vector>
 
-namespace jpeg {
+namespace codecs::jpeg {
 
-// A file that cannot be decoded, or a picture that cannot be encoded. what() is one line, with the byte
-// offset where there is one.
-struct Error : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
+using Warnings = std::vector<std::string>; // a line each
 
 enum class Sampling { s444, s422, s420 };
 struct Factors {
@@ -45,60 +39,52 @@ struct EncodeOptions {
     int pointTransform = 0;             // lossless: bits that are left out of the samples
 };
 
-std::vector<std::uint8_t> encode(const std::uint8_t* pixels, int width, int height, int channels,
-                                 const EncodeOptions& options = {});
-// Samples of `precision` bits: 12, or 2 to 16 and any 1 to 4 channels in lossless mode.
-std::vector<std::uint8_t> encode(const std::uint16_t* pixels, int width, int height, int channels, int precision,
-                                 const EncodeOptions& options = {});
+// The largest sample says the precision: 255 or 4095, and in lossless mode of 2 to 16 bits, with any 1 to 4 channels.
+void encode(RowSource& picture, ByteSink& file, const EncodeOptions& options = {});
+Bytes encode(const Picture& picture, const EncodeOptions& options = {});
 
-struct Picture {
-    int width = 0, height = 0, channels = 0;
-    int precision = 8;                // bits of a sample
-    bool adobe = false;               // the file has an Adobe marker: its CMYK is inverted
-    std::vector<std::uint8_t> pixels; // samples of 8 bits
-    std::vector<std::uint16_t> wide;  // samples of another precision
-    // What was wrong with a file that could be decoded in part, a line each; empty for a sound file. Places
-    // that could not be decoded are mid-grey.
-    std::vector<std::string> warnings;
-
-    void shape(int width, int height, int channels, int precision);
-};
-
-// How chroma of a lower rate is brought to the rate of the picture: by repetition, or smoothly where the ratio is 2 to 1
-// (8-bit files at full size).
-enum class Upsampling { plain, fancy };
+// How chroma of a lower rate is brought to the rate of the picture: smoothly, where the ratio is 2 to 1, or by repetition.
+enum class Upsampling { smooth, plain };
 
 // 16-bit words of red, green and blue, 5 or 6 bits each, the first of the name in the low bits; bit 15 of 555 is 0.
 enum class Packing { none, rgb565, bgr565, rgb555, bgr555 };
 
 struct DecodeOptions {
     int scale = 1; // 1, 2, 4 or 8: the picture is decoded at 1/scale
-    Upsampling upsampling = Upsampling::plain;
-    bool fast = false; // with plain upsampling: colours of 8 bits are converted without rounding where that is faster
+    Upsampling upsampling = Upsampling::smooth;
+    bool fast = false; // chroma is repeated, and 8-bit colours at full size are converted without rounding
     Packing packing = Packing::none; // else the picture has 1 channel of packed words; not of CMYK, 12 bits, lossless
-    std::size_t maxPixels = std::size_t(1) << 28;  // of the picture in the file; more are refused
+    std::uint64_t maxPixels = kMaxPixels;          // of the picture in the file; more are refused
     std::function<void(const Picture&)> afterScan; // hears of the picture as it is behind each scan
 };
 
-// Decodes into `picture`, whose memory is used again where it suffices.
-void decode(const std::uint8_t* data, std::size_t size, const DecodeOptions& options, Picture& picture);
-Picture decode(const std::uint8_t* data, std::size_t size, const DecodeOptions& options = {});
+// Says what was wrong with a file that could be decoded in part; nothing of a sound file. Places that could not be
+// decoded are mid-grey.
+Warnings decode(ByteSource& file, RowSink& picture, const DecodeOptions& options = {});
+
+struct Decoded {
+    Picture picture;
+    Warnings warnings;
+};
+Decoded decode(ByteView file, const DecodeOptions& options = {});
 
 struct TranscodeOptions {
     bool progressive = false; // by the usual script; else sequential, in one scan
     std::string scans;        // the text of a scan script; empty: none
     int restart = -1;         // MCUs in a restart interval; -1: as it was
-    std::size_t maxPixels = std::size_t(1) << 28;
+    std::uint64_t maxPixels = kMaxPixels;
 };
 struct Transcoded {
-    std::vector<std::uint8_t> file;
+    Bytes file;
     std::uint64_t before = 0, after = 0; // digests of the coefficients of the two files
-    std::vector<std::string> warnings;   // of the file that was read
+    Warnings warnings;                   // of the file that was read
 };
 // Codes the coefficients of a file anew, with Huffman tables made for them. No coefficient changes.
-Transcoded transcode(const std::uint8_t* data, std::size_t size, const TranscodeOptions& options = {});
+Transcoded transcode(ByteSource& file, const TranscodeOptions& options = {});
+Transcoded transcode(ByteView file, const TranscodeOptions& options = {});
 
 // What the segments of a file say, in lines of text.
-std::string describe(const std::uint8_t* data, std::size_t size);
+std::string describe(ByteSource& file);
+std::string describe(ByteView file);
 
-} // namespace jpeg
+} // namespace codecs::jpeg

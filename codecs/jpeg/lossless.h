@@ -1,14 +1,15 @@
 // lossless.h - lossless files (ITU-T T.81, Annex H).
 //
-// The predictors of the library halve sums of signed 16-bit samples. Samples that fill all 16 bits are
-// therefore carried with their top bit turned over, as signed numbers around zero: each predictor is off by
-// just as much, so that the differences are those of the standard; and the first row is predicted from zero.
+// The predictors of the library halve sums of signed 16-bit samples. Samples that fill all 16 bits are therefore carried
+// with their top bit turned over, as signed numbers around zero: each predictor is off by just as much, so that the
+// differences are those of the standard; and the first row is predicted from zero.
 #pragma once
 
 #include "codecs/jpeg/format.h"
-#include "codecs/jpeg/reader.h"
+#include "codecs/jpeg/jpeg.h"
+#include "codecs/jpeg/segmentreader.h"
 
-namespace jpeg {
+namespace codecs::jpeg {
 
 struct LosslessRows {
     int precision, predictor, pointTransform;
@@ -21,11 +22,9 @@ struct LosslessRows {
 };
 
 // Decodes the file from its first scan on, to which `reader` has come.
-void decodeLossless(Reader& reader, const std::uint8_t* data, std::size_t size, Picture& picture);
+void decodeLossless(SegmentReader& reader, RowSink& picture, Warnings& warnings);
 
-// One scan of all channels; `options` are what jpeg::encode takes.
-template <class Sample>
-std::vector<std::uint8_t> encodeLossless(const Sample* pixels, int width, int height, int channels, int precision,
-                                         const EncodeOptions& options);
+// One scan of all channels; `options` are what encode() takes.
+void encodeLossless(RowSource& picture, ByteSink& file, const EncodeOptions& options);
 
-} // namespace jpeg
+} // namespace codecs::jpeg

@@ -1,54 +1,97 @@
-// losslessdecode.cpp - lossless files to pixels, row of MCUs by row of MCUs.
+// losslessdecode.cpp - lossless files to pixels, row of MCUs by row of MCUs. A file of one scan goes on to the sink row by
+// row; several scans meet in a whole picture.
+#include "codecs/jpeg/interpret.h"
 #include "codecs/jpeg/intervals.h"
 #include "codecs/jpeg/lossless.h"
 #include "codecs/jpeg/scanlayout.h"
 
-namespace jpeg {
+namespace codecs::jpeg {
 
 namespace {
 
+// The coded differences of a scan.
 class DifferenceReader final : public StateReader {
 public:
-    DifferenceReader(const Header& header, const std::uint8_t* bytes, std::size_t n)
-        : StateReader(header, bytes, n), count(int(header.scan.components.size())) {
+    DifferenceReader(const Header& header, ByteSource& source)
+        : StateReader(header, source), count(int(header.scan.components.size())) {
         for (int i = 0; i < count; ++i) {
             const int number = header.scan.components[std::size_t(i)].dc;
             owned[std::size_t(i)] = decodeSpecOf(header.dc[std::size_t(number)], "DC", number, header.scanOffset);
             tables[i] = owned[std::size_t(i)].get();
         }
-        open(header.dataOffset);
+        open();
     }
     // A row of each component, sample by sample.
     bool rows(Zmx16s* const* to, int width) {
-        return !lost && check(zmxiDecodeHuffmanRow_JPEG_1u16s_C1P4(source, length, &at, to, width, count, &marker,
-                                                                   tables, state()));
+        const std::size_t worst = kWorstDifference * std::size_t(width) * std::size_t(count) + kReadAhead;
+        return read(worst, [&](const Zmx8u* from, int length, int* at, int* marker, ZmxiDecodeHuffmanState* state) {
+            return zmxiDecodeHuffmanRow_JPEG_1u16s_C1P4(from, length, at, to, width, count, marker, tables, state);
+        });
     }
     bool one(int component, Zmx16s* to) {
-        return !lost &&
-               check(zmxiDecodeHuffmanOne_JPEG_1u16s_C1(source, length, &at, to, &marker, tables[component], state()));
+        constexpr std::size_t worst = kWorstDifference + kReadAhead;
+        return read(worst, [&](const Zmx8u* from, int length, int* at, int* marker, ZmxiDecodeHuffmanState* state) {
+            return zmxiDecodeHuffmanOne_JPEG_1u16s_C1(from, length, at, to, marker, tables[component], state);
+        });
     }
 
 private:
+    static constexpr std::size_t kReadAhead = 16;
+
     int count;
     std::array<DecodeSpec, kMaxComponents> owned;
     const ZmxiDecodeHuffmanSpec* tables[kMaxComponents] = {};
 };
 
-// The samples of one component, with the row above and the differences of the present rows of MCUs.
-struct Rows {
+// The rows of pixels that a row of MCUs covers or, when several scans add to them, of the whole picture; mid-grey where
+// nothing has come.
+class Canvas {
+public:
+    Canvas(const Frame& f, bool w)
+        : shape(shapeFor(f.width, f.height, int(f.components.size()), f.precision)), whole(w),
+          rows(whole ? f.height : std::min(f.vMax, f.height)), pixels(shape.rowBytes() * std::size_t(rows)) {
+        clear();
+    }
+
+    const Shape shape;
+    const bool whole;
+
+    template <class Sample> Sample* row(int y) {
+        return reinterpret_cast<Sample*>(pixels.data() + shape.rowBytes() * std::size_t(y - top));
+    }
+    // Hands on the rows up to `end`; what follows stands in their place.
+    void give(RowSink& to, int end) {
+        to.write({pixels.data(), std::ptrdiff_t(shape.rowBytes()), end - top});
+        top = end;
+        clear();
+    }
+
+private:
+    void clear() {
+        const int middle = (shape.maxval + 1) / 2;
+        if (shape.wide())
+            std::fill_n(reinterpret_cast<std::uint16_t*>(pixels.data()), pixels.size() / 2, std::uint16_t(middle));
+        else
+            std::fill(pixels.begin(), pixels.end(), std::uint8_t(middle));
+    }
+
+    const int rows;
+    int top = 0;
+    Samples pixels;
+};
+
+// The samples of one component, with the row above and the differences of the present row of MCUs.
+struct Lines {
     int width = 0; // with the samples that fill up MCUs
     std::vector<Zmx16s> differences, current, above;
 };
 
+// Scan after scan, each of one component or several (H.2).
 class LosslessDecoding {
 public:
-    LosslessDecoding(Reader& r, const std::uint8_t* d, std::size_t n, Picture& p)
-        : reader(r), data(d), size(n), frame(r.header().frame), picture(p) {
-        picture.shape(frame.width, frame.height, int(frame.components.size()), frame.precision);
-        std::fill(picture.pixels.begin(), picture.pixels.end(), std::uint8_t(128));
-        std::fill(picture.wide.begin(), picture.wide.end(), std::uint16_t(1 << (frame.precision - 1)));
-        seen.assign(frame.components.size(), false);
-    }
+    LosslessDecoding(SegmentReader& r, RowSink& s, Warnings& w)
+        : reader(r), sink(s), warnings(w), frame(r.header().frame),
+          canvas(frame, r.header().scan.components.size() < frame.components.size()), seen(frame.components.size()) {}
 
     void run() {
         bool any = false;
@@ -59,14 +102,19 @@ public:
             } while (reader.nextScan());
         } catch (const Error& e) {
             if (!any) throw;
-            picture.warnings.push_back(e.what());
+            warnings.push_back(e.what());
         }
         for (std::size_t i = 0; i < seen.size(); ++i)
-            if (!seen[i])
-                picture.warnings.push_back("component " + std::to_string(frame.components[i].id) + " is missing");
+            if (!seen[i]) warnings.push_back("component " + std::to_string(frame.components[i].id) + " is missing");
+        if (canvas.whole) {
+            sink.begin(canvas.shape, {});
+            canvas.give(sink, frame.height);
+        }
+        sink.finish();
     }
 
 private:
+    // The predictor and the point transform stand where other modes have bands and bits (B.2.3).
     LosslessRows rules() const {
         const Header& h = reader.header();
         const Scan& s = h.scan;
@@ -87,32 +135,39 @@ private:
         const ScanLayout layout(frame, h.scan);
         if (h.restart % layout.columns != 0)
             fail(h.scanOffset, "a restart interval of other than whole rows in a lossless file");
-        const int rowsInInterval = h.restart / layout.columns;
-        std::vector<Rows> parts = rowsFor(layout);
-        DifferenceReader source(h, data, size);
+        DifferenceReader source(h, reader.data());
+        if (!canvas.whole) sink.begin(canvas.shape, {});
+        const int firstLost = scanRows(source, layout, how, h.restart / layout.columns);
+        if (firstLost >= 0)
+            warnings.push_back(source.trouble() + "; rows from " + std::to_string(firstLost) + " on are incomplete");
+        else if (!source.trouble().empty())
+            warnings.push_back(source.trouble());
+        source.finish();
+    }
+
+    // The first row of the picture that is lost, or a negative number.
+    int scanRows(DifferenceReader& source, const ScanLayout& layout, const LosslessRows& how, int rowsInInterval) {
+        std::vector<Lines> parts = rowsFor(layout);
         int firstLost = -1;
         for (int y = 0; y < layout.rows; ++y) {
             const bool first = y == 0 || (rowsInInterval && y % rowsInInterval == 0);
             if (first && y > 0) source.restart();
-            if (!read(source, layout, parts)) {
-                if (firstLost < 0) firstLost = y * layout.rowHeight;
-                continue;
+            if (read(source, layout, parts)) {
+                for (const ScanLayout::Part& p : layout.mcu)
+                    if (p.x == 0) reconstruct(parts[std::size_t(p.inScan)], p, y, first && p.y == 0, how);
+            } else if (firstLost < 0) {
+                firstLost = y * layout.rowHeight;
             }
-            for (const ScanLayout::Part& p : layout.mcu)
-                if (p.x == 0) reconstruct(parts[std::size_t(p.inScan)], p, y, first && p.y == 0, how);
+            if (!canvas.whole) canvas.give(sink, std::min((y + 1) * layout.rowHeight, frame.height));
         }
-        if (firstLost >= 0)
-            picture.warnings.push_back(source.trouble() + "; rows from " + std::to_string(firstLost) +
-                                       " on are incomplete");
-        else if (!source.trouble().empty())
-            picture.warnings.push_back(source.trouble());
-        reader.seek(source.end());
+        return firstLost;
     }
 
-    static std::vector<Rows> rowsFor(const ScanLayout& layout) {
-        std::vector<Rows> parts(kMaxComponents);
+    // Room for each component of the scan; those that it has not stay empty.
+    static std::vector<Lines> rowsFor(const ScanLayout& layout) {
+        std::vector<Lines> parts(kMaxComponents);
         for (const ScanLayout::Part& p : layout.mcu) {
-            Rows& r = parts[std::size_t(p.inScan)];
+            Lines& r = parts[std::size_t(p.inScan)];
             r.width = layout.columns * p.h;
             r.differences.resize(std::size_t(r.width * p.v));
             r.current.resize(std::size_t(r.width));
@@ -122,7 +177,7 @@ private:
     }
 
     // The differences of a row of MCUs.
-    static bool read(DifferenceReader& source, const ScanLayout& layout, std::vector<Rows>& parts) {
+    static bool read(DifferenceReader& source, const ScanLayout& layout, std::vector<Lines>& parts) {
         const bool plain =
             std::all_of(layout.mcu.begin(), layout.mcu.end(), [](const ScanLayout::Part& p) { return p.h * p.v == 1; });
         if (plain) {
@@ -132,39 +187,34 @@ private:
         }
         for (int x = 0; x < layout.columns; ++x)
             for (const ScanLayout::Part& p : layout.mcu) {
-                Rows& r = parts[std::size_t(p.inScan)];
+                Lines& r = parts[std::size_t(p.inScan)];
                 if (!source.one(p.inScan, &r.differences[std::size_t(p.y * r.width + x * p.h + p.x)])) return false;
             }
         return true;
     }
 
     // Row `p.y` of a component's part of row `y` of MCUs.
-    void reconstruct(Rows& r, const ScanLayout::Part& p, int y, bool first, const LosslessRows& how) {
+    void reconstruct(Lines& r, const ScanLayout::Part& p, int y, bool first, const LosslessRows& how) {
         const Zmx16s* differences = r.differences.data() + p.y * r.width;
         if (first)
             zmxiReconstructPredFirstRow_JPEG_16s_C1(differences, r.current.data(), r.width, how.precision,
                                                     how.firstRowTransform());
         else
             zmxiReconstructPredRow_JPEG_16s_C1(differences, r.above.data(), r.current.data(), r.width, how.predictor);
-        show(r.current, p, y * p.v + p.y, how);
+        if (canvas.shape.wide())
+            show<std::uint16_t>(r.current, p.component, y * p.v + p.y, how);
+        else
+            show<std::uint8_t>(r.current, p.component, y * p.v + p.y, how);
         r.current.swap(r.above);
     }
 
-    // Into the pixels that the row covers; samples of smaller components are repeated.
-    void show(const std::vector<Zmx16s>& row, const ScanLayout::Part& p, int at, const LosslessRows& how) {
-        if (frame.precision == 8)
-            show(row, p, at, how, picture.pixels);
-        else
-            show(row, p, at, how, picture.wide);
-    }
-    template <class Sample>
-    void show(const std::vector<Zmx16s>& row, const ScanLayout::Part& p, int at, const LosslessRows& how,
-              std::vector<Sample>& samples) {
-        const Component& c = frame.components[std::size_t(p.component)];
+    // Into the pixels that row `at` of a component covers; samples of smaller components are repeated.
+    template <class Sample> void show(const std::vector<Zmx16s>& row, int component, int at, const LosslessRows& how) {
+        const Component& c = frame.components[std::size_t(component)];
         const int top = divUp(at * frame.vMax, c.v), bottom = std::min(divUp((at + 1) * frame.vMax, c.v), frame.height);
         const std::size_t channels = frame.components.size(), width = std::size_t(frame.width);
         for (int y = top; y < bottom; ++y) {
-            Sample* to = samples.data() + std::size_t(y) * width * channels + std::size_t(p.component);
+            Sample* const to = canvas.row<Sample>(y) + component;
             const auto fill = [&](auto column) {
                 for (std::size_t x = 0; x < width; ++x) to[x * channels] = Sample(how.sample(row[column(x)]));
             };
@@ -175,18 +225,18 @@ private:
         }
     }
 
-    Reader& reader;
-    const std::uint8_t* data;
-    std::size_t size;
+    SegmentReader& reader;
+    RowSink& sink;
+    Warnings& warnings;
     const Frame frame;
-    Picture& picture;
+    Canvas canvas;
     std::vector<bool> seen;
 };
 
 } // namespace
 
-void decodeLossless(Reader& reader, const std::uint8_t* data, std::size_t size, Picture& picture) {
-    LosslessDecoding(reader, data, size, picture).run();
+void decodeLossless(SegmentReader& reader, RowSink& picture, Warnings& warnings) {
+    LosslessDecoding(reader, picture, warnings).run();
 }
 
-} // namespace jpeg
+} // namespace codecs::jpeg

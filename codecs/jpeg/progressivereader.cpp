@@ -1,10 +1,10 @@
 // progressivereader.cpp - the four kinds of progressive scan.
 #include "codecs/jpeg/progressivereader.h"
 
-namespace jpeg {
+namespace codecs::jpeg {
 
-ProgressiveReader::ProgressiveReader(const Header& header, const std::uint8_t* bytes, std::size_t n)
-    : StateReader(header, bytes, n), scan(header.scan) {
+ProgressiveReader::ProgressiveReader(const Header& header, ByteSource& source)
+    : StateReader(header, source), scan(header.scan) {
     const bool isDc = scan.first == 0, refines = scan.high != 0;
     decode = isDc ? (refines ? &ProgressiveReader::dcRefine : &ProgressiveReader::dcFirst)
                   : (refines ? &ProgressiveReader::acRefine : &ProgressiveReader::acFirst);
@@ -15,24 +15,34 @@ ProgressiveReader::ProgressiveReader(const Header& header, const std::uint8_t* b
         else if (!refines) // bits alone, without a code
             tables[i] = decodeSpecOf(header.dc[std::size_t(c.dc)], "DC", c.dc, header.scanOffset);
     }
-    open(header.dataOffset);
+    open();
 }
 
-ZmxStatus ProgressiveReader::dcFirst(int component, Zmx16s* block) {
-    const auto c = std::size_t(component);
-    return zmxiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(source, length, &at, block, &lastDc[c], &marker, scan.low,
-                                                      tables[c].get(), state());
-}
-ZmxStatus ProgressiveReader::dcRefine(int, Zmx16s* block) {
-    return zmxiDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(source, length, &at, block, &marker, scan.low, state());
-}
-ZmxStatus ProgressiveReader::acFirst(int component, Zmx16s* block) {
-    return zmxiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(source, length, &at, block, &marker, scan.first, scan.last,
-                                                      scan.low, tables[std::size_t(component)].get(), state());
-}
-ZmxStatus ProgressiveReader::acRefine(int component, Zmx16s* block) {
-    return zmxiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(source, length, &at, block, &marker, scan.first, scan.last,
-                                                       scan.low, tables[std::size_t(component)].get(), state());
+bool ProgressiveReader::dcFirst(std::size_t component, Zmx16s* block) {
+    return read(kWorstBlock, [&](const Zmx8u* source, int length, int* at, int* marker, ZmxiDecodeHuffmanState* state) {
+        return zmxiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(source, length, at, block, &lastDc[component], marker,
+                                                          scan.low, tables[component].get(), state);
+    });
 }
 
-} // namespace jpeg
+bool ProgressiveReader::dcRefine(std::size_t, Zmx16s* block) {
+    return read(kWorstBlock, [&](const Zmx8u* source, int length, int* at, int* marker, ZmxiDecodeHuffmanState* state) {
+        return zmxiDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(source, length, at, block, marker, scan.low, state);
+    });
+}
+
+bool ProgressiveReader::acFirst(std::size_t component, Zmx16s* block) {
+    return read(kWorstBlock, [&](const Zmx8u* source, int length, int* at, int* marker, ZmxiDecodeHuffmanState* state) {
+        return zmxiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(source, length, at, block, marker, scan.first, scan.last,
+                                                          scan.low, tables[component].get(), state);
+    });
+}
+
+bool ProgressiveReader::acRefine(std::size_t component, Zmx16s* block) {
+    return read(kWorstBlock, [&](const Zmx8u* source, int length, int* at, int* marker, ZmxiDecodeHuffmanState* state) {
+        return zmxiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(source, length, at, block, marker, scan.first, scan.last,
+                                                           scan.low, tables[component].get(), state);
+    });
+}
+
+} // namespace codecs::jpeg

@@ -3,7 +3,7 @@
 
 #include "codecs/jpeg/format.h"
 
-namespace jpeg {
+namespace codecs::jpeg {
 
 struct ScanLayout {
     // A unit of the MCUs of a scan.
@@ -45,4 +45,4 @@ template <class Mcu, class Restart> void eachMcu(int columns, int rows, int inte
         }
 }
 
-} // namespace jpeg
+} // namespace codecs::jpeg

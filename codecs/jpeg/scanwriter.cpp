@@ -1,10 +1,11 @@
 // scanwriter.cpp - every scan in two passes: one counts the symbols, which gives its tables, one writes them.
 #include "codecs/jpeg/scanwriter.h"
 
+#include "codecs/jpeg/huffman.h"
 #include "codecs/jpeg/scanlayout.h"
-#include "codecs/jpeg/writer.h"
+#include "codecs/jpeg/segmentwriter.h"
 
-namespace jpeg {
+namespace codecs::jpeg {
 
 namespace {
 
@@ -35,6 +36,7 @@ protected:
     Zmx16s lastDc[kMaxComponents] = {};
 };
 
+// Which symbols a scan has, and how often.
 class Counting final : public Pass {
 public:
     using Pass::Pass;
@@ -65,6 +67,7 @@ private:
     }
 };
 
+// The scan itself, with tables made of what was counted.
 class Writing final : public Pass {
 public:
     Writing(const Scan& s, Output& o) : Pass(s), out(o) {}
@@ -77,9 +80,7 @@ public:
     }
 
 private:
-    // A block at its worst, 64 codes of 16 bits with up to 16 more each, and a thousand correction bits of
-    // the blocks ahead of it; all of these bytes 0xFF with their stuffing.
-    static constexpr int kRoom = 2 * (64 * 4 + 1024 / 8 + 8);
+    static constexpr int kRoom = int(kWorstBlock);
 
     ZmxStatus write(const Zmx16s* b, int component, int t, int last) {
         Zmx8u* to = out.reserve(kRoom);
@@ -111,13 +112,14 @@ private:
     Output& out;
 };
 
+// Segments around the scans.
 class FileWriter {
 public:
-    explicit FileWriter(const CoefficientFile& f) : file(f), frame(f.frame) {}
+    FileWriter(const CoefficientFile& f, ByteSink& sink) : file(f), frame(f.frame), out(sink) {}
 
-    std::vector<std::uint8_t> write(const Script& script) {
+    void write(const Script& script) {
         out.marker(SOI);
-        for (std::uint8_t b : file.application) out.byte(b);
+        out.append(file.application);
         const bool words = quantTables();
         frame.sof = !isSequential(script[0]) ? SOF2 : words || frame.precision != 8 ? SOF1 : SOF0;
         writeFrame(out, frame);
@@ -130,7 +132,7 @@ public:
                             ": coefficients too large for it; begin at a higher bit or take a lower quality");
         }
         out.marker(EOI);
-        return out.take();
+        out.flush();
     }
 
 private:
@@ -150,6 +152,7 @@ private:
         return words;
     }
 
+    // False when a coefficient does not fit the scan. Tables that no component of it uses are not written.
     bool scan(const Scan& s) {
         const ScanLayout layout(frame, s);
         Counting counting(s);
@@ -160,20 +163,21 @@ private:
             if (std::none_of(s.components.begin(), s.components.end(),
                              [t](const ScanComponent& c) { return c.dc == t; }))
                 continue;
-            if (dcCodes) writing.dc[t] = table(0, t, counting.dc[t]);
-            if (acCodes) writing.ac[t] = table(1, t, counting.ac[t]);
+            if (dcCodes) writing.dc[t] = table(TableClass::dc, t, counting.dc[t]);
+            if (acCodes) writing.ac[t] = table(TableClass::ac, t, counting.ac[t]);
         }
         writeScan(out, frame, s);
         int restarts = 0;
         return pass(writing, s, layout, [&] { out.marker(RST0 + (restarts++ & 7)); });
     }
 
-    EncodeSpec table(int cls, int number, const SymbolCounts& counts) {
+    EncodeSpec table(TableClass cls, int number, const SymbolCounts& counts) {
         const HuffmanTable t = optimalTable(counts);
         writeHuffmanTable(out, cls, number, t);
         return encodeSpecOf(t);
     }
 
+    // Takes the blocks of a scan through a pass, in their order, with the ends of its intervals.
     template <class Restart> bool pass(Pass& p, const Scan& s, const ScanLayout& layout, Restart restart) {
         bool sound = true;
         // A band belongs to one component; no other kind of scan has codes to flush.
@@ -200,8 +204,8 @@ private:
 
 } // namespace
 
-std::vector<std::uint8_t> writeFile(const CoefficientFile& file, const Script& script) {
-    return FileWriter(file).write(script);
+void writeFile(const CoefficientFile& file, const Script& script, ByteSink& sink) {
+    FileWriter(file, sink).write(script);
 }
 
-} // namespace jpeg
+} // namespace codecs::jpeg

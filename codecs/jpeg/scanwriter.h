@@ -3,9 +3,9 @@
 
 #include "codecs/jpeg/script.h"
 
-namespace jpeg {
+namespace codecs::jpeg {
 
-// The whole file, with Huffman tables made for each scan.
-std::vector<std::uint8_t> writeFile(const CoefficientFile& file, const Script& script);
+// Writes the whole file, with Huffman tables made for each scan.
+void writeFile(const CoefficientFile& file, const Script& script, ByteSink& sink);
 
-} // namespace jpeg
+} // namespace codecs::jpeg

@@ -3,11 +3,9 @@
 
 #include <cstdlib>
 
-namespace jpeg {
+namespace codecs::jpeg {
 
 namespace {
-
-constexpr int kMaxUnits = 10; // in the MCU of a scan of several components (B.2.3)
 
 // A scan of these components, with the Huffman tables that they have.
 Scan scanOf(const std::vector<int>& components, Model model, int first = 0, int last = 63, int high = 0, int low = 0) {
@@ -24,7 +22,7 @@ Scan scanOf(const std::vector<int>& components, Model model, int first = 0, int 
 std::vector<std::vector<int>> groupsOf(const Frame& frame) {
     std::vector<std::vector<int>> groups;
     const int n = int(frame.components.size());
-    if (frame.blocksInMcu() <= kMaxUnits) {
+    if (frame.blocksInMcu() <= kMaxScanUnits) {
         groups.emplace_back();
         for (int i = 0; i < n; ++i) groups.back().push_back(i);
     } else {
@@ -40,6 +38,7 @@ int bitsAbove(int limit, int magnitude) {
     return bits;
 }
 
+// The script of most encoders, as far as the coefficients fit it.
 class UsualScript {
 public:
     explicit UsualScript(const CoefficientFile& f) : file(f) {}
@@ -84,6 +83,7 @@ private:
     Script script;
 };
 
+// A script in words, checked as it is read: what it names, what a scan may be, and what scans may follow each other.
 class Parser {
 public:
     Parser(const std::string& t, const Frame& f, Model m) : text(t), frame(f), model(m), low(f.components.size()) {
@@ -135,6 +135,7 @@ private:
         skip();
         return at < text.size() && text[at] >= '0' && text[at] <= '9';
     }
+    // No number of a script comes near to a thousand: larger ones are as wrong as that.
     int integer(const char* what) {
         if (!atNumber()) fault(std::string(what) + " is missing");
         int v = 0;
@@ -143,6 +144,7 @@ private:
         return v;
     }
 
+    // components [: first-last, upper, lower] ;
     Scan scan() {
         std::vector<int> components{integer("a component")};
         while (atNumber()) components.push_back(integer("a component"));
@@ -164,11 +166,12 @@ private:
         return scanOf(components, model, band[0], band[1], band[2], band[3]);
     }
 
+    // What any scan may be (B.2.3, G.1.1.1).
     void check(const Scan& s) {
         int units = 0;
         for (const ScanComponent& c : s.components)
             units += frame.components[std::size_t(c.index)].h * frame.components[std::size_t(c.index)].v;
-        if (s.components.size() > 1 && units > kMaxUnits) fault("more than 10 blocks in an MCU");
+        if (s.components.size() > 1 && units > kMaxScanUnits) fault("more than 10 blocks in an MCU");
         if (s.first > s.last || s.last > 63) fault("no band of coefficients");
         if (s.first == 0 && s.last != 0 && s.last != 63) fault("DC and AC coefficients together");
         if (s.first > 0 && s.components.size() > 1) fault("AC coefficients of several components");
@@ -177,6 +180,7 @@ private:
         for (const ScanComponent& c : s.components) follow(s, low[std::size_t(c.index)]);
     }
 
+    // A first scan of a coefficient has no upper bit, a refinement goes on from the bit that the last one has left.
     void follow(const Scan& s, std::array<int, kBlock>& bits) {
         if (s.first > 0 && bits[0] == kUnseen) fault("AC coefficients ahead of the DC coefficient");
         for (int k = s.first; k <= s.last; ++k) {
@@ -215,4 +219,4 @@ Script scriptFor(const CoefficientFile& file, const std::string& text, bool prog
                          : sequentialScript(file.frame, file.model);
 }
 
-} // namespace jpeg
+} // namespace codecs::jpeg

@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace jpeg {
+namespace codecs::jpeg {
 
 using Script = std::vector<Scan>;
 
@@ -20,4 +20,4 @@ Script parseScript(const std::string& text, const Frame& frame, Model model);
 Script scriptFor(const CoefficientFile& file, const std::string& text, bool progressive);
 inline bool isSequential(const Scan& s) { return s.first == 0 && s.last == 63; }
 
-} // namespace jpeg
+} // namespace codecs::jpeg

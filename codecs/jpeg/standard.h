@@ -3,9 +3,9 @@
 
 #include "codecs/jpeg/format.h"
 
-namespace jpeg {
+namespace codecs::jpeg {
 
 extern const std::array<std::uint8_t, 64> kLumaQuant, kChromaQuant; // for quality 50
 extern const HuffmanTable kLumaDc, kLumaAc, kChromaDc, kChromaAc;
 
-} // namespace jpeg
+} // namespace codecs::jpeg

@@ -1,33 +1,42 @@
 // transcode.cpp - a file's coefficients in other scans.
 #include "codecs/jpeg/collect.h"
+#include "codecs/jpeg/interpret.h"
 #include "codecs/jpeg/scanwriter.h"
 
-namespace jpeg {
+namespace codecs::jpeg {
 
 namespace {
 
-CoefficientFile read(const std::uint8_t* data, std::size_t size, std::size_t maxPixels, Warnings& warnings) {
-    Reader reader(data, size);
-    firstScan(reader);
-    const Frame& frame = reader.header().frame;
-    checkFrame(frame, maxPixels);
-    if (frame.lossless()) throw Error("a lossless file has no coefficients to transcode");
-    return collect(reader, data, size, warnings);
+CoefficientFile read(ByteSource& source, std::uint64_t maxPixels, Warnings& warnings) {
+    SegmentReader reader(source);
+    toFirstScan(reader, maxPixels);
+    if (reader.header().frame.lossless()) throw Error("a lossless file has no coefficients to transcode");
+    return collect(reader, warnings);
 }
 
 } // namespace
 
-Transcoded transcode(const std::uint8_t* data, std::size_t size, const TranscodeOptions& options) {
+Transcoded transcode(ByteSource& source, const TranscodeOptions& options) {
     if (options.restart < -1 || options.restart > 65535) throw Error("a restart interval is 0 to 65535 MCUs");
     Transcoded out;
-    CoefficientFile file = read(data, size, options.maxPixels, out.warnings);
-    out.before = file.blocks.digest();
-    file.blocks.fillPadding();
-    if (options.restart >= 0) file.restart = options.restart;
-    out.file = writeFile(file, scriptFor(file, options.scans, options.progressive));
+    {
+        CoefficientFile file = read(source, options.maxPixels, out.warnings);
+        out.before = file.blocks.digest();
+        file.blocks.fillPadding();
+        if (options.restart >= 0) file.restart = options.restart;
+        MemorySink sink;
+        writeFile(file, scriptFor(file, options.scans, options.progressive), sink);
+        out.file = std::move(sink.bytes);
+    }
+    MemorySource again(out.file);
     Warnings none;
-    out.after = read(out.file.data(), out.file.size(), options.maxPixels, none).blocks.digest();
+    out.after = read(again, options.maxPixels, none).blocks.digest();
     return out;
 }
 
-} // namespace jpeg
+Transcoded transcode(ByteView file, const TranscodeOptions& options) {
+    MemorySource source(file);
+    return transcode(source, options);
+}
+
+} // namespace codecs::jpeg

@@ -1,7 +1,7 @@
 // units.cpp - the table of MCU functions.
 #include "codecs/jpeg/units.h"
 
-namespace jpeg {
+namespace codecs::jpeg {
 
 namespace {
 
@@ -26,18 +26,19 @@ ZmxStatus cmykToPixels(const Zmx16s* const* planes, Zmx8u* pixels, int step) {
     return zmxStsNoErr;
 }
 
+// Grey and CMYK have no function of the library, all other units have one in each direction.
 const Unit kUnits[] = {
-    {Model::Grey, 1, 1, greyFromPixels, greyToPixels},
-    {Model::YCbCr, 1, 1, zmxiRGBToYCbCr444LS_MCU_8u16s_C3P3R, zmxiYCbCr444ToRGBLS_MCU_16s8u_P3C3R},
-    {Model::YCbCr, 2, 1, zmxiRGBToYCbCr422LS_MCU_8u16s_C3P3R, zmxiYCbCr422ToRGBLS_MCU_16s8u_P3C3R},
-    {Model::YCbCr, 2, 2, zmxiRGBToYCbCr411LS_MCU_8u16s_C3P3R, zmxiYCbCr411ToRGBLS_MCU_16s8u_P3C3R},
-    {Model::Rgb, 1, 1, zmxiSampleDown444LS_MCU_8u16s_C3P3R, zmxiSampleUp444LS_MCU_16s8u_P3C3R},
-    {Model::Rgb, 2, 1, zmxiSampleDown422LS_MCU_8u16s_C3P3R, zmxiSampleUp422LS_MCU_16s8u_P3C3R},
-    {Model::Rgb, 2, 2, zmxiSampleDown411LS_MCU_8u16s_C3P3R, zmxiSampleUp411LS_MCU_16s8u_P3C3R},
-    {Model::Ycck, 1, 1, zmxiCMYKToYCCK444LS_MCU_8u16s_C4P4R, zmxiYCCK444ToCMYKLS_MCU_16s8u_P4C4R},
-    {Model::Ycck, 2, 1, zmxiCMYKToYCCK422LS_MCU_8u16s_C4P4R, zmxiYCCK422ToCMYKLS_MCU_16s8u_P4C4R},
-    {Model::Ycck, 2, 2, zmxiCMYKToYCCK411LS_MCU_8u16s_C4P4R, zmxiYCCK411ToCMYKLS_MCU_16s8u_P4C4R},
-    {Model::Cmyk, 1, 1, cmykFromPixels, cmykToPixels},
+    {Model::grey, 1, 1, greyFromPixels, greyToPixels},
+    {Model::yCbCr, 1, 1, zmxiRGBToYCbCr444LS_MCU_8u16s_C3P3R, zmxiYCbCr444ToRGBLS_MCU_16s8u_P3C3R},
+    {Model::yCbCr, 2, 1, zmxiRGBToYCbCr422LS_MCU_8u16s_C3P3R, zmxiYCbCr422ToRGBLS_MCU_16s8u_P3C3R},
+    {Model::yCbCr, 2, 2, zmxiRGBToYCbCr411LS_MCU_8u16s_C3P3R, zmxiYCbCr411ToRGBLS_MCU_16s8u_P3C3R},
+    {Model::rgb, 1, 1, zmxiSampleDown444LS_MCU_8u16s_C3P3R, zmxiSampleUp444LS_MCU_16s8u_P3C3R},
+    {Model::rgb, 2, 1, zmxiSampleDown422LS_MCU_8u16s_C3P3R, zmxiSampleUp422LS_MCU_16s8u_P3C3R},
+    {Model::rgb, 2, 2, zmxiSampleDown411LS_MCU_8u16s_C3P3R, zmxiSampleUp411LS_MCU_16s8u_P3C3R},
+    {Model::ycck, 1, 1, zmxiCMYKToYCCK444LS_MCU_8u16s_C4P4R, zmxiYCCK444ToCMYKLS_MCU_16s8u_P4C4R},
+    {Model::ycck, 2, 1, zmxiCMYKToYCCK422LS_MCU_8u16s_C4P4R, zmxiYCCK422ToCMYKLS_MCU_16s8u_P4C4R},
+    {Model::ycck, 2, 2, zmxiCMYKToYCCK411LS_MCU_8u16s_C4P4R, zmxiYCCK411ToCMYKLS_MCU_16s8u_P4C4R},
+    {Model::cmyk, 1, 1, cmykFromPixels, cmykToPixels},
 };
 
 } // namespace
@@ -62,4 +63,4 @@ const Unit* unitFor(Model model, const std::vector<Component>& components) {
     return nullptr;
 }
 
-} // namespace jpeg
+} // namespace codecs::jpeg

@@ -3,18 +3,18 @@
 
 #include "codecs/jpeg/format.h"
 
-namespace jpeg {
+namespace codecs::jpeg {
 
 inline constexpr int kWideMax = 4095, kWideMiddle = 2048;
 
 // A sum of products with 16 fractional bits, to the nearest sample.
 inline Zmx16u wideSample(int v) { return Zmx16u(std::clamp((v + 32768) >> 16, 0, kWideMax)); }
 
-// RGB, or CMYK of which the first three are taken as complements of RGB, to YCbCr and back in place
-// (ITU-T T.871, clause 7, with 12-bit constants). Other models stay as they are.
+// RGB, or CMYK of which the first three are taken as complements of RGB, to YCbCr and back in place (ITU-T T.871,
+// clause 7, with 12-bit constants). Other models stay as they are.
 inline void wideFromPixel(Model model, Zmx16u* s) {
-    if (model != Model::YCbCr && model != Model::Ycck) return;
-    if (model == Model::Ycck)
+    if (!isChroma(model, 1)) return;
+    if (model == Model::ycck)
         for (int c = 0; c < 3; ++c) s[c] = Zmx16u(kWideMax - s[c]);
     const int r = s[0], g = s[1], b = s[2], middle = kWideMiddle << 16;
     s[0] = wideSample(19595 * r + 38470 * g + 7471 * b);
@@ -22,13 +22,13 @@ inline void wideFromPixel(Model model, Zmx16u* s) {
     s[2] = wideSample(32768 * r - 27439 * g - 5329 * b + middle);
 }
 inline void wideToPixel(Model model, Zmx16u* s) {
-    if (model != Model::YCbCr && model != Model::Ycck) return;
+    if (!isChroma(model, 1)) return;
     const int y = s[0] << 16, cb = s[1] - kWideMiddle, cr = s[2] - kWideMiddle;
     s[0] = wideSample(y + 91881 * cr);
     s[1] = wideSample(y - 22554 * cb - 46802 * cr);
     s[2] = wideSample(y + 116130 * cb);
-    if (model == Model::Ycck)
+    if (model == Model::ycck)
         for (int c = 0; c < 3; ++c) s[c] = Zmx16u(kWideMax - s[c]);
 }
 
-} // namespace jpeg
+} // namespace codecs::jpeg

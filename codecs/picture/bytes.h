@@ -27,7 +27,8 @@ public:
     virtual void skip(std::uint64_t n) = 0;
     virtual std::uint64_t position() const = 0;
 
-    // These leave the position alone.
+    // Whether it must be read to its end for these, which leave the position alone.
+    virtual bool isPipe() const = 0;
     virtual std::uint64_t size() = 0;
     virtual std::size_t readAt(std::uint64_t at, std::span<std::uint8_t> to) = 0; // how many there were
     virtual ByteView whole() = 0;                                                 // holds as long as the source
@@ -55,6 +56,7 @@ public:
     ByteView view(std::size_t) override { return bytes.subspan(at); }
     void skip(std::uint64_t n) override { at += std::size_t(n < bytes.size() - at ? n : bytes.size() - at); }
     std::uint64_t position() const override { return at; }
+    bool isPipe() const override { return false; }
     std::uint64_t size() override { return bytes.size(); }
     std::size_t readAt(std::uint64_t from, std::span<std::uint8_t> to) override;
     ByteView whole() override { return bytes; }

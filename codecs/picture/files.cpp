@@ -1,79 +1,115 @@
-// files.cpp - picks the container by its first bytes or by the ending of the path.
+// files.cpp - picks the container by the first bytes of a file or by the ending of its name.
 #include "codecs/picture/files.h"
+
+#include "codecs/picture/bytefile.h"
+#include "codecs/picture/formats.h"
 
 #include <algorithm>
 #include <cctype>
-#include <cerrno>
-#include <cstring>
-#include <memory>
 
+namespace codecs {
 namespace {
 
-struct Close {
-    void operator()(std::FILE* f) const { std::fclose(f); }
-};
-using File = std::unique_ptr<std::FILE, Close>;
+// A source whose errors begin with the name of its file.
+class NamedRows final : public RowSource {
+public:
+    NamedRows(std::string file, Rows source) : name(std::move(file)), from(std::move(source)) {
+        form = from->shape();
+        beside = from->metadata();
+    }
+    Band next(int rows) override {
+        return named(name, [&] { return from->next(rows); });
+    }
+    std::vector<std::string> warnings() const override { return from->warnings(); }
 
-File open(const std::string& path, const char* mode) {
-    File file(std::fopen(path.c_str(), mode));
-    if (!file) throw ImageError(path + ": " + std::strerror(errno));
-    return file;
-}
+private:
+    std::string name;
+    Rows from;
+};
+
+class NamedSink final : public RowSink {
+public:
+    NamedSink(std::string file, std::unique_ptr<RowSink> sink) : name(std::move(file)), to(std::move(sink)) {}
+    void begin(const Shape& shape, const Metadata& metadata) override {
+        named(name, [&] { to->begin(shape, metadata); });
+    }
+    void write(const Band& band) override {
+        named(name, [&] { to->write(band); });
+    }
+    void finish() override {
+        named(name, [&] { to->finish(); });
+    }
+    std::vector<std::string> warnings() const override { return to->warnings(); }
+
+private:
+    std::string name;
+    std::unique_ptr<RowSink> to;
+};
 
 std::string endingOf(const std::string& path) {
-    const auto dot = path.rfind('.');
-    std::string ending = dot == std::string::npos ? "" : path.substr(dot + 1);
+    const auto dot = path.rfind('.'), slash = path.rfind('/');
+    if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return "";
+    std::string ending = path.substr(dot + 1);
     std::transform(ending.begin(), ending.end(), ending.begin(), [](unsigned char c) { return char(std::tolower(c)); });
     return ending;
 }
 
+struct Ending {
+    const char* text;
+    Container container;
+};
+constexpr Ending kEndings[] = {{"png", Container::png}, {"tif", Container::tiff}, {"tiff", Container::tiff},
+                               {"pgm", Container::pgm}, {"ppm", Container::pgm},  {"pbm", Container::pbm},
+                               {"pnm", Container::pnm}, {"pam", Container::pam}};
+
 } // namespace
 
-Image readImage(const std::string& path, std::size_t maxPixels) {
-    const File file = open(path, "rb");
-    unsigned char head[2] = {};
-    if (std::fread(head, 1, sizeof head, file.get()) != sizeof head)
-        throw ImageError(path + ": too short for a picture");
-    std::rewind(file.get());
-    if (head[0] == 0x89 && head[1] == 'P') return readPng(file.get(), path, maxPixels);
-    if (head[0] == 'P' && head[1] >= '1' && head[1] <= '7') return readPnm(file.get(), path, maxPixels);
-    if (head[0] == head[1] && (head[0] == 'I' || head[0] == 'M')) return readTiff(path, maxPixels);
-    throw ImageError(path + ": not " + kPictureFile);
+Rows openPicture(std::unique_ptr<ByteSource> bytes, std::uint64_t maxPixels) {
+    const ByteView head = bytes->view(2);
+    if (head.size() < 2) throw Error("too short for a picture");
+    const std::uint8_t first = head[0], second = head[1];
+    if (first == 0x89 && second == 'P') return openPng(std::move(bytes), maxPixels);
+    if (first == 'P' && second >= '1' && second <= '7') return openPnm(std::move(bytes), maxPixels);
+    if (first == second && (first == 'I' || first == 'M')) return openTiff(std::move(bytes), maxPixels);
+    throw Error("not " + kPictureFile);
 }
 
-void writeImage(const std::string& path, const Image& image) {
+Rows openPicture(const std::string& path, std::uint64_t maxPixels) {
+    const std::string name = nameForMessages(path, true);
+    return std::make_unique<NamedRows>(name, named(name, [&] { return openPicture(openBytes(path), maxPixels); }));
+}
+
+Container containerOf(const std::string& path) {
     const std::string ending = endingOf(path);
-    const bool pnm = ending == "pgm" || ending == "ppm" || ending == "pnm", pam = ending == "pam",
-               tiff = ending == "tif" || ending == "tiff";
-    if (!pnm && !pam && !tiff && ending != "png")
-        throw ImageError(path + ": the name of a picture to write ends in " + kPictureEndings);
-    if (image.cmyk && !pam && !tiff) throw ImageError(path + ": a CMYK picture is written to a .tif or .pam file");
-    if (pnm && image.channels % 2 == 0)
-        throw ImageError(path + ": a PNM file holds no alpha channel; write .png, .tif or .pam");
-    if (tiff) return writeTiff(path, image);
-    File file = open(path, "wb");
-    if (ending == "png")
-        writePng(file.get(), path, image);
-    else
-        writePnm(file.get(), path, image, pam);
-    if (std::fclose(file.release()) != 0) throw ImageError(path + ": " + std::strerror(errno));
+    const auto* const found =
+        std::find_if(std::begin(kEndings), std::end(kEndings), [&](const Ending& e) { return ending == e.text; });
+    if (found == std::end(kEndings)) throw Error("the name of a picture to write ends in " + kPictureEndings);
+    return found->container;
 }
 
-std::vector<std::uint8_t> readBytes(const std::string& path) {
-    const File file = open(path, "rb");
-    std::vector<std::uint8_t> bytes;
-    std::size_t used = 0;
-    do {
-        bytes.resize(std::max<std::size_t>(1 << 16, 2 * used));
-        used += std::fread(bytes.data() + used, 1, bytes.size() - used, file.get());
-    } while (used == bytes.size());
-    if (std::ferror(file.get())) throw ImageError(path + ": " + std::strerror(errno));
-    bytes.resize(used);
-    return bytes;
+std::unique_ptr<RowSink> createPicture(std::unique_ptr<ByteSink> bytes, Container container) {
+    switch (container) {
+    case Container::png:
+        return createPng(std::move(bytes));
+    case Container::tiff:
+        return createTiff(std::move(bytes));
+    default:
+        return createPnm(std::move(bytes), container);
+    }
 }
 
-void writeBytes(const std::string& path, const std::vector<std::uint8_t>& bytes) {
-    File file = open(path, "wb");
-    const bool written = bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
-    if (std::fclose(file.release()) != 0 || !written) throw ImageError(path + ": " + std::strerror(errno));
+std::unique_ptr<RowSink> createPicture(const std::string& path, Container container) {
+    return std::make_unique<NamedSink>(nameForMessages(path, false), createPicture(createBytes(path), container));
 }
+
+std::unique_ptr<RowSink> createPicture(const std::string& path) {
+    return createPicture(path, named(path, [&] { return containerOf(path); }));
+}
+
+Picture readPicture(const std::string& path, std::uint64_t maxPixels) {
+    return readRows(*openPicture(path, maxPixels));
+}
+
+void writePicture(const std::string& path, const Picture& picture) { writeRows(picture, *createPicture(path)); }
+
+} // namespace codecs

@@ -1,16 +1,37 @@
-// files.h - the readers and writers behind readImage() and writeImage(), one pair a container.
+// files.h - pictures in files: told apart by their first bytes, written by the ending of their names.
 #pragma once
 
-#include "codecs/picture/picture.h"
+#include "codecs/picture/convert.h"
+#include "codecs/picture/rows.h"
 
-#include <cstdio>
+#include <memory>
+#include <string>
 
-Image readPng(std::FILE* file, const std::string& path, std::size_t maxPixels);
-void writePng(std::FILE* file, const std::string& path, const Image& image);
+namespace codecs {
 
-Image readPnm(std::FILE* file, const std::string& path, std::size_t maxPixels);
-void writePnm(std::FILE* file, const std::string& path, const Image& image, bool pam);
+// What openPicture() and createPicture() take, for help and messages.
+inline const std::string kPictureFile = "a PNG, PNM, PAM or TIFF file",
+                         kPictureEndings = ".png, .tif, .pbm, .pgm, .ppm, .pnm or .pam";
 
-// libtiff opens its files itself.
-Image readTiff(const std::string& path, std::size_t maxPixels);
-void writeTiff(const std::string& path, const Image& image);
+// Opens a PNG, PBM, PGM, PPM, PAM or TIFF file, "-" for standard input. Palettes are expanded; grey of 1, 2, 4 bits keeps
+// its depth. Errors begin with the name of the file. `maxPixels` bounds what a header may ask for.
+Rows openPicture(const std::string& path, std::uint64_t maxPixels = kMaxPixels);
+// The same from bytes; errors know no file.
+Rows openPicture(std::unique_ptr<ByteSource> bytes, std::uint64_t maxPixels = kMaxPixels);
+
+enum class Container : std::uint8_t { png, tiff, pnm, pgm, pbm, pam }; // pnm: pbm for bitmaps, else as pgm and ppm
+
+// By the ending of a path; an Error with the endings that there are when it is none of them.
+Container containerOf(const std::string& path);
+
+// Writes a picture as its rows come. Depths that the container does not have are scaled up to the next; what it cannot
+// hold at all is an Error. The file is there after finish(), not before.
+std::unique_ptr<RowSink> createPicture(const std::string& path);
+std::unique_ptr<RowSink> createPicture(const std::string& path, Container container); // path may be "-"
+std::unique_ptr<RowSink> createPicture(std::unique_ptr<ByteSink> bytes, Container container);
+
+// Whole pictures.
+Picture readPicture(const std::string& path, std::uint64_t maxPixels = kMaxPixels);
+void writePicture(const std::string& path, const Picture& picture);
+
+} // namespace codecs

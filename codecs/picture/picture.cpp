@@ -1,68 +1,57 @@
-// image.cpp - what can be done with a picture without a file.
+// picture.cpp - shapes, units of length, and pictures in memory.
 #include "codecs/picture/picture.h"
 
-#include <algorithm>
-#include <cmath>
-#include <cstdlib>
-#include <limits>
+namespace codecs {
+namespace {
 
-Image scaled(Image image, int maxval) {
-    const std::uint64_t from = unsigned(image.maxval), to = unsigned(maxval);
-    if (from != to)
-        for (std::uint16_t& s : image.samples) s = std::uint16_t((s * to + from / 2) / from);
-    image.maxval = maxval;
-    return image;
-}
-
-std::vector<std::uint8_t> to8bit(const Image& image) {
-    if (image.maxval != 255) return to8bit(scaled(image, 255));
-    return {image.samples.begin(), image.samples.end()};
-}
-
-Image from8bit(const std::uint8_t* samples, int width, int height, int channels) {
-    Image image{width, height, channels, 255, {}};
-    image.samples.assign(samples, samples + image.rowSamples() * std::size_t(height));
-    return image;
-}
-
-Image withoutAlpha(const Image& image) {
-    if (image.channels % 2 != 0 || image.cmyk) return image;
-    Image out{image.width, image.height, image.channels - 1, image.maxval, {}};
-    out.samples.reserve(out.rowSamples() * std::size_t(out.height));
-    for (std::size_t i = 0; i < image.samples.size(); ++i)
-        if (int(i % std::size_t(image.channels)) != image.channels - 1) out.samples.push_back(image.samples[i]);
-    return out;
-}
-
-Image crop(const Image& image, int x, int y, int width, int height) {
-    if (x < 0 || y < 0 || width < 1 || height < 1 || width > image.width - x || height > image.height - y)
-        throw ImageError("the part to crop is not inside the picture of " + std::to_string(image.width) + " by " +
-                         std::to_string(image.height));
-    Image out{width, height, image.channels, image.maxval, {}, image.cmyk};
-    out.samples.reserve(out.rowSamples() * std::size_t(height));
-    for (int row = y; row < y + height; ++row) {
-        const std::uint16_t* from = image.row(row) + std::size_t(x) * std::size_t(image.channels);
-        out.samples.insert(out.samples.end(), from, from + out.rowSamples());
+// Centimetres in a unit of length.
+double length(Resolution::Unit unit) {
+    switch (unit) {
+    case Resolution::Unit::inch:
+        return 2.54;
+    case Resolution::Unit::metre:
+        return 100;
+    default:
+        return 1;
     }
-    return out;
 }
 
-Difference compare(const Image& a, const Image& b, int level) {
-    if (a.width != b.width || a.height != b.height || a.channels != b.channels || a.maxval != b.maxval)
-        throw ImageError("pictures of different shapes cannot be compared");
-    double sum = 0;
-    int max = 0;
-    std::size_t within = 0;
-    for (std::size_t i = 0; i < a.samples.size(); ++i) {
-        const int d = std::abs(int(a.samples[i]) - int(b.samples[i]));
-        sum += double(d) * d;
-        max = std::max(max, d);
-        within += d <= level;
-    }
-    const double n = double(a.samples.size());
-    const double psnr =
-        sum == 0 ? std::numeric_limits<double>::infinity() : 10 * std::log10(double(a.maxval) * a.maxval * n / sum);
-    return {psnr, max, double(within) / n};
+} // namespace
+
+Shape shapeOf(int width, int height, int channels, int maxval) {
+    const bool alpha = channels % 2 == 0;
+    const int colours = channels - int(alpha);
+    return {width, height, channels, maxval, colours == 1 ? Colour::grey : colours == 3 ? Colour::rgb : Colour::other,
+            alpha};
 }
 
-double psnr(const Image& a, const Image& b) { return compare(a, b, 0).psnr; }
+std::string sizeText(std::int64_t width, std::int64_t height) {
+    return "a picture of " + std::to_string(width) + " by " + std::to_string(height);
+}
+
+void checkSize(std::uint64_t width, std::uint64_t height, std::uint64_t maxPixels) {
+    // Rows of 16-bit samples of four channels still count their bytes in 32 bits.
+    constexpr std::uint64_t kLongest = (1u << 31) / 8 - 1;
+    const auto text = [&] { return sizeText(std::int64_t(width), std::int64_t(height)); };
+    if (width < 1 || height < 1) throw Error(text());
+    if (width > kLongest || height > INT32_MAX || height > maxPixels / width)
+        throw Error(text() + ": more pixels than the limit allows");
+}
+
+Resolution Resolution::in(Unit other) const {
+    if (unit == other || unit == Unit::none || other == Unit::none) return *this;
+    const double factor = length(other) / length(unit);
+    return {x * factor, y * factor, other};
+}
+
+Picture::Picture(const Shape& shape, Metadata beside)
+    : metadata(std::move(beside)), form(shape), samples(shape.rowBytes() * std::size_t(shape.height)) {}
+
+void Picture::set(int x, int y, unsigned sample) {
+    if (form.wide())
+        words(y)[std::size_t(x)] = std::uint16_t(sample);
+    else
+        bytes(y)[std::size_t(x)] = std::uint8_t(sample);
+}
+
+} // namespace codecs

@@ -1,50 +1,59 @@
 // raw.cpp - headerless pictures in and out.
 #include "codecs/picture/raw.h"
 
-#include "zmxj.h"
+#include "codecs/picture/storedrows.h"
 
-#include <utility>
+#include <algorithm>
 
+namespace codecs {
 namespace {
 
 int channelsOf(RawFormat format) { return format == RawFormat::gray ? 1 : format == RawFormat::cmyk ? 4 : 3; }
 
-void exchangeRedAndBlue(std::vector<std::uint8_t>& pixels) {
-    for (std::size_t i = 0; i < pixels.size(); i += 3) std::swap(pixels[i], pixels[i + 2]);
+// The bytes of rows, and nothing else.
+class ByteRows final : public RowSink {
+public:
+    explicit ByteRows(std::unique_ptr<ByteSink> sink) : bytes(std::move(sink)) {}
+    void begin(const Shape& shape, const Metadata&) override { size = shape.rowBytes(); }
+    void write(const Band& band) override {
+        for (int y = 0; y < band.rows; ++y) bytes->write({band.row(y), size});
+    }
+    void finish() override { bytes->finish(); }
+
+private:
+    std::unique_ptr<ByteSink> bytes;
+    std::size_t size = 0;
+};
+
+Rows asRaw(Rows rows, RawFormat format) {
+    if ((rows->shape().colour == Colour::cmyk) != (format == RawFormat::cmyk))
+        throw Error("cmyk is for CMYK pictures, and they have no other raw format");
+    rows = withoutAlpha(std::move(rows));
+    if (format == RawFormat::gray) rows = asGrey(std::move(rows));
+    rows = withDepth(std::move(rows), 255);
+    if (format == RawFormat::rgb || format == RawFormat::bgr) rows = asRgb(std::move(rows));
+    return format == RawFormat::bgr ? withRedAndBlueExchanged(std::move(rows)) : std::move(rows);
 }
 
 } // namespace
 
-Image readRaw(const std::string& path, int width, int height, RawFormat format) {
-    std::vector<std::uint8_t> pixels = readBytes(path);
-    const std::size_t size = std::size_t(width) * std::size_t(height) * std::size_t(channelsOf(format));
-    if (pixels.size() != size)
-        throw ImageError(path + ": " + std::to_string(pixels.size()) + " bytes, but the picture has " +
-                         std::to_string(size));
-    if (format == RawFormat::bgr) exchangeRedAndBlue(pixels);
-    Image image = from8bit(pixels.data(), width, height, channelsOf(format));
-    image.cmyk = format == RawFormat::cmyk;
-    return image;
-}
-
-void writeRaw(const std::string& path, const Image& picture, RawFormat format) {
-    if (picture.cmyk != (format == RawFormat::cmyk))
-        throw ImageError(path + ": cmyk is for CMYK pictures, and they have no other raw format");
-    Image image = withoutAlpha(picture);
-    if (format == RawFormat::gray && image.channels == 3) image = toGrey(image);
-    std::vector<std::uint8_t> pixels = to8bit(image);
-    if (image.channels < channelsOf(format)) {
-        std::vector<std::uint8_t> rgb;
-        for (std::uint8_t grey : pixels) rgb.insert(rgb.end(), 3, grey);
-        pixels = std::move(rgb);
+Rows openRaw(std::unique_ptr<ByteSource> bytes, int width, int height, RawFormat format) {
+    checkSize(unsigned(std::max(width, 0)), unsigned(std::max(height, 0)), INT64_MAX);
+    Shape shape = shapeOf(width, height, channelsOf(format));
+    if (format == RawFormat::cmyk) {
+        shape.colour = Colour::cmyk;
+        shape.alpha = false;
     }
-    if (format == RawFormat::bgr) exchangeRedAndBlue(pixels);
-    writeBytes(path, pixels);
+    const std::uint64_t size = std::uint64_t(shape.rowBytes()) * unsigned(height);
+    if (!bytes->isPipe() && bytes->size() != size)
+        throw Error(std::to_string(bytes->size()) + " bytes, but the picture has " + std::to_string(size));
+    Rows rows = storedRows(std::move(bytes), shape, shape.rowBytes(), {}, true);
+    return format == RawFormat::bgr ? withRedAndBlueExchanged(std::move(rows)) : std::move(rows);
 }
 
-Image toGrey(const Image& image) {
-    const std::vector<std::uint8_t> rgb = to8bit(image);
-    std::vector<std::uint8_t> grey(rgb.size() / 3);
-    zmxiRGBToY_JPEG_8u_C3C1R(rgb.data(), 3 * image.width, grey.data(), image.width, {image.width, image.height});
-    return from8bit(grey.data(), image.width, image.height, 1);
+std::unique_ptr<RowSink> createRaw(std::unique_ptr<ByteSink> bytes, RawFormat format) {
+    return changedBefore(std::make_unique<ByteRows>(std::move(bytes)),
+                         [format](Rows rows) { return asRaw(std::move(rows), format); });
 }
+
+} // namespace codecs

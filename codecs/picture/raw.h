@@ -1,14 +1,16 @@
 // raw.h - pictures without a header: 8-bit samples, pixel by pixel, rows without gaps.
 #pragma once
 
-#include "codecs/picture/picture.h"
+#include "codecs/picture/convert.h"
 
-enum class RawFormat { gray, rgb, bgr, cmyk }; // 0 of cmyk is no ink
+namespace codecs {
 
-Image readRaw(const std::string& path, int width, int height, RawFormat format);
+enum class RawFormat : std::uint8_t { gray, rgb, bgr, cmyk }; // 0 of cmyk is no ink
 
-// Grey is written as rgb and bgr too, and these as their luma; CMYK only as cmyk.
-void writeRaw(const std::string& path, const Image& image, RawFormat format);
+// The size has to be just that of the picture.
+Rows openRaw(std::unique_ptr<ByteSource> bytes, int width, int height, RawFormat format);
 
-// The luma of an RGB picture, in 8 bits.
-Image toGrey(const Image& image);
+// Alpha is left out. Grey is written as rgb and bgr too, and these as their luma; CMYK only as cmyk.
+std::unique_ptr<RowSink> createRaw(std::unique_ptr<ByteSink> bytes, RawFormat format);
+
+} // namespace codecs

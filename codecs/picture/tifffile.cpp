@@ -1,17 +1,73 @@
-// tifffile.cpp - libtiff's files: opening, messages, and what both directions say in tags.
+// tifffile.cpp - libtiff over our streams of bytes: its calls, its messages, and what both directions say in tags.
 #include "codecs/picture/tifffile.h"
+
+#include "codecs/picture/bytefile.h"
 
 #include <algorithm>
 #include <cstdio>
 
-TiffFile::TiffFile(const std::string& name, const char* mode) : path(name) {
+namespace codecs {
+
+TiffFile::TiffFile(std::unique_ptr<ByteSource> bytes) : source(std::move(bytes)) { open("rm"); }
+
+TiffFile::TiffFile(std::unique_ptr<ByteSink> bytes, bool big) : sink(std::move(bytes)) {
+    if (!sink->seekable()) sink = std::make_unique<SpooledSink>(std::move(sink));
+    open(big ? "w8" : "w");
+}
+
+void TiffFile::open(const char* mode) {
     const std::unique_ptr<TIFFOpenOptions, void (*)(TIFFOpenOptions*)> options(TIFFOpenOptionsAlloc(),
                                                                                TIFFOpenOptionsFree);
     TIFFOpenOptionsSetErrorHandlerExtR(options.get(), keep, this);
     TIFFOpenOptionsSetWarningHandlerExtR(
         options.get(), [](TIFF*, void*, const char*, const char*, va_list) { return 1; }, this);
-    handle.reset(TIFFOpenExt(path.c_str(), mode, options.get()));
+    handle.reset(TIFFClientOpenExt(
+        "", mode, this, read, write, seek, [](thandle_t) { return 0; }, sizeOf, nullptr, nullptr, options.get()));
     if (!handle) fail("not readable as a TIFF file");
+}
+
+template <class Code> auto TiffFile::guarded(Code code) -> decltype(code()) {
+    try {
+        return code();
+    } catch (...) {
+        if (!thrown) thrown = std::current_exception();
+        return decltype(code())(-1);
+    }
+}
+
+tmsize_t TiffFile::read(thandle_t handle, void* to, tmsize_t n) {
+    TiffFile& f = of(handle);
+    return f.guarded([&] {
+        const std::span<std::uint8_t> room(static_cast<std::uint8_t*>(to), std::size_t(n));
+        const std::size_t got = f.source ? f.source->readAt(f.place, room) : f.sink->readBack(f.place, room);
+        f.place += got;
+        return tmsize_t(got);
+    });
+}
+
+tmsize_t TiffFile::write(thandle_t handle, void* from, tmsize_t n) {
+    TiffFile& f = of(handle);
+    return f.guarded([&] {
+        const ByteView bytes(static_cast<const std::uint8_t*>(from), std::size_t(n));
+        if (f.source) return tmsize_t(-1);
+        if (f.place == f.sink->position())
+            f.sink->write(bytes);
+        else
+            f.sink->patch(f.place, bytes);
+        f.place += bytes.size();
+        return n;
+    });
+}
+
+toff_t TiffFile::seek(thandle_t handle, toff_t to, int whence) {
+    TiffFile& f = of(handle);
+    f.place = whence == SEEK_SET ? to : whence == SEEK_CUR ? f.place + to : sizeOf(handle) + to;
+    return f.place;
+}
+
+toff_t TiffFile::sizeOf(thandle_t handle) {
+    TiffFile& f = of(handle);
+    return f.guarded([&] { return toff_t(f.source ? f.source->size() : f.sink->position()); });
 }
 
 int TiffFile::keep(TIFF*, void* file, const char*, const char* format, va_list values) {
@@ -23,9 +79,10 @@ int TiffFile::keep(TIFF*, void* file, const char*, const char* format, va_list v
 }
 
 void TiffFile::fail(const std::string& what) const {
+    if (thrown) std::rethrow_exception(std::exchange(thrown, nullptr));
     std::string why = told;
     std::replace(why.begin(), why.end(), '\n', ' ');
-    throw ImageError(path + ": TIFF: " + what + (why.empty() ? "" : " (" + why + ")"));
+    throw Error("TIFF: " + what + (why.empty() ? "" : " (" + why + ")"));
 }
 
 void TiffFile::setAlpha() const {
@@ -33,16 +90,21 @@ void TiffFile::setAlpha() const {
     if (!TIFFSetField(get(), TIFFTAG_EXTRASAMPLES, 1, &alpha)) fail("the alpha channel cannot be written");
 }
 
-void TiffFile::finish() const {
-    if (!TIFFFlush(get())) fail("the directory cannot be written");
+void TiffFile::finish() {
+    const bool flushed = TIFFFlush(get());
+    handle.reset();
+    if (!flushed || thrown) fail("the directory cannot be written");
+    sink->finish();
 }
 
-TiffPicture pictureOf(const TiffFile& file, std::size_t maxPixels) {
+TiffPicture pictureOf(const TiffFile& file, std::uint64_t maxPixels) {
     const auto width = file.tag<std::uint32_t>(TIFFTAG_IMAGEWIDTH, 0),
                height = file.tag<std::uint32_t>(TIFFTAG_IMAGELENGTH, 0);
-    const std::string size = sizeText(width, height);
-    if (width < 1 || height < 1) file.fail(size);
-    if (std::uint64_t(width) * height > maxPixels) file.fail(size + ": more pixels than the limit allows");
+    try {
+        checkSize(width, height, maxPixels);
+    } catch (const Error& e) {
+        file.fail(e.what());
+    }
     const unsigned bits = file.tag<std::uint16_t>(TIFFTAG_BITSPERSAMPLE, 1),
                    channels = file.tag<std::uint16_t>(TIFFTAG_SAMPLESPERPIXEL, 1),
                    photometric = file.tag<std::uint16_t>(TIFFTAG_PHOTOMETRIC, 0xFFFF),
@@ -61,17 +123,17 @@ TiffPicture pictureOf(const TiffFile& file, std::size_t maxPixels) {
     if (planes != PLANARCONFIG_CONTIG && planes != PLANARCONFIG_SEPARATE) file.refuse("PlanarConfiguration", planes);
     if (orientation != ORIENTATION_TOPLEFT) file.refuse("Orientation", orientation);
 
-    bool inverted = photometric == PHOTOMETRIC_MINISWHITE;
-    if (inverted && channels == 2) file.fail("alpha beside a scale from white to black is not supported");
-    // Where there is no ink and where there is all of it (TIFF 6.0, section 16).
-    std::uint16_t none = 0, all = 1;
-    if (cmyk && TIFFGetField(file.get(), TIFFTAG_DOTRANGE, &none, &all)) inverted = none > all;
-    return {{int(width), int(height), int(channels), (1 << bits) - 1, {}, cmyk},
-            int(bits),
-            inverted,
-            planes == PLANARCONFIG_SEPARATE && channels > 1};
+    TiffPicture p{shapeOf(int(width), int(height), int(channels), (1 << bits) - 1), int(bits),
+                  photometric == PHOTOMETRIC_MINISWHITE, planes == PLANARCONFIG_SEPARATE && channels > 1};
+    if (p.inverted && channels == 2) file.fail("alpha beside a scale from white to black is not supported");
+    if (cmyk) {
+        p.shape.colour = Colour::cmyk;
+        p.shape.alpha = false;
+        // Where there is no ink and where there is all of it (TIFF 6.0, section 16).
+        std::uint16_t none = 0, all = 1;
+        if (TIFFGetField(file.get(), TIFFTAG_DOTRANGE, &none, &all)) p.inverted = none > all;
+    }
+    return p;
 }
 
-std::string sizeText(std::int64_t width, std::int64_t height) {
-    return "a picture of " + std::to_string(width) + " by " + std::to_string(height);
-}
+} // namespace codecs

@@ -5,18 +5,24 @@
 
 #include <cstdarg>
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <string>
 #include <tiffio.h>
 
+namespace codecs {
+
 class TiffFile {
 public:
-    // `mode` is that of TIFFOpen(). An ImageError when it cannot be opened.
-    TiffFile(const std::string& path, const char* mode);
+    // An Error when the bytes are no TIFF file.
+    explicit TiffFile(std::unique_ptr<ByteSource> bytes);
+    // To write, into a spool where the sink cannot go back. `big` for files that may grow beyond 4 GiB.
+    TiffFile(std::unique_ptr<ByteSink> bytes, bool big);
     TiffFile(const TiffFile&) = delete;
+    TiffFile& operator=(const TiffFile&) = delete;
     TIFF* get() const { return handle.get(); }
 
-    // Throws an ImageError of one line: the path, `what`, and libtiff's first message if there is one.
+    // Throws an Error of one line: `what`, and libtiff's first message if there is one.
     [[noreturn]] void fail(const std::string& what) const;
     [[noreturn]] void refuse(const std::string& tag, unsigned value) const {
         fail(tag + " " + std::to_string(value) + " is not supported");
@@ -30,27 +36,41 @@ public:
     void set(std::uint32_t which, unsigned value) const {
         if (!TIFFSetField(handle.get(), which, value)) fail("the tag " + std::to_string(which) + " cannot be written");
     }
-    std::uint64_t size() const { return std::uint64_t(TIFFGetSizeProc(handle.get())(TIFFClientdata(handle.get()))); }
+    // Bytes of the file, past libtiff.
+    std::uint64_t size() const { return source->size(); }
+    std::size_t readAt(std::uint64_t at, std::span<std::uint8_t> to) const { return source->readAt(at, to); }
 
-    // The last channel of a picture of 2, or of 4 that are no inks.
+    // The last channel of a picture.
     void setAlpha() const;
-    // Writes what is still held back.
-    void finish() const;
+    // Writes what is still held back, and finishes the sink.
+    void finish();
 
 private:
+    void open(const char* mode);
+    static TiffFile& of(thandle_t handle) { return *static_cast<TiffFile*>(handle); }
+    static tmsize_t read(thandle_t handle, void* to, tmsize_t n);
+    static tmsize_t write(thandle_t handle, void* from, tmsize_t n);
+    static toff_t seek(thandle_t handle, toff_t to, int whence);
+    static toff_t sizeOf(thandle_t handle);
     static int keep(TIFF*, void* file, const char*, const char* format, va_list values);
+    // Our code in a callback of libtiff, which knows no exceptions.
+    template <class Code> auto guarded(Code code) -> decltype(code());
 
-    std::string path, told;
+    std::unique_ptr<ByteSource> source;
+    std::unique_ptr<ByteSink> sink;
+    std::uint64_t place = 0; // where libtiff stands
+    mutable std::exception_ptr thrown;
+    std::string told;
     std::unique_ptr<TIFF, void (*)(TIFF*)> handle{nullptr, TIFFClose};
 };
 
-// What the tags say of a picture that an Image can hold; others are refused.
+// What the tags say of a picture that can be read; others are refused.
 struct TiffPicture {
-    Image image; // without samples
-    int bits;    // of a sample: 1, 8 or 16
-    bool inverted, planar;
+    Shape shape;
+    int bits = 8; // of a sample: 1, 8 or 16
+    bool inverted = false, planar = false;
 };
 // `maxPixels` bounds what the tags may ask for.
-TiffPicture pictureOf(const TiffFile& file, std::size_t maxPixels);
-// For messages.
-std::string sizeText(std::int64_t width, std::int64_t height);
+TiffPicture pictureOf(const TiffFile& file, std::uint64_t maxPixels);
+
+} // namespace codecs

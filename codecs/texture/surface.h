@@ -1,7 +1,7 @@
 // surface.h - pictures to texture blocks and back, and the levels of a chain.
 #pragma once
 
-#include "codecs/picture/picture.h"
+#include "codecs/picture/image.h"
 #include "codecs/texture/dds.h"
 
 namespace dds {

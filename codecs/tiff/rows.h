@@ -1,7 +1,7 @@
 // rows.h - rows of samples as TIFF stores them, and PackBits strips of them.
 #pragma once
 
-#include "codecs/picture/picture.h"
+#include "codecs/picture/image.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,7 @@
 // tiff.cpp - the container: tags and raw strips.
 #include "codecs/tiff/tiff.h"
 
+#include "codecs/picture/bytefile.h"
 #include "codecs/picture/tifffile.h"
 #include "codecs/tiff/rows.h"
 
@@ -8,12 +9,15 @@
 #include <climits>
 
 namespace tif {
+
+using codecs::TiffFile;
+
 namespace {
 
 // The samples of a picture in the next depth that a file has: 1, 8 or 16 bits.
 Image inFileDepth(Image image) {
     const int maxval = image.maxval == 1 && image.channels == 1 ? 1 : image.maxval <= 255 ? 255 : 65535;
-    return scaled(std::move(image), maxval);
+    return scaled(image, maxval);
 }
 int bitsOf(int maxval) { return maxval == 1 ? 1 : maxval == 255 ? 8 : 16; }
 
@@ -43,14 +47,14 @@ Header readTags(const TiffFile& file, std::size_t maxPixels) {
     if (compression != kPackBits && !split) file.refuse("Compression", compression);
     const unsigned photometric = file.tag<std::uint16_t>(TIFFTAG_PHOTOMETRIC, 0xFFFF);
     if (photometric == PHOTOMETRIC_SEPARATED) file.refuse("PhotometricInterpretation", photometric);
-    const TiffPicture picture = pictureOf(file, maxPixels);
-    const Image& image = picture.image;
+    const codecs::TiffPicture picture = pictureOf(file, maxPixels);
+    const Image image = imageFrom(codecs::Picture(picture.shape));
     if (picture.planar) file.refuse("PlanarConfiguration", PLANARCONFIG_SEPARATE);
     if (split && picture.bits != 16) file.fail("split rows of samples that have not 16 bits");
     const auto rows = file.tag<std::uint32_t>(TIFFTAG_ROWSPERSTRIP, unsigned(image.height));
     if (rows < 1) file.refuse("RowsPerStrip", rows);
 
-    const std::string size = sizeText(image.width, image.height);
+    const std::string size = codecs::sizeText(image.width, image.height);
     if (std::uint64_t(image.rowSamples()) * unsigned(picture.bits) / 8 > INT_MAX - 1)
         file.fail(size + ": the rows are too long");
     Header h{image, {}, int(std::min(rows, unsigned(image.height)))};
@@ -78,17 +82,19 @@ Bytes readStrip(const TiffFile& file, std::uint32_t strip) {
 
 } // namespace
 
-void write(const std::string& path, const Image& picture, const EncodeOptions& options) {
-    if (picture.cmyk) throw Error(path + ": TIFF: a CMYK picture is not supported");
+namespace {
+
+void writeUnnamed(const std::string& path, const Image& picture, const EncodeOptions& options) {
+    if (picture.cmyk) throw Error("TIFF: a CMYK picture is not supported");
     const Image image = inFileDepth(picture);
     const std::uint64_t rowBytes = std::uint64_t(image.rowSamples()) * 2;
-    if (rowBytes > INT_MAX / 2) throw Error(path + ": TIFF: the rows are too long");
-    if (options.split16 && image.maxval != 65535) throw Error(path + ": TIFF: split rows are for samples of 16 bits");
+    if (rowBytes > INT_MAX / 2) throw Error("TIFF: the rows are too long");
+    if (options.split16 && image.maxval != 65535) throw Error("TIFF: split rows are for samples of 16 bits");
     const RowLayout layout{int(image.rowSamples()), bitsOf(image.maxval), options.split16};
     const int advised = std::max(1, int(8192 / layout.bytes()));
     const int rowsPerStrip = std::min(image.height, options.rowsPerStrip > 0 ? options.rowsPerStrip : advised);
 
-    const TiffFile file(path, "w");
+    TiffFile file(codecs::createBytes(path), false);
     writeTags(file, image, layout, rowsPerStrip);
     for (int y = 0; y < image.height;) {
         const int strip = y / rowsPerStrip, end = std::min(image.height, y + rowsPerStrip);
@@ -105,8 +111,8 @@ void write(const std::string& path, const Image& picture, const EncodeOptions& o
     file.finish();
 }
 
-Image read(const std::string& path, std::size_t maxPixels) {
-    const TiffFile file(path, "rm");
+Image readUnnamed(const std::string& path, std::size_t maxPixels) {
+    const TiffFile file(codecs::openBytes(path));
     Header h = readTags(file, maxPixels);
     Image& image = h.image;
     image.samples.resize(image.rowSamples() * std::size_t(image.height));
@@ -119,6 +125,15 @@ Image read(const std::string& path, std::size_t maxPixels) {
                 file.fail("strip " + std::to_string(strip) + ", row " + std::to_string(y) + ": " + wrong);
     }
     return std::move(image);
+}
+
+} // namespace
+
+void write(const std::string& path, const Image& picture, const EncodeOptions& options) {
+    codecs::named(path, [&] { writeUnnamed(path, picture, options); });
+}
+Image read(const std::string& path, std::size_t maxPixels) {
+    return codecs::named(path, [&] { return readUnnamed(path, maxPixels); });
 }
 
 } // namespace tif

@@ -7,7 +7,7 @@
 // so that none takes it for PackBits the file claims the private compression scheme kSplitPackBits.
 #pragma once
 
-#include "codecs/picture/picture.h"
+#include "codecs/picture/image.h"
 
 #include <cstddef>
 #include <string>

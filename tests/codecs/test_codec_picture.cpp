@@ -1,6 +1,6 @@
 // Pictures in memory and in files: containers, depths, CMYK, TIFF files of libtiff's making, and the measures of
 // difference.
-#include "codecs/picture/raw.h"
+#include "codecs/picture/image.h"
 #include "tests/support/damage.h"
 #include "tests/support/rng.h"
 
@@ -96,13 +96,16 @@ TEST(Image, CropTakesThePart) {
 }
 
 TEST(Image, HowPicturesDiffer) {
+    const auto compare = [](const Image& first, const Image& second, int level) {
+        return codecs::compare(pictureFrom(first), pictureFrom(second), level);
+    };
     const Image a{4, 1, 1, 255, {10, 20, 30, 40}};
     Image b = a;
-    EXPECT_TRUE(std::isinf(psnr(a, b)));
+    EXPECT_TRUE(std::isinf(compare(a, b, 0).psnr));
     EXPECT_EQ(compare(a, b, 0).max, 0);
     EXPECT_EQ(compare(a, b, 0).within, 1);
     b.samples = {10, 22, 30, 34};
-    const Difference d = compare(a, b, 2);
+    const codecs::Difference d = compare(a, b, 2);
     EXPECT_EQ(d.max, 6);
     EXPECT_EQ(d.within, 0.75);
     EXPECT_NEAR(d.psnr, 10 * std::log10(255.0 * 255 / 10), 1e-9); // the mean of 0, 4, 0 and 36
@@ -325,12 +328,11 @@ TEST(Image, TiffThatCannotBeWritten) {
         }
         return "";
     };
-    EXPECT_EQ(message("/nowhere/x.tif").rfind("/nowhere/x.tif: TIFF: ", 0), 0u) << message("/nowhere/x.tif");
-    EXPECT_EQ(message("/nowhere/x.tif").find('\n'), std::string::npos);
+    EXPECT_EQ(message("/nowhere/x.tif"), "/nowhere/x.tif: No such file or directory");
     if (!std::filesystem::exists("/dev/full")) return;
     const Folder folder;
     std::filesystem::create_symlink("/dev/full", folder.file("full.tif"));
-    EXPECT_NE(message(folder.file("full.tif")).find("full.tif: TIFF: "), std::string::npos);
+    EXPECT_EQ(message(folder.file("full.tif")), folder.file("full.tif") + ": No space left on device");
 }
 
 TEST(Image, DamagedTiff) {

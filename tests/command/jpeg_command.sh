@@ -47,7 +47,7 @@ fails "short.jpg: byte " "$zmx" jpeg decode short.jpg b.ppm
 : >empty.jpg
 fails "empty.jpg: byte 0: not a JPEG file" "$zmx" jpeg decode empty.jpg b.ppm
 fails "nowhere.jpg: No such file" "$zmx" jpeg decode nowhere.jpg b.ppm
-fails "more than the limit" "$zmx" jpeg decode a.jpg b.ppm --max-pixels 1000
+fails "more pixels than the limit" "$zmx" jpeg decode a.jpg b.ppm --max-pixels 1000
 fails "ends in .png" "$zmx" jpeg decode a.jpg b.gif
 fails "not a PNG, PNM, PAM or TIFF file" "$zmx" jpeg encode a.jpg b.jpg
 "$zmx" jpeg encode in.ppm b.jpg --quality 101 2>err && bad "quality 101 is taken"

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# JPEG files between the zmx command and libjpeg-turbo's cjpeg and djpeg: ours are opened by djpeg without a warning and
-# to the same quality; theirs come out of our decoder as they come out of djpeg.
+# JPEG files between the zmx command and libjpeg-turbo's cjpeg and djpeg: ours are opened by djpeg without a warning; ours
+# and theirs come out of our decoder as they come out of djpeg, grey within 1, colour within 3, which is what two inverse
+# transforms differ by. With --fast colours are not rounded: there it is the quality that is compared.
 #
 #   jpeg_peers.sh BIN-DIR
 set -u
@@ -21,21 +22,28 @@ awk 'BEGIN {
 for size in 1 7 8 9 16 17 33 100; do "$zmx" image convert big.ppm $size.ppm --crop 40,30,$size,$(((size * 3 + 1) / 2)) || exit 1; done
 
 psnr() { "$zmx" image compare "$1" "$2" | awk '$1 == "psnr" { print $2 }'; }
+# near OURS: no sample is further from theirs.pnm than two inverse transforms may be
+near() {
+    local most=3
+    [ "${1##*.}" = pgm ] && most=1
+    "$zmx" image compare theirs.pnm "$1" >compared && awk -v most=$most '$1 == "max" { exit !($2 <= most) }' compared
+}
 
 # ours NAME OPTIONS...: a file of ours in djpeg
 ours() {
-    local name=$1 ours theirs
+    local name=$1 ours theirs out=ours.${original##*.}
     shift
     checks=$((checks + 1))
     "$zmx" jpeg encode "$name" o.jpg "$@" || { bad "encode $name $*"; return; }
-    djpeg -dct int -nosmooth -outfile theirs.pnm o.jpg 2>djpeg.log || bad "djpeg refuses $name $*: $(cat djpeg.log)"
+    djpeg -outfile theirs.pnm o.jpg 2>djpeg.log || bad "djpeg refuses $name $*: $(cat djpeg.log)"
     [ ! -s djpeg.log ] || bad "djpeg warns of $name $*: $(cat djpeg.log)"
-    "$zmx" jpeg decode o.jpg ours.${original##*.} --strict || { bad "decode $name $*"; return; }
-    ours=$(psnr "$original" ours.${original##*.}) theirs=$(psnr "$original" theirs.pnm)
-    awk -v a="$ours" -v b="$theirs" 'BEGIN { exit !(a == b || (a - b <= 1 && b - a <= 1)) }' && return
+    "$zmx" jpeg decode o.jpg "$out" --strict && near "$out" || bad "decode $name $*: $(tr '\n' ' ' <compared)"
+    djpeg -nosmooth -outfile theirs.pnm o.jpg && "$zmx" jpeg decode o.jpg "$out" --strict --fast || { bad "fast $name $*"; return; }
+    ours=$(psnr "$original" "$out") theirs=$(psnr "$original" theirs.pnm)
+    awk -v a="$ours" -v b="$theirs" 'BEGIN { exit !(a == b || (a - b <= 2 && b - a <= 2)) }' && return
     # A ratio of three samples says little.
     [ "$name" = 1.ppm ] && "$zmx" image compare theirs.pnm ours.ppm | awk '$1 == "max" { exit $2 > 2 }' && return
-    bad "$name $*: $ours dB decoded by us, $theirs dB by djpeg"
+    bad "$name $*, fast: $ours dB decoded by us, $theirs dB by djpeg"
 }
 for sampling in 444 422 420; do
     for quality in 10 50 75 90 100; do
@@ -59,12 +67,10 @@ original=grey.pgm ours big.ppm --gray --quality 75 --restart 5
 theirs() {
     local file=$1 what=${*:2}
     checks=$((checks + 1))
-    djpeg -dct int -nosmooth -outfile theirs.pnm "$file" || bad "djpeg $what"
+    djpeg -outfile theirs.pnm "$file" || bad "djpeg $what"
     local out=ours.ppm
     head -c 2 theirs.pnm | grep -q P5 && out=ours.pgm
-    "$zmx" jpeg decode "$file" $out --strict || { bad "decode $what"; return; }
-    "$zmx" image compare theirs.pnm $out --within 3 >compared || bad "compare $what"
-    awk '$1 == "within" { exit !($2 >= 0.999) }' compared || bad "$what: $(tr '\n' ' ' <compared)"
+    "$zmx" jpeg decode "$file" $out --strict && near $out || bad "$what: $(tr '\n' ' ' <compared)"
 }
 for sample in 1x1 2x1 2x2 1x2 4x1 4x2; do
     for quality in 10 25 60 90 100; do

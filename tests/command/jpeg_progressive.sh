@@ -44,12 +44,12 @@ theirs() {
         check quiet
     done
     [ "${2-}" != unfinished ] || return # djpeg smooths over what is missing
-    djpeg -dct int -nosmooth -outfile theirs.pnm "$1" && check "$zmx" jpeg decode "$1" ours.png --strict
+    djpeg -outfile theirs.pnm "$1" && check "$zmx" jpeg decode "$1" ours.png --strict
     "$zmx" image convert theirs.pnm theirs.png
-    # Both transforms are within a level of the exact one, colour conversion of units within another.
+    # Both transforms are within a level of the exact one; the colours make three of it.
     local max
     max=$("$zmx" image compare ours.png theirs.png | awk '$1 == "max" { print $2 }')
-    check test "$max" -le 5
+    check test "$max" -le 3
 }
 for sampling in 1x1 2x1 2x2 1x2 4x1; do
     for options in "-progressive" "-progressive -restart 3B" "-scans bits.txt" "-scans bits.txt -restart 1" "-scans three.txt" "-scans two.txt -restart 9B"; do

@@ -5,6 +5,7 @@
 #include "tests/support/digest.h"
 #include "tests/support/guarded.h"
 #include "tests/support/rng.h"
+#include "tests/support/sharing.h"
 #include "tests/support/threads.cpp"
 #include "zmxj.h"
 
@@ -477,22 +478,11 @@ TEST(ColourPairs, StepsOfZeroAndBelow) {
 TEST_P(Colour, TheSameBytesFromAnyNumberOfThreads) {
     Rng rng(223);
     SCOPED_TRACE("seed 223");
-    const bool shared = way().shared;
     for (ZmxiSize size : {ZmxiSize{8, 8}, ZmxiSize{128, 64}, ZmxiSize{8192, 1}, ZmxiSize{8193, 1}, ZmxiSize{1, 8193},
                           ZmxiSize{2731, 3}, ZmxiSize{201, 97}})
-        for (int threads : {1, 2, 7}) {
-            setThreads(threads);
-            const int askedBefore = threadsAsked();
-            const long opened = regionsOpened();
-            ASSERT_NO_FATAL_FAILURE(
-                compare(rng, size, srcRow(size.width) + 1, dstRow(size.width) + 3, GuardedBlock::AtEnd));
-            EXPECT_EQ(threadsAsked(), askedBefore + shared) << "the count is asked at every size";
-            if (regionsCounted()) {
-                EXPECT_EQ(regionsOpened(), opened + (shared && size.width * size.height > 8192 ? 1 : 0))
-                    << size.width << " by " << size.height;
-            }
-        }
-    setThreads(1);
+        ASSERT_NO_FATAL_FAILURE(checkSharing(size, way().shared, [&] {
+            compare(rng, size, srcRow(size.width) + 1, dstRow(size.width) + 3, GuardedBlock::AtEnd);
+        }));
 }
 
 TEST_P(Colour, InsideAnotherRegion) {

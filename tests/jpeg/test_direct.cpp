@@ -222,18 +222,15 @@ TEST(Direct, RandomTablesAndStreams) {
     for (int seed = 1; seed <= 1500; ++seed) {
         SCOPED_TRACE(seed);
         Rng rng{std::uint64_t(seed)};
-        const auto flushAt = randomFlush(rng);
-        DecodeTable dc(randomList(rng, {2, 40}, {0, 2}, 4), flushAt);
-        DecodeTable ac(flushAt);
-        ac.build(randomDecoderList(rng));
+        RandomTables t(rng);
         const int ffOneIn = rng.oneIn(3) ? 400 : int(rng.range(2, 60));
         DirectIn in(withMarker(randomStream(rng, int(rng.range(1, 400)), ffOneIn, 12)));
         // The last byte may be a 0xFF of its own: fill, and the marker stays one.
-        BlockOut out(flushAt);
+        BlockOut out(t.flush);
         in.bits[0] = in.bits[1] = Zmx32u(rng.next());
         in.count[0] = in.count[1] = int(rng.range(0, 32));
         for (int call = 0; call < 12; ++call) {
-            const Outcome o = decodeDirect(in, out, dc, ac);
+            const Outcome o = decodeDirect(in, out, t.dc, t.ac);
             if (::testing::Test::HasFailure()) return;
             if (!o.path) break;
             ++meaningful;

@@ -4,6 +4,7 @@
 #include "tests/support/digest.h"
 #include "tests/support/guarded.h"
 #include "tests/support/rng.h"
+#include "tests/support/sharing.h"
 #include "tests/support/threads.cpp"
 #include "zmxj.h"
 
@@ -141,20 +142,10 @@ TYPED_TEST(LevelShiftRows, TheSameBytesFromAnyNumberOfThreads) {
     SCOPED_TRACE("seed 212");
     for (ZmxiSize roi : {ZmxiSize{8, 8}, ZmxiSize{128, 64}, ZmxiSize{8192, 1}, ZmxiSize{129, 64}, ZmxiSize{8193, 1},
                          ZmxiSize{1, 8193}, ZmxiSize{301, 97}, ZmxiSize{3000, 3}})
-        for (int threads : {1, 2, 7}) {
-            setThreads(threads);
-            const int before = threadsAsked();
-            const long opened = regionsOpened();
-            ASSERT_NO_FATAL_FAILURE(compare<TypeParam>(rng, roi, roi.width * int(sizeof(typename TypeParam::Src)) + 1,
-                                                       roi.width * int(sizeof(typename TypeParam::Dst)) + 3,
-                                                       GuardedBlock::AtEnd));
-            EXPECT_EQ(threadsAsked(), before + 1) << "the count is asked at every size";
-            if (regionsCounted()) {
-                EXPECT_EQ(regionsOpened(), opened + (roi.width * roi.height > 8192 ? 1 : 0))
-                    << roi.width << " by " << roi.height;
-            }
-        }
-    setThreads(1);
+        ASSERT_NO_FATAL_FAILURE(checkSharing(roi, true, [&] {
+            compare<TypeParam>(rng, roi, roi.width * int(sizeof(typename TypeParam::Src)) + 1,
+                               roi.width * int(sizeof(typename TypeParam::Dst)) + 3, GuardedBlock::AtEnd);
+        }));
 }
 
 TYPED_TEST(LevelShiftRows, InsideAnotherRegion) {

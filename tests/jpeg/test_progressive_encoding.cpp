@@ -704,8 +704,7 @@ TEST(ProgressiveScans, Digests) {
                     out.set(scan.refine ? blocks[i] : Block{});
                     const Outcome o = decodeShape(scan, in, out, table);
                     if (!o.value) break;
-                    decoded.value(o.status).add(out.dst.data(), 128).value(out.lastDC[0]);
-                    decoded.value(in.pos[0]).value(in.marker[0]).add(in.state.bytes(), 20);
+                    addDecoded(decoded, o, in, out);
                 }
             }
         }

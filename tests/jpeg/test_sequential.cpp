@@ -341,19 +341,16 @@ TEST(Sequential, RandomTablesAndStreams) {
     for (int seed = 1; seed <= 1200; ++seed) {
         SCOPED_TRACE(seed);
         Rng rng{std::uint64_t(seed)};
-        const auto flushAt = randomFlush(rng);
-        DecodeTable dc(randomList(rng, {2, 40}, {0, 2}, 4), flushAt);
-        DecodeTable ac(flushAt);
-        ac.build(randomDecoderList(rng));
+        RandomTables t(rng);
         const int ffOneIn = rng.oneIn(3) ? 400 : int(rng.range(2, 40));
-        StreamIn in(randomStream(rng, int(rng.range(1, rng.oneIn(4) ? 600 : 120)), ffOneIn, 10), flushAt);
-        BlockOut out(flushAt);
+        StreamIn in(randomStream(rng, int(rng.range(1, rng.oneIn(4) ? 600 : 120)), ffOneIn, 10), t.flush);
+        BlockOut out(t.flush);
         rng.bytes(&in.state.plain, sizeof in.state.plain);
         in.state.plain.bitCount = int(rng.range(rng.oneIn(4) ? -15 : 0, 32));
         in.state.share();
         in.pos[0] = in.pos[1] = rng.oneIn(2) ? 0 : int(rng.range(0, in.len() + 2));
         for (int call = 0; call < 10; ++call) {
-            const Outcome o = decode(in, out, dc, ac);
+            const Outcome o = decode(in, out, t.dc, t.ac);
             if (::testing::Test::HasFailure()) return;
             if (!o.path) break;
             ++meaningful;
@@ -491,8 +488,7 @@ TEST(Sequential, Digests) {
             for (int call = 0; call < 6; ++call) {
                 const Outcome o = decode(in, out, t.decDC, t.decAC);
                 if (!o.value) break;
-                decoded.value(o.status).add(out.dst.data(), 128).value(out.lastDC[0]);
-                decoded.value(in.pos[0]).value(in.marker[0]).add(in.state.bytes(), 20);
+                addDecoded(decoded, o, in, out);
             }
         }
     }

@@ -181,12 +181,9 @@ struct Sink {
 ZmxStatus walkACFirst(Sink sink, const Zmx16s* src, Band band, int maxCategory) {
     int zeros = 0;
     for (int k = band.ss; k <= band.se; ++k) {
-        const int c = src[zigzagEntry(k)];
-        const int a = std::abs(c) >> band.al;
-        if (a == 0) {
-            ++zeros;
-            continue;
-        }
+        const int c = src[zigzagEntry(k)], a = std::abs(c) >> band.al;
+        zeros += a == 0;
+        if (a == 0) continue;
         if (ZmxStatus s = sink.run()) return s;
         for (; zeros > 15; zeros -= 16)
             if (ZmxStatus s = sink.symbol(240)) return s;
@@ -221,12 +218,9 @@ ZmxStatus walkACRefine(Sink sink, const Zmx16s* src, Band band) {
     };
     int zeros = 0;
     for (int k = band.ss; k <= band.se; ++k) {
-        const int c = src[zigzagEntry(k)];
-        const int a = std::abs(c) >> band.al;
-        if (a == 0) {
-            ++zeros;
-            continue;
-        }
+        const int c = src[zigzagEntry(k)], a = std::abs(c) >> band.al;
+        zeros += a == 0;
+        if (a == 0) continue;
         for (; zeros > 15 && k <= last; zeros -= 16) {
             if (ZmxStatus s = runAndHeld()) return s;
             if (ZmxStatus s = sink.symbol(240)) return s;

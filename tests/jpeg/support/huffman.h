@@ -4,6 +4,7 @@
 
 #include "tests/jpeg/model/bitio.h"
 #include "tests/jpeg/support/jpeg_annex_k.h"
+#include "tests/support/digest.h"
 #include "tests/support/guarded.h"
 #include "tests/support/rng.h"
 #include "zmxj.h"
@@ -147,6 +148,12 @@ struct StreamIn {
         return state.same();
     }
 };
+
+// What decoding a block left, to a digest.
+inline void addDecoded(Digest& digest, const Outcome& o, StreamIn& in, BlockOut& out) {
+    digest.value(o.status).add(out.dst.data(), 128).value(out.lastDC[0]);
+    digest.value(in.pos[0]).value(in.marker[0]).add(in.state.bytes(), 20);
+}
 
 // A stream that is written.
 struct StreamOut {

@@ -50,6 +50,17 @@ struct Luminance {
     DecodeTable decDC{annexK::dcLuminance}, decAC{annexK::acLuminance};
 };
 
+// Random tables of a decoder, drawn in this order.
+struct RandomTables {
+    GuardedBlock::Flush flush;
+    DecodeTable dc, ac;
+
+    explicit RandomTables(Rng& rng)
+        : flush(randomFlush(rng)), dc(randomList(rng, {2, 40}, {0, 2}, 4), flush), ac(flush) {
+        ac.build(randomDecoderList(rng));
+    }
+};
+
 // Blocks of one scan, as an encoder is given them, and the stream that they make.
 struct Scan {
     std::vector<Block> blocks;

@@ -231,18 +231,29 @@ template <class T> void fillLines(Rng& rng, Lines<T>& lines, int along, int acro
     }
 }
 
+// What a kernel is called with: the lengths from 1 upward at first, then any.
+struct KernelCase {
+    int pairs, across, phase;
+    Character kind;
+};
+inline KernelCase anyKernelCase(Rng& rng, int turn) {
+    const int pairs = turn < 80 ? 1 + turn % 20 : int(rng.range(1, turn % 8 ? 40 : 300));
+    const int across = int(rng.range(1, turn % 16 ? 5 : 150));
+    const int phase = turn & 1 ? 0 : int(rng.oneIn(2) ? 1 : rng.oneIn(2) ? 2 : INT_MIN);
+    return {pairs, across, phase, kCharacters[rng.range(0, 5)]};
+}
+inline ::testing::Message caseText(int pairs, int across, int phase, Character kind) {
+    return ::testing::Message() << pairs << " pairs, " << across << " lines, phase " << phase << ", kind " << int(kind);
+}
+
 template <class T>
 void checkForwardKernel(ForwardKernel<T> fn, void (*line)(const T*, T*, T*, int, int), bool down, Reach phase0,
                         Reach phase1, int turns, std::uint64_t seed) {
     SCOPED_TRACE(seed);
     Rng rng(seed);
     for (int turn = 0; turn < turns; ++turn) {
-        const int w = turn < 80 ? 1 + turn % 20 : int(rng.range(1, turn % 8 ? 40 : 300)),
-                  across = int(rng.range(1, turn % 16 ? 5 : 150));
-        const int phase = turn & 1 ? 0 : int(rng.oneIn(2) ? 1 : rng.oneIn(2) ? 2 : INT_MIN);
-        const Character kind = kCharacters[rng.range(0, 5)];
-        SCOPED_TRACE(::testing::Message()
-                     << w << " pairs, " << across << " lines, phase " << phase << ", kind " << int(kind));
+        const auto [w, across, phase, kind] = anyKernelCase(rng, turn);
+        SCOPED_TRACE(caseText(w, across, phase, kind));
         const Reach reach = phase ? phase1 : phase0;
         Lines<T> src(rng, down, 2 * w, across, reach, anyGap(rng), anySide(rng));
         fillLines(rng, src, 2 * w, across, reach, kind);
@@ -277,12 +288,8 @@ void checkInverseKernel(InverseKernel<T> fn, void (*line)(const T*, const T*, T*
     SCOPED_TRACE(seed);
     Rng rng(seed);
     for (int turn = 0; turn < turns; ++turn) {
-        const int w = turn < 80 ? 1 + turn % 20 : int(rng.range(1, turn % 8 ? 40 : 300)),
-                  across = int(rng.range(1, turn % 16 ? 5 : 150));
-        const int phase = turn & 1 ? 0 : int(rng.oneIn(2) ? 1 : rng.oneIn(2) ? 2 : INT_MIN);
-        const Character kind = kCharacters[rng.range(0, 5)];
-        SCOPED_TRACE(::testing::Message()
-                     << w << " pairs, " << across << " lines, phase " << phase << ", kind " << int(kind));
+        const auto [w, across, phase, kind] = anyKernelCase(rng, turn);
+        SCOPED_TRACE(caseText(w, across, phase, kind));
         const auto [lowReach, highReach] = phase ? phase1 : phase0;
         const int gap = anyGap(rng); // the bands of a column share their step
         Lines<T> low(rng, down, w, across, lowReach, gap, anySide(rng));

@@ -1,0 +1,48 @@
+// huffman.cpp - tables and bit states from the library.
+#include "codecs/jpeg/huffman.h"
+
+#include <new>
+
+namespace codecs::jpeg {
+
+DecodeSpec decodeSpecOf(const std::optional<HuffmanTable>& table, const char* kind, int number, std::uint64_t offset) {
+    const std::string name = std::string(kind) + " Huffman table " + std::to_string(number);
+    if (!table) fail(offset, name + " is missing");
+    ZmxiDecodeHuffmanSpec* spec = nullptr;
+    const ZmxStatus status = zmxiDecodeHuffmanSpecInitAlloc_JPEG_8u(table->bits.data(), table->vals.data(), &spec);
+    DecodeSpec owned(spec); // a table that failed is there too
+    if (status != zmxStsNoErr) fail(offset, name + " is no prefix code");
+    return owned;
+}
+
+// Only of tables that are our own: the standard ones, and optimal ones.
+EncodeSpec encodeSpecOf(const HuffmanTable& table) {
+    ZmxiEncodeHuffmanSpec* spec = nullptr;
+    const ZmxStatus status = zmxiEncodeHuffmanSpecInitAlloc_JPEG_8u(table.bits.data(), table.vals.data(), &spec);
+    EncodeSpec owned(spec);
+    if (status != zmxStsNoErr) throw Error("a Huffman table cannot be built");
+    return owned;
+}
+
+DecodeState newDecodeState() {
+    ZmxiDecodeHuffmanState* state = nullptr;
+    if (zmxiDecodeHuffmanStateInitAlloc_JPEG_8u(&state) != zmxStsNoErr) throw std::bad_alloc();
+    return DecodeState(state);
+}
+
+EncodeState newEncodeState() {
+    ZmxiEncodeHuffmanState* state = nullptr;
+    if (zmxiEncodeHuffmanStateInitAlloc_JPEG_8u(&state) != zmxStsNoErr) throw std::bad_alloc();
+    return EncodeState(state);
+}
+
+HuffmanTable optimalTable(const SymbolCounts& counts) {
+    HuffmanTable table;
+    std::array<Zmx32s, 257> statistics;
+    std::copy(counts.begin(), counts.end(), statistics.begin());
+    if (zmxiEncodeHuffmanRawTableInit_JPEG_8u(statistics.data(), table.bits.data(), table.vals.data()) != zmxStsNoErr)
+        throw Error("no Huffman table fits the picture");
+    return table;
+}
+
+} // namespace codecs::jpeg

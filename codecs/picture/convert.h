@@ -1,0 +1,52 @@
+// convert.h - rows made into other rows on their way: depth, channels, parts.
+#pragma once
+
+#include "codecs/picture/rows.h"
+
+#include <functional>
+
+namespace codecs {
+
+// A sample scaled from one largest value to another, rounded to the nearest.
+class DepthTable {
+public:
+    DepthTable(int from, int to);
+    bool changes() const { return from != to; }
+    int maxval() const { return to; }
+    // `samples` of them, from the width that `from` has into the one that `to` has.
+    void convert(const std::uint8_t* in, std::uint8_t* out, std::size_t samples) const;
+
+private:
+    int from, to;
+    std::vector<std::uint16_t> table;
+};
+
+// Sources that stand before another one and own it. What changes nothing gives the source itself.
+using Rows = std::unique_ptr<RowSource>;
+
+Rows withDepth(Rows from, int maxval);
+Rows withoutAlpha(Rows from);
+// RGB as its luma of the same depth; grey stays. Alpha must be off already.
+Rows asGrey(Rows from);
+// Grey as three equal channels; RGB stays. Alpha must be off already.
+Rows asRgb(Rows from);
+// Each sample taken from the largest; alpha stays.
+Rows inverted(Rows from);
+// Blue first.
+Rows withRedAndBlueExchanged(Rows from);
+// The part that begins at (x, y); an Error where it is not inside.
+Rows cropped(Rows from, int x, int y, int width, int height);
+// Without what travels beside the samples.
+Rows stripped(Rows from);
+// The same rows with another meaning of their channels.
+Rows withColour(Rows from, Colour colour, bool alpha);
+
+// A source that stays with the caller.
+Rows borrowed(RowSource& from);
+
+// The same changes on the way into a sink: `change` is called once, in begin(), and puts its sources before the rows that
+// come. They must not change how many there are.
+using RowChange = std::function<Rows(Rows)>;
+std::unique_ptr<RowSink> changedBefore(std::unique_ptr<RowSink> to, RowChange change);
+
+} // namespace codecs

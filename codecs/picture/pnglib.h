@@ -1,0 +1,68 @@
+// pnglib.h - libpng called from C++: its errors jump, ours are thrown, and neither may cross the other's frames.
+#pragma once
+
+#include "codecs/picture/error.h"
+
+#include <csetjmp>
+#include <cstdio>
+#include <exception>
+#include <png.h>
+
+namespace codecs {
+
+// The two structures of libpng for one file, and what went wrong.
+class PngLib {
+public:
+    enum class Way { read, write };
+    explicit PngLib(Way direction) : way(direction) {
+        png = way == Way::read ? png_create_read_struct(PNG_LIBPNG_VER_STRING, this, onError, onWarning)
+                               : png_create_write_struct(PNG_LIBPNG_VER_STRING, this, onError, onWarning);
+        info = png ? png_create_info_struct(png) : nullptr;
+    }
+    PngLib(const PngLib&) = delete;
+    PngLib& operator=(const PngLib&) = delete;
+    ~PngLib() {
+        if (way == Way::read)
+            png_destroy_read_struct(&png, &info, nullptr);
+        else
+            png_destroy_write_struct(&png, &info);
+    }
+
+    // Calls of libpng. Where one fails this throws; what `calls` itself makes has no destructor, for a jump passes it by.
+    template <class Calls> [[gnu::noinline]] void run(Calls calls) {
+        if (!info) throw Error("PNG: no memory for libpng");
+        if (setjmp(jump)) {
+            if (thrown) std::rethrow_exception(std::exchange(thrown, nullptr));
+            throw Error(std::string("PNG: ") + text);
+        }
+        calls();
+    }
+    // Our own code in a callback of libpng: an exception waits until run() can throw it.
+    template <class Code> void guarded(Code code) {
+        try {
+            code();
+            return;
+        } catch (...) {
+            thrown = std::current_exception();
+        }
+        png_error(png, "in a callback");
+    }
+
+    png_structp png = nullptr;
+    png_infop info = nullptr;
+
+private:
+    [[noreturn]] static void onError(png_structp png, png_const_charp message) {
+        auto* self = static_cast<PngLib*>(png_get_error_ptr(png));
+        std::snprintf(self->text, sizeof self->text, "%s", message);
+        std::longjmp(self->jump, 1);
+    }
+    static void onWarning(png_structp, png_const_charp) {}
+
+    Way way;
+    std::jmp_buf jump;
+    char text[200] = "";
+    std::exception_ptr thrown;
+};
+
+} // namespace codecs
