@@ -1,5 +1,7 @@
 // pj2ct.h - what the component transforms share: argument tests, and the walk over pixels in each layout.
 //
+// Rows are bytes, whose steps need not be multiples of a sample, and may be shorter than a row.
+//
 // A transform is a function of one pixel, (a, b, c) to (a, b, c), all three read before any is written. A walk calls
 // one of three row functions, made of a transform here.
 #pragma once
@@ -9,9 +11,10 @@
 
 namespace zmx::components {
 
+// The samples of a pixel, in the order of the components.
 template <class T> struct Pixel { T a, b, c; };
 
-// Interleaved pixels to three planes.
+// Interleaved pixels to three planes: a row, and the walk with its argument tests, null pointers, steps, sizes.
 template <class T, Pixel<T> (*transform)(Pixel<T>)>
 void splitRow(const Zmx8u* src, Zmx8u* d0, Zmx8u* d1, Zmx8u* d2, int width) {
     for (int x = 0; x < width; ++x) {
@@ -31,7 +34,7 @@ ZmxStatus pixelsToPlanes(const T* src, int srcStep, T* const* dst, int dstStep, 
     return zmxStsNoErr;
 }
 
-// Three planes to interleaved pixels.
+// Three planes to interleaved pixels, likewise.
 template <class T, Pixel<T> (*transform)(Pixel<T>)>
 void joinRow(const Zmx8u* s0, const Zmx8u* s1, const Zmx8u* s2, Zmx8u* dst, int width) {
     for (int x = 0; x < width; ++x) {
@@ -51,7 +54,8 @@ ZmxStatus planesToPixels(const T* const* src, int srcStep, T* dst, int dstStep, 
     return zmxStsNoErr;
 }
 
-// Three planes in place.
+// Three planes in place, likewise. There is one step for all of them, and no test of planes that overlap: they are
+// walked from left to right, pixel by pixel.
 template <class T, Pixel<T> (*transform)(Pixel<T>)> void planesRow(Zmx8u* r0, Zmx8u* r1, Zmx8u* r2, int width) {
     for (int x = 0; x < width; ++x) {
         const Pixel<T> p = transform({load<T>(r0, x), load<T>(r1, x), load<T>(r2, x)});

@@ -15,8 +15,7 @@
 // samples have brackets that saturate.
 #include "pj2wt97ext.h"
 
-#include "pj2wt97.h"
-#include "pjextended.h"
+#include "pj2wt97exact.h"
 
 #include <bit>
 #include <cmath>
@@ -25,9 +24,10 @@
 namespace zmx::wt97::ext {
 namespace {
 
-// Bounds and their doubt.
+// The bound M of samples, a power of two that is easily had: above the or of all magnitudes (of the complement, for
+// negative samples).
 struct Bound {
-    Zmx32u bits = 0; // the or of all magnitudes (of the complement, for negative samples)
+    Zmx32u bits = 0;
     void add(const Zmx8u* row, int n) {
         Zmx32u all = bits;
         for (int i = 0; i < n; ++i) {
@@ -36,60 +36,15 @@ struct Bound {
         }
         bits = all;
     }
+    // Whether outputs may leave 32 bits.
     bool large() const { return bits >= 1u << 27; }
+    // How far outputs may be off: 2^-46 M.
     double doubt() const { return double(std::uint64_t(1) << std::bit_width(bits)) * 0x1p-46; }
 };
 
-// One lifting step, in double or extended precision.
-template <class Real> Real lift(Real centre, Zmx32f c, Real sides) { return centre + sides * c; }
-template <class Real> Real liftBack(Real centre, Zmx32f c, Real sides) { return centre - sides * c; }
-
-// The first forward step adds two samples as integers, which wrap.
-template <class Real> Real firstLift(Zmx32s centre, Zmx32s side0, Zmx32s side1) {
-    return lift(Real(centre), kFloatSteps.alpha, Real(wrapAdd(side0, side1)));
-}
-
-// ---- outputs one at a time, in extended precision. x(j) is the sample j places from the output.
-
-constexpr Zmx32s kLeast = -2147483647 - 1;
-
-// Saturates, then truncates toward zero; 2^31 itself passes the comparison and comes out as -2^31.
-Zmx32s toInteger(SoftExtended v) {
-    if (v > 2147483648.0f) return 2147483647;
-    if (v < -2147483648.0f || v == 2147483648.0f) return kLeast;
-    return Zmx32s(v);
-}
-
-template <class X> SoftExtended exactA(X x, int j) { return firstLift<SoftExtended>(x(j), x(j - 1), x(j + 1)); }
-template <class X> SoftExtended exactB(X x, int j) {
-    return lift(SoftExtended(x(j)), kFloatSteps.beta, exactA(x, j - 1) + exactA(x, j + 1));
-}
-template <class X> SoftExtended exactG(X x, int j) {
-    return lift(exactA(x, j), kFloatSteps.gamma, exactB(x, j - 1) + exactB(x, j + 1));
-}
-template <class X> Zmx32s exactLow(X x) {
-    return toInteger(lift(exactB(x, 0), kFloatSteps.delta, exactG(x, -1) + exactG(x, 1)) * kFloatSteps.oneOverK);
-}
-template <class X> Zmx32s exactHigh(X x) { return toInteger(exactG(x, 0) * kFloatSteps.k); }
-
-template <class X> SoftExtended exactS(X x, int j) { return SoftExtended(x(j)) * kFloatSteps.oneOverK; }
-template <class X> SoftExtended exactBackB(X x, int j) {
-    return liftBack(SoftExtended(x(j)) * kFloatSteps.k, kFloatSteps.delta, exactS(x, j - 1) + exactS(x, j + 1));
-}
-template <class X> SoftExtended exactBackA(X x, int j) {
-    return liftBack(exactS(x, j), kFloatSteps.gamma, exactBackB(x, j - 1) + exactBackB(x, j + 1));
-}
-template <class X> SoftExtended exactBackEven(X x, int j) {
-    return liftBack(exactBackB(x, j), kFloatSteps.beta, exactBackA(x, j - 1) + exactBackA(x, j + 1));
-}
-template <class X> Zmx32s exactEven(X x) { return toInteger(exactBackEven(x, 0)); }
-template <class X> Zmx32s exactOdd(X x) {
-    return toInteger(liftBack(exactBackA(x, 0), kFloatSteps.alpha, exactBackEven(x, -1) + exactBackEven(x, 1)));
-}
-
 // ---- outputs in double precision with their brackets
 
-// The truncated value, and something other than 0 where it is in doubt.
+// The truncated value, and something other than 0 where it is in doubt. Of samples that are not large it fits.
 template <bool large> struct Bracket {
     Zmx32s below, differ;
     Bracket(double v, double doubt) : below(Zmx32s(v - doubt)), differ(below ^ Zmx32s(v + doubt)) {}
@@ -125,6 +80,7 @@ public:
         for (int r = 0; r < rows; ++r) bound.add(rowAt(place, step, r), width);
         for (int r = -4; r < 0; ++r) std::memcpy((*this)[r], rowAt(place, step, mirror(r, rows)), bytes());
     }
+    // A row that is held, ahead of the strip or behind it too.
     Zmx32s* operator[](int r) { return held[r & 15]; }
     // Takes row r in; rows come in ascending order from 0, those behind the last by mirroring what is held.
     void take(int r) {
@@ -142,6 +98,7 @@ private:
     std::size_t bytes() const { return sizeof(Zmx32s) * std::size_t(width); }
 };
 
+// Values between the steps for every column of a strip; and a pair of output rows.
 struct Running {
     double v0[kStrip], v1[kStrip], v2[kStrip], v3[kStrip];
 };
@@ -179,6 +136,7 @@ void forwardStep(const Zmx32s* x2, const Zmx32s* x3, const Zmx32s* x4, Running& 
     }
 }
 
+// Down a strip, two rows at a time: rows are held before outputs overwrite them.
 template <bool large> void forwardStrip(StripRows& rows, Zmx8u* strip, int step, Split s, int width) {
     const int p = s.phase;
     const double doubt = rows.bound.doubt();
@@ -186,6 +144,7 @@ template <bool large> void forwardStrip(StripRows& rows, Zmx8u* strip, int step,
     Outputs out, differ{};
     // Absolute position k, even, is row k + p. Begin two places ahead of the first outputs.
     for (int r = 0; r <= p; ++r) rows.take(r);
+    // A(-1) and B(-2); the first turn makes G(-1), and a D(-2) that lies ahead of the strip.
     for (int i = 0; i < width; ++i) {
         const auto x = [&](int k) { return rows[k + p][i]; };
         const double before = firstLift<double>(x(-3), x(-4), x(-2));
@@ -233,6 +192,7 @@ template <bool large> void inverseStrip(StripRows& rows, Zmx8u* strip, int step,
     Outputs out, differ{};
     // Absolute position k, even, is row k - p here, so that position 0 may lie ahead of the first row.
     for (int r = 0; r <= 1 - p; ++r) rows.take(r);
+    // S(1), B(0) and A(-1); the first turn makes x(0), and an x(-1) that is not needed.
     for (int i = 0; i < width; ++i) {
         const auto x = [&](int k) { return double(rows[k - p][i]); };
         const double s3 = x(-3) * kFloatSteps.oneOverK, s1 = x(-1) * kFloatSteps.oneOverK;
@@ -265,6 +225,7 @@ struct Samples {
     Zmx32s evens[kHeld], odds[kHeld];
     int first; // the j of element 0
     Bound bound;
+    // Any position of the chunk, for exact outputs.
     Zmx32s at(int k) const { return k % 2 == 0 ? evens[k / 2 - first] : odds[(k - 1) / 2 - first]; }
     auto around(int k) const {
         return [this, k](int j) { return at(k + j); };
@@ -275,6 +236,8 @@ struct Samples {
     }
 };
 
+// The samples that a chunk stands on: most come straight from memory, the others are mirrored, one by one.
+//
 // Fills kHeld elements from j = first on, by value(j) near the ends of the line and straight from the line inside.
 template <class Inside, class Value>
 void fill(Zmx32s* dst, int first, int insideFrom, int insideTo, Inside inside, Value value) {
@@ -295,6 +258,7 @@ void storeBand(Zmx8u* band, const Zmx32s* values, const Zmx32s* differ, int from
             if (differ[i - from]) store(band, i, exact(i));
 }
 
+// Outputs of a chunk with their brackets.
 template <bool large>
 void truncateAll(const double* v, Zmx32f factor, double doubt, Zmx32s* values, Zmx32s* differ, int n) {
     for (int i = 0; i < n; ++i) {
@@ -309,6 +273,7 @@ template <bool large> void forwardChunk(const Samples& x, Split s, int from, Zmx
     double a[kHeld], b[kHeld], g[kHeld], d[kHeld];
     Zmx32s values[kHeld] = {}, differ[kHeld] = {};
     const int p = s.phase, lowTo = std::min(from + kChunk, s.low()), highTo = std::min(from + kChunk, s.high());
+    // The steps over the whole chunk, then the two bands with their brackets.
     const double doubt = x.bound.doubt();
     const Zmx32s *even = x.evens, *odd = x.odds;
     for (int i = 0; i < kHeld - 1; ++i) a[i] = firstLift<double>(odd[i], even[i], even[i + 1]);
@@ -327,6 +292,7 @@ template <bool large> void inverseChunk(const Samples& x, Split s, int from, Zmx
     double o[kHeld], b[kHeld], a[kHeld], e[kHeld];
     Zmx32s evens[kHeld] = {}, odds[kHeld] = {}, evenDiffer[kHeld] = {}, oddDiffer[kHeld] = {};
     const double doubt = x.bound.doubt();
+    // S, B, A, and the samples: the even ones, and the odd ones in the place of S.
     for (int i = 0; i < kHeld; ++i) o[i] = double(x.odds[i]) * kFloatSteps.oneOverK;
     for (int i = 1; i < kHeld; ++i)
         b[i] = liftBack(double(x.evens[i]) * kFloatSteps.k, kFloatSteps.delta, o[i - 1] + o[i]);
@@ -335,6 +301,7 @@ template <bool large> void inverseChunk(const Samples& x, Split s, int from, Zmx
     for (int i = 2; i < kHeld - 2; ++i) o[i] = liftBack(a[i], kFloatSteps.alpha, e[i] + e[i + 1]);
     truncateAll<large>(e + kAhead, 1, doubt, evens, evenDiffer, kChunk);
     truncateAll<large>(o + kAhead, 1, doubt, odds, oddDiffer, kChunk);
+    // What is in doubt is computed again ahead of the interleaving.
     Zmx32s any = 0;
     for (int i = 0; i < kChunk; ++i) any |= evenDiffer[i] | oddDiffer[i];
     if (any)
@@ -346,6 +313,7 @@ template <bool large> void inverseChunk(const Samples& x, Split s, int from, Zmx
     Zmx8u* const first = line + std::ptrdiff_t(sizeof(Zmx32s)) * (2 * std::ptrdiff_t(from) - s.phase);
     const int begin = from == 0 ? s.phase : 0; // of the chunk's samples, the first and the last that lie in the line
     const int end = std::min(2 * kChunk, s.n + s.phase - 2 * from);
+    // A whole chunk is interleaved in a loop that the compiler vectorises.
     if (begin == 0 && end == 2 * kChunk)
         for (int i = 0; i < kChunk; ++i) {
             store(first, 2 * i, evens[i]);
@@ -355,6 +323,7 @@ template <bool large> void inverseChunk(const Samples& x, Split s, int from, Zmx
         for (int i = begin; i < end; ++i) store(first, i, i % 2 == 0 ? evens[i / 2] : odds[i / 2]);
 }
 
+// Strips of columns from left to right, with the lifting for large samples where there are any in the strip.
 using LiftStrip = void (*)(StripRows& rows, Zmx8u* strip, int step, Split split, int width);
 
 void allStrips(Zmx8u* plane, int step, Split split, int width, LiftStrip lift, LiftStrip liftLarge) {
@@ -368,6 +337,7 @@ void allStrips(Zmx8u* plane, int step, Split split, int width, LiftStrip lift, L
 
 } // namespace
 
+// A line in chunks. Samples of a band come every other from the interleaved line; beyond its ends they are mirrored.
 void forwardLine(const Zmx8u* x, Split split, Zmx8u* low, Zmx8u* high) {
     const int p = split.phase, n = split.n;
     Samples samples;
@@ -417,6 +387,7 @@ void inverseLine(Zmx8u* low, Zmx8u* high, Split split, Zmx8u* x) {
     }
 }
 
+// Columns do not depend on each other.
 void forwardColumns(Zmx8u* plane, int step, Split split, int width) {
     allStrips(plane, step, split, width, forwardStrip<false>, forwardStrip<true>);
 }

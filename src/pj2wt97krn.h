@@ -77,35 +77,41 @@ template <class T> Aside<T> aside(T v) { return v; }
 
 // ---- floats in rows: the same, rounded at once
 
-// centre + side0 + side1 in double precision, where the terms are exact, if that settles what the sum in extended
-// precision rounds to: if a little less and a little more than it round to the same float. What the two sums lose is
-// added at the end, so that the doubt is half of the last place, and that of 64 bits where the terms cancel.
-inline bool settles(double centre, double side0, double side1, Zmx32f& result) {
-    const auto lost = [](double a, double b, double sum) {
-        const double part = sum - a;
-        return (a - (sum - part)) + (b - part);
-    };
-    const double sides = side0 + side1, all = centre + sides;
-    const double rest = lost(side0, side1, sides) + lost(centre, sides, all);
-    const double value = rest == 0 ? all : all + rest;         // keeps the sign of a zero
-    constexpr double kLast = kDoubleOnX87 ? 0x1p-51 : 0x1p-62; // of unknown precision where the unit computes doubles
-    const double doubt = std::fabs(value) * 0x1p-52 + (std::fabs(sides) + std::fabs(all)) * kLast;
+// Whether all numbers within `doubt` of a value round to one float.
+inline bool rounds(double value, double doubt, Zmx32f& result) {
     result = Zmx32f(value - doubt);
     const Zmx32u below = std::bit_cast<Zmx32u>(result), above = std::bit_cast<Zmx32u>(Zmx32f(value + doubt));
     return below == above && doubt < 0x1p1000; // neither infinite nor a NaN
 }
+// centre + c (a + b) in double precision, for an exact centre, if that settles what it rounds to in extended precision.
+// The products are exact. Two sums are off by a last place of each; where the terms cancel that is too much, and what
+// the sums lose is added to them: then the last of 64 bits of the terms is in doubt, and of 53 bits of the result.
+inline bool settles(double centre, double c, double a, double b, Zmx32f& result) {
+    const double side0 = c * a, side1 = c * b;
+    const double sides = a + b == 0 ? c * (a + b) : side0 + side1; // for the sign of a zero
+    const double all = centre + sides, size = std::fabs(centre) + std::fabs(sides);
+    if (rounds(all, size * 0x1p-51, result)) return true;
+    if (kDoubleOnX87) return false; // a sum may have more bits than what is lost from it
+    const auto lost = [](double x, double y, double sum) {
+        const double part = sum - x;
+        return (x - (sum - part)) + (y - part);
+    };
+    const double rest = lost(side0, side1, sides) + lost(centre, sides, all);
+    const double value = rest == 0 ? all : all + rest; // keeps the sign of a zero
+    return rounds(value, std::fabs(value) * 0x1p-52 + size * 0x1p-61, result);
+}
 
-// The x87 unit takes 0.8 ns for a step, the way through double precision twice that.
+// The x87 unit takes 0.8 ns for a step, the way through double precision 3 ns.
 inline Zmx32f lift(Zmx32f centre, Zmx32f c, Zmx32f a, Zmx32f b) {
     if constexpr (!kExtendedOnX87)
-        if (Zmx32f result; settles(centre, double(c) * a, double(c) * b, result)) [[likely]]
+        if (Zmx32f result; settles(centre, c, a, b, result)) [[likely]]
             return result;
     return Zmx32f(lift(Extended(centre), c, Extended(a), Extended(b)));
 }
 inline Zmx32f liftBack(Zmx32f centre, Zmx32f c, Zmx32f a, Zmx32f b) { return lift(centre, -c, a, b); }
 inline Zmx32f weigh(Zmx32f c0, Zmx32f v, Zmx32f c1, Zmx32f a, Zmx32f b) {
     if constexpr (!kExtendedOnX87)
-        if (Zmx32f result; settles(double(c0) * v, double(c1) * a, double(c1) * b, result)) [[likely]]
+        if (Zmx32f result; settles(double(c0) * v, c1, a, b, result)) [[likely]]
             return result;
     return Zmx32f(weigh(c0, Extended(v), c1, Extended(a), Extended(b)));
 }

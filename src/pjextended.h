@@ -18,8 +18,8 @@
 namespace zmx {
 
 class SoftExtended {
-    // The magnitude is significand * 2^(exponent - kBias - 63). The top bit of the significand is set, but for zeros and
-    // denormals, which have exponent 1. Infinities (the top bit alone) and NaNs have exponent kSpecial.
+    // The magnitude is significand * 2^(exponent - kBias - 63). The top bit of the significand is set, but for zeros
+    // and denormals, which have exponent 1. Infinities (the top bit alone) and NaNs have exponent kSpecial.
     std::uint64_t significand = 0;
     int exponent = 1;
     bool negative = false;
@@ -45,9 +45,10 @@ public:
         exponent = kBias + 63 - shift;
     }
 
+    // Rounded once, to nearest, ties to even; denormals are rounded where they end.
     explicit constexpr operator Zmx32f() const { return narrowed<Zmx32f, Zmx32u>(); }
     explicit constexpr operator double() const { return narrowed<double, std::uint64_t>(); }
-    // Truncates toward zero; the value has to fit.
+    // Truncates toward zero. The value has to fit: there is no integer for the others.
     explicit constexpr operator Zmx32s() const {
         const int fraction = kBias + 63 - exponent; // bits behind the point
         const Zmx32s whole = fraction > 63 ? 0 : Zmx32s(significand >> fraction);
@@ -55,6 +56,7 @@ public:
     }
 
     friend constexpr SoftExtended operator-(SoftExtended a) { return {!a.negative, a.exponent, a.significand}; }
+    // The smaller exponent is brought to the larger one, which leaves no more than 128 bits that count.
     friend constexpr SoftExtended operator+(SoftExtended a, SoftExtended b) {
         if (a.exponent == kSpecial || b.exponent == kSpecial) return specialSum(a, b);
         if (a.exponent < b.exponent) std::swap(a, b);
@@ -69,7 +71,8 @@ public:
             }
             return rounded(a.negative, exp, w);
         }
-        bool minus = a.negative;
+        // Only one of two numbers with the same exponent may turn out the smaller one; then nothing was shifted out.
+        const bool minus = a.negative;
         const bool borrow = w.low != 0, swapped = !borrow && w.high > a.significand;
         w = swapped ? Wide{w.high - a.significand, 0} : Wide{a.significand - w.high - borrow, 0 - w.low};
         if (w.high == 0 && w.low == 0) return {};
@@ -79,6 +82,7 @@ public:
     }
     // Not a + -b: a NaN keeps its sign.
     friend constexpr SoftExtended operator-(SoftExtended a, SoftExtended b) { return b.isNan() ? a + b : a + -b; }
+    // A product of two top bits has 127 or 128 bits. Below the least exponent it is a denormal, rounded where it ends.
     friend constexpr SoftExtended operator*(SoftExtended a, SoftExtended b) {
         const bool minus = a.negative != b.negative;
         if (a.exponent == kSpecial || b.exponent == kSpecial) return specialProduct(a, b);
@@ -94,6 +98,7 @@ public:
         return rounded(minus, 1, shiftedRight(w, 1 - exp));
     }
 
+    // A NaN is neither equal to nor less than anything; zeros are equal.
     friend constexpr bool operator==(SoftExtended a, SoftExtended b) {
         if (a.isNan() || b.isNan()) return false;
         if ((a.significand | b.significand) == 0) return true;
@@ -108,6 +113,8 @@ public:
     friend constexpr bool operator>(SoftExtended a, SoftExtended b) { return b < a; }
 
 private:
+    // ---- significands on the way to a result
+    //
     // 128 bits, the low half behind the significand. Bits that leave it to the right stay as the lowest one.
     struct Wide {
         std::uint64_t high, low;
@@ -124,11 +131,14 @@ private:
         if (n < 64) return {w.high << n | w.low >> (64 - n), w.low << n};
         return {w.low << (n - 64), 0};
     }
+    // In halves of 32 bits, none of whose sums leaves 64.
     static constexpr Wide product(std::uint64_t a, std::uint64_t b) {
         const std::uint64_t a0 = Zmx32u(a), a1 = a >> 32, b0 = Zmx32u(b), b1 = b >> 32;
         const std::uint64_t low = a0 * b0, mid0 = a1 * b0 + (low >> 32), mid1 = a0 * b1 + Zmx32u(mid0);
         return {a1 * b1 + (mid0 >> 32) + (mid1 >> 32), mid1 << 32 | Zmx32u(low)};
     }
+    // The low half decides: more than a half, or a half under an odd number, goes up. A denormal that comes to have the
+    // top bit is the least normal number, with the same exponent here.
     static constexpr SoftExtended rounded(bool minus, int exp, Wide w) {
         if (w.low > kTop || (w.low == kTop && w.high % 2 != 0))
             if (++w.high == 0) {
@@ -138,7 +148,10 @@ private:
         return exp < kSpecial ? SoftExtended(minus, exp, w.high) : SoftExtended(minus, kSpecial, kTop);
     }
 
+    // ---- what is not a number, or infinite
+
     constexpr bool isNan() const { return exponent == kSpecial && significand != kTop; }
+    // Of one NaN or two.
     static constexpr SoftExtended nanOf(SoftExtended a, SoftExtended b) {
         if (!a.isNan()) return b;
         if (!b.isNan()) return a;
@@ -156,6 +169,9 @@ private:
         return {a.negative != b.negative, kSpecial, kTop};
     }
 
+    // ---- floats and doubles: a sign, a field of the exponent (0 for zeros and denormals, all ones for infinities and
+    // NaNs), and the significand without its top bit.
+    //
     // F is a float or a double, Bits an unsigned integer of its size.
     template <class F, class Bits> static constexpr SoftExtended widened(F v) {
         constexpr int digits = std::numeric_limits<F>::digits, special = 2 * std::numeric_limits<F>::max_exponent - 1;

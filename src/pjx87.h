@@ -59,8 +59,8 @@ public:
 };
 #endif
 
-// The result of body(), with the unit in its initial state if `onX87` tells that the body uses it; the caller's state is
-// put back. A look at the unit is cheap, and its state is changed only where it is another one.
+// The result of body(), with the unit in its initial state if `onX87` tells that the body uses it. The caller's state
+// is put back. A look at the unit is cheap, and its state is changed only where it is another one.
 template <bool onX87, class Body> auto inFullPrecision(Body body) {
 #if ZMX_HAS_X87
     if constexpr (onX87) {

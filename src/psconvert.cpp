@@ -32,6 +32,7 @@ static double scaleOf(int scaleFactor) {
 
 // A double holds the value plus a half exactly wherever the half decides: the sum is wrong only for values below 2^-29,
 // which round to zero either way.
+// What is out of the range is limited first, so that nothing overflows. A NaN is no number, and gives 0.
 template <class T> static T roundedTo(double x, ZmxRoundMode mode) {
     constexpr int lo = std::numeric_limits<T>::min(), hi = std::numeric_limits<T>::max();
     if (std::isnan(x)) return 0;
