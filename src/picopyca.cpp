@@ -11,14 +11,14 @@ static void widenRow(const Zmx8u* src, Zmx8u* dst, int width) {
 }
 
 ZmxStatus zmxiConvert_8u16u_C1R(const Zmx8u* pSrc, int srcStep, Zmx16u* pDst, int dstStep, ZmxiSize roiSize) {
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDst).size(roiSize).step(srcStep).step(dstStep)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc, pDst).size(roiSize).step(srcStep).step(dstStep)) return bad;
     Serial::rows(roiSize, [=](int y) { widenRow(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), roiSize.width); });
     return zmxStsNoErr;
 }
 
 template <class T> static ZmxStatus copyRectangle(const void* src, int srcStep, void* dst, int dstStep, ZmxiSize roi) {
     // The steps are not tested: rows may run backwards or lie on one another.
-    if (ZmxStatus bad = Args().ptr(src).ptr(dst).size(roi)) return bad;
+    if (ZmxStatus bad = Args().ptr(src, dst).size(roi)) return bad;
     Serial::rows(roi, [=](int y) { copyForward<T>(rowAt(src, srcStep, y), rowAt(dst, dstStep, y), roi.width); });
     return zmxStsNoErr;
 }
@@ -36,7 +36,7 @@ static void andRow(const Zmx8u* src, Zmx32s value, Zmx8u* dst, int width) {
 }
 
 ZmxStatus zmxiAndC_32s_C1R(const Zmx32s* pSrc, int srcStep, Zmx32s value, Zmx32s* pDst, int dstStep, ZmxiSize roiSize) {
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDst).step(srcStep).step(dstStep).size(roiSize)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc, pDst).step(srcStep).step(dstStep).size(roiSize)) return bad;
     Serial::rows(roiSize,
                  [=](int y) { andRow(rowAt(pSrc, srcStep, y), value, rowAt(pDst, dstStep, y), roiSize.width); });
     return zmxStsNoErr;

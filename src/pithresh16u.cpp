@@ -19,8 +19,7 @@ ZmxStatus zmxiThreshold_Val_16u_C1R(const Zmx16u* pSrc, int srcStep, Zmx16u* pDs
     // The mode before all else, sizes before steps: required here.
     if (ZmxStatus bad = Args()
                             .test(cmpOp != zmxCmpLess && cmpOp != zmxCmpGreater, zmxStsNotSupportedModeErr)
-                            .ptr(pSrc)
-                            .ptr(pDst)
+                            .ptr(pSrc, pDst)
                             .size(roiSize)
                             .step(srcStep)
                             .step(dstStep))

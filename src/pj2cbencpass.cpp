@@ -5,6 +5,7 @@
 #include "pjrows.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace zmx {
 namespace {
@@ -136,6 +137,9 @@ void beginPass(ZmxiEncodeState_JPEG2K& s, Step step, int plane) {
 
 template <class Coder> void endPass(ZmxiEncodeState_JPEG2K& s, const Coder& recording) {
     EncCoderState& coder = *s.pCoder;
+    // They have no contexts, and get one all the same: so every decision has, and none that memory held before is
+    // ever taken for one.
+    if (Coder::isRaw) std::memset(coder.pContexts + coder.decisionCount, 0, std::size_t(recording.count));
     coder.decisionCount += int(recording.count);
     coder.passRaw[coder.passCount] = Coder::isRaw;
     coder.passDecisions[coder.passCount] = coder.decisionCount - coder.decisionBase;

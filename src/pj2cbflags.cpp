@@ -7,8 +7,8 @@ namespace zmx {
 
 void clearFlagPlane(Zmx32u* flags, ZmxiSize size) {
     const int stride = int(flagRowBytes(size.width));
-    for (int y = 0; y < (size.height + 1) / 2 + 2; ++y)
-        std::memset(rowAt(flags, stride, y), 0, std::size_t(size.width) * 4 + 8);
+    const int rows = int(flagRows(size.height));
+    for (int y = 0; y < rows; ++y) std::memset(rowAt(flags, stride, y), 0, std::size_t(size.width) * 4 + 8);
 }
 
 } // namespace zmx

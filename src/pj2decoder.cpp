@@ -9,7 +9,6 @@
 #include "psalloc.h"
 
 #include <cstdint>
-#include <limits>
 
 namespace zmx {
 
@@ -23,7 +22,7 @@ static Args stateArgs(const ZmxiDecodeCBProgrState* state) {
 // Bytes of a state; 0, which no allocation satisfies, for a block so large that an int cannot tell them.
 static int stateSize(ZmxiSize size) {
     const std::int64_t bytes = flagPlaneBytes(size) + int(sizeof(ZmxiDecodeCBProgrState)) + kFlagAlignment;
-    return bytes <= std::numeric_limits<int>::max() ? int(bytes) : 0;
+    return bytes <= kMostBytes ? int(bytes) : 0;
 }
 
 } // namespace zmx
@@ -34,7 +33,7 @@ ZmxStatus zmxiDecodeCBProgrGetStateSize_JPEG2K(ZmxiSize size, int* pSize) {
     // The size ahead of the pointer: required here.
     if (ZmxStatus bad = Args().size(size).ptr(pSize)) return bad;
     *pSize = stateSize(size);
-    return zmxStsNoErr;
+    return *pSize ? zmxStsNoErr : zmxStsSizeErr;
 }
 
 ZmxStatus zmxiDecodeGetBufSize_JPEG2K(ZmxiSize size, int* pSize) {
@@ -224,6 +223,8 @@ ZmxStatus zmxiDecodeCBProgrStep_JPEG2K(const Zmx8u* pSrc, int srcLen, ZmxiDecode
     if (!pState->attached) return zmxStsCBNotAttachedErr;
     if (pState->damaged) return zmxStsCBDamagedErr;
     if (pState->passCounter <= 0 || pState->curBitPlane < 0) return zmxStsNoErr;
+
+    if (!mq::areContexts(pState->mq.ctxState, pState->mq.ctxMPS)) return zmxStsContextMatchErr;
 
     Step step{*pState, pSrc, srcLen};
     if (pState->cbStyle & ZMX_CB_TERMINATE_ALL) {

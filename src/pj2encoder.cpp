@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <limits>
 
 namespace zmx {
 
@@ -18,9 +17,7 @@ namespace zmx {
 static constexpr int kDecisionsPerColumn = 1090;
 
 // A zero-filled or raw block of memory; null also for a size that an int cannot tell.
-static void* allocate(std::int64_t bytes) {
-    return bytes <= std::numeric_limits<int>::max() ? zmxsMalloc_8u(int(bytes)) : nullptr;
-}
+static void* allocate(std::int64_t bytes) { return bytes <= kMostBytes ? zmxsMalloc_8u(int(bytes)) : nullptr; }
 template <class T> static T* allocateZeroed() {
     void* p = allocate(sizeof(T));
     return p ? static_cast<T*>(std::memset(p, 0, sizeof(T))) : nullptr;
@@ -44,8 +41,7 @@ static ZmxiEncodeState_JPEG2K* newState(ZmxiSize size) {
     auto* state = allocateZeroed<ZmxiEncodeState_JPEG2K>();
     if (!state) return nullptr;
     if ((state->pCoder = allocateZeroed<EncCoderState>())) {
-        const std::int64_t decisions =
-            std::int64_t(size.width) * kDecisionsPerColumn * ((size.height + std::int64_t(3)) / 4);
+        const std::int64_t decisions = bytesOf(size.width, kDecisionsPerColumn * ((size.height + std::int64_t(3)) / 4));
         EncCoderState& coder = *state->pCoder;
         coder.pDecisions = static_cast<Zmx8u*>(allocate(decisions));
         if (coder.pDecisions) coder.pContexts = static_cast<Zmx8u*>(allocate(decisions));
@@ -153,7 +149,7 @@ ZmxStatus zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(const Zmx32s* pSrc, int srcStep
 
 ZmxStatus zmxiEncodeGetRate_JPEG2K(const ZmxiEncodeState_JPEG2K* pState, int passNum, int* pRate) {
     if (ZmxStatus bad = stateArgs(pState).ptr(pRate)) return bad;
-    if (passNum < 0 || passNum >= pState->pCoder->passCount) return zmxStsBadPassNumberErr;
+    if (passNum < 0 || passNum >= passesOf(*pState->pCoder)) return zmxStsBadPassNumberErr;
     *pRate = pState->pCoder->passRate[passNum];
     return zmxStsNoErr;
 }
@@ -184,7 +180,7 @@ static bool exactDistortion(const ZmxiEncodeState_JPEG2K& state, int passes, dou
 
 ZmxStatus zmxiEncodeGetDist_JPEG2K(const ZmxiEncodeState_JPEG2K* pState, int passNum, double* pDist) {
     if (ZmxStatus bad = stateArgs(pState).ptr(pDist)) return bad;
-    if (passNum < 0 || passNum >= pState->pCoder->passCount) return zmxStsBadPassNumberErr;
+    if (passNum < 0 || passNum >= passesOf(*pState->pCoder)) return zmxStsBadPassNumberErr;
     if (exactDistortion(*pState, passNum + 1, *pDist)) return zmxStsNoErr;
     SoftExtended sum; // rounded to a double once, at the end: required
     for (int i = 0; i <= passNum; ++i)

@@ -3,6 +3,7 @@
 
 #include "pj2mqenc.h"
 #include "pjargs.h"
+#include "pjwrap.h"
 
 namespace zmx {
 
@@ -50,6 +51,13 @@ void magnitudeRefinement(ZmxiEncodeState_JPEG2K* state, const EncodedBlock& bloc
 void cleanup(ZmxiEncodeState_JPEG2K* state, const EncodedBlock& block, int plane, bool segmentationSymbols);
 void significancePropagationRaw(ZmxiEncodeState_JPEG2K* state, const EncodedBlock& block, int plane);
 void magnitudeRefinementRaw(ZmxiEncodeState_JPEG2K* state, const EncodedBlock& block, int plane);
+
+// A cleanup on the plane of bit 30, and three passes on each of the planes below it.
+inline constexpr int kMostPasses = 1 + 3 * 30;
+static_assert(kMostPasses < kMaxDistPasses && kMostPasses <= kMaxPasses, "of which there is one more being added up");
+
+// The number of recorded passes, whatever has been done to the state.
+inline int passesOf(const EncCoderState& coder) { return clamp(coder.passCount, 0, kMostPasses); }
 
 // Whether a codeword segment ends with a recorded pass: MQ and raw passes never share one.
 inline bool endsSegment(const EncCoderState& coder, int pass) {

@@ -42,7 +42,7 @@ struct EncCoderState {
     Zmx32u passIsRaw;
 
     // All passes of the block.
-    Zmx8u* pContexts;  // context of each decision; nothing meaningful for those of raw passes
+    Zmx8u* pContexts;  // context of each decision; 0, and not looked at, for those of raw passes
     Zmx8u* pDecisions; // 0 or 1
     int passCount;
     int passDecisions[kMaxPasses]; // decisions per pass
@@ -59,7 +59,7 @@ struct EncCoderState {
 
 namespace mq {
 
-// BYTEOUT (C.2.8): settles the carry, pushes the finished byte, and takes the next one from the code
+// BYTEOUT (C.2.7): settles the carry, pushes the finished byte, and takes the next one from the code
 // register. Returns the number of its bits, which are the shifts to the next call. Behind a 0xFF there is
 // room for the carry to come: the byte has seven bits, and the carry that the register holds already is the
 // eighth.
@@ -75,7 +75,7 @@ template <class Push> [[gnu::always_inline]] inline int byteOut(Zmx32u& creg, Zm
     return bits;
 }
 
-// Readies the MQ coder for a segment; the contexts stay as they are.
+// INITENC (C.2.8): readies the MQ coder for a segment; the contexts stay as they are.
 void initEnc(EncCoderState* state);
 
 // Ends an MQ segment by the method of mqTermType. Its last bytes go into the queue, which must be empty.

@@ -105,7 +105,7 @@ public:
 
 template <class U, class Colour, class Out> ZmxStatus unitToPixels(const Zmx16s* const* src, void* dst, int dstStep) {
     constexpr int planes = Out::kChannels;
-    if (ZmxStatus bad = Args().ptr(src).ptr(dst).planes(src, planes).step(dstStep)) return bad;
+    if (ZmxStatus bad = Args().ptr(src, dst).planes(src, planes).step(dstStep)) return bad;
     Colour colour;
     for (int cy = 0; cy < 8; ++cy) {
         colour.chroma(src[1] + 8 * cy, src[2] + 8 * cy);

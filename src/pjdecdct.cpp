@@ -30,7 +30,7 @@ static void dequantise(const Zmx16s* __restrict src, Zmx16s* __restrict dst, con
 using namespace zmx;
 
 ZmxStatus zmxiDCTQuantInv8x8_JPEG_16s_C1(const Zmx16s* pSrc, Zmx16s* pDst, const Zmx16u* pQuantInvTable) {
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDst).ptr(pQuantInvTable)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc, pDst, pQuantInvTable)) return bad;
     Block16s block;
     dequantise(pSrc, block.at, pQuantInvTable);
     dct_8x8_inv_16s(block.at, pDst, isSmall(pSrc));
@@ -45,7 +45,7 @@ namespace zmx {
 
 // The order of the tests of all functions with a row step: the table comes last. Required.
 static ZmxStatus tested(const void* src, const void* dst, int dstStep, const void* table) {
-    return Args().ptr(src).ptr(dst).step(dstStep).ptr(table);
+    return Args().ptr(src, dst).step(dstStep).ptr(table);
 }
 
 } // namespace zmx

@@ -51,14 +51,7 @@ using namespace zmx;
 ZmxStatus zmxiDecodeHuffmanOne_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos, Zmx16s* pDst,
                                              int* pMarker, const ZmxiDecodeHuffmanSpec* pDecHuffTable,
                                              ZmxiDecodeHuffmanState* pDecHuffState) {
-    if (ZmxStatus bad = Args()
-                            .ptr(pSrc)
-                            .size(nSrcLen)
-                            .ptr(pSrcCurrPos)
-                            .ptr(pDst)
-                            .ptr(pMarker)
-                            .ptr(pDecHuffTable)
-                            .ptr(pDecHuffState))
+    if (ZmxStatus bad = Args().ptr(pSrc).size(nSrcLen).ptr(pSrcCurrPos, pDst, pMarker, pDecHuffTable, pDecHuffState))
         return bad;
     BitReader in(pSrc, nSrcLen, pSrcCurrPos, pMarker, pDecHuffState);
     return decodeDifference(in, pDst, *pDecHuffTable);
@@ -71,17 +64,14 @@ ZmxStatus zmxiDecodeHuffmanRow_JPEG_1u16s_C1P4(const Zmx8u* pSrc, int nSrcLen, i
     if (ZmxStatus bad = Args()
                             .ptr(pSrc)
                             .size(nSrcLen)
-                            .ptr(pSrcCurrPos)
-                            .ptr(pDstPlanes)
+                            .ptr(pSrcCurrPos, pDstPlanes)
                             .size(nWidth)
                             .size(nPlanes)
-                            .ptr(pMarker)
-                            .ptr(pDecHuffTables)
-                            .ptr(pDecHuffState))
+                            .ptr(pMarker, pDecHuffTables, pDecHuffState))
         return bad;
     Row row{{}, {}, std::min(nPlanes, 4), nWidth}; // further planes are not looked at
     for (int c = 0; c < row.planes; ++c) {
-        if (ZmxStatus bad = Args().ptr(pDstPlanes[c]).ptr(pDecHuffTables[c])) return bad;
+        if (ZmxStatus bad = Args().ptr(pDstPlanes[c], pDecHuffTables[c])) return bad;
         row.plane[c] = pDstPlanes[c];
         row.table[c] = pDecHuffTables[c];
     }

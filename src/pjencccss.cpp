@@ -80,7 +80,7 @@ template <class U> const Zmx16s* sumsOf(const Zmx16s* channel, Zmx16s* sums) {
 template <class U, class In, class Colour> ZmxStatus pixelsToUnit(const void* src, int srcStep, Zmx16s* const* dst) {
     constexpr int planes = In::kChannels;
     // The step ahead of the planes: required here, the decoding side has it behind them.
-    if (ZmxStatus bad = Args().ptr(src).ptr(dst).step(srcStep).planes(dst, planes)) return bad;
+    if (ZmxStatus bad = Args().ptr(src, dst).step(srcStep).planes(dst, planes)) return bad;
     Run<planes> from;
     getUnit<U, In>(src, srcStep, from);
 

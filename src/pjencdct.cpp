@@ -18,7 +18,7 @@ static void quantise(Zmx16s* block, const Zmx16u* table) {
 using namespace zmx;
 
 ZmxStatus zmxiDCTQuantFwd8x8_JPEG_16s_C1(const Zmx16s* pSrc, Zmx16s* pDst, const Zmx16u* pQuantFwdTable) {
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDst).ptr(pQuantFwdTable)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc, pDst, pQuantFwdTable)) return bad;
     zmxiDCT8x8Fwd_16s_C1(pSrc, pDst);
     quantise(pDst, pQuantFwdTable);
     return zmxStsNoErr;
@@ -32,7 +32,7 @@ namespace zmx {
 
 // The order of the tests of all functions with a row step: the table comes last. Required.
 static ZmxStatus tested(const void* src, int srcStep, const void* dst, const void* table) {
-    return Args().ptr(src).ptr(dst).step(srcStep).ptr(table);
+    return Args().ptr(src, dst).step(srcStep).ptr(table);
 }
 
 } // namespace zmx

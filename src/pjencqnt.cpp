@@ -18,7 +18,7 @@ ZmxStatus zmxiQuantFwdRawTableInit_JPEG_8u(Zmx8u* pQuantRawTable, int qualityFac
 }
 
 ZmxStatus zmxiQuantFwdTableInit_JPEG_8u16u(const Zmx8u* pQuantRawTable, Zmx16u* pQuantFwdTable) {
-    if (ZmxStatus bad = Args().ptr(pQuantRawTable).ptr(pQuantFwdTable)) return bad;
+    if (ZmxStatus bad = Args().ptr(pQuantRawTable, pQuantFwdTable)) return bad;
     naturalOrder(pQuantRawTable, pQuantFwdTable);
     return zmxsDivCRev_16u_I(32768, pQuantFwdTable, 64);
 }

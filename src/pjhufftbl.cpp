@@ -39,14 +39,14 @@ template <class Spec> using Build = ZmxStatus (*)(const Zmx8u*, const Zmx8u*, Sp
 
 template <class Spec>
 ZmxStatus initSpec(const Zmx8u* pListBits, const Zmx8u* pListVals, Spec* pSpec, Build<Spec> build) {
-    if (ZmxStatus bad = Args().ptr(pListBits).ptr(pListVals).ptr(pSpec)) return bad;
+    if (ZmxStatus bad = Args().ptr(pListBits, pListVals, pSpec)) return bad;
     return build(pListBits, pListVals, pSpec);
 }
 
 // The block goes to the caller even if the table cannot be built.
 template <class Spec>
 ZmxStatus initAllocSpec(const Zmx8u* pListBits, const Zmx8u* pListVals, Spec** ppSpec, Build<Spec> build) {
-    if (ZmxStatus bad = Args().ptr(pListBits).ptr(pListVals).ptr(ppSpec)) return bad;
+    if (ZmxStatus bad = Args().ptr(pListBits, pListVals, ppSpec)) return bad;
     if (ZmxStatus failed = allocate(ppSpec)) return failed;
     return build(pListBits, pListVals, *ppSpec);
 }
@@ -238,7 +238,7 @@ void limitCodeSizes(Zmx8u (&bits)[kMaxCodeSize + 1]) {
 } // namespace zmx
 
 ZmxStatus zmxiEncodeHuffmanRawTableInit_JPEG_8u(const Zmx32s* pStatistics, Zmx8u* pListBits, Zmx8u* pListVals) {
-    if (ZmxStatus bad = Args().ptr(pStatistics).ptr(pListBits).ptr(pListVals)) return bad;
+    if (ZmxStatus bad = Args().ptr(pStatistics, pListBits, pListVals)) return bad;
     int codeSize[kSymbols] = {};
     findCodeSizes(pStatistics, codeSize);
 

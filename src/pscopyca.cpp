@@ -26,7 +26,7 @@ ZmxStatus zmxsSet_8u(Zmx8u val, Zmx8u* pDst, int len) {
 }
 
 ZmxStatus zmxsCopy_8u(const Zmx8u* pSrc, Zmx8u* pDst, int len) {
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDst).size(len)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc, pDst).size(len)) return bad;
     ownsCopy_8u(pSrc, pDst, len);
     return zmxStsNoErr;
 }

@@ -17,4 +17,7 @@ std::unique_ptr<RowSink> createPnm(std::unique_ptr<ByteSink> bytes, Container co
 Rows openTiff(std::unique_ptr<ByteSource> bytes, std::uint64_t maxPixels);
 std::unique_ptr<RowSink> createTiff(std::unique_ptr<ByteSink> bytes);
 
+Rows openBmp(std::unique_ptr<ByteSource> bytes, std::uint64_t maxPixels);
+std::unique_ptr<RowSink> createBmp(std::unique_ptr<ByteSink> bytes);
+
 } // namespace codecs

@@ -1,7 +1,7 @@
 // Pictures in memory and in files: containers, depths, CMYK, TIFF files of libtiff's making, and the measures of
 // difference.
 #include "codecs/picture/image.h"
-#include "tests/support/damage.h"
+#include "tests/codecs/support/damage.h"
 #include "tests/support/rng.h"
 
 #include <cmath>

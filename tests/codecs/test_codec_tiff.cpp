@@ -64,8 +64,11 @@ void expectOneLine(const TempFile& file, const std::string& message) {
     EXPECT_EQ(message.find('\n'), std::string::npos) << message;
     EXPECT_LT(message.size(), 500u) << message;
 }
-#define EXPECT_REFUSED(file, bytes, words)                                                                             \
-    EXPECT_NE(refusal(file, bytes).find(words), std::string::npos) << refusal(file, bytes)
+::testing::AssertionResult refused(const TempFile& file, const Bytes& bytes, const std::string& words) {
+    const std::string message = refusal(file, bytes);
+    if (!message.empty() && message.find(words) != std::string::npos) return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << "not for \"" << words << "\" but: " << message;
+}
 
 std::uint32_t number(const Bytes& b, std::size_t at, int bytes) {
     std::uint32_t v = 0;
@@ -194,35 +197,35 @@ TEST(Tiff, WhatCannotBeWritten) {
 
 TEST(Tiff, BrokenFilesSayWhatAndWhere) {
     const TempFile file;
-    EXPECT_REFUSED(TempFile{"/nowhere/x.tif"}, Bytes{}, "/nowhere/x.tif");
-    EXPECT_REFUSED(file, Bytes{}, "not readable");
-    EXPECT_REFUSED(file, Bytes(100, 'x'), "not readable");
+    EXPECT_TRUE(refused(TempFile{"/nowhere/x.tif"}, Bytes{}, "/nowhere/x.tif"));
+    EXPECT_TRUE(refused(file, Bytes{}, "not readable"));
+    EXPECT_TRUE(refused(file, Bytes(100, 'x'), "not readable"));
     tif::write(file.path, picture(64, 20, 3, 255), {8, false});
     const Bytes good = file.bytes();
     ASSERT_EQ(refusal(file, good), "");
 
     // Sizes.
-    EXPECT_REFUSED(file, withTag(good, kWidth, 0xFFFF), "65535 by 20: more pixels than the limit");
-    EXPECT_REFUSED(file, withTag(good, kHeight, 0xFFFFFFFF), "more pixels than the limit");
-    EXPECT_REFUSED(file, withTag(good, kWidth, 50000), "50000 by 20 cannot be in a file of");
-    EXPECT_REFUSED(file, withTag(good, kWidth, 0), "size is zero");
-    EXPECT_REFUSED(file, withTag(good, kWidth, 65), "strip 0, row ");
-    EXPECT_REFUSED(file, withTag(good, kWidth, 63), "strip 0, row ");
-    EXPECT_REFUSED(file, withTag(good, kHeight, 40), "strip 2, row 20: the strip ends inside the row");
-    EXPECT_REFUSED(file, withTag(good, kRowsPerStrip, 0), "");
+    EXPECT_TRUE(refused(file, withTag(good, kWidth, 0xFFFF), "65535 by 20: more pixels than the limit"));
+    EXPECT_TRUE(refused(file, withTag(good, kHeight, 0xFFFFFFFF), "more pixels than the limit"));
+    EXPECT_TRUE(refused(file, withTag(good, kWidth, 50000), "50000 by 20 cannot be in a file of"));
+    EXPECT_TRUE(refused(file, withTag(good, kWidth, 0), "size is zero"));
+    EXPECT_TRUE(refused(file, withTag(good, kWidth, 65), "strip 0, row "));
+    EXPECT_TRUE(refused(file, withTag(good, kWidth, 63), "strip 0, row "));
+    EXPECT_TRUE(refused(file, withTag(good, kHeight, 40), "strip 2, row 20: the strip ends inside the row"));
+    EXPECT_TRUE(refused(file, withTag(good, kRowsPerStrip, 0), "\"RowsPerStrip\""));
     EXPECT_NE(refusal(file), "");
     file.put(good);
     EXPECT_NE(refusal(file, 64 * 20 - 1).find("more pixels than the limit"), std::string::npos);
 
     // Kinds that are not supported.
-    EXPECT_REFUSED(file, withTag(good, kCompression, 1), "Compression 1 is not supported");
-    EXPECT_REFUSED(file, withTag(good, kCompression, 5), "Compression 5 is not supported");
-    EXPECT_REFUSED(file, withTag(good, kCompression, 64816), "split rows of samples that have not 16 bits");
-    EXPECT_REFUSED(file, withTag(good, kPhotometric, 5), "PhotometricInterpretation 5");
-    EXPECT_REFUSED(file, withTag(good, kPhotometric, 6), "PhotometricInterpretation 6");
-    EXPECT_REFUSED(file, withTag(good, kPhotometric, 1), "SamplesPerPixel 3");
-    EXPECT_REFUSED(file, withTag(good, kPlanar, 2), "PlanarConfiguration 2");
-    EXPECT_REFUSED(file, withTagNumber(withTag(good, kPlanar, 3), kPlanar, kOrientation), "Orientation 3");
+    EXPECT_TRUE(refused(file, withTag(good, kCompression, 1), "Compression 1 is not supported"));
+    EXPECT_TRUE(refused(file, withTag(good, kCompression, 5), "Compression 5 is not supported"));
+    EXPECT_TRUE(refused(file, withTag(good, kCompression, 64816), "split rows of samples that have not 16 bits"));
+    EXPECT_TRUE(refused(file, withTag(good, kPhotometric, 5), "PhotometricInterpretation 5"));
+    EXPECT_TRUE(refused(file, withTag(good, kPhotometric, 6), "PhotometricInterpretation 6"));
+    EXPECT_TRUE(refused(file, withTag(good, kPhotometric, 1), "SamplesPerPixel 3"));
+    EXPECT_TRUE(refused(file, withTag(good, kPlanar, 2), "PlanarConfiguration 2"));
+    EXPECT_TRUE(refused(file, withTagNumber(withTag(good, kPlanar, 3), kPlanar, kOrientation), "Orientation 3"));
 
     // Strips.
     const std::size_t counts = number(good, entry(good, kStripByteCounts) + 8, 4);
@@ -233,15 +236,16 @@ TEST(Tiff, BrokenFilesSayWhatAndWhere) {
         return b;
     };
     const std::uint32_t second = number(good, counts + width, int(width));
-    EXPECT_REFUSED(file, withCount(1, 0), "strip 1: it has no bytes");
-    EXPECT_REFUSED(file, withCount(1, 0xFFF0), "strip 1: 65520 bytes in a file of " + std::to_string(good.size()));
-    EXPECT_REFUSED(file, withCount(1, second - 1), "strip 1, row 15");
-    EXPECT_REFUSED(file, withCount(1, 1), "strip 1, row 8: ");
+    EXPECT_TRUE(refused(file, withCount(1, 0), "strip 1: it has no bytes"));
+    EXPECT_TRUE(
+        refused(file, withCount(1, 0xFFF0), "strip 1: 65520 bytes in a file of " + std::to_string(good.size())));
+    EXPECT_TRUE(refused(file, withCount(1, second - 1), "strip 1, row 15"));
+    EXPECT_TRUE(refused(file, withCount(1, 1), "strip 1, row 8: "));
     EXPECT_EQ(refusal(file, withCount(1, second + 1)), "") << "bytes behind the last row are nobody's";
     Bytes packet = good;
     packet[8] = 0x81; // a run of 128 bytes, and more of them
     packet[10] = 0x81;
-    EXPECT_REFUSED(file, packet, "strip 0, row 0: the packet at byte 2 goes beyond the row or the strip");
+    EXPECT_TRUE(refused(file, packet, "strip 0, row 0: the packet at byte 2 goes beyond the row or the strip"));
 }
 
 TEST(Tiff, EveryTruncation) {
