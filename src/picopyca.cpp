@@ -1,4 +1,7 @@
 // picopyca.cpp - rectangles copied, widened and masked.
+//
+// All go row by row on the calling thread. The row functions take their pointers and width by value, so that the
+// compiler makes vector loops of them.
 #include "picopyca.h"
 
 #include "pjargs.h"
@@ -6,6 +9,7 @@
 
 namespace zmx {
 
+// Bytes to 16 bits.
 static void widenRow(const Zmx8u* src, Zmx8u* dst, int width) {
     for (int x = 0; x < width; ++x) store(dst, x, Zmx16u(src[x]));
 }
@@ -16,6 +20,7 @@ ZmxStatus zmxiConvert_8u16u_C1R(const Zmx8u* pSrc, int srcStep, Zmx16u* pDst, in
     return zmxStsNoErr;
 }
 
+// Elements are copied as bits: no value is looked at.
 template <class T> static ZmxStatus copyRectangle(const void* src, int srcStep, void* dst, int dstStep, ZmxiSize roi) {
     // The steps are not tested: rows may run backwards or lie on one another.
     if (ZmxStatus bad = Args().ptr(src, dst).size(roi)) return bad;
@@ -31,6 +36,7 @@ ZmxStatus zmxiCopy_32f_C1R(const void* pSrc, int srcStep, void* pDst, int dstSte
     return copyRectangle<Zmx32u>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 
+// Source and destination may be one row: an element is read ahead of its being written.
 static void andRow(const Zmx8u* src, Zmx32s value, Zmx8u* dst, int width) {
     for (int x = 0; x < width; ++x) store(dst, x, load<Zmx32s>(src, x) & value);
 }

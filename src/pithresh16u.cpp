@@ -6,6 +6,7 @@
 
 namespace zmx {
 
+// beyond(sample, threshold) says whether a sample is replaced; each mode has a loop of its own.
 template <class Beyond>
 static void thresholdRow(const Zmx8u* src, Zmx8u* dst, int width, Zmx16u threshold, Zmx16u value, Beyond beyond) {
     for (int x = 0; x < width; ++x) {

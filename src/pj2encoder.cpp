@@ -1,7 +1,7 @@
 // pj2encoder.cpp - the code-block encoder: the state's life, the load of a block, which runs all its coding
 // passes, and what is known of them. The passes are in pj2cbencpass.cpp, the storing of the bytes in
 // pj2encstore.cpp.
-#include "pj2encoder.h"
+#include "pj2cbencpass.h"
 
 #include "pj2cbflags.h"
 #include "pjrows.h"
@@ -37,6 +37,7 @@ static void releaseState(ZmxiEncodeState_JPEG2K* state) {
     release(state);
 }
 
+// A state with its four blocks of memory, or nothing.
 static ZmxiEncodeState_JPEG2K* newState(ZmxiSize size) {
     auto* state = allocateZeroed<ZmxiEncodeState_JPEG2K>();
     if (!state) return nullptr;
@@ -84,6 +85,7 @@ static int magnitudeBits(const Zmx32s* src, int srcStep, ZmxiSize size) {
     return std::bit_width(all & 0x7FFFFFFF);
 }
 
+// What a load begins with; the arrays of decisions stay.
 static void resetCoder(EncCoderState& coder, int mqTermType, Zmx32u codeStyle) {
     mq::initEnc(&coder);
     mq::setInitialContexts(coder.ctxState, coder.ctxMPS);
@@ -142,6 +144,7 @@ ZmxStatus zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(const Zmx32s* pSrc, int srcStep
 
     *pnPasses = coder.passCount;
     *pnTermPasses = segmentCount(coder);
+    // The store begins at the first pass.
     coder.totalBytes = coder.decisionBase = coder.curPass = 0;
     if (coder.passCount) enterPass(coder);
     return zmxStsNoErr;

@@ -1,4 +1,7 @@
-// pjdecdct.cpp - quantised coefficients to samples.
+// pjdecdct.cpp - quantised coefficients to samples: one 8x8 block at a call.
+//
+// The way back of pjencdct, and the scaled forms: 4x4 and 2x2 in a name tell which corner of the coefficients counts,
+// To4x4 and To2x2 how large the result is. The block is copied on the way: the source stays.
 #include "pidct.h"
 #include "pidct88.h"
 #include "pithresh16u.h"
@@ -33,7 +36,7 @@ ZmxStatus zmxiDCTQuantInv8x8_JPEG_16s_C1(const Zmx16s* pSrc, Zmx16s* pDst, const
     if (ZmxStatus bad = Args().ptr(pSrc, pDst, pQuantInvTable)) return bad;
     Block16s block;
     dequantise(pSrc, block.at, pQuantInvTable);
-    dct_8x8_inv_16s(block.at, pDst, isSmall(pSrc));
+    dct_8x8_inv_16s(block.at, pDst, isSmall(pSrc)); // a zero has a zero product: the source tells as well
     return zmxStsNoErr;
 }
 
@@ -112,12 +115,13 @@ ZmxStatus zmxiDCTQuantInv8x8LS_JPEG_16s16u_C1R(const Zmx16s* pSrc, Zmx16u* pDst,
     zmxsConvert_16s32f(pSrc, block, 64);
     zmxsMul_32f_I(pQuantInvTable, block, 64);
     zmxiDCT8x8Inv_32f_C1I(block);
-    zmxsAddC_32f_I(2048, block, 64);
+    zmxsAddC_32f_I(2048, block, 64); // half of the range of 12 bits
     for (int y = 0; y < 8; ++y) {
-        Zmx16u row[8];
+        Zmx16u row[8]; // aligned, which a row of the caller need not be
         zmxsConvert_32f16u_Sfs(block + 8 * y, row, 8, zmxRndNear, 0);
         std::memcpy(rowAt(pDst, dstStep, y), row, sizeof row);
     }
+    // The conversion has seen to values below 0.
     zmxiThreshold_16u_C1IR(pDst, dstStep, {8, 8}, 4095, zmxCmpGreater);
     return zmxStsNoErr;
 }

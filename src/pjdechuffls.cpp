@@ -8,6 +8,7 @@
 namespace zmx {
 namespace {
 
+// A category and the bits behind it (ITU-T T.81, H.1.2.2): the difference modulo 2^16.
 ZmxStatus decodeDifference(BitReader& in, Zmx16s* pDst, const ZmxiDecodeHuffmanSpec& table) {
     int s;
     if (ZmxStatus failed = ownpj_DecodeHuffSymbol(in, &s, table)) return failed;
@@ -22,6 +23,7 @@ ZmxStatus decodeDifference(BitReader& in, Zmx16s* pDst, const ZmxiDecodeHuffmanS
     return zmxStsNoErr;
 }
 
+// A row of interleaved samples: pixel after pixel, and within a pixel plane after plane, each with its table.
 struct Row {
     Zmx16s* plane[4];
     const ZmxiDecodeHuffmanSpec* table[4];

@@ -34,6 +34,7 @@ ZmxStatus decodeEobRun(BitReader& in, int n, Zmx32s* pEobRun) {
     return zmxStsNoErr;
 }
 
+// The domain of the band stands between the pointers: required.
 Args bandArgs(const Zmx8u* pSrc, int nSrcLen, const int* pSrcCurrPos, const Zmx16s* pDst, const int* pMarker, int Ss,
               int Se, int Al, const ZmxiDecodeHuffmanSpec* pAcTable, const ZmxiDecodeHuffmanState* pDecHuffState) {
     return Args()

@@ -15,6 +15,8 @@ namespace {
 constexpr int kMaxLength = 16; // the longest code
 constexpr int kMaxCodes = 256;
 
+// ---- what the four kinds of blocks have in common
+
 template <class Block> ZmxStatus getBufSize(int* pSize) {
     if (ZmxStatus bad = Args().ptr(pSize)) return bad;
     *pSize = int(sizeof(Block));
@@ -35,6 +37,7 @@ template <class Block> ZmxStatus release(Block* pBlock) {
     return zmxStsNoErr;
 }
 
+// What fills in a table from the two lists of a DHT segment.
 template <class Spec> using Build = ZmxStatus (*)(const Zmx8u*, const Zmx8u*, Spec*);
 
 template <class Spec>
@@ -63,6 +66,7 @@ template <class State> ZmxStatus initAllocState(State** ppState) {
     return initState(*ppState);
 }
 
+// BITS of a DHT segment, summed up.
 int countCodes(const Zmx8u* pListBits) {
     int n = 0;
     for (int i = 0; i < kMaxLength; ++i) n += pListBits[i];
@@ -98,6 +102,7 @@ ZmxStatus ownpj_DecodeHuffmanSpecInit(const Zmx8u* pListBits, const Zmx8u* pList
     }
     t.maxCode[kMaxLength + 1] = kNoCode;
 
+    // A code of 8 bits or less stands for all indices that begin with it.
     p = 0;
     for (int length = 1; length <= 8; ++length) {
         const int span = 1 << (8 - length);
@@ -119,6 +124,7 @@ ZmxStatus ownpj_DecodeHuffmanSpecInit(const Zmx8u* pListBits, const Zmx8u* pList
     return zmxStsNoErr;
 }
 
+// The other direction: from symbols to codes, in the order of Annex C.
 static ZmxStatus encodeHuffmanSpecInit(const Zmx8u* pListBits, const Zmx8u* pListVals,
                                        ZmxiEncodeHuffmanSpec* pEncHuffSpec) {
     *pEncHuffSpec = {};

@@ -1,4 +1,7 @@
 // pscopyca.cpp - zeroing, filling and copying of vectors.
+//
+// The zmxs functions are the tests of the arguments ahead of the owns workers, which do the work and may be called with
+// any length.
 #include "pscopyca.h"
 
 #include "pjargs.h"
