@@ -5,7 +5,7 @@
 // which most values are computed several times: few outputs come here.
 #pragma once
 
-#include "pj2wt97.h"
+#include "pj2wt97const.h"
 #include "pjextended.h"
 #include "pjwrap.h"
 

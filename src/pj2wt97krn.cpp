@@ -20,7 +20,7 @@
 //   - high w - 1, opposite, needs B of the other low sample w, and so A(w).
 // Inverse, likewise, even 0 needs A of odd -1, and odd w - 1 needs the whole triangle of even w. Phase 1 is the mirror
 // image of phase 0.
-#include "pj2wt97krn.h"
+#include "pj2wt97step.h"
 
 #include "pj2wt.h"
 #include "pj2wt97pair.h"
@@ -158,49 +158,41 @@ template <class T> void inverseLine(ConstLine<T> low, ConstLine<T> high, Line<T>
     for (int i = p; i < w - 1 + p; ++i) setOdd(i, liftBack(odd(i), c.alpha, even(i - p), even(i + 1 - p)));
 }
 
-// ---- rows, one after the other
+// ---- all lines: rows one after the other, or columns. Only floats have columns; integer columns are streamed through
+// the column lifting.
 
-template <class T>
-ZmxStatus forwardRows(const T* src, int srcStep, T* low, int lowStep, T* high, int highStep, ZmxiSize roi, int phase) {
+enum class Lie { across, down };
+
+// The step of a plane is the stride of its columns. In a row samples stand side by side, as the compiler has to know.
+template <Lie lie, class T> Line<T> lineAt(T* plane, int step, int i) {
+    if constexpr (lie == Lie::across) return {rowAt(plane, step, i), sizeof(T)};
+    return {rowAt(plane + i, 0, 0), step};
+}
+template <Lie lie, class T> ConstLine<T> lineAt(const T* plane, int step, int i) {
+    if constexpr (lie == Lie::across) return {rowAt(plane, step, i), sizeof(T)};
+    return {rowAt(plane + i, 0, 0), step};
+}
+
+template <Lie lie, class T>
+ZmxStatus forward(const T* src, int srcStep, T* low, int lowStep, T* high, int highStep, ZmxiSize roi, int phase) {
     if (ZmxStatus bad = kernelArgs(src, srcStep, low, lowStep, high, highStep, roi)) return bad;
+    const int lines = lie == Lie::across ? roi.height : roi.width, pairs = lie == Lie::across ? roi.width : roi.height;
     inFullPrecision<kStepsOnX87<T>>([=] {
-        for (int y = 0; y < roi.height; ++y)
-            forwardLine<T>({rowAt(src, srcStep, y), sizeof(T)}, {rowAt(low, lowStep, y), sizeof(T)},
-                           {rowAt(high, highStep, y), sizeof(T)}, roi.width, phase != 0);
+        for (int i = 0; i < lines; ++i)
+            forwardLine<T>(lineAt<lie>(src, srcStep, i), lineAt<lie>(low, lowStep, i), lineAt<lie>(high, highStep, i),
+                           pairs, phase != 0);
     });
     return zmxStsNoErr;
 }
-template <class T>
-ZmxStatus inverseRows(const T* low, int lowStep, const T* high, int highStep, ZmxiSize roi, T* dst, int dstStep,
-                      int phase) {
+template <Lie lie, class T>
+ZmxStatus inverse(const T* low, int lowStep, const T* high, int highStep, ZmxiSize roi, T* dst, int dstStep,
+                  int phase) {
     if (ZmxStatus bad = kernelArgs(low, lowStep, high, highStep, dst, dstStep, roi)) return bad;
+    const int lines = lie == Lie::across ? roi.height : roi.width, pairs = lie == Lie::across ? roi.width : roi.height;
     inFullPrecision<kStepsOnX87<T>>([=] {
-        for (int y = 0; y < roi.height; ++y)
-            inverseLine<T>({rowAt(low, lowStep, y), sizeof(T)}, {rowAt(high, highStep, y), sizeof(T)},
-                           {rowAt(dst, dstStep, y), sizeof(T)}, roi.width, phase != 0);
-    });
-    return zmxStsNoErr;
-}
-
-// ---- columns: only floats have them; integer columns are streamed through the column lifting
-
-ZmxStatus forwardColumns(const Zmx32f* src, int srcStep, Zmx32f* low, int lowStep, Zmx32f* high, int highStep,
-                         ZmxiSize roi, int phase) {
-    if (ZmxStatus bad = kernelArgs(src, srcStep, low, lowStep, high, highStep, roi)) return bad;
-    inFullPrecision<kStepsOnX87<Zmx32f>>([=] {
-        for (int i = 0; i < roi.width; ++i)
-            forwardLine<Zmx32f>({rowAt(src + i, 0, 0), srcStep}, {rowAt(low + i, 0, 0), lowStep},
-                                {rowAt(high + i, 0, 0), highStep}, roi.height, phase != 0);
-    });
-    return zmxStsNoErr;
-}
-ZmxStatus inverseColumns(const Zmx32f* low, int lowStep, const Zmx32f* high, int highStep, ZmxiSize roi, Zmx32f* dst,
-                         int dstStep, int phase) {
-    if (ZmxStatus bad = kernelArgs(low, lowStep, high, highStep, dst, dstStep, roi)) return bad;
-    inFullPrecision<kStepsOnX87<Zmx32f>>([=] {
-        for (int i = 0; i < roi.width; ++i)
-            inverseLine<Zmx32f>({rowAt(low + i, 0, 0), lowStep}, {rowAt(high + i, 0, 0), highStep},
-                                {rowAt(dst + i, 0, 0), dstStep}, roi.height, phase != 0);
+        for (int i = 0; i < lines; ++i)
+            inverseLine<T>(lineAt<lie>(low, lowStep, i), lineAt<lie>(high, highStep, i), lineAt<lie>(dst, dstStep, i),
+                           pairs, phase != 0);
     });
     return zmxStsNoErr;
 }
@@ -212,34 +204,34 @@ using namespace zmx::wt97;
 
 ZmxStatus zmxiWTFwdRow_D97_JPEG2K_16s_C1R(const Zmx16s* pSrc, int srcStep, Zmx16s* pDstLow, int dstLowStep,
                                           Zmx16s* pDstHigh, int dstHighStep, ZmxiSize dstRoiSize, int phase) {
-    return forwardRows(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoiSize, phase);
+    return forward<Lie::across>(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoiSize, phase);
 }
 ZmxStatus zmxiWTFwdRow_D97_JPEG2K_32s_C1R(const Zmx32s* pSrc, int srcStep, Zmx32s* pDstLow, int dstLowStep,
                                           Zmx32s* pDstHigh, int dstHighStep, ZmxiSize dstRoiSize, int phase) {
-    return forwardRows(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoiSize, phase);
+    return forward<Lie::across>(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoiSize, phase);
 }
 ZmxStatus zmxiWTFwdRow_D97_JPEG2K_32f_C1R(const Zmx32f* pSrc, int srcStep, Zmx32f* pDstLow, int dstLowStep,
                                           Zmx32f* pDstHigh, int dstHighStep, ZmxiSize dstRoiSize, int phase) {
-    return forwardRows(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoiSize, phase);
+    return forward<Lie::across>(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoiSize, phase);
 }
 ZmxStatus zmxiWTInvRow_D97_JPEG2K_16s_C1R(const Zmx16s* pSrcLow, int srcLowStep, const Zmx16s* pSrcHigh,
                                           int srcHighStep, ZmxiSize srcRoiSize, Zmx16s* pDst, int dstStep, int phase) {
-    return inverseRows(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoiSize, pDst, dstStep, phase);
+    return inverse<Lie::across>(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoiSize, pDst, dstStep, phase);
 }
 ZmxStatus zmxiWTInvRow_D97_JPEG2K_32s_C1R(const Zmx32s* pSrcLow, int srcLowStep, const Zmx32s* pSrcHigh,
                                           int srcHighStep, ZmxiSize srcRoiSize, Zmx32s* pDst, int dstStep, int phase) {
-    return inverseRows(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoiSize, pDst, dstStep, phase);
+    return inverse<Lie::across>(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoiSize, pDst, dstStep, phase);
 }
 ZmxStatus zmxiWTInvRow_D97_JPEG2K_32f_C1R(const Zmx32f* pSrcLow, int srcLowStep, const Zmx32f* pSrcHigh,
                                           int srcHighStep, ZmxiSize srcRoiSize, Zmx32f* pDst, int dstStep, int phase) {
-    return inverseRows(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoiSize, pDst, dstStep, phase);
+    return inverse<Lie::across>(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoiSize, pDst, dstStep, phase);
 }
 
 ZmxStatus zmxiWTFwdCol_D97_JPEG2K_32f_C1R(const Zmx32f* pSrc, int srcStep, Zmx32f* pDstLow, int dstLowStep,
                                           Zmx32f* pDstHigh, int dstHighStep, ZmxiSize dstRoiSize, int phase) {
-    return forwardColumns(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoiSize, phase);
+    return forward<Lie::down>(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoiSize, phase);
 }
 ZmxStatus zmxiWTInvCol_D97_JPEG2K_32f_C1R(const Zmx32f* pSrcLow, int srcLowStep, const Zmx32f* pSrcHigh,
                                           int srcHighStep, ZmxiSize srcRoiSize, Zmx32f* pDst, int dstStep, int phase) {
-    return inverseColumns(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoiSize, pDst, dstStep, phase);
+    return inverse<Lie::down>(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoiSize, pDst, dstStep, phase);
 }

@@ -5,7 +5,7 @@
 // to output of 16-bit samples: all required.
 #pragma once
 
-#include "pj2wt97krn.h"
+#include "pj2wt97step.h"
 
 namespace zmx::wt97 {
 

@@ -6,7 +6,7 @@
 // one name, the finished ones go out, and their memory comes back in for the rows that are made anew. At the edges of a
 // tile it mirrors, by passing one row for two that are only read.
 #include "pj2wt53.h"
-#include "pj2wt97krn.h"
+#include "pj2wt97step.h"
 #include "pjargs.h"
 
 namespace zmx {

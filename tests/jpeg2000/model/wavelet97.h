@@ -2,7 +2,7 @@
 #pragma once
 
 #include "tests/jpeg2000/model/waveletline.h"
-#include "tests/support/extended.h"
+#include "tests/jpeg2000/model/extended.h"
 
 namespace model {
 

@@ -1,4 +1,4 @@
-// pj2wt97krn.h - the 9/7 steps on single values, in the number systems of the kernels and of the column lifting: 16
+// pj2wt97step.h - the 9/7 steps on single values, in the number systems of the kernels and of the column lifting: 16
 // fractional bits on 16-bit samples, saturating, and on 32-bit samples, wrapping; and 32-bit floats.
 //
 // Each system has two functions, and the inverse of the first: lift() is a step, weigh() a step with the scale folded
@@ -6,7 +6,7 @@
 // every result is narrowed at once; for floats a number with a 64-bit significand.
 #pragma once
 
-#include "pj2wt97.h"
+#include "pj2wt97const.h"
 #include "pjround.h"
 #include "pjrows.h"
 #include "pjx87.h"
