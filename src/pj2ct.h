@@ -27,7 +27,7 @@ void splitRow(const Zmx8u* src, Zmx8u* d0, Zmx8u* d1, Zmx8u* d2, int width) {
 }
 template <class T, class Row>
 ZmxStatus pixelsToPlanes(const T* src, int srcStep, T* const* dst, int dstStep, ZmxiSize roi, Row splitRow) {
-    if (ZmxStatus bad = Args().ptr(src).ptr(dst).planes(dst, 3).step(srcStep).step(dstStep).size(roi)) return bad;
+    if (ZmxStatus bad = Args().ptr(src, dst).planes(dst, 3).step(srcStep).step(dstStep).size(roi)) return bad;
     for (int y = 0; y < roi.height; ++y)
         splitRow(rowAt(src, srcStep, y), rowAt(dst[0], dstStep, y), rowAt(dst[1], dstStep, y),
                  rowAt(dst[2], dstStep, y), roi.width);
@@ -47,7 +47,7 @@ void joinRow(const Zmx8u* s0, const Zmx8u* s1, const Zmx8u* s2, Zmx8u* dst, int 
 }
 template <class T, class Row>
 ZmxStatus planesToPixels(const T* const* src, int srcStep, T* dst, int dstStep, ZmxiSize roi, Row joinRow) {
-    if (ZmxStatus bad = Args().ptr(src).ptr(dst).planes(src, 3).step(srcStep).step(dstStep).size(roi)) return bad;
+    if (ZmxStatus bad = Args().ptr(src, dst).planes(src, 3).step(srcStep).step(dstStep).size(roi)) return bad;
     for (int y = 0; y < roi.height; ++y)
         joinRow(rowAt(src[0], srcStep, y), rowAt(src[1], srcStep, y), rowAt(src[2], srcStep, y), rowAt(dst, dstStep, y),
                 roi.width);

@@ -108,7 +108,7 @@ ZmxStatus zmxiDecodeCBProgrSetPassCounter_JPEG2K(int nPasses, ZmxiDecodeCBProgrS
 
 ZmxStatus zmxiDecodeCBProgrGetPassCounter_JPEG2K(const ZmxiDecodeCBProgrState* pState, int* pnPasses) {
     // Both pointers ahead of the magic word, unlike its sibling below: required.
-    if (ZmxStatus bad = Args().ptr(pState).ptr(pnPasses)) return bad;
+    if (ZmxStatus bad = Args().ptr(pState, pnPasses)) return bad;
     if (ZmxStatus bad = stateArgs(pState)) return bad;
     *pnPasses = pState->passCounter;
     return zmxStsNoErr;
@@ -255,7 +255,7 @@ ZmxStatus zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(const Zmx8u* pSrc, Zmx32s* pDst, 
                                                int nBitPlanes, int nPasses, const int* pTermLen, int nTerms,
                                                Zmx32u cbStyle, int* pErrorBitPlane, ZmxiDecodeCBProgrState* pState) {
     // The size amid the pointers: required here.
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pState).size(size).ptr(pTermLen).ptr(pDst).step(dstStep)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc, pState).size(size).ptr(pTermLen, pDst).step(dstStep)) return bad;
     zmxiDecodeCBProgrInit_JPEG2K(pState);
     zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(pDst, dstStep, size, pState, subband, nBitPlanes, cbStyle);
     zmxiDecodeCBProgrSetPassCounter_JPEG2K(nPasses, pState);

@@ -126,8 +126,7 @@ ZmxStatus zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(const Zmx32s* pSrc, int srcStep
                                                  int mqTermType, int /*reserved*/, Zmx32u codeStyle, int* pSfBits,
                                                  int* pnPasses, int* pnTermPasses) {
     // The results and the size ahead of the source: required here.
-    if (ZmxStatus bad =
-            stateArgs(pState).ptr(pSfBits).ptr(pnPasses).ptr(pnTermPasses).size(size).ptr(pSrc).step(srcStep))
+    if (ZmxStatus bad = stateArgs(pState).ptr(pSfBits, pnPasses, pnTermPasses).size(size).ptr(pSrc).step(srcStep))
         return bad;
     clearFlagPlane(pState->pFlags, size);
     EncCoderState& coder = *pState->pCoder;

@@ -91,7 +91,7 @@ static bool isSound(const EncCoderState& s) {
 using namespace zmx;
 
 ZmxStatus zmxiEncodeStoreBits_JPEG2K_1u(Zmx8u* pDst, int* pDstLen, ZmxiEncodeState_JPEG2K* pState, int* pIsNotFinish) {
-    if (ZmxStatus bad = stateArgs(pState).ptr(pDst).ptr(pDstLen).ptr(pIsNotFinish)) return bad;
+    if (ZmxStatus bad = stateArgs(pState).ptr(pDst, pDstLen, pIsNotFinish)) return bad;
     if (ZmxStatus bad = Args().size(*pDstLen)) return bad;
     EncCoderState& coder = *pState->pCoder;
     if (!isSound(coder)) return zmxStsContextMatchErr;

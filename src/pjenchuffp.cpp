@@ -174,9 +174,9 @@ using namespace zmx;
 ZmxStatus zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos,
                                                      Zmx16s* pLastDC, int Al, const ZmxiEncodeHuffmanSpec* pDcTable,
                                                      ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState) {
-    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pEncHuffState)) return bad;
+    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos, pEncHuffState)) return bad;
     if (bFlushState) return flushWriter(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pLastDC).arg(badShift(Al)).ptr(pDcTable)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc, pLastDC).arg(badShift(Al)).ptr(pDcTable)) return bad;
 
     const int diff = differenceDC(pSrc, pLastDC, Al), n = category(diff);
     if (n > kMaxCategoryDC) return zmxStsDCTRangeErr;
@@ -187,7 +187,7 @@ ZmxStatus zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* 
 ZmxStatus zmxiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes,
                                                       int* pDstCurrPos, int Al, ZmxiEncodeHuffmanState* pEncHuffState,
                                                       int bFlushState) {
-    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pEncHuffState)) return bad;
+    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos, pEncHuffState)) return bad;
     if (bFlushState) return flushWriter(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
     if (ZmxStatus bad = Args().ptr(pSrc).arg(badShift(Al))) return bad;
 
@@ -198,8 +198,7 @@ ZmxStatus zmxiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u*
 ZmxStatus zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos,
                                                      int Ss, int Se, int Al, const ZmxiEncodeHuffmanSpec* pAcTable,
                                                      ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState) {
-    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pAcTable).ptr(pEncHuffState))
-        return bad;
+    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos, pAcTable, pEncHuffState)) return bad;
     if (bFlushState) {
         {
             limitHeld(*pEncHuffState);
@@ -219,8 +218,7 @@ ZmxStatus zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u*
                                                       int* pDstCurrPos, int Ss, int Se, int Al,
                                                       const ZmxiEncodeHuffmanSpec* pAcTable,
                                                       ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState) {
-    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pAcTable).ptr(pEncHuffState))
-        return bad;
+    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos, pAcTable, pEncHuffState)) return bad;
     if (bFlushState) {
         ZmxStatus run;
         {
@@ -241,7 +239,7 @@ ZmxStatus zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u*
 
 ZmxStatus zmxiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pDcStatistics, Zmx16s* pLastDC,
                                                           int Al) {
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDcStatistics).ptr(pLastDC).arg(badShift(Al))) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc, pDcStatistics, pLastDC).arg(badShift(Al))) return bad;
     const int n = category(differenceDC(pSrc, pLastDC, Al));
     if (n > kMaxCategoryDC) return zmxStsDCTRangeErr;
     ++pDcStatistics[n];
@@ -255,7 +253,7 @@ using Band = ZmxStatus (*)(const Zmx16s*, int, int, int, ZmxiEncodeHuffmanState&
 
 ZmxStatus countBand(const Zmx16s* pSrc, Zmx32u* pAcStatistics, int Ss, int Se, int Al,
                     ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState, Band band) {
-    if (ZmxStatus bad = Args().ptr(pAcStatistics).ptr(pEncHuffState)) return bad;
+    if (ZmxStatus bad = Args().ptr(pAcStatistics, pEncHuffState)) return bad;
     Count sink{pAcStatistics};
     if (bFlushState) {
         const ZmxStatus status = putRun(sink, pEncHuffState->eobRun);

@@ -67,7 +67,7 @@ Index literalLength(const Zmx8u* s, Index left, Index most) {
 using namespace zmx;
 
 ZmxStatus zmxiPackBitsRow_TIFF_8u_C1(const Zmx8u* pSrc, int srcLen, Zmx8u* pDst, int* pDstPos, int dstLen) {
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDstPos).ptr(pDst).size(srcLen).size(dstLen)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc, pDstPos, pDst).size(srcLen).size(dstLen)) return bad;
     Index pos = *pDstPos;
     if (pos < 0 || pos > dstLen) return zmxStsUnderRunErr; // and the position stays
 
