@@ -1,7 +1,7 @@
 // pj2encstore.cpp - the second half of the code-block encoder: its passes become bytes, through buffers of
 // any size, with the rate at which the stream can be cut behind each pass and the length of each codeword
 // segment.
-#include "pj2encoder.h"
+#include "pj2encstate.h"
 
 #include <limits>
 
@@ -34,16 +34,8 @@ static void endPass(EncCoderState& s) {
     if (s.resetCtx) mq::setInitialContexts(s.ctxState, s.ctxMPS); // behind raw passes too
 }
 
-void enterPass(EncCoderState& s) {
-    s.passDecisionPos = s.passBytes = 0;
-    if (s.curPass == s.passCount) return;
-    s.pPassDecisions = s.pDecisions + s.decisionBase;
-    s.pPassContexts = s.pContexts + s.decisionBase;
-    s.passDecisionCount = s.passDecisions[s.curPass];
-    s.passIsRaw = Zmx32u(s.passRaw[s.curPass]);
-}
-
-void encBufEncodeTermLastPass(EncCoderState* state, Zmx8u* pDst, int* pLen) {
+// All passes from the current one on, as far as the buffer takes them; *pLen becomes the bytes written.
+static void encBufEncodeTermLastPass(EncCoderState* state, Zmx8u* pDst, int* pLen) {
     int written = 0;
     while (state->curPass < state->passCount && written < *pLen) {
         const auto code = !endsSegment(*state, state->curPass) ? decEncoderEncode
@@ -89,7 +81,8 @@ static bool isSound(const EncCoderState& s) {
     const bool queue = s.fifoRead >= 0 && s.fifoRead <= s.fifoCount && s.fifoCount <= kFifoSize;
     const bool mq = s.areg >= 0x8000 && s.areg <= 0xFFFF && s.ct >= 1 && s.ct <= 12 && s.creg >> (28 - s.ct) == 0 &&
                     s.curByte <= 0xFF && s.bytesOut >= 0 && s.bytesOut <= most && mq::areContexts(s.ctxState, s.ctxMPS);
-    const bool raw = s.rawBitPos >= 0 && s.rawBitPos <= 7 && s.rawBytesOut >= 0 && s.rawBytesOut <= most;
+    const bool raw =
+        s.rawBitPos >= 0 && s.rawBitPos <= (s.rawLastFF ? 6 : 7) && s.rawBytesOut >= 0 && s.rawBytesOut <= most;
     return pass && counts && queue && mq && raw;
 }
 
@@ -107,17 +100,6 @@ ZmxStatus zmxiEncodeStoreBits_JPEG2K_1u(Zmx8u* pDst, int* pDstLen, ZmxiEncodeSta
     *pIsNotFinish = coder.curPass != coder.passCount;
     return zmxStsNoErr;
 }
-
-namespace zmx {
-
-int segmentCount(const EncCoderState& coder) {
-    if (!coder.passCount) return coder.termAll ? 0 : 1; // no pass is one segment of no bytes, unless all are terminated
-    int n = 0;
-    for (int i = 0; i < passesOf(coder); ++i) n += endsSegment(coder, i);
-    return n;
-}
-
-} // namespace zmx
 
 ZmxStatus zmxiEncodeGetTermPassLen_JPEG2K(const ZmxiEncodeState_JPEG2K* pState, int termNum, int* pLen) {
     if (ZmxStatus bad = stateArgs(pState).ptr(pLen)) return bad;

@@ -63,6 +63,7 @@ constexpr Zmx32u mpsOf(Context c) { return c & 1; }
 struct Transition {
     Context after[2];
 };
+// By twice the row plus the MPS.
 inline constexpr auto transitions = tableOf<2 * 47>([](int i) {
     const Estimate& e = owniEstimator_JPEG2K[i >> 1];
     const Zmx32u mps = i & 1;

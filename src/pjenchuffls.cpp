@@ -9,6 +9,7 @@
 namespace zmx {
 namespace {
 
+// A category and the bits behind it.
 ZmxStatus encodeDifference(int v, const ZmxiEncodeHuffmanSpec& table, BitWriter& out) {
     const int s = category(v);
     return writeCoded(table, s, s < 16 ? s : 0, v, out); // category 16 is one value and needs no bits
@@ -23,6 +24,7 @@ ZmxStatus encodeDifference(int v, const ZmxiEncodeHuffmanSpec& table, FastWriter
     return zmxStsNoErr;
 }
 
+// A row of interleaved samples: pixel after pixel, and within a pixel plane after plane, each with its table.
 struct Row {
     const Zmx16s* plane[4];
     const ZmxiEncodeHuffmanSpec* table[4];

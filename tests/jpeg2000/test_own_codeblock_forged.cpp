@@ -1,7 +1,7 @@
 // The code-block coders on states that something else has written to: every number in them at its extremes, pointers
 // and the geometry of an attached block excepted, which say where memory is. All memory ends at a guard page.
-#include "pj2decoder.h"
-#include "pj2encoder.h"
+#include "pj2decstate.h"
+#include "pj2encstate.h"
 #include "tests/jpeg2000/support/codeblock.h"
 #include "tests/support/extremes.h"
 #include "tests/support/guardedmemory.cpp"
