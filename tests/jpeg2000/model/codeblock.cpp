@@ -1,7 +1,7 @@
 // codeblock.cpp - the coding passes, and the decoder and the encoder of code blocks that run them.
 #include "tests/jpeg2000/model/codeblock.h"
 
-#include "tests/support/extended.h"
+#include "tests/jpeg2000/model/extended.h"
 
 #include <algorithm>
 #include <cstring>

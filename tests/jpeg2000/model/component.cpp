@@ -1,6 +1,6 @@
 #include "tests/jpeg2000/model/component.h"
 
-#include "tests/support/extended.h"
+#include "tests/jpeg2000/model/extended.h"
 
 #include <bit>
 #include <cstdint>
