@@ -9,18 +9,6 @@
 #include <gtest/gtest.h>
 #include <map>
 
-namespace {
-
-constexpr Band kAll{1, 63, 0};
-
-Block everywhere(int value) {
-    Block b;
-    b.fill(Zmx16s(value));
-    return b;
-}
-
-} // namespace
-
 // ---- held correction bits
 
 // Blocks of nothing but known coefficients, 63 bits of each to be held, into a destination that is full at once: no call

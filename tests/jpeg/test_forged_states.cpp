@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr Band kAll{1, 63, 0};
-
 // Of most symbols, with codes of all lengths.
 const HuffmanList& someList() {
     static const HuffmanList list = [] {

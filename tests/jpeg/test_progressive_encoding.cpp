@@ -14,8 +14,6 @@ void preset(StreamOut& out, int eobRun, int corrections = 0) {
     out.state.share();
 }
 
-constexpr Band kAll{1, 63, 0};
-
 } // namespace
 
 TEST(ProgressiveEncoding, OrderOfTests) {

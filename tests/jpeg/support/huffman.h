@@ -15,6 +15,13 @@
 using Bytes = std::vector<Zmx8u>;
 using Block = std::array<Zmx16s, 64>; // in natural order
 
+// A block of one value.
+inline Block everywhere(int value) {
+    Block b;
+    b.fill(Zmx16s(value));
+    return b;
+}
+
 inline constexpr auto bothEnds = {GuardedBlock::AtEnd, GuardedBlock::AtStart};
 
 // A block of a size that the library reports.

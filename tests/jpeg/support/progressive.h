@@ -6,6 +6,8 @@
 
 using model::Band;
 
+inline constexpr Band kAll{1, 63, 0};
+
 // A table of 8 bits a symbol for all symbols but 255: the code is the symbol.
 inline HuffmanList octets() {
     HuffmanList list;

@@ -1,8 +1,8 @@
 // The irreversible 9/7 wavelet, line by line, in its five number systems.
 #pragma once
 
-#include "tests/jpeg2000/model/waveletline.h"
 #include "tests/jpeg2000/model/extended.h"
+#include "tests/jpeg2000/model/waveletline.h"
 
 namespace model {
 
