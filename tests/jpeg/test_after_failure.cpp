@@ -13,12 +13,6 @@ namespace {
 
 constexpr Band kAll{1, 63, 0};
 
-Block everywhere(int value) {
-    Block b;
-    b.fill(Zmx16s(value));
-    return b;
-}
-
 } // namespace
 
 // ---- held correction bits

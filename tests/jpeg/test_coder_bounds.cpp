@@ -19,12 +19,6 @@ HuffmanList ladder(const Bytes& longest) {
     return list;
 }
 
-Block everywhere(int value) {
-    Block b;
-    b.fill(Zmx16s(value));
-    return b;
-}
-
 } // namespace
 
 // All 64 coefficients with the longest code and the most bits behind it, nearly all of them ones, so that nearly every

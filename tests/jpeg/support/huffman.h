@@ -256,6 +256,13 @@ inline Block blockOf(std::initializer_list<std::pair<int, int>> values) {
     return b;
 }
 
+// A block of one value.
+inline Block everywhere(int value) {
+    Block b;
+    b.fill(Zmx16s(value));
+    return b;
+}
+
 // A block with one coefficient in `oneIn` that is not 0, of up to `bits` bits.
 inline Block randomBlock(Rng& rng, int oneIn, int bits) {
     Block b{};
