@@ -252,7 +252,7 @@ template <class Exact>
 void storeBand(Zmx8u* band, const Zmx32s* values, const Zmx32s* differ, int from, int to, Exact exact) {
     Zmx32s any = 0;
     for (int i = 0; i < to - from; ++i) any |= differ[i];
-    std::memcpy(band + std::ptrdiff_t(sizeof(Zmx32s)) * from, values, sizeof(Zmx32s) * std::size_t(to - from));
+    for (int i = 0; i < to - from; ++i) store(band, from + i, values[i]);
     if (any)
         for (int i = from; i < to; ++i)
             if (differ[i - from]) store(band, i, exact(i));

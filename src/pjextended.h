@@ -51,8 +51,8 @@ public:
     // Truncates toward zero. The value has to fit: there is no integer for the others.
     explicit constexpr operator Zmx32s() const {
         const int fraction = kBias + 63 - exponent; // bits behind the point
-        const Zmx32s whole = fraction > 63 ? 0 : Zmx32s(significand >> fraction);
-        return negative ? -whole : whole;
+        const Zmx32u whole = fraction > 63 ? 0 : Zmx32u(significand >> fraction);
+        return Zmx32s(negative ? 0 - whole : whole); // -2^31 is among them
     }
 
     friend constexpr SoftExtended operator-(SoftExtended a) { return {!a.negative, a.exponent, a.significand}; }
