@@ -1,16 +1,36 @@
 # libzmxcore and libzmxjpx.
 
-add_library(zmxcore core/zmxcore.cpp core/threads.cpp)
+# What a shared library exports. ELF: the names of a map. Windows: what the headers mark while MACRO_EXPORTS is defined; a
+# DLL brings its runtime libraries with it, so that a C program needs none of them. Other systems (untried): what the
+# headers make visible.
+function(zmx_export_only target macro map)
+  if(NOT BUILD_SHARED_LIBS)
+    return()
+  elseif(WIN32)
+    target_compile_definitions(${target} PRIVATE ${macro}_EXPORTS)
+    target_link_options(${target} PRIVATE -static)
+    set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_NAME ${target}-6.1)
+  elseif(NOT APPLE)
+    target_link_options(${target} PRIVATE -Wl,--version-script=${PROJECT_SOURCE_DIR}/${map} -Wl,-z,defs -Wl,--as-needed)
+    set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${PROJECT_SOURCE_DIR}/${map})
+  endif()
+endfunction()
+
+if(WIN32)
+  set(zmx_system core/windows.cpp)
+elseif(CMAKE_SYSTEM_NAME STREQUAL "Linux")
+  set(zmx_system core/posix.cpp core/linux.cpp)
+else()
+  set(zmx_system core/posix.cpp core/processors.cpp)
+endif()
+add_library(zmxcore core/zmxcore.cpp ${zmx_system})
 add_library(zmxjpx::zmxcore ALIAS zmxcore)
 target_include_directories(zmxcore PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
   $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 target_link_libraries(zmxcore PRIVATE $<BUILD_INTERFACE:zmx_warnings>)
 set_target_properties(zmxcore PROPERTIES VERSION 6.1 SOVERSION 6.1
   CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
-if(BUILD_SHARED_LIBS)
-  target_link_options(zmxcore PRIVATE -Wl,--version-script=${PROJECT_SOURCE_DIR}/core/zmxcore.map)
-endif()
-set_property(TARGET zmxcore APPEND PROPERTY LINK_DEPENDS ${PROJECT_SOURCE_DIR}/core/zmxcore.map)
+zmx_export_only(zmxcore ZMXCORE core/zmxcore.map)
 
 # The objects are built once; the shared library is made of them, and so are the tests of internal functions.
 file(GLOB zmx_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*.cpp)
@@ -19,7 +39,9 @@ add_library(zmxjpx_objects OBJECT ${zmx_sources})
 set_source_files_properties(src/pjdecccss.cpp src/pjencccss.cpp PROPERTIES
   COMPILE_OPTIONS $<$<CXX_COMPILER_ID:GNU>:--param=max-completely-peel-times=4>)
 target_include_directories(zmxjpx_objects PUBLIC ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src)
-target_link_libraries(zmxjpx_objects PUBLIC OpenMP::OpenMP_CXX PRIVATE zmx_warnings)
+target_link_libraries(zmxjpx_objects PUBLIC ${zmx_openmp} PRIVATE zmx_warnings)
+# Public: the tests of internal functions are to see the same types.
+target_compile_definitions(zmxjpx_objects PUBLIC $<$<BOOL:${ZMX_SOFT_EXTENDED}>:ZMX_SOFT_EXTENDED>)
 # Nothing in it throws, so that a C program needs no C++ runtime.
 target_compile_options(zmxjpx_objects PRIVATE -fno-exceptions -fno-rtti)
 set_target_properties(zmxjpx_objects PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
@@ -28,13 +50,13 @@ add_library(zmxjpx $<TARGET_OBJECTS:zmxjpx_objects>)
 add_library(zmxjpx::zmxjpx ALIAS zmxjpx)
 target_include_directories(zmxjpx PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
   $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
-target_link_libraries(zmxjpx PRIVATE OpenMP::OpenMP_CXX zmxcore)
+target_link_libraries(zmxjpx PRIVATE ${zmx_openmp} zmxcore)
 # The loaded name of the library is libzmxjpx.so.6.1; libzmxcore stands beside it.
 set_target_properties(zmxjpx PROPERTIES VERSION 6.1 SOVERSION 6.1 LINKER_LANGUAGE CXX
   BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "$ORIGIN")
-if(BUILD_SHARED_LIBS)
-  target_link_options(zmxjpx PRIVATE -Wl,--version-script=${PROJECT_SOURCE_DIR}/src/zmxj.map -Wl,-z,defs -Wl,--as-needed)
-  set_property(TARGET zmxjpx APPEND PROPERTY LINK_DEPENDS ${PROJECT_SOURCE_DIR}/src/zmxj.map)
+zmx_export_only(zmxjpx ZMXJ src/zmxj.map)
+if(WIN32 AND BUILD_SHARED_LIBS)
+  target_compile_definitions(zmxjpx_objects PRIVATE ZMXJ_EXPORTS)
 endif()
 if(ZMX_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES Clang)
   # clang's sanitizer runtime lives in the program, not in the library.

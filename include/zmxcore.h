@@ -7,7 +7,9 @@
 #ifndef ZMXCORE_H
 #define ZMXCORE_H
 
-#if defined(__GNUC__)
+#if defined(_WIN32) && defined(ZMXCORE_EXPORTS) /* while the DLL itself is built */
+#define ZMX_EXPORT __declspec(dllexport)
+#elif defined(__GNUC__) && !defined(_WIN32)
 #define ZMX_EXPORT __attribute__((visibility("default")))
 #else
 #define ZMX_EXPORT

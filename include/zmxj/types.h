@@ -4,7 +4,9 @@
 
 #include <stdint.h>
 
-#if defined(__GNUC__)
+#if defined(_WIN32) && defined(ZMXJ_EXPORTS) /* while the DLL itself is built */
+#define ZMXJ_API __declspec(dllexport)
+#elif defined(__GNUC__) && !defined(_WIN32)
 #define ZMXJ_API __attribute__((visibility("default")))
 #else
 #define ZMXJ_API

@@ -3,7 +3,7 @@
 #include "codecs/picture/compare.h"
 #include "codecs/picture/raw.h"
 #include "tests/codecs/support/pictures.h"
-#include "tests/support/damage.h"
+#include "tests/codecs/support/damage.h"
 
 #include <cmath>
 #include <cstdio>

@@ -3,7 +3,7 @@
 #include "codecs/picture/exif.h"
 #include "codecs/picture/orientation.h"
 #include "tests/codecs/support/pictures.h"
-#include "tests/support/damage.h"
+#include "tests/codecs/support/damage.h"
 
 using namespace codecs;
 

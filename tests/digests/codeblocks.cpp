@@ -50,11 +50,10 @@ struct Block {
         const int fraction = 31 - magnBits, most = random.range(1, 31), few = random.range(1, 6);
         for (int y = 0; y < s.height; ++y)
             for (int x = 0; x < s.width; ++x) {
-                const auto magnitude =
-                    std::uint32_t(random.next() >> 33) >> (random.oneIn(few) ? 31 - most : 31 - fraction);
-                samples.set(x, y,
-                            Zmx32s(magnitude & 0x7FFFFFFF) * (random.oneIn(2) ? 1 : 0) |
-                                (random.oneIn(2) ? std::int32_t(0x80000000u) : 0));
+                const int shift = random.oneIn(few) ? 31 - most : 31 - fraction;
+                const std::uint32_t magnitude = std::uint32_t(random.next() >> 33) >> shift;
+                const std::uint32_t kept = random.oneIn(2) ? magnitude : 0, sign = random.oneIn(2) ? 1u << 31 : 0;
+                samples.set(x, y, Zmx32s(kept | sign));
             }
     }
 };
@@ -222,8 +221,7 @@ void decoders(Report& report) {
 void states(Report& report) {
     for (const auto& function : {NAMED(zmxiDecodeCBProgrGetStateSize_JPEG2K), NAMED(zmxiDecodeGetBufSize_JPEG2K)}) {
         // The state holds pointers, so that the size depends on theirs.
-        const std::string pointers = std::to_string(8 * sizeof(void*)) + "-bit pointers";
-        report.add(function.name + ": " + pointers, [&](Random&, Digest& digest) {
+        report.add(function.name + pointerWidth(sizeof(void*)), [&](Random&, Digest& digest) {
             for (const ZmxiSize& size : kSizes) {
                 int bytes = 0;
                 digest.value(function.call(size, &bytes)).value(bytes);

@@ -32,7 +32,8 @@ public:
     std::uint64_t get() const { return h; }
 };
 
-// SplitMix64, seeded by a name: whoever adds a digest leaves the others as they were.
+// SplitMix64, seeded by a name: whoever adds a digest leaves the others as they were. Two numbers in one expression need
+// an order: compilers evaluate operands and arguments from either side.
 class Random {
     std::uint64_t state;
 
@@ -207,6 +208,9 @@ template <class F> struct Named {
 };
 #define NAMED(function) named(#function, function)
 template <class F> Named<F> named(const char* name, F* function) { return {name, function}; }
+
+// The end of a name whose digest depends on the width of a pointer.
+inline std::string pointerWidth(std::size_t bytes) { return ": " + std::to_string(8 * bytes) + "-bit pointers"; }
 
 // All digests so far.
 class Report {

@@ -13,7 +13,10 @@ struct Lists {
 // Lists of a table with a code for each of the lowest `symbols` symbols; few of them are frequent.
 inline Lists listsFor(Random& random, int symbols) {
     Zmx32s statistics[257] = {};
-    for (int s = 0; s < symbols; ++s) statistics[s] = 1 + (1 << random.range(0, 12)) * random.range(0, 3);
+    for (int s = 0; s < symbols; ++s) {
+        const int unit = 1 << random.range(0, 12);
+        statistics[s] = 1 + unit * random.range(0, 3);
+    }
     Lists lists;
     zmxiEncodeHuffmanRawTableInit_JPEG_8u(statistics, lists.bits, lists.vals);
     return lists;

@@ -38,8 +38,8 @@ Scaled takeAway(Scaled& target, Scaled weight) {
 } // namespace
 
 HardTriple hardTriple(Random& random, std::uint32_t wa, std::uint32_t wb, std::uint32_t wc) {
-    const Scaled a{std::int64_t(random.range(1 << 23, (1 << 24) - 1)) * (random.oneIn(2) ? 1 : -1),
-                   random.range(-30, -10)};
+    const int sign = random.oneIn(2) ? 1 : -1;
+    const Scaled a{sign * std::int64_t(random.range(1 << 23, (1 << 24) - 1)), random.range(-30, -10)};
     const Scaled weight = scaled(wa), product{a.significand * weight.significand, a.exponent + weight.exponent};
     // The middle between two floats next to the product, which has 47 or 48 bits; the rest is for b and c.
     const int top = magnitudeOf(product) >> 47 ? 47 : 46, ulp = top - 23;

@@ -45,6 +45,14 @@ bool readList(const char* path, std::map<std::string, std::string>& list) {
     return true;
 }
 
+// Sizes that hold for pointers of another width than ours.
+bool ofOtherPointers(const std::string& name) {
+    const auto endsWith = [&](const std::string& end) {
+        return name.size() >= end.size() && name.compare(name.size() - end.size(), end.size(), end) == 0;
+    };
+    return endsWith(pointerWidth(sizeof(void*) == 8 ? 4 : 8));
+}
+
 int compare(const Report& report, std::map<std::string, std::string> list) {
     int equal = 0, different = 0;
     for (const Report::Line& line : report.lines) {
@@ -61,8 +69,11 @@ int compare(const Report& report, std::map<std::string, std::string> list) {
         }
         if (known != list.end()) list.erase(known);
     }
-    for (const auto& [name, value] : list) std::printf("not made: %s\n", name.c_str());
-    different += int(list.size());
+    for (const auto& [name, value] : list) {
+        if (ofOtherPointers(name)) continue;
+        std::printf("not made: %s\n", name.c_str());
+        ++different;
+    }
     std::printf("%d of %d digests equal\n", equal, equal + different);
     return equal == 0 || different != 0;
 }

@@ -33,9 +33,10 @@ void macroblock(Report& report, const Named<ZmxStatus(Zmx32s*, int)>& function, 
 // A row as bilevel pictures have it: runs, some of which are long.
 std::vector<Zmx8u> runs(Random& random, int length) {
     std::vector<Zmx8u> row;
-    while (int(row.size()) < length)
-        row.insert(row.end(), std::size_t(random.oneIn(3) ? random.range(1, 300) : random.range(1, 4)),
-                   Zmx8u(random.range(0, 255)));
+    while (int(row.size()) < length) {
+        const int run = random.oneIn(3) ? random.range(1, 300) : random.range(1, 4);
+        row.insert(row.end(), std::size_t(run), Zmx8u(random.range(0, 255)));
+    }
     row.resize(std::size_t(length));
     return row;
 }

@@ -1,4 +1,4 @@
-// threads.h - how many processors a process may really use; the parts of ownGetNumThreads() that a test can reach.
+// linux.h - how many processors a process may really use on Linux; the parts that a test can reach.
 #pragma once
 
 #include <string>

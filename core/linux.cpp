@@ -1,7 +1,8 @@
-// threads.cpp - how many processors this process may really use.
-#include "threads.h"
+// linux.cpp - how many processors this process may really use: those of its affinity mask, within the quota of its
+// control group.
+#include "linux.h"
 
-#include "zmxcore.h"
+#include "system.h"
 
 #include <algorithm>
 #include <climits>
@@ -12,21 +13,17 @@
 #include <sstream>
 #include <unistd.h>
 
-using namespace zmx;
+namespace zmx {
 
-int ownGetNumThreads(void) {
-    static const int count = [] {
-        const int quota = quotaOfCgroup("/sys/fs/cgroup", [] {
-            std::ifstream in("/proc/self/cgroup");
-            return std::string(std::istreambuf_iterator<char>(in), {});
-        }());
-        const int cpus = affinityCount();
-        return quota > 0 ? std::min(quota, cpus) : cpus;
-    }();
-    return count;
+int usableProcessors() {
+    const int quota = quotaOfCgroup("/sys/fs/cgroup", [] {
+        std::ifstream in("/proc/self/cgroup");
+        return std::string(std::istreambuf_iterator<char>(in), {});
+    }());
+    const int cpus = affinityCount();
+    return quota > 0 ? std::min(quota, cpus) : cpus;
 }
 
-namespace zmx {
 namespace {
 
 std::string textOf(const std::string& path) {

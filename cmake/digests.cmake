@@ -1,0 +1,14 @@
+# zmx_digests: what every function gives, compared with the one list that holds for every platform, compiler and option.
+
+file(GLOB zmx_digest_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/digests/*.cpp)
+add_executable(zmx_digests ${zmx_digest_sources})
+target_include_directories(zmx_digests PRIVATE ${PROJECT_SOURCE_DIR})
+target_link_libraries(zmx_digests PRIVATE zmxjpx zmx_warnings)
+add_test(NAME digests COMMAND zmx_digests ${PROJECT_SOURCE_DIR}/tests/digests/digests.txt)
+set_tests_properties(digests PROPERTIES TIMEOUT 600)
+# Every function that the header declares has a digest.
+find_program(ZMX_BASH bash)
+if(ZMX_BASH)
+  add_test(NAME digests.complete COMMAND ${ZMX_BASH} ${PROJECT_SOURCE_DIR}/tests/digests/check_complete.sh
+    ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/tests/digests/digests.txt ${CMAKE_C_COMPILER})
+endif()
