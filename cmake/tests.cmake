@@ -22,8 +22,8 @@ endif()
 
 file(GLOB zmx_test_support CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/support/*.cpp
   ${PROJECT_SOURCE_DIR}/tests/*/support/*.cpp ${PROJECT_SOURCE_DIR}/tests/*/model/*.cpp)
-# These two stand in for libzmxcore: a test includes them, and no other program gets them.
-list(FILTER zmx_test_support EXCLUDE REGEX "/tests/support/(memory|threads)\\.cpp$")
+# These stand in for libzmxcore: a test includes them, and no other program gets them.
+list(FILTER zmx_test_support EXCLUDE REGEX "/tests/support/(memory|guardedmemory|threads)\\.cpp$")
 add_library(zmx_test_support STATIC ${zmx_test_support})
 target_include_directories(zmx_test_support PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
 target_link_libraries(zmx_test_support PUBLIC zmx_gtest PRIVATE zmx_warnings)

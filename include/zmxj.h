@@ -2,7 +2,7 @@
  *
  * An exported name reads <domain><Operation>_<Codec>_<depths>_<layout>:
  *   domain     zmxi: images, blocks or rows; zmxj: this library
- *   Operation  what is done; LS: a level shift of 128 is part of it; 411, 422, 444: the chroma sampling
+ *   Operation  what is done; LS: a level shift of 128 is part of it; 411, 422, 444: the chroma sampling, where 411 is 4:2:0
  *   Codec      JPEG, JPEG2K, HDP, TIFF; MCU for one whole minimum coded unit; or a block format
  *   depths     element types, source first: 8u, 16s, 16u, 32s, 32f; 1u is a packed bit stream
  *   layout     C and a digit: interleaved channels; P and a digit: planes; R: rows with steps; I: in place

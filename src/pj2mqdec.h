@@ -1,5 +1,6 @@
 // pj2mqdec.h - the MQ decoder (ISO/IEC 15444-1 C.3, in the software conventions of Annex J.1): its state, its
-// routines for one codeword segment, and the form in which the coding passes run it.
+// routines for one codeword segment, and the form in which the coding passes run it. The standard's names of the
+// procedures stand in capitals.
 #pragma once
 
 #include "pj2mqprobest.h"
@@ -18,17 +19,17 @@ struct MQDecoderState {
     Zmx32u markerFound;         // a marker has been met in this segment
 };
 
-// Starts a codeword segment; the contexts stay as they are.
+// INITDEC (C.3.5): starts a codeword segment; the contexts stay as they are.
 void mqDecoderInit(MQDecoderState* state, const Zmx8u* pData, int dataLen);
 
-// Decodes one decision under a context, 0 to 18.
+// DECODE (C.3.2): one decision under a context, 0 to 18.
 int mqDecoderDecode(MQDecoderState* state, int context);
 
 // Whether the segment ended in another way than an error-free predictable termination would have ended it: 1
 // if so. Uses up the state: it is the last thing done with a segment.
 int mqDecoderCheckErrPredTerm(MQDecoderState* state);
 
-// Returns all contexts to their initial states.
+// Returns all contexts to their initial states (Table D.7).
 void mqDecoderResetCtx(MQDecoderState* state);
 
 namespace mq {
@@ -51,7 +52,7 @@ public:
     Zmx32u current() const { return at(pos); }
     Zmx32u next() const { return at(pos + 1); }
 
-    // BYTEIN: adds the next byte to the code register and returns the number of its bits. A byte of 0x80 to
+    // BYTEIN (C.3.4): adds the next byte to the code register and returns the number of its bits. A byte of 0x80 to
     // 0x8F behind a 0xFF, which no encoder writes, carries into the bits above; the sums wrap.
     Zmx32u byteIn(Zmx32u& creg) {
         if (marker) return 8; // zero bits, which are ones to the inverted register, for ever
@@ -98,30 +99,32 @@ public:
     Decoder(const Decoder&) = delete;
     Decoder& operator=(const Decoder&) = delete;
 
+    // DECODE (C.3.2).
     [[gnu::always_inline]] Zmx32u decode(Context& context) {
         const Context c = context;
         areg -= qeOf(c);
-        return areg > floor ? mpsOf(c) : adapt(context, c);
+        return areg > floor ? mpsOf(c) : exchange(context, c);
     }
 
 private:
     void setFloor() { floor = creg > 0x7FFFFFFF ? creg : 0x7FFFFFFF; }
 
-    // All other outcomes: a renormalisation follows. Which of the four exchanges it is cannot be foretold, so
-    // it is worked out without branches.
-    [[gnu::always_inline]] Zmx32u adapt(Context& context, Context c) {
+    // MPS_EXCHANGE and LPS_EXCHANGE, each with its two outcomes; a renormalisation follows. Which of the four it is
+    // cannot be foretold, so it is worked out without branches.
+    [[gnu::always_inline]] Zmx32u exchange(Context& context, Context c) {
         const Zmx32u qe = qeOf(c);
         const Zmx32u upper = -Zmx32u(creg < areg); // a mask: the code is in the upper part of the interval
         const Zmx32u isLps = (upper + 1) ^ Zmx32u(areg < qe);
         context = nextOf(c, isLps);
         creg = creg - areg + (areg & upper);
         areg = qe ^ ((areg ^ qe) & upper);
-        renormalise();
+        renormD();
         setFloor();
         return mpsOf(c) ^ isLps;
     }
 
-    [[gnu::always_inline]] void renormalise() {
+    // RENORMD (C.3.3), as many shifts at a time as the bytes allow.
+    [[gnu::always_inline]] void renormD() {
         int shifts = __builtin_clz(areg); // areg is never zero
         areg <<= shifts;
         while (shifts > ct) [[unlikely]] {

@@ -41,10 +41,12 @@ public:
     }
 };
 
-// At most 15 shifts follow a decision, so no more bytes than these.
-constexpr int kBytesOfDecision = 3;
+// The most bytes that a decision puts out. Qe, and so the interval, is 1 or more: a renormalisation brings bit 15 up
+// by 15 shifts or fewer, and behind the first byte each takes seven bits or eight.
+constexpr int kMostShifts = 15, kBytesOfDecision = 3;
+static_assert(kBytesOfDecision == 1 + (kMostShifts - 1) / 7);
 
-// Codes decisions of the current pass until they are all coded or the output has come to `stop`, behind which
+// ENCODE (C.2.2) with CODEMPS, CODELPS and RENORME: codes decisions of the current pass until they are all coded or the output has come to `stop`, behind which
 // there must be room for kBytesOfDecision - 1 bytes more.
 //
 // An MPS that needs no renormalisation takes Qe from areg and adds it to creg, so the upper end of the
@@ -55,7 +57,7 @@ Zmx8u* codeDecisions(EncCoderState& s, Zmx8u* out, const Zmx8u* stop) {
     Zmx32u top = s.creg + s.areg;
     Zmx32u curByte = s.curByte;
     int ct = s.ct;
-    int kept = s.dropFirstByte ? 0 : 1;
+    bool kept = !s.dropFirstByte;
 
     const Zmx8u* decision = s.pPassDecisions + s.passDecisionPos;
     const Zmx8u* context = s.pPassContexts + s.passDecisionPos;
@@ -86,9 +88,8 @@ Zmx8u* codeDecisions(EncCoderState& s, Zmx8u* out, const Zmx8u* stop) {
             Zmx32u creg = (top << ct) - areg;
             shifts -= ct;
             ct = mq::byteOut(creg, curByte, [&](Zmx32u byte) {
-                *out = Zmx8u(byte);
-                out += kept;
-                kept = 1;
+                if (kept) *out++ = Zmx8u(byte); // not even in passing: behind the bytes told nothing changes
+                kept = true;
                 ++s.bytesOut;
             });
             top = creg + areg;

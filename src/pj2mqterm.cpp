@@ -17,11 +17,16 @@ void byteOut(EncCoderState& s) {
     ++s.bytesOut;
 }
 
-// The standard's FLUSH, with as many bits set as the interval allows.
-void flush(EncCoderState& s) {
+// SETBITS: as many bits as the interval allows.
+void setBits(EncCoderState& s) {
     const Zmx32u end = s.creg + s.areg;
     s.creg |= 0xFFFF;
     if (s.creg >= end) s.creg -= 0x8000;
+}
+
+// FLUSH (C.2.9), which sets the bits behind the first byte too.
+void flush(EncCoderState& s) {
+    setBits(s);
     byteOut(s);
     s.creg |= 0x7FFF;
     byteOut(s);

@@ -35,6 +35,15 @@ inline ZmxStatus kernelArgs(const void* p0, int step0, const void* p1, int step1
     return Args().ptr(p0).ptr(p1).ptr(p2).step(step0).step(step1).step(step2).size(roi.height).size(roi.width);
 }
 
+// A row kernel: the tests, then line(y) for each row of its three planes.
+template <class Line>
+ZmxStatus kernelRows(const void* p0, int step0, const void* p1, int step1, const void* p2, int step2, ZmxiSize roi,
+                     Line line) {
+    if (ZmxStatus bad = kernelArgs(p0, step0, p1, step1, p2, step2, roi)) return bad;
+    for (int y = 0; y < roi.height; ++y) line(y);
+    return zmxStsNoErr;
+}
+
 // ---- the bands of a line
 
 struct Split {

@@ -36,13 +36,22 @@ struct Mode {
     constexpr int index2Size() const { return index2 ? 16 * index2 - 1 : 0; }
 };
 
+// Khronos Data Format Specification 1.3, table "Mode-dependent BPTC parameters".
+// clang-format off
 constexpr Mode kModes[8] = {
-    {0, 3, 4, 0, 0, 4, 0, onePerEnd, 3, 0}, {1, 2, 6, 0, 0, 6, 0, onePerSubset, 3, 0},
-    {2, 3, 6, 0, 0, 5, 0, none, 2, 0},      {3, 2, 6, 0, 0, 7, 0, onePerEnd, 2, 0},
-    {4, 1, 0, 2, 1, 5, 6, none, 2, 3},      {5, 1, 0, 2, 0, 7, 8, none, 2, 2},
-    {6, 1, 0, 0, 0, 7, 7, onePerEnd, 4, 0}, {7, 2, 6, 0, 0, 5, 5, onePerEnd, 2, 0},
+    // mode, subsets, partition, rotation, selector, colour, alpha, P-bits, index, second index
+    {0,      3,       4,         0,        0,        4,      0,     onePerEnd,    3, 0},
+    {1,      2,       6,         0,        0,        6,      0,     onePerSubset, 3, 0},
+    {2,      3,       6,         0,        0,        5,      0,     none,         2, 0},
+    {3,      2,       6,         0,        0,        7,      0,     onePerEnd,    2, 0},
+    {4,      1,       0,         2,        1,        5,      6,     none,         2, 3},
+    {5,      1,       0,         2,        0,        7,      8,     none,         2, 2},
+    {6,      1,       0,         0,        0,        7,      7,     onePerEnd,    4, 0},
+    {7,      2,       6,         0,        0,        5,      5,     onePerEnd,    2, 0},
 };
-static_assert(std::all_of(kModes, kModes + 8, [](Mode m) { return m.index2At() + m.index2Size() == 128; }));
+// clang-format on
+static_assert(std::all_of(kModes, kModes + 8, [](Mode m) { return m.index2At() + m.index2Size() == 128; }),
+              "the fields of every mode fill its block");
 
 // A block in two words; bit 0 is bit 0 of its first byte.
 struct Bits {

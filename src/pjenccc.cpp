@@ -3,15 +3,16 @@
 // Rows of planes are converted as they lie; pixels go through runs of samples on the stack, which a layout class fills.
 // Since a pixel is read whole before it is written, a destination may be its own source.
 #include "pjargs.h"
+#include "pjenccctbl.h"
 #include "pjpixels.h"
-#include "pjrows.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace zmx {
 namespace {
 
-// What cc_table of pjenccctbl sums up, by multiplication. The three factors of Y add up to 65536 and those of Cb and of
+// What cc_table sums up, by multiplication. The three factors of Y add up to 65536 and those of Cb and of
 // Cr to 0, so with a = R - G and b = B - G each line needs two products:
 //   Y   G + ((19595 a + 7471 b + 32768) >> 16)
 //   Cb  128 + ((32768 b - 11059 a + 32767) >> 16)
@@ -40,6 +41,31 @@ constexpr void toYcc(const Pixel<3>& rgb, Pixel<3>& ycc) {
     ycc.of[1] = chromaOf(d.a, d.b, 22118);
     ycc.of[2] = chromaOf(d.b, d.a, 10658);
 }
+// The proof. Raising R, G and B alike raises the sum of Y by 65536 a step, and those of Cb and Cr by nothing, so that one
+// colour of each pair of differences is enough: all a with every 51st b, and all b with every 51st a.
+constexpr Zmx32s factorOf(std::size_t line) { return kColourLines[line].factor; }
+static_assert(factorOf(0) + factorOf(1) + factorOf(2) == 65536);
+static_assert(factorOf(3) + factorOf(4) + factorOf(5) == 0 && factorOf(5) + factorOf(6) + factorOf(7) == 0);
+
+constexpr bool agrees(int a, int b) {
+    const int green = std::max({0, -a, -b}), red = green + a, blue = green + b;
+    if (red > 255 || blue > 255) return true; // there is no such colour
+    const auto entry = [](int table, int sample) { return cc_table[std::size_t(256 * table + sample)]; };
+    Pixel<3> ycc{};
+    toYcc({Zmx16s(red), Zmx16s(green), Zmx16s(blue)}, ycc);
+    return ycc.of[0] == (entry(0, red) + entry(1, green) + entry(2, blue)) >> 16 &&
+           ycc.of[1] == (entry(3, red) + entry(4, green) + entry(5, blue)) >> 16 &&
+           ycc.of[2] == (entry(5, red) + entry(6, green) + entry(7, blue)) >> 16;
+}
+template <int Part> constexpr bool agree() { // in parts, since a compiler does not go on for ever
+    for (int other = -255; other <= 255; ++other)
+        if (!agrees(51 * Part - 255, other) || !agrees(other, 51 * Part - 255)) return false;
+    return true;
+}
+template <int Part> constexpr bool kAgree = agree<Part>();
+template <int... Part> constexpr bool allAgree(std::integer_sequence<int, Part...>) { return (kAgree<Part> && ...); }
+static_assert(allAgree(std::make_integer_sequence<int, 11>()));
+
 // 255 minus each sample first; K is copied unchanged.
 constexpr void toYcck(const Pixel<4>& cmyk, Pixel<4>& ycck) {
     const auto [c, m, y, k] = cmyk.of;
@@ -62,7 +88,7 @@ template <class Layout, auto formula, int M> void pixelsRow(const Zmx8u* src, Ro
 
 template <class Layout, auto formula, int M, class How>
 ZmxStatus pixelsToPlanes(const void* src, int srcStep, Zmx8u* const* dst, int dstStep, ZmxiSize roi) {
-    if (ZmxStatus bad = Args().ptr(src).ptr(dst).planes(dst, M).step(srcStep).step(dstStep).size(roi)) return bad;
+    if (ZmxStatus bad = Args().ptr(src, dst).planes(dst, M).step(srcStep).step(dstStep).size(roi)) return bad;
     How::rows(roi, [=](int y) {
         pixelsRow<Layout, formula>(rowAt(src, srcStep, y), Rows<Zmx8u, M>(dst, dstStep, y), roi.width);
     });

@@ -55,9 +55,16 @@ template <bool Strict> struct FastSink {
     ZmxStatus bare(int symbol) { return coded(acTable.codes[symbol], 0, 0); }
 };
 
-// 64 coefficients of up to 32 bits with their code, an end of block, seven bits pending, and every byte
-// stuffed.
-constexpr int kWorstBlock = 2 * (64 * 32 + 16 + 7) / 8 + 2;
+// Out of the way of the fast one.
+[[gnu::noinline]] ZmxStatus encodeExact(const Zmx16s* pSrc, int diff, ExactSink sink) {
+    return walkBlock(pSrc, diff, sink);
+}
+
+// The bytes that a block may take: 64 coefficients with their codes (the symbol of 16 zeros stands in the place of
+// those), an end of block, seven bits pending, and every byte stuffed.
+constexpr int kWorstBlock = 519;
+static_assert(kWorstBlock >= 2 * ((64 * (kMostCodeBits + kMostValueBits) + kMostCodeBits + 7) / 8));
+static_assert(kMostCodeBits + kMostValueBits <= FastWriter::kMostBits);
 
 } // namespace
 } // namespace zmx
@@ -75,14 +82,11 @@ ZmxStatus zmxiEncodeHuffman8x8_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, in
 
     const int diff = differenceDC(pSrc, pLastDC);
     BitWriter out(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
-    if (out.pos <= out.len - kWorstBlock && out.regular()) {
-        FastSink<true> sink{*pDcTable, *pAcTable, FastWriter(out)};
-        const ZmxStatus status = walkBlock(pSrc, diff, sink);
-        sink.out.leave(out);
-        return status;
-    }
-    ExactSink sink{*pDcTable, *pAcTable, out};
-    return walkBlock(pSrc, diff, sink);
+    if (out.room() < kWorstBlock || !out.regular()) return encodeExact(pSrc, diff, {*pDcTable, *pAcTable, out});
+    FastSink<true> sink{*pDcTable, *pAcTable, FastWriter(out)};
+    const ZmxStatus status = walkBlock(pSrc, diff, sink);
+    sink.out.leave(out);
+    return status;
 }
 
 ZmxStatus zmxiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int* pDstBitsLen, Zmx16s* pLastDC,
@@ -90,6 +94,8 @@ ZmxStatus zmxiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* p
                                                     const ZmxiEncodeHuffmanSpec* pAcTable) {
     if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDst).ptr(pDstBitsLen).ptr(pLastDC).ptr(pDcTable).ptr(pAcTable))
         return bad;
+    // A position may have wrapped: 2^31 bits are a stream of 256 MiB.
+    if (ZmxStatus bad = Args().arg(*pDstBitsLen < 0)) return bad;
     FastSink<false> sink{*pDcTable, *pAcTable, FastWriter(pDst, *pDstBitsLen)};
     walkBlock(pSrc, differenceDC(pSrc, pLastDC), sink);
     *pDstBitsLen = sink.out.leave(pDst, *pDstBitsLen);

@@ -9,6 +9,7 @@
 namespace zmx {
 namespace {
 
+// A category and the bits behind it.
 ZmxStatus encodeDifference(int v, const ZmxiEncodeHuffmanSpec& table, BitWriter& out) {
     const int s = category(v);
     return writeCoded(table, s, s < 16 ? s : 0, v, out); // category 16 is one value and needs no bits
@@ -23,6 +24,7 @@ ZmxStatus encodeDifference(int v, const ZmxiEncodeHuffmanSpec& table, FastWriter
     return zmxStsNoErr;
 }
 
+// A row of interleaved samples: pixel after pixel, and within a pixel plane after plane, each with its table.
 struct Row {
     const Zmx16s* plane[4];
     const ZmxiEncodeHuffmanSpec* table[4];
@@ -37,9 +39,12 @@ struct Row {
     }
 };
 
-// A code of 16 bits and a value of 15, with every byte stuffed. The bit to spare of each makes room for the
-// seven that may be pending ahead of the first: whole bytes alone are written.
-constexpr int kWorstDifference = 8;
+// The bytes that n differences may take: each a code of 16 bits and a value of 15 (none for category 16), seven bits
+// pending ahead of the first, and every byte stuffed. The bit to spare of each makes room for the pending ones, and
+// whole bytes alone are written.
+constexpr int kWorstDifference = 8, kDifferenceBits = kMostCodeBits + kMostValueBits - 1;
+static_assert(kWorstDifference == 2 * ((kDifferenceBits + 7) / 8)); // n = 1
+static_assert(8 * kWorstDifference == 2 * (kDifferenceBits + 1));   // each further one
 
 } // namespace
 } // namespace zmx
@@ -73,8 +78,8 @@ ZmxStatus zmxiEncodeHuffmanRow_JPEG_16s1u_P4C1(const Zmx16s* const pSrcPlanes[4]
 
     BitWriter out(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
     int x = 0;
-    while (x < nWidth && out.regular() && out.pos >= 0) {
-        const int pixels = (out.len - out.pos) / (kWorstDifference * row.planes);
+    while (x < nWidth && out.regular()) {
+        const int pixels = out.room() / (kWorstDifference * row.planes);
         if (pixels < 1) break;
         const int end = x + std::min(pixels, nWidth - x);
         FastWriter fast(out);

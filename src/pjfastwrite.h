@@ -30,6 +30,8 @@ class FastWriter {
     }
 
 public:
+    static constexpr int kMostBits = 32; // that put() takes
+
     // In the place of a bit writer.
     explicit FastWriter(const BitWriter& out)
         : next(out.dst + out.pos), bits(out.buf >> (24 - out.count)), count(out.count) {}
@@ -38,7 +40,7 @@ public:
     FastWriter(Zmx8u* dst, int position)
         : next(dst + (position >> 3)), bits(position & 7 ? *next >> (8 - (position & 7)) : 0), count(position & 7) {}
 
-    // Writes the low n bits of v, up to 32 of them; the bits above have to be zero.
+    // Writes the low n bits of v, up to kMostBits of them; the bits above have to be zero.
     void put(std::uint64_t v, int n) {
         const int over = count + n - 64;
         if (over >= 0) {

@@ -25,11 +25,6 @@ template <class T> constexpr T wrapMul(T a, T b) {
     using U = std::make_unsigned_t<T>;
     return T(U(a) * U(b));
 }
-template <class T> constexpr T wrapNeg(T a) { return wrapSub(T(0), a); }
-template <class T> constexpr T wrapShl(T a, int n) {
-    static_assert(sizeof(T) >= sizeof(int) && std::is_integral_v<T>);
-    return T(std::make_unsigned_t<T>(a) << n);
-}
 
 // The sum of two samples in 32 bits, where that of 32-bit samples wraps. Narrower ones are added as they are: the sum
 // fits, and halving what went through unsigned numbers is a signed operation that gcc 12 for arm64 makes an unsigned one.

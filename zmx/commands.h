@@ -1,16 +1,20 @@
 // commands.h - the subcommands of zmx, one function a codec. Each adds its commands and their callbacks to `app`.
 //
-// A callback reports trouble by throwing an exception whose what() is one line that says file, what and where;
-// main() prints it and exits with 1. CLI11 itself answers a wrong command line with a message and its own codes.
+// A callback reports trouble by an exception whose what() is one line; main() prints it. The exit code is 2 for a command
+// line that asks for nonsense (UsageError, and what CLI11 finds), 1 for all else: a file that cannot be read or written.
 #pragma once
 
 namespace CLI {
 class App;
 }
 
-void addDdsCommands(CLI::App& app);
-void addImageCommands(CLI::App& app);
-void addJpegCommands(CLI::App& app);
-void addTiffCommands(CLI::App& app);
-void addHdpCommands(CLI::App& app);
-void addJpeg2000Commands(CLI::App& app);
+namespace command {
+
+void addDds(CLI::App& app);
+void addHdp(CLI::App& app);
+void addImage(CLI::App& app);
+void addJpeg(CLI::App& app);
+void addJpeg2000(CLI::App& app);
+void addTiff(CLI::App& app);
+
+} // namespace command

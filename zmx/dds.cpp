@@ -1,10 +1,10 @@
-// commands.cpp - zmx dds encode, decode and info.
+// dds.cpp - zmx dds: encode, decode and info.
+#include "codecs/picture/bytefile.h"
+#include "codecs/texture/texture.h"
 #include "zmx/commands.h"
-
-#include "codecs/texture/surface.h"
+#include "zmx/run.h"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -12,10 +12,20 @@
 
 namespace {
 
-struct Options {
-    std::string in, out, format;
-    bool mips = false;
-    int layer = 0;
+namespace texture = codecs::texture;
+using command::Run;
+
+struct EncodeArguments {
+    command::Files files;
+    command::PictureOptions picture;
+    std::string format;
+    bool chain = false;
+};
+struct DecodeArguments {
+    command::Files files;
+    command::PictureOptions picture;
+    bool chain = false;
+    int layer = 0, level = 0;
 };
 
 // "out.png" for the first level, "out.mip2.png" for the third.
@@ -27,64 +37,94 @@ std::string levelPath(const std::string& path, int level) {
     return path.substr(0, at) + ".mip" + std::to_string(level) + path.substr(at);
 }
 
-void encode(const Options& o) {
-    const Image picture = readImage(o.in);
-    if (std::max(picture.width, picture.height) > dds::kMaxSide)
-        throw dds::Error(o.in + ": a side of more than " + std::to_string(dds::kMaxSide) + " pixels");
-    dds::write(o.out, dds::encode(picture, dds::formatNamed(o.format), o.mips));
+void encode(Run& run, const EncodeArguments& args) {
+    codecs::RowSource& rows = run.pictureIn(args.picture);
+    run.warn(codecs::named(run.inName(), [&] {
+        return texture::encode(rows, run.bytesOut(), {texture::formatNamed(args.format), args.chain});
+    }));
 }
 
-void decode(const Options& o) {
-    const dds::Texture texture = dds::read(o.in);
-    if (o.layer >= texture.layers)
-        throw dds::Error(o.in + ": layer " + std::to_string(o.layer) + " is not among its " +
-                         std::to_string(texture.layers));
-    const int levels = o.mips ? texture.levels : 1;
-    for (int i = 0; i < levels; ++i) writeImage(levelPath(o.out, i), dds::decode(texture, o.layer, i));
+// The levels of a chain are files of their own, which are there one after the other.
+void decode(Run& run, const DecodeArguments& args) {
+    if (args.chain && run.outName() == codecs::nameForMessages("-", false))
+        throw command::UsageError("--mips writes several files, not standard output");
+    codecs::named(run.inName(), [&] {
+        const texture::Texture t = texture::readHeader(run.bytesIn());
+        if (args.level >= t.levels)
+            throw codecs::Error("level " + std::to_string(args.level) + " is not among its " +
+                                std::to_string(t.levels));
+        if (args.layer >= t.layers)
+            throw codecs::Error("layer " + std::to_string(args.layer) + " is not among its " +
+                                std::to_string(t.layers));
+        texture::decode(run.bytesIn(), t, run.pictureOut(args.picture), {args.layer, args.level});
+        for (int i = 1; i < t.levels && args.chain; ++i) {
+            const auto out = codecs::createPicture(levelPath(run.outName(), i));
+            texture::decode(run.bytesIn(), t, *out, {args.layer, i});
+        }
+    });
 }
 
-void info(const Options& o) {
-    const dds::Texture t = dds::read(o.in);
-    std::printf("%s: %s, %d x %d, %s header\n", o.in.c_str(), dds::nameOf(t.format), t.width, t.height,
+void info(const std::string& in) {
+    const texture::Texture t = codecs::named(in, [&] { return texture::readHeader(*codecs::openBytes(in)); });
+    std::printf("%s: %s, %d x %d, %s header\n", in.c_str(), texture::nameOf(t.format), t.width, t.height,
                 t.headerBytes > 128 ? "DX10" : "FourCC");
     std::printf("%d layer%s%s, %d level%s\n", t.layers, t.layers > 1 ? "s" : "", t.cube ? " of a cube map" : "",
                 t.levels, t.levels > 1 ? "s" : "");
     for (int layer = 0; layer < t.layers; ++layer)
         for (int i = 0; i < t.levels; ++i) {
-            const dds::Level l = t.level(layer, i);
+            const texture::Level l = t.level(layer, i);
             const std::string name = t.layerName(layer);
-            std::printf("  layer %d%s level %d: %d x %d, %zu bytes at %zu\n", layer,
-                        name.empty() ? "" : (" (" + name + ")").c_str(), i, l.width, l.height, l.size,
-                        t.headerBytes + l.offset);
+            std::printf("  layer %d%s level %d: %d x %d, %llu bytes at %llu\n", layer,
+                        name.empty() ? "" : (" (" + name + ")").c_str(), i, l.width, l.height,
+                        static_cast<unsigned long long>(l.size),
+                        static_cast<unsigned long long>(t.headerBytes + l.offset));
         }
+}
+
+void addEncode(CLI::App& app) {
+    CLI::App* c = app.add_subcommand("encode", "Compress a picture into a DDS file");
+    const auto args = std::make_shared<EncodeArguments>();
+    args->files.addTo(*c, codecs::kPictureFile, "the DDS file", ".dds");
+    std::vector<std::string> formats;
+    for (texture::Format f :
+         {texture::Format::dxt1, texture::Format::dxt3, texture::Format::dxt5, texture::Format::ycocgDxt5})
+        formats.emplace_back(texture::nameOf(f));
+    c->add_option("--format", args->format, "the block format")->required()->check(CLI::IsMember(formats));
+    c->add_flag("-m,--mips", args->chain, "with a chain of levels down to 1 by 1");
+    args->picture.addInputTo(*c);
+    c->footer("Examples:\n"
+              "  zmx dds encode brick.png brick.dds --format dxt1 --mips\n"
+              "  zmx dds encode *.png -o textures/ --format dxt5");
+    c->callback([args] { args->files.each([&](Run& run) { encode(run, *args); }); });
+}
+
+void addDecode(CLI::App& app) {
+    CLI::App* c = app.add_subcommand("decode", "Expand a DDS file into a picture");
+    const auto args = std::make_shared<DecodeArguments>();
+    args->files.addTo(*c, "a DDS file", "a " + codecs::kPictureEndings + " file", ".png");
+    auto* mips = c->add_flag("-m,--mips", args->chain, "every level: out.png, out.mip1.png, out.mip2.png and so on");
+    c->add_option("--level", args->level, "which level of the chain, from 0: the largest")
+        ->check(CLI::Range(0, 15))
+        ->excludes(mips);
+    c->add_option("--layer", args->layer, "which face of a cube map or element of an array, from 0")
+        ->check(CLI::NonNegativeNumber);
+    args->picture.addOutputTo(*c);
+    c->footer("Examples:\n"
+              "  zmx dds decode brick.dds brick.png\n"
+              "  zmx dds decode sky.dds front.png --layer 4");
+    c->callback([args] { args->files.each([&](Run& run) { decode(run, *args); }); });
 }
 
 } // namespace
 
-void addDdsCommands(CLI::App& app) {
+void command::addDds(CLI::App& app) {
     CLI::App* group = app.add_subcommand("dds", "DDS texture files: DXT1, DXT3, DXT5, BC7 and YCoCg DXT5");
     group->require_subcommand(1);
-    const auto o = std::make_shared<Options>();
-
-    CLI::App* enc = group->add_subcommand("encode", "Compress a PNG or PNM picture into a DDS file");
-    enc->add_option("in", o->in, "the picture")->required();
-    enc->add_option("out", o->out, "the DDS file")->required();
-    std::vector<std::string> formats;
-    for (dds::Format f : {dds::Format::dxt1, dds::Format::dxt3, dds::Format::dxt5, dds::Format::ycocgDxt5})
-        formats.push_back(dds::nameOf(f));
-    enc->add_option("--format", o->format, "the block format")->required()->check(CLI::IsMember(formats));
-    enc->add_flag("--mips", o->mips, "with a chain of levels down to 1 by 1");
-    enc->callback([o] { encode(*o); });
-
-    CLI::App* dec = group->add_subcommand("decode", "Expand a DDS file into a picture");
-    dec->add_option("in", o->in, "the DDS file")->required();
-    dec->add_option("out", o->out, "the picture, a PNG or PNM file by its name")->required();
-    dec->add_flag("--mips", o->mips, "every level: out.png, out.mip1.png, out.mip2.png and so on");
-    dec->add_option("--layer", o->layer, "which face of a cube map or element of an array, from 0")
-        ->check(CLI::NonNegativeNumber);
-    dec->callback([o] { decode(*o); });
-
-    CLI::App* inf = group->add_subcommand("info", "List the pictures in a DDS file");
-    inf->add_option("in", o->in, "the DDS file")->required();
-    inf->callback([o] { info(*o); });
+    addEncode(*group);
+    addDecode(*group);
+    CLI::App* c = group->add_subcommand("info", "List the pictures in a DDS file");
+    const auto in = std::make_shared<std::string>();
+    c->add_option("IN", *in, "a DDS file; - is a pipe")->required();
+    c->footer("Example:\n  zmx dds info sky.dds");
+    c->callback([in] { info(*in); });
 }

@@ -1,6 +1,7 @@
-// commands.cpp - zmx image: pictures that are not coded.
-#include "codecs/picture/image.h"
+// image.cpp - zmx image: pictures that are not coded.
+#include "codecs/picture/compare.h"
 #include "zmx/commands.h"
+#include "zmx/run.h"
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
@@ -8,48 +9,77 @@
 
 namespace {
 
+using codecs::Rows;
+using command::Run;
+
 struct CompareArguments {
     std::string a, b;
     int level = 0;
 };
 void runCompare(const CompareArguments& args) {
-    const codecs::Difference d = codecs::compare(codecs::readPicture(args.a), codecs::readPicture(args.b), args.level);
+    const Rows a = codecs::openPicture(args.a), b = codecs::openPicture(args.b);
+    const codecs::Difference d = codecs::named(args.b, [&] { return codecs::compare(*a, *b, args.level); });
     std::printf("psnr %.4f\nmax %d\nwithin %.6f\n", d.psnr, d.max, d.within);
 }
 
 struct ConvertArguments {
-    std::string in, out;
+    command::Files files;
+    command::PictureOptions picture;
     std::vector<int> part;
+    bool gray = false, rgb = false, noAlpha = false;
+    int depth = 0;
 };
-void runConvert(const ConvertArguments& args) {
-    codecs::Rows rows = codecs::openPicture(args.in);
-    if (!args.part.empty())
-        rows = codecs::named(args.in, [&] {
-            return codecs::cropped(std::move(rows), args.part[0], args.part[1], args.part[2], args.part[3]);
+
+Rows changed(Rows rows, const ConvertArguments& args) {
+    if (!args.part.empty()) rows = cropped(std::move(rows), args.part[0], args.part[1], args.part[2], args.part[3]);
+    if (args.noAlpha) rows = withoutAlpha(std::move(rows));
+    if (args.gray || args.rgb) rows = asRgb(std::move(rows));
+    if (args.gray) rows = asGrey(std::move(rows));
+    if (args.depth) rows = withDepth(std::move(rows), (1 << args.depth) - 1);
+    return rows;
+}
+
+void addCompare(CLI::App& app) {
+    auto* c = app.add_subcommand("compare", "Print the PSNR in dB, the largest difference and the share of samples "
+                                            "within a level of each other, a line each");
+    const auto args = std::make_shared<CompareArguments>();
+    c->add_option("A", args->a, "a picture")->required();
+    c->add_option("B", args->b, "another of the same shape")->required();
+    c->add_option("--within", args->level, "the level")->capture_default_str()->check(CLI::Range(0, 65535));
+    c->footer("Example:\n  zmx image compare photo.png decoded.png --within 3");
+    c->callback([args] { runCompare(*args); });
+}
+
+void addConvert(CLI::App& app) {
+    auto* c = app.add_subcommand("convert", "Write a picture to another kind of file, or a part of it");
+    const auto args = std::make_shared<ConvertArguments>();
+    args->files.addTo(*c, codecs::kPictureFile, "a " + codecs::kPictureEndings + " file", ".png");
+    c->add_option("--crop", args->part, "only this part: X,Y,WIDTH,HEIGHT")->delimiter(',')->expected(4);
+    auto* gray = c->add_flag("--gray", args->gray, "its luma alone");
+    c->add_flag("--rgb", args->rgb, "grey and CMYK become RGB; inks by what they absorb, without a profile")
+        ->excludes(gray);
+    c->add_flag("--no-alpha", args->noAlpha, "leave out the alpha channel");
+    c->add_option("--depth", args->depth, "scale the samples to so many bits")->check(CLI::Range(1, 16));
+    args->picture.addOutputTo(*c);
+    c->footer("Examples:\n"
+              "  zmx image convert photo.png part.ppm --crop 100,50,640,480\n"
+              "  zmx image convert print.tif screen.png --rgb --strip\n"
+              "  zmx image convert scans/*.tif -o small/ --to png --depth 8");
+    c->callback([args] {
+        if (!args->picture.to.empty()) args->files.setEnding("." + args->picture.to);
+        args->files.each([&](Run& run) {
+            codecs::RowSource& rows =
+                run.pictureIn(args->picture, [&](Rows r) { return changed(std::move(r), *args); });
+            copyRows(rows, run.pictureOut({.to = args->picture.to}));
         });
-    copyRows(*rows, *codecs::createPicture(args.out));
+    });
 }
 
 } // namespace
 
-void addImageCommands(CLI::App& app) {
-    CLI::App* image = app.add_subcommand("image", "Compare and convert PNG, PNM, PAM and TIFF pictures");
+void command::addImage(CLI::App& app) {
+    CLI::App* image = app.add_subcommand("image", "Compare and convert pictures");
     image->require_subcommand(1);
-
-    auto* c = image->add_subcommand("compare", "Print the PSNR in dB, the largest difference and the share of samples "
-                                               "within a level of each other, a line each");
-    const auto compareArgs = std::make_shared<CompareArguments>();
-    c->add_option("A", compareArgs->a, "a picture")->required();
-    c->add_option("B", compareArgs->b, "another of the same shape")->required();
-    c->add_option("--within", compareArgs->level, "the level")->capture_default_str()->check(CLI::Range(0, 65535));
-    c->footer("Example:\n  zmx image compare photo.png decoded.png --within 3");
-    c->callback([compareArgs] { runCompare(*compareArgs); });
-
-    auto* v = image->add_subcommand("convert", "Write a picture to another kind of file, or a part of it");
-    const auto convertArgs = std::make_shared<ConvertArguments>();
-    v->add_option("IN", convertArgs->in, kPictureFile)->required();
-    v->add_option("OUT", convertArgs->out, "a " + kPictureEndings + " file")->required();
-    v->add_option("--crop", convertArgs->part, "only this part: X,Y,WIDTH,HEIGHT")->delimiter(',')->expected(4);
-    v->footer("Example:\n  zmx image convert photo.png part.ppm --crop 100,50,640,480");
-    v->callback([convertArgs] { runConvert(*convertArgs); });
+    addCompare(*image);
+    addConvert(*image);
 }

@@ -38,22 +38,25 @@ template <class Map> bool isIn(const Map& map, const std::string& name) { return
 struct EncodeArguments {
     std::string in, out, sampling = "420", scans, rawSize, format;
     jpeg::EncodeOptions options;
-    bool gray = false, cmyk = false;
+    bool gray = false, cmyk = false, noAlpha = false;
     int precision = 0; // 0: 8 or, in lossless mode, what the picture has
 };
 
-// One of the names, or HxV for each component.
-void readSampling(const std::string& text, jpeg::EncodeOptions& options) {
+// One of the names, or HxV for each component, each 1 to 4; false when it is none.
+bool readSampling(const std::string& text, jpeg::EncodeOptions& options) {
     using jpeg::Sampling;
+    options.factors.clear();
     if (text == "444" || text == "422" || text == "420") {
         options.sampling = text == "444" ? Sampling::s444 : text == "422" ? Sampling::s422 : Sampling::s420;
-        return;
+        return true;
     }
+    const auto factor = [](char c) { return c >= '1' && c <= '4' ? c - '0' : 0; };
     for (std::size_t at = 0; at < text.size(); at += 4) {
-        const bool factors =
-            text.size() - at >= 3 && text[at + 1] == 'x' && (at + 3 == text.size() || text[at + 3] == ',');
-        options.factors.push_back({factors ? text[at] - '0' : 0, factors ? text[at + 2] - '0' : 0});
+        if (text.size() - at < 3 || text[at + 1] != 'x' || (at + 3 < text.size() && text[at + 3] != ',')) return false;
+        options.factors.push_back({factor(text[at]), factor(text[at + 2])});
+        if (!options.factors.back().h || !options.factors.back().v) return false;
     }
+    return !text.empty() && text.back() != ',' && options.factors.size() <= 4;
 }
 
 // WIDTHxHEIGHT; false when it is none.
@@ -78,8 +81,14 @@ codecs::Rows prepared(codecs::Rows rows, const EncodeArguments& args) {
         if (shape.channels != 4) throw codecs::Error("--cmyk wants a picture of 4 channels");
         rows = withColour(std::move(rows), codecs::Colour::cmyk, false);
     }
-    rows = withoutAlpha(std::move(rows));
+    if (args.gray || args.noAlpha) rows = withoutAlpha(std::move(rows));
+    if (rows->shape().alpha)
+        throw codecs::Error("a picture with alpha, which a JPEG file does not hold; --no-alpha leaves it out");
     if (args.gray) rows = asGrey(std::move(rows));
+    if (args.options.rgb && rows->shape().colour != codecs::Colour::rgb)
+        throw codecs::Error("--rgb is for RGB pictures");
+    if (args.options.ycck && rows->shape().colour != codecs::Colour::cmyk)
+        throw codecs::Error("--ycck is for CMYK pictures");
     // The bits that hold its samples, where no others are asked for.
     const int own = std::max(int(std::bit_width(unsigned(rows->shape().maxval))), 2);
     const int precision = args.precision ? args.precision : args.options.lossless ? own : 8;
@@ -192,12 +201,12 @@ void addCodingOptions(CLI::App* c, EncodeArguments& args) {
     c->add_option("--quality", o.quality, "1 to 100")->capture_default_str()->check(CLI::Range(1, 100));
     c->add_option("--sampling", args.sampling, "of the chroma")
         ->capture_default_str()
-        ->check(CLI::IsMember({"444", "422", "420"}) |
-                CLI::Validator(
-                    [](std::string& s) {
-                        return s.find('x') == 1 ? std::string() : "neither 444, 422, 420 nor HxV[,HxV...]: " + s;
-                    },
-                    "HxV[,HxV...]"));
+        ->check(CLI::Validator(
+            [](std::string& s) {
+                jpeg::EncodeOptions tried;
+                return readSampling(s, tried) ? std::string() : "neither 444, 422, 420 nor factors of 1 to 4: " + s;
+            },
+            "444|422|420|HxV[,HxV...]"));
     c->add_flag("--optimize", o.optimize, "make Huffman tables for the picture");
     auto* dct = c->add_option("--dct", o.dct, "the transform: float, or integer, which rounds once more")
                     ->transform(CLI::CheckedTransformer(std::map<std::string, jpeg::Dct>{
@@ -224,9 +233,10 @@ void addCodingOptions(CLI::App* c, EncodeArguments& args) {
 // What the picture is, and which of its colours go into the file.
 void addInputOptions(CLI::App* c, EncodeArguments& args) {
     c->add_flag("--gray", args.gray, "store the luma alone");
-    c->add_flag("--rgb", args.options.rgb, "store RGB as it is, not as YCbCr");
+    c->add_flag("--no-alpha", args.noAlpha, "leave the alpha channel of IN out");
+    auto* rgb = c->add_flag("--rgb", args.options.rgb, "store RGB as it is, not as YCbCr");
     c->add_flag("--cmyk", args.cmyk, "the 4 channels of IN are CMYK, whatever the file says");
-    c->add_flag("--ycck", args.options.ycck, "store CMYK as YCCK");
+    c->add_flag("--ycck", args.options.ycck, "store CMYK as YCCK")->excludes(rgb);
     auto* rawSize = c->add_option("--raw-size", args.rawSize, "IN has no header, and this size: WIDTHxHEIGHT")
                         ->check(CLI::Validator(
                             [](std::string& s) {
@@ -258,6 +268,12 @@ void addEncode(CLI::App& app) {
     c->callback([args] { runEncode(*args); });
 }
 
+void addMaxPixels(CLI::App* c, std::uint64_t& limit) {
+    c->add_option("--max-pixels", limit, "refuse larger pictures")
+        ->capture_default_str()
+        ->check(CLI::Range(std::int64_t(1), std::int64_t(1) << 40));
+}
+
 void addDecode(CLI::App& app) {
     auto* c = app.add_subcommand("decode", "Write a JPEG file as " + codecs::kPictureFile);
     const auto args = std::make_shared<DecodeArguments>();
@@ -282,7 +298,7 @@ void addDecode(CLI::App& app) {
     c->add_option("--show-scans", args->scans, "a directory for the picture as it is after each scan")
         ->check(CLI::ExistingDirectory)
         ->excludes(format);
-    c->add_option("--max-pixels", args->options.maxPixels, "refuse larger pictures")->capture_default_str();
+    addMaxPixels(c, args->options.maxPixels);
     c->add_flag("--strict", args->strict, "fail when a part of the file is damaged or missing");
     c->footer("Examples:\n"
               "  zmx jpeg decode photo.jpg photo.png\n"
@@ -302,7 +318,7 @@ void addTranscode(CLI::App& app) {
     c->add_option("--scans", args->scans, "a file with a scan script")->excludes(progressive);
     c->add_option("--restart", o.restart, "MCUs in a restart interval; 0: none; else as IN has it")
         ->check(CLI::Range(0, 65535));
-    c->add_option("--max-pixels", o.maxPixels, "refuse larger pictures")->capture_default_str();
+    addMaxPixels(c, o.maxPixels);
     c->add_flag("--digest", args->digest, "print a digest of the coefficients of IN and OUT");
     c->footer("Examples:\n"
               "  zmx jpeg transcode photo.jpg smaller.jpg --progressive\n"
@@ -320,7 +336,7 @@ void addInfo(CLI::App& app) {
 
 } // namespace
 
-void addJpegCommands(CLI::App& app) {
+void command::addJpeg(CLI::App& app) {
     CLI::App* jpeg = app.add_subcommand("jpeg", "JPEG files (ITU-T T.81)");
     jpeg->require_subcommand(1);
     addEncode(*jpeg);

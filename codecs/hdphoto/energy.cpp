@@ -5,66 +5,91 @@
 #include <algorithm>
 #include <stdexcept>
 
-namespace hdp {
+namespace codecs::hdphoto {
 namespace {
-
-using Plane = std::vector<Zmx32s>;
-
-struct Blocks {
-    ZmxiSize count, size; // in blocks; in samples
-
-    explicit Blocks(const Image& image)
-        : count{(image.width - 1) / 4 + 1, (image.height - 1) / 4 + 1}, size{4 * count.width, 4 * count.height} {}
-    std::size_t samples() const { return std::size_t(size.width) * std::size_t(size.height); }
-};
-
-Plane centred(const Image& image, int channel, const Blocks& blocks) {
-    Plane plane;
-    plane.reserve(blocks.samples());
-    const int middle = (image.maxval + 1) / 2;
-    for (int y = 0; y < blocks.size.height; ++y) {
-        const std::uint16_t* row = image.row(std::min(y, image.height - 1));
-        for (int x = 0; x < blocks.size.width; ++x)
-            plane.push_back(
-                row[std::size_t(std::min(x, image.width - 1)) * std::size_t(image.channels) + std::size_t(channel)] -
-                middle);
-    }
-    return plane;
-}
 
 void check(ZmxStatus status) {
     if (status != zmxStsNoErr) throw std::logic_error("the transform refuses its arguments: " + std::to_string(status));
 }
 
+// A row of blocks of one channel after the other.
+class BlockRow {
+public:
+    BlockRow(const Shape& shape, Energy& sums)
+        : form(shape), energy(sums), across((shape.width - 1) / 4 + 1), down((shape.height - 1) / 4 + 1),
+          plane(std::size_t(across) * 16), before(plane.size()) {}
+
+    ZmxiSize blocks() const { return {across, down}; }
+
+    // The rows of a picture that stand in block row `y`, four or, at the end, fewer.
+    void measure(const Band& band, int y) {
+        const ZmxiSize size{4 * across, 4};
+        const int step = int(sizeof(Zmx32s)) * size.width;
+        for (int c = 0; c < form.channels; ++c) {
+            centre(band, c);
+            plane = before;
+            check(zmxiPCTFwd_HDP_32s_C1IR(plane.data(), step, size));
+            add();
+            if (energy.coefficients.shape().height > 0) show(c, y);
+            check(zmxiPCTInv_HDP_32s_C1IR(plane.data(), step, size));
+            for (std::size_t i = 0; i < plane.size(); ++i) energy.lost += plane[i] != before[i];
+        }
+        energy.blocks += std::uint64_t(unsigned(across)) * unsigned(form.channels);
+    }
+
+private:
+    int middle() const { return (form.maxval + 1) / 2; }
+
+    void centre(const Band& band, int channel) {
+        Zmx32s* to = before.data();
+        for (int y = 0; y < 4; ++y) {
+            const int row = std::min(y, band.rows - 1);
+            for (int x = 0; x < 4 * across; ++x) {
+                const int i = std::min(x, form.width - 1) * form.channels + channel;
+                *to++ = (form.wide() ? band.words(row)[i] : band.row(row)[i]) - middle();
+            }
+        }
+    }
+
+    void add() {
+        for (std::size_t y = 0; y < 4; ++y)
+            for (int x = 0; x < 4 * across; ++x) {
+                const double v = plane[y * std::size_t(4 * across) + std::size_t(x)];
+                energy.mean[4 * y + std::size_t(x % 4)] += v * v;
+            }
+    }
+
+    // The DC has a gain of 4 and is shown without it.
+    void show(int channel, int blockY) {
+        for (int y = 0; y < 4; ++y)
+            for (int x = 0; x < 4 * across; ++x) {
+                const Zmx32s v = plane[std::size_t(y * 4 * across + x)];
+                const int shown = std::clamp(middle() + (x % 4 + y == 0 ? v / 4 : v), 0, form.maxval);
+                energy.coefficients.set((x % 4 * across + x / 4) * form.channels + channel, y * down + blockY,
+                                        unsigned(shown));
+            }
+    }
+
+    Shape form;
+    Energy& energy;
+    int across, down; // in blocks
+    std::vector<Zmx32s> plane, before;
+};
+
 } // namespace
 
-Energy measure(const Image& image) {
-    const Blocks blocks(image);
-    const int step = 4 * blocks.size.width, middle = (image.maxval + 1) / 2;
+Energy measure(RowSource& rows, bool withCoefficients) {
     Energy e;
-    e.coefficients = {blocks.size.width, blocks.size.height, image.channels, image.maxval, {}};
-    e.coefficients.samples.resize(blocks.samples() * std::size_t(image.channels));
-    for (int c = 0; c < image.channels; ++c) {
-        const Plane before = centred(image, c, blocks);
-        Plane plane = before;
-        check(zmxiPCTFwd_HDP_32s_C1IR(plane.data(), step, blocks.size));
-        for (int y = 0; y < blocks.size.height; ++y)
-            for (int x = 0; x < blocks.size.width; ++x) {
-                const std::size_t place = std::size_t(4 * (y % 4) + x % 4);
-                const Zmx32s v = plane[std::size_t(y) * std::size_t(blocks.size.width) + std::size_t(x)];
-                e.mean[place] += double(v) * v;
-                // The DC has a gain of 4 and is shown without it.
-                const int shown = std::clamp(middle + (place == 0 ? v / 4 : v), 0, image.maxval);
-                const int toX = x % 4 * blocks.count.width + x / 4, toY = y % 4 * blocks.count.height + y / 4;
-                e.coefficients.row(toY)[std::size_t(toX) * std::size_t(image.channels) + std::size_t(c)] =
-                    std::uint16_t(shown);
-            }
-        check(zmxiPCTInv_HDP_32s_C1IR(plane.data(), step, blocks.size));
-        for (std::size_t i = 0; i < plane.size(); ++i) e.lost += plane[i] != before[i];
-        e.blocks += blocks.samples() / 16;
+    BlockRow row(rows.shape(), e);
+    if (withCoefficients) {
+        Shape shape = rows.shape();
+        shape.width = 4 * row.blocks().width;
+        shape.height = 4 * row.blocks().height;
+        e.coefficients = Picture(shape);
     }
+    for (int y = 0; y < row.blocks().height; ++y) row.measure(rows.next(4), y);
     for (double& m : e.mean) m /= double(e.blocks);
     return e;
 }
 
-} // namespace hdp
+} // namespace codecs::hdphoto

@@ -18,6 +18,11 @@ void BlockWriter::block(const Zmx16s* coefficients, int component, int table) {
     bits &= 7;
 }
 
+void BlockWriter::padding(int component, int table) {
+    Zmx16s same[kBlock] = {lastDc[std::size_t(component)]};
+    block(same, component, table);
+}
+
 void BlockWriter::finishInterval() {
     if (bits != 0) {
         // One-bits fill the byte (F.1.2.3); should all its bits be ones, it needs stuffing as any other.

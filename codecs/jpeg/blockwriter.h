@@ -14,6 +14,8 @@ public:
 
     // `component` keeps the DC predictor, `table` codes.
     void block(const Zmx16s* coefficients, int component, int table);
+    // A block that no pixel of the picture lies in: the DC before it and nothing else.
+    void padding(int component, int table);
     // The end of the scan or of a restart interval: fills up the last byte.
     void finishInterval();
 

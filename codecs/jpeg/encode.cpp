@@ -119,11 +119,17 @@ private:
         int restarts = 0;
         eachMcu(
             layout.columns, layout.rows, options.restart,
-            [&](int x, int) {
+            [&](int x, int y) {
                 if (x == 0) loadRow();
                 road->mcu(x, blocks.data());
-                for (std::size_t k = 0; k < layout.mcu.size(); ++k)
-                    writer.block(blocks[k], layout.mcu[k].component, isChroma(model, layout.mcu[k].component));
+                for (std::size_t k = 0; k < layout.mcu.size(); ++k) {
+                    const ScanLayout::Part& p = layout.mcu[k];
+                    const int table = isChroma(model, p.component);
+                    if (p.inPicture(frame, x, y))
+                        writer.block(blocks[k], p.component, table);
+                    else
+                        writer.padding(p.component, table);
+                }
             },
             [&] {
                 writer.finishInterval();
@@ -188,8 +194,13 @@ void encodeStored(RowSource& picture, ByteSink& file, const EncodeOptions& optio
 } // namespace
 
 void encode(RowSource& picture, ByteSink& file, const EncodeOptions& options) {
+    const Shape& shape = picture.shape();
+    if (shape.alpha) throw Error("a picture with alpha, which a JPEG file does not hold");
+    if (shape.colour == Colour::other && !options.lossless)
+        throw Error("a picture of " + std::to_string(shape.channels) +
+                    " channels that are neither grey, RGB nor CMYK: only lossless files hold such");
     // Adobe's programs store CMYK inverted, and so does everyone else.
-    if (picture.shape().colour != Colour::cmyk) return encodeStored(picture, file, options);
+    if (shape.colour != Colour::cmyk) return encodeStored(picture, file, options);
     const Rows inks = inverted(borrowed(picture));
     encodeStored(*inks, file, options);
 }

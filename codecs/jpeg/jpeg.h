@@ -39,7 +39,8 @@ struct EncodeOptions {
     int pointTransform = 0;             // lossless: bits that are left out of the samples
 };
 
-// The largest sample says the precision: 255 or 4095, and in lossless mode of 2 to 16 bits, with any 1 to 4 channels.
+// The largest sample says the precision: 255 or 4095, and in lossless mode of 2 to 16 bits, with any 1 to 4 channels. A
+// picture with alpha is refused, as no JPEG file holds it.
 void encode(RowSource& picture, ByteSink& file, const EncodeOptions& options = {});
 Bytes encode(const Picture& picture, const EncodeOptions& options = {});
 

@@ -34,7 +34,7 @@ public:
         }
         for (Part& p : parts) {
             extend(p.full.data(), pixels.rows);
-            if (!isFull(p.component)) reduce(p);
+            if (!isFull(p.component)) reduce(p, divUp(pixels.rows * p.component.v, frame.vMax));
         }
     }
 
@@ -70,11 +70,16 @@ private:
         for (int y = inside; y < rows; ++y) std::copy_n(last, step, plane + std::ptrdiff_t(y) * step);
     }
 
-    void reduce(Part& p) const {
+    // `inside` rows are of the picture; the last of them goes on below it here too.
+    void reduce(Part& p, int inside) const {
         const Component& c = p.component;
         const bool half = 2 * c.h == frame.hMax, fullRows = c.v == frame.vMax, halfRows = 2 * c.v == frame.vMax;
         for (int y = 0; y < 8 * c.v; ++y) {
             Sample* const to = p.reduced.data() + std::ptrdiff_t(y) * smallStep(c);
+            if (y >= inside) {
+                std::copy_n(to - smallStep(c), smallStep(c), to);
+                continue;
+            }
             const Sample* const from = p.full.data() + std::ptrdiff_t(y) * (fullRows ? 1 : 2) * step;
             if (half && fullRows && depth.halve(from, step, to)) continue;
             if (half && halfRows && depth.halve(from, from + step, step, to)) continue;

@@ -11,6 +11,12 @@ struct ScanLayout {
         int inScan, component; // which component, by its place in the scan and in the frame
         int x, y;              // where in the part of the MCU that is its component's
         int h, v;              // the size of that part, in units
+
+        // Whether samples of the picture lie in this unit of an MCU; if not it only fills the MCU up.
+        bool inPicture(const Frame& frame, int column, int row) const {
+            const Component& c = frame.components[std::size_t(component)];
+            return column * h + x < frame.blockColumns(c) && row * v + y < frame.blockRows(c);
+        }
     };
     int columns, rows; // of MCUs
     int rowHeight;     // of an MCU in the picture

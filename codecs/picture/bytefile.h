@@ -19,10 +19,11 @@ std::unique_ptr<ByteSink> createBytes(const std::string& path);
 // For a handler of signals: removes the files that are not finished. It calls nothing that a handler may not.
 void removeUnfinishedFiles() noexcept;
 
-// Holds bytes back in a nameless temporary file, and hands them on in finish(). For formats that go back, on pipes.
+// Holds bytes back in a nameless temporary file, and hands them on in finish(), which finishes the target too. For
+// formats that go back, on pipes.
 class SpooledSink final : public ByteSink {
 public:
-    explicit SpooledSink(std::unique_ptr<ByteSink> target);
+    explicit SpooledSink(ByteSink& target);
     ~SpooledSink() override;
 
     void write(ByteView bytes) override;
@@ -33,7 +34,8 @@ public:
     std::size_t readBack(std::uint64_t at, std::span<std::uint8_t> to) override;
 
 private:
-    std::unique_ptr<ByteSink> target, spool;
+    ByteSink& target;
+    std::unique_ptr<ByteSink> spool;
 };
 
 // A whole file, in and out.

@@ -39,8 +39,8 @@ class ByteSink {
 public:
     virtual ~ByteSink() = default;
 
-    virtual void write(ByteView bytes) = 0; // at the end
-    virtual void finish() = 0;
+    virtual void write(ByteView bytes) = 0;     // at the end
+    virtual void finish() = 0;                  // once more does nothing
     virtual std::uint64_t position() const = 0; // the end
 
     // For formats that go back to what they have written. A pipe cannot: wrap it in a SpooledSink.
@@ -64,6 +64,23 @@ public:
 private:
     ByteView bytes;
     std::size_t at = 0;
+};
+
+// A source that stays with the caller, for what wants one of its own.
+class BorrowedSource final : public ByteSource {
+public:
+    explicit BorrowedSource(ByteSource& source) : from(source) {}
+
+    ByteView view(std::size_t wanted) override { return from.view(wanted); }
+    void skip(std::uint64_t n) override { from.skip(n); }
+    std::uint64_t position() const override { return from.position(); }
+    bool isPipe() const override { return from.isPipe(); }
+    std::uint64_t size() override { return from.size(); }
+    std::size_t readAt(std::uint64_t at, std::span<std::uint8_t> to) override { return from.readAt(at, to); }
+    ByteView whole() override { return from.whole(); }
+
+private:
+    ByteSource& from;
 };
 
 class MemorySink final : public ByteSink {

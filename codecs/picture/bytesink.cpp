@@ -123,7 +123,8 @@ public:
 
     void finish() override {
         DescriptorSink::finish();
-        if (!unfinishedFile->takePlace(target)) file.fail();
+        if (unfinishedFile && !unfinishedFile->takePlace(target)) file.fail();
+        unfinishedFile.reset();
     }
 
 private:
@@ -168,8 +169,7 @@ void writeFile(const std::string& path, ByteView bytes) {
     file->finish();
 }
 
-SpooledSink::SpooledSink(std::unique_ptr<ByteSink> end)
-    : target(std::move(end)), spool(std::make_unique<DescriptorSink>(openNameless(), true)) {}
+SpooledSink::SpooledSink(ByteSink& end) : target(end), spool(std::make_unique<DescriptorSink>(openNameless(), true)) {}
 SpooledSink::~SpooledSink() = default;
 void SpooledSink::write(ByteView bytes) { spool->write(bytes); }
 std::uint64_t SpooledSink::position() const { return spool->position(); }
@@ -180,10 +180,10 @@ void SpooledSink::finish() {
     Bytes piece(1 << 16);
     for (std::uint64_t at = 0; at < spool->position();) {
         const std::size_t n = spool->readBack(at, piece);
-        target->write(ByteView(piece).first(n));
+        target.write(ByteView(piece).first(n));
         at += n;
     }
-    target->finish();
+    target.finish();
 }
 
 } // namespace codecs

@@ -126,11 +126,6 @@ template <class Put> Rows converted(Rows from, const Shape& to, Put put) {
     return std::make_unique<ConvertedRows>(std::move(from), to, std::move(row));
 }
 
-// The luma of ITU-T T.871 in 16 fractional bits.
-constexpr auto lumaOf = [](const auto* p, auto* y) {
-    *y = std::remove_reference_t<decltype(*y)>((19595u * p[0] + 38470u * p[1] + 7471u * p[2] + 32768u) >> 16);
-};
-
 template <class In, class Out>
 void lookUp(const std::uint16_t* table, const std::uint8_t* in, std::uint8_t* out, std::size_t samples) {
     const auto* from = reinterpret_cast<const In*>(in);
@@ -179,24 +174,53 @@ Rows withoutAlpha(Rows from) {
 
 Rows asGrey(Rows from) {
     Shape to = from->shape();
-    if (to.channels != 3 || to.colour != Colour::rgb) {
-        if (to.channels == 1) return from;
-        throw Error("only grey and RGB pictures have a luma");
-    }
-    to.channels = 1;
+    if (to.colour == Colour::grey) return from;
+    if (to.colour != Colour::rgb) throw Error("only grey and RGB pictures have a luma");
+    const bool alpha = to.alpha;
+    to.channels = 1 + int(alpha);
     to.colour = Colour::grey;
-    if (to.maxval != 255) return converted(std::move(from), to, lumaOf);
-    return std::make_unique<ConvertedRows>(std::move(from), to, [to](const std::uint8_t* in, std::uint8_t* out) {
-        zmxiRGBToY_JPEG_8u_C3C1R(in, 3 * to.width, out, to.width, {to.width, 1});
+    if (to.maxval == 255 && !alpha)
+        return std::make_unique<ConvertedRows>(std::move(from), to, [to](const std::uint8_t* in, std::uint8_t* out) {
+            zmxiRGBToY_JPEG_8u_C3C1R(in, 3 * to.width, out, to.width, {to.width, 1});
+        });
+    // The luma of ITU-T T.871 in 16 fractional bits.
+    return converted(std::move(from), to, [alpha](const auto* p, auto* q) {
+        q[0] = std::remove_reference_t<decltype(*q)>((19595u * p[0] + 38470u * p[1] + 7471u * p[2] + 32768u) >> 16);
+        if (alpha) q[1] = p[3];
     });
 }
 
 Rows asRgb(Rows from) {
-    Shape to = from->shape();
-    if (to.channels != 1) return from;
-    to.channels = 3;
+    const Shape in = from->shape();
+    if (in.colour == Colour::rgb) return from;
+    if (in.colour == Colour::other) throw Error("only grey and CMYK pictures can be made RGB");
+    Shape to = in;
+    to.channels = 3 + int(in.alpha);
     to.colour = Colour::rgb;
-    return converted(std::move(from), to, [](const auto* p, auto* q) { q[0] = q[1] = q[2] = p[0]; });
+    if (in.colour == Colour::grey)
+        return converted(std::move(from), to, [alpha = in.alpha](const auto* p, auto* q) {
+            q[0] = q[1] = q[2] = p[0];
+            if (alpha) q[3] = p[1];
+        });
+    return converted(std::move(from), to, [in](const auto* p, auto* q) {
+        const auto most = unsigned(in.maxval);
+        for (int c = 0; c < 3; ++c)
+            q[c] =
+                std::remove_reference_t<decltype(*q)>(((most - p[c]) * std::uint64_t(most - p[3]) + most / 2) / most);
+        if (in.alpha) q[3] = p[4];
+    });
+}
+
+Rows withAlpha(Rows from) {
+    const Shape in = from->shape();
+    if (in.alpha) return from;
+    Shape to = in;
+    ++to.channels;
+    to.alpha = true;
+    return converted(std::move(from), to, [in](const auto* p, auto* q) {
+        std::copy_n(p, in.channels, q);
+        q[in.channels] = std::remove_reference_t<decltype(*q)>(in.maxval);
+    });
 }
 
 Rows inverted(Rows from) {

@@ -26,10 +26,12 @@ using Rows = std::unique_ptr<RowSource>;
 
 Rows withDepth(Rows from, int maxval);
 Rows withoutAlpha(Rows from);
-// RGB as its luma of the same depth; grey stays. Alpha must be off already.
+// RGB as its luma of the same depth; grey and alpha stay.
 Rows asGrey(Rows from);
-// Grey as three equal channels; RGB stays. Alpha must be off already.
+// Grey as three equal channels, CMYK as the light that its inks let through; alpha stays.
 Rows asRgb(Rows from);
+// A last channel of the largest sample where there is no alpha.
+Rows withAlpha(Rows from);
 // Each sample taken from the largest; alpha stays.
 Rows inverted(Rows from);
 // Blue first.

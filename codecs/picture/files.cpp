@@ -59,8 +59,8 @@ struct Ending {
     Container container;
 };
 constexpr Ending kEndings[] = {{"png", Container::png}, {"tif", Container::tiff}, {"tiff", Container::tiff},
-                               {"pgm", Container::pgm}, {"ppm", Container::pgm},  {"pbm", Container::pbm},
-                               {"pnm", Container::pnm}, {"pam", Container::pam}};
+                               {"bmp", Container::bmp}, {"pgm", Container::pgm},  {"ppm", Container::pgm},
+                               {"pbm", Container::pbm}, {"pnm", Container::pnm},  {"pam", Container::pam}};
 
 } // namespace
 
@@ -71,12 +71,12 @@ Rows openPicture(std::unique_ptr<ByteSource> bytes, std::uint64_t maxPixels) {
     if (first == 0x89 && second == 'P') return openPng(std::move(bytes), maxPixels);
     if (first == 'P' && second >= '1' && second <= '7') return openPnm(std::move(bytes), maxPixels);
     if (first == second && (first == 'I' || first == 'M')) return openTiff(std::move(bytes), maxPixels);
+    if (first == 'B' && second == 'M') return openBmp(std::move(bytes), maxPixels);
     throw Error("not " + kPictureFile);
 }
 
 Rows openPicture(const std::string& path, std::uint64_t maxPixels) {
-    const std::string name = nameForMessages(path, true);
-    return std::make_unique<NamedRows>(name, named(name, [&] { return openPicture(openBytes(path), maxPixels); }));
+    return namedRows(nameForMessages(path, true), [&] { return openPicture(openBytes(path), maxPixels); });
 }
 
 Container containerOf(const std::string& path) {
@@ -93,17 +93,26 @@ std::unique_ptr<RowSink> createPicture(std::unique_ptr<ByteSink> bytes, Containe
         return createPng(std::move(bytes));
     case Container::tiff:
         return createTiff(std::move(bytes));
+    case Container::bmp:
+        return createBmp(std::move(bytes));
     default:
         return createPnm(std::move(bytes), container);
     }
 }
 
 std::unique_ptr<RowSink> createPicture(const std::string& path, Container container) {
-    return std::make_unique<NamedSink>(nameForMessages(path, false), createPicture(createBytes(path), container));
+    return namedSink(nameForMessages(path, false), createPicture(createBytes(path), container));
 }
 
 std::unique_ptr<RowSink> createPicture(const std::string& path) {
     return createPicture(path, named(path, [&] { return containerOf(path); }));
+}
+
+Rows namedRows(const std::string& file, const std::function<Rows()>& open) {
+    return std::make_unique<NamedRows>(file, named(file, open));
+}
+std::unique_ptr<RowSink> namedSink(const std::string& file, std::unique_ptr<RowSink> to) {
+    return std::make_unique<NamedSink>(file, std::move(to));
 }
 
 Picture readPicture(const std::string& path, std::uint64_t maxPixels) {

@@ -3,8 +3,8 @@
 // A reader has read the header when it is there. Its errors say the container, not the file.
 #pragma once
 
+#include "codecs/picture/container.h"
 #include "codecs/picture/convert.h"
-#include "codecs/picture/files.h"
 
 namespace codecs {
 
@@ -16,5 +16,8 @@ std::unique_ptr<RowSink> createPnm(std::unique_ptr<ByteSink> bytes, Container co
 
 Rows openTiff(std::unique_ptr<ByteSource> bytes, std::uint64_t maxPixels);
 std::unique_ptr<RowSink> createTiff(std::unique_ptr<ByteSink> bytes);
+
+Rows openBmp(std::unique_ptr<ByteSource> bytes, std::uint64_t maxPixels);
+std::unique_ptr<RowSink> createBmp(std::unique_ptr<ByteSink> bytes);
 
 } // namespace codecs

@@ -44,6 +44,20 @@ Resolution Resolution::in(Unit other) const {
     return {x * factor, y * factor, other};
 }
 
+std::vector<std::string> lossOf(const Metadata& m, const std::string& container) {
+    // Square pixels of no size are what everyone takes for granted.
+    const bool size =
+        m.resolution && (m.resolution->unit != Resolution::Unit::none || m.resolution->x != m.resolution->y);
+    std::string kinds;
+    for (const auto& [there, kind] : {std::pair{!m.icc.empty(), "colour profile"},
+                                      {!m.exif.empty(), "EXIF"},
+                                      {!m.xmp.empty(), "XMP"},
+                                      {size, "resolution"}})
+        if (there) kinds += (kinds.empty() ? "" : ", ") + std::string(kind);
+    if (kinds.empty()) return {};
+    return {container + " has no place for: " + kinds};
+}
+
 Picture::Picture(const Shape& shape, Metadata beside)
     : metadata(std::move(beside)), form(shape), samples(shape.rowBytes() * std::size_t(shape.height)) {}
 

@@ -57,6 +57,9 @@ struct Metadata {
     bool operator==(const Metadata&) const = default;
 };
 
+// What of it is lost in a container that holds none of it, as a warning; none where nothing is.
+std::vector<std::string> lossOf(const Metadata& metadata, const std::string& container);
+
 // Memory that is not cleared: it is touched first by what fills it.
 template <class T> struct Uncleared : std::allocator<T> {
     template <class U> struct rebind { using other = Uncleared<U>; };

@@ -10,6 +10,9 @@
 
 namespace codecs {
 
+// The text that is XMP (XMP specification, part 3).
+inline constexpr char kPngXmpKeyword[] = "XML:com.adobe.xmp";
+
 // The two structures of libpng for one file, and what went wrong.
 class PngLib {
 public:

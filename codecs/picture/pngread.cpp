@@ -15,6 +15,7 @@ public:
         readHeader(maxPixels);
         setTransforms();
         readShape();
+        readMetadata();
     }
 
     Band next(int rows) override {
@@ -80,6 +81,29 @@ private:
             interlaced = png_set_interlace_handling(lib.png) > 1;
             png_read_update_info(lib.png, lib.info);
         });
+    }
+
+    // Values of libpng's, which live as long as it does.
+    void readMetadata() {
+        png_charp name = nullptr;
+        png_bytep icc = nullptr, exif = nullptr;
+        png_textp texts = nullptr;
+        png_uint_32 iccBytes = 0, exifBytes = 0, x = 0, y = 0;
+        int method = 0, count = 0, unit = 0;
+        lib.run([&] {
+            png_get_iCCP(lib.png, lib.info, &name, &method, &icc, &iccBytes);
+            png_get_eXIf_1(lib.png, lib.info, &exifBytes, &exif);
+            png_get_text(lib.png, lib.info, &texts, &count);
+            png_get_pHYs(lib.png, lib.info, &x, &y, &unit);
+        });
+        if (icc) beside.icc.assign(icc, icc + iccBytes);
+        if (exif) beside.exif.assign(exif, exif + exifBytes);
+        for (const png_text& t : std::span(texts, std::size_t(count)))
+            if (std::strcmp(t.key, kPngXmpKeyword) == 0 && t.text)
+                beside.xmp.assign(t.text, t.text + std::max(t.text_length, t.itxt_length));
+        if (x > 0 && y > 0)
+            beside.resolution = {double(x), double(y),
+                                 unit == PNG_RESOLUTION_METER ? Resolution::Unit::metre : Resolution::Unit::none};
     }
 
     void readShape() { form = shapeOf(form.width, form.height, png_get_channels(lib.png, lib.info), form.maxval); }

@@ -20,13 +20,14 @@ class PngSink final : public RowSink {
 public:
     explicit PngSink(std::unique_ptr<ByteSink> sink) : bytes(std::move(sink)) {}
 
-    void begin(const Shape& shape, const Metadata&) override {
+    void begin(const Shape& shape, const Metadata& metadata) override {
         static const int kinds[] = {PNG_COLOR_TYPE_GRAY, PNG_COLOR_TYPE_GRAY_ALPHA, PNG_COLOR_TYPE_RGB,
                                     PNG_COLOR_TYPE_RGBA};
         if (shape.colour == Colour::cmyk) throw Error("a CMYK picture is written to a .tif or .pam file");
         if (shape.channels < 1 || shape.channels > 4 || shape.colour == Colour::other)
             throw Error("a PNG file has 1 to 4 channels");
         form = shape;
+        beside = metadata;
         const int bits = bitsFor(shape);
         depth = DepthTable(shape.maxval, (1 << bits) - 1);
         lib.run([&] {
@@ -36,6 +37,7 @@ public:
                          PNG_FILTER_TYPE_DEFAULT);
             // Most of what compression can do, in a third of the time that the default takes.
             png_set_compression_level(lib.png, 3);
+            setMetadata();
             png_write_info(lib.png, lib.info);
             if (bits < 8) png_set_packing(lib.png);
             if (bits == 16 && std::endian::native == std::endian::little) png_set_swap(lib.png);
@@ -60,6 +62,28 @@ public:
     }
 
 private:
+    // Called within run(): nothing here has a destructor.
+    void setMetadata() {
+        if (!beside.icc.empty())
+            png_set_iCCP(lib.png, lib.info, "ICC", PNG_COMPRESSION_TYPE_BASE, beside.icc.data(),
+                         png_uint_32(beside.icc.size()));
+        if (!beside.exif.empty())
+            png_set_eXIf_1(lib.png, lib.info, png_uint_32(beside.exif.size()), beside.exif.data());
+        if (!beside.xmp.empty()) {
+            beside.xmp.push_back(0); // libpng measures texts by their end
+            png_text text{};
+            text.compression = PNG_ITXT_COMPRESSION_NONE;
+            text.key = const_cast<png_charp>(kPngXmpKeyword);
+            text.text = reinterpret_cast<png_charp>(beside.xmp.data());
+            png_set_text(lib.png, lib.info, &text, 1);
+        }
+        if (beside.resolution) {
+            const Resolution r = beside.resolution->in(Resolution::Unit::metre);
+            png_set_pHYs(lib.png, lib.info, png_uint_32(r.x + 0.5), png_uint_32(r.y + 0.5),
+                         r.unit == Resolution::Unit::none ? PNG_RESOLUTION_UNKNOWN : PNG_RESOLUTION_METER);
+        }
+    }
+
     static void take(png_structp png, png_bytep from, std::size_t n) {
         auto* self = static_cast<PngSink*>(png_get_io_ptr(png));
         self->lib.guarded([&] { self->bytes->write({from, n}); });
@@ -68,6 +92,7 @@ private:
     PngLib lib{PngLib::Way::write};
     std::unique_ptr<ByteSink> bytes;
     Shape form;
+    Metadata beside;
     DepthTable depth{255, 255};
     Samples scaled;
 };

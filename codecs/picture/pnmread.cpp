@@ -195,7 +195,7 @@ UnpackRow unpackerOf(const Head& head) {
         return [n](const std::uint8_t* stored, std::uint8_t* samples) { bitsToBytes(stored, samples, n, 1); };
     if (shape.wide())
         return [n, shape](const std::uint8_t* stored, std::uint8_t* samples) {
-            wordsFromBigEndian(stored, samples, n);
+            wordsOfBigEndian(stored, samples, n);
             if (shape.maxval < 65535) checkSamples<std::uint16_t>(samples, shape);
         };
     if (shape.maxval < 255)

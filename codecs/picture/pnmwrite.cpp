@@ -22,8 +22,12 @@ class PnmSink final : public RowSink {
 public:
     PnmSink(std::unique_ptr<ByteSink> sink, Container kind) : bytes(std::move(sink)), container(kind) {}
 
-    void begin(const Shape& shape, const Metadata&) override {
+    void begin(const Shape& shape, const Metadata& metadata) override {
         form = shape;
+        told = lossOf(metadata, "a PNM or PAM file");
+        if (container == Container::anymap)
+            container = shape.alpha || (shape.colour != Colour::grey && shape.colour != Colour::rgb) ? Container::pam
+                                                                                                     : Container::pnm;
         bits = container == Container::pbm || (container == Container::pnm && shape.maxval == 1 && shape.channels == 1);
         const std::string size = std::to_string(shape.width) + " " + std::to_string(shape.height);
         if (container == Container::pam) {
@@ -63,7 +67,7 @@ private:
         if (bits)
             bytesToBits(row, stored.data(), form.rowSamples(), 1);
         else
-            wordsToBigEndian(row, stored.data(), form.rowSamples());
+            wordsOfBigEndian(row, stored.data(), form.rowSamples());
         bytes->write(stored);
     }
 

@@ -55,6 +55,20 @@ private:
     int row = 0;
 };
 
+void copyWords(const std::uint8_t* from, std::uint8_t* to, std::size_t count, bool exchange) {
+    if (!exchange) {
+        std::memcpy(to, from, 2 * count);
+        return;
+    }
+    // Exchanged as whole words, which vectorises.
+    for (std::size_t i = 0; i < count; ++i) {
+        std::uint16_t v;
+        std::memcpy(&v, from + 2 * i, sizeof v);
+        v = std::uint16_t(v << 8 | v >> 8);
+        std::memcpy(to + 2 * i, &v, sizeof v);
+    }
+}
+
 } // namespace
 
 Rows storedRows(std::unique_ptr<ByteSource> bytes, const Shape& shape, std::size_t storedBytes, UnpackRow unpack,
@@ -62,22 +76,11 @@ Rows storedRows(std::unique_ptr<ByteSource> bytes, const Shape& shape, std::size
     return std::make_unique<StoredRows>(std::move(bytes), shape, storedBytes, std::move(unpack), nothingBehind);
 }
 
-void wordsFromBigEndian(const std::uint8_t* stored, std::uint8_t* samples, std::size_t count) {
-    if constexpr (std::endian::native == std::endian::big) {
-        std::memcpy(samples, stored, 2 * count);
-    } else {
-        // Exchanged as whole words, which vectorises.
-        for (std::size_t i = 0; i < count; ++i) {
-            std::uint16_t v;
-            std::memcpy(&v, stored + 2 * i, sizeof v);
-            v = std::uint16_t(v << 8 | v >> 8);
-            std::memcpy(samples + 2 * i, &v, sizeof v);
-        }
-    }
+void wordsOfBigEndian(const std::uint8_t* from, std::uint8_t* to, std::size_t count) {
+    copyWords(from, to, count, std::endian::native != std::endian::big);
 }
-
-void wordsToBigEndian(const std::uint8_t* samples, std::uint8_t* stored, std::size_t count) {
-    wordsFromBigEndian(samples, stored, count);
+void wordsOfLittleEndian(const std::uint8_t* from, std::uint8_t* to, std::size_t count) {
+    copyWords(from, to, count, std::endian::native != std::endian::little);
 }
 
 void bitsToBytes(const std::uint8_t* stored, std::uint8_t* samples, std::size_t count, unsigned flip) {

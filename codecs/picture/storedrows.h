@@ -16,10 +16,10 @@ using UnpackRow = std::function<void(const std::uint8_t* stored, std::uint8_t* s
 Rows storedRows(std::unique_ptr<ByteSource> bytes, const Shape& shape, std::size_t storedBytes, UnpackRow unpack,
                 bool nothingBehind = false);
 
-// Words of a file, high byte first, and bits, the first at the top, as samples; and back. `flip` is 1 where the bits are
-// the wrong way round, else 0.
-void wordsFromBigEndian(const std::uint8_t* stored, std::uint8_t* samples, std::size_t count);
-void wordsToBigEndian(const std::uint8_t* samples, std::uint8_t* stored, std::size_t count);
+// Words of a file in a known order of bytes, as samples and back: the same way in both directions.
+void wordsOfBigEndian(const std::uint8_t* from, std::uint8_t* to, std::size_t count);
+void wordsOfLittleEndian(const std::uint8_t* from, std::uint8_t* to, std::size_t count);
+// Bits, the first at the top, as samples and back. `flip` is 1 where they are the wrong way round, else 0.
 void bitsToBytes(const std::uint8_t* stored, std::uint8_t* samples, std::size_t count, unsigned flip);
 void bytesToBits(const std::uint8_t* samples, std::uint8_t* stored, std::size_t count, unsigned flip);
 

@@ -8,11 +8,15 @@
 
 namespace codecs {
 
-TiffFile::TiffFile(std::unique_ptr<ByteSource> bytes) : source(std::move(bytes)) { open("rm"); }
+TiffFile::TiffFile(ByteSource& bytes) : source(&bytes) { open("rm"); }
 
-TiffFile::TiffFile(std::unique_ptr<ByteSink> bytes, bool big) : sink(std::move(bytes)) {
-    if (!sink->seekable()) sink = std::make_unique<SpooledSink>(std::move(sink));
-    open(big ? "w8" : "w");
+// The low byte first, on every machine.
+TiffFile::TiffFile(ByteSink& bytes, bool big) : sink(&bytes) {
+    if (!bytes.seekable()) {
+        spool = std::make_unique<SpooledSink>(bytes);
+        sink = spool.get();
+    }
+    open(big ? "wl8" : "wl");
 }
 
 void TiffFile::open(const char* mode) {
@@ -97,43 +101,24 @@ void TiffFile::finish() {
     sink->finish();
 }
 
-TiffPicture pictureOf(const TiffFile& file, std::uint64_t maxPixels) {
-    const auto width = file.tag<std::uint32_t>(TIFFTAG_IMAGEWIDTH, 0),
-               height = file.tag<std::uint32_t>(TIFFTAG_IMAGELENGTH, 0);
-    try {
-        checkSize(width, height, maxPixels);
-    } catch (const Error& e) {
-        file.fail(e.what());
-    }
-    const unsigned bits = file.tag<std::uint16_t>(TIFFTAG_BITSPERSAMPLE, 1),
-                   channels = file.tag<std::uint16_t>(TIFFTAG_SAMPLESPERPIXEL, 1),
-                   photometric = file.tag<std::uint16_t>(TIFFTAG_PHOTOMETRIC, 0xFFFF),
-                   inks = file.tag<std::uint16_t>(TIFFTAG_INKSET, INKSET_CMYK),
-                   format = file.tag<std::uint16_t>(TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT),
-                   planes = file.tag<std::uint16_t>(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG),
-                   orientation = file.tag<std::uint16_t>(TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
-    const bool grey = photometric == PHOTOMETRIC_MINISBLACK || photometric == PHOTOMETRIC_MINISWHITE,
-               cmyk = photometric == PHOTOMETRIC_SEPARATED;
-    if (!grey && !cmyk && photometric != PHOTOMETRIC_RGB) file.refuse("PhotometricInterpretation", photometric);
-    if (cmyk && inks != INKSET_CMYK) file.refuse("InkSet", inks);
-    const unsigned colours = grey ? 1 : cmyk ? 4 : 3;
-    if (channels < colours || channels > colours + !cmyk) file.refuse("SamplesPerPixel", channels);
-    if (bits != 8 && bits != 16 && !(bits == 1 && channels == 1)) file.refuse("BitsPerSample", bits);
-    if (format != SAMPLEFORMAT_UINT) file.refuse("SampleFormat", format);
-    if (planes != PLANARCONFIG_CONTIG && planes != PLANARCONFIG_SEPARATE) file.refuse("PlanarConfiguration", planes);
-    if (orientation != ORIENTATION_TOPLEFT) file.refuse("Orientation", orientation);
+Bytes TiffFile::bytes(std::uint32_t which) const {
+    std::uint32_t count = 0;
+    const std::uint8_t* value = nullptr;
+    if (!TIFFGetField(handle.get(), which, &count, &value) || !value) return {};
+    return {value, value + count};
+}
 
-    TiffPicture p{shapeOf(int(width), int(height), int(channels), (1 << bits) - 1), int(bits),
-                  photometric == PHOTOMETRIC_MINISWHITE, planes == PLANARCONFIG_SEPARATE && channels > 1};
-    if (p.inverted && channels == 2) file.fail("alpha beside a scale from white to black is not supported");
-    if (cmyk) {
-        p.shape.colour = Colour::cmyk;
-        p.shape.alpha = false;
-        // Where there is no ink and where there is all of it (TIFF 6.0, section 16).
-        std::uint16_t none = 0, all = 1;
-        if (TIFFGetField(file.get(), TIFFTAG_DOTRANGE, &none, &all)) p.inverted = none > all;
-    }
-    return p;
+void TiffFile::setBytes(std::uint32_t which, ByteView value) const {
+    if (!TIFFSetField(handle.get(), which, std::uint32_t(value.size()), value.data()))
+        fail("the tag " + std::to_string(which) + " cannot be written");
+}
+
+std::uint64_t TiffFile::append(ByteView more) {
+    const std::uint8_t zero = 0;
+    if (sink->position() % 2) sink->write({&zero, 1});
+    const std::uint64_t at = sink->position();
+    sink->write(more);
+    return at;
 }
 
 } // namespace codecs

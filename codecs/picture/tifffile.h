@@ -14,10 +14,10 @@ namespace codecs {
 
 class TiffFile {
 public:
-    // An Error when the bytes are no TIFF file.
-    explicit TiffFile(std::unique_ptr<ByteSource> bytes);
-    // To write, into a spool where the sink cannot go back. `big` for files that may grow beyond 4 GiB.
-    TiffFile(std::unique_ptr<ByteSink> bytes, bool big);
+    // An Error when the bytes are no TIFF file. More than one may read the same bytes.
+    explicit TiffFile(ByteSource& bytes);
+    // To write, through a spool where the sink cannot go back. `big` for files that may grow beyond 4 GiB.
+    TiffFile(ByteSink& bytes, bool big);
     TiffFile(const TiffFile&) = delete;
     TiffFile& operator=(const TiffFile&) = delete;
     TIFF* get() const { return handle.get(); }
@@ -36,9 +36,13 @@ public:
     void set(std::uint32_t which, unsigned value) const {
         if (!TIFFSetField(handle.get(), which, value)) fail("the tag " + std::to_string(which) + " cannot be written");
     }
-    // Bytes of the file, past libtiff.
-    std::uint64_t size() const { return source->size(); }
-    std::size_t readAt(std::uint64_t at, std::span<std::uint8_t> to) const { return source->readAt(at, to); }
+    // A tag whose value libtiff holds as `count` bytes; empty where there is none.
+    Bytes bytes(std::uint32_t which) const;
+    void setBytes(std::uint32_t which, ByteView value) const;
+    ByteSource& input() const { return *source; }
+    // Bytes behind all that there is so far, at an even place. Returns where they stand.
+    std::uint64_t append(ByteView bytes);
+    bool isBig() const { return TIFFIsBigTIFF(handle.get()); }
 
     // The last channel of a picture.
     void setAlpha() const;
@@ -56,21 +60,13 @@ private:
     // Our code in a callback of libtiff, which knows no exceptions.
     template <class Code> auto guarded(Code code) -> decltype(code());
 
-    std::unique_ptr<ByteSource> source;
-    std::unique_ptr<ByteSink> sink;
+    ByteSource* source = nullptr;
+    ByteSink* sink = nullptr;
+    std::unique_ptr<ByteSink> spool;
     std::uint64_t place = 0; // where libtiff stands
     mutable std::exception_ptr thrown;
     std::string told;
     std::unique_ptr<TIFF, void (*)(TIFF*)> handle{nullptr, TIFFClose};
 };
-
-// What the tags say of a picture that can be read; others are refused.
-struct TiffPicture {
-    Shape shape;
-    int bits = 8; // of a sample: 1, 8 or 16
-    bool inverted = false, planar = false;
-};
-// `maxPixels` bounds what the tags may ask for.
-TiffPicture pictureOf(const TiffFile& file, std::uint64_t maxPixels);
 
 } // namespace codecs

@@ -4,13 +4,8 @@
 #include <algorithm>
 #include <bit>
 #include <cctype>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <memory>
 
-namespace dds {
-
+namespace codecs::texture {
 namespace {
 
 using std::uint32_t;
@@ -64,6 +59,7 @@ struct Known {
     uint32_t fourCC;    // 0: DX10 headers only
     uint32_t firstDxgi; // typeless, then UNORM, then UNORM_SRGB; 0: none
 };
+// The FourCC is what legacy headers say, the DXGI number what DX10 ones do.
 constexpr Known kKnown[] = {
     {Format::dxt1, "dxt1", 8, fourCC("DXT1"), 70},
     {Format::dxt3, "dxt3", 16, fourCC("DXT3"), 73},
@@ -82,13 +78,10 @@ const Known& known(Format format) {
 
 // The fields of one file, and what to say when one of them is wrong.
 class Header {
-    std::span<const uint8_t> file;
-    const std::string& name;
-
 public:
-    Header(std::span<const uint8_t> bytes, const std::string& fileName) : file(bytes), name(fileName) {}
+    explicit Header(ByteView bytes) : file(bytes) {}
 
-    [[noreturn]] void fail(const std::string& what) const { throw Error(name + ": " + what); }
+    [[noreturn]] void fail(const std::string& what) const { throw Error(what); }
     [[noreturn]] void failAt(std::size_t at, const std::string& what) const {
         fail("byte " + std::to_string(at) + ": " + what);
     }
@@ -113,6 +106,9 @@ public:
         if (v != expected)
             failAt(field, std::string(what) + " " + std::to_string(v) + ", not " + std::to_string(expected));
     }
+
+private:
+    ByteView file;
 };
 
 // A FourCC as text where it is text.
@@ -154,15 +150,14 @@ void readLayersLegacy(const Header& header, Texture& t) {
     if (!t.faces) header.failAt(atCaps2, "a cube map without faces");
 }
 
-struct Close {
-    void operator()(std::FILE* f) const { std::fclose(f); }
-};
-using File = std::unique_ptr<std::FILE, Close>;
-
-File open(const std::string& path, const char* mode) {
-    File file(std::fopen(path.c_str(), mode));
-    if (!file) throw Error(path + ": " + std::strerror(errno));
-    return file;
+// The picture in which a file of `size` bytes ends too early.
+[[noreturn]] void failShort(const Header& header, const Texture& t, std::uint64_t size, std::uint64_t promised) {
+    const std::uint64_t there = size - t.headerBytes;
+    const int layer = int(there / t.layerBytes());
+    int index = 0;
+    while (there >= t.level(layer, index).offset + t.level(layer, index).size) ++index;
+    header.fail("the file ends at byte " + std::to_string(size) + ", in level " + std::to_string(index) + " of layer " +
+                std::to_string(layer) + "; the header promises " + std::to_string(t.headerBytes + promised) + " bytes");
 }
 
 } // namespace
@@ -176,16 +171,16 @@ int blockBytes(Format format) { return known(format).blockBytes; }
 int fullChain(int width, int height) { return int(std::bit_width(unsigned(std::max(width, height)))); }
 
 Level Texture::level(int layer, int index) const {
-    std::size_t offset = layer ? std::size_t(layer) * layerBytes() : 0;
+    std::uint64_t offset = layer ? unsigned(layer) * layerBytes() : 0;
     for (int i = 0;; ++i) {
         const int w = std::max(1, width >> i), h = std::max(1, height >> i);
-        const std::size_t size = std::size_t((w + 3) / 4) * std::size_t((h + 3) / 4) * std::size_t(blockBytes(format));
+        const std::uint64_t size = std::uint64_t((w + 3) / 4) * unsigned((h + 3) / 4) * unsigned(blockBytes(format));
         if (i == index) return {w, h, offset, size};
         offset += size;
     }
 }
 
-std::size_t Texture::layerBytes() const {
+std::uint64_t Texture::layerBytes() const {
     const Level last = level(0, levels - 1);
     return last.offset + last.size;
 }
@@ -200,9 +195,10 @@ std::string Texture::layerName(int layer) const {
     return layers == here ? name : "cube " + std::to_string(layer / here) + " " + name;
 }
 
-Texture parse(std::span<const uint8_t> file, const std::string& name) {
-    const Header header(file, name);
-    if (file.size() < 4 || header.at(atMagic) != fourCC("DDS ")) header.failAt(atMagic, "not a DDS file");
+Texture readHeader(ByteSource& bytes) {
+    const ByteView start = bytes.view(dx10Bytes);
+    const Header header(start.first(std::min<std::size_t>(start.size(), dx10Bytes)));
+    if (start.size() < 4 || header.at(atMagic) != fourCC("DDS ")) header.failAt(atMagic, "not a DDS file");
     header.holds(legacyBytes, "header");
     header.mustBe(atSize, 124, "header size");
     header.mustBe(atPixelFormatSize, 32, "pixel format size");
@@ -213,6 +209,7 @@ Texture parse(std::span<const uint8_t> file, const std::string& name) {
 
     Texture t;
     t.format = formatOf(header, dx10);
+    t.headerBytes = legacyBytes;
     t.width = header.atMost(atWidth, kMaxSide, "width");
     t.height = header.atMost(atHeight, kMaxSide, "height");
     // Writers leave the count 0 where there is no chain.
@@ -222,35 +219,16 @@ Texture parse(std::span<const uint8_t> file, const std::string& name) {
     else
         readLayersLegacy(header, t);
 
-    const auto promised = std::uint64_t(t.layerBytes()) * unsigned(t.layers);
-    if (file.size() - t.headerBytes < promised) {
-        const std::size_t there = file.size() - t.headerBytes;
-        const int layer = int(there / t.layerBytes());
-        int index = 0;
-        while (there >= t.level(layer, index).offset + t.level(layer, index).size) ++index;
-        header.fail("the file ends at byte " + std::to_string(file.size()) + ", in level " + std::to_string(index) +
-                    " of layer " + std::to_string(layer) + "; the header promises " +
-                    std::to_string(t.headerBytes + promised) + " bytes");
-    }
-    const auto blocks = file.subspan(t.headerBytes, std::size_t(promised)); // more than was promised is left alone
-    t.blocks.assign(blocks.begin(), blocks.end());
+    // More than was promised is left alone.
+    const std::uint64_t promised = t.layerBytes() * unsigned(t.layers), size = bytes.size();
+    if (size - t.headerBytes < promised) failShort(header, t, size, promised);
     return t;
 }
 
-Texture read(const std::string& path) {
-    const File file = open(path, "rb");
-    std::vector<uint8_t> bytes;
-    uint8_t chunk[1 << 16];
-    for (std::size_t n; (n = std::fread(chunk, 1, sizeof chunk, file.get())) > 0;)
-        bytes.insert(bytes.end(), chunk, chunk + n);
-    if (std::ferror(file.get())) throw Error(path + ": " + std::strerror(errno));
-    return parse(bytes, path);
-}
-
-std::vector<uint8_t> serialise(const Texture& t) {
-    std::vector<uint8_t> file(legacyBytes);
+Bytes headerOf(const Texture& t) {
+    Bytes header(legacyBytes);
     const auto put = [&](std::size_t field, uint32_t v) {
-        for (std::size_t i = 0; i < 4; ++i) file[field + i] = uint8_t(v >> 8 * i);
+        for (std::size_t i = 0; i < 4; ++i) header[field + i] = uint8_t(v >> 8 * i);
     };
     const bool chain = t.levels > 1;
     put(atMagic, fourCC("DDS "));
@@ -268,15 +246,7 @@ std::vector<uint8_t> serialise(const Texture& t) {
     put(atPixelFormatFlags, kPixelFormatFourCC);
     put(atFourCC, known(t.format).fourCC);
     put(atCaps, kCapsTexture | (chain ? kCapsComplex | kCapsLevels : 0));
-    file.insert(file.end(), t.blocks.begin(), t.blocks.end());
-    return file;
+    return header;
 }
 
-void write(const std::string& path, const Texture& texture) {
-    const std::vector<uint8_t> bytes = serialise(texture);
-    File file = open(path, "wb");
-    const bool whole = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
-    if (std::fclose(file.release()) != 0 || !whole) throw Error(path + ": " + std::strerror(errno));
-}
-
-} // namespace dds
+} // namespace codecs::texture

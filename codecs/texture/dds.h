@@ -7,16 +7,13 @@
 // dwReserved1[0] (byte 32) holds "ZMXT" and dwReserved1[1] (byte 36) holds "YCG2", scaled YCoCg.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <span>
-#include <stdexcept>
+#include "codecs/picture/bytes.h"
+
 #include <string>
-#include <vector>
 
-namespace dds {
+namespace codecs::texture {
 
-enum class Format { dxt1, dxt3, dxt5, ycocgDxt5, bc7 };
+enum class Format : std::uint8_t { dxt1, dxt3, dxt5, ycocgDxt5, bc7 };
 
 const char* nameOf(Format format); // as the command line spells it
 Format formatNamed(const std::string& name);
@@ -27,7 +24,7 @@ constexpr int kMaxSide = 1 << 15; // of a picture, in pixels
 // One picture of a file.
 struct Level {
     int width, height;
-    std::size_t offset, size; // of its blocks within Texture::blocks
+    std::uint64_t offset, size; // of its blocks behind the header
 };
 
 struct Texture {
@@ -35,29 +32,21 @@ struct Texture {
     int width = 0, height = 0;
     int levels = 1, layers = 1;
     bool cube = false;
-    unsigned faces = 0;               // of a legacy cube map: bit 0 is +x, then -x, +y, -y, +z, -z
-    std::size_t headerBytes = 128;    // 148 with a DX10 header
-    std::vector<std::uint8_t> blocks; // layer by layer, in each the largest level first
+    unsigned faces = 0;            // of a legacy cube map: bit 0 is +x, then -x, +y, -y, +z, -z
+    std::uint32_t headerBytes = 0; // 128, or 148 with a DX10 header
 
     Level level(int layer, int index) const;
-    std::size_t layerBytes() const;
+    std::uint64_t layerBytes() const;
     std::string layerName(int layer) const; // "face +x", "element 2", or empty where there is but one
 };
 
-// A file that cannot be read or written; what() says which one, what and where, in one line.
-struct Error : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
+// Reads the header at the front of a file, and checks that the file holds all that it promises.
+Texture readHeader(ByteSource& file);
 
-// Takes a file apart, and checks that it holds all that its header promises. `name` is for messages.
-Texture parse(std::span<const std::uint8_t> file, const std::string& name);
-Texture read(const std::string& path);
-
-// A FourCC file of a texture with one layer.
-std::vector<std::uint8_t> serialise(const Texture& texture);
-void write(const std::string& path, const Texture& texture);
+// The FourCC header of a texture with one layer.
+Bytes headerOf(const Texture& texture);
 
 // How many levels a picture has down to 1 by 1.
 int fullChain(int width, int height);
 
-} // namespace dds
+} // namespace codecs::texture

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstdint>
 
-namespace dds {
+namespace codecs::texture {
 
 struct Triple {
     std::uint8_t a, b, c;
@@ -29,4 +29,4 @@ inline Triple toRgb(int red, int green, int blue, int alpha) {
     return {toByte(alpha - cg + co), toByte(alpha + cg), toByte(alpha - cg - co)};
 }
 
-} // namespace dds
+} // namespace codecs::texture

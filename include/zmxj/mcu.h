@@ -8,7 +8,10 @@
 extern "C" {
 #endif
 
-/* A block is 64 Zmx16s in natural order, row by row. The blocks of one plane of a unit follow one another:
+/* The digits in the names tell the chroma sampling: 444 and 422 are 4:4:4 and 4:2:2, and 411 is 4:2:0, where a chroma
+ * sample covers two pixels across and two down.
+ *
+ * A block is 64 Zmx16s in natural order, row by row. The blocks of one plane of a unit follow one another:
  *
  *   unit  pixels   planes 0 and 3                                             planes 1 and 2
  *   444    8 x 8   1 block                                                    1 block each

@@ -364,8 +364,9 @@ TEST(JpegChroma, WhatCannotBePacked) {
 namespace {
 
 // The planes of a picture as the encoder is to make them: colours converted with rounding, the last column and the
-// last row repeated up to whole MCUs, and chroma the mean of the samples that it covers. Where that is between two
-// numbers, or has a fraction at all, even columns go down and odd ones up, so that the mean of the plane stays.
+// last row repeated up to whole MCUs, and chroma the mean of the samples that it covers, whose last row is repeated
+// likewise. Where a mean is between two numbers, or has a fraction at all, even columns go down and odd ones up, so that
+// the mean of the plane stays.
 std::vector<Plane> planesOf(const Frame& frame, Model model, const Bytes& pixels) {
     const int channels = jpeg::channelsOf(model), width = 8 * frame.hMax * frame.mcuColumns(),
               height = 8 * frame.vMax * frame.mcuRows();
@@ -389,8 +390,9 @@ std::vector<Plane> planesOf(const Frame& frame, Model model, const Bytes& pixels
         for (int y = 0; y < to.height; ++y)
             for (int x = 0; x < to.width; ++x) {
                 int sum = 0;
+                const int top = frame.vMax * std::min(y, jpeg::divUp(frame.height, frame.vMax) - 1);
                 for (int v = 0; v < frame.vMax; ++v)
-                    for (int h = 0; h < frame.hMax; ++h) sum += from.at(frame.hMax * x + h, frame.vMax * y + v);
+                    for (int h = 0; h < frame.hMax; ++h) sum += from.at(frame.hMax * x + h, top + v);
                 const int n = frame.hMax * frame.vMax;
                 to.at(x, y) = n == 1 ? sum : n == 2 ? (sum + x % 2) / 2 : (sum + 1 + x % 2) / 4;
             }

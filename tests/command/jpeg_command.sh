@@ -49,7 +49,7 @@ fails "empty.jpg: byte 0: not a JPEG file" "$zmx" jpeg decode empty.jpg b.ppm
 fails "nowhere.jpg: No such file" "$zmx" jpeg decode nowhere.jpg b.ppm
 fails "more pixels than the limit" "$zmx" jpeg decode a.jpg b.ppm --max-pixels 1000
 fails "ends in .png" "$zmx" jpeg decode a.jpg b.gif
-fails "not a PNG, PNM, PAM or TIFF file" "$zmx" jpeg encode a.jpg b.jpg
+fails "not a PNG, PNM, PAM, TIFF or BMP file" "$zmx" jpeg encode a.jpg b.jpg
 "$zmx" jpeg encode in.ppm b.jpg --quality 101 2>err && bad "quality 101 is taken"
 "$zmx" jpeg encode in.ppm b.jpg --sampling 411 2>err && bad "sampling 411 is taken"
 for command in encode decode info; do
@@ -68,6 +68,33 @@ for options in "" --ycck "--ycck --sampling 444 --restart 3"; do
     awk '$1 == "psnr" { exit !($2 > 36) }' out || bad "CMYK $options: $(cat out)"
 done
 fails "written to a .tif or .pam" "$zmx" jpeg decode c.jpg c.png
+
+# What a JPEG file does not hold is refused, with the way out.
+{ printf 'P7\nWIDTH 48\nHEIGHT 40\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\n'; samples x*5 y*6 x+y 200; } >rgba.pam
+{ printf 'P7\nWIDTH 48\nHEIGHT 40\nDEPTH 2\nMAXVAL 255\nTUPLTYPE GRAYSCALE_ALPHA\nENDHDR\n'; samples x*5 200; } >ga.pam
+{ printf 'P5 48 40 255\n'; samples x*5; } >g.pgm
+{ printf 'P6 48 40 255\n'; samples x*5 y*6 x+y; } >rgb.ppm
+for mode in "" --progressive "--lossless 1"; do
+    for picture in rgba.pam ga.pam; do
+        # shellcheck disable=SC2086
+        fails "with alpha, which a JPEG file does not hold; --no-alpha leaves it out" "$zmx" jpeg encode $picture b.jpg $mode
+    done
+    # shellcheck disable=SC2086
+    succeeds "$zmx" jpeg encode rgba.pam b.jpg $mode --no-alpha
+    # shellcheck disable=SC2086
+    succeeds "$zmx" jpeg encode rgb.ppm want.jpg $mode
+    cmp -s b.jpg want.jpg || bad "without alpha another picture: $mode"
+    # shellcheck disable=SC2086
+    succeeds "$zmx" jpeg encode ga.pam b.jpg $mode --no-alpha
+    # shellcheck disable=SC2086
+    succeeds "$zmx" jpeg encode g.pgm want.jpg $mode
+    cmp -s b.jpg want.jpg || bad "grey without alpha another picture: $mode"
+done
+{ printf 'P7\nWIDTH 48\nHEIGHT 40\nDEPTH 5\nMAXVAL 255\nTUPLTYPE ANY\nENDHDR\n'; samples x*5 y*6 x+y x y; } >five.pam
+fails "channels" "$zmx" jpeg encode five.pam b.jpg
+fails "channels" "$zmx" jpeg encode five.pam b.jpg --lossless 1
+fails "ycck is for CMYK" "$zmx" jpeg encode in.ppm b.jpg --ycck
+fails "rgb is for RGB" "$zmx" jpeg encode in.pam b.jpg --rgb
 
 # Headerless files: the size is printed, and wanted back.
 for format in rgb bgr gray; do
@@ -102,4 +129,4 @@ checks=$((checks + 2))
 "$zmx" jpeg decode a.jpg a.raw --format yuv 2>err && bad "--format yuv is taken"
 
 echo "$checks checks, $failures failures"
-[ $failures -eq 0 ] && [ $checks -gt 55 ]
+[ $failures -eq 0 ] && [ $checks -gt 75 ]

@@ -202,6 +202,28 @@ def modules_are_named(tree):
         yield f"{ARCHITECTURE}: there is no module {name}"
 
 
+def families_are_complete(tree):
+    """Headers, models, tests, benchmarks and fuzz targets of the table are there, and no other header, model or test."""
+    timed = "".join(text for path, text in tree.items() if path.startswith("bench/"))
+    named = set()
+    for cells in table(tree, "family"):
+        paths = ["include/" + name for name in names(cells[3])]
+        for name in names(cells[4]) + names(cells[5]):
+            paths += [path for path in (f"tests/{name}.h", f"tests/{name}.cpp") if path in tree] or [f"tests/{name}"]
+        paths += [f"fuzz/{name}.cpp" for name in names(cells[7])]
+        named.update(paths)
+        for path in paths:
+            if path not in tree:
+                yield f"{ARCHITECTURE}: {cells[0]}: there is no {path}"
+        for row in names(cells[6]):
+            if row not in timed:
+                yield f"{ARCHITECTURE}: {cells[0]}: no benchmark has {row} in its name"
+    family_folders = "|".join({path.split("/")[1] for path in named if path.startswith("tests/")}) or "none"
+    for path in sorted(tree):
+        if re.match(rf"include/zmxj/|tests/({family_folders})/(model/|test_)", path) and path not in named:
+            yield f"{ARCHITECTURE}: no family has {path}"
+
+
 def no_circles(tree):
     """No module includes itself by way of others; a header and its .cpp are one module."""
     arrows = {}
@@ -294,9 +316,11 @@ def code_lines(text):
 
 
 def nothing_stands_twice(tree):
-    # Tests have models, which state anew what the code does; so the two are not compared with one another.
+    # Tests have models, which state anew what the code does; so the two are not compared with one another. The
+    # program of digests is to stand by itself, and sees no other test.
     for folders in (OURS, ("tests/", "bench/", "fuzz/")):
-        yield from repetitions({path: tree[path] for path in sorted(tree) if path.startswith(folders) and is_code(path)})
+        yield from repetitions({path: tree[path] for path in sorted(tree)
+                                if path.startswith(folders) and not path.startswith("tests/digests/") and is_code(path)})
 
 
 def repetitions(files):
@@ -337,7 +361,7 @@ def limits_are_stated(tree):
             yield f"{CONTRIBUTING}: nothing is said of {limit}"
 
 
-RULES = (who_may_include_whom, who_stands_on_whom, modules_are_named, no_circles, no_function_like_macros,
+RULES = (who_may_include_whom, who_stands_on_whom, modules_are_named, families_are_complete, no_circles, no_function_like_macros,
          no_long_macros, files_are_short, functions_are_short, comments_are_a_fair_share, tables_are_explained,
          nothing_stands_twice, every_function_has_a_benchmark, limits_are_stated)
 

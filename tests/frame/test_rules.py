@@ -25,19 +25,21 @@ GOOD = {
 | `codecs/picture/` | pictures | nothing |
 | `codecs/jpeg/`, `codecs/tiff/` | files | `include/`, `codecs/picture/`; libtiff |
 | `zmx/` | the command | `codecs/` |
+| `fuzz/` | fuzzers | nothing |
 | `bench/` | benchmarks | `include/`; `src/pjrows.h` for a count |
 | `tests/` | tests | `src/` |
 
-| family | modules | stands on | header |
-|---|---|---|---|
-| base | `pjrows`, `pjwrap` | | |
-| planes | `pjplane` | base | `zmxj.h` |
-| blocks | `pjblock` | base, planes | `zmxj.h` |
+| family | modules | stands on | header | model | tests | benchmark rows | fuzz target |
+|---|---|---|---|---|---|---|---|
+| base | `pjrows`, `pjwrap` | | `zmxj.h` | | | | |
+| planes | `pjplane` | base | `zmxj/plane.h` | `planes/model/plane` | `planes/test_own_plane` | `plane/` | `fuzz_plane` |
+| blocks | `pjblock` | base, planes | | | | | |
 
 What all stand on: `pjrows.h` and `pjwrap.h`. Then `pjplane` and `pjblock`.
 """,
     rules.CONTRIBUTING: "Functions of 60 lines, files of 450 lines, 15 to 30 % comments, no 6 lines\ntwice.\n",
     "include/zmxj.h": "int zmxiPlane(int a); // int zmxiNone(int a);\n",
+    "include/zmxj/plane.h": "",
     "src/pjwrap.h": code("wrap"),
     "src/pjrows.h": code("rows", head='#include "pjwrap.h"\n'),
     "src/pjplane.h": code("planeOf", head='#include "pjrows.h"\n#include "zmxj.h"\n'),
@@ -47,8 +49,10 @@ What all stand on: `pjrows.h` and `pjwrap.h`. Then `pjplane` and `pjblock`.
     "codecs/jpeg/jpeg.h": code("jpeg", head='#include "codecs/picture/picture.h"\n'),
     "codecs/tiff/tiff.cpp": code("tiff", head='#include "zmxj.h"\n'),
     "zmx/main.cpp": code("main", head='#include "codecs/jpeg/jpeg.h"\n'),
-    "bench/bench_plane.cpp": '#include "src/pjrows.h"\nint run() { return zmxiPlane(1); }\n',
-    "tests/test_own_plane.cpp": '#include "pjplane.h"\n',
+    "bench/bench_plane.cpp": '#include "src/pjrows.h"\nint run() { return zmxiPlane(1); }\nauto name = "plane/";\n',
+    "fuzz/fuzz_plane.cpp": "",
+    "tests/planes/test_own_plane.cpp": '#include "pjplane.h"\n',
+    "tests/planes/model/plane.h": "",
 }
 
 TABLE = "constexpr int kTable[] = {\n    1, // one\n    2,\n    3,\n    4,\n};\n"
@@ -65,7 +69,7 @@ BROKEN = [
     (rules.who_may_include_whom, {"zmx/a.cpp": '#  include "zmxj.h"\n'}),
     (rules.who_may_include_whom, {"codecs/jpeg/a.h": '#include "jpeg.h"\n'}),  # no path from the root
     (rules.who_may_include_whom, {"src/pjblock.h": '#include "src/pjrows.h"\n'}),  # here no path is wanted
-    (rules.who_may_include_whom, {"tests/test_plane.cpp": '#include "pjplane.h"\n'}),  # not an internal test
+    (rules.who_may_include_whom, {"tests/a.cpp": '#include "pjplane.h"\n'}),  # not an internal test
     (rules.who_may_include_whom, {"tools/a.cpp": ""}),
     (rules.who_may_include_whom, {"bench/bench_plane.cpp": None}),  # a row without a folder
     (rules.who_may_include_whom, {rules.ARCHITECTURE: "nothing"}),
@@ -78,6 +82,14 @@ BROKEN = [
     (rules.modules_are_named, {"src/pjwrap.h": None}),
     (rules.modules_are_named, {rules.ARCHITECTURE: GOOD[rules.ARCHITECTURE].replace("and `pjblock`.", ".")}),
     (rules.modules_are_named, {rules.ARCHITECTURE: GOOD[rules.ARCHITECTURE].replace("`pjplane` |", "`pjplane`, `pjrows` |")}),
+    (rules.families_are_complete, {"include/zmxj/plane.h": None}),
+    (rules.families_are_complete, {"include/zmxj/block.h": ""}),
+    (rules.families_are_complete, {"tests/planes/model/plane.h": None}),
+    (rules.families_are_complete, {"tests/planes/model/other.cpp": ""}),
+    (rules.families_are_complete, {"tests/planes/test_own_plane.cpp": None}),
+    (rules.families_are_complete, {"tests/planes/test_new.cpp": ""}),
+    (rules.families_are_complete, {"fuzz/fuzz_plane.cpp": None}),
+    (rules.families_are_complete, {"bench/bench_plane.cpp": "zmxiPlane"}),
     (rules.no_circles, {"src/pjrows.h": '#include "pjplane.h"\n'}),
     (rules.no_circles, {"src/pjwrap.cpp": '#include "pjrows.h"\n'}),  # by way of the two files of a module
     (rules.no_circles, {"zmx/a.h": '#include "zmx/b.h"\n', "zmx/b.h": '#include "zmx/c.h"\n', "zmx/c.h": '#include "zmx/a.h"\n'}),

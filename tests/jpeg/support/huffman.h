@@ -140,6 +140,12 @@ struct StreamIn {
         state.plain = from.state.plain;
         state.share();
     }
+    // Takes over what the library left where it has no meaning.
+    void follow() {
+        pos[1] = pos[0];
+        marker[1] = marker[0];
+        std::memcpy(&state.plain, state.bytes(), sizeof state.plain);
+    }
     model::Reader reader() { return {src.data(), len(), &pos[1], &marker[1], &state.plain}; }
     ::testing::AssertionResult same() {
         if (pos[0] != pos[1] || marker[0] != marker[1])

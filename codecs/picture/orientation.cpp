@@ -1,0 +1,142 @@
+// orientation.cpp - the eight orientations, and pixels moved by them.
+#include "codecs/picture/orientation.h"
+
+#include "codecs/picture/exif.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace codecs {
+namespace {
+
+// An orientation as what is done to the pixels: first the diagonal, then the mirrors.
+struct Turn {
+    bool exchanged, right, down; // rows become columns; x, and y, of the source run backwards
+};
+Turn turnOf(int orientation) {
+    static constexpr Turn kTurns[] = {{false, false, false}, {false, true, false}, {false, true, true},
+                                      {false, false, true},  {true, false, false}, {true, false, true},
+                                      {true, true, true},    {true, true, false}};
+    return kTurns[orientation - 1];
+}
+
+class TurnedRows final : public RowSource {
+public:
+    TurnedRows(Rows source, int orientation) : from(std::move(source)), turn(turnOf(orientation)) {
+        form = from->shape();
+        beside = from->metadata();
+        setOrientation(beside, 1);
+        if (turn.exchanged) {
+            std::swap(form.width, form.height);
+            if (beside.resolution) std::swap(beside.resolution->x, beside.resolution->y);
+        }
+        pixelBytes = std::size_t(form.channels) * (form.wide() ? 2 : 1);
+    }
+
+    Band next(int rows) override {
+        const int n = std::min(rows, form.height - row);
+        const std::size_t size = form.rowBytes();
+        band.resize(std::max(band.size(), size * std::size_t(n)));
+        const bool whole = turn.exchanged || turn.down;
+        if (whole && picture.shape().height == 0) picture = readRows(*from);
+        const Band source = whole ? Band{} : from->next(n);
+        for (int y = 0; y < n && !turn.exchanged; ++y) {
+            const int sourceY = turn.down ? form.height - 1 - (row + y) : y;
+            line(whole ? picture.bytes(sourceY).data() : source.row(y), band.data() + size * std::size_t(y));
+        }
+        if (turn.exchanged) columns(n);
+        row += n;
+        return {band.data(), std::ptrdiff_t(size), n};
+    }
+    std::vector<std::string> warnings() const override { return from->warnings(); }
+
+private:
+    // A row of the source as a row, backwards or not.
+    void line(const std::uint8_t* source, std::uint8_t* to) const {
+        if (!turn.right) {
+            std::memcpy(to, source, form.rowBytes());
+            return;
+        }
+        const std::uint8_t* pixel = source + form.rowBytes();
+        for (int x = 0; x < form.width; ++x, to += pixelBytes) std::memcpy(to, pixel -= pixelBytes, pixelBytes);
+    }
+
+    // Columns of the source as rows: each of its rows gives a pixel to each of them.
+    void columns(int n) {
+        const std::size_t size = form.rowBytes();
+        for (int x = 0; x < form.width; ++x) {
+            const std::uint8_t* source = picture.bytes(turn.down ? form.width - 1 - x : x).data();
+            for (int y = 0; y < n; ++y) {
+                const int sourceX = turn.right ? form.height - 1 - (row + y) : row + y;
+                std::memcpy(band.data() + size * std::size_t(y) + pixelBytes * std::size_t(x),
+                            source + pixelBytes * std::size_t(sourceX), pixelBytes);
+            }
+        }
+    }
+
+    Rows from;
+    Turn turn;
+    std::size_t pixelBytes = 0;
+    Picture picture;
+    Samples band;
+    int row = 0;
+};
+
+// Turns what a sink is given, once all of it is there.
+class TurningSink final : public RowSink {
+public:
+    explicit TurningSink(std::unique_ptr<RowSink> sink) : to(std::move(sink)) {}
+
+    void begin(const Shape& shape, const Metadata& metadata) override {
+        turns = orientationOf(metadata) != 1;
+        (turns ? gathered : *to).begin(shape, metadata);
+    }
+    void write(const Band& band) override { (turns ? gathered : *to).write(band); }
+    void finish() override {
+        if (!turns) return to->finish();
+        gathered.finish();
+        copyRows(*upright(std::make_unique<PictureSource>(gathered.picture)), *to);
+    }
+    std::vector<std::string> warnings() const override { return to->warnings(); }
+
+private:
+    std::unique_ptr<RowSink> to;
+    bool turns = false;
+    PictureSink gathered;
+};
+
+} // namespace
+
+int orientationOf(const Metadata& metadata) {
+    if (metadata.exif.empty()) return 1;
+    const auto directory = parseExif(metadata.exif);
+    const ExifEntry* entry = directory ? findEntry(*directory, kExifOrientation) : nullptr;
+    const unsigned v = entry && entry->value.size() >= 2 ? entry->value[0] | entry->value[1] << 8 : 1;
+    return v >= 1 && v <= 8 ? int(v) : 1;
+}
+
+void setOrientation(Metadata& metadata, int orientation) {
+    auto directory = metadata.exif.empty() ? ExifDirectory{} : parseExif(metadata.exif);
+    if (!directory || (directory->empty() && orientation == 1)) return;
+    if (const ExifEntry* entry = findEntry(*directory, kExifOrientation); entry && entry->value.size() == 2) {
+        // Where it stands: the rest, a maker's own notes included, stays as it is.
+        const bool little = metadata.exif[0] == 'I';
+        metadata.exif[entry->at + (little ? 0 : 1)] = std::uint8_t(orientation);
+        metadata.exif[entry->at + (little ? 1 : 0)] = 0;
+    } else if (orientation != 1) {
+        directory->push_back(shortEntry(kExifOrientation, unsigned(orientation)));
+        metadata.exif = serialiseExif(*directory);
+    }
+}
+
+Rows upright(Rows from) {
+    const int orientation = orientationOf(from->metadata());
+    if (orientation == 1) return from;
+    return std::make_unique<TurnedRows>(std::move(from), orientation);
+}
+
+std::unique_ptr<RowSink> uprightBefore(std::unique_ptr<RowSink> to) {
+    return std::make_unique<TurningSink>(std::move(to));
+}
+
+} // namespace codecs

@@ -1,0 +1,18 @@
+// orientation.h - which way up a picture is meant, as its EXIF says, and turning its pixels so.
+#pragma once
+
+#include "codecs/picture/convert.h"
+
+namespace codecs {
+
+// 1: as the rows stand. 2: mirrored left to right, 3: turned by half, 4: mirrored top to bottom, 5: exchanged along the
+// diagonal, 6: to be turned to the right by a quarter, 7: exchanged along the other diagonal, 8: to be turned to the left.
+int orientationOf(const Metadata& metadata);
+// Sets it in the EXIF, which is made where there is none.
+void setOrientation(Metadata& metadata, int orientation);
+
+// The rows as they are meant to be seen, with an orientation of 1. All but 2 hold the whole picture in memory.
+Rows upright(Rows from);
+std::unique_ptr<RowSink> uprightBefore(std::unique_ptr<RowSink> to);
+
+} // namespace codecs

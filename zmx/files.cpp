@@ -1,0 +1,128 @@
+// files.cpp - from the words of a command line to pairs of files.
+#include "zmx/files.h"
+
+#include "zmx/run.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <sched.h>
+#include <unistd.h>
+
+namespace command {
+namespace {
+
+namespace fs = std::filesystem;
+
+bool isFolder(const std::string& path) {
+    std::error_code none;
+    return !path.empty() && (path.back() == '/' || fs::is_directory(path, none));
+}
+
+// "a/b" for "a/b.png"; a name that begins with its only dot has no ending.
+std::string stemOf(const std::string& path) {
+    const auto slash = path.rfind('/'), dot = path.rfind('.');
+    const auto name = slash == std::string::npos ? 0 : slash + 1;
+    return dot == std::string::npos || dot <= name ? path : path.substr(0, dot);
+}
+std::string nameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+
+// Threads of every kind, the library's included, keep to the processors that this process may use.
+void keepToProcessors(int count) {
+    cpu_set_t all, some;
+    CPU_ZERO(&some);
+    if (sched_getaffinity(0, sizeof all, &all) != 0) return;
+    for (int cpu = 0, taken = 0; cpu < CPU_SETSIZE && taken < count; ++cpu)
+        if (CPU_ISSET(cpu, &all)) {
+            CPU_SET(cpu, &some);
+            ++taken;
+        }
+    sched_setaffinity(0, sizeof some, &some);
+}
+
+} // namespace
+
+void Manners::addTo(CLI::App& c) {
+    auto* q = c.add_flag("-q,--quiet", quiet, "no warnings, no progress");
+    c.add_flag("-v,--verbose", verbose, "say what was done")->excludes(q);
+    c.add_flag("--strict", strict, "a warning is an error: nothing is written");
+    c.add_option("-t,--threads", threads, "at the most so many; left out: as the processors allow")
+        ->check(CLI::Range(1, 1024))
+        ->each([](const std::string& count) { keepToProcessors(std::stoi(count)); });
+}
+
+void Manners::warn(const std::string& file, const std::vector<std::string>& texts) const {
+    for (const std::string& text : texts) {
+        if (strict) throw codecs::FileError(file + ": " + text + " (an error by --strict)");
+        if (!quiet) std::fprintf(stderr, "zmx: %s: warning: %s\n", file.c_str(), text.c_str());
+    }
+}
+
+void Files::addTo(CLI::App& c, const std::string& in, const std::string& result, std::string end) {
+    ending = std::move(end);
+    c.add_option("IN", paths, in + "; then " + result + ", unless -o or --suffix says where; - is a pipe")
+        ->required()
+        ->option_text("IN... [OUT]");
+    c.add_option("-o,--output", out, "where to: a file, or a folder for several");
+    c.add_option("--suffix", suffix,
+                 "beside each IN (or in the folder -o), its name without ending and this behind it");
+    c.add_flag("-f,--force", force, "also over IN itself, and to a terminal");
+    manners.addTo(c);
+}
+
+std::string Files::outOf(const std::string& in, const std::string& folder) const {
+    if (in == "-") throw UsageError("standard input has no name to make another of; give OUT");
+    const std::string made = stemOf(in) + (suffix.empty() ? ending : suffix);
+    return folder.empty() ? made : (fs::path(folder) / nameOf(made)).string();
+}
+
+std::vector<Job> Files::jobs() const {
+    std::vector<std::string> ins = paths;
+    std::string where = out;
+    if (out.empty() && suffix.empty()) {
+        if (ins.size() < 2) throw UsageError("where to? Give OUT behind IN, or -o, or --suffix");
+        where = ins.back();
+        ins.pop_back();
+    }
+    const bool folder = isFolder(where);
+    if (ins.size() > 1 && !where.empty() && !folder)
+        throw UsageError(where + " is no folder, and " + std::to_string(ins.size()) + " files are to go there");
+    if (!suffix.empty() && !where.empty() && !folder)
+        throw UsageError("--suffix and a name for OUT exclude each other");
+    std::vector<Job> all;
+    for (const std::string& in : ins) all.push_back({in, where.empty() || folder ? outOf(in, where) : where});
+    for (std::size_t i = 0; i < all.size(); ++i)
+        for (std::size_t k = 0; k < i; ++k)
+            if (all[i].out == all[k].out) throw UsageError("two files would become " + all[i].out);
+    return all;
+}
+
+void Files::workOn(const Job& job, const std::function<void(Run&)>& work) const {
+    if (!force) {
+        std::error_code none;
+        if (job.out == "-" ? isatty(STDOUT_FILENO) : job.in != "-" && fs::equivalent(job.in, job.out, none))
+            throw UsageError(job.out == "-" ? "standard output is a terminal; -f writes to it nevertheless"
+                                            : job.out + " is IN itself; -f writes over it nevertheless");
+    }
+    Run run(manners, job);
+    work(run);
+    run.keep();
+}
+
+void Files::each(const std::function<void(Run&)>& work) const {
+    const std::vector<Job> all = jobs();
+    if (all.size() == 1) return workOn(all[0], work);
+    int failed = 0;
+    for (const Job& job : all) {
+        try {
+            workOn(job, work);
+        } catch (const codecs::Error& e) {
+            std::fprintf(stderr, "zmx: %s\n", e.what());
+            ++failed;
+        }
+    }
+    if (failed) throw ToldError(std::to_string(failed) + " of " + std::to_string(all.size()) + " files failed");
+}
+
+} // namespace command
