@@ -4,8 +4,8 @@
 #include "pj2cbencpass.h"
 
 #include "pj2cbflags.h"
-#include "pjround.h"
 #include "pjrows.h"
+#include "pjx87.h"
 #include "psalloc.h"
 
 #include <algorithm>
@@ -161,9 +161,22 @@ namespace zmx {
 
 // Two to a power, with a factor that is a signed 32-bit number whose shift counts modulo 32: required. An
 // exponent of 31 gives a negative power, and one above 31 begins anew.
-static Extended wrappedPower(int exponent) {
+static double wrappedPower(int exponent) {
     const auto shifted = [](Zmx32u n) { return Zmx32s(1u << (n & 31)); };
-    return exponent > 0 ? Extended(shifted(Zmx32u(exponent))) : 1 / Extended(shifted(-Zmx32u(exponent)));
+    return exponent > 0 ? shifted(Zmx32u(exponent)) : 1.0 / shifted(-Zmx32u(exponent));
+}
+
+// The sum of the first passes in double precision, and whether nothing was rounded: what is left of each sum without
+// one of its terms is the other one.
+static bool exactDistortion(const ZmxiEncodeState_JPEG2K& state, int passes, double& sum) {
+    bool exact = !kDoubleOnX87; // which may hold more than a double, and store less
+    sum = 0;
+    for (int i = 0; i < passes; ++i) {
+        const double term = state.passDist[i] * wrappedPower(state.passDistExp[i]), next = sum + term;
+        exact &= next - sum == term && next - term == sum;
+        sum = next;
+    }
+    return exact;
 }
 
 } // namespace zmx
@@ -171,8 +184,10 @@ static Extended wrappedPower(int exponent) {
 ZmxStatus zmxiEncodeGetDist_JPEG2K(const ZmxiEncodeState_JPEG2K* pState, int passNum, double* pDist) {
     if (ZmxStatus bad = stateArgs(pState).ptr(pDist)) return bad;
     if (passNum < 0 || passNum >= passesOf(*pState->pCoder)) return zmxStsBadPassNumberErr;
-    Extended sum = 0; // rounded once, at the end
-    for (int i = 0; i <= passNum; ++i) sum += pState->passDist[i] * wrappedPower(pState->passDistExp[i]);
+    if (exactDistortion(*pState, passNum + 1, *pDist)) return zmxStsNoErr;
+    SoftExtended sum; // rounded to a double once, at the end: required
+    for (int i = 0; i <= passNum; ++i)
+        sum = sum + SoftExtended(pState->passDist[i]) * SoftExtended(wrappedPower(pState->passDistExp[i]));
     *pDist = double(sum);
     return zmxStsNoErr;
 }

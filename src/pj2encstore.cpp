@@ -81,7 +81,8 @@ static bool isSound(const EncCoderState& s) {
     const bool queue = s.fifoRead >= 0 && s.fifoRead <= s.fifoCount && s.fifoCount <= kFifoSize;
     const bool mq = s.areg >= 0x8000 && s.areg <= 0xFFFF && s.ct >= 1 && s.ct <= 12 && s.creg >> (28 - s.ct) == 0 &&
                     s.curByte <= 0xFF && s.bytesOut >= 0 && s.bytesOut <= most && mq::areContexts(s.ctxState, s.ctxMPS);
-    const bool raw = s.rawBitPos >= 0 && s.rawBitPos <= 7 && s.rawBytesOut >= 0 && s.rawBytesOut <= most;
+    const bool raw =
+        s.rawBitPos >= 0 && s.rawBitPos <= (s.rawLastFF ? 6 : 7) && s.rawBytesOut >= 0 && s.rawBytesOut <= most;
     return pass && counts && queue && mq && raw;
 }
 

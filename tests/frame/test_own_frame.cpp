@@ -138,10 +138,10 @@ TEST(Frame, MemoryOfNoLengthIsNotAskedFor) {
     EXPECT_EQ(zmxsMalloc_8u(INT_MIN), nullptr);
     EXPECT_EQ(allocationsMade(), before);
     for (int len : {1, 5}) {
-        const int asked = allocationsMade();
+        const int sofar = allocationsMade();
         Zmx8u* p = zmxsMalloc_8u(len);
         ASSERT_NE(p, nullptr) << len;
-        EXPECT_EQ(allocationsMade(), asked + 1);
+        EXPECT_EQ(allocationsMade(), sofar + 1);
         EXPECT_EQ(lastAllocationBytes(), len);
         zmxsFree(p);
     }

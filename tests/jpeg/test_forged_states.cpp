@@ -141,6 +141,29 @@ TEST(ForgedStates, Encoders) {
         }
 }
 
+// Numbers of held bits that there cannot be count as the nearest that there can.
+TEST(ForgedStates, NumbersOfHeldBits) {
+    EncodeTable table(someList());
+    const Block three = blockOf({{1, 4}, {2, -7}, {63, 2}});
+    for (int held : kExtremes) {
+        SCOPED_TRACE(held);
+        const bool full = held > 1024 - 3;
+        StreamOut out(700);
+        out.state.plain.eobRun = 1;
+        out.state.plain.correctionCount = held;
+        out.state.share();
+        BlockIn src(three);
+        EXPECT_EQ(zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(src.data(), out.dst.data(), out.len(), &out.pos[0], 1, 63,
+                                                              0, table.lib(), out.state.lib(), 0),
+                  zmxStsNoErr);
+        std::memcpy(&out.state.plain, out.state.bytes(), sizeof out.state.plain);
+        const int kept = full ? 3 : std::max(held, 0) + 3;
+        EXPECT_EQ(out.state.plain.correctionCount, full ? 3 : kept > 937 ? 0 : kept);
+        EXPECT_EQ(out.state.plain.eobRun, full ? 1 : kept > 937 ? 0 : 2);
+        EXPECT_GE(out.pos[0] * 8, held > 934 ? std::min(held, 1024) : 0) << "all of them have gone out";
+    }
+}
+
 // Counts of pending bits for which the plain writer has a meaning, on any register, with room for the fast one: the exact
 // writer's result all the same.
 TEST(ForgedStates, PendingBitsOfAnyKindWithRoomLeft) {
@@ -151,7 +174,8 @@ TEST(ForgedStates, PendingBitsOfAnyKindWithRoomLeft) {
         SCOPED_TRACE(n);
         out.pos[0] = out.pos[1] = 0;
         out.state.plain = {};
-        out.state.plain.bitBuffer = Zmx32u(rng.next());
+        const int clean = int(rng.range(0, 32)); // low bits that are zero, as behind pending ones
+        out.state.plain.bitBuffer = clean < 32 ? Zmx32u(rng.next()) >> clean << clean : 0;
         out.state.plain.bitCount = int(rng.range(-7, 8));
         out.state.share();
         Zmx16s lastDC[2] = {};
