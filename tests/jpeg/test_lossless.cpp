@@ -531,7 +531,7 @@ TEST(Lossless, Digests) {
             const Outcome o = decodeRow(in, out, 5, 2);
             if (!o.value) break;
             decoded.value(o.status).add(out.lib[0]->data(), 10).add(out.lib[1]->data(), 10);
-            decoded.value(in.pos[0]).value(in.marker[0]).add(in.state.bytes(), 20);
+            decoded.value(in.pos[0]).value(in.marker[0]).words(in.state.bytes(), 20);
         }
     }
     EXPECT_EQ(streams.get(), 0x449BD633A2B79F6Fu);

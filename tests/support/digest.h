@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <type_traits>
 #include <vector>
 
@@ -22,6 +23,16 @@ public:
                 number(std::uint64_t(v), sizeof v);
         }
         return *this;
+    }
+    // `bytes` bytes of values of one type.
+    template <class T> Digest& add(const T* values, std::size_t bytes) {
+        return add(std::vector<T>(values, values + bytes / sizeof(T)));
+    }
+    // A state that is made of 32-bit words.
+    Digest& words(const void* state, std::size_t bytes) {
+        std::vector<std::uint32_t> all(bytes / sizeof(std::uint32_t));
+        std::memcpy(all.data(), state, all.size() * sizeof(std::uint32_t));
+        return add(all);
     }
     Digest& value(std::int64_t v) { return number(std::uint64_t(v), sizeof v); }
     std::uint64_t get() const { return h; }

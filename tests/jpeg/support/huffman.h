@@ -165,7 +165,7 @@ struct StreamIn {
 // What decoding a block left, to a digest.
 inline void addDecoded(Digest& digest, const Outcome& o, StreamIn& in, BlockOut& out) {
     digest.value(o.status).add(out.dst.data(), 128).value(out.lastDC[0]);
-    digest.value(in.pos[0]).value(in.marker[0]).add(in.state.bytes(), 20);
+    digest.value(in.pos[0]).value(in.marker[0]).words(in.state.bytes(), 20);
 }
 
 // A stream that is written.
