@@ -2,8 +2,8 @@
 // difference.
 #include "codecs/picture/compare.h"
 #include "codecs/picture/raw.h"
-#include "tests/codecs/support/pictures.h"
 #include "tests/codecs/support/damage.h"
+#include "tests/codecs/support/pictures.h"
 
 #include <cmath>
 #include <cstdio>

@@ -2,8 +2,8 @@
 // profile, EXIF, XMP and resolution through files.
 #include "codecs/picture/exif.h"
 #include "codecs/picture/orientation.h"
-#include "tests/codecs/support/pictures.h"
 #include "tests/codecs/support/damage.h"
+#include "tests/codecs/support/pictures.h"
 
 using namespace codecs;
 

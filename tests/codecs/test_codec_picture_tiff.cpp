@@ -1,7 +1,7 @@
 // TIFF files of libtiff's making, in every layout and kind of samples, against the pictures that went in.
 #include "codecs/picture/orientation.h"
-#include "tests/codecs/support/pictures.h"
 #include "tests/codecs/support/damage.h"
+#include "tests/codecs/support/pictures.h"
 
 #include <cmath>
 #include <cstring>
