@@ -33,9 +33,9 @@ void Files::addTo(CLI::App& c, const std::string& in, const std::string& result,
     c.add_option("IN", paths, in + "; then " + result + ", unless -o or --suffix says where; - is a pipe")
         ->required()
         ->option_text("IN... [OUT]");
-    c.add_option("-o,--output", out, "where to: a file, or a folder for several");
-    c.add_option("--suffix", suffix,
-                 "beside each IN (or in the folder -o), its name without ending and this behind it");
+    c.add_option("-o,--output", out, "where to: a file, or a folder for several")->type_name("FILE");
+    c.add_option("--suffix", suffix, "beside each IN (or in the folder -o), its name without ending and this behind it")
+        ->type_name("ENDING");
     c.add_flag("-f,--force", force, "also over IN itself, and to a terminal");
     manners.addTo(c);
 }

@@ -49,7 +49,7 @@ void PictureOptions::addOutputTo(CLI::App& c) {
                     return std::string(e.what());
                 }
             },
-            "ENDING"));
+            "png|tif|bmp|pbm|pgm|ppm|pnm|pam"));
 }
 
 Run::Run(const Manners& m, Job files)
