@@ -89,7 +89,7 @@ void addEncode(CLI::App& app) {
     for (texture::Format f :
          {texture::Format::dxt1, texture::Format::dxt3, texture::Format::dxt5, texture::Format::ycocgDxt5})
         formats.emplace_back(texture::nameOf(f));
-    c->add_option("--format", args->format, "the block format")->required()->check(CLI::IsMember(formats));
+    c->add_option("-F,--format", args->format, "the block format")->required()->check(CLI::IsMember(formats));
     c->add_flag("-m,--mips", args->chain, "with a chain of levels down to 1 by 1");
     args->picture.addInputTo(*c);
     c->footer("Examples:\n"
@@ -103,7 +103,7 @@ void addDecode(CLI::App& app) {
     const auto args = std::make_shared<DecodeArguments>();
     args->files.addTo(*c, "a DDS file", "a " + codecs::kPictureEndings + " file", args->picture);
     auto* mips = c->add_flag("-m,--mips", args->chain, "every level: out.png, out.mip1.png, out.mip2.png and so on");
-    c->add_option("--level", args->level, "which level of the chain, from 0: the largest")
+    c->add_option("-l,--level", args->level, "which level of the chain, from 0: the largest")
         ->check(CLI::Range(0, 15))
         ->excludes(mips);
     c->add_option("--layer", args->layer, "which face of a cube map or element of an array, from 0")

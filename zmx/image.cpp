@@ -56,7 +56,7 @@ void addCompare(CLI::App& app) {
     const auto args = std::make_shared<CompareArguments>();
     c->add_option("A", args->a, "a picture")->required();
     c->add_option("B", args->b, "another of the same shape")->required();
-    c->add_option("--within", args->level, "the level")->capture_default_str()->check(CLI::Range(0, 65535));
+    c->add_option("-w,--within", args->level, "the level")->capture_default_str()->check(CLI::Range(0, 65535));
     c->footer("Example:\n  zmx image compare photo.png decoded.png --within 3");
     c->callback([args] { runCompare(*args); });
 }
@@ -65,12 +65,12 @@ void addConvert(CLI::App& app) {
     auto* c = app.add_subcommand("convert", "Write a picture to another kind of file, or a part of it");
     const auto args = std::make_shared<ConvertArguments>();
     args->files.addTo(*c, codecs::kPictureFile, "a " + codecs::kPictureEndings + " file", args->picture);
-    c->add_option("--crop", args->part, "only this part: X,Y,WIDTH,HEIGHT")->delimiter(',')->expected(4);
-    auto* gray = c->add_flag("--gray", args->gray, "its luma alone");
+    c->add_option("-c,--crop", args->part, "only this part: X,Y,WIDTH,HEIGHT")->delimiter(',')->expected(4);
+    auto* gray = c->add_flag("-g,--gray", args->gray, "its luma alone");
     c->add_flag("--rgb", args->rgb, "grey and CMYK become RGB; inks by what they absorb, without a profile")
         ->excludes(gray);
     c->add_flag("--no-alpha", args->noAlpha, "leave out the alpha channel");
-    c->add_option("--depth", args->depth, "scale the samples to so many bits")->check(CLI::Range(1, 16));
+    c->add_option("-d,--depth", args->depth, "scale the samples to so many bits")->check(CLI::Range(1, 16));
     args->picture.addOutputTo(*c);
     c->footer("Examples:\n"
               "  zmx image convert photo.png part.ppm --crop 100,50,640,480\n"

@@ -93,6 +93,13 @@ class Pages(unittest.TestCase):
                     self.assertRegex(status, rf"\b{code}  ")
 
 
+class Manners(unittest.TestCase):
+    def test_every_command_takes_threads(self):
+        for c in ROOT.all():
+            if not c.commands:
+                self.assertIn("--threads", offered_at(c)[1], c.words)
+
+
 class Completions(unittest.TestCase):
     """Each shell is a function from a command line to the words that it offers for the last word of it."""
 
