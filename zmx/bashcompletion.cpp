@@ -5,6 +5,7 @@
 namespace command {
 namespace {
 
+// A branch of the case. No word of the table has a quote, a dollar or a backslash in it, so that none is escaped.
 std::string entry(const std::string& place, const std::string& words) {
     return "    \"" + place + "\") echo \"" + words + "\" ;;\n";
 }
@@ -22,6 +23,7 @@ std::string entries(const Command& c) {
         std::string values = joined(option.choices, " ");
         if (values.empty())
             values = option.kind == Kind::file ? "@file" : option.kind == Kind::folder ? "@folder" : "@none";
+        // The short and the long name lead to the same values.
         std::string places;
         for (const std::string& name : option.names) places += (places.empty() ? "" : "\" | \"") + place + " " + name;
         text += entry(places, values);
@@ -30,7 +32,9 @@ std::string entries(const Command& c) {
     return text;
 }
 
-// The words of a command line are parted at '=', so that "--dct=fl" is three of them.
+// Walks down the words that are commands, as far as there are any, and takes the option before the word if it has a
+// value, else what stands at the place. The words of a command line are parted at '=', so that "--dct=fl" is three of
+// them. Names of files may have spaces in them: they come a line each.
 constexpr const char* kLookup = R"bash(}
 
 _zmx() {

@@ -31,6 +31,8 @@ std::string valueOf(const Option& option) {
     }
 }
 
+// -f, -x and -F say whether files are offered too; -n is the condition. Options of a command that has others below it are
+// offered ahead of those, and the options of the last one at every place behind it.
 std::string linesOf(const Command& c) {
     std::string text;
     for (const Command& child : c.commands)
@@ -48,6 +50,7 @@ std::string linesOf(const Command& c) {
     return text;
 }
 
+// fish asks for the tokens ahead of the word that is completed; the first is zmx.
 constexpr const char* kConditions = R"fish(# fish completion for zmx, made by zmx manual from its table of options
 
 # The words behind zmx begin with these.

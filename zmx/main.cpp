@@ -66,6 +66,7 @@ int run(int argc, char** argv) {
     command::addTiff(app);
     command::addHdp(app);
     command::addJpeg2000(app);
+    // What holds for all of them; the last one is for the build, and in no table.
     command::giveThreads(app);
     command::giveExamples(app);
     command::addManual(app);

@@ -40,6 +40,7 @@ void Manners::addTo(CLI::App& c) {
 }
 
 void Manners::warn(const std::string& file, const std::vector<std::string>& texts) const {
+    // The first one decides with --strict: what comes behind it may follow from it.
     for (const std::string& text : texts) {
         if (strict) throw codecs::FileError(file + ": " + text + " (an error by --strict)");
         if (!quiet) std::fprintf(stderr, "zmx: %s: warning: %s\n", file.c_str(), text.c_str());

@@ -1,4 +1,6 @@
 // manpage.cpp - a manual page a command, in the few macros of man(7) that groff and mandoc both know.
+//
+// Every page has the same sections in the order of man-pages(7), so that a reader finds his way in all who knows one.
 #include "zmx/manual.h"
 #include "zmxj_version.h"
 
@@ -31,6 +33,7 @@ std::string item(const std::string& head, const std::string& text) { return ".TP
 // Lines that stand as they are.
 std::string literal(const std::string& lines) { return ".nf\n" + lines + ".fi\n"; }
 
+// What is typed as it stands is bold, what is to be replaced is in italics: man-pages(7) wants it so.
 std::string heads(const Option& option) {
     if (option.names.empty()) return "\\fI" + roff(option.value) + "\\fR";
     std::string all;
@@ -38,6 +41,7 @@ std::string heads(const Option& option) {
     return option.value.empty() ? all : all + " \\fI" + roff(option.value) + "\\fR";
 }
 
+// Operands ahead of the options, as in help.
 std::string optionsOf(const Command& c) {
     std::string text;
     for (const Option& operand : c.operands) text += item(heads(operand), roff(operand.sentence()) + ".");
@@ -45,6 +49,7 @@ std::string optionsOf(const Command& c) {
     return text.empty() ? "" : section("OPTIONS") + text;
 }
 
+// Each with the page that has the rest.
 std::string commandsOf(const Command& c) {
     if (c.commands.empty()) return "";
     std::string text = section("COMMANDS");
@@ -53,6 +58,7 @@ std::string commandsOf(const Command& c) {
     return text;
 }
 
+// Not filled: a command line that is broken elsewhere cannot be copied.
 std::string examplesOf(const Command& c) {
     std::string lines;
     for (const std::string& example : c.examples) lines += roff(example) + "\n";
@@ -62,6 +68,7 @@ std::string examplesOf(const Command& c) {
 // What holds for all commands stands in the page of each: a reader of one need not know that there are others.
 std::string mannersText(const Command& c) {
     std::string text;
+    // Only of commands that make files.
     for (const Option& option : c.options)
         if (option.names.back() == "--output")
             text += section("FILES") + "A file is written beside its place, under a name that begins with\n"
@@ -93,6 +100,7 @@ std::string seeAlso(const Command& c) {
     return section("SEE ALSO") + text + "\n";
 }
 
+// The title is in capitals, by custom.
 std::string upper(std::string text) {
     for (char& c : text)
         if (c >= 'a' && c <= 'z') c = char(c - 'a' + 'A');
@@ -105,6 +113,7 @@ std::string manualPage(const Command& c) {
     const std::string name = c.name("-");
     std::string text = ".\\\" Made by zmx manual from its table of options.\n";
     text += ".TH " + roff(upper(name)) + " 1 \"" + kDate + "\" \"libzmxjpx " + ZMXJ_VERSION_STRING + "\" \"zmx\"\n";
+    // This line is what whatis(1) and apropos(1) show.
     text += section("NAME") + roff(name) + " \\- " + roff(c.text) + "\n";
     text += section("SYNOPSIS") + bold(c.name(" ")) + roff(c.usage.substr(c.name(" ").size())) + "\n";
     text += section("DESCRIPTION") + roff(c.text) + ".\n";

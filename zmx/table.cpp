@@ -12,6 +12,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
+// Of ASCII: the table is in English, whatever the user's language.
 bool isUpper(char c) { return std::isupper(static_cast<unsigned char>(c)) != 0; }
 
 // A word of a list of choices that is typed as it stands: capitals and brackets name what is to be put in their place.
@@ -31,6 +32,7 @@ Words wordsInBraces(const std::string& check) {
 }
 
 // "a|b|HxV": the literal ones of several alternatives.
+// One word alone is no list but a name for the value.
 Words alternatives(const std::string& text) {
     Words words = split(text, '|');
     if (words.size() < 2) return {};
@@ -51,6 +53,7 @@ const std::map<std::string, std::pair<const char*, Kind>> kTypes = {
     {"INT", {"N", Kind::number}},   {"UINT", {"N", Kind::number}},  {"FLOAT", {"N", Kind::number}},
     {"TEXT", {"TEXT", Kind::file}}, {"FILE", {"FILE", Kind::file}}, {"FOLDER", {"FOLDER", Kind::folder}},
     {"DIR", {"DIR", Kind::folder}}};
+// Checks that CLI11 has a name for.
 const std::map<std::string, const char*> kLimits = {{"POSITIVE", "more than 0"}, {"NONNEGATIVE", "0 or more"}};
 
 // One check: it lists words, sets limits, tells the kind of a file, or names the form of the value.
@@ -67,6 +70,7 @@ void addCheck(Option& to, const std::string& check) {
         to.value = check;
         to.kind = kTypes.at(check).second;
     } else if (!check.empty()) {
+        // A check of our own, which is named by the form of what it takes.
         to.value = check;
         to.choices = alternatives(check);
         to.kind = Kind::word;
@@ -82,6 +86,7 @@ std::string repeated(const std::string& value, const CLI::Option& option) {
     return all;
 }
 
+// Type first, then the checks in the order in which they were added: a later one may say it better.
 void addValue(Option& to, const CLI::Option& option) {
     if (option.get_items_expected_max() == 0) return; // a flag
     const Words parts = split(option.get_type_name(), ':');
@@ -105,6 +110,7 @@ void addValue(Option& to, const CLI::Option& option) {
         to.notes.push_back("one of " + joined(to.choices, ", "));
 }
 
+// CLI11 keeps them without their dashes. A flag that sets something to false has its name here and not its "!".
 Words namesOf(const CLI::Option& option) {
     Words names;
     for (const std::string& name : option.get_snames()) names.push_back("-" + name);
@@ -120,6 +126,7 @@ void addOthers(Option& to, const char* what, const std::set<CLI::Option*>& other
     if (!names.empty()) to.notes.push_back(what + joined(names, ", "));
 }
 
+// Everything that --help is to say of an option is gathered here; what is not here, no manual page has.
 Option optionOf(const CLI::Option& from) {
     Option to;
     to.names = namesOf(from);
@@ -153,6 +160,7 @@ void addFooter(Command& to, const std::string& footer) {
 
 Command tableOf(const CLI::App& app) {
     Command to;
+    // The words down to it are those of its parents.
     for (const CLI::App* a = &app; a; a = a->get_parent()) to.words.insert(to.words.begin(), a->get_name());
     to.text = app.get_description();
     for (const CLI::Option* option : app.get_options())
@@ -161,6 +169,7 @@ Command tableOf(const CLI::App& app) {
     for (const CLI::App* child : app.get_subcommands(static_cast<bool (*)(const CLI::App*)>(nullptr)))
         if (!child->get_group().empty()) to.commands.push_back(tableOf(*child));
     addFooter(to, app.get_footer());
+    // Options may stand anywhere; they are shown where most people type them.
     to.usage = to.name(" ") + " [OPTIONS]" + (to.commands.empty() ? "" : " COMMAND");
     for (const Option& operand : to.operands) to.usage += " " + operand.value;
     return to;

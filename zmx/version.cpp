@@ -20,6 +20,7 @@
 namespace command {
 namespace {
 
+// Two columns; the heads are what a script looks for.
 std::string line(std::string head, const std::string& text) {
     head.resize(12, ' ');
     return "\n" + head + text;
@@ -42,6 +43,7 @@ std::string levelOf(const std::string& path) {
     return path.substr(begin, path.find('/', begin) - begin);
 }
 
+// Of the command. The library may be another one: the loader takes what it finds.
 const char* compiler() {
 #if defined(__clang__)
     return "clang " __clang_version__;
@@ -52,6 +54,7 @@ const char* compiler() {
 #endif
 }
 
+// What the command was compiled for, which a 32-bit build on a 64-bit system differs in from uname(1).
 const char* processor() {
 #if defined(__x86_64__)
     return "x86-64";
@@ -88,6 +91,7 @@ std::string versionText(bool all, const Command& table) {
     // The processors, or fewer where the control group grants less time.
     text += line("threads", std::to_string(ownGetNumThreads()) + " at the most");
     text += line("pictures", codecs::kPictureEndings + " (" ZMX_IMAGE_LIBRARIES ")");
+    // The codecs describe themselves.
     for (const Command& c : table.commands) text += line(c.words.back(), c.text);
     return text;
 }

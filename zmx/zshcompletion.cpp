@@ -21,6 +21,7 @@ std::string specified(const std::string& text) {
     return out;
 }
 
+// A function of the name of the file is the one that compinit loads: _zmx, and _zmx_jpeg and so on beside it.
 std::string functionName(const Command& c) { return joined({"", c.name("_")}, "_"); }
 
 // What completes a value: the words that there are, files, folders, or nothing.
@@ -32,6 +33,7 @@ std::string action(const Option& option) {
 // '(-q --quiet)'{-q,--quiet}'[text]': the names of one option exclude each other.
 std::string lineOf(const Option& option) {
     std::vector<std::string> heads;
+    // "=" behind a long name: its value may be joined by that or stand apart; "+" says the same of a short one.
     for (const std::string& name : option.names)
         heads.push_back(option.kind == Kind::none ? name : name + (name[1] == '-' ? "=" : "+"));
     std::string line = " \\\n        '";
