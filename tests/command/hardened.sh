@@ -34,6 +34,6 @@ for file in "${files[@]}"; do
     silent ' \.got\.plt .* WA ' "$file" -S
 done
 says 'FLAGS_1.*PIE' "$bin/zmx" -d
-says '__stack_chk_fail' "$bin/zmx" --dyn-syms
+for file in "$bin/zmx" "$bin"/../lib/libzmxcore.so; do says '__stack_chk_fail' "$file" --dyn-syms; done
 says '__(fprintf|printf|snprintf|memcpy|vsnprintf|fread|read)_chk' "$bin/zmx" --dyn-syms
-finish 21
+finish 22
