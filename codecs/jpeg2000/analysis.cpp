@@ -80,18 +80,21 @@ template <Road R> class AnalysisOn final : public Analysis {
     }
 
 public:
-    AnalysisOn(std::size_t index, const TileComponent& tc, const ComponentCoding& coding)
+    AnalysisOn(std::size_t index, const TileComponent& tc, const ComponentCoding& coding, const Rect& region)
         : component(index), layout(tc) {
+        // Every number that makes a difference within the region is a part of it.
+        const std::vector<Rect> roi = partsFor(layout, int(layout.resolutions.size()) - 1, region);
         const auto bandRect = [&](int r, int b) {
             return layout.resolutions[std::size_t(r)].bands[std::size_t(b)].rect;
         };
-        lowest = std::make_unique<BandWriter<R>>(layout, coding, BandPlace{0, 0, LL}, bandRect(0, 0));
+        lowest = std::make_unique<BandWriter<R>>(layout, coding, BandPlace{0, 0, LL}, bandRect(0, 0), roi[0]);
         top = lowest.get();
         for (int r = 1; r < int(layout.resolutions.size()); ++r) {
             auto level = std::make_unique<Level<R>>(layout.resolutions[std::size_t(r)].rect, *top);
             for (const Orientation o : {HL, LH, HH}) {
                 const int b = int(o) - int(HL);
-                level->bands.emplace_back(layout, coding, BandPlace{r, b, o}, bandRect(r, b));
+                level->bands.emplace_back(layout, coding, BandPlace{r, b, o}, bandRect(r, b),
+                                          bandPart(roi[std::size_t(r)], o));
             }
             top = level.get();
             levels.push_back(std::move(level));
@@ -118,9 +121,9 @@ public:
 } // namespace
 
 std::unique_ptr<Analysis> makeAnalysis(std::size_t component, const TileComponent& layout,
-                                       const ComponentCoding& coding) {
+                                       const ComponentCoding& coding, const Rect& region) {
     return onRoad(coding.road, [&]<Road R>() -> std::unique_ptr<Analysis> {
-        return std::make_unique<AnalysisOn<R>>(component, layout, coding);
+        return std::make_unique<AnalysisOn<R>>(component, layout, coding, region);
     });
 }
 

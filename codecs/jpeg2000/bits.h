@@ -5,6 +5,7 @@
 
 namespace codecs::jpeg2000 {
 
+// Reads from the highest bit of each byte down.
 class BitReader {
     ByteView bytes;
     std::size_t pos = 0;
@@ -33,6 +34,7 @@ public:
     }
 };
 
+// And back.
 class BitWriter {
     Bytes& out;
     unsigned byte = 0;

@@ -10,7 +10,8 @@ namespace {
 
 constexpr std::int32_t kMagnitude = 0x7FFFFFFF;
 
-// Takes the scaling of a region of interest off (H.1). Magnitudes here have one plane more than coded, for the midpoint.
+// Takes the scaling of a region of interest off (H.1). Magnitudes here have one plane more than coded, for the
+// midpoint.
 void withoutRoi(std::span<std::int32_t> words, int shift) {
     for (std::int32_t& word : words) {
         const auto magnitude = std::uint32_t(word) & ~kSignBit;

@@ -7,20 +7,13 @@
 
 namespace codecs::jpeg2000 {
 
-namespace {
-
-// Lossy magnitudes carry bits below the step, which tell the coder how far off each decision is.
-constexpr int kFractionPlanes = 6;
-constexpr std::int32_t kOne = 1 << kFractionPlanes; // the step
-
-} // namespace
-
 BlockEncoder::BlockEncoder() : buffer(1 << 16) {}
 
 void BlockEncoder::begin(const Block& block) {
     size = {block.width, block.height};
     words.clear();
     residual = 0;
+    // The state is made anew only for a block larger than all before.
     if (size.width <= stateWidth && size.height <= stateHeight) return;
     stateWidth = std::max(stateWidth, size.width);
     stateHeight = std::max(stateHeight, size.height);
@@ -39,16 +32,17 @@ template <Road R> void BlockEncoder::quantise(std::span<const Number<R>> row, co
             to[x] = std::int32_t(std::uint32_t(std::abs(v)) | (std::uint32_t(v) & kSignBit));
         }
     } else {
-        const float scale = float(kOne) / coding.step;
+        const std::int32_t one = 1 << coding.fractionPlanes; // the step
+        const float scale = float(one) / coding.step;
         std::int32_t error = 0; // in fractions, squared: each below 2^12, a row below 2^22
         for (std::size_t x = 0; x < row.size(); ++x) {
             const float v = float(row[x]);
             const auto m = std::int32_t(std::abs(v) * scale);
             to[x] = std::int32_t(std::uint32_t(m) | (v < 0 ? kSignBit : 0));
-            const std::int32_t open = m & (kOne - 1), off = m >= kOne ? open - kOne / 2 : open;
+            const std::int32_t open = m & (one - 1), off = m >= one ? open - one / 2 : open;
             error += off * off;
         }
-        residual += std::ldexp(error, -2 * kFractionPlanes);
+        residual += std::ldexp(error, -2 * coding.fractionPlanes);
     }
 }
 
@@ -70,6 +64,7 @@ void BlockEncoder::takePasses(CodedBlock& out, unsigned style, int passes, int s
     for (int segment = 0, pass = 0; segment < segments; ++segment) {
         int length = 0;
         zmxiEncodeGetTermPassLen_JPEG2K(state.get(), segment, &length);
+        // A last 0xFF is never needed, and must not be there (B.10.7.1).
         const std::uint32_t end = source + std::uint32_t(length);
         const std::uint32_t kept = length > 0 && buffer[end - 1] == 0xFF ? end - 1 : end;
         out.bytes.insert(out.bytes.end(), buffer.data() + source, buffer.data() + kept);
@@ -86,16 +81,25 @@ void BlockEncoder::takePasses(CodedBlock& out, unsigned style, int passes, int s
         dropped += end - kept;
         source = end;
     }
+    // Rates of passes within a segment are estimates, and must not fall.
     for (std::size_t i = out.passes.size(); i-- > 1;)
         out.passes[i - 1].rate = std::min(out.passes[i - 1].rate, out.passes[i].rate);
 }
 
-CodedBlock BlockEncoder::encode(Orientation o, const CodingStyle& style, bool reversible) {
+void BlockEncoder::raise(int x, int count, int shift) {
+    std::int32_t* row = words.data() + words.size() - std::size_t(size.width);
+    for (int i = x; i < x + count; ++i) {
+        const auto w = std::uint32_t(row[i]);
+        row[i] = std::int32_t((w & kSignBit) | (w & ~kSignBit) << shift);
+    }
+}
+
+CodedBlock BlockEncoder::encode(Orientation o, const CodingStyle& style, const BandCoding& coding) {
     CodedBlock out;
     out.residual = residual;
     int bits = 0, passes = 0, segments = 0;
-    const int below = reversible ? 0 : kFractionPlanes;
-    const Zmx32u flags = libraryStyle(style.style) | (reversible ? ZMX_CB_LOSSLESS : 0);
+    const int below = coding.fractionPlanes;
+    const Zmx32u flags = libraryStyle(style.style) | (style.reversible ? ZMX_CB_LOSSLESS : 0);
     const int termination = style.style & kStylePredictable ? ZMX_MQ_TERM_EASY : ZMX_MQ_TERM_NEAR_OPTIMAL;
     zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(words.data(), size.width * int(sizeof(std::int32_t)), size, state.get(),
                                            librarySubband(o), 31 - below, termination, 0, flags, &bits, &passes,

@@ -28,7 +28,9 @@ public:
     // A block begins; its rows follow from the top, then it is encoded.
     void begin(const Block& block);
     template <Road R> void quantise(std::span<const Number<R>> row, const BandCoding& coding);
-    CodedBlock encode(Orientation o, const CodingStyle& style, bool reversible);
+    // Lifts `count` numbers of the last row, from x on, into the planes of a region of interest.
+    void raise(int x, int count, int shift);
+    CodedBlock encode(Orientation o, const CodingStyle& style, const BandCoding& coding);
 };
 
 } // namespace codecs::jpeg2000

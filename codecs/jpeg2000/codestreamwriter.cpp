@@ -10,6 +10,9 @@ namespace codecs::jpeg2000 {
 
 namespace {
 
+constexpr std::size_t kMostParts = 254; // of a tile
+
+// A marker segment ahead of a packet, with the packet's number (A.8.1).
 void writeSop(Bytes& bytes, int packet) {
     ByteWriter out(bytes);
     out.u16(SOP);
@@ -32,6 +35,23 @@ void writePacked(Bytes& bytes, int marker, ByteView packed, int& number) {
     }
 }
 
+// Where tile-parts are (A.7.1): numbers of tiles in two bytes, lengths in four.
+template <class Lengths> void writeTlm(Bytes& bytes, const Lengths& lengths) {
+    constexpr std::size_t most = 10900, entry = 6; // in a segment
+    ByteWriter out(bytes);
+    for (std::size_t at = 0; at < lengths.size(); at += most) {
+        const std::size_t n = std::min(most, lengths.size() - at);
+        out.u16(TLM);
+        out.u16(unsigned(4 + entry * n));
+        out.u8(unsigned(at / most));
+        out.u8(0x60);
+        for (std::size_t i = at; i < at + n; ++i) {
+            out.u16(unsigned(lengths[i].tile));
+            out.u32(lengths[i].bytes);
+        }
+    }
+}
+
 } // namespace
 
 // QCD for the first component, and QCC for those that differ from it.
@@ -42,8 +62,7 @@ void CodestreamWriter::writeQuantization(ByteWriter& out, int guardBits) const {
     };
     writeQcd(out, with(headers.quant[0]));
     for (std::size_t c = 1; c < headers.quant.size(); ++c)
-        if (headers.quant[c].steps != headers.quant[0].steps)
-            writeQcc(out, with(headers.quant[c]), c, headers.quant.size());
+        if (headers.quant[c] != headers.quant[0]) writeQcc(out, with(headers.quant[c]), c, headers.quant.size());
 }
 
 Bytes CodestreamWriter::mainHeader() const {
@@ -52,18 +71,23 @@ Bytes CodestreamWriter::mainHeader() const {
     out.u16(SOC);
     writeSiz(out, size);
     writeCod(out, headers.tile, headers.coding[0]);
+    for (std::size_t c = 1; c < headers.coding.size(); ++c)
+        if (headers.coding[c] != headers.coding[0]) writeCoc(out, headers.coding[c], c, headers.coding.size());
     writeQuantization(out, headers.quant[0].guardBits);
+    for (std::size_t c = 0; c < headers.roiShift.size(); ++c)
+        if (headers.roiShift[c] > 0) writeRgn(out, headers.roiShift[c], c, headers.coding.size());
     if (!headers.changes.empty()) writePoc(out, headers.changes, headers.coding.size());
     return bytes;
 }
 
+// All packets of a tile in their order, cut where the resolution changes if that is asked for.
 std::vector<CodestreamWriter::TilePart> CodestreamWriter::partsOf(const EncodedTile& tile) const {
     std::vector<TilePart> parts(1);
     PacketWriter writer(tile);
     int resolution = -1, packets = 0;
     forEachPacket(size, tile.layout, headers, [&](const PacketId& id) {
         const bool split = options.tilePartsByResolution && resolution >= 0 && id.resolution != resolution;
-        if (split && parts.size() < 254) parts.emplace_back();
+        if (split && parts.size() < kMostParts) parts.emplace_back();
         resolution = id.resolution;
         TilePart& part = parts.back();
         Bytes& header = options.packedHeaders == PackedHeaders::none ? part.body : part.headers;
@@ -76,7 +100,40 @@ std::vector<CodestreamWriter::TilePart> CodestreamWriter::partsOf(const EncodedT
     return parts;
 }
 
-void CodestreamWriter::begin() { sink.write(mainHeader()); }
+// How many tile-parts there will be.
+std::size_t CodestreamWriter::countParts() const {
+    const auto tiles = std::size_t(size.tiles());
+    if (!options.tilePartsByResolution) return tiles;
+    std::size_t parts = 0;
+    for (std::size_t t = 0; t < tiles; ++t) {
+        const Tile tile = layOutTile(size, headers, int(t), ~std::size_t(0) >> 1);
+        std::size_t here = 1;
+        int resolution = -1;
+        forEachPacket(size, tile, headers, [&](const PacketId& id) {
+            here += resolution >= 0 && id.resolution != resolution && here < kMostParts;
+            resolution = id.resolution;
+            return true;
+        });
+        parts += here;
+    }
+    return parts;
+}
+
+void CodestreamWriter::writeMainHeader(ByteView packedHeaders) {
+    Bytes bytes = mainHeader();
+    if (const std::size_t parts = options.tileLengths ? countParts() : 0; parts > 1) {
+        hasTlm = true;
+        tlmPosition = sink.position() + bytes.size();
+        lengths.assign(parts, {}); // filled in at the end
+        writeTlm(bytes, lengths);
+        lengths.clear();
+    }
+    int number = 0;
+    writePacked(bytes, PPM, packedHeaders, number);
+    sink.write(bytes);
+}
+
+void CodestreamWriter::begin() { writeMainHeader({}); }
 
 void CodestreamWriter::write(const EncodedTile& tile, const std::vector<TilePart>& parts) {
     int packedNumber = 0; // of the PPT segments
@@ -93,8 +150,10 @@ void CodestreamWriter::write(const EncodedTile& tile, const std::vector<TilePart
         if (options.packedHeaders == PackedHeaders::tile) writePacked(head, PPT, parts[p].headers, packedNumber);
         out.u16(SOD);
         const std::size_t length = head.size() + parts[p].body.size();
+        // Psot has four bytes.
         need(length <= 0xFFFFFFFF, "a tile-part of 4 GiB or more: smaller tiles are needed");
         out.patch32(6, std::uint32_t(length));
+        lengths.push_back({tile.index, std::uint32_t(length)});
         sink.write(head);
         sink.write(parts[p].body);
     }
@@ -104,6 +163,10 @@ void CodestreamWriter::end() {
     Bytes bytes;
     ByteWriter(bytes).u16(EOC);
     sink.write(bytes);
+    if (!hasTlm) return;
+    bytes.clear();
+    writeTlm(bytes, lengths);
+    sink.patch(tlmPosition, bytes);
 }
 
 void CodestreamWriter::write(const std::vector<EncodedTile>& tiles) {
@@ -117,10 +180,7 @@ void CodestreamWriter::write(const std::vector<EncodedTile>& tiles) {
             out.bytes(part.headers);
         }
     }
-    Bytes main = mainHeader();
-    int number = 0;
-    writePacked(main, PPM, packed, number);
-    sink.write(main);
+    writeMainHeader(packed);
     for (std::size_t t = 0; t < parts.size(); ++t) write(tiles[t], parts[t]);
     end();
 }

@@ -16,13 +16,24 @@ class CodestreamWriter {
     struct TilePart {
         Bytes body, headers;
     };
+    // What TLM segments tell, and where they stand.
+    struct Length {
+        int tile;
+        std::uint32_t bytes;
+    };
+    std::vector<Length> lengths;
+    std::uint64_t tlmPosition = 0;
+    bool hasTlm = false;
+
     std::vector<TilePart> partsOf(const EncodedTile& tile) const;
+    std::size_t countParts() const;
+    void writeMainHeader(ByteView packedHeaders);
     void writeQuantization(ByteWriter& out, int guardBits) const;
     Bytes mainHeader() const;
     void write(const EncodedTile& tile, const std::vector<TilePart>& parts);
 
 public:
-    // The headers may change until begin() and stay from there on.
+    // The headers may change until begin() and stay from there on. The sink must let itself be patched.
     CodestreamWriter(const ImageSize& imageSize, const HeaderSet& set, const EncodeOptions& o, ByteSink& to)
         : size(imageSize), headers(set), options(o), sink(to) {}
     // From SOC to the first SOT.

@@ -19,6 +19,7 @@ std::int32_t scaledDown(std::int32_t v, int bits) {
     return bits == 0 ? v : std::int32_t(std::uint32_t(v) + (1u << (bits - 1))) >> bits;
 }
 
+// The library's fixed-point ICT on numbers with fewer fraction bits.
 template <class Transform> void inFixedPoint(std::int32_t* const rows[3], int count, Transform transform) {
     constexpr int shift = kFractionBits - kColourFraction;
     for (int c = 0; c < 3; ++c)
@@ -28,6 +29,7 @@ template <class Transform> void inFixedPoint(std::int32_t* const rows[3], int co
         for (int i = 0; i < count; ++i) rows[c][i] = std::int32_t(std::uint32_t(rows[c][i]) << shift);
 }
 
+// The one in floating point, for deeper samples.
 template <class Transform> void inFloats(std::int32_t* const rows[3], int count, Transform transform) {
     std::array<std::array<float, kColourChunk>, 3> floats;
     for (std::size_t c = 0; c < 3; ++c) std::copy(rows[c], rows[c] + count, floats[c].data());

@@ -2,8 +2,8 @@
 // with the symmetric extension that they leave to their caller.
 //
 // Positions are absolute: those of low numbers are even, those of high ones odd. A line is the part [begin, end) of
-// them. A part of a longer line may be treated as a line of its own: what it makes of its edges reaches kReach positions
-// inwards and no further.
+// them. A part of a longer line may be treated as a line of its own: what it makes of its edges reaches kReach
+// positions inwards and no further.
 #pragma once
 
 #include "codecs/jpeg2000/numberrows.h"
@@ -95,8 +95,8 @@ template <Road R> void inverseRow(const Line& line, Number<R>* low, Number<R>* h
     Kernels<R>::inverseRow(low, step, high, step, {line.pairs(), 1}, x, step, line.phase());
 }
 
-// Column lifting as a pipeline over rows. Stages are numbered so that stage n makes low row 2n. The first stages work on
-// rows that never were; what they make has left the pipeline by the time that it would count.
+// Column lifting as a pipeline over rows. Stages are numbered so that stage n makes low row 2n. The first stages work
+// on rows that never were; what they make has left the pipeline by the time that it would count.
 template <Road R> class ForwardColumns {
     static constexpr bool kReversible = isReversible(R);
     using T = Number<R>;

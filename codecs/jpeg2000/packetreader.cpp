@@ -5,6 +5,7 @@ namespace codecs::jpeg2000 {
 
 namespace {
 
+// A block of the most planes that the standard knows: 38 of them (Table A.18 allows 7 guard bits and exponents of 31).
 constexpr int kMaxPassesInAll = 3 * 38 - 2;
 
 // The number of coding passes in a packet (Table B.4).
@@ -33,6 +34,7 @@ PacketReader::PacketReader(const Tile& layout, const HeaderSet& set, const Packe
     }
 }
 
+// What a packet header says of one block (B.10.4 to B.10.7): whether it contributes, then what is new of it.
 void PacketReader::readBlock(BitReader& bits, BlockStream& block, TagTree& inclusion, TagTree& zeroPlanes,
                              std::size_t leaf, int layer, unsigned style) {
     if (!(block.included ? bits.bit() : inclusion.below(leaf, layer + 1, bits))) return;
@@ -48,6 +50,7 @@ void PacketReader::readBlock(BitReader& bits, BlockStream& block, TagTree& inclu
     while (bits.bit())
         if (++block.lengthBits > 31) throw Error("a code block with too long a length");
     while (passes > 0) {
+        // A segment goes on from packet to packet until it has all passes that its style allows.
         int room = block.codewords.empty() ? 0
                                            : segmentPasses(style, block.passes - block.codewords.back().passes) -
                                                  block.codewords.back().passes;
@@ -65,6 +68,7 @@ void PacketReader::readBlock(BitReader& bits, BlockStream& block, TagTree& inclu
     }
 }
 
+// A header begins with a bit that says whether anything follows.
 void PacketReader::readHeader(const PacketId& id) {
     const auto c = std::size_t(id.component), r = std::size_t(id.resolution);
     const Precinct& precinct = tile.components[c].resolutions[r].precincts[id.precinct];
@@ -84,6 +88,7 @@ void PacketReader::readHeader(const PacketId& id) {
     if (headers.tile.eph) skipMarker(source, EPH, 2);
 }
 
+// The bytes of a packet stand in the order of its header. What nobody wants is passed over.
 void PacketReader::readBody(bool keep) {
     for (const Contribution& c : contributions) {
         BlockStream& block = *c.block;

@@ -10,6 +10,7 @@
 
 namespace codecs::jpeg2000 {
 
+// How many threads a request stands for.
 inline int threadCount(int asked) {
     const int n = asked > 0 ? asked : int(std::thread::hardware_concurrency());
     return n < 1 ? 1 : n > 256 ? 256 : n;

@@ -35,6 +35,7 @@ std::span<const Sample> PlanarSink::row(std::size_t component, std::int64_t y) c
     return {p.samples.data() + std::size_t(y - p.area.y0) * width, width};
 }
 
+// Samples go back to numbers of their sign, and through the palette where there is one.
 PlanarPicture PlanarSink::picture(const ImageSize& size, const ChannelMap& map) const {
     PlanarPicture out;
     out.x0 = size.x0;
@@ -43,6 +44,7 @@ PlanarPicture PlanarSink::picture(const ImageSize& size, const ChannelMap& map) 
     out.y1 = size.y1;
     out.colour = map.colour;
     out.alpha = map.alpha;
+    out.metadata = map.metadata;
     for (const Channel& channel : map.channels) {
         const SizComponent& k = size.components[channel.component];
         const Plane& plane = planes[channel.component];

@@ -15,6 +15,7 @@ struct HullPoint {
     double slope, distortion; // of the step that ends here; reduction of the error so far
 };
 
+// A block with the cuts that are worth it. A slope picks one of them.
 struct HullBlock {
     CodedBlock* block;
     std::vector<HullPoint> hull; // of falling slopes
@@ -26,6 +27,7 @@ struct HullBlock {
     }
 };
 
+// Passes that cost more for what they give than those behind them fall out.
 std::vector<HullPoint> hullOf(const CodedBlock& b) {
     std::vector<HullPoint> hull;
     const auto rateAt = [&](std::size_t points) {
@@ -50,6 +52,7 @@ std::vector<HullPoint> hullOf(const CodedBlock& b) {
     return hull;
 }
 
+// Sets the passes of each layer, for all blocks of a picture together.
 class Allocator {
     std::vector<EncodedTile>& tiles;
     const ImageSize& size;
@@ -66,6 +69,7 @@ class Allocator {
             layers[std::size_t(layer)] = std::uint16_t(std::max(p ? p->passes : 0, before));
         }
     }
+    // What is wrong with the picture if all blocks are cut at a slope.
     double errorAt(double slope) const {
         double left = error;
         for (const HullBlock& h : blocks)

@@ -1,5 +1,5 @@
-// tileencoder.cpp - a tile goes from top to bottom in stripes: while some threads take the rows of a stripe through the
-// wavelet, others encode the code blocks that the stripe before has made complete.
+// tileencoder.cpp - a tile goes from top to bottom in stripes: while some threads take the rows of a stripe through
+// the wavelet, others encode the code blocks that the stripe before has made complete.
 #include "codecs/jpeg2000/tileencoder.h"
 
 #include "codecs/jpeg2000/colour.h"
@@ -18,8 +18,10 @@ constexpr int kBunch = 8;        // rows that a thread takes from the source at 
 
 } // namespace
 
-TileEncoder::TileEncoder(const ImageSize& imageSize, const HeaderSet& set, SampleSource& from, int team)
-    : size(imageSize), headers(set), source(from), threads(team), blockEncoders(std::size_t(team)) {}
+TileEncoder::TileEncoder(const ImageSize& imageSize, const HeaderSet& set, const Rect& regionOfInterest,
+                         SampleSource& from, int team)
+    : size(imageSize), headers(set), region(regionOfInterest), source(from), threads(team),
+      blockEncoders(std::size_t(team)) {}
 
 std::vector<TileEncoder::Part> TileEncoder::partsOf(const Tile& tile) const {
     std::vector<Part> parts;
@@ -31,7 +33,9 @@ std::vector<TileEncoder::Part> TileEncoder::partsOf(const Tile& tile) const {
     }
     // The analysis refers to its part, which stays where it is from here on.
     for (std::size_t c = 0; c < parts.size(); ++c)
-        if (!tile.components[c].rect.empty()) parts[c].analysis = makeAnalysis(c, tile.components[c], parts[c].coding);
+        if (!tile.components[c].rect.empty())
+            parts[c].analysis = makeAnalysis(c, tile.components[c], parts[c].coding,
+                                             componentRect(intersection(region, tile.rect), size.components[c]));
     return parts;
 }
 

@@ -25,6 +25,7 @@ class Tiles {
             if (scope.wants(c) && !scope.samples(c, tile).empty()) return true;
         return false;
     }
+    // A tile that is not there, or cannot be decoded, is grey.
     // Tells whether the tile was there.
     bool decodeTile(int index, TileDecoder& decoder, bool inBands) {
         const auto found = scope.stream.tiles.find(index);
