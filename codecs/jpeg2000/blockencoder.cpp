@@ -2,6 +2,7 @@
 #include "codecs/jpeg2000/blockencoder.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <new>
 
@@ -11,7 +12,8 @@ BlockEncoder::BlockEncoder() : buffer(1 << 16) {}
 
 void BlockEncoder::begin(const Block& block) {
     size = {block.width, block.height};
-    words.clear();
+    words.resize(std::size_t(size.width) * std::size_t(size.height));
+    filled = 0;
     residual = 0;
     // The state is made anew only for a block larger than all before.
     if (size.width <= stateWidth && size.height <= stateHeight) return;
@@ -22,27 +24,39 @@ void BlockEncoder::begin(const Block& block) {
     state.reset(s);
 }
 
+namespace {
+
+// What is left of `words` below the step, squared and in fractions of it: half a step off in the middle of the interval
+// that a decoder rebuilds, or all of a number that comes to nothing. Each difference fits 8 bits, and a row 22.
+std::int32_t errorOf(std::span<const std::int32_t> words, int fractionPlanes) {
+    const std::int32_t one = 1 << fractionPlanes;
+    std::int32_t error = 0;
+    for (const std::int32_t w : words) {
+        const std::int32_t m = w & 0x7FFFFFFF, open = m & (one - 1);
+        const auto off = std::int16_t(m >= one ? open - one / 2 : open); // products of 16 bits are quick
+        error += off * off;
+    }
+    return error;
+}
+
+} // namespace
+
 template <Road R> void BlockEncoder::quantise(std::span<const Number<R>> row, const BandCoding& coding) {
-    const std::size_t from = words.size();
-    words.resize(from + row.size());
-    std::int32_t* const to = words.data() + from;
+    std::int32_t* const to = words.data() + filled;
+    filled += row.size();
     if constexpr (isReversible(R)) {
         for (std::size_t x = 0; x < row.size(); ++x) {
             const std::int32_t v = row[x];
             to[x] = std::int32_t(std::uint32_t(std::abs(v)) | (std::uint32_t(v) & kSignBit));
         }
     } else {
-        const std::int32_t one = 1 << coding.fractionPlanes; // the step
-        const float scale = float(one) / coding.step;
-        std::int32_t error = 0; // in fractions, squared: each below 2^12, a row below 2^22
+        const float scale = float(1 << coding.fractionPlanes) / coding.step;
         for (std::size_t x = 0; x < row.size(); ++x) {
-            const float v = float(row[x]);
+            const auto v = float(row[x]);
             const auto m = std::int32_t(std::abs(v) * scale);
-            to[x] = std::int32_t(std::uint32_t(m) | (v < 0 ? kSignBit : 0));
-            const std::int32_t open = m & (one - 1), off = m >= one ? open - one / 2 : open;
-            error += off * off;
+            to[x] = std::int32_t(std::uint32_t(m) | (std::bit_cast<std::uint32_t>(v) & kSignBit));
         }
-        residual += std::ldexp(error, -2 * coding.fractionPlanes);
+        residual += std::ldexp(errorOf({to, row.size()}, coding.fractionPlanes), -2 * coding.fractionPlanes);
     }
 }
 
@@ -87,7 +101,7 @@ void BlockEncoder::takePasses(CodedBlock& out, unsigned style, int passes, int s
 }
 
 void BlockEncoder::raise(int x, int count, int shift) {
-    std::int32_t* row = words.data() + words.size() - std::size_t(size.width);
+    std::int32_t* row = words.data() + filled - std::size_t(size.width);
     for (int i = x; i < x + count; ++i) {
         const auto w = std::uint32_t(row[i]);
         row[i] = std::int32_t((w & kSignBit) | (w & ~kSignBit) << shift);

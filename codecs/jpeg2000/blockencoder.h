@@ -16,6 +16,7 @@ class BlockEncoder {
     std::unique_ptr<ZmxiEncodeState_JPEG2K, Free> state;
     int stateWidth = 0, stateHeight = 0; // of the largest block that it has room for
     std::vector<std::int32_t> words;     // of the block, sign-magnitude
+    std::size_t filled = 0;              // of them, by rows so far
     Bytes buffer;                        // what the library has stored of it
     ZmxiSize size{0, 0};
     double residual = 0; // squared error that is left once all planes are coded, in units of the squared step

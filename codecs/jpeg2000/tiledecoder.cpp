@@ -13,8 +13,8 @@ namespace codecs::jpeg2000 {
 
 namespace {
 
-constexpr int kStripeRows = 128; // two rows of code blocks of the usual size in the highest resolution
-constexpr int kBunch = 8;        // rows that a thread turns into samples at a time
+constexpr int kStripeRows = 16; // few enough to stay in the cache between the steps, enough to share out
+constexpr int kBunch = 8;       // rows that a thread turns into samples at a time
 constexpr std::size_t kMostWarnings = 20;
 
 // The pieces as one; they are joined in `memory` where there are several.

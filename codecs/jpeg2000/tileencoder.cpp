@@ -13,8 +13,8 @@ namespace codecs::jpeg2000 {
 
 namespace {
 
-constexpr int kStripeRows = 128; // two rows of code blocks of the usual size in the highest resolution
-constexpr int kBunch = 8;        // rows that a thread takes from the source at a time
+constexpr int kStripeRows = 16; // few enough to stay in the cache between the steps, enough to share out
+constexpr int kBunch = 8;       // rows that a thread takes from the source at a time
 
 } // namespace
 
@@ -29,7 +29,8 @@ std::vector<TileEncoder::Part> TileEncoder::partsOf(const Tile& tile) const {
         const int depth = size.components[c].depth;
         const CodingStyle& style = headers.coding[c];
         const Road road = roadOf(style.reversible, depth, headers.tile.colourTransform && c < 3);
-        parts.push_back({{style, headers.quant[c], headers.roiShift[c], depth, road}, nullptr, {}, {}});
+        parts.push_back(
+            {{style, headers.quant[c], headers.roiShift[c], depth, road}, nullptr, makeRows(road, 0, 0), {}});
     }
     // The analysis refers to its part, which stays where it is from here on.
     for (std::size_t c = 0; c < parts.size(); ++c)
@@ -67,7 +68,8 @@ void TileEncoder::fill(std::vector<Part>& parts) {
         const std::size_t count = headers.tile.colourTransform && c == 0 ? 3 : 1;
         const int height = parts[c].rows.empty() ? 0 : parts[c].rows.height();
         for (std::size_t i = c; height > 0 && i < c + count; ++i)
-            parts[i].stripe = makeRows(parts[i].coding.road, height, parts[i].rows.width());
+            onRoad(parts[i].coding.road,
+                   [&]<Road R>() { rowsOn<R>(parts[i].stripe).reset(height, parts[i].rows.width()); });
         for (int y = 0; y < height; y += kBunch) jobs.push_back({c, count, y, std::min(y + kBunch, height)});
         c += count;
     }
