@@ -2,7 +2,7 @@
 #include "codecs/jpeg2000/pgx.h"
 #include "codecs/picture/bytefile.h"
 #include "zmx/commands.h"
-#include "zmx/run.h"
+#include "zmx/files.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>

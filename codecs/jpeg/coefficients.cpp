@@ -22,8 +22,12 @@ void Coefficients::fillPadding() {
 std::uint64_t Coefficients::digest() const {
     std::uint64_t hash = 0xCBF29CE484222325;
     eachVisible([&](int, const Zmx16s* b) {
-        for (int k = 0; k < kBlock; ++k)
-            for (int shift : {0, 8}) hash = (hash ^ (unsigned(b[k]) >> shift & 0xFF)) * 0x100000001B3;
+        for (int k = 0; k < kBlock; k += 4) {
+            std::uint64_t four = 0;
+            for (int i = 0; i < 4; ++i) four |= std::uint64_t(std::uint16_t(b[k + i])) << (16 * i);
+            hash = (hash ^ four) * 0x100000001B3;
+            hash ^= hash >> 32; // the product carries upwards only
+        }
     });
     return hash;
 }

@@ -47,7 +47,7 @@ public:
     // Gives the blocks that only fill up MCUs the DC of the one that is coded before them and nothing else, which costs
     // the fewest bits. Scans of one component have never held them.
     void fillPadding();
-    // A number that tells the visible coefficients of one picture from those of another (64-bit FNV-1a).
+    // A number that tells the visible coefficients of one picture from those of another (FNV-1a on four at a time).
     std::uint64_t digest() const;
 
 private:

@@ -5,6 +5,7 @@
 #include "codecs/jpeg/segmentwriter.h"
 
 #include <bit>
+#include <cstdlib>
 
 namespace codecs::jpeg {
 
@@ -76,14 +77,15 @@ private:
         }
     }
 
-    // How often each category occurs, in each component.
+    // How often each category, which is the length of a magnitude (H.1.2.2), occurs in each component. The library counts
+    // one difference a call.
     void count() {
         std::vector<SymbolCounts> counts(rows.size());
         for (int y = 0; y < picture.shape().height; ++y) {
             difference(y);
             for (std::size_t c = 0; c < rows.size(); ++c)
-                for (const Zmx16s& d : rows[c].differences)
-                    zmxiGetHuffmanStatisticsOne_JPEG_16s_C1(&d, counts[c].data());
+                for (const Zmx16s d : rows[c].differences)
+                    ++counts[c][std::size_t(std::bit_width(unsigned(std::abs(int(d)))))];
         }
         for (std::size_t c = 0; c < rows.size(); ++c) tables[c] = optimalTable(counts[c]);
     }

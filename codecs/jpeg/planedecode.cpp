@@ -18,7 +18,10 @@ struct Bytewise {
     static void inverse(const Zmx16s* block, Zmx8u* samples, int step, const Table& t, int side) {
         switch (side) {
         case 8:
-            zmxiDCTQuantInv8x8LS_JPEG_16s8u_C1R(block, samples, step, t.data());
+            if (isFlat(block, t))
+                for (int y = 0; y < 8; ++y) std::memset(samples + std::ptrdiff_t(y) * step, meanOf(block, t), 8);
+            else
+                zmxiDCTQuantInv8x8LS_JPEG_16s8u_C1R(block, samples, step, t.data());
             break;
         case 4:
             zmxiDCTQuantInv8x8To4x4LS_JPEG_16s8u_C1R(block, samples, step, t.data());
@@ -29,6 +32,15 @@ struct Bytewise {
         default:
             *samples = meanOf(block, t);
         }
+    }
+    // Whether the transform would make the mean of all samples. Far beyond what a picture holds it wraps instead.
+    static bool isFlat(const Zmx16s* block, const Table& t) {
+        int others = 0;
+        for (int k = 8; k < kBlock; ++k) others |= block[k];
+        if (others != 0) return false;
+        for (int k = 1; k < 8; ++k) others |= block[k];
+        const int dc = block[0] * t[0];
+        return others == 0 && dc >= -4096 && dc < 4096;
     }
     // The DC coefficient is eight times the mean. The library's function for it takes the floor of the eighth.
     static Zmx8u meanOf(const Zmx16s* block, const Table& t) {
