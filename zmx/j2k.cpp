@@ -87,8 +87,7 @@ jpeg2000::EncodeOptions optionsOf(const EncodeArguments& a) {
     o.samplingX = a.sampling[0];
     o.samplingY = a.sampling[1];
     if (a.precincts.size() % 2 != 0) throw UsageError("--precincts: a width and a height for each");
-    for (std::size_t i = 0; i < a.precincts.size(); i += 2)
-        o.precincts.push_back({a.precincts[i], a.precincts[i + 1]});
+    for (std::size_t i = 0; i < a.precincts.size(); i += 2) o.precincts.push_back({a.precincts[i], a.precincts[i + 1]});
     for (double& r : o.rates)
         if (r == 0) r = std::numeric_limits<double>::infinity();
     o.progression = Progression(std::find(kOrders.begin(), kOrders.end(), a.order) - kOrders.begin());
