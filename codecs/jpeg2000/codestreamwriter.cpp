@@ -10,7 +10,8 @@ namespace codecs::jpeg2000 {
 
 namespace {
 
-constexpr std::size_t kMostParts = 254; // of a tile
+constexpr std::size_t kMostParts = 254;         // of a tile: TPsot and TNsot have a byte each
+constexpr std::uint64_t kPsot = 6, kTnsot = 11; // in a tile-part (Table A.5)
 
 // A marker segment ahead of a packet, with the packet's number (A.8.1).
 void writeSop(Bytes& bytes, int packet) {
@@ -80,22 +81,38 @@ Bytes CodestreamWriter::mainHeader() const {
     return bytes;
 }
 
-// All packets of a tile in their order, cut where the resolution changes if that is asked for.
+// Calls use(packet, whether a tile-part begins with it) for all packets of a tile in their order. Tile-parts are cut
+// where the resolution changes if that is asked for; the first one is open already.
+template <class Use> void CodestreamWriter::forEachPacketOf(const Tile& tile, Use use) const {
+    int resolution = -1;
+    std::size_t parts = 1;
+    forEachPacket(size, tile, headers, [&](const PacketId& id) {
+        const bool changes = options.tilePartsByResolution && resolution >= 0 && id.resolution != resolution;
+        const bool cut = changes && parts < kMostParts;
+        parts += cut;
+        resolution = id.resolution;
+        use(id, cut);
+        return true;
+    });
+}
+
+// What stands ahead of a packet's body, in two kinds of bytes where headers are kept apart.
+void CodestreamWriter::writeHead(const PacketId& id, PacketWriter& packets, int number, Bytes& ahead,
+                                 Bytes& header) const {
+    if (headers.tile.sop) writeSop(ahead, number);
+    packets.writeHeader(id, header);
+    if (headers.tile.eph) ByteWriter(header).u16(EPH);
+}
+
 std::vector<CodestreamWriter::TilePart> CodestreamWriter::partsOf(const EncodedTile& tile) const {
     std::vector<TilePart> parts(1);
-    PacketWriter writer(tile);
-    int resolution = -1, packets = 0;
-    forEachPacket(size, tile.layout, headers, [&](const PacketId& id) {
-        const bool split = options.tilePartsByResolution && resolution >= 0 && id.resolution != resolution;
-        if (split && parts.size() < kMostParts) parts.emplace_back();
-        resolution = id.resolution;
+    PacketWriter packets(tile);
+    int number = 0;
+    forEachPacketOf(tile.layout, [&](const PacketId& id, bool cut) {
+        if (cut) parts.emplace_back();
         TilePart& part = parts.back();
-        Bytes& header = options.packedHeaders == PackedHeaders::none ? part.body : part.headers;
-        if (headers.tile.sop) writeSop(part.body, packets++);
-        writer.writeHeader(id, header);
-        if (headers.tile.eph) ByteWriter(header).u16(EPH);
-        writer.writeBody(id, part.body);
-        return true;
+        writeHead(id, packets, number++, part.body.bytes, part.headers);
+        packets.writeBody(id, part.body);
     });
     return parts;
 }
@@ -104,18 +121,10 @@ std::vector<CodestreamWriter::TilePart> CodestreamWriter::partsOf(const EncodedT
 std::size_t CodestreamWriter::countParts() const {
     const auto tiles = std::size_t(size.tiles());
     if (!options.tilePartsByResolution) return tiles;
-    std::size_t parts = 0;
-    for (std::size_t t = 0; t < tiles; ++t) {
-        const Tile tile = layOutTile(size, headers, int(t), ~std::size_t(0) >> 1);
-        std::size_t here = 1;
-        int resolution = -1;
-        forEachPacket(size, tile, headers, [&](const PacketId& id) {
-            here += resolution >= 0 && id.resolution != resolution && here < kMostParts;
-            resolution = id.resolution;
-            return true;
-        });
-        parts += here;
-    }
+    std::size_t parts = tiles;
+    for (std::size_t t = 0; t < tiles; ++t)
+        forEachPacketOf(layOutTile(size, headers, int(t), ~std::size_t(0) >> 1),
+                        [&](const PacketId&, bool cut) { parts += cut; });
     return parts;
 }
 
@@ -135,28 +144,79 @@ void CodestreamWriter::writeMainHeader(ByteView packedHeaders) {
 
 void CodestreamWriter::begin() { writeMainHeader({}); }
 
-void CodestreamWriter::write(const EncodedTile& tile, const std::vector<TilePart>& parts) {
-    int packedNumber = 0; // of the PPT segments
-    for (std::size_t p = 0; p < parts.size(); ++p) {
-        Bytes head;
-        ByteWriter out(head);
-        out.u16(SOT);
-        out.u16(10);
-        out.u16(unsigned(tile.index));
-        out.u32(0); // its length, below
-        out.u8(unsigned(p));
-        out.u8(unsigned(parts.size()));
-        if (p == 0 && tile.guardBits != headers.quant[0].guardBits) writeQuantization(out, tile.guardBits);
-        if (options.packedHeaders == PackedHeaders::tile) writePacked(head, PPT, parts[p].headers, packedNumber);
-        out.u16(SOD);
-        const std::size_t length = head.size() + parts[p].body.size();
-        // Psot has four bytes.
-        need(length <= 0xFFFFFFFF, "a tile-part of 4 GiB or more: smaller tiles are needed");
-        out.patch32(6, std::uint32_t(length));
-        lengths.push_back({tile.index, std::uint32_t(length)});
-        sink.write(head);
-        sink.write(parts[p].body);
+// The header of a tile-part (A.4.2), up to SOD. Its length is filled in at its end, and how many there are of the tile
+// at the end of the last one.
+void CodestreamWriter::openPart(const EncodedTile& tile, std::size_t part, ByteView packedHeaders) {
+    partBegin = sink.position();
+    Bytes head;
+    ByteWriter out(head);
+    out.u16(SOT);
+    out.u16(10);
+    out.u16(unsigned(tile.index));
+    out.u32(0);
+    out.u8(unsigned(part));
+    out.u8(1);
+    if (part == 0 && tile.guardBits != headers.quant[0].guardBits) writeQuantization(out, tile.guardBits);
+    if (part == 0) packedNumber = 0; // PPT segments are counted on through the parts of a tile
+    writePacked(head, PPT, packedHeaders, packedNumber);
+    out.u16(SOD);
+    sink.write(head);
+}
+
+void CodestreamWriter::closePart(const EncodedTile& tile) {
+    const std::uint64_t length = sink.position() - partBegin;
+    // Psot has four bytes.
+    need(length <= 0xFFFFFFFF, "a tile-part of 4 GiB or more: smaller tiles are needed");
+    lengths.push_back({tile.index, std::uint32_t(length)});
+    Bytes bytes;
+    ByteWriter(bytes).u32(std::uint32_t(length));
+    sink.patch(partBegin + kPsot, bytes);
+}
+
+// A tile of a single part says so from the beginning.
+void CodestreamWriter::tellParts(std::uint64_t begin, std::size_t parts) {
+    const std::uint8_t number[] = {std::uint8_t(parts)};
+    for (std::size_t p = lengths.size() - parts; parts > 1 && p < lengths.size(); ++p) {
+        sink.patch(begin + kTnsot, number);
+        begin += lengths[p].bytes;
     }
+}
+
+// Packet by packet, so that a tile's bytes are in memory once, in its blocks.
+void CodestreamWriter::writeStraight(const EncodedTile& tile) {
+    const std::uint64_t begin = sink.position();
+    PacketWriter packets(tile);
+    std::size_t parts = 1;
+    int number = 0;
+    Bytes head;
+    openPart(tile, 0, {});
+    forEachPacketOf(tile.layout, [&](const PacketId& id, bool cut) {
+        if (cut) {
+            closePart(tile);
+            openPart(tile, parts++, {});
+        }
+        head.clear();
+        writeHead(id, packets, number++, head, head);
+        sink.write(head);
+        packets.writeBody(id, sink);
+    });
+    closePart(tile);
+    tellParts(begin, parts);
+}
+
+void CodestreamWriter::writeApart(const EncodedTile& tile, const std::vector<TilePart>& parts) {
+    const std::uint64_t begin = sink.position();
+    for (std::size_t p = 0; p < parts.size(); ++p) {
+        openPart(tile, p, options.packedHeaders == PackedHeaders::tile ? parts[p].headers : ByteView());
+        sink.write(parts[p].body.bytes);
+        closePart(tile);
+    }
+    tellParts(begin, parts.size());
+}
+
+void CodestreamWriter::write(const EncodedTile& tile) {
+    if (options.packedHeaders == PackedHeaders::none) return writeStraight(tile);
+    writeApart(tile, partsOf(tile));
 }
 
 void CodestreamWriter::end() {
@@ -181,7 +241,7 @@ void CodestreamWriter::write(const std::vector<EncodedTile>& tiles) {
         }
     }
     writeMainHeader(packed);
-    for (std::size_t t = 0; t < parts.size(); ++t) write(tiles[t], parts[t]);
+    for (std::size_t t = 0; t < parts.size(); ++t) writeApart(tiles[t], parts[t]);
     end();
 }
 

@@ -8,6 +8,7 @@
 #include "codecs/jpeg2000/settings.h"
 #include "codecs/jpeg2000/tileencoder.h"
 #include "codecs/jpeg2000/tiles.h"
+#include "codecs/picture/bytefile.h"
 
 #include <algorithm>
 #include <cmath>
@@ -209,20 +210,15 @@ public:
 
 void encodeTo(ByteSink& sink, SampleSource& source, const ImageSize& size, const FileHeader& header,
               const EncodeOptions& options) {
-    if (!sink.seekable()) { // what is filled in later waits in memory
-        MemorySink memory;
-        encodeTo(memory, source, size, header, options);
-        sink.write(memory.bytes);
-        return;
+    if (!sink.seekable()) { // lengths are filled in behind what they are the lengths of
+        SpooledSink spool(sink);
+        return encodeTo(spool, source, size, header, options);
     }
-    if (!options.jp2) {
-        Encoder(source, size, options).run(sink);
-        return;
-    }
-    sink.write(writeBoxes(size, header));
+    if (options.jp2) sink.write(writeBoxes(size, header));
     const std::uint64_t begin = sink.position();
     Encoder(source, size, options).run(sink);
-    patchCodestreamBox(sink, begin);
+    if (options.jp2) patchCodestreamBox(sink, begin);
+    sink.finish();
 }
 
 // What a planar picture says of a component must be true.
@@ -244,7 +240,6 @@ void encode(const PlanarPicture& picture, ByteSink& sink, const EncodeOptions& o
     for (const Component& c : picture.components) testComponent(area, c);
     PlanarSource source(picture);
     encodeTo(sink, source, size, {picture.colour, picture.alpha, picture.metadata}, options);
-    sink.finish();
 }
 
 Bytes encode(const PlanarPicture& picture, const EncodeOptions& options) {
@@ -274,7 +269,6 @@ std::vector<std::string> encode(RowSource& picture, ByteSink& sink, const Encode
         source.advance(size.y0, size.y1);
         encodeTo(sink, source, size, header, options);
     }
-    sink.finish();
     return options.jp2 ? std::vector<std::string>() : lossOf(picture.metadata(), "a codestream without boxes");
 }
 

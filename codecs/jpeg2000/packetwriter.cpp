@@ -118,13 +118,14 @@ std::size_t PacketWriter::writeHeader(const PacketId& id, Bytes& out) {
     return body;
 }
 
-void PacketWriter::writeBody(const PacketId& id, Bytes& out) const {
+void PacketWriter::writeBody(const PacketId& id, ByteSink& out) const {
     const auto c = std::size_t(id.component);
     forEachBlock(tile.layout.components[c].resolutions[std::size_t(id.resolution)].precincts[id.precinct],
                  [&](std::size_t, std::size_t, std::size_t i) {
                      const CodedBlock& b = tile.blocks[c][i];
-                     out.insert(out.end(), b.bytes.begin() + rateOf(b, passesBefore(b, id.layer)),
-                                b.bytes.begin() + rateOf(b, b.layerPasses[std::size_t(id.layer)]));
+                     const std::size_t from = rateOf(b, passesBefore(b, id.layer));
+                     const std::size_t to = rateOf(b, b.layerPasses[std::size_t(id.layer)]);
+                     if (to > from) out.write(ByteView(b.bytes).subspan(from, to - from));
                  });
 }
 

@@ -38,10 +38,10 @@ std::span<const Sample> PlanarSink::row(std::size_t component, std::int64_t y) c
 // Samples go back to numbers of their sign, and through the palette where there is one.
 PlanarPicture PlanarSink::picture(const ImageSize& size, const ChannelMap& map) const {
     PlanarPicture out;
-    out.x0 = size.x0;
-    out.y0 = size.y0;
-    out.x1 = size.x1;
-    out.y1 = size.y1;
+    out.x0 = std::uint32_t(grid.x0);
+    out.y0 = std::uint32_t(grid.y0);
+    out.x1 = std::uint32_t(grid.x1);
+    out.y1 = std::uint32_t(grid.y1);
     out.colour = map.colour;
     out.alpha = map.alpha;
     out.metadata = map.metadata;
