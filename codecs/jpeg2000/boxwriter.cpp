@@ -75,15 +75,15 @@ void writeColour(Bytes& file, const ImageSize& size, const FileHeader& header) {
 }
 
 // A number as N / D times a power of ten, as exact as 16 bits allow: the last good one of the fractions that it
-// unfolds to.
+// unfolds to. What needs no power goes without one, for those who read no further than N and D.
 struct Fraction {
     unsigned n, d;
     int exponent;
 };
 Fraction fractionOf(double v) {
     constexpr double most = 65535;
-    const int exponent = int(std::floor(std::log10(v)));
-    double rest = v / std::pow(10, exponent); // 1 to 10
+    const int exponent = v >= 1 && v <= most ? 0 : int(std::floor(std::log10(v)));
+    double rest = v / std::pow(10, exponent);
     double n0 = 1, d0 = 0, n = std::floor(rest), d = 1;
     for (int i = 0; i < 20 && rest - std::floor(rest) > 1e-9; ++i) {
         rest = 1 / (rest - std::floor(rest));

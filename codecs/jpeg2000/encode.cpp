@@ -221,6 +221,13 @@ void encodeTo(ByteSink& sink, SampleSource& source, const ImageSize& size, const
     sink.finish();
 }
 
+// What `write` makes.
+template <class Write> Bytes inMemory(Write write) {
+    MemorySink sink;
+    write(sink);
+    return std::move(sink.bytes);
+}
+
 // What a planar picture says of a component must be true.
 void testComponent(const Rect& area, const Component& c) {
     const Rect r = componentRect(area, {c.depth, c.isSigned, c.dx, c.dy});
@@ -243,9 +250,7 @@ void encode(const PlanarPicture& picture, ByteSink& sink, const EncodeOptions& o
 }
 
 Bytes encode(const PlanarPicture& picture, const EncodeOptions& options) {
-    MemorySink sink;
-    encode(picture, sink, options);
-    return std::move(sink.bytes);
+    return inMemory([&](ByteSink& sink) { encode(picture, sink, options); });
 }
 
 std::vector<std::string> encode(RowSource& picture, ByteSink& sink, const EncodeOptions& options) {
@@ -274,9 +279,7 @@ std::vector<std::string> encode(RowSource& picture, ByteSink& sink, const Encode
 
 Bytes encode(const Picture& picture, const EncodeOptions& options) {
     PictureSource source(picture);
-    MemorySink sink;
-    encode(source, sink, options);
-    return std::move(sink.bytes);
+    return inMemory([&](ByteSink& sink) { encode(source, sink, options); });
 }
 
 } // namespace codecs::jpeg2000
