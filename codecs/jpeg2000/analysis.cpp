@@ -29,10 +29,12 @@ template <Road R> class Level final : public RowTarget<Number<R>> {
     void splitLow(T* from) { split(from, lower, bands[0]); }
     void splitHigh(T* from) { split(from, bands[1], bands[2]); }
 
+    // Whether all rows that the next stage looks at are there, or stand for ones that are.
     bool ready() const {
         const std::int64_t last = 2 * stage + ForwardColumns<R>::kAhead;
         return down.mirrored(last - 2) < have && down.mirrored(last - 1) < have && down.mirrored(last) < have;
     }
+    // One step of the column filter, whose rows go on across and then down to where they belong.
     void run() {
         columns.stage(stage, [this](std::int64_t p) { return row(p); });
         const std::int64_t low = 2 * stage, high = low + ForwardColumns<R>::kHigh;
@@ -40,6 +42,7 @@ template <Road R> class Level final : public RowTarget<Number<R>> {
         if (high >= down.begin && high < down.end) splitHigh(columns.high());
         ++stage;
     }
+    // A single row is not filtered; at an odd place it is a high one, and doubled (F.4.8).
     void single() {
         T* only = ring[int(down.begin % kRing)];
         if (down.phase() == 0) return splitLow(only);
@@ -99,6 +102,7 @@ public:
             top = level.get();
             levels.push_back(std::move(level));
         }
+        // Blocks are listed by precincts (B.7); bands want them by rows.
         for (std::uint32_t b = 0; b < layout.blocks.size(); ++b)
             bandOf(layout.blocks[b].resolution, layout.blocks[b].band).add(b);
     }

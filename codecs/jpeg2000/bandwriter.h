@@ -48,6 +48,7 @@ public:
     }
     CodedBlock encode(const BlockJob& job, BlockEncoder& encoder) {
         const Block& block = layout.blocks[job.block];
+        // Coefficients of a region of interest come above all others (H.2.2).
         const Rect raised = intersection(roi, rows.within(job.block));
         encoder.begin(block);
         for (int i = 0; i < block.height; ++i) {

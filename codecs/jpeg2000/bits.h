@@ -17,6 +17,7 @@ public:
     bool bit() {
         if (left == 0) {
             if (pos == bytes.size()) throw Error("a packet header ends early");
+            // No marker may come about in a header, so that a bit of 0 is stuffed behind eight ones (B.10.1).
             left = byte == 0xFF ? 7 : 8;
             byte = bytes[pos++];
         }

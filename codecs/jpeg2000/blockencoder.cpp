@@ -50,6 +50,7 @@ template <Road R> void BlockEncoder::quantise(std::span<const Number<R>> row, co
             to[x] = std::int32_t(std::uint32_t(std::abs(v)) | (std::uint32_t(v) & kSignBit));
         }
     } else {
+        // E.2: magnitudes are cut off, and the bits behind the point tell the error.
         const float scale = float(1 << coding.fractionPlanes) / coding.step;
         for (std::size_t x = 0; x < row.size(); ++x) {
             const auto v = float(row[x]);
@@ -89,6 +90,7 @@ void BlockEncoder::takePasses(CodedBlock& out, unsigned style, int passes, int s
             zmxiEncodeGetRate_JPEG2K(state.get(), pass, &rate);
             zmxiEncodeGetDist_JPEG2K(state.get(), pass, &distortion);
             const bool ends = i == passesHere - 1 || pass == passes - 1;
+            // What the coder estimates for a pass within a segment may lie past the end that it settled on.
             const std::uint32_t at = ends ? kept : std::clamp(std::uint32_t(rate), source, kept);
             out.passes.push_back({at - dropped, ends, distortion});
         }
@@ -112,8 +114,10 @@ CodedBlock BlockEncoder::encode(Orientation o, const CodingStyle& style, const B
     CodedBlock out;
     out.residual = residual;
     int bits = 0, passes = 0, segments = 0;
+    // The planes of the fraction are not coded; the library is told where the lowest coded one is.
     const int below = coding.fractionPlanes;
     const Zmx32u flags = libraryStyle(style.style) | (style.reversible ? ZMX_CB_LOSSLESS : 0);
+    // Predictable termination has ends of its own (D.4.2); otherwise the shortest end wins.
     const int termination = style.style & kStylePredictable ? ZMX_MQ_TERM_EASY : ZMX_MQ_TERM_NEAR_OPTIMAL;
     zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(words.data(), size.width * int(sizeof(std::int32_t)), size, state.get(),
                                            librarySubband(o), 31 - below, termination, 0, flags, &bits, &passes,

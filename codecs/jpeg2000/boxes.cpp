@@ -19,11 +19,13 @@ Box readBox(ByteReader& in) {
     std::uint64_t length = in.u32();
     const std::uint32_t type = in.u32();
     std::uint64_t header = 8;
+    // XLBox, for boxes of 4 GiB and more (I.4).
     if (length == 1) {
         length = std::uint64_t(in.u32()) << 32;
         length |= in.u32();
         header = 16;
     }
+    // The last box of a file may leave its length open.
     if (length == 0) return {type, in.rest()};
     if (length < header) throw Error("a box that is shorter than its header");
     return {type, in.take(std::size_t(std::min<std::uint64_t>(length - header, in.left())))};
@@ -32,6 +34,7 @@ Box readBox(ByteReader& in) {
 // Entries of up to 16 bits, each column with a depth and a sign of its own (I.5.3.4).
 void readPalette(ByteReader in, Boxes& boxes) {
     const int entries = in.u16(), columns = in.u8();
+    // NE and NPC have these bounds (I.5.3.4).
     if (entries < 1 || entries > 1024 || columns < 1) throw Error("a palette of an impossible size");
     Boxes::Palette p;
     for (int i = 0; i < columns; ++i) p.depths.push_back(std::uint8_t(in.u8()));
@@ -39,6 +42,7 @@ void readPalette(ByteReader in, Boxes& boxes) {
         const int depth = (p.depths[std::size_t(i % columns)] & 127) + 1;
         if (depth > 16) throw Error("a palette of more than 16 bits");
         const bool negative = p.depths[std::size_t(i % columns)] >> 7;
+        // Entries are padded to whole bytes; what is above their depth is no part of them.
         const auto v = std::int32_t(in.number((depth + 7) / 8)) & ((1 << depth) - 1);
         p.entries.push_back(negative && v >> (depth - 1) ? v - (1 << depth) : v);
     }
@@ -130,6 +134,7 @@ Boxes readBoxes(ByteView file) {
     if (file.size() >= 2 && file[0] == 0xFF && file[1] == 0x4F) return boxes;
     need(file.size() >= 12, "neither a JP2 file nor a JPEG2000 codestream");
     const Box first = readBox(in);
+    // The signature box tells files from those that were spoilt as text on their way (I.5.1).
     if (first.type != fourcc("jP  ") || first.content.size() != 4 || ByteReader(first.content, "").u32() != kSignature)
         throw Error("neither a JP2 file nor a JPEG2000 codestream");
     boxes.jp2 = true;
@@ -139,6 +144,7 @@ Boxes readBoxes(ByteView file) {
             const Box box = readBox(in);
             if (box.type == fourcc("jp2h")) readHeader(box, boxes);
             if (box.type == fourcc("uuid")) readUuid(box, boxes.metadata);
+            // The first codestream is the picture; readers of Part 1 ignore others (I.5.4).
             if (box.type != fourcc("jp2c") || found) continue;
             boxes.codestream = box.content;
             found = true;

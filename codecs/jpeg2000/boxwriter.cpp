@@ -37,8 +37,10 @@ void writeImageHeader(Bytes& file, const ImageSize& size, const FileHeader& head
         ihdr->u32(size.y1 - size.y0);
         ihdr->u32(size.x1 - size.x0);
         ihdr->u16(unsigned(components.size()));
+        // 255 says that the depths differ, and that BPCC has them.
         ihdr->u8(alike ? first : 255);
         ihdr->u8(7); // the only kind of compression
+        // UnkC: whether the colour space is but a guess.
         ihdr->u8(header.colour == ColourSpace::unknown && header.metadata.icc.empty());
         ihdr->u8(0);
     }
@@ -66,7 +68,9 @@ std::uint32_t enumeratedColour(const ImageSize& size, const FileHeader& header) 
 void writeColour(Bytes& file, const ImageSize& size, const FileHeader& header) {
     const bool profile = !header.metadata.icc.empty();
     BoxWriter colr(file, fourcc("colr"));
+    // Method 2 is for restricted profiles; readers make no difference between these and others.
     colr->u8(profile ? 2 : 1);
+    // Precedence and approximation are for other parts of the standard.
     colr->u16(0);
     if (profile)
         colr->bytes(header.metadata.icc);
@@ -122,6 +126,7 @@ void writeChannels(Bytes& file, const ImageSize& size, const FileHeader& header)
         const bool opacity = i == header.alpha;
         cdef->u16(unsigned(i));
         cdef->u16(opacity);
+        // Association 0 is the whole picture, the others are the numbers of colours.
         cdef->u16(unsigned(opacity ? 0 : colour++));
     }
 }
@@ -155,6 +160,7 @@ Bytes writeBoxes(const ImageSize& size, const FileHeader& header) {
 void patchCodestreamBox(ByteSink& sink, std::uint64_t begin) {
     constexpr unsigned head = 8;
     const std::uint64_t length = sink.position() - begin + head;
+    // A length of 0 stands for what lasts to the end of the file (I.4).
     if (length > 0xFFFFFFFF) return;
     Bytes bytes;
     ByteWriter(bytes).u32(std::uint32_t(length));

@@ -37,11 +37,13 @@ Codestream readMainHeader(ByteView file) {
         reader.take(s.marker, s.content);
         stream.mainSegments.push_back(s);
     }
+    // Both are required in the main header (Table A.2); the others have defaults.
     if (!reader.complete()) throw Error("a main header without COD or QCD");
     return stream;
 }
 
 HeaderSet tileHeaders(const Codestream& stream, const TileData& tile) {
+    // What a tile says of itself comes ahead of what the main header says (A.6).
     HeaderSet headers = stream.main;
     HeaderReader reader(headers);
     for (const Segment& s : tile.segments) reader.take(s.marker, s.content);

@@ -66,6 +66,7 @@ void CodestreamWriter::writeQuantization(ByteWriter& out, int guardBits) const {
         if (headers.quant[c] != headers.quant[0]) writeQcc(out, with(headers.quant[c]), c, headers.quant.size());
 }
 
+// SIZ comes first, the others in any order (A.3); this one is usual.
 Bytes CodestreamWriter::mainHeader() const {
     Bytes bytes;
     ByteWriter out(bytes);
@@ -130,6 +131,7 @@ std::size_t CodestreamWriter::countParts() const {
 
 void CodestreamWriter::writeMainHeader(ByteView packedHeaders) {
     Bytes bytes = mainHeader();
+    // One tile-part is found without.
     if (const std::size_t parts = options.tileLengths ? countParts() : 0; parts > 1) {
         hasTlm = true;
         tlmPosition = sink.position() + bytes.size();
@@ -235,6 +237,7 @@ void CodestreamWriter::write(const std::vector<EncodedTile>& tiles) {
     ByteWriter out(packed);
     for (const EncodedTile& tile : tiles) {
         parts.push_back(partsOf(tile));
+        // Nppm, then the headers of a tile-part (A.7.4).
         for (const TilePart& part : parts.back()) {
             out.u32(std::uint32_t(part.headers.size()));
             out.bytes(part.headers);

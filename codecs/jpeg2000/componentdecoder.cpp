@@ -17,6 +17,7 @@ ComponentDecoder::ComponentDecoder(const CodedComponent& component, const Rect& 
     : coded(component), rect(wanted), thinning(thinningOf(component, reduce)), stripe(makeRows(road(), 0, 0)) {
     if (rect.empty()) return;
     const int resolution = std::max(coded.coding.style.levels - reduce, 0);
+    // The first and the last sample that is wanted, and what lies between them.
     const Rect all{rect.x0 << thinning, rect.y0 << thinning, ((rect.x1 - 1) << thinning) + 1,
                    ((rect.y1 - 1) << thinning) + 1};
     synthesis = makeSynthesis(coded, resolution, all);

@@ -12,6 +12,7 @@ namespace {
 // The wanted part of the reference grid.
 Rect windowOf(const ImageSize& s, const DecodeOptions& options) {
     const Rect r = options.window ? windowOn(s, *options.window) : Rect{s.x0, s.y0, s.x1, s.y1};
+    // The limit is about what is decoded: a small window of a huge picture passes.
     checkSize(std::uint64_t(r.width()), std::uint64_t(r.height()), options.maxPixels);
     // Most pictures have up to four components.
     std::uint64_t samples = 0;
@@ -68,6 +69,7 @@ public:
     std::vector<std::string> rows(RowSink& to) {
         std::vector<std::string> warnings;
         want(channelsShown(map));
+        // In step: a band of samples at a time. Otherwise rows of different components are due at different times.
         if (inStep(map, stream.size)) {
             RowOutput sink(to, map, stream.size, scope.samples(scope.lead, scope.window));
             warnings = run(sink);

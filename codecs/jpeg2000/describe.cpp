@@ -79,6 +79,7 @@ std::string describe(ByteView file) {
               boxes.palette.depths.empty() ? 0 : boxes.palette.entries.size() / boxes.palette.depths.size(),
               boxes.channels.size());
     Codestream s = readMainHeader(boxes.codestream);
+    // All tile-parts one by one, whatever TLM segments say.
     findTileParts(s, {s.size.x0, s.size.y0, s.size.x1, s.size.y1});
     const ImageSize& z = s.size;
     print(text, "image area %u,%u to %u,%u; %d x %d tiles of %u x %u from %u,%u; %zu components\n", z.x0, z.y0, z.x1,

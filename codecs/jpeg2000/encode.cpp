@@ -60,6 +60,7 @@ class Encoder {
     void settleGuardBits(EncodedTile& tile) {
         forEachBlock(tile, [&](std::size_t c, const Block& block, CodedBlock& coded) {
             const int exponent = headers.quant[c].step(block.resolution, block.band).exponent, s = headers.roiShift[c];
+            // A block that holds a part of a region has s planes more than its numbers.
             const int planes = coded.bitPlanes > s ? coded.bitPlanes - s : coded.bitPlanes;
             tile.guardBits = std::max(tile.guardBits, planes + 1 - exponent);
             need(s == 0 || exponent + tile.guardBits - 1 <= s, "coefficients too large for a region of interest");
@@ -132,6 +133,7 @@ class Encoder {
     // `psnrs` are what to aim at for options.psnrs.
     void allocate(const std::vector<double>& psnrs) {
         RateTarget target;
+        // A rate counts the whole codestream, of which packets are what can be cut.
         const auto overhead = double(headerBytes(size, headers, options));
         for (const double b : layerBytes()) target.bytes.push_back(b - overhead);
         for (const double psnr : psnrs) target.errors.push_back(peak() * peak() * samples() * std::pow(10, -psnr / 10));

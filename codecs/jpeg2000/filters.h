@@ -89,6 +89,7 @@ template <Road R> void inverseRow(const Line& line, Number<R>* low, Number<R>* h
         low[k] = low[line.mirrored(2 * (firstLow + k)) / 2 - firstLow];
         high[k] = high[line.mirrored(2 * (firstHigh + k) + 1) / 2 - firstHigh];
     };
+    // The 9/7 filter looks at three numbers of each kind beyond an end (F.3.7).
     for (int k = -3; k < 0; ++k) extend(k);
     for (int k = std::min(line.lows(), line.highs()); k < line.pairs() + 3; ++k) extend(k);
     constexpr int step = sizeof(Number<R>);
@@ -125,6 +126,7 @@ public:
                 Kernels<R>::forwardLift(x0 + at, x1 + at, x2 + at, low0 + at, low1 + at, high0 + at, high1 + at,
                                         high2 + at, part);
         }
+        // What this stage has made is what the next one looks back at: names move, rows stay.
         std::swap(high0, high1);
         if constexpr (!kReversible) {
             std::swap(low0, low1);
@@ -163,6 +165,7 @@ public:
                 Kernels<R>::inverseLift(low + at, before + at, after + at, done + at, odd0 + at, even0 + at, odd1 + at,
                                         even1 + at, part);
         }
+        // As in the forward direction.
         std::swap(done, even0);
         if constexpr (!kReversible) {
             std::swap(odd0, odd1);

@@ -32,6 +32,7 @@ class Layout {
         const int wLog = band.blockWidthLog, hLog = band.blockHeightLog;
         const Rect r{std::max(precinct.x0, band.rect.x0), std::max(precinct.y0, band.rect.y0),
                      std::min(precinct.x1, band.rect.x1), std::min(precinct.y1, band.rect.y1)};
+        // A precinct may have no blocks in a band, and has packets all the same (B.6).
         if (r.empty()) return {};
         const std::int64_t left = r.x0 >> wLog, top = r.y0 >> hLog;
         const BlockGrid g{int(ceilShift(r.x1, wLog) - left), int(ceilShift(r.y1, hLog) - top), tc.blocks.size()};
@@ -82,6 +83,7 @@ public:
             res.rect = reducedRect(rect, style.levels - r);
             res.precinctWidthLog = style.precincts[std::size_t(r)] & 15;
             res.precinctHeightLog = style.precincts[std::size_t(r)] >> 4;
+            // nb of B-15: the lowest resolution is the LL band, the others add bands of one level up.
             const int levels = r == 0 ? style.levels : style.levels - r + 1;
             // A code block is no larger than the precinct's part of its band (B.7).
             const int halving = r > 0 ? 1 : 0;

@@ -18,6 +18,7 @@ void readStyle(ByteReader& in, bool ownPrecincts, CodingStyle& style) {
     need(style.blockWidthLog <= 10 && style.blockHeightLog <= 10 && style.blockWidthLog + style.blockHeightLog <= 12,
          "a code-block size that is not allowed");
     need(style.style < 64, "a code-block style that is not of Part 1");
+    // Part 2 has transforms of its own; without them the colours would be wrong.
     need(transform <= 1, "a wavelet that is not of Part 1");
     style.reversible = transform == 1;
     style.precincts.fill(0xFF);
@@ -40,7 +41,9 @@ Quantization readQuantization(ByteReader& in) {
     const int width = q.kind == Quantization::none ? 1 : 2;
     while (in.left() >= std::size_t(width) && q.steps.size() < 3 * kMaxLevels + 1) {
         const int v = int(in.number(width));
+        // Without quantisation an exponent alone, in the upper five bits (Table A.29); else 11 bits of mantissa.
         q.steps.push_back(width == 1 ? StepSize{v >> 3, 0} : StepSize{v >> 11, v & 2047});
+        // Steps of other bands follow from that of LL.
         if (q.kind == Quantization::derived) break;
     }
     need(!q.steps.empty(), "a quantisation without step sizes");
@@ -154,6 +157,7 @@ void HeaderReader::takePoc(ByteReader& in) {
         p.layerEnd = in.u16();
         p.resolutionEnd = in.u8();
         p.componentEnd = int(in.number(width));
+        // CEpoc of one byte cannot say 256, and of two bytes 16384 is 0 too (Table A.32).
         if (p.componentEnd == 0) p.componentEnd = width == 1 ? 256 : kMaxComponents;
         p.order = progressionOf(in.u8());
         set.changes.push_back(p);

@@ -21,7 +21,7 @@ void writeSiz(ByteWriter& out, const ImageSize& s) {
 
 namespace {
 
-// SPcod and SPcoc (Table A.20), and how many bytes they take.
+// SPcod and SPcoc (Table A.15), and how many bytes they take.
 bool ownPrecincts(const CodingStyle& style) {
     return std::any_of(style.precincts.begin(), style.precincts.end(), [](int v) { return v != 0xFF; });
 }
@@ -29,9 +29,11 @@ int styleBytes(const CodingStyle& style) { return 5 + (ownPrecincts(style) ? sty
 
 void writeStyle(ByteWriter& out, const CodingStyle& style) {
     out.u8(unsigned(style.levels));
+    // Logarithms less 2, as no code block is narrower than 4 (Table A.18).
     out.u8(unsigned(style.blockWidthLog - 2));
     out.u8(unsigned(style.blockHeightLog - 2));
     out.u8(style.style);
+    // The code of the 5/3 filter is 1 (Table A.20).
     out.u8(style.reversible);
     for (int r = 0; ownPrecincts(style) && r <= style.levels; ++r) out.u8(style.precincts[std::size_t(r)]);
 }
@@ -41,6 +43,7 @@ void writeStyle(ByteWriter& out, const CodingStyle& style) {
 void writeCod(ByteWriter& out, const TileStyle& tile, const CodingStyle& style) {
     out.u16(COD);
     out.u16(unsigned(7 + styleBytes(style)));
+    // Scod (Table A.13).
     out.u8(unsigned(ownPrecincts(style)) | unsigned(tile.sop) << 1 | unsigned(tile.eph) << 2);
     out.u8(unsigned(tile.progression));
     out.u16(unsigned(tile.layers));
@@ -72,6 +75,7 @@ namespace {
 int stepBytes(const Quantization& q) { return q.kind == Quantization::none ? 1 : 2; }
 
 void writeSteps(ByteWriter& out, const Quantization& q) {
+    // Guard bits stand in the upper three bits of Sqcd.
     out.u8(unsigned(q.kind) | unsigned(q.guardBits) << 5);
     for (const StepSize& s : q.steps)
         out.number(unsigned(q.kind == Quantization::none ? s.exponent << 3 : s.exponent << 11 | s.mantissa),

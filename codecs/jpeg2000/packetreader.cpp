@@ -38,6 +38,7 @@ PacketReader::PacketReader(const Tile& layout, const HeaderSet& set, const Packe
 void PacketReader::readBlock(BitReader& bits, BlockStream& block, TagTree& inclusion, TagTree& zeroPlanes,
                              std::size_t leaf, int layer, unsigned style) {
     if (!(block.included ? bits.bit() : inclusion.below(leaf, layer + 1, bits))) return;
+    // Bit planes without any bit are told once, with the first contribution (B.10.5).
     if (!block.included) {
         int n = 1;
         while (!zeroPlanes.below(leaf, n, bits))
@@ -47,6 +48,7 @@ void PacketReader::readBlock(BitReader& bits, BlockStream& block, TagTree& inclu
     }
     int passes = readPassCount(bits);
     if (block.passes + passes > kMaxPassesInAll) throw Error("a code block with too many passes");
+    // Lblock grows by a bit for each 1 and stays so for the block (B.10.7.1).
     while (bits.bit())
         if (++block.lengthBits > 31) throw Error("a code block with too long a length");
     while (passes > 0) {
@@ -73,6 +75,7 @@ void PacketReader::readHeader(const PacketId& id) {
     const auto c = std::size_t(id.component), r = std::size_t(id.resolution);
     const Precinct& precinct = tile.components[c].resolutions[r].precincts[id.precinct];
     PrecinctTrees& tree = trees[c][r][id.precinct];
+    // Trees are made as packets come to them: a window may never get to most.
     if (!tree.made) tree.make(precinct);
     ByteView& source = data.headersApart ? data.headers : data.body;
     BitReader bits(source);

@@ -48,6 +48,7 @@ template <class Use> void forEachBlock(const Precinct& p, Use use) {
 
 } // namespace
 
+// Tag trees are made with the first packet of their precinct.
 PacketWriter::PacketWriter(const EncodedTile& encoded) : tile(encoded) {
     for (const TileComponent& c : tile.layout.components) {
         progress.emplace_back(c.blocks.size());
@@ -62,6 +63,7 @@ void PacketWriter::makeTrees(PrecinctTrees& tree, const Precinct& precinct, std:
     tree.make(precinct);
     forEachBlock(precinct, [&](std::size_t band, std::size_t leaf, std::size_t index) {
         const CodedBlock& b = tile.blocks[component][index];
+        // Blocks without passes stay beyond every layer.
         const auto first = std::find_if(b.layerPasses.begin(), b.layerPasses.end(), [](int n) { return n > 0; });
         if (first != b.layerPasses.end()) tree.inclusion[band].set(leaf, int(first - b.layerPasses.begin()));
         tree.zeroPlanes[band].set(leaf, b.zeroPlanes);

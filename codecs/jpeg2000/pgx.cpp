@@ -96,6 +96,7 @@ Bytes writePgx(const Component& c) {
 PlanarPicture fromComponents(std::vector<Component> components) {
     PlanarPicture picture;
     for (const Component& c : components) {
+        // The largest component has every point of the grid, the others every dx-th.
         picture.x1 = std::max(picture.x1, std::uint32_t(c.width));
         picture.y1 = std::max(picture.y1, std::uint32_t(c.height));
     }

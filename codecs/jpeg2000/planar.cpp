@@ -15,6 +15,7 @@ void PlanarSource::get(std::size_t component, std::int64_t x, std::int64_t y, st
     const Rect& area = areas[component];
     const std::int32_t* from =
         c.samples.data() + std::size_t(y - area.y0) * std::size_t(c.width) + std::size_t(x - area.x0);
+    // Samples on their way count from the smallest, whatever the sign.
     const std::int32_t smallest = c.smallest();
     for (std::size_t i = 0; i < to.size(); ++i) to[i] = Sample(from[i] - smallest);
 }
@@ -23,6 +24,7 @@ PlanarSink::PlanarSink(const Rect& onGrid, const std::vector<Rect>& areas) : gri
     for (const Rect& r : areas) planes.push_back({r, std::vector<Sample>(r.area())});
 }
 
+// Threads put different parts of a plane, and never meet.
 void PlanarSink::put(std::size_t component, std::int64_t x, std::int64_t y, std::span<const Sample> samples) {
     Plane& p = planes[component];
     std::copy(samples.begin(), samples.end(),

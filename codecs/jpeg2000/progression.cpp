@@ -64,6 +64,7 @@ Key keyOf(Progression order, const Place& p) {
 
 // Where the run of precincts ends within which the layers are the outer loop.
 std::size_t endOfRun(Progression order, const std::vector<Place>& places, std::size_t begin) {
+    // Layers are the outermost loop, or the one within resolutions, or the innermost (B.12.1.1 to B.12.1.5).
     if (order == Progression::LRCP) return places.size();
     std::size_t end = begin + 1;
     if (order == Progression::RLCP)
@@ -73,6 +74,7 @@ std::size_t endOfRun(Progression order, const std::vector<Place>& places, std::s
 
 // One progression; false where the visitor has had enough.
 bool run(std::vector<Place> places, Progression order, int layers, const std::function<bool(const PacketId&)>& visit) {
+    // Precincts of one key stand as they do in their resolution, since their index is the last part of it.
     std::sort(places.begin(), places.end(),
               [order](const Place& a, const Place& b) { return keyOf(order, a) < keyOf(order, b); });
     for (std::size_t begin = 0, end; begin < places.size(); begin = end) {

@@ -61,6 +61,7 @@ class Allocator {
     double error = 0; // without any pass
     double minSlope = 1e300, maxSlope = 0;
 
+    // A layer never takes back what one before it has given.
     void cutAll(int layer, double slope) {
         for (HullBlock& h : blocks) {
             const HullPoint* p = h.cut(slope);
@@ -100,6 +101,7 @@ class Allocator {
     template <class Good> double bisect(Good good) const {
         double low = std::log2(minSlope) - 1, high = std::log2(maxSlope) + 1;
         for (int i = 0; i < 40 && high - low > 1e-4; ++i) {
+            // Slopes span many powers of two, so that their logarithm is halved.
             const double middle = (low + high) / 2;
             (good(std::exp2(middle)) ? high : low) = middle;
         }

@@ -8,6 +8,7 @@
 namespace codecs::jpeg2000 {
 
 void RowInput::advance(std::int64_t from, std::int64_t to) {
+    // A source that is whole in memory has been advanced to its end at once.
     if (from >= top && to <= bottom) return;
     need(from == bottom, "rows of the picture out of their order");
     band = source.next(int(to - from));

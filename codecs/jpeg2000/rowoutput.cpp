@@ -55,6 +55,7 @@ RowOutput::RowOutput(RowSink& to, const ChannelMap& channels, const ImageSize& s
 void RowOutput::open(std::int64_t y0, std::int64_t y1) {
     top = y0;
     bottom = y1;
+    // As many rows as a tile or a stripe has, whatever the height of the picture.
     band.resize(shape.rowBytes() * std::size_t(y1 - y0));
 }
 
@@ -69,6 +70,7 @@ void RowOutput::put(std::size_t component, std::int64_t x, std::int64_t y, std::
     const int step = shape.channels;
     for (int k = 0; k < step; ++k) {
         if (map.channels[std::size_t(k)].component != component) continue;
+        // A palette makes several channels of one component.
         const std::vector<Sample>& table = tables[std::size_t(k)];
         const std::ptrdiff_t at = (x - area.x0) * step + k;
         if (shape.wide())
@@ -127,6 +129,7 @@ void repeatRows(const PlanarSink& planes, const ChannelMap& map, const ImageSize
             if (own.empty()) continue;
             const SizComponent& k = size.components[c];
             const std::span<const Sample> from = planes.row(c, std::clamp(y * finest.dy / k.dy, own.y0, own.y1 - 1));
+            // The sample at or ahead of a place on the finest grid; the first one serves what lies ahead of it.
             for (std::int64_t x = area.x0; x < area.x1; ++x)
                 row[std::size_t(x - area.x0)] =
                     from[std::size_t(std::clamp(x * finest.dx / k.dx, own.x0, own.x1 - 1) - own.x0)];

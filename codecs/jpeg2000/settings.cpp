@@ -29,6 +29,7 @@ CodingStyle styleOf(const EncodeOptions& o, const ComponentOptions& own) {
     constexpr const char* sides = "the sides of a code block are powers of 2 from 4 to 1024";
     s.blockWidthLog = logOf(own.blockWidth.value_or(o.blockWidth), 2, 10, sides);
     s.blockHeightLog = logOf(own.blockHeight.value_or(o.blockHeight), 2, 10, sides);
+    // xcb and ycb are bound together, too (Table A.18).
     need(s.blockWidthLog + s.blockHeightLog <= 12, "a code block has at most 4096 samples");
     for (std::size_t i = 0; !o.precincts.empty() && i <= std::size_t(s.levels); ++i) {
         const auto [w, h] = o.precincts[std::min(i, o.precincts.size() - 1)];
@@ -137,6 +138,7 @@ HeaderSet headersOf(const ImageSize& size, const EncodeOptions& o) {
         headers.quant.push_back(quantizationOf(o, headers.coding[c], size.components[c].depth));
         headers.roiShift.push_back(o.region ? shiftFor(headers.quant[c]) : 0);
     }
+    // At most one of them is given.
     const std::size_t layers = std::max({o.rates.size(), o.psnrs.size(), o.ratios.size(), std::size_t(1)});
     headers.tile = {o.sop, o.eph, o.progression, int(layers), o.colourTransform && canTransform(size, headers.coding)};
     headers.changes = o.changes;

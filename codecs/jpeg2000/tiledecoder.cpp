@@ -86,6 +86,7 @@ void TileDecoder::makeComponents(Work& work) {
     work.colour = h.tile.colourTransform && count >= 3 && alike(1) && alike(2);
     if (h.tile.colourTransform && !work.colour)
         warn(work.index, "a component transform of components that differ is left out");
+    // One of three that are tied together takes all three.
     const bool firstThree = work.colour && (scope.wants(0) || scope.wants(1) || scope.wants(2));
     work.components.resize(count);
     for (std::size_t c = 0; c < count; ++c) {
@@ -194,6 +195,7 @@ template <Road R> void TileDecoder::putRow(const Work& work, std::size_t first, 
 void TileDecoder::decode(int index, const TileData& data, bool inBands) {
     Work work;
     work.index = index;
+    // The whole layout: packets can only be told apart in their order. Blocks that nobody wants cost no more than that.
     work.headers = tileHeaders(scope.stream, data);
     work.tile = layOutTile(scope.stream.size, work.headers, index, partsLimit(data));
     readPackets(work, data);

@@ -54,6 +54,7 @@ void TileEncoder::fillRow(std::vector<Part>& parts, std::size_t first, std::size
             rows[i] = rowsOn<R>(parts[first + i].stripe)[y] + x;
             fromSamples<R>(to, size.components[first + i].depth, rows[i]);
         }
+        // The three rows are in the cache: transformed here, they are not read again.
         if (count == 3) forwardColour<R>(rows, part, size.components[first].depth);
     }
 }
@@ -85,6 +86,7 @@ void TileEncoder::fill(std::vector<Part>& parts) {
 double TileEncoder::weightOf(const ComponentCoding& coding, std::size_t c, const BlockJob& job, Orientation o) const {
     const bool reversible = coding.style.reversible;
     const double step = reversible ? 1 : stepOf(coding.quant.step(job.resolution, job.band), coding.depth, o);
+    // An error of one component comes out in three (G.2, G.3).
     const double colour = headers.tile.colourTransform && c < 3 ? colourNorm(reversible, c) : 1;
     const double error = step * colour * bandNorm(reversible, coding.style.levels, job.resolution, o);
     return error * error;

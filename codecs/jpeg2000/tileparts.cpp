@@ -84,6 +84,7 @@ class TilePartReader {
         } else {
             if (end < in.position()) throw Error("a tile-part that is shorter than its header");
             in.take(to - in.position());
+            // Its packet headers are passed over with it.
             if (packed.used()) packed.next();
         }
         if (end > to) throw Error("the file ends within tile " + std::to_string(index));
@@ -100,6 +101,7 @@ class TilePartReader {
         std::size_t begin = stream.firstPart;
         for (const ByteView& content : inOrder(stream.mainSegments, TLM)) {
             ByteReader in(content, "TLM");
+            // Stlm: how wide the numbers of tiles and the lengths are (Table A.34).
             const int sizes = in.u8(), tileBytes = sizes >> 4 & 3, lengthBytes = sizes & 0x40 ? 4 : 2;
             if (tileBytes == 3) return {};
             while (in.left() >= std::size_t(tileBytes + lengthBytes)) {
