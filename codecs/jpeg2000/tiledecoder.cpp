@@ -41,7 +41,7 @@ bool joinPackedHeaders(const TileData& data, Bytes& memory) {
 std::size_t partsLimit(const TileData& data) {
     std::size_t bytes = 0;
     for (const ByteView& b : data.bodies) bytes += b.size();
-    constexpr std::size_t some = std::size_t(1) << 22, perByte = 8;
+    constexpr std::size_t some = std::size_t(1) << 20, perByte = 8;
     return some + perByte * bytes;
 }
 
