@@ -58,6 +58,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         how.maxPixels = options.maxPixels;
         how.progressive = size & 4;
         how.restart = size & 8 ? 3 : -1;
+        how.turn = jpeg::Turn(size / 16 % 8);
+        how.trim = true;
+        how.upright = size & 128;
+        how.strip = size & 256;
+        if (size & 512) how.part = jpeg::Part{int(size % 11), int(size % 13), 9, 7};
         const jpeg::Transcoded t = jpeg::transcode(file, how);
         if (t.before != t.after) std::abort();
     } catch (const codecs::Error&) {

@@ -120,6 +120,7 @@ private:
         source.finish();
     }
 
+    // What is missing keeps its zeros: mid-grey.
     void finish() {
         for (std::size_t i = 0; i < low.size(); ++i)
             if (low[i][0] == kUnseen)

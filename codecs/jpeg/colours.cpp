@@ -14,6 +14,7 @@ template <class Convert> void inPieces(int width, Convert convert) {
     for (int x = 0; x < width; x += kPiece) convert(x, std::min(kPiece, width - x));
 }
 
+// A row of the library's conversion of whole planes.
 template <int Channels, auto convert> void splitBy(const Zmx8u* pixels, Zmx8u* const* rows, int width) {
     inPieces(width, [=](int x, int n) {
         Zmx8u* to[Channels];
@@ -92,6 +93,7 @@ SplitRow splitterFor(Model model) {
     }
 }
 
+// Packed words have a function of the library for YCbCr, and are made here of grey and RGB.
 JoinRow joinerFor(Model model, Packing packing) {
     switch (packing) {
     case Packing::rgb565:

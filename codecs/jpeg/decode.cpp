@@ -7,6 +7,7 @@
 #include "codecs/jpeg/inks.h"
 #include "codecs/jpeg/interpret.h"
 #include "codecs/jpeg/lossless.h"
+#include "codecs/jpeg/metadata.h"
 #include "codecs/jpeg/roads.h"
 
 namespace codecs::jpeg {
@@ -59,6 +60,7 @@ private:
         render(inks);
     }
 
+    // Reduced sizes and packed words come of transforms and of colours; a lossless file has neither.
     void lossless(RowSink& sink) {
         if (options.scale != 1) throw Error("a lossless file is decoded at its full size only");
         if (options.packing != Packing::none) throw Error("a lossless file has no packed pixels");
@@ -90,7 +92,7 @@ private:
             first[i] = first[i - 1] + h.frame.components[i - 1].h * h.frame.components[i - 1].v * kBlock;
         BlockReader source(h, reader.data());
         const ScanLayout layout(h.frame, h.scan);
-        to.begin(shape(modelOf(h)), {});
+        to.begin(shape(modelOf(h)), metadataOf(h.application, warnings));
         decodeScan(
             source, layout,
             [&](const ScanLayout::Part& p, int, int) { return first[p.component] + (p.y * p.h + p.x) * kBlock; },
@@ -108,18 +110,19 @@ private:
         CoefficientFile file = collect(reader, warnings, [&](CoefficientFile& soFar) {
             if (!options.afterScan) return;
             PictureSink picture;
-            withInks(picture, [&](RowSink& to) { render(soFar, to); });
+            withInks(picture, [&](RowSink& to) { render(soFar, {}, to); });
             options.afterScan(picture.picture);
         });
-        withInks(sink, [&](RowSink& to) { render(file, to); });
+        const Metadata metadata = metadataOf(file.application, warnings);
+        withInks(sink, [&](RowSink& to) { render(file, metadata, to); });
     }
 
     // Pixels of coefficients, a row of MCUs at a time.
-    void render(CoefficientFile& file, RowSink& to) const {
+    void render(CoefficientFile& file, const Metadata& metadata, RowSink& to) const {
         DequantTables tables;
         for (const QuantTable& table : file.quant) tables.push_back(dequantTableOf(table));
         const auto road = makeDecodeRoad(file.frame, file.model, tables, options);
-        to.begin(shape(file.model), {});
+        to.begin(shape(file.model), metadata);
         Zmx16s* blocks[kMaxBlocks];
         for (int y = 0; y < file.frame.mcuRows(); ++y) {
             for (int x = 0; x < file.frame.mcuColumns(); ++x) {
@@ -131,6 +134,7 @@ private:
         to.finish();
     }
 
+    // Packed words are one channel of 16 bits.
     Shape shape(Model model) const {
         const bool packed = options.packing != Packing::none;
         return shapeFor(divUp(frame().width, options.scale), divUp(frame().height, options.scale),

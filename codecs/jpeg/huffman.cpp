@@ -24,6 +24,7 @@ EncodeSpec encodeSpecOf(const HuffmanTable& table) {
     return owned;
 }
 
+// States have no memory of their own but what the library takes for them.
 DecodeState newDecodeState() {
     ZmxiDecodeHuffmanState* state = nullptr;
     if (zmxiDecodeHuffmanStateInitAlloc_JPEG_8u(&state) != zmxStsNoErr) throw std::bad_alloc();

@@ -25,6 +25,7 @@ void toFirstScan(SegmentReader& reader, std::uint64_t maxPixels) {
     checkSize(std::uint64_t(frame.width), std::uint64_t(frame.height), maxPixels);
 }
 
+// JFIF says YCbCr of three components, whatever an Adobe marker beside it says; of four only the latter speaks.
 Model modelOf(const Header& h) {
     const std::vector<Component>& c = h.frame.components;
     if (c.size() == 1) return Model::grey;

@@ -3,6 +3,7 @@
 #include "codecs/jpeg/interpret.h"
 #include "codecs/jpeg/intervals.h"
 #include "codecs/jpeg/lossless.h"
+#include "codecs/jpeg/metadata.h"
 #include "codecs/jpeg/scanlayout.h"
 
 namespace codecs::jpeg {
@@ -107,7 +108,7 @@ public:
         for (std::size_t i = 0; i < seen.size(); ++i)
             if (!seen[i]) warnings.push_back("component " + std::to_string(frame.components[i].id) + " is missing");
         if (canvas.whole) {
-            sink.begin(canvas.shape, {});
+            sink.begin(canvas.shape, metadataOf(reader.header().application, warnings));
             canvas.give(sink, frame.height);
         }
         sink.finish();
@@ -136,7 +137,7 @@ private:
         if (h.restart % layout.columns != 0)
             fail(h.scanOffset, "a restart interval of other than whole rows in a lossless file");
         DifferenceReader source(h, reader.data());
-        if (!canvas.whole) sink.begin(canvas.shape, {});
+        if (!canvas.whole) sink.begin(canvas.shape, metadataOf(h.application, warnings));
         const int firstLost = scanRows(source, layout, how, h.restart / layout.columns);
         if (firstLost >= 0)
             warnings.push_back(source.trouble() + "; rows from " + std::to_string(firstLost) + " on are incomplete");

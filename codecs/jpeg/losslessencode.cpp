@@ -2,6 +2,7 @@
 // twice and held for that.
 #include "codecs/jpeg/huffman.h"
 #include "codecs/jpeg/lossless.h"
+#include "codecs/jpeg/metadata.h"
 #include "codecs/jpeg/segmentwriter.h"
 
 #include <bit>
@@ -23,7 +24,7 @@ public:
         }
     }
 
-    void run() {
+    Warnings run() {
         count();
         Frame frame;
         frame.sof = SOF3;
@@ -39,6 +40,9 @@ public:
         scan.last = 0;
         scan.low = how.pointTransform;
         out.marker(SOI);
+        // JFIF says YCbCr of three components.
+        Warnings warnings;
+        writeMetadata(out, picture.metadata, channels != 3 && picture.metadata.resolution, warnings);
         if (channels > 2) writeAdobe(out, 0); // no colour is converted
         writeFrame(out, frame);
         if (rowsInInterval) writeRestartInterval(out, rowsInInterval * width);
@@ -47,6 +51,7 @@ public:
         write();
         out.marker(EOI);
         out.flush();
+        return warnings;
     }
 
 private:
@@ -146,12 +151,16 @@ bool fits(const Picture& picture) {
 
 } // namespace
 
-void encodeLossless(RowSource& source, ByteSink& file, const EncodeOptions& options) {
+// All tests but that of the samples stand ahead of the first row: a large picture is not read in vain.
+Warnings encodeLossless(RowSource& source, ByteSink& file, const EncodeOptions& options) {
     const Shape& shape = source.shape();
     const int precision = int(std::bit_width(unsigned(shape.maxval)));
     if (shape.channels < 1 || shape.channels > kMaxComponents)
         throw Error("a picture of " + std::to_string(shape.channels) + " channels; supported are 1 to 4");
     if (precision < 2 || precision > 16) throw Error("lossless samples have 2 to 16 bits");
+    if (shape.maxval != (1 << precision) - 1)
+        throw Error("samples up to " + std::to_string(shape.maxval) + "; those of " + std::to_string(precision) +
+                    " bits go up to " + std::to_string((1 << precision) - 1));
     if (options.lossless < 1 || options.lossless > 7) throw Error("a predictor is 1 to 7");
     if (options.pointTransform < 0 || options.pointTransform >= precision)
         throw Error("a point transform is 0 to " + std::to_string(precision - 1) + " bits");
@@ -160,7 +169,7 @@ void encodeLossless(RowSource& source, ByteSink& file, const EncodeOptions& opti
     const Picture picture = readRows(source);
     if (!fits(picture)) throw Error("a sample of more than " + std::to_string(precision) + " bits");
     const LosslessRows how{precision, options.lossless, options.pointTransform};
-    LosslessEncoding(picture, file, how, options.restart).run();
+    return LosslessEncoding(picture, file, how, options.restart).run();
 }
 
 } // namespace codecs::jpeg

@@ -23,6 +23,7 @@ public:
 
 protected:
     enum Kind { Sequential, DcFirst, DcRefine, AcFirst, AcRefine };
+    // By band and bits, as ITU-T T.81, G.1.2 tells them apart.
     Kind kind() const {
         return isSequential(scan) ? Sequential
                : scan.first == 0  ? (scan.high ? DcRefine : DcFirst)
@@ -82,6 +83,7 @@ public:
 private:
     static constexpr int kRoom = int(kWorstBlock);
 
+    // Into the room behind the output, as much as it comes to.
     ZmxStatus write(const Zmx16s* b, int component, int t, int last) {
         Zmx8u* to = out.reserve(kRoom);
         int at = 0;
@@ -89,6 +91,7 @@ private:
         out.advance(std::size_t(at));
         return status;
     }
+    // A null block with `last` set ends the interval.
     ZmxStatus code(const Zmx16s* b, Zmx8u* to, int* at, int component, int t, int last) {
         Zmx16s* const dcAt = &lastDc[component];
         switch (kind()) {
@@ -171,6 +174,7 @@ private:
         return pass(writing, s, layout, [&] { out.marker(RST0 + (restarts++ & 7)); });
     }
 
+    // The table goes into the file and into the coder.
     EncodeSpec table(TableClass cls, int number, const SymbolCounts& counts) {
         const HuffmanTable t = optimalTable(counts);
         writeHuffmanTable(out, cls, number, t);

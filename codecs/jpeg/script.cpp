@@ -1,6 +1,8 @@
 // script.cpp - scan scripts: the usual ones, and those of users with every rule of ITU-T T.81, G.1.1 checked.
 #include "codecs/jpeg/script.h"
 
+#include "codecs/jpeg/words.h"
+
 #include <cstdlib>
 
 namespace codecs::jpeg {
@@ -8,6 +10,7 @@ namespace codecs::jpeg {
 namespace {
 
 // A scan of these components, with the Huffman tables that they have.
+// Both kinds of table have the number of the component's colour.
 Scan scanOf(const std::vector<int>& components, Model model, int first = 0, int last = 63, int high = 0, int low = 0) {
     Scan scan;
     for (int i : components) scan.components.push_back({i, isChroma(model, i), isChroma(model, i)});
@@ -86,13 +89,13 @@ private:
 // A script in words, checked as it is read: what it names, what a scan may be, and what scans may follow each other.
 class Parser {
 public:
-    Parser(const std::string& t, const Frame& f, Model m) : text(t), frame(f), model(m), low(f.components.size()) {
+    Parser(const std::string& t, const Frame& f, Model m) : words(t), frame(f), model(m), low(f.components.size()) {
         for (auto& component : low) component.fill(kUnseen);
     }
 
     Script parse() {
         Script script;
-        while (skip(), at < text.size()) {
+        while (!words.atEnd()) {
             ++number;
             script.push_back(scan());
             check(script.back());
@@ -114,40 +117,16 @@ private:
         throw Error("scan script, scan " + std::to_string(number) + ": " + what);
     }
 
-    // Blanks, commas, and comments from # to the end of the line.
-    void skip() {
-        while (at < text.size()) {
-            if (text[at] == '#')
-                at = std::min(text.find('\n', at), text.size());
-            else if (std::string(" \t\r\n,").find(text[at]) != std::string::npos)
-                ++at;
-            else
-                return;
-        }
-    }
-    bool take(char c) {
-        skip();
-        if (at == text.size() || text[at] != c) return false;
-        ++at;
-        return true;
-    }
-    bool atNumber() {
-        skip();
-        return at < text.size() && text[at] >= '0' && text[at] <= '9';
-    }
     // No number of a script comes near to a thousand: larger ones are as wrong as that.
     int integer(const char* what) {
-        if (!atNumber()) fault(std::string(what) + " is missing");
-        int v = 0;
-        for (; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at)
-            v = std::min(1000, 10 * v + text[at] - '0');
-        return v;
+        if (!words.atNumber()) fault(std::string(what) + " is missing");
+        return words.number(1000);
     }
 
     // components [: first-last, upper, lower] ;
     Scan scan() {
         std::vector<int> components{integer("a component")};
-        while (atNumber()) components.push_back(integer("a component"));
+        while (words.atNumber()) components.push_back(integer("a component"));
         for (std::size_t i = 0; i < components.size(); ++i) {
             if (components[i] >= int(frame.components.size()))
                 fault("component " + std::to_string(components[i]) + "; the picture has " +
@@ -155,14 +134,14 @@ private:
             if (i > 0 && components[i] <= components[i - 1]) fault("components out of order");
         }
         int band[4] = {0, 63, 0, 0};
-        if (take(':')) {
+        if (words.take(':')) {
             band[0] = integer("the first coefficient");
-            if (!take('-')) fault("a hyphen is missing between the coefficients");
+            if (!words.take('-')) fault("a hyphen is missing between the coefficients");
             band[1] = integer("the last coefficient");
             band[2] = integer("the upper bit");
             band[3] = integer("the lower bit");
         }
-        if (!take(';') && at < text.size()) fault("a semicolon is missing behind it");
+        if (!words.take(';') && !words.atEnd()) fault("a semicolon is missing behind it");
         return scanOf(components, model, band[0], band[1], band[2], band[3]);
     }
 
@@ -191,10 +170,9 @@ private:
         }
     }
 
-    const std::string& text;
+    Words words;
     const Frame& frame;
     Model model;
-    std::size_t at = 0;
     int number = 0;
     std::vector<std::array<int, kBlock>> low; // of each coefficient of each component: the lowest bit coded
 };

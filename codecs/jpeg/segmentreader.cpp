@@ -23,6 +23,7 @@ bool toMarker(ByteSource& source) {
     }
 }
 
+// Fill bytes have been passed over: the second byte is the code.
 int markerAt(ByteSource& source) {
     const ByteView marker = source.view(2);
     return marker.size() < 2 ? 0 : marker[1];
@@ -30,6 +31,7 @@ int markerAt(ByteSource& source) {
 
 namespace {
 
+// The names of Table B.1; those that it reserves by their code.
 std::string nameOf(int marker) {
     char other[8];
     if (isFrame(marker)) return "SOF" + std::to_string(marker - SOF0);
@@ -74,7 +76,24 @@ bool SegmentReader::nextScan() {
         if (marker == SOI || marker == TEM || isRestart(marker)) continue; // no segment behind these
         segment(marker);
         source.skip(2 + body.size());
-        if (marker == SOS) return true;
+        if (marker != SOS) continue;
+        if (head.frame.height == 0) head.frame.height = heightBehind();
+        return true;
+    }
+}
+
+// The height that stands behind the data of the scan, in a DNL segment. The source stays where it is.
+int SegmentReader::heightBehind() {
+    for (std::size_t wanted = 1 << 16;; wanted *= 2) {
+        const ByteView all = source.view(wanted);
+        for (std::size_t i = 0; i + 1 < all.size(); ++i) {
+            if (all[i] != 0xFF || all[i + 1] == 0x00 || all[i + 1] == 0xFF || isRestart(all[i + 1])) continue;
+            if (all[i + 1] == DNL && all.size() - i >= 6 && (all[i + 4] || all[i + 5]))
+                return all[i + 4] << 8 | all[i + 5];
+            if (all[i + 1] != DNL || all.size() - i >= 6)
+                fault("a picture of no height, nor is there one behind the scan");
+        }
+        if (all.size() < wanted) fault("a picture of no height, nor is there one behind the scan");
     }
 }
 
@@ -112,7 +131,9 @@ void SegmentReader::segment(int marker) {
         head.restart = word();
         return;
     case DNL:
-        fault("DNL segment: a height behind the scan is not supported");
+        // Behind the first scan (B.2.5). It was looked for when the frame had no height.
+        if (word() != head.frame.height) fault("DNL segment: another height than the frame has");
+        return;
     case DAC:
         fault("DAC segment: arithmetic coding is not supported");
     default:
@@ -142,7 +163,6 @@ void SegmentReader::frame(int marker) {
     f.height = word();
     f.width = word();
     if (f.width == 0) fault("a picture of no width");
-    if (f.height == 0) fault("a picture of no height (a height behind the scan is not supported)");
     components(f);
     head.frame = f;
 }

@@ -18,13 +18,13 @@ int nibbles(int high, int low) { return high << 4 | low; }
 
 } // namespace
 
-void writeJfif(Output& out) {
+void writeJfif(Output& out, const Density& density) {
     segment(out, APP0, 14);
     for (char c : std::string_view("JFIF\0", 5)) out.byte(c);
     out.word(0x0101); // version 1.1
-    out.byte(0);      // no unit: the densities give the shape of a pixel
-    out.word(1);
-    out.word(1);
+    out.byte(density.unit);
+    out.word(density.x);
+    out.word(density.y);
     out.word(0); // no thumbnail
 }
 

@@ -405,8 +405,8 @@ std::vector<Plane> planesOf(const Frame& frame, Model model, const Bytes& pixels
 void checkEncoder(int width, int height, Model model, int h, int v, Rng& rng) {
     SCOPED_TRACE(std::to_string(width) + " by " + std::to_string(height) + ", sampling " + std::to_string(h) + "x" +
                  std::to_string(v) + ", model " + std::to_string(int(model)));
-    const jpeg::Quantisers quantisers = {jpeg::Quantiser(jpeg::kLumaQuant, 100),
-                                         jpeg::Quantiser(jpeg::kChromaQuant, 95)};
+    const jpeg::Quantisers quantisers = {jpeg::Quantiser(jpeg::scaledTable(jpeg::kLumaQuant, 100, 8)),
+                                         jpeg::Quantiser(jpeg::scaledTable(jpeg::kChromaQuant, 95, 8))};
     Frame frame = frameOf(width, height, {});
     frame.components = jpeg::componentsOf(model, h, v);
     for (int i = 0; i < jpeg::channelsOf(model); ++i) frame.components[std::size_t(i)].quant = jpeg::isChroma(model, i);

@@ -1,0 +1,140 @@
+#!/usr/bin/env bash
+# Colour profile, EXIF, XMP and resolution between JPEG files, PNG and TIFF, and --strip and --upright, as Pillow reads and
+# writes them.
+#
+#   jpeg_metadata.sh BIN-DIR
+set -u
+here=$(realpath "$(dirname "$0")")
+. "$here/support/checks.bash"
+need_pillow
+need cjpeg jpegtran cmp
+
+cat >meta.py <<'P'
+import sys
+import numpy as np
+from PIL import Image, ImageCms, ImageOps
+
+PROFILE = ImageCms.ImageCmsProfile(ImageCms.createProfile("sRGB")).tobytes() + bytes(range(256)) * 600 # three segments
+XMP = b'<?xpacket begin=""?><x:xmpmeta xmlns:x="adobe:ns:meta/"/><?xpacket end="w"?>'
+
+def exif(orientation):
+    e = Image.Exif()
+    e[274] = orientation
+    e[271] = "a maker"
+    return e.tobytes()
+def profile(path):
+    with Image.open(path) as im: return im.info.get("icc_profile")
+def orientation(path):
+    with Image.open(path) as im: return im.getexif().get(274)
+def maker(path):
+    with Image.open(path) as im: return im.getexif().get(271)
+def xmp(path):
+    with Image.open(path) as im:
+        found = im.info.get("xmp") or im.info.get("XML:com.adobe.xmp")
+        return found.encode() if isinstance(found, str) else found
+def dpi(path):
+    with Image.open(path) as im: return tuple(round(v) for v in im.info.get("dpi", (0, 0)))
+def pixels(path):
+    with Image.open(path) as im: return np.asarray(im).astype(int)
+P
+cat >make.py <<'P'
+from meta import *
+y, x = np.mgrid[0:64, 0:96]
+a = np.dstack([x * 2, y * 3, x + y]).astype(np.uint8)
+for orientation in range(1, 9):
+    Image.fromarray(a).save(f"in{orientation}.jpg", quality=92, subsampling=0, icc_profile=PROFILE, exif=exif(orientation), xmp=XMP, dpi=(300, 150))
+Image.fromarray(a).save("in.png", icc_profile=PROFILE, exif=exif(6), dpi=(300, 300))
+Image.fromarray(a[..., 0]).save("grey.jpg", dpi=(72, 72), icc_profile=PROFILE)
+P
+check "$python" make.py
+
+# what FILE: all is there, by Pillow
+cat >all.py <<'P'
+from meta import *
+path, turn, resolution = sys.argv[1], int(sys.argv[2]), tuple(int(v) for v in sys.argv[3].split("x"))
+assert profile(path) == PROFILE, (path, "profile")
+assert orientation(path) == turn, (path, orientation(path))
+assert maker(path) == "a maker", (path, maker(path))
+assert dpi(path) == resolution, (path, dpi(path))
+if len(sys.argv) > 4: assert xmp(path) == XMP, (path, xmp(path))
+P
+cat >none.py <<'P'
+from meta import *
+for path in sys.argv[1:]:
+    assert not profile(path) and not orientation(path) and not maker(path) and not xmp(path) and dpi(path) in ((0, 0), (1, 1)), path
+P
+# From JPEG, and back into it by each road.
+for ending in png tif; do
+    check "$zmx" jpeg decode in6.jpg a.$ending --strict
+    check "$python" all.py a.$ending 6 300x150 xmp
+    for options in "" --progressive "--optimize --sampling 444" "--precision 12"; do
+        # shellcheck disable=SC2086
+        check "$zmx" jpeg encode a.$ending b.jpg $options --strict
+        [ "$options" = "--precision 12" ] || check "$python" all.py b.jpg 6 300x150 xmp
+        check "$zmx" jpeg decode b.jpg c.$ending --strict
+        check "$python" all.py c.$ending 6 300x150 xmp
+    done
+done
+check "$zmx" jpeg encode in.png b.jpg --strict
+check "$python" all.py b.jpg 6 300x300
+check "$zmx" jpeg transcode in6.jpg b.jpg --progressive --strict
+check "$python" all.py b.jpg 6 300x150 xmp
+check "$zmx" jpeg decode grey.jpg g.png --strict
+check "$zmx" jpeg encode g.png g.jpg --lossless 1 --strict
+check "$zmx" jpeg decode g.jpg g2.png --strict
+check "$python" -c 'from meta import *; assert profile("g2.png") == PROFILE and dpi("g2.png") == (72, 72)'
+
+# Without it.
+check "$zmx" jpeg decode in6.jpg a.png --strip
+check "$zmx" jpeg encode in.png b.jpg --strip
+check "$zmx" jpeg transcode in6.jpg c.jpg --strip
+check "$python" none.py a.png b.jpg
+check "$python" -c 'from meta import *; assert not profile("c.jpg") and not orientation("c.jpg") and not xmp("c.jpg")'
+
+# What a file cannot hold is a warning, and an error when asked for.
+check "$zmx" jpeg encode in.png rgb.jpg --rgb
+grep -q "in.png: warning: the resolution is left out" err || bad "no warning: $(cat err)"
+checks=$((checks + 1))
+"$zmx" jpeg encode in.png strict.jpg --rgb --strict 2>err && bad "--strict takes it"
+[ ! -e strict.jpg ] || bad "--strict leaves a file"
+check "$zmx" jpeg decode in6.jpg a.ppm
+grep -q "a.ppm: warning" err || bad "a PNM file holds no metadata, and nobody says so"
+
+# The pixels as the orientation means them, from files and into files; and the coefficients.
+cat >upright.py <<'P'
+from meta import *
+with Image.open(sys.argv[1]) as im: want = np.asarray(ImageOps.exif_transpose(im)).astype(int)
+for path in sys.argv[2:]:
+    got = pixels(path)
+    assert got.shape == want.shape, (path, got.shape, want.shape)
+    assert abs(got - want).max() <= 3, (path, abs(got - want).max())
+    assert orientation(path) in (None, 1), (path, orientation(path))
+    assert profile(path) == PROFILE
+P
+for n in 1 2 3 4 5 6 7 8; do
+    check "$zmx" jpeg decode in$n.jpg up.png --upright --strict
+    check "$zmx" jpeg transcode in$n.jpg up.jpg --orient --strict
+    check "$python" upright.py in$n.jpg up.png up.jpg
+    check "$zmx" jpeg decode in$n.jpg kept.png --strict
+    check "$zmx" jpeg encode kept.png up2.jpg --upright --quality 100 --sampling 444 --strict
+    check "$python" upright.py in$n.jpg up2.jpg
+    [ "$n" -lt 5 ] && size=96x64 || size=64x96
+    check "$zmx" jpeg decode in$n.jpg up.raw --upright --format bgr565
+    [ "$(cat out)" = $size ] || bad "orientation $n: packed pixels of $(cat out)"
+    check "$zmx" jpeg decode in$n.jpg up.raw --upright --format rgb
+    [ "$(cat out)" = $size ] || bad "orientation $n: raw pixels of $(cat out)"
+done
+# EXIF that is cut or empty harms nothing.
+"$python" - <<'P'
+data = bytearray(open("in6.jpg", "rb").read())
+at = data.index(b"Exif\0\0")
+for i, n in enumerate((6, 8, 12, 14, 16, 20)):
+    cut = bytearray(data)
+    cut[at + n:at + n + 2] = b"\xff\xff"
+    open(f"bad{i}.jpg", "wb").write(cut)
+P
+for n in 0 1 2 3 4 5; do
+    check "$zmx" jpeg decode bad$n.jpg up.png --upright
+    check "$zmx" jpeg transcode bad$n.jpg up.jpg --orient --trim
+done
+finish 110
