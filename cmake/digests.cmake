@@ -4,6 +4,7 @@ file(GLOB zmx_digest_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/diges
 add_executable(zmx_digests ${zmx_digest_sources})
 target_include_directories(zmx_digests PRIVATE ${PROJECT_SOURCE_DIR})
 target_link_libraries(zmx_digests PRIVATE zmxjpx zmx_warnings)
+target_compile_options(zmx_digests PRIVATE -O1) # whatever the library's: it compiles in half the time
 add_test(NAME digests COMMAND zmx_digests ${PROJECT_SOURCE_DIR}/tests/digests/digests.txt)
 set_tests_properties(digests PROPERTIES TIMEOUT 600)
 # Every function that the header declares has a digest.

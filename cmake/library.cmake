@@ -40,6 +40,8 @@ set_source_files_properties(src/pjdecccss.cpp src/pjencccss.cpp PROPERTIES
   COMPILE_OPTIONS $<$<CXX_COMPILER_ID:GNU>:--param=max-completely-peel-times=4>)
 target_include_directories(zmxjpx_objects PUBLIC ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src)
 target_link_libraries(zmxjpx_objects PUBLIC ${zmx_openmp} PRIVATE zmx_warnings)
+# Public: the tests of internal functions are to see the same types.
+target_compile_definitions(zmxjpx_objects PUBLIC $<$<BOOL:${ZMX_SOFT_EXTENDED}>:ZMX_SOFT_EXTENDED>)
 # Nothing in it throws, so that a C program needs no C++ runtime.
 target_compile_options(zmxjpx_objects PRIVATE -fno-exceptions -fno-rtti)
 set_target_properties(zmxjpx_objects PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)

@@ -22,11 +22,17 @@ endif()
 
 file(GLOB zmx_test_support CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/support/*.cpp
   ${PROJECT_SOURCE_DIR}/tests/*/support/*.cpp ${PROJECT_SOURCE_DIR}/tests/*/model/*.cpp)
-# These two stand in for libzmxcore: a test includes them, and no other program gets them.
-list(FILTER zmx_test_support EXCLUDE REGEX "/tests/support/(memory|threads)\\.cpp$")
+# These stand in for libzmxcore: a test includes them, and no other program gets them.
+list(FILTER zmx_test_support EXCLUDE REGEX "/tests/support/(memory|guardedmemory|threads)\\.cpp$")
 add_library(zmx_test_support STATIC ${zmx_test_support})
 target_include_directories(zmx_test_support PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
 target_link_libraries(zmx_test_support PUBLIC zmx_gtest PRIVATE zmx_warnings)
+# What is tested keeps this build's flags. The tests of another processor are compiled for every run, and run once.
+set(zmx_test_options "")
+if(CMAKE_CROSSCOMPILING)
+  set(zmx_test_options -O1)
+  target_compile_options(zmx_test_support PRIVATE ${zmx_test_options})
+endif()
 
 file(GLOB zmx_tests CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/*/test_*.cpp)
 foreach(source ${zmx_tests})
@@ -35,6 +41,7 @@ foreach(source ${zmx_tests})
     continue()
   endif()
   add_executable(${name} ${source})
+  target_compile_options(${name} PRIVATE ${zmx_test_options})
   target_link_libraries(${name} PRIVATE zmx_test_support ${zmx_openmp} zmx_warnings)
   if(name MATCHES "^test_own_")
     target_link_libraries(${name} PRIVATE zmxjpx_objects zmxcore)

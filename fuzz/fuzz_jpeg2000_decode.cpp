@@ -12,7 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     options.layers = size % 7 == 0 ? int(size / 7 % 3) : 0;
     options.threads = 1;
     try {
-        const jpeg2000::PlanarPicture p = jpeg2000::decode({data, size}, options);
+        const jpeg2000::PlanarPicture p = jpeg2000::decodePlanes({data, size}, options).picture;
         for (const jpeg2000::Component& c : p.components) {
             if (c.samples.size() != std::size_t(c.width) * std::size_t(c.height)) std::abort();
             for (const std::int32_t v : c.samples)

@@ -4,6 +4,7 @@
 // lanes that the compiler turns into vector code. A pass over the rows is the same between two transpositions.
 #pragma once
 
+#include "pidctmul.h"
 #include "pjwrap.h"
 
 #include <cstdint>
@@ -51,7 +52,7 @@ using First = Ending<12>;
 using Second = Ending<21>;
 
 // The root of two with 12 fraction bits: its operand is rounded ahead of the product, in all transforms and passes.
-constexpr Wrapping timesRoot2(Wrapping v) { return Wrapping(shiftRight(v + 2048, 12)) * 5793; }
+constexpr Wrapping timesRoot2(Wrapping v) { return Wrapping(shiftRight(v + 2048, 12)) * dct::kRoot2With12; }
 
 // Results keep their 16 low bits: nothing saturates.
 template <class Pass> constexpr Zmx16s ended(Wrapping v) { return wrap16s(shiftRight(v + Pass::half, Pass::shift)); }

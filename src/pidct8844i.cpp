@@ -1,8 +1,8 @@
 // pidct8844i.cpp - the reduced integer inverse DCTs: of a block with a non-zero corner, and to a smaller picture.
 //
 // All take the columns first and keep 16-bit values with three fraction bits between the passes, as the full inverse
-// does. The full-size results need not equal those of the full transform bit for bit: 32138 and 42813 are one less than
-// the sums of its multipliers that they stand for. Required.
+// does. The full-size results need not equal those of the full transform bit for bit: two multipliers are one less than
+// the sums of those that they stand for (pidctmul.h). Required.
 #include "pidct.h"
 
 #include "pidct88.h"
@@ -11,6 +11,8 @@
 #include <initializer_list>
 
 namespace zmx {
+
+using namespace dct;
 
 // The eight results of the vector in a lane: q of the even coefficients, g and h of the odd ones.
 template <class Pass>
@@ -31,10 +33,10 @@ struct Corner4x4 {
     template <class Pass> static void run(const Zmx16s* __restrict in, Zmx16s* __restrict out) {
         for (int i = 0; i < 8; ++i) {
             const Zmx16s c0 = in[i], c1 = in[8 + i], c2 = in[16 + i], c3 = in[24 + i];
-            const Wrapping x = Wrapping(c0) << 15, outer = times<42813>(c2), inner = times<17734>(c2);
-            const Wrapping e1 = times<32138>(c1) - times<27246>(c3), e2 = times<6393>(c1) + times<18205>(c3);
-            const Wrapping g1 = timesRoot2(times<32138>(c1) + times<27246>(c3));
-            const Wrapping g2 = timesRoot2(times<6393>(c1) - times<18205>(c3));
+            const Wrapping x = Wrapping(c0) << 15, outer = times<kEvenOuter>(c2), inner = times<kEvenInner>(c2);
+            const Wrapping e1 = times<kCos1>(c1) - times<kCos3>(c3), e2 = times<kCos7>(c1) + times<kCos5>(c3);
+            const Wrapping g1 = timesRoot2(times<kCos1>(c1) + times<kCos3>(c3));
+            const Wrapping g2 = timesRoot2(times<kCos7>(c1) - times<kCos5>(c3));
             mirrored<Pass>(out + i, x + outer, x + inner, x - inner, x - outer, g1, e1 + e2, e1 - e2, g2);
         }
     }
@@ -46,8 +48,8 @@ struct Corner2x2 {
         for (int i = 0; i < 8; ++i) {
             const Zmx16s c0 = in[i], c1 = in[8 + i];
             const Wrapping x = Wrapping(c0) << 15;
-            mirrored<Pass>(out + i, x, x, x, x, timesRoot2(times<32138>(c1)), times<38531>(c1), times<25745>(c1),
-                           timesRoot2(times<6393>(c1)));
+            mirrored<Pass>(out + i, x, x, x, x, timesRoot2(times<kCos1>(c1)), times<kCos1 + kCos7>(c1),
+                           times<kCos1 - kCos7>(c1), timesRoot2(times<kCos7>(c1)));
         }
     }
 };
@@ -66,9 +68,11 @@ template <class Pass> static void passTo4(const Zmx16s* __restrict in, Zmx16s* _
     for (int i = 0; i < 8; ++i) {
         const Zmx16s c0 = in[i], c1 = in[8 + i], c2 = in[16 + i], c3 = in[24 + i];
         const Zmx16s c5 = in[40 + i], c6 = in[48 + i], c7 = in[56 + i];
-        const Wrapping t1 = times<41991>(c1) + times<14745>(c3) - times<9852>(c5) - times<8352>(c7);
-        const Wrapping t2 = times<17393>(c1) - times<35598>(c3) + times<23786>(c5) - times<3460>(c7);
-        const Wrapping x = Wrapping(c0) << 15, m = times<30274>(c2) - times<12540>(c6);
+        const Wrapping t1 =
+            times<kOuterOf4<1>>(c1) + times<kOuterOf4<3>>(c3) - times<kOuterOf4<5>>(c5) - times<kOuterOf4<7>>(c7);
+        const Wrapping t2 =
+            times<kInnerOf4<1>>(c1) - times<kInnerOf4<3>>(c3) + times<kInnerOf4<5>>(c5) - times<kInnerOf4<7>>(c7);
+        const Wrapping x = Wrapping(c0) << 15, m = times<kOuterOf4<2>>(c2) - times<kOuterOf4<6>>(c6);
         out[i] = ended<Pass>(x + m + t1);
         out[8 + i] = ended<Pass>(x - m + t2);
         out[16 + i] = ended<Pass>(x - m - t2);
@@ -90,8 +94,8 @@ static void dct_8x8_to_4x4_inv_16s(Zmx16s* block) {
 using FirstTo2 = Ending<13>;
 using SecondTo2 = Ending<22>;
 template <class Pass> static void vectorTo2(const Zmx16s* in, int inStep, Zmx16s* out, int outStep) {
-    const Wrapping t = times<59384>(in[inStep]) - times<20853>(in[3 * inStep]) + times<13932>(in[5 * inStep]) -
-                       times<11812>(in[7 * inStep]);
+    const Wrapping t = times<kPointOf2<1>>(in[inStep]) - times<kPointOf2<3>>(in[3 * inStep]) +
+                       times<kPointOf2<5>>(in[5 * inStep]) - times<kPointOf2<7>>(in[7 * inStep]);
     const Wrapping x = Wrapping(in[0]) << 16;
     out[0] = ended<Pass>(x + t);
     out[outStep] = ended<Pass>(x - t);

@@ -5,11 +5,15 @@
 // precision, so that all builds give the same bits.
 #include "pidct.h"
 
+#include "pidctmul.h"
 #include "pjargs.h"
 #include "pjround.h"
 #include "pjtable.h"
 
 namespace zmx {
+
+using namespace dct;
+
 namespace {
 
 // A single-precision value whose sums, differences and products are single-precision too.
@@ -21,13 +25,11 @@ inline Single operator-(Single a, Single b) { return {rounded(a.v - b.v)}; }
 inline Single operator*(Single a, Zmx32f b) { return {rounded(a.v * b)}; }
 
 // Outer products of two vectors, rounded once.
-constexpr auto outerProduct(const double (&f)[8]) {
+constexpr auto outerProduct(const Factors& f) {
     return tableOf<64>([&](int i) { return Zmx32f(f[i / 8] * f[i % 8]); });
 }
-constexpr auto tab_norm_fwd =
-    outerProduct({0.35355339, 0.23549484, 0.27059805, 0.27778512, 0.35355339, 0.41573479, 0.65328146, 1.18391256});
-constexpr auto tab_norm_inv =
-    outerProduct({0.35355339, 0.90612749, 0.46193979, 0.76817773, 0.35355339, 0.51327996, 0.19134172, 0.18023997});
+constexpr auto tab_norm_fwd = outerProduct(kForwardFactors);
+constexpr auto tab_norm_inv = outerProduct(kInverseFactors);
 static_assert(tab_norm_fwd[0] == 0.125f && tab_norm_inv[0] == 0.125f && tab_norm_fwd[1] == tab_norm_fwd[8]);
 
 // Where the sums and the differences of the mirrored elements 0..3 stand between the two-dimensional stage and the
@@ -39,14 +41,14 @@ template <int Step> void forwardVector(Single* t) {
     const Single s0 = t[0], s1 = t[6 * Step], s2 = t[2 * Step], s3 = t[4 * Step];
     const Single d0 = t[7 * Step], d1 = t[Step], d2 = t[5 * Step], d3 = t[3 * Step];
 
-    const Single e0 = s0 + s3, e1 = s0 - s3, f0 = s1 + s2, f1 = s1 - s2, m = (f1 + e1) * 0.70710677f;
+    const Single e0 = s0 + s3, e1 = s0 - s3, f0 = s1 + s2, f1 = s1 - s2, m = (f1 + e1) * kHalfRoot2;
     t[0] = e0 + f0;
     t[4 * Step] = e0 - f0;
     t[2 * Step] = e1 + m;
     t[6 * Step] = e1 - m;
 
-    const Single p = d0 * 1.0823922f, q = (d1 + d2) * 0.76536685f, A = p + q, B = p - q;
-    const Single u = d0 + d1, v = d2 + d3, M = v * 0.41421357f + u, N = v - u * 0.41421357f;
+    const Single p = d0 * kSec2, q = (d1 + d2) * kTwoCos6, A = p + q, B = p - q;
+    const Single u = d0 + d1, v = d2 + d3, M = v * kTan2 + u, N = v - u * kTan2;
     t[Step] = A + M;
     t[7 * Step] = A - M;
     t[5 * Step] = B + N;
@@ -58,19 +60,19 @@ template <int Step> void inverseVector(Single* y) {
     const Single y0 = y[0], y1 = y[Step], y2 = y[2 * Step], y3 = y[3 * Step];
     const Single y4 = y[4 * Step], y5 = y[5 * Step], y6 = y[6 * Step], y7 = y[7 * Step];
 
-    const Single m = (y2 - y6) * 1.4142135f - (y2 + y6);
+    const Single m = (y2 - y6) * kRoot2Single - (y2 + y6);
     y[0] = (y0 + y4) + (y2 + y6);
     y[4 * Step] = (y0 + y4) - (y2 + y6);
     y[2 * Step] = (y0 - y4) - m;
     y[6 * Step] = (y0 - y4) + m;
 
-    const Single g = ((y3 + y5) + (y1 + y7)) * 0.5411961f;
-    const Single h = (y1 - y7) - (y5 - y3) * 0.41421357f - g;
-    const Single k = ((y1 + y7) - (y3 + y5)) * 0.76536685f - h;
+    const Single g = ((y3 + y5) + (y1 + y7)) * kRoot2Cos6;
+    const Single h = (y1 - y7) - (y5 - y3) * kTan2 - g;
+    const Single k = ((y1 + y7) - (y3 + y5)) * kTwoCos6 - h;
     y[7 * Step] = g;
     y[Step] = h;
     y[5 * Step] = k;
-    y[3 * Step] = (y1 - y7) * 0.41421357f + (y5 - y3) - k;
+    y[3 * Step] = (y1 - y7) * kTan2 + (y5 - y3) - k;
 }
 
 // The cores: the source may be the destination, which is written last.

@@ -1,7 +1,8 @@
 // pidct88i.cpp - the integer 8x8 forward and inverse DCT.
 //
-// The flow is that of Loeffler, Ligtenberg and Moschytz. The forward transform takes the rows first, the inverse the
-// columns. Arithmetic wraps in 32 bits; between the two passes the block holds 16-bit values with three fraction bits.
+// The flow, its multipliers and where it begins to wrap are in pidctmul.h. The forward transform takes the rows first,
+// the inverse the columns. Arithmetic wraps in 32 bits; between the two passes the block holds 16-bit values with three
+// fraction bits.
 #include "pidct.h"
 
 #include "pidct88.h"
@@ -9,6 +10,8 @@
 #include "pjrows.h"
 
 namespace zmx {
+
+using namespace dct;
 
 // Results 0 and 4: the sums themselves, eight times as large after the first pass, rounded after the second.
 static Zmx16s sumEnded(First, Wrapping v) { return wrap16s(Zmx32s(v * 8)); }
@@ -29,20 +32,21 @@ static void forwardPass(const Zmx16s* __restrict in, Zmx16s* __restrict out) {
         const Sum a = Sum(s0 + s3), b = Sum(s0 - s3), c = Sum(s1 + s2), e = Sum(s1 - s2);
         out[i] = sumEnded(Pass(), Wrapping(a + c));
         out[32 + i] = sumEnded(Pass(), Wrapping(a - c));
-        // The rotation multiplied out: b + e may outgrow its type. Multipliers of 15 fraction bits.
-        out[16 + i] = ended<Pass>(times<17734 + 25080>(b) + times<17734>(e));
-        out[48 + i] = ended<Pass>(times<17734>(b) - times<60547 - 17734>(e));
+        // The even rotation multiplied out: b + e may outgrow its type.
+        out[16 + i] = ended<Pass>(times<kEven.both + kEven.minus>(b) + times<kEven.both>(e));
+        out[48 + i] = ended<Pass>(times<kEven.both>(b) - times<kEven.plus - kEven.both>(e));
 
-        // The odd part is eight times as large from here on, its multipliers have 12 fraction bits. The root of two
-        // times the outer differences is rounded here, in both passes.
+        // The odd part is eight times as large from here on. The root of two times the outer differences is rounded
+        // here, in both passes.
         const Odd u = Odd(8 * (d1 + d2)), v = Odd(8 * (d1 - d2));
-        const Odd p = Odd(shiftRight(times<46341>(d0) + 2048, 12)), q = Odd(shiftRight(times<46341>(d3) + 2048, 12));
+        const Odd p = Odd(shiftRight(times<kRoot2With15>(d0) + 2048, 12));
+        const Odd q = Odd(shiftRight(times<kRoot2With15>(d3) + 2048, 12));
         const Odd e1 = Odd(u + p), e2 = Odd(p - u), e3 = Odd(v + q), e4 = Odd(q - v);
-        const Wrapping w1 = times<799>(Odd(e1 + e3)), w2 = times<3406>(Odd(e2 + e4));
-        out[8 + i] = ended<Pass>(w1 + times<3218>(e1));
-        out[56 + i] = ended<Pass>(w1 - times<4816>(e3));
-        out[24 + i] = ended<Pass>(w2 - times<5681>(e4));
-        out[40 + i] = ended<Pass>(w2 - times<1130>(e2));
+        const Wrapping w1 = times<kOddBy1Of8.both>(Odd(e1 + e3)), w2 = times<kOddBy3Of8.both>(Odd(e2 + e4));
+        out[8 + i] = ended<Pass>(w1 + times<kOddBy1Of8.minus>(e1));
+        out[56 + i] = ended<Pass>(w1 - times<kOddBy1Of8.plus>(e3));
+        out[24 + i] = ended<Pass>(w2 - times<kOddBy3Of8.plus>(e4));
+        out[40 + i] = ended<Pass>(w2 - times<kOddBy3Of8.minus>(e2));
     }
 }
 
@@ -54,17 +58,18 @@ template <class Pass, int Count> static void inversePass(const Zmx16s* __restric
         const Zmx16s c0 = in[i], c1 = in[8 + i], c2 = in[16 + i], c3 = in[24 + i];
         const Zmx16s c4 = element(4, i), c5 = element(5, i), c6 = element(6, i), c7 = element(7, i);
 
-        // The rotations multiplied out, so that every factor has 16 bits: sums that wrap do not mind. All multipliers
-        // but 5793 have 15 fraction bits.
-        const Wrapping o1 = times<27246 - 9041>(c5) + times<27246>(c3);
-        const Wrapping o2 = times<27246>(c5) - times<45451 - 27246>(c3);
-        const Wrapping o3 = times<6393 + 25746>(c1) + times<6393>(c7);
-        const Wrapping o4 = times<6393>(c1) - times<38531 - 6393>(c7);
+        // The odd rotations multiplied out, so that every factor has 16 bits: sums that wrap do not mind. Behind them
+        // the butterflies, and the root of two on two of the four.
+        const Wrapping o1 = times<kOddBy3.both - kOddBy3.minus>(c5) + times<kOddBy3.both>(c3);
+        const Wrapping o2 = times<kOddBy3.both>(c5) - times<kOddBy3.plus - kOddBy3.both>(c3);
+        const Wrapping o3 = times<kOddBy1.both + kOddBy1.minus>(c1) + times<kOddBy1.both>(c7);
+        const Wrapping o4 = times<kOddBy1.both>(c1) - times<kOddBy1.plus - kOddBy1.both>(c7);
         const Wrapping e1 = o3 - o1, e2 = o4 - o2, h1 = e1 + e2, h2 = e1 - e2;
         const Wrapping g1 = timesRoot2(o1 + o3), g2 = timesRoot2(o2 + o4);
 
-        const Wrapping p1 = times<17734 + 25080>(c2) + times<17734>(c6);
-        const Wrapping p2 = times<17734>(c2) - times<60547 - 17734>(c6);
+        // The even rotation.
+        const Wrapping p1 = times<kEven.both + kEven.minus>(c2) + times<kEven.both>(c6);
+        const Wrapping p2 = times<kEven.both>(c2) - times<kEven.plus - kEven.both>(c6);
         const Wrapping sum = Wrapping(c0 + c4) << 15, difference = Wrapping(c0 - c4) << 15;
         const Wrapping q0 = sum + p1, q3 = sum - p1, q1 = difference + p2, q2 = difference - p2;
 
@@ -91,8 +96,9 @@ static void dct_8x8_fwd_16s(const Zmx16s* src, Zmx16s* dst) {
     Block16s turned, held;
     transpose(src, turned.at);
     // With samples of 8 bits the sums fit 16 bits, and products of those are cheaper; the results are the same. The
-    // first pass makes values from -8192 (eight times -128, three fraction bits) to 8191 at most, and the second adds
-    // up to four of them ahead of its products. Its odd part outgrows 16 bits, that of the first pass does not.
+    // first pass makes values from -8192 (eight times -128, three fraction bits) to 8191 at most (kForwardGain), and the
+    // second adds up to four of them ahead of its products. Its odd part outgrows 16 bits, that of the first pass does
+    // not.
     if (are8Bits(src)) {
         forwardPass<First, Zmx16s, Zmx16s>(turned.at, held.at);
         transpose(held.at, turned.at);

@@ -6,6 +6,7 @@
 
 namespace zmx {
 
+// beyond(sample, threshold) says whether a sample is replaced; each mode has a loop of its own.
 template <class Beyond>
 static void thresholdRow(const Zmx8u* src, Zmx8u* dst, int width, Zmx16u threshold, Zmx16u value, Beyond beyond) {
     for (int x = 0; x < width; ++x) {
@@ -19,8 +20,7 @@ ZmxStatus zmxiThreshold_Val_16u_C1R(const Zmx16u* pSrc, int srcStep, Zmx16u* pDs
     // The mode before all else, sizes before steps: required here.
     if (ZmxStatus bad = Args()
                             .test(cmpOp != zmxCmpLess && cmpOp != zmxCmpGreater, zmxStsNotSupportedModeErr)
-                            .ptr(pSrc)
-                            .ptr(pDst)
+                            .ptr(pSrc, pDst)
                             .size(roiSize)
                             .step(srcStep)
                             .step(dstStep))

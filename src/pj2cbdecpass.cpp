@@ -1,7 +1,8 @@
 // pj2cbdecpass.cpp - the coding passes of the decoder: what a decision is when it comes from an MQ or a raw
 // segment.
+#include "pj2cbdecpass.h"
+
 #include "pj2cbpasses.h"
-#include "pj2decoder.h"
 #include "pjrows.h"
 
 namespace zmx {
@@ -21,6 +22,7 @@ void beginPass(ZmxiDecodeCBProgrState& s) {
     s.pFlagStripe = s.pFlagColumn = s.pFlagWord = s.flagPlane.pFlags + s.flagPlane.flagStride / 4 + 1;
 }
 
+// The block as a pass walks it.
 CodedBlock<Zmx8u> codedBlock(const ZmxiDecodeCBProgrState& s, bool causal) {
     return {reinterpret_cast<Zmx8u*>(s.pStripe), s.block.dstStep, s.block.width, s.block.height, s.pFlagStripe,
             s.flagPlane.flagStride / 4,          causal ? 0 : ~0u};
@@ -90,6 +92,7 @@ private:
     [[gnu::always_inline]] Zmx32u decode(Zmx32u context) { return mq.decode(contexts.at[context]); }
 };
 
+// Decisions of a raw segment: bits, one each.
 class RawDecoding {
     const PlaneSamples samples;
     RawBitReader& state;

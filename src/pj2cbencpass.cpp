@@ -1,10 +1,12 @@
 // pj2cbencpass.cpp - the coding passes of the encoder: a decision is taken from a sample and recorded, and
 // the distortion that it removes is added up.
+#include "pj2cbencpass.h"
+
 #include "pj2cbpasses.h"
-#include "pj2encoder.h"
 #include "pjrows.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace zmx {
 namespace {
@@ -24,6 +26,7 @@ public:
     Zmx32s total() const { return Zmx32s(sum); }
 };
 
+// The coder of MQ passes, as pj2cbpasses.h asks for it: every decision goes into the arrays with its context.
 class MqRecording {
     Zmx8u* const decisions;
     Zmx8u* const contexts;
@@ -49,6 +52,7 @@ public:
         return bit;
     }
     [[gnu::always_inline]] Zmx32u sign(Zmx32u half, Sample* sample) {
+        // Decided is not the sign, but whether the neighbours foretell it wrongly.
         const Zmx32u prediction = SignCodingLUT[half >> 4 & 0x1FF];
         const Zmx32u v = load<Zmx32u>(sample, 0);
         record(prediction & 15, v >> 31 ^ prediction >> 31);
@@ -82,6 +86,7 @@ private:
     }
 };
 
+// That of raw passes: no contexts, and signs as they are.
 class RawRecording {
     Zmx8u* const decisions;
     const int plane;
@@ -134,8 +139,12 @@ void beginPass(ZmxiEncodeState_JPEG2K& s, Step step, int plane) {
     s.distShiftLeft = Zmx32u(std::max(6 - plane, 0));
 }
 
+// Books the decisions and the distortion of a pass, and opens the entry of the next.
 template <class Coder> void endPass(ZmxiEncodeState_JPEG2K& s, const Coder& recording) {
     EncCoderState& coder = *s.pCoder;
+    // They have no contexts, and get one all the same: so every decision has, and none that memory held before is
+    // ever taken for one.
+    if (Coder::isRaw) std::memset(coder.pContexts + coder.decisionCount, 0, std::size_t(recording.count));
     coder.decisionCount += int(recording.count);
     coder.passRaw[coder.passCount] = Coder::isRaw;
     coder.passDecisions[coder.passCount] = coder.decisionCount - coder.decisionBase;
@@ -147,6 +156,7 @@ template <class Coder> void endPass(ZmxiEncodeState_JPEG2K& s, const Coder& reco
     s.passDist[++s.passIndex] = 0;
 }
 
+// The block as a pass walks it; its flags begin behind the border.
 CodedBlock<const Zmx8u> codedBlock(const ZmxiEncodeState_JPEG2K& s, const EncodedBlock& block) {
     const std::ptrdiff_t stride = flagRowBytes(block.size.width) / 4;
     return {reinterpret_cast<const Zmx8u*>(block.pSrc),

@@ -6,9 +6,10 @@
 namespace zmx {
 
 void clearFlagPlane(Zmx32u* flags, ZmxiSize size) {
+    // Row by row: what pads a flag row to its stride is not part of the plane.
     const int stride = int(flagRowBytes(size.width));
-    for (int y = 0; y < (size.height + 1) / 2 + 2; ++y)
-        std::memset(rowAt(flags, stride, y), 0, std::size_t(size.width) * 4 + 8);
+    const int rows = int(flagRows(size.height));
+    for (int y = 0; y < rows; ++y) std::memset(rowAt(flags, stride, y), 0, std::size_t(size.width) * 4 + 8);
 }
 
 } // namespace zmx

@@ -7,6 +7,7 @@
 
 #include <bit>
 #include <cstdint>
+#include <limits>
 
 namespace zmx {
 
@@ -93,9 +94,17 @@ static_assert(MagnRefineLUT[0] == 16 && MagnRefineLUT[1] == 17 && MagnRefineLUT[
 // Bytes from flag row to flag row: a word a column and one on each side, in multiples of 32.
 constexpr std::int64_t flagRowBytes(int width) { return (std::int64_t(width) * 4 + 8 + 31) & ~31; }
 
-// Bytes of a flag plane: a row for each pair of sample rows, one above and one below.
+// Flag rows of a plane: one for each pair of sample rows, one above and one below.
+constexpr std::int64_t flagRows(int height) { return (std::int64_t(height) + 1) / 2 + 2; }
+
+// The most bytes that an int can tell, and so the most that a block of memory has.
+inline constexpr std::int64_t kMostBytes = std::numeric_limits<int>::max();
+
+// The product of two sizes; where it is above that, a number that is so too, and no overflow.
+constexpr std::int64_t bytesOf(std::int64_t a, std::int64_t b) { return a <= kMostBytes / b ? a * b : kMostBytes + 1; }
+
 constexpr std::int64_t flagPlaneBytes(ZmxiSize size) {
-    return flagRowBytes(size.width) * ((std::int64_t(size.height) + 1) / 2 + 2);
+    return bytesOf(flagRowBytes(size.width), flagRows(size.height));
 }
 
 // Zeroes the flag plane of a block; what lies between its border and the end of a flag row is left alone.

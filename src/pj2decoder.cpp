@@ -1,7 +1,7 @@
 // pj2decoder.cpp - the code-block decoder's exported functions: the state's life, the steps through the
 // codeword segments, and the decoding of a whole block in one call. The coding passes are in
 // pj2cbdecpass.cpp.
-#include "pj2decoder.h"
+#include "pj2cbdecpass.h"
 
 #include "pj2cbflags.h"
 #include "pjargs.h"
@@ -9,11 +9,10 @@
 #include "psalloc.h"
 
 #include <cstdint>
-#include <limits>
 
 namespace zmx {
 
-static constexpr int kFlagAlignment = 32;
+static constexpr int kFlagAlignment = 32; // bytes; the plane stands behind the fixed fields
 
 // Null, then the magic word: the head of most functions' tests.
 static Args stateArgs(const ZmxiDecodeCBProgrState* state) {
@@ -23,7 +22,7 @@ static Args stateArgs(const ZmxiDecodeCBProgrState* state) {
 // Bytes of a state; 0, which no allocation satisfies, for a block so large that an int cannot tell them.
 static int stateSize(ZmxiSize size) {
     const std::int64_t bytes = flagPlaneBytes(size) + int(sizeof(ZmxiDecodeCBProgrState)) + kFlagAlignment;
-    return bytes <= std::numeric_limits<int>::max() ? int(bytes) : 0;
+    return bytes <= kMostBytes ? int(bytes) : 0;
 }
 
 } // namespace zmx
@@ -34,7 +33,7 @@ ZmxStatus zmxiDecodeCBProgrGetStateSize_JPEG2K(ZmxiSize size, int* pSize) {
     // The size ahead of the pointer: required here.
     if (ZmxStatus bad = Args().size(size).ptr(pSize)) return bad;
     *pSize = stateSize(size);
-    return zmxStsNoErr;
+    return *pSize ? zmxStsNoErr : zmxStsSizeErr;
 }
 
 ZmxStatus zmxiDecodeGetBufSize_JPEG2K(ZmxiSize size, int* pSize) {
@@ -73,6 +72,7 @@ ZmxStatus zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(Zmx32s* pDst, int dstStep, Zmxi
     if (!(cbStyle & ZMX_CB_KEEP_DST))
         for (int y = 0; y < size.height; ++y) std::memset(rowAt(pDst, dstStep, y), 0, std::size_t(size.width) * 4);
 
+    // The flag plane and its geometry, of which the fields from pBlock to offsetSE tell the same in other words.
     const int stride = int(flagRowBytes(size.width));
     s.flagPlane = {s.pFlagArea, stride};
     if (!(cbStyle & ZMX_CB_KEEP_FLAGS)) clearFlagPlane(s.pFlagArea, size);
@@ -90,6 +90,7 @@ ZmxStatus zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(Zmx32s* pDst, int dstStep, Zmxi
     s.offsetSE = stride + 4;
     s.pZeroCodingLUT = zeroCodingLUT(subband);
 
+    // The four planes from the top on are MQ coded throughout.
     s.bypassPlane = cbStyle & ZMX_CB_SELECTIVE_BYPASS && nBitPlanes > 4 ? nBitPlanes - 4 : 0;
     s.attached = 1;
     s.curBitPlane = wrapSub(nBitPlanes, 1);
@@ -107,7 +108,7 @@ ZmxStatus zmxiDecodeCBProgrSetPassCounter_JPEG2K(int nPasses, ZmxiDecodeCBProgrS
 
 ZmxStatus zmxiDecodeCBProgrGetPassCounter_JPEG2K(const ZmxiDecodeCBProgrState* pState, int* pnPasses) {
     // Both pointers ahead of the magic word, unlike its sibling below: required.
-    if (ZmxStatus bad = Args().ptr(pState).ptr(pnPasses)) return bad;
+    if (ZmxStatus bad = Args().ptr(pState, pnPasses)) return bad;
     if (ZmxStatus bad = stateArgs(pState)) return bad;
     *pnPasses = pState->passCounter;
     return zmxStsNoErr;
@@ -225,6 +226,8 @@ ZmxStatus zmxiDecodeCBProgrStep_JPEG2K(const Zmx8u* pSrc, int srcLen, ZmxiDecode
     if (pState->damaged) return zmxStsCBDamagedErr;
     if (pState->passCounter <= 0 || pState->curBitPlane < 0) return zmxStsNoErr;
 
+    if (!mq::areContexts(pState->mq.ctxState, pState->mq.ctxMPS)) return zmxStsContextMatchErr;
+
     Step step{*pState, pSrc, srcLen};
     if (pState->cbStyle & ZMX_CB_TERMINATE_ALL) {
         pState->damaged = step.onePass();
@@ -252,7 +255,7 @@ ZmxStatus zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(const Zmx8u* pSrc, Zmx32s* pDst, 
                                                int nBitPlanes, int nPasses, const int* pTermLen, int nTerms,
                                                Zmx32u cbStyle, int* pErrorBitPlane, ZmxiDecodeCBProgrState* pState) {
     // The size amid the pointers: required here.
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pState).size(size).ptr(pTermLen).ptr(pDst).step(dstStep)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc, pState).size(size).ptr(pTermLen, pDst).step(dstStep)) return bad;
     zmxiDecodeCBProgrInit_JPEG2K(pState);
     zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(pDst, dstStep, size, pState, subband, nBitPlanes, cbStyle);
     zmxiDecodeCBProgrSetPassCounter_JPEG2K(nPasses, pState);
@@ -263,6 +266,7 @@ ZmxStatus zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R(const Zmx8u* pSrc, Zmx32s* pDst, 
         pSrc += pTermLen[i];
     }
 
+    // Bits below the last plane that was decoded are midpoints, which the caller may not want.
     const int plane = pState->curBitPlane;
     const Zmx32u keep = atPlane(~0u, plane);
     if (status == zmxStsCBDamagedErr) {

@@ -1,16 +1,15 @@
 // pj2encoder.cpp - the code-block encoder: the state's life, the load of a block, which runs all its coding
 // passes, and what is known of them. The passes are in pj2cbencpass.cpp, the storing of the bytes in
 // pj2encstore.cpp.
-#include "pj2encoder.h"
+#include "pj2cbencpass.h"
 
 #include "pj2cbflags.h"
-#include "pjround.h"
 #include "pjrows.h"
+#include "pjx87.h"
 #include "psalloc.h"
 
 #include <algorithm>
 #include <bit>
-#include <limits>
 
 namespace zmx {
 
@@ -18,9 +17,7 @@ namespace zmx {
 static constexpr int kDecisionsPerColumn = 1090;
 
 // A zero-filled or raw block of memory; null also for a size that an int cannot tell.
-static void* allocate(std::int64_t bytes) {
-    return bytes <= std::numeric_limits<int>::max() ? zmxsMalloc_8u(int(bytes)) : nullptr;
-}
+static void* allocate(std::int64_t bytes) { return bytes <= kMostBytes ? zmxsMalloc_8u(int(bytes)) : nullptr; }
 template <class T> static T* allocateZeroed() {
     void* p = allocate(sizeof(T));
     return p ? static_cast<T*>(std::memset(p, 0, sizeof(T))) : nullptr;
@@ -40,12 +37,12 @@ static void releaseState(ZmxiEncodeState_JPEG2K* state) {
     release(state);
 }
 
+// A state with its four blocks of memory, or nothing.
 static ZmxiEncodeState_JPEG2K* newState(ZmxiSize size) {
     auto* state = allocateZeroed<ZmxiEncodeState_JPEG2K>();
     if (!state) return nullptr;
     if ((state->pCoder = allocateZeroed<EncCoderState>())) {
-        const std::int64_t decisions =
-            std::int64_t(size.width) * kDecisionsPerColumn * ((size.height + std::int64_t(3)) / 4);
+        const std::int64_t decisions = bytesOf(size.width, kDecisionsPerColumn * ((size.height + std::int64_t(3)) / 4));
         EncCoderState& coder = *state->pCoder;
         coder.pDecisions = static_cast<Zmx8u*>(allocate(decisions));
         if (coder.pDecisions) coder.pContexts = static_cast<Zmx8u*>(allocate(decisions));
@@ -88,6 +85,7 @@ static int magnitudeBits(const Zmx32s* src, int srcStep, ZmxiSize size) {
     return std::bit_width(all & 0x7FFFFFFF);
 }
 
+// What a load begins with; the arrays of decisions stay.
 static void resetCoder(EncCoderState& coder, int mqTermType, Zmx32u codeStyle) {
     mq::initEnc(&coder);
     mq::setInitialContexts(coder.ctxState, coder.ctxMPS);
@@ -128,8 +126,7 @@ ZmxStatus zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(const Zmx32s* pSrc, int srcStep
                                                  int mqTermType, int /*reserved*/, Zmx32u codeStyle, int* pSfBits,
                                                  int* pnPasses, int* pnTermPasses) {
     // The results and the size ahead of the source: required here.
-    if (ZmxStatus bad =
-            stateArgs(pState).ptr(pSfBits).ptr(pnPasses).ptr(pnTermPasses).size(size).ptr(pSrc).step(srcStep))
+    if (ZmxStatus bad = stateArgs(pState).ptr(pSfBits, pnPasses, pnTermPasses).size(size).ptr(pSrc).step(srcStep))
         return bad;
     clearFlagPlane(pState->pFlags, size);
     EncCoderState& coder = *pState->pCoder;
@@ -146,6 +143,7 @@ ZmxStatus zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(const Zmx32s* pSrc, int srcStep
 
     *pnPasses = coder.passCount;
     *pnTermPasses = segmentCount(coder);
+    // The store begins at the first pass.
     coder.totalBytes = coder.decisionBase = coder.curPass = 0;
     if (coder.passCount) enterPass(coder);
     return zmxStsNoErr;
@@ -153,7 +151,7 @@ ZmxStatus zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(const Zmx32s* pSrc, int srcStep
 
 ZmxStatus zmxiEncodeGetRate_JPEG2K(const ZmxiEncodeState_JPEG2K* pState, int passNum, int* pRate) {
     if (ZmxStatus bad = stateArgs(pState).ptr(pRate)) return bad;
-    if (passNum < 0 || passNum >= pState->pCoder->passCount) return zmxStsBadPassNumberErr;
+    if (passNum < 0 || passNum >= passesOf(*pState->pCoder)) return zmxStsBadPassNumberErr;
     *pRate = pState->pCoder->passRate[passNum];
     return zmxStsNoErr;
 }
@@ -162,18 +160,33 @@ namespace zmx {
 
 // Two to a power, with a factor that is a signed 32-bit number whose shift counts modulo 32: required. An
 // exponent of 31 gives a negative power, and one above 31 begins anew.
-static Extended wrappedPower(int exponent) {
+static double wrappedPower(int exponent) {
     const auto shifted = [](Zmx32u n) { return Zmx32s(1u << (n & 31)); };
-    return exponent > 0 ? Extended(shifted(Zmx32u(exponent))) : 1 / Extended(shifted(-Zmx32u(exponent)));
+    return exponent > 0 ? shifted(Zmx32u(exponent)) : 1.0 / shifted(-Zmx32u(exponent));
+}
+
+// The sum of the first passes in double precision, and whether nothing was rounded: what is left of each sum without
+// one of its terms is the other one.
+static bool exactDistortion(const ZmxiEncodeState_JPEG2K& state, int passes, double& sum) {
+    bool exact = !kDoubleOnX87; // which may hold more than a double, and store less
+    sum = 0;
+    for (int i = 0; i < passes; ++i) {
+        const double term = state.passDist[i] * wrappedPower(state.passDistExp[i]), next = sum + term;
+        exact &= next - sum == term && next - term == sum;
+        sum = next;
+    }
+    return exact;
 }
 
 } // namespace zmx
 
 ZmxStatus zmxiEncodeGetDist_JPEG2K(const ZmxiEncodeState_JPEG2K* pState, int passNum, double* pDist) {
     if (ZmxStatus bad = stateArgs(pState).ptr(pDist)) return bad;
-    if (passNum < 0 || passNum >= pState->pCoder->passCount) return zmxStsBadPassNumberErr;
-    Extended sum = 0; // rounded once, at the end
-    for (int i = 0; i <= passNum; ++i) sum += pState->passDist[i] * wrappedPower(pState->passDistExp[i]);
+    if (passNum < 0 || passNum >= passesOf(*pState->pCoder)) return zmxStsBadPassNumberErr;
+    if (exactDistortion(*pState, passNum + 1, *pDist)) return zmxStsNoErr;
+    SoftExtended sum; // rounded to a double once, at the end: required
+    for (int i = 0; i <= passNum; ++i)
+        sum = sum + SoftExtended(pState->passDist[i]) * SoftExtended(wrappedPower(pState->passDistExp[i]));
     *pDist = double(sum);
     return zmxStsNoErr;
 }

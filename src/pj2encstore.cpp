@@ -1,9 +1,9 @@
 // pj2encstore.cpp - the second half of the code-block encoder: its passes become bytes, through buffers of
 // any size, with the rate at which the stream can be cut behind each pass and the length of each codeword
 // segment.
-#include "pj2encoder.h"
+#include "pj2encstate.h"
 
-#include <algorithm>
+#include <limits>
 
 namespace zmx {
 
@@ -34,16 +34,8 @@ static void endPass(EncCoderState& s) {
     if (s.resetCtx) mq::setInitialContexts(s.ctxState, s.ctxMPS); // behind raw passes too
 }
 
-void enterPass(EncCoderState& s) {
-    s.passDecisionPos = s.passBytes = 0;
-    if (s.curPass == s.passCount) return;
-    s.pPassDecisions = s.pDecisions + s.decisionBase;
-    s.pPassContexts = s.pContexts + s.decisionBase;
-    s.passDecisionCount = s.passDecisions[s.curPass];
-    s.passIsRaw = Zmx32u(s.passRaw[s.curPass]);
-}
-
-void encBufEncodeTermLastPass(EncCoderState* state, Zmx8u* pDst, int* pLen) {
+// All passes from the current one on, as far as the buffer takes them; *pLen becomes the bytes written.
+static void encBufEncodeTermLastPass(EncCoderState* state, Zmx8u* pDst, int* pLen) {
     int written = 0;
     while (state->curPass < state->passCount && written < *pLen) {
         const auto code = !endsSegment(*state, state->curPass) ? decEncoderEncode
@@ -60,6 +52,7 @@ void encBufEncodeTermLastPass(EncCoderState* state, Zmx8u* pDst, int* pLen) {
 // A truncation point does not stay behind a 0xFF, which the decoder supplies itself. Looks at the finished
 // passes that end in the bytes of this call.
 static void keepRatesOffFF(EncCoderState& s, const Zmx8u* dst, int written) {
+    if (!written) return;
     const int end = s.totalBytes + s.passBytes;
     const int start = end - written;
     for (int i = 0; i < s.curPass; ++i) {
@@ -68,30 +61,45 @@ static void keepRatesOffFF(EncCoderState& s, const Zmx8u* dst, int written) {
     }
 }
 
+// Whether the pass to be stored and the coders' registers can be what a load and the stores since have left. By
+// this no access leaves the arrays; only a state that something else has written to can fail it.
+static bool isSound(const EncCoderState& s) {
+    if (s.passCount != passesOf(s) || s.curPass < 0 || s.curPass > s.passCount) return false;
+    if (s.curPass == s.passCount) return true; // nothing is left to be stored
+
+    int all = 0, base = 0; // decisions: of all passes, and ahead of the current one
+    for (int i = 0; i < s.passCount; ++i) {
+        if (i == s.curPass) base = all;
+        if (s.passDecisions[i] < 0 || s.passDecisions[i] > s.decisionCount - all) return false;
+        all += s.passDecisions[i];
+    }
+    const bool pass = all == s.decisionCount && base == s.decisionBase && s.pPassDecisions == s.pDecisions + base &&
+                      s.pPassContexts == s.pContexts + base && s.passDecisionPos >= 0 &&
+                      s.passDecisionPos <= s.passDecisionCount && s.passDecisionCount == s.passDecisions[s.curPass];
+    constexpr int most = std::numeric_limits<int>::max() / 4; // bytes, with room for those to come
+    const bool counts = s.totalBytes >= 0 && s.totalBytes <= most && s.passBytes >= 0 && s.passBytes <= most;
+    const bool queue = s.fifoRead >= 0 && s.fifoRead <= s.fifoCount && s.fifoCount <= kFifoSize;
+    const bool mq = s.areg >= 0x8000 && s.areg <= 0xFFFF && s.ct >= 1 && s.ct <= 12 && s.creg >> (28 - s.ct) == 0 &&
+                    s.curByte <= 0xFF && s.bytesOut >= 0 && s.bytesOut <= most && mq::areContexts(s.ctxState, s.ctxMPS);
+    const bool raw =
+        s.rawBitPos >= 0 && s.rawBitPos <= (s.rawLastFF ? 6 : 7) && s.rawBytesOut >= 0 && s.rawBytesOut <= most;
+    return pass && counts && queue && mq && raw;
+}
+
 } // namespace zmx
 
 using namespace zmx;
 
 ZmxStatus zmxiEncodeStoreBits_JPEG2K_1u(Zmx8u* pDst, int* pDstLen, ZmxiEncodeState_JPEG2K* pState, int* pIsNotFinish) {
-    if (ZmxStatus bad = stateArgs(pState).ptr(pDst).ptr(pDstLen).ptr(pIsNotFinish)) return bad;
+    if (ZmxStatus bad = stateArgs(pState).ptr(pDst, pDstLen, pIsNotFinish)) return bad;
     if (ZmxStatus bad = Args().size(*pDstLen)) return bad;
     EncCoderState& coder = *pState->pCoder;
+    if (!isSound(coder)) return zmxStsContextMatchErr;
     encBufEncodeTermLastPass(&coder, pDst, pDstLen);
     keepRatesOffFF(coder, pDst, *pDstLen);
     *pIsNotFinish = coder.curPass != coder.passCount;
     return zmxStsNoErr;
 }
-
-namespace zmx {
-
-int segmentCount(const EncCoderState& coder) {
-    if (!coder.passCount) return coder.termAll ? 0 : 1; // no pass is one segment of no bytes, unless all are terminated
-    int n = 0;
-    for (int i = 0; i < coder.passCount; ++i) n += endsSegment(coder, i);
-    return n;
-}
-
-} // namespace zmx
 
 ZmxStatus zmxiEncodeGetTermPassLen_JPEG2K(const ZmxiEncodeState_JPEG2K* pState, int termNum, int* pLen) {
     if (ZmxStatus bad = stateArgs(pState).ptr(pLen)) return bad;
@@ -100,8 +108,8 @@ ZmxStatus zmxiEncodeGetTermPassLen_JPEG2K(const ZmxiEncodeState_JPEG2K* pState, 
     int pass = 0;
     for (int skipped = 0; skipped < termNum; ++pass) skipped += endsSegment(coder, pass);
     *pLen = 0;
-    for (; pass < coder.passCount; ++pass) {
-        *pLen += coder.passLen[pass];
+    for (; pass < passesOf(coder); ++pass) {
+        *pLen = wrapAdd(*pLen, coder.passLen[pass]);
         if (endsSegment(coder, pass)) break;
     }
     return zmxStsNoErr;

@@ -57,7 +57,7 @@ Zmx8u* codeDecisions(EncCoderState& s, Zmx8u* out, const Zmx8u* stop) {
     Zmx32u top = s.creg + s.areg;
     Zmx32u curByte = s.curByte;
     int ct = s.ct;
-    int kept = s.dropFirstByte ? 0 : 1;
+    bool kept = !s.dropFirstByte;
 
     const Zmx8u* decision = s.pPassDecisions + s.passDecisionPos;
     const Zmx8u* context = s.pPassContexts + s.passDecisionPos;
@@ -88,9 +88,8 @@ Zmx8u* codeDecisions(EncCoderState& s, Zmx8u* out, const Zmx8u* stop) {
             Zmx32u creg = (top << ct) - areg;
             shifts -= ct;
             ct = mq::byteOut(creg, curByte, [&](Zmx32u byte) {
-                *out = Zmx8u(byte);
-                out += kept;
-                kept = 1;
+                if (kept) *out++ = Zmx8u(byte); // not even in passing: behind the bytes told nothing changes
+                kept = true;
                 ++s.bytesOut;
             });
             top = creg + areg;

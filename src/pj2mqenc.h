@@ -3,6 +3,7 @@
 #pragma once
 
 #include "pj2mqprobest.h"
+#include "pjwrap.h"
 
 namespace zmx {
 
@@ -42,7 +43,7 @@ struct EncCoderState {
     Zmx32u passIsRaw;
 
     // All passes of the block.
-    Zmx8u* pContexts;  // context of each decision; nothing meaningful for those of raw passes
+    Zmx8u* pContexts;  // context of each decision; 0, and not looked at, for those of raw passes
     Zmx8u* pDecisions; // 0 or 1
     int passCount;
     int passDecisions[kMaxPasses]; // decisions per pass
@@ -56,6 +57,36 @@ struct EncCoderState {
     Zmx32u resetCtx;               // ZMX_CB_RESET_CTX, as it stands in the style
     Zmx32u termAll;                // ZMX_CB_TERMINATE_ALL, as it stands in the style
 };
+
+// A cleanup on the plane of bit 30, and three passes on each of the planes below it.
+inline constexpr int kMostPasses = 1 + 3 * 30;
+static_assert(kMostPasses <= kMaxPasses);
+
+// The number of recorded passes, whatever has been done to the state.
+inline int passesOf(const EncCoderState& coder) { return clamp(coder.passCount, 0, kMostPasses); }
+
+// Whether a codeword segment ends with a recorded pass: MQ and raw passes never share one.
+inline bool endsSegment(const EncCoderState& coder, int pass) {
+    return coder.termAll || pass == coder.passCount - 1 || coder.passRaw[pass] != coder.passRaw[pass + 1];
+}
+
+// The number of codeword segments of the recorded passes.
+inline int segmentCount(const EncCoderState& coder) {
+    if (!coder.passCount) return coder.termAll ? 0 : 1; // no pass is one segment of no bytes, unless all are terminated
+    int n = 0;
+    for (int i = 0; i < passesOf(coder); ++i) n += endsSegment(coder, i);
+    return n;
+}
+
+// Makes the pass at curPass, whose decisions begin at decisionBase, the one to be stored next.
+inline void enterPass(EncCoderState& coder) {
+    coder.passDecisionPos = coder.passBytes = 0;
+    if (coder.curPass == coder.passCount) return;
+    coder.pPassDecisions = coder.pDecisions + coder.decisionBase;
+    coder.pPassContexts = coder.pContexts + coder.decisionBase;
+    coder.passDecisionCount = coder.passDecisions[coder.curPass];
+    coder.passIsRaw = Zmx32u(coder.passRaw[coder.curPass]);
+}
 
 namespace mq {
 

@@ -33,6 +33,8 @@ inline constexpr mq::Estimate owniEstimator_JPEG2K[47] = {
     {0x0005, 45, 42, 0}, {0x0001, 45, 43, 0}, {0x5601, 46, 46, 0},                      // 44
 };
 
+inline constexpr Zmx32u kLastRow = 46;
+
 // Context numbers; this library's own, 2 above the labels of the standard where those have numbers.
 inline constexpr int kContexts = 19;
 inline constexpr Zmx32u kUniformContext = 0;    // the run-length pair and the segmentation symbol
@@ -61,6 +63,7 @@ constexpr Zmx32u mpsOf(Context c) { return c & 1; }
 struct Transition {
     Context after[2];
 };
+// By twice the row plus the MPS.
 inline constexpr auto transitions = tableOf<2 * 47>([](int i) {
     const Estimate& e = owniEstimator_JPEG2K[i >> 1];
     const Zmx32u mps = i & 1;
@@ -85,6 +88,14 @@ struct Contexts {
         }
     }
 };
+
+// Whether they are contexts: others would lead out of the tables. Coders leave none but these; something else may
+// have written to a state.
+inline bool areContexts(const Zmx32u* rows, const Zmx32u* mps) {
+    bool others = false;
+    for (int i = 0; i < kContexts; ++i) others |= (rows[i] > kLastRow) | (mps[i] > 1);
+    return !others;
+}
 
 inline void setInitialContexts(Zmx32u* rows, Zmx32u* mps) {
     for (int i = 0; i < kContexts; ++i) {

@@ -25,29 +25,29 @@ using namespace zmx::components;
 
 ZmxStatus zmxiRCTFwd_JPEG2K_16s_C3P3R(const Zmx16s* pSrc, int srcStep, Zmx16s* const pDst[3], int dstStep,
                                       ZmxiSize roiSize) {
-    return pixelsToPlanes<Zmx16s, forward<Zmx16s>>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return pixelsToPlanes(pSrc, srcStep, pDst, dstStep, roiSize, splitRow<Zmx16s, forward<Zmx16s>>);
 }
 ZmxStatus zmxiRCTFwd_JPEG2K_32s_C3P3R(const Zmx32s* pSrc, int srcStep, Zmx32s* const pDst[3], int dstStep,
                                       ZmxiSize roiSize) {
-    return pixelsToPlanes<Zmx32s, forward<Zmx32s>>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return pixelsToPlanes(pSrc, srcStep, pDst, dstStep, roiSize, splitRow<Zmx32s, forward<Zmx32s>>);
 }
 ZmxStatus zmxiRCTFwd_JPEG2K_16s_P3IR(Zmx16s* const pSrcDst[3], int srcDstStep, ZmxiSize roiSize) {
-    return planesInPlace<Zmx16s, forward<Zmx16s>>(pSrcDst, srcDstStep, roiSize);
+    return planesInPlace(pSrcDst, srcDstStep, roiSize, planesRow<Zmx16s, forward<Zmx16s>>);
 }
 ZmxStatus zmxiRCTFwd_JPEG2K_32s_P3IR(Zmx32s* const pSrcDst[3], int srcDstStep, ZmxiSize roiSize) {
-    return planesInPlace<Zmx32s, forward<Zmx32s>>(pSrcDst, srcDstStep, roiSize);
+    return planesInPlace(pSrcDst, srcDstStep, roiSize, planesRow<Zmx32s, forward<Zmx32s>>);
 }
 ZmxStatus zmxiRCTInv_JPEG2K_16s_P3C3R(const Zmx16s* const pSrc[3], int srcStep, Zmx16s* pDst, int dstStep,
                                       ZmxiSize roiSize) {
-    return planesToPixels<Zmx16s, inverse<Zmx16s>>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return planesToPixels(pSrc, srcStep, pDst, dstStep, roiSize, joinRow<Zmx16s, inverse<Zmx16s>>);
 }
 ZmxStatus zmxiRCTInv_JPEG2K_32s_P3C3R(const Zmx32s* const pSrc[3], int srcStep, Zmx32s* pDst, int dstStep,
                                       ZmxiSize roiSize) {
-    return planesToPixels<Zmx32s, inverse<Zmx32s>>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return planesToPixels(pSrc, srcStep, pDst, dstStep, roiSize, joinRow<Zmx32s, inverse<Zmx32s>>);
 }
 ZmxStatus zmxiRCTInv_JPEG2K_16s_P3IR(Zmx16s* const pSrcDst[3], int srcDstStep, ZmxiSize roiSize) {
-    return planesInPlace<Zmx16s, inverse<Zmx16s>>(pSrcDst, srcDstStep, roiSize);
+    return planesInPlace(pSrcDst, srcDstStep, roiSize, planesRow<Zmx16s, inverse<Zmx16s>>);
 }
 ZmxStatus zmxiRCTInv_JPEG2K_32s_P3IR(Zmx32s* const pSrcDst[3], int srcDstStep, ZmxiSize roiSize) {
-    return planesInPlace<Zmx32s, inverse<Zmx32s>>(pSrcDst, srcDstStep, roiSize);
+    return planesInPlace(pSrcDst, srcDstStep, roiSize, planesRow<Zmx32s, inverse<Zmx32s>>);
 }

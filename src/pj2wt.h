@@ -15,7 +15,7 @@ namespace zmx {
 // ---- argument tests, in the required order of each family
 
 inline ZmxStatus planeArgs(const void* srcDst, int step, const void* tileRect, const void* buffer) {
-    return Args().ptr(srcDst).step(step).ptr(tileRect).ptr(buffer); // no size: required
+    return Args().ptr(srcDst).step(step).ptr(tileRect, buffer); // no size: required
 }
 
 // A plane on one side, four bands on the other.
@@ -23,7 +23,7 @@ template <class Band>
 ZmxStatus bandArgs(const void* src, const void* dst, Band* const* bands, const int* bandSteps, int planeStep,
                    const ZmxiRect* tileRect, const void* buffer) {
     Args args;
-    args.ptr(src).ptr(dst).ptr(bandSteps).ptr(tileRect).ptr(buffer).step(planeStep).planes(bands, 4);
+    args.ptr(src, dst, bandSteps, tileRect, buffer).step(planeStep).planes(bands, 4);
     for (int i = 0; !ZmxStatus(args) && i < 4; ++i) args.step(bandSteps[i]);
     if (ZmxStatus bad = args) return bad;
     return args.size(ZmxiSize{tileRect->width, tileRect->height});
@@ -32,7 +32,16 @@ ZmxStatus bandArgs(const void* src, const void* dst, Band* const* bands, const i
 inline ZmxStatus kernelArgs(const void* p0, int step0, const void* p1, int step1, const void* p2, int step2,
                             ZmxiSize roi) {
     // Height ahead of width: required.
-    return Args().ptr(p0).ptr(p1).ptr(p2).step(step0).step(step1).step(step2).size(roi.height).size(roi.width);
+    return Args().ptr(p0, p1, p2).step(step0).step(step1).step(step2).size(roi.height).size(roi.width);
+}
+
+// A row kernel: the tests, then line(y) for each row of its three planes.
+template <class Line>
+ZmxStatus kernelRows(const void* p0, int step0, const void* p1, int step1, const void* p2, int step2, ZmxiSize roi,
+                     Line line) {
+    if (ZmxStatus bad = kernelArgs(p0, step0, p1, step1, p2, step2, roi)) return bad;
+    for (int y = 0; y < roi.height; ++y) line(y);
+    return zmxStsNoErr;
 }
 
 // ---- the bands of a line
@@ -155,7 +164,7 @@ constexpr Zmx32u scratchPlaneBytes(const ZmxiRect& tile, Zmx32u sampleBytes) {
 // What the GetBufSize functions report, for a transform in place or on four bands; the tile is not tested.
 inline ZmxStatus scratchSize(const ZmxiRect* tile, int* size, Zmx32u sampleBytes, int shortest, Zmx32u margin,
                              bool bands) {
-    if (ZmxStatus bad = Args().ptr(tile).ptr(size)) return bad;
+    if (ZmxStatus bad = Args().ptr(tile, size)) return bad;
     *size = int(lineBytes(*tile, sampleBytes, shortest, margin) + (bands ? scratchPlaneBytes(*tile, sampleBytes) : 0));
     return zmxStsNoErr;
 }

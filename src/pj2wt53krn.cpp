@@ -85,18 +85,16 @@ template <class T> void inverseColumns(Rows low, Rows high, Zmx8u* dst, int dstS
 
 template <class T>
 ZmxStatus forwardRows(const T* src, int srcStep, T* low, int lowStep, T* high, int highStep, ZmxiSize roi, int phase) {
-    if (ZmxStatus bad = kernelArgs(src, srcStep, low, lowStep, high, highStep, roi)) return bad;
-    for (int y = 0; y < roi.height; ++y)
+    return kernelRows(src, srcStep, low, lowStep, high, highStep, roi, [=](int y) {
         forwardRow<T>(rowAt(src, srcStep, y), rowAt(low, lowStep, y), rowAt(high, highStep, y), roi.width, phase != 0);
-    return zmxStsNoErr;
+    });
 }
 template <class T>
 ZmxStatus inverseRows(const T* low, int lowStep, const T* high, int highStep, ZmxiSize roi, T* dst, int dstStep,
                       int phase) {
-    if (ZmxStatus bad = kernelArgs(low, lowStep, high, highStep, dst, dstStep, roi)) return bad;
-    for (int y = 0; y < roi.height; ++y)
+    return kernelRows(low, lowStep, high, highStep, dst, dstStep, roi, [=](int y) {
         inverseRow<T>(rowAt(low, lowStep, y), rowAt(high, highStep, y), rowAt(dst, dstStep, y), roi.width, phase != 0);
-    return zmxStsNoErr;
+    });
 }
 template <class T>
 ZmxStatus forwardCols(const T* src, int srcStep, T* low, int lowStep, T* high, int highStep, ZmxiSize roi, int phase) {

@@ -6,6 +6,7 @@
 #include "pj2wt.h"
 #include "pj2wt97ext.h"
 #include "pj2wt97q14.h"
+#include "pjx87.h"
 
 namespace zmx::wt97 {
 namespace {
@@ -57,6 +58,9 @@ constexpr Lifting kLifting<Zmx16s> = {q14::forwardLine, q14::inverseLine, q14::f
 template <>
 constexpr Lifting kLifting<Zmx32s> = {ext::forwardLine, ext::inverseLine, ext::forwardColumns, ext::inverseColumns};
 
+// Whether the lifting uses the x87 unit: 32-bit samples go through doubles.
+template <class T> constexpr bool kLiftsOnX87 = kDoubleOnX87 && sizeof(T) == sizeof(Zmx32s);
+
 // Columns of fewer than 2 rows; no row, or less, counts as one: required.
 template <class T, class Change> void singleRow(Zmx8u* row, int width, Change change) {
     for (int x = 0; x < width; ++x) store(row, x, T(change(load<T>(row, x))));
@@ -64,7 +68,7 @@ template <class T, class Change> void singleRow(Zmx8u* row, int width, Change ch
 
 // Columns, then rows. Where the bands are displaced, the row that keeps its input waits in the scratch memory while the
 // columns are lifted.
-template <class T> void forwardPlane(Zmx8u* plane, int step, const ZmxiRect& tile, Zmx8u* scratch) {
+template <class T> void liftPlane(Zmx8u* plane, int step, const ZmxiRect& tile, Zmx8u* scratch) {
     const Split across{tile.width, phaseOf(tile.x)}, down{tile.height, phaseOf(tile.y)};
     const std::size_t rowBytes = sizeof(T) * std::size_t(std::max(across.n, 1));
     const bool lifted = liftsColumns(across, down, 2);
@@ -82,7 +86,7 @@ template <class T> void forwardPlane(Zmx8u* plane, int step, const ZmxiRect& til
 }
 
 // Rows, then columns.
-template <class T> void inversePlane(Zmx8u* plane, int step, const ZmxiRect& tile, Zmx8u* scratch) {
+template <class T> void liftPlaneBack(Zmx8u* plane, int step, const ZmxiRect& tile, Zmx8u* scratch) {
     const Split across{tile.width, phaseOf(tile.x)}, down{tile.height, phaseOf(tile.y)};
     const bool lifted = liftsColumns(across, down, 2);
     permuteRows(
@@ -93,6 +97,13 @@ template <class T> void inversePlane(Zmx8u* plane, int step, const ZmxiRect& til
         kLifting<T>.inverseColumns(plane, step, down, across.n);
     else
         singleRow<T>(plane, across.n, [=](T v) { return v / (down.phase + 1); });
+}
+
+template <class T> void forwardPlane(Zmx8u* plane, int step, const ZmxiRect& tile, Zmx8u* scratch) {
+    inFullPrecision<kLiftsOnX87<T>>([=] { liftPlane<T>(plane, step, tile, scratch); });
+}
+template <class T> void inversePlane(Zmx8u* plane, int step, const ZmxiRect& tile, Zmx8u* scratch) {
+    inFullPrecision<kLiftsOnX87<T>>([=] { liftPlaneBack<T>(plane, step, tile, scratch); });
 }
 
 // A line needs scratch memory from 2 samples on, with 8 samples of margin.

@@ -20,7 +20,7 @@
 //   - high w - 1, opposite, needs B of the other low sample w, and so A(w).
 // Inverse, likewise, even 0 needs A of odd -1, and odd w - 1 needs the whole triangle of even w. Phase 1 is the mirror
 // image of phase 0.
-#include "pj2wt97krn.h"
+#include "pj2wt97step.h"
 
 #include "pj2wt.h"
 #include "pj2wt97pair.h"
@@ -53,8 +53,8 @@ struct Ends {
 
 // ---- particulars of the number systems, all required
 
-// How many low samples, from the first one on, take the step and the scale at once: of integers all but the last, or
-// the last two; of floats the first one of phase 0.
+// How many low samples, from the first one on, take the last step and the scale at once: of integers all but the last,
+// or the last two; of floats the first one of phase 0.
 template <class T> constexpr int lowsAtOnce(int w, int p) { return w - 1 - p; }
 template <> constexpr int lowsAtOnce<Zmx32f>(int, int p) { return 1 - p; }
 
@@ -94,34 +94,31 @@ template <class T> void forwardLine(ConstLine<T> x, Line<T> low, Line<T> high, i
         low.set(0, l);
         return high.set(0, h);
     }
-    const auto even = [=](int i) { return V(x[2 * i + p]); };
-    const auto a = [=](int i) { return lift(V(x[2 * i + 1 - p]), c.alpha, even(i - p), even(i + 1 - p)); };
-    const auto lowAt = [=](int i) { return V(low[i]); };
-    const auto highAt = [=](int i) { return V(high[i]); };
+    const auto even = [=](int i) { return x[2 * i + p]; };
+    const auto odd = [=](int i) { return x[2 * i + 1 - p]; };
+    const auto a = [=](int i) { return lift(aside(odd(i)), c.alpha, aside(even(i - p)), aside(even(i + 1 - p))); };
     const Ends e(w, p);
 
     // A, over the whole band, and what lies outside on either side of it.
-    for (int i = 0; i < w; ++i) high.set(i, T(a(i)));
+    for (int i = 0; i < w; ++i) high.set(i, lift(odd(i), c.alpha, even(i - p), even(i + 1 - p)));
     const V aOuter = a(e.outer);
-    const V bOuter = lift(even(e.outer), c.beta, a(e.beyond), aOuter);
-    const V bOther = lift(even(e.other), c.beta, highAt(e.opposite), a(e.other));
+    const V bOuter = lift(aside(even(e.outer)), c.beta, a(e.beyond), aOuter);
+    const V bOther = lift(aside(even(e.other)), c.beta, aside(high[e.opposite]), a(e.other));
 
     // B: the edge has an A aside, the others stand between two of the line.
-    low.set(e.edge, T(lift(even(e.edge), c.beta, aOuter, highAt(e.edge))));
-    for (int i = 1 - p; i < w - p; ++i) low.set(i, T(lift(even(i), c.beta, highAt(i - 1 + p), highAt(i + p))));
+    low.set(e.edge, T(lift(aside(even(e.edge)), c.beta, aOuter, aside(high[e.edge]))));
+    for (int i = 1 - p; i < w - p; ++i) low.set(i, lift(even(i), c.beta, high[i - 1 + p], high[i + p]));
 
     // G
-    const V gOuter = outerG<T>(aOuter, bOuter, lowAt(e.edge), p);
-    high.set(e.opposite, T(lift(highAt(e.opposite), c.gamma, lowAt(e.opposite), bOther)));
-    for (int i = p; i < w - 1 + p; ++i) high.set(i, T(lift(highAt(i), c.gamma, lowAt(i - p), lowAt(i + 1 - p))));
+    const V gOuter = outerG<T>(aOuter, bOuter, aside(low[e.edge]), p);
+    high.set(e.opposite, T(lift(aside(high[e.opposite]), c.gamma, aside(low[e.opposite]), bOther)));
+    for (int i = p; i < w - 1 + p; ++i) high.set(i, lift(high[i], c.gamma, low[i - p], low[i + 1 - p]));
 
     // D, and the scale of both bands.
-    const auto finishLow = [=](int i, V g0, V g1) {
-        low.set(i, T(i < lowsAtOnce<T>(w, p) ? lowAtOnce(lowAt(i), g0, g1) : lowInStages(lowAt(i), g0, g1)));
-    };
-    finishLow(e.edge, gOuter, highAt(e.edge));
-    for (int i = 1 - p; i < w - p; ++i) finishLow(i, highAt(i - 1 + p), highAt(i + p));
-    for (int i = 0; i < w; ++i) high.set(i, T(scale(c.k, highAt(i))));
+    const int atOnce = lowsAtOnce<T>(w, p);
+    low.set(e.edge, lowOf(e.edge < atOnce, aside(low[e.edge]), gOuter, aside(high[e.edge])));
+    for (int i = 1 - p; i < w - p; ++i) low.set(i, lowOf(i < atOnce, low[i], high[i - 1 + p], high[i + p]));
+    for (int i = 0; i < w; ++i) high.set(i, scale(c.k, high[i]));
 }
 
 template <class T> void inverseLine(ConstLine<T> low, ConstLine<T> high, Line<T> x, int w, int p) {
@@ -133,70 +130,70 @@ template <class T> void inverseLine(ConstLine<T> low, ConstLine<T> high, Line<T>
         x.set(p, even);
         return x.set(1 - p, odd);
     }
-    const auto highAt = [=](int i) { return V(high[i]); };
-    const auto b = [=](int i) { return backB<T>(V(low[i]), highAt(i - 1 + p), highAt(i + p)); };
-    const auto even = [=](int i) { return V(x[2 * i + p]); };
-    const auto odd = [=](int i) { return V(x[2 * i + 1 - p]); };
-    const auto setEven = [=](int i, V v) { x.set(2 * i + p, T(v)); };
-    const auto setOdd = [=](int i, V v) { x.set(2 * i + 1 - p, T(v)); };
+    const auto highAside = [=](int i) { return aside(high[i]); };
+    const auto b = [=](int i) { return backB<T>(aside(low[i]), highAside(i - 1 + p), highAside(i + p)); };
+    const auto even = [=](int i) { return x[2 * i + p]; };
+    const auto odd = [=](int i) { return x[2 * i + 1 - p]; };
+    const auto setEven = [=](int i, T v) { x.set(2 * i + p, v); };
+    const auto setOdd = [=](int i, T v) { x.set(2 * i + 1 - p, v); };
     const Ends e(w, p);
 
     // B, over the whole band.
-    for (int i = 0; i < w; ++i) setEven(i, b(i));
+    for (int i = 0; i < w; ++i) setEven(i, backB<T>(low[i], high[i - 1 + p], high[i + p]));
     const V bOther = b(e.other);
 
     // A: the opposite one has a B aside. Two A lie outside, one at either end.
-    setOdd(e.opposite, backA<T>(highAt(e.opposite), even(e.opposite), bOther));
-    for (int i = p; i < w - 1 + p; ++i) setOdd(i, backA<T>(highAt(i), even(i - p), even(i + 1 - p)));
-    const V aOuter = backA<T>(highAt(e.outer), b(e.outer), even(e.edge));
-    const V aOther = otherA<T>(highAt(e.other), bOther, b(e.beyondOther), p);
+    setOdd(e.opposite, T(backA<T>(highAside(e.opposite), aside(even(e.opposite)), bOther)));
+    for (int i = p; i < w - 1 + p; ++i) setOdd(i, backA<T>(high[i], even(i - p), even(i + 1 - p)));
+    const V aOuter = backA<T>(highAside(e.outer), b(e.outer), aside(even(e.edge)));
+    const V aOther = otherA<T>(highAside(e.other), bOther, b(e.beyondOther), p);
 
     // Even samples; the other one, outside, ahead of the odd samples that it stands on being finished.
-    const V evenOther = liftBack(bOther, c.beta, odd(e.opposite), aOther);
-    setEven(e.edge, liftBack(even(e.edge), c.beta, aOuter, odd(e.edge)));
+    const V evenOther = liftBack(bOther, c.beta, aside(odd(e.opposite)), aOther);
+    setEven(e.edge, T(liftBack(aside(even(e.edge)), c.beta, aOuter, aside(odd(e.edge)))));
     for (int i = 1 - p; i < w - p; ++i) setEven(i, liftBack(even(i), c.beta, odd(i - 1 + p), odd(i + p)));
 
     // Odd samples.
-    setOdd(e.opposite, oppositeOdd<T>(odd(e.opposite), even(e.opposite), evenOther, p));
+    setOdd(e.opposite, T(oppositeOdd<T>(aside(odd(e.opposite)), aside(even(e.opposite)), evenOther, p)));
     for (int i = p; i < w - 1 + p; ++i) setOdd(i, liftBack(odd(i), c.alpha, even(i - p), even(i + 1 - p)));
 }
 
-// ---- rows, one after the other
+// ---- all lines: rows one after the other, or columns. Only floats have columns; integer columns are streamed through
+// the column lifting.
 
-template <class T>
-ZmxStatus forwardRows(const T* src, int srcStep, T* low, int lowStep, T* high, int highStep, ZmxiSize roi, int phase) {
+enum class Lie { across, down };
+
+// The step of a plane is the stride of its columns. In a row samples stand side by side, as the compiler has to know.
+template <Lie lie, class T> Line<T> lineAt(T* plane, int step, int i) {
+    if constexpr (lie == Lie::across) return {rowAt(plane, step, i), sizeof(T)};
+    return {rowAt(plane + i, 0, 0), step};
+}
+template <Lie lie, class T> ConstLine<T> lineAt(const T* plane, int step, int i) {
+    if constexpr (lie == Lie::across) return {rowAt(plane, step, i), sizeof(T)};
+    return {rowAt(plane + i, 0, 0), step};
+}
+
+template <Lie lie, class T>
+ZmxStatus forward(const T* src, int srcStep, T* low, int lowStep, T* high, int highStep, ZmxiSize roi, int phase) {
     if (ZmxStatus bad = kernelArgs(src, srcStep, low, lowStep, high, highStep, roi)) return bad;
-    for (int y = 0; y < roi.height; ++y)
-        forwardLine<T>({rowAt(src, srcStep, y), sizeof(T)}, {rowAt(low, lowStep, y), sizeof(T)},
-                       {rowAt(high, highStep, y), sizeof(T)}, roi.width, phase != 0);
+    const int lines = lie == Lie::across ? roi.height : roi.width, pairs = lie == Lie::across ? roi.width : roi.height;
+    inFullPrecision<kStepsOnX87<T>>([=] {
+        for (int i = 0; i < lines; ++i)
+            forwardLine<T>(lineAt<lie>(src, srcStep, i), lineAt<lie>(low, lowStep, i), lineAt<lie>(high, highStep, i),
+                           pairs, phase != 0);
+    });
     return zmxStsNoErr;
 }
-template <class T>
-ZmxStatus inverseRows(const T* low, int lowStep, const T* high, int highStep, ZmxiSize roi, T* dst, int dstStep,
-                      int phase) {
+template <Lie lie, class T>
+ZmxStatus inverse(const T* low, int lowStep, const T* high, int highStep, ZmxiSize roi, T* dst, int dstStep,
+                  int phase) {
     if (ZmxStatus bad = kernelArgs(low, lowStep, high, highStep, dst, dstStep, roi)) return bad;
-    for (int y = 0; y < roi.height; ++y)
-        inverseLine<T>({rowAt(low, lowStep, y), sizeof(T)}, {rowAt(high, highStep, y), sizeof(T)},
-                       {rowAt(dst, dstStep, y), sizeof(T)}, roi.width, phase != 0);
-    return zmxStsNoErr;
-}
-
-// ---- columns: only floats have them; integer columns are streamed through the column lifting
-
-ZmxStatus forwardColumns(const Zmx32f* src, int srcStep, Zmx32f* low, int lowStep, Zmx32f* high, int highStep,
-                         ZmxiSize roi, int phase) {
-    if (ZmxStatus bad = kernelArgs(src, srcStep, low, lowStep, high, highStep, roi)) return bad;
-    for (int i = 0; i < roi.width; ++i)
-        forwardLine<Zmx32f>({rowAt(src + i, 0, 0), srcStep}, {rowAt(low + i, 0, 0), lowStep},
-                            {rowAt(high + i, 0, 0), highStep}, roi.height, phase != 0);
-    return zmxStsNoErr;
-}
-ZmxStatus inverseColumns(const Zmx32f* low, int lowStep, const Zmx32f* high, int highStep, ZmxiSize roi, Zmx32f* dst,
-                         int dstStep, int phase) {
-    if (ZmxStatus bad = kernelArgs(low, lowStep, high, highStep, dst, dstStep, roi)) return bad;
-    for (int i = 0; i < roi.width; ++i)
-        inverseLine<Zmx32f>({rowAt(low + i, 0, 0), lowStep}, {rowAt(high + i, 0, 0), highStep},
-                            {rowAt(dst + i, 0, 0), dstStep}, roi.height, phase != 0);
+    const int lines = lie == Lie::across ? roi.height : roi.width, pairs = lie == Lie::across ? roi.width : roi.height;
+    inFullPrecision<kStepsOnX87<T>>([=] {
+        for (int i = 0; i < lines; ++i)
+            inverseLine<T>(lineAt<lie>(low, lowStep, i), lineAt<lie>(high, highStep, i), lineAt<lie>(dst, dstStep, i),
+                           pairs, phase != 0);
+    });
     return zmxStsNoErr;
 }
 
@@ -207,34 +204,34 @@ using namespace zmx::wt97;
 
 ZmxStatus zmxiWTFwdRow_D97_JPEG2K_16s_C1R(const Zmx16s* pSrc, int srcStep, Zmx16s* pDstLow, int dstLowStep,
                                           Zmx16s* pDstHigh, int dstHighStep, ZmxiSize dstRoiSize, int phase) {
-    return forwardRows(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoiSize, phase);
+    return forward<Lie::across>(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoiSize, phase);
 }
 ZmxStatus zmxiWTFwdRow_D97_JPEG2K_32s_C1R(const Zmx32s* pSrc, int srcStep, Zmx32s* pDstLow, int dstLowStep,
                                           Zmx32s* pDstHigh, int dstHighStep, ZmxiSize dstRoiSize, int phase) {
-    return forwardRows(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoiSize, phase);
+    return forward<Lie::across>(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoiSize, phase);
 }
 ZmxStatus zmxiWTFwdRow_D97_JPEG2K_32f_C1R(const Zmx32f* pSrc, int srcStep, Zmx32f* pDstLow, int dstLowStep,
                                           Zmx32f* pDstHigh, int dstHighStep, ZmxiSize dstRoiSize, int phase) {
-    return forwardRows(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoiSize, phase);
+    return forward<Lie::across>(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoiSize, phase);
 }
 ZmxStatus zmxiWTInvRow_D97_JPEG2K_16s_C1R(const Zmx16s* pSrcLow, int srcLowStep, const Zmx16s* pSrcHigh,
                                           int srcHighStep, ZmxiSize srcRoiSize, Zmx16s* pDst, int dstStep, int phase) {
-    return inverseRows(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoiSize, pDst, dstStep, phase);
+    return inverse<Lie::across>(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoiSize, pDst, dstStep, phase);
 }
 ZmxStatus zmxiWTInvRow_D97_JPEG2K_32s_C1R(const Zmx32s* pSrcLow, int srcLowStep, const Zmx32s* pSrcHigh,
                                           int srcHighStep, ZmxiSize srcRoiSize, Zmx32s* pDst, int dstStep, int phase) {
-    return inverseRows(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoiSize, pDst, dstStep, phase);
+    return inverse<Lie::across>(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoiSize, pDst, dstStep, phase);
 }
 ZmxStatus zmxiWTInvRow_D97_JPEG2K_32f_C1R(const Zmx32f* pSrcLow, int srcLowStep, const Zmx32f* pSrcHigh,
                                           int srcHighStep, ZmxiSize srcRoiSize, Zmx32f* pDst, int dstStep, int phase) {
-    return inverseRows(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoiSize, pDst, dstStep, phase);
+    return inverse<Lie::across>(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoiSize, pDst, dstStep, phase);
 }
 
 ZmxStatus zmxiWTFwdCol_D97_JPEG2K_32f_C1R(const Zmx32f* pSrc, int srcStep, Zmx32f* pDstLow, int dstLowStep,
                                           Zmx32f* pDstHigh, int dstHighStep, ZmxiSize dstRoiSize, int phase) {
-    return forwardColumns(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoiSize, phase);
+    return forward<Lie::down>(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoiSize, phase);
 }
 ZmxStatus zmxiWTInvCol_D97_JPEG2K_32f_C1R(const Zmx32f* pSrcLow, int srcLowStep, const Zmx32f* pSrcHigh,
                                           int srcHighStep, ZmxiSize srcRoiSize, Zmx32f* pDst, int dstStep, int phase) {
-    return inverseColumns(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoiSize, pDst, dstStep, phase);
+    return inverse<Lie::down>(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoiSize, pDst, dstStep, phase);
 }

@@ -5,7 +5,7 @@
 // to output of 16-bit samples: all required.
 #pragma once
 
-#include "pj2wt97krn.h"
+#include "pj2wt97step.h"
 
 namespace zmx::wt97 {
 
@@ -20,8 +20,8 @@ template <class T, int count> using Products = Product<T>[count];
 // ---- floats: summed in extended precision
 
 template <int count> Zmx32f sumOf(const Products<Zmx32f, count>& t) {
-    Extended sum = t[0].tap * t[0].samples;
-    for (int i = 1; i < count; ++i) sum = sum + t[i].tap * t[i].samples;
+    Extended sum = Extended(t[0].tap) * t[0].samples;
+    for (int i = 1; i < count; ++i) sum = sum + Extended(t[i].tap) * t[i].samples;
     return Zmx32f(sum);
 }
 
@@ -65,31 +65,31 @@ template <> inline constexpr auto kInverseTaps<Zmx32f> = kFloatInverse;
 
 // Two samples added: in 32 bits, where 32-bit samples wrap, or in extended precision.
 inline Zmx32s added(Zmx32s a, Zmx32s b) { return wrapAdd(a, b); }
-inline Extended added(Zmx32f a, Zmx32f b) { return Extended(a) + Extended(b); }
+inline Extended added(Zmx32f a, Zmx32f b) { return aside(a) + aside(b); }
 
 // The low sample stands at position p, the high one at 1 - p.
 template <class T, class Samples> T pairLow(Samples y, int p) {
     constexpr auto c = kForwardTaps<T>;
     const auto at = [=](int d) { return added(y(p - d), y(p + d)); };
-    return lowSum<T>({{c.long4, at(4)}, {c.long3, at(3)}, {c.long2, at(2)}, {c.long1, at(1)}, {c.long0, y(p)}});
+    return lowSum<T>({{c.long4, at(4)}, {c.long3, at(3)}, {c.long2, at(2)}, {c.long1, at(1)}, {c.long0, aside(y(p))}});
 }
 template <class T, class Samples> T pairHigh(Samples y, int p) {
     constexpr auto c = kForwardTaps<T>;
     const auto at = [=](int d) { return added(y(1 - p - d), y(1 - p + d)); };
-    return highSum<T>({{c.short3, at(3)}, {c.short2, at(2)}, {c.short1, at(1)}, {c.short0, y(1 - p)}});
+    return highSum<T>({{c.short3, at(3)}, {c.short2, at(2)}, {c.short1, at(1)}, {c.short0, aside(y(1 - p))}});
 }
 
 // Low samples come back through the short taps, high samples through the long ones; the low ones go first.
 template <class T, class Samples> T pairEven(Samples y, int p) {
     constexpr auto c = kInverseTaps<T>;
     const auto at = [=](int d) { return added(y(p - d), y(p + d)); };
-    return sumOf<4>(Products<T, 4>{{c.short2, at(2)}, {c.short0, y(p)}, {c.long3, at(3)}, {c.long1, at(1)}});
+    return sumOf<4>(Products<T, 4>{{c.short2, at(2)}, {c.short0, aside(y(p))}, {c.long3, at(3)}, {c.long1, at(1)}});
 }
 template <class T, class Samples> T pairOdd(Samples y, int p) {
     constexpr auto c = kInverseTaps<T>;
     const auto at = [=](int d) { return added(y(1 - p - d), y(1 - p + d)); };
-    return sumOf<5>(
-        Products<T, 5>{{c.short3, at(3)}, {c.short1, at(1)}, {c.long4, at(4)}, {c.long2, at(2)}, {c.long0, y(1 - p)}});
+    return sumOf<5>(Products<T, 5>{
+        {c.short3, at(3)}, {c.short1, at(1)}, {c.long4, at(4)}, {c.long2, at(2)}, {c.long0, aside(y(1 - p))}});
 }
 
 } // namespace zmx::wt97

@@ -3,7 +3,7 @@
 // Every value is cut to its low 16 bits, and nothing saturates: required. Sums and products fit 32 bits.
 #include "pj2wt97q14.h"
 
-#include "pj2wt97.h"
+#include "pj2wt97const.h"
 
 namespace zmx::wt97::q14 {
 namespace {

@@ -6,7 +6,7 @@
 // one name, the finished ones go out, and their memory comes back in for the rows that are made anew. At the edges of a
 // tile it mirrors, by passing one row for two that are only read.
 #include "pj2wt53.h"
-#include "pj2wt97krn.h"
+#include "pj2wt97step.h"
 #include "pjargs.h"
 
 namespace zmx {
@@ -50,11 +50,10 @@ ZmxStatus inverse53(const T* low1, const T* high0, const T* high1, const T* src0
 
 // ---- 9/7: a pass over the row for each step, in the order of the steps; what a pass stores is rounded.
 
-// dst = step(c, centre, side0, side1)
+// dst = step(centre, side0, side1)
 template <class T, class Step>
 void pass(T* dst, const T* centre, const T* side0, const T* side1, int width, Step step) {
-    using V = wt97::Aside<T>;
-    for (int i = 0; i < width; ++i) put(dst, i, T(step(V(at(centre, i)), V(at(side0, i)), V(at(side1, i)))));
+    for (int i = 0; i < width; ++i) put(dst, i, step(at(centre, i), at(side0, i), at(side1, i)));
 }
 
 // The four steps run behind each other down the tile. With n the number of finished rows of either band:
@@ -68,19 +67,18 @@ void pass(T* dst, const T* centre, const T* side0, const T* side1, int width, St
 template <class T>
 ZmxStatus forward97(const T* src0, const T* src1, const T* src2, T* low0, T* low1, T* high0, T* high1, T* high2,
                     int width) {
-    using V = wt97::Aside<T>;
     static constexpr auto c = wt97::kSteps<T>;
     if (ZmxStatus bad =
             Args().ptr(src0).ptr(src1).ptr(src2).ptr(low0).ptr(low1).ptr(high0).ptr(high1).ptr(high2).size(width))
         return bad;
-    pass(high2, src1, src0, src2, width, [](V x, V a, V b) { return wt97::lift(x, c.alpha, a, b); });
-    pass(low1, src0, high1, high2, width, [](V x, V a, V b) { return wt97::lift(x, c.beta, a, b); });
-    pass(high1, high1, low0, low1, width, [](V x, V a, V b) { return wt97::lift(x, c.gamma, a, b); });
-    pass(low0, low0, high0, high1, width, [](V b, V g0, V g1) {
-        // One rounding in all for integers; a float is rounded between the step and the scale.
-        return std::is_integral_v<T> ? wt97::lowAtOnce(b, g0, g1) : wt97::lowInStages(b, g0, g1);
+    inFullPrecision<wt97::kStepsOnX87<T>>([=] {
+        pass(high2, src1, src0, src2, width, [](T x, T a, T b) { return wt97::lift(x, c.alpha, a, b); });
+        pass(low1, src0, high1, high2, width, [](T x, T a, T b) { return wt97::lift(x, c.beta, a, b); });
+        pass(high1, high1, low0, low1, width, [](T x, T a, T b) { return wt97::lift(x, c.gamma, a, b); });
+        // At once for integers; a float is rounded between the step and the scale.
+        pass(low0, low0, high0, high1, width, [](T b, T g0, T g1) { return wt97::lowOf(true, b, g0, g1); });
+        for (int i = 0; i < width; ++i) put(high0, i, wt97::scale(c.k, at(high0, i)));
     });
-    for (int i = 0; i < width; ++i) put(high0, i, T(wt97::scale(c.k, V(at(high0, i)))));
     return zmxStsNoErr;
 }
 
@@ -95,15 +93,16 @@ ZmxStatus forward97(const T* src0, const T* src1, const T* src2, T* low0, T* low
 template <class T>
 ZmxStatus inverse97(const T* low0, const T* high0, const T* high1, const T* src0, T* srcDst1, T* srcDst2, T* dst3,
                     T* dst4, int width) {
-    using V = wt97::Aside<T>;
     static constexpr auto c = wt97::kSteps<T>;
     if (ZmxStatus bad =
             Args().ptr(low0).ptr(high0).ptr(high1).ptr(src0).ptr(srcDst1).ptr(srcDst2).ptr(dst3).ptr(dst4).size(width))
         return bad;
-    pass(dst4, low0, high0, high1, width, [](V low, V h0, V h1) { return wt97::backB<T>(low, h0, h1); });
-    pass(dst3, high0, srcDst2, dst4, width, [](V high, V b0, V b1) { return wt97::backA<T>(high, b0, b1); });
-    pass(srcDst2, srcDst2, srcDst1, dst3, width, [](V x, V a, V b) { return wt97::liftBack(x, c.beta, a, b); });
-    pass(srcDst1, srcDst1, src0, srcDst2, width, [](V x, V a, V b) { return wt97::liftBack(x, c.alpha, a, b); });
+    inFullPrecision<wt97::kStepsOnX87<T>>([=] {
+        pass(dst4, low0, high0, high1, width, [](T low, T h0, T h1) { return wt97::backB<T>(low, h0, h1); });
+        pass(dst3, high0, srcDst2, dst4, width, [](T high, T b0, T b1) { return wt97::backA<T>(high, b0, b1); });
+        pass(srcDst2, srcDst2, srcDst1, dst3, width, [](T x, T a, T b) { return wt97::liftBack(x, c.beta, a, b); });
+        pass(srcDst1, srcDst1, src0, srcDst2, width, [](T x, T a, T b) { return wt97::liftBack(x, c.alpha, a, b); });
+    });
     return zmxStsNoErr;
 }
 

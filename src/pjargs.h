@@ -15,7 +15,9 @@ public:
         if (!st && bad) st = code;
         return *this;
     }
-    constexpr Args& ptr(const void* p) { return test(!p, zmxStsNullPtrErr); }
+    template <class... Pointer> constexpr Args& ptr(Pointer... p) {
+        return (test(p == nullptr, zmxStsNullPtrErr), ...);
+    }
     constexpr Args& step(int v) { return test(v < 1, zmxStsStepErr); }
     constexpr Args& size(int v) { return test(v < 1, zmxStsSizeErr); }
     constexpr Args& size(ZmxiSize s) { return size(s.width).size(s.height); }

@@ -4,12 +4,15 @@
 
 namespace zmx {
 
+// A marker met before is the end of the data: what is held has to do.
 ZmxStatus ownpj_FillBitBuffer(BitReader& in, int nBitsNeeded) {
     if (in.marker != 0) return nBitsNeeded > in.count ? zmxStsDCTRangeErr : zmxStsNoErr;
     if (in.appendWord()) return zmxStsNoErr;
     return appendBytes(in, nBitsNeeded);
 }
 
+// DECODE (figure F.16): a code is complete when it is not above the largest one of its length. Lengths without a code
+// are passed over; behind 16 bits there is none.
 ZmxStatus decodeLongSymbol(BitReader& in, int* pResult, const ZmxiDecodeHuffmanSpec& table, int minLength) {
     int length = minLength;
     if (ZmxStatus failed = need(in, length)) return failed;
@@ -26,6 +29,7 @@ ZmxStatus decodeLongSymbol(BitReader& in, int* pResult, const ZmxiDecodeHuffmanS
     return zmxStsDCTRangeErr;
 }
 
+// The same walk on the caller's words, with no status: bits that run out and bad codes have numbers of their own.
 int ownpj_DecodeLongBits(int minBits, const ZmxiDecodeHuffmanSpec& table, DirectReader& in) {
     // The words from maxCode on; valIndex stands behind maxCode.
     const auto bound = [&table](int length) {

@@ -9,6 +9,8 @@
 #include "pjhufftbl.h"
 #include "pjwords.h"
 
+#include <limits>
+
 namespace zmx {
 
 // The n bits (up to 16) of bits that stand above the low count ones. Where a marker cut the data short the
@@ -37,8 +39,9 @@ struct BitReader {
     int count;  // how many low bits of buf are not used yet; negative when a marker cut a field short
 
     BitReader(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos, int* pMarker, ZmxiDecodeHuffmanState* pDecHuffState)
-        : src(pSrc), len(nSrcLen), pos(*pSrcCurrPos), marker(*pMarker), buf(pDecHuffState->bitBuffer),
-          count(pDecHuffState->bitCount), posOut(pSrcCurrPos), markerOut(pMarker), state(pDecHuffState) {}
+        : src(pSrc), len(*pSrcCurrPos < 0 ? kNothing : nSrcLen), pos(*pSrcCurrPos), marker(*pMarker),
+          buf(pDecHuffState->bitBuffer), count(pDecHuffState->bitCount), posOut(pSrcCurrPos), markerOut(pMarker),
+          state(pDecHuffState) {}
     ~BitReader() {
         *posOut = pos;
         *markerOut = marker;
@@ -81,6 +84,9 @@ private:
     int* const posOut;
     int* const markerOut;
     ZmxiDecodeHuffmanState* const state;
+
+    // The length of a source that is read at a position ahead of it: every position is at its end.
+    static constexpr int kNothing = std::numeric_limits<int>::min();
 };
 
 // Appends bytes until 25 bits are held, with n of them needed at once. Returns zmxStsOutOfBufErr when the

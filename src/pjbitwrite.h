@@ -4,6 +4,10 @@
 #pragma once
 
 #include "pjhufftbl.h"
+#include "pjwrap.h"
+
+#include <algorithm>
+#include <cstdlib>
 
 namespace zmx {
 
@@ -18,8 +22,10 @@ static_assert(category(-32768) == 16 && category(32767 + 32768) == 16);
 inline constexpr int kMostCodeBits = 16, kMostValueBits = 16;
 
 // The size of an end-of-band run: how many bits stand behind its symbol. Only a state from elsewhere has a
-// run that the table does not reach; the indices stay inside it then.
-inline int eobSize(Zmx32u run) { return run < 256 ? own_pj_eobsize[run] : own_pj_eobsize[run >> 8 & 511] + 8; }
+// run that the table does not reach; its size is as much too large then as the table tells.
+inline int eobSize(Zmx32u run) {
+    return run < 256 ? own_pj_eobsize[run] : own_pj_eobsize[std::min<Zmx32u>(run >> 8, 511)] + 8;
+}
 
 // What an encoder writes for v behind its category: the low bits of this.
 inline Zmx32u valueBits(int v) { return Zmx32u(v < 0 ? v - 1 : v); }
@@ -43,6 +49,14 @@ struct BitWriter {
     BitWriter& operator=(const BitWriter&) = delete;
 
     void written() { state->bufferMark = 0; }
+    // How many bytes there is room for: none at a position outside of the destination.
+    int room() const { return pos < 0 ? 0 : len - pos; }
+    // Stores a byte; false if there is no room.
+    bool put(Zmx8u byte) {
+        if (Zmx32u(pos) >= Zmx32u(len)) return false;
+        dst[pos++] = byte;
+        return true;
+    }
     // Whether the register is as writers leave it: at most 7 bits pending, and zeros behind them.
     bool regular() const { return count >= 0 && count <= 7 && buf << (8 + count) == 0; }
     // For one that has written in its place.
@@ -60,19 +74,15 @@ private:
 
 // Writes the low nBits (up to 16) of bits. zmxStsHuffTableErr for no bits: a symbol without a code; nothing
 // changes. zmxStsOutOfBufErr when the destination is full: what was pending stays as it was, the bytes
-// already stored stay too.
+// already stored stay too. The count of a state that came from elsewhere may be any number: it wraps, and no
+// byte goes where there is no room.
 inline ZmxStatus ownpj_write_bits_jpeg(Zmx32u bits, int nBits, BitWriter& out) {
     if (nBits == 0) return zmxStsHuffTableErr;
-    int total = out.count + nBits;
-    Zmx32u w = (bits & ((1u << nBits) - 1)) << ((24 - total) & 31) | out.buf;
+    int total = wrapAdd(out.count, nBits);
+    Zmx32u w = (bits & ((1u << nBits) - 1)) << (wrapSub(24, total) & 31) | out.buf;
     for (; total >= 8; total -= 8, w <<= 8) {
-        if (out.pos >= out.len) return zmxStsOutOfBufErr;
         const Zmx8u byte = Zmx8u(w >> 16);
-        out.dst[out.pos++] = byte;
-        if (byte == 0xFF) {
-            if (out.pos >= out.len) return zmxStsOutOfBufErr;
-            out.dst[out.pos++] = 0;
-        }
+        if (!out.put(byte) || (byte == 0xFF && !out.put(0))) return zmxStsOutOfBufErr;
     }
     out.written();
     out.buf = w;

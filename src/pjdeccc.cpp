@@ -25,8 +25,7 @@ constexpr Zmx16s greenOf(Zmx16s u, Zmx16s v) { return roundedSumHigh(-23401, v, 
 constexpr Zmx16s blueOf(Zmx16s u) { return Zmx16s(Zmx16s(2 * u - mulHigh(14942, u)) >> 1); }
 
 // The proof, for every pair of Cb and Cr; in parts, since a compiler does not go on for ever.
-template <int Part>
-constexpr bool kAgree = [] {
+template <int Part> constexpr bool agree() {
     for (int cr = 16 * Part; cr < 16 * (Part + 1); ++cr) {
         const Zmx16s v = twiceCentred(Zmx16s(cr));
         if (redOf(v) != cr_r_tbl[std::size_t(cr)] || blueOf(v) != cb_b_tbl[std::size_t(cr)]) return false;
@@ -35,7 +34,8 @@ constexpr bool kAgree = [] {
                 return false;
     }
     return true;
-}();
+}
+template <int Part> constexpr bool kAgree = agree<Part>();
 template <int... Part> constexpr bool allAgree(std::integer_sequence<int, Part...>) { return (kAgree<Part> && ...); }
 static_assert(allAgree(std::make_integer_sequence<int, 16>()));
 
@@ -66,7 +66,7 @@ template <class Layout, auto formula, int N> void pixelsRow(Rows<const Zmx8u, N>
 
 template <class Layout, auto formula, int N, class How>
 ZmxStatus planesToPixels(const Zmx8u* const* src, int srcStep, void* dst, int dstStep, ZmxiSize roi) {
-    if (ZmxStatus bad = Args().ptr(src).ptr(dst).planes(src, N).step(srcStep).step(dstStep).size(roi)) return bad;
+    if (ZmxStatus bad = Args().ptr(src, dst).planes(src, N).step(srcStep).step(dstStep).size(roi)) return bad;
     How::rows(roi, [=](int y) {
         pixelsRow<Layout, formula>(Rows<const Zmx8u, N>(src, srcStep, y), rowAt(dst, dstStep, y), roi.width);
     });
@@ -131,7 +131,7 @@ ZmxStatus zmxiYCbCrToRGB565_JPEG_8u16u_P3C3R(const Zmx8u* const pSrc[3], int src
 }
 ZmxStatus zmxiYCbCr422ToRGB_JPEG_8u_C2C3R(const Zmx8u* pSrc, int srcStep, Zmx8u* pDst, int dstStep, ZmxiSize roiSize) {
     // No step is tested: required. A step of 0 or below overlays the rows or runs backward.
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDst).size(roiSize)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc, pDst).size(roiSize)) return bad;
     Parallel::rows(roiSize, [=](int y) { pairsRow(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), roiSize.width); });
     return zmxStsNoErr;
 }

@@ -105,7 +105,7 @@ public:
 
 template <class U, class Colour, class Out> ZmxStatus unitToPixels(const Zmx16s* const* src, void* dst, int dstStep) {
     constexpr int planes = Out::kChannels;
-    if (ZmxStatus bad = Args().ptr(src).ptr(dst).planes(src, planes).step(dstStep)) return bad;
+    if (ZmxStatus bad = Args().ptr(src, dst).planes(src, planes).step(dstStep)) return bad;
     Colour colour;
     for (int cy = 0; cy < 8; ++cy) {
         colour.chroma(src[1] + 8 * cy, src[2] + 8 * cy);
@@ -136,6 +136,7 @@ template <class U, class Out> ZmxStatus toPlain(const Zmx16s* const* src, void* 
 
 using namespace zmx;
 
+// Three bytes a pixel: R, G, B, then the same turned round.
 ZmxStatus zmxiYCbCr444ToRGBLS_MCU_16s8u_P3C3R(const Zmx16s* const pSrcMCU[3], Zmx8u* pDst, int dstStep) {
     return toColour<Unit444, layout::RGB>(pSrcMCU, pDst, dstStep);
 }
@@ -156,6 +157,7 @@ ZmxStatus zmxiYCbCr411ToBGRLS_MCU_16s8u_P3C3R(const Zmx16s* const pSrcMCU[3], Zm
     return toColour<Unit411, layout::BGR>(pSrcMCU, pDst, dstStep);
 }
 
+// Packed pixels, blue in the low bits: 5, 5 and 5 bits, then 5, 6 and 5.
 ZmxStatus zmxiYCbCr444ToBGR555LS_MCU_16s16u_P3C3R(const Zmx16s* const pSrcMCU[3], Zmx16u* pDst, int dstStep) {
     return toColour<Unit444, layout::BGR555>(pSrcMCU, pDst, dstStep);
 }
@@ -176,6 +178,7 @@ ZmxStatus zmxiYCbCr411ToBGR565LS_MCU_16s16u_P3C3R(const Zmx16s* const pSrcMCU[3]
     return toColour<Unit411, layout::BGR565>(pSrcMCU, pDst, dstStep);
 }
 
+// Four bytes a pixel; K passes with no more than its level shift.
 ZmxStatus zmxiYCCK444ToCMYKLS_MCU_16s8u_P4C4R(const Zmx16s* const pSrcMCU[4], Zmx8u* pDst, int dstStep) {
     return toColour<Unit444, layout::CMYK>(pSrcMCU, pDst, dstStep);
 }
@@ -186,6 +189,7 @@ ZmxStatus zmxiYCCK411ToCMYKLS_MCU_16s8u_P4C4R(const Zmx16s* const pSrcMCU[4], Zm
     return toColour<Unit411, layout::CMYK>(pSrcMCU, pDst, dstStep);
 }
 
+// No colour conversion: Y, Cb and Cr in three bytes a pixel, or in pairs.
 ZmxStatus zmxiSampleUp444LS_MCU_16s8u_P3C3R(const Zmx16s* const pSrcMCU[3], Zmx8u* pDst, int dstStep) {
     return toPlain<Unit444, layout::YCbCr>(pSrcMCU, pDst, dstStep);
 }

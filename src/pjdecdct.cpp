@@ -1,4 +1,7 @@
-// pjdecdct.cpp - quantised coefficients to samples.
+// pjdecdct.cpp - quantised coefficients to samples: one 8x8 block at a call.
+//
+// The way back of pjencdct, and the scaled forms: 4x4 and 2x2 in a name tell which corner of the coefficients counts,
+// To4x4 and To2x2 how large the result is. The block is copied on the way: the source stays.
 #include "pidct.h"
 #include "pidct88.h"
 #include "pithresh16u.h"
@@ -30,10 +33,10 @@ static void dequantise(const Zmx16s* __restrict src, Zmx16s* __restrict dst, con
 using namespace zmx;
 
 ZmxStatus zmxiDCTQuantInv8x8_JPEG_16s_C1(const Zmx16s* pSrc, Zmx16s* pDst, const Zmx16u* pQuantInvTable) {
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDst).ptr(pQuantInvTable)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc, pDst, pQuantInvTable)) return bad;
     Block16s block;
     dequantise(pSrc, block.at, pQuantInvTable);
-    dct_8x8_inv_16s(block.at, pDst, isSmall(pSrc));
+    dct_8x8_inv_16s(block.at, pDst, isSmall(pSrc)); // a zero has a zero product: the source tells as well
     return zmxStsNoErr;
 }
 
@@ -45,7 +48,7 @@ namespace zmx {
 
 // The order of the tests of all functions with a row step: the table comes last. Required.
 static ZmxStatus tested(const void* src, const void* dst, int dstStep, const void* table) {
-    return Args().ptr(src).ptr(dst).step(dstStep).ptr(table);
+    return Args().ptr(src, dst).step(dstStep).ptr(table);
 }
 
 } // namespace zmx
@@ -112,12 +115,13 @@ ZmxStatus zmxiDCTQuantInv8x8LS_JPEG_16s16u_C1R(const Zmx16s* pSrc, Zmx16u* pDst,
     zmxsConvert_16s32f(pSrc, block, 64);
     zmxsMul_32f_I(pQuantInvTable, block, 64);
     zmxiDCT8x8Inv_32f_C1I(block);
-    zmxsAddC_32f_I(2048, block, 64);
+    zmxsAddC_32f_I(2048, block, 64); // half of the range of 12 bits
     for (int y = 0; y < 8; ++y) {
-        Zmx16u row[8];
+        Zmx16u row[8]; // aligned, which a row of the caller need not be
         zmxsConvert_32f16u_Sfs(block + 8 * y, row, 8, zmxRndNear, 0);
         std::memcpy(rowAt(pDst, dstStep, y), row, sizeof row);
     }
+    // The conversion has seen to values below 0.
     zmxiThreshold_16u_C1IR(pDst, dstStep, {8, 8}, 4095, zmxCmpGreater);
     return zmxStsNoErr;
 }

@@ -111,13 +111,7 @@ ZmxStatus zmxiDecodeHuffman8x8_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int
     if (ZmxStatus bad = Args()
                             .ptr(pSrc)
                             .arg(nSrcLen < 0)
-                            .ptr(pSrcCurrPos)
-                            .ptr(pDst)
-                            .ptr(pLastDC)
-                            .ptr(pMarker)
-                            .ptr(pDcTable)
-                            .ptr(pAcTable)
-                            .ptr(pDecHuffState))
+                            .ptr(pSrcCurrPos, pDst, pLastDC, pMarker, pDcTable, pAcTable, pDecHuffState))
         return bad;
     clear(pDst);
     int k;
@@ -182,11 +176,11 @@ bool directValue(DirectReader& in, int s, int* pValue) {
         }
         if (symbol == kInvalidCode) return zmxStsDCTRangeErr;
         const int r = symbol >> 4, s = symbol & 15;
-        if (s == 0) {
-            if (r != 15) break;
+        if (s == 0 && r == 15) {
             k += 16;
             continue;
         }
+        if (s == 0) break; // end of block, whatever the run
         if (!directValue(in, s, &value)) return zmxStsOutOfBufErr;
         // No test of the position: the table reaches as far as any run.
         pDst[zigzag::reach[std::size_t(k + r)]] = Zmx16s(value);
@@ -205,16 +199,11 @@ ZmxStatus zmxiDecodeHuffman8x8_Direct_JPEG_1u16s_C1(const Zmx8u* pSrc, int* pSrc
                                                     const ZmxiDecodeHuffmanSpec* pDcTable,
                                                     const ZmxiDecodeHuffmanSpec* pAcTable) {
     // Values are tested as soon as their pointers are good, between the pointers: required here.
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pSrcBitsLen)) return bad;
-    if (ZmxStatus bad = Args()
-                            .arg(*pSrcBitsLen < 0)
-                            .ptr(pDst)
-                            .ptr(pLastDC)
-                            .ptr(pMarker)
-                            .ptr(pPrefetchedBits)
-                            .ptr(pNumValidPrefetchedBits))
+    if (ZmxStatus bad = Args().ptr(pSrc, pSrcBitsLen)) return bad;
+    if (ZmxStatus bad =
+            Args().arg(*pSrcBitsLen < 0).ptr(pDst, pLastDC, pMarker, pPrefetchedBits, pNumValidPrefetchedBits))
         return bad;
-    if (ZmxStatus bad = Args().arg(*pNumValidPrefetchedBits < 0).ptr(pDcTable).ptr(pAcTable)) return bad;
+    if (ZmxStatus bad = Args().arg(*pNumValidPrefetchedBits < 0).ptr(pDcTable, pAcTable)) return bad;
     clear(pDst);
     int k, pos;
     Left left;

@@ -8,6 +8,7 @@
 namespace zmx {
 namespace {
 
+// A category and the bits behind it (ITU-T T.81, H.1.2.2): the difference modulo 2^16.
 ZmxStatus decodeDifference(BitReader& in, Zmx16s* pDst, const ZmxiDecodeHuffmanSpec& table) {
     int s;
     if (ZmxStatus failed = ownpj_DecodeHuffSymbol(in, &s, table)) return failed;
@@ -22,6 +23,7 @@ ZmxStatus decodeDifference(BitReader& in, Zmx16s* pDst, const ZmxiDecodeHuffmanS
     return zmxStsNoErr;
 }
 
+// A row of interleaved samples: pixel after pixel, and within a pixel plane after plane, each with its table.
 struct Row {
     Zmx16s* plane[4];
     const ZmxiDecodeHuffmanSpec* table[4];
@@ -51,14 +53,7 @@ using namespace zmx;
 ZmxStatus zmxiDecodeHuffmanOne_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos, Zmx16s* pDst,
                                              int* pMarker, const ZmxiDecodeHuffmanSpec* pDecHuffTable,
                                              ZmxiDecodeHuffmanState* pDecHuffState) {
-    if (ZmxStatus bad = Args()
-                            .ptr(pSrc)
-                            .size(nSrcLen)
-                            .ptr(pSrcCurrPos)
-                            .ptr(pDst)
-                            .ptr(pMarker)
-                            .ptr(pDecHuffTable)
-                            .ptr(pDecHuffState))
+    if (ZmxStatus bad = Args().ptr(pSrc).size(nSrcLen).ptr(pSrcCurrPos, pDst, pMarker, pDecHuffTable, pDecHuffState))
         return bad;
     BitReader in(pSrc, nSrcLen, pSrcCurrPos, pMarker, pDecHuffState);
     return decodeDifference(in, pDst, *pDecHuffTable);
@@ -71,17 +66,14 @@ ZmxStatus zmxiDecodeHuffmanRow_JPEG_1u16s_C1P4(const Zmx8u* pSrc, int nSrcLen, i
     if (ZmxStatus bad = Args()
                             .ptr(pSrc)
                             .size(nSrcLen)
-                            .ptr(pSrcCurrPos)
-                            .ptr(pDstPlanes)
+                            .ptr(pSrcCurrPos, pDstPlanes)
                             .size(nWidth)
                             .size(nPlanes)
-                            .ptr(pMarker)
-                            .ptr(pDecHuffTables)
-                            .ptr(pDecHuffState))
+                            .ptr(pMarker, pDecHuffTables, pDecHuffState))
         return bad;
     Row row{{}, {}, std::min(nPlanes, 4), nWidth}; // further planes are not looked at
     for (int c = 0; c < row.planes; ++c) {
-        if (ZmxStatus bad = Args().ptr(pDstPlanes[c]).ptr(pDecHuffTables[c])) return bad;
+        if (ZmxStatus bad = Args().ptr(pDstPlanes[c], pDecHuffTables[c])) return bad;
         row.plane[c] = pDstPlanes[c];
         row.table[c] = pDecHuffTables[c];
     }

@@ -34,17 +34,15 @@ ZmxStatus decodeEobRun(BitReader& in, int n, Zmx32s* pEobRun) {
     return zmxStsNoErr;
 }
 
+// The domain of the band stands between the pointers: required.
 Args bandArgs(const Zmx8u* pSrc, int nSrcLen, const int* pSrcCurrPos, const Zmx16s* pDst, const int* pMarker, int Ss,
               int Se, int Al, const ZmxiDecodeHuffmanSpec* pAcTable, const ZmxiDecodeHuffmanState* pDecHuffState) {
     return Args()
         .ptr(pSrc)
         .size(nSrcLen)
-        .ptr(pSrcCurrPos)
-        .ptr(pDst)
-        .ptr(pMarker)
+        .ptr(pSrcCurrPos, pDst, pMarker)
         .arg(badBand(Ss, Se, Al))
-        .ptr(pAcTable)
-        .ptr(pDecHuffState);
+        .ptr(pAcTable, pDecHuffState);
 }
 
 } // namespace
@@ -59,13 +57,9 @@ ZmxStatus zmxiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrc
     if (ZmxStatus bad = Args()
                             .ptr(pSrc)
                             .size(nSrcLen)
-                            .ptr(pSrcCurrPos)
-                            .ptr(pDst)
-                            .ptr(pLastDC)
-                            .ptr(pMarker)
+                            .ptr(pSrcCurrPos, pDst, pLastDC, pMarker)
                             .arg(badShift(Al))
-                            .ptr(pDcTable)
-                            .ptr(pDecHuffState))
+                            .ptr(pDcTable, pDecHuffState))
         return bad;
     BitReader in(pSrc, nSrcLen, pSrcCurrPos, pMarker, pDecHuffState);
     if (ZmxStatus failed = decodeDC(in, pLastDC, *pDcTable)) return failed;
@@ -76,7 +70,7 @@ ZmxStatus zmxiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrc
 ZmxStatus zmxiDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSrcLen, int* pSrcCurrPos, Zmx16s* pDst,
                                                       int* pMarker, int Al, ZmxiDecodeHuffmanState* pDecHuffState) {
     if (ZmxStatus bad =
-            Args().ptr(pSrc).size(nSrcLen).ptr(pSrcCurrPos).ptr(pDst).ptr(pMarker).arg(badShift(Al)).ptr(pDecHuffState))
+            Args().ptr(pSrc).size(nSrcLen).ptr(pSrcCurrPos, pDst, pMarker).arg(badShift(Al)).ptr(pDecHuffState))
         return bad;
     BitReader in(pSrc, nSrcLen, pSrcCurrPos, pMarker, pDecHuffState);
     if (ZmxStatus failed = need(in, 1)) return failed;

@@ -1,5 +1,7 @@
-// pjdecpred.cpp - samples of lossless JPEG rows from their differences (ITU-T T.81, H.2.1). All sums go
-// modulo 2^16.
+// pjdecpred.cpp - samples of lossless JPEG rows from their differences (ITU-T T.81, H.2.1). All sums go modulo 2^16.
+//
+// Each sample waits for the one to its left, unlike in the other direction: it stays in a register. The destination may
+// be the source.
 #include "pjpred.h"
 
 using namespace zmx;

@@ -6,7 +6,7 @@
 using namespace zmx;
 
 ZmxStatus zmxiQuantInvTableInit_JPEG_8u16u(const Zmx8u* pQuantRawTable, Zmx16u* pQuantInvTable) {
-    if (ZmxStatus bad = Args().ptr(pQuantRawTable).ptr(pQuantInvTable)) return bad;
+    if (ZmxStatus bad = Args().ptr(pQuantRawTable, pQuantInvTable)) return bad;
     naturalOrder(pQuantRawTable, pQuantInvTable);
     return zmxStsNoErr;
 }

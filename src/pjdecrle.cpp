@@ -5,7 +5,8 @@
 using namespace zmx;
 
 ZmxStatus zmxiUnpackBitsRow_TIFF_8u_C1(const Zmx8u* pSrc, int* pSrcPos, int srcLen, Zmx8u* pDst, int dstLen) {
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pSrcPos).ptr(pDst).size(srcLen).size(dstLen)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc, pSrcPos, pDst).size(srcLen).size(dstLen)) return bad;
+    if (*pSrcPos < 0) return zmxStsUnderRunErr; // nothing stands ahead of the stream
     // As wide as a pointer, so that no packet costs a conversion.
     std::ptrdiff_t pos = *pSrcPos, made = 0;
     const std::ptrdiff_t srcEnd = srcLen, dstEnd = dstLen;

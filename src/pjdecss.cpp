@@ -76,7 +76,7 @@ ZmxStatus zmxiSampleUpH2V2_JPEG_8u_C1R(const Zmx8u* pSrc, int srcStep, ZmxiSize 
 }
 
 ZmxStatus zmxiSampleUpRowH2V1_Triangle_JPEG_8u_C1(const Zmx8u* pSrc, int srcWidth, Zmx8u* pDst) {
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDst).size(srcWidth)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc, pDst).size(srcWidth)) return bad;
     // The two ends are always done, one after the other, so that a width of 1 writes four samples and looks at its
     // neighbours on both sides: required.
     const Zmx8u* last = pSrc + (srcWidth - 1);
@@ -90,7 +90,7 @@ ZmxStatus zmxiSampleUpRowH2V1_Triangle_JPEG_8u_C1(const Zmx8u* pSrc, int srcWidt
 }
 
 ZmxStatus zmxiSampleUpRowH2V2_Triangle_JPEG_8u_C1(const Zmx8u* pSrc1, const Zmx8u* pSrc2, int srcWidth, Zmx8u* pDst) {
-    if (ZmxStatus bad = Args().ptr(pSrc1).ptr(pSrc2).ptr(pDst).size(srcWidth)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc1, pSrc2, pDst).size(srcWidth)) return bad;
     const int last = std::max(srcWidth - 1, 1); // a width of 1 is done as one of 2: required
     Zmx8u* end = pDst + std::ptrdiff_t(2) * last;
     pDst[0] = Zmx8u((4 * sumHV(pSrc1, pSrc2, 0) + 8) >> 4);

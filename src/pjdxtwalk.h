@@ -14,7 +14,7 @@ namespace zmx {
 
 // The step of a surface is unsigned, and is refused only when it is exactly 0.
 inline Args surfaceArgs(const void* pSrc, const void* pDst, Zmx32u step, ZmxiSize roi) {
-    return Args().ptr(pSrc).ptr(pDst).test(step == 0, zmxStsStepErr).size(roi);
+    return Args().ptr(pSrc, pDst).test(step == 0, zmxStsStepErr).size(roi);
 }
 
 // Blocks along a side, the last one perhaps partial; the sum (side + 3) could overflow.

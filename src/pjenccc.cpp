@@ -57,12 +57,12 @@ constexpr bool agrees(int a, int b) {
            ycc.of[1] == (entry(3, red) + entry(4, green) + entry(5, blue)) >> 16 &&
            ycc.of[2] == (entry(5, red) + entry(6, green) + entry(7, blue)) >> 16;
 }
-template <int Part>
-constexpr bool kAgree = [] { // in parts, since a compiler does not go on for ever
+template <int Part> constexpr bool agree() { // in parts, since a compiler does not go on for ever
     for (int other = -255; other <= 255; ++other)
         if (!agrees(51 * Part - 255, other) || !agrees(other, 51 * Part - 255)) return false;
     return true;
-}();
+}
+template <int Part> constexpr bool kAgree = agree<Part>();
 template <int... Part> constexpr bool allAgree(std::integer_sequence<int, Part...>) { return (kAgree<Part> && ...); }
 static_assert(allAgree(std::make_integer_sequence<int, 11>()));
 
@@ -88,7 +88,7 @@ template <class Layout, auto formula, int M> void pixelsRow(const Zmx8u* src, Ro
 
 template <class Layout, auto formula, int M, class How>
 ZmxStatus pixelsToPlanes(const void* src, int srcStep, Zmx8u* const* dst, int dstStep, ZmxiSize roi) {
-    if (ZmxStatus bad = Args().ptr(src).ptr(dst).planes(dst, M).step(srcStep).step(dstStep).size(roi)) return bad;
+    if (ZmxStatus bad = Args().ptr(src, dst).planes(dst, M).step(srcStep).step(dstStep).size(roi)) return bad;
     How::rows(roi, [=](int y) {
         pixelsRow<Layout, formula>(rowAt(src, srcStep, y), Rows<Zmx8u, M>(dst, dstStep, y), roi.width);
     });

@@ -80,7 +80,7 @@ template <class U> const Zmx16s* sumsOf(const Zmx16s* channel, Zmx16s* sums) {
 template <class U, class In, class Colour> ZmxStatus pixelsToUnit(const void* src, int srcStep, Zmx16s* const* dst) {
     constexpr int planes = In::kChannels;
     // The step ahead of the planes: required here, the decoding side has it behind them.
-    if (ZmxStatus bad = Args().ptr(src).ptr(dst).step(srcStep).planes(dst, planes)) return bad;
+    if (ZmxStatus bad = Args().ptr(src, dst).step(srcStep).planes(dst, planes)) return bad;
     Run<planes> from;
     getUnit<U, In>(src, srcStep, from);
 
@@ -110,6 +110,7 @@ template <class U, class In, class Colour> ZmxStatus pixelsToUnit(const void* sr
 
 using namespace zmx;
 
+// Three bytes a pixel: R, G, B, then the same turned round.
 ZmxStatus zmxiRGBToYCbCr444LS_MCU_8u16s_C3P3R(const Zmx8u* pSrc, int srcStep, Zmx16s* const pDstMCU[3]) {
     return pixelsToUnit<Unit444, layout::RGB, Coloured>(pSrc, srcStep, pDstMCU);
 }
@@ -130,6 +131,7 @@ ZmxStatus zmxiBGRToYCbCr411LS_MCU_8u16s_C3P3R(const Zmx8u* pSrc, int srcStep, Zm
     return pixelsToUnit<Unit411, layout::BGR, Coloured>(pSrc, srcStep, pDstMCU);
 }
 
+// Packed pixels, blue in the low bits: 5, 5 and 5 bits, then 5, 6 and 5.
 ZmxStatus zmxiBGR555ToYCbCr444LS_MCU_16u16s_C3P3R(const Zmx16u* pSrc, int srcStep, Zmx16s* const pDstMCU[3]) {
     return pixelsToUnit<Unit444, layout::BGR555, Coloured>(pSrc, srcStep, pDstMCU);
 }
@@ -150,6 +152,7 @@ ZmxStatus zmxiBGR565ToYCbCr411LS_MCU_16u16s_C3P3R(const Zmx16u* pSrc, int srcSte
     return pixelsToUnit<Unit411, layout::BGR565, Coloured>(pSrc, srcStep, pDstMCU);
 }
 
+// Four bytes a pixel; K passes with no more than its level shift.
 ZmxStatus zmxiCMYKToYCCK444LS_MCU_8u16s_C4P4R(const Zmx8u* pSrc, int srcStep, Zmx16s* const pDstMCU[4]) {
     return pixelsToUnit<Unit444, layout::CMYK, Inverted>(pSrc, srcStep, pDstMCU);
 }
@@ -160,6 +163,7 @@ ZmxStatus zmxiCMYKToYCCK411LS_MCU_8u16s_C4P4R(const Zmx8u* pSrc, int srcStep, Zm
     return pixelsToUnit<Unit411, layout::CMYK, Inverted>(pSrc, srcStep, pDstMCU);
 }
 
+// No colour conversion: Y, Cb and Cr in three bytes a pixel, or in pairs.
 ZmxStatus zmxiSampleDown444LS_MCU_8u16s_C3P3R(const Zmx8u* pSrc, int srcStep, Zmx16s* const pDstMCU[3]) {
     return pixelsToUnit<Unit444, layout::YCbCr, Plain>(pSrc, srcStep, pDstMCU);
 }

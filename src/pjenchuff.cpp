@@ -55,6 +55,11 @@ template <bool Strict> struct FastSink {
     ZmxStatus bare(int symbol) { return coded(acTable.codes[symbol], 0, 0); }
 };
 
+// Out of the way of the fast one.
+[[gnu::noinline]] ZmxStatus encodeExact(const Zmx16s* pSrc, int diff, ExactSink sink) {
+    return walkBlock(pSrc, diff, sink);
+}
+
 // The bytes that a block may take: 64 coefficients with their codes (the symbol of 16 zeros stands in the place of
 // those), an end of block, seven bits pending, and every byte stuffed.
 constexpr int kWorstBlock = 519;
@@ -71,27 +76,25 @@ ZmxStatus zmxiEncodeHuffman8x8_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, in
                                              const ZmxiEncodeHuffmanSpec* pAcTable,
                                              ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState) {
     // What a flush needs comes first: it has no block. Required here.
-    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pEncHuffState)) return bad;
+    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos, pEncHuffState)) return bad;
     if (bFlushState) return flushWriter(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pLastDC).ptr(pDcTable).ptr(pAcTable)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc, pLastDC, pDcTable, pAcTable)) return bad;
 
     const int diff = differenceDC(pSrc, pLastDC);
     BitWriter out(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
-    if (out.pos <= out.len - kWorstBlock && out.regular()) {
-        FastSink<true> sink{*pDcTable, *pAcTable, FastWriter(out)};
-        const ZmxStatus status = walkBlock(pSrc, diff, sink);
-        sink.out.leave(out);
-        return status;
-    }
-    ExactSink sink{*pDcTable, *pAcTable, out};
-    return walkBlock(pSrc, diff, sink);
+    if (out.room() < kWorstBlock || !out.regular()) return encodeExact(pSrc, diff, {*pDcTable, *pAcTable, out});
+    FastSink<true> sink{*pDcTable, *pAcTable, FastWriter(out)};
+    const ZmxStatus status = walkBlock(pSrc, diff, sink);
+    sink.out.leave(out);
+    return status;
 }
 
 ZmxStatus zmxiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int* pDstBitsLen, Zmx16s* pLastDC,
                                                     const ZmxiEncodeHuffmanSpec* pDcTable,
                                                     const ZmxiEncodeHuffmanSpec* pAcTable) {
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDst).ptr(pDstBitsLen).ptr(pLastDC).ptr(pDcTable).ptr(pAcTable))
-        return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc, pDst, pDstBitsLen, pLastDC, pDcTable, pAcTable)) return bad;
+    // A position may have wrapped: 2^31 bits are a stream of 256 MiB.
+    if (ZmxStatus bad = Args().arg(*pDstBitsLen < 0)) return bad;
     FastSink<false> sink{*pDcTable, *pAcTable, FastWriter(pDst, *pDstBitsLen)};
     walkBlock(pSrc, differenceDC(pSrc, pLastDC), sink);
     *pDstBitsLen = sink.out.leave(pDst, *pDstBitsLen);
@@ -126,7 +129,7 @@ struct CountSink {
 
 ZmxStatus zmxiGetHuffmanStatistics8x8_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pDcStatistics, Zmx32u* pAcStatistics,
                                                   Zmx16s* pLastDC) {
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDcStatistics).ptr(pAcStatistics).ptr(pLastDC)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc, pDcStatistics, pAcStatistics, pLastDC)) return bad;
     CountSink sink{pDcStatistics, pAcStatistics};
     return walkBlock(pSrc, differenceDC(pSrc, pLastDC), sink);
 }

@@ -9,6 +9,7 @@
 namespace zmx {
 namespace {
 
+// A category and the bits behind it.
 ZmxStatus encodeDifference(int v, const ZmxiEncodeHuffmanSpec& table, BitWriter& out) {
     const int s = category(v);
     return writeCoded(table, s, s < 16 ? s : 0, v, out); // category 16 is one value and needs no bits
@@ -23,6 +24,7 @@ ZmxStatus encodeDifference(int v, const ZmxiEncodeHuffmanSpec& table, FastWriter
     return zmxStsNoErr;
 }
 
+// A row of interleaved samples: pixel after pixel, and within a pixel plane after plane, each with its table.
 struct Row {
     const Zmx16s* plane[4];
     const ZmxiEncodeHuffmanSpec* table[4];
@@ -53,9 +55,9 @@ ZmxStatus zmxiEncodeHuffmanOne_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, in
                                              const ZmxiEncodeHuffmanSpec* pEncHuffTable,
                                              ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState) {
     // What a flush needs comes first: required here.
-    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pEncHuffState)) return bad;
+    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos, pEncHuffState)) return bad;
     if (bFlushState) return flushWriter(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pEncHuffTable)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc, pEncHuffTable)) return bad;
     BitWriter out(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
     return encodeDifference(*pSrc, *pEncHuffTable, out);
 }
@@ -64,20 +66,20 @@ ZmxStatus zmxiEncodeHuffmanRow_JPEG_16s1u_P4C1(const Zmx16s* const pSrcPlanes[4]
                                                int dstLenBytes, int* pDstCurrPos,
                                                const ZmxiEncodeHuffmanSpec* const pEncHuffTables[4],
                                                ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState) {
-    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pEncHuffState)) return bad;
+    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos, pEncHuffState)) return bad;
     if (bFlushState) return flushWriter(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
     if (ZmxStatus bad = Args().ptr(pSrcPlanes).size(nWidth).size(nPlanes).ptr(pEncHuffTables)) return bad;
     Row row{{}, {}, std::min(nPlanes, 4)}; // further planes are not looked at
     for (int c = 0; c < row.planes; ++c) {
-        if (ZmxStatus bad = Args().ptr(pSrcPlanes[c]).ptr(pEncHuffTables[c])) return bad;
+        if (ZmxStatus bad = Args().ptr(pSrcPlanes[c], pEncHuffTables[c])) return bad;
         row.plane[c] = pSrcPlanes[c];
         row.table[c] = pEncHuffTables[c];
     }
 
     BitWriter out(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
     int x = 0;
-    while (x < nWidth && out.regular() && out.pos >= 0) {
-        const int pixels = (out.len - out.pos) / (kWorstDifference * row.planes);
+    while (x < nWidth && out.regular()) {
+        const int pixels = out.room() / (kWorstDifference * row.planes);
         if (pixels < 1) break;
         const int end = x + std::min(pixels, nWidth - x);
         FastWriter fast(out);
@@ -90,7 +92,7 @@ ZmxStatus zmxiEncodeHuffmanRow_JPEG_16s1u_P4C1(const Zmx16s* const pSrcPlanes[4]
 }
 
 ZmxStatus zmxiGetHuffmanStatisticsOne_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pStatistics) {
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pStatistics)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc, pStatistics)) return bad;
     ++pStatistics[category(*pSrc)]; // zmxStsRangeErr is for a category above 16, which no 16-bit value has
     return zmxStsNoErr;
 }

@@ -10,13 +10,17 @@
 #include "pjencwalk.h"
 #include "pjzigzagset.h"
 
+#include <algorithm>
+
 namespace zmx {
 namespace {
 
 constexpr int kMaxRun = 32767; // of blocks, the most that a symbol holds
 // One further block may add 63 bits to those held, of which there is room for 1024. With a margin, as it has
-// to be.
+// to be. That they stay below it holds only as long as what is held can be written.
 constexpr int kMaxHeldBits = 937;
+constexpr int kRoom = sizeof ZmxiEncodeHuffmanState::correctionBits;
+static_assert(kMaxHeldBits + 63 <= kRoom);
 
 // The two sinks. The category limit of the statistics is one less than the encoder's: required here.
 struct Write {
@@ -26,6 +30,7 @@ struct Write {
 
     ZmxStatus symbol(int s) { return writeSymbol(table, s, out); }
     ZmxStatus bits(Zmx32u v, int n) { return ownpj_write_bits_jpeg(v, n, out); }
+    static void hold(Zmx8u& place, int bit) { place = Zmx8u(bit); }
 };
 struct Count {
     Zmx32u* counts;
@@ -36,6 +41,7 @@ struct Count {
         return zmxStsNoErr;
     }
     ZmxStatus bits(Zmx32u, int) { return zmxStsNoErr; }
+    static void hold(Zmx8u&, int) {} // their number is enough
 };
 
 // Writes the end-of-band run, if there is one. It is cleared only when it has been written whole.
@@ -67,6 +73,12 @@ template <class Sink> ZmxStatus putBits(Sink& sink, const Zmx8u* bits, Zmx32s& c
     return zmxStsNoErr;
 }
 
+// One more block for the run. It grows on where it could not be written, and where it came from elsewhere.
+Zmx32s lengthen(Zmx32s& eobRun) { return eobRun = wrapAdd(eobRun, 1); }
+
+// No encoder leaves another number of held bits than there is room for; a state from elsewhere may.
+void limitHeld(ZmxiEncodeHuffmanState& state) { state.correctionCount = clamp(state.correctionCount, 0, kRoom); }
+
 // Writes the run and the correction bits behind it.
 template <class Sink> ZmxStatus putHeld(Sink& sink, ZmxiEncodeHuffmanState& state) {
     if (ZmxStatus failed = putRun(sink, state.eobRun)) return failed;
@@ -95,7 +107,7 @@ ZmxStatus firstBand(const Zmx16s* pSrc, int Ss, int Se, int Al, ZmxiEncodeHuffma
         return sink.bits(Zmx32u(c < 0 ? ~a : a), n);
     });
     if (status || next > Se) return status;
-    return ++state.eobRun >= kMaxRun ? putRun(sink, state.eobRun) : zmxStsNoErr;
+    return lengthen(state.eobRun) >= kMaxRun ? putRun(sink, state.eobRun) : zmxStsNoErr;
 }
 
 template <class Sink>
@@ -105,7 +117,9 @@ ZmxStatus refineBand(const Zmx16s* pSrc, int Ss, int Se, int Al, ZmxiEncodeHuffm
     const std::uint64_t fresh = zigzag::setOf(pSrc, [Al](Zmx16s c) { return shifted(c, Al) == 1; }) & band;
     const int lastFresh = fresh ? 63 - std::countl_zero(fresh) : 0;
 
-    Zmx8u* bits = state.correctionBits + state.correctionCount; // of this block, behind those of earlier ones
+    limitHeld(state);
+    Zmx8u* const held = state.correctionBits;
+    int start = state.correctionCount; // of this block's bits, which stand behind those of earlier ones
     Zmx32s count = 0;
     int next = Ss, r = 0;
     // A symbol, with all that has to stand in front of it and behind it.
@@ -114,8 +128,19 @@ ZmxStatus refineBand(const Zmx16s* pSrc, int Ss, int Se, int Al, ZmxiEncodeHuffm
         if (ZmxStatus failed = sink.symbol(symbol)) return failed;
         if (symbol != kZeroRun)
             if (ZmxStatus failed = sink.bits(Zmx32u(sign), 1)) return failed;
-        if (ZmxStatus failed = putBits(sink, bits, count)) return failed;
-        bits = state.correctionBits;
+        if (ZmxStatus failed = putBits(sink, held + start, count)) return failed;
+        start = 0;
+        return zmxStsNoErr;
+    };
+    // A bit waits. Behind more held bits than a good run leaves there may be no room for it: they have to go
+    // out first, which is what the caller was told before.
+    const auto hold = [&](int bit) -> ZmxStatus {
+        if (start + count == kRoom) {
+            if (ZmxStatus failed = putHeld(sink, state)) return failed;
+            std::copy_n(held + start, count, held);
+            start = 0;
+        }
+        sink.hold(held[start + count++], bit);
         return zmxStsNoErr;
     };
     const ZmxStatus status = zigzag::forEach(known | fresh, [&](int k) -> ZmxStatus {
@@ -125,19 +150,16 @@ ZmxStatus refineBand(const Zmx16s* pSrc, int Ss, int Se, int Al, ZmxiEncodeHuffm
         for (; r > 15 && k <= lastFresh; r -= 16)
             if (ZmxStatus failed = put(kZeroRun, 0)) return failed;
         const Zmx16s c = pSrc[own_pj_izigzag_index[std::size_t(k)]];
-        if (known >> k & 1) { // its bit waits
-            bits[count++] = Zmx8u(shifted(c, Al) & 1);
-            return zmxStsNoErr;
-        }
+        if (known >> k & 1) return hold(shifted(c, Al) & 1);
         if (ZmxStatus failed = put(r * 16 + 1, c >= 0)) return failed;
         r = 0;
         return zmxStsNoErr;
     });
     if (status) return status;
     if (r == 0 && next > Se && count == 0) return zmxStsNoErr;
-    ++state.eobRun;
     state.correctionCount += count;
-    return state.eobRun >= kMaxRun || state.correctionCount > kMaxHeldBits ? putHeld(sink, state) : zmxStsNoErr;
+    return lengthen(state.eobRun) >= kMaxRun || state.correctionCount > kMaxHeldBits ? putHeld(sink, state)
+                                                                                     : zmxStsNoErr;
 }
 
 constexpr int kMaxCategoryDC = 11;
@@ -152,9 +174,9 @@ using namespace zmx;
 ZmxStatus zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos,
                                                      Zmx16s* pLastDC, int Al, const ZmxiEncodeHuffmanSpec* pDcTable,
                                                      ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState) {
-    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pEncHuffState)) return bad;
+    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos, pEncHuffState)) return bad;
     if (bFlushState) return flushWriter(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pLastDC).arg(badShift(Al)).ptr(pDcTable)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc, pLastDC).arg(badShift(Al)).ptr(pDcTable)) return bad;
 
     const int diff = differenceDC(pSrc, pLastDC, Al), n = category(diff);
     if (n > kMaxCategoryDC) return zmxStsDCTRangeErr;
@@ -165,7 +187,7 @@ ZmxStatus zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* 
 ZmxStatus zmxiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes,
                                                       int* pDstCurrPos, int Al, ZmxiEncodeHuffmanState* pEncHuffState,
                                                       int bFlushState) {
-    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pEncHuffState)) return bad;
+    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos, pEncHuffState)) return bad;
     if (bFlushState) return flushWriter(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
     if (ZmxStatus bad = Args().ptr(pSrc).arg(badShift(Al))) return bad;
 
@@ -176,10 +198,10 @@ ZmxStatus zmxiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u*
 ZmxStatus zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos,
                                                      int Ss, int Se, int Al, const ZmxiEncodeHuffmanSpec* pAcTable,
                                                      ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState) {
-    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pAcTable).ptr(pEncHuffState))
-        return bad;
+    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos, pAcTable, pEncHuffState)) return bad;
     if (bFlushState) {
         {
+            limitHeld(*pEncHuffState);
             BitWriter out(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
             Write sink{*pAcTable, out};
             putHeld(sink, *pEncHuffState); // its status is not reported, nor is a run that has no symbol
@@ -196,11 +218,11 @@ ZmxStatus zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u*
                                                       int* pDstCurrPos, int Ss, int Se, int Al,
                                                       const ZmxiEncodeHuffmanSpec* pAcTable,
                                                       ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState) {
-    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pAcTable).ptr(pEncHuffState))
-        return bad;
+    if (ZmxStatus bad = Args().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos, pAcTable, pEncHuffState)) return bad;
     if (bFlushState) {
         ZmxStatus run;
         {
+            limitHeld(*pEncHuffState);
             BitWriter out(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
             Write sink{*pAcTable, out};
             run = putRun(sink, pEncHuffState->eobRun); // reported, unlike in the first scan
@@ -217,7 +239,7 @@ ZmxStatus zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u*
 
 ZmxStatus zmxiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(const Zmx16s* pSrc, Zmx32u* pDcStatistics, Zmx16s* pLastDC,
                                                           int Al) {
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDcStatistics).ptr(pLastDC).arg(badShift(Al))) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc, pDcStatistics, pLastDC).arg(badShift(Al))) return bad;
     const int n = category(differenceDC(pSrc, pLastDC, Al));
     if (n > kMaxCategoryDC) return zmxStsDCTRangeErr;
     ++pDcStatistics[n];
@@ -231,7 +253,7 @@ using Band = ZmxStatus (*)(const Zmx16s*, int, int, int, ZmxiEncodeHuffmanState&
 
 ZmxStatus countBand(const Zmx16s* pSrc, Zmx32u* pAcStatistics, int Ss, int Se, int Al,
                     ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState, Band band) {
-    if (ZmxStatus bad = Args().ptr(pAcStatistics).ptr(pEncHuffState)) return bad;
+    if (ZmxStatus bad = Args().ptr(pAcStatistics, pEncHuffState)) return bad;
     Count sink{pAcStatistics};
     if (bFlushState) {
         const ZmxStatus status = putRun(sink, pEncHuffState->eobRun);

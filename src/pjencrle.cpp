@@ -67,9 +67,9 @@ Index literalLength(const Zmx8u* s, Index left, Index most) {
 using namespace zmx;
 
 ZmxStatus zmxiPackBitsRow_TIFF_8u_C1(const Zmx8u* pSrc, int srcLen, Zmx8u* pDst, int* pDstPos, int dstLen) {
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDstPos).ptr(pDst).size(srcLen).size(dstLen)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc, pDstPos, pDst).size(srcLen).size(dstLen)) return bad;
     Index pos = *pDstPos;
-    if (pos > dstLen) return zmxStsUnderRunErr; // and the position stays
+    if (pos < 0 || pos > dstLen) return zmxStsUnderRunErr; // and the position stays
 
     Zmx8u* literal = nullptr;  // the header of the latest literal packet
     bool pairBehindIt = false; // whether one run of exactly two bytes is all that has followed it

@@ -70,7 +70,7 @@ ZmxStatus zmxiSampleDownH2V2_JPEG_8u_C1R(const Zmx8u* pSrc, int srcStep, ZmxiSiz
 }
 
 ZmxStatus zmxiSampleDownRowH2V1_Box_JPEG_8u_C1(const Zmx8u* pSrc, int srcWidth, Zmx8u* pDst) {
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDst).size(srcWidth)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc, pDst).size(srcWidth)) return bad;
     // The term is 0 at even positions and 1 at odd ones: required.
     inRuns(halfUp(srcWidth), [=](std::ptrdiff_t x, int n) {
         boxH(pSrc + 2 * x, pDst + x, n, [](int i) { return kEven[std::size_t(i)]; });
@@ -79,7 +79,7 @@ ZmxStatus zmxiSampleDownRowH2V1_Box_JPEG_8u_C1(const Zmx8u* pSrc, int srcWidth, 
 }
 
 ZmxStatus zmxiSampleDownRowH2V2_Box_JPEG_8u_C1(const Zmx8u* pSrc1, const Zmx8u* pSrc2, int srcWidth, Zmx8u* pDst) {
-    if (ZmxStatus bad = Args().ptr(pSrc1).ptr(pSrc2).ptr(pDst).size(srcWidth)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc1, pSrc2, pDst).size(srcWidth)) return bad;
     // The term is 1 at even positions and 2 at odd ones: required.
     inRuns(halfUp(srcWidth), [=](std::ptrdiff_t x, int n) {
         boxHV(pSrc1 + 2 * x, pSrc2 + 2 * x, pDst + x, n, [](int i) { return 1 + kOdd[std::size_t(i)]; });

@@ -104,7 +104,9 @@ public:
           next(reader.src + reader.pos), known(next), stuffed(false) {}
 
     // Whether a reader is in a state to begin with.
-    static bool suits(const Reader& reader) { return reader.marker == 0 && reader.count >= 0 && reader.count <= 32; }
+    static bool suits(const Reader& reader) {
+        return reader.marker == 0 && reader.count >= 0 && reader.count <= 32 && !reader.ended();
+    }
 
     // Fills the register to 56 bits or more, enough for a code of 16 bits with its value and one of 8 bits
     // with its own. False near a marker or the end.

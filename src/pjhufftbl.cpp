@@ -15,6 +15,8 @@ namespace {
 constexpr int kMaxLength = 16; // the longest code
 constexpr int kMaxCodes = 256;
 
+// ---- what the four kinds of blocks have in common
+
 template <class Block> ZmxStatus getBufSize(int* pSize) {
     if (ZmxStatus bad = Args().ptr(pSize)) return bad;
     *pSize = int(sizeof(Block));
@@ -35,18 +37,19 @@ template <class Block> ZmxStatus release(Block* pBlock) {
     return zmxStsNoErr;
 }
 
+// What fills in a table from the two lists of a DHT segment.
 template <class Spec> using Build = ZmxStatus (*)(const Zmx8u*, const Zmx8u*, Spec*);
 
 template <class Spec>
 ZmxStatus initSpec(const Zmx8u* pListBits, const Zmx8u* pListVals, Spec* pSpec, Build<Spec> build) {
-    if (ZmxStatus bad = Args().ptr(pListBits).ptr(pListVals).ptr(pSpec)) return bad;
+    if (ZmxStatus bad = Args().ptr(pListBits, pListVals, pSpec)) return bad;
     return build(pListBits, pListVals, pSpec);
 }
 
 // The block goes to the caller even if the table cannot be built.
 template <class Spec>
 ZmxStatus initAllocSpec(const Zmx8u* pListBits, const Zmx8u* pListVals, Spec** ppSpec, Build<Spec> build) {
-    if (ZmxStatus bad = Args().ptr(pListBits).ptr(pListVals).ptr(ppSpec)) return bad;
+    if (ZmxStatus bad = Args().ptr(pListBits, pListVals, ppSpec)) return bad;
     if (ZmxStatus failed = allocate(ppSpec)) return failed;
     return build(pListBits, pListVals, *ppSpec);
 }
@@ -63,6 +66,7 @@ template <class State> ZmxStatus initAllocState(State** ppState) {
     return initState(*ppState);
 }
 
+// BITS of a DHT segment, summed up.
 int countCodes(const Zmx8u* pListBits) {
     int n = 0;
     for (int i = 0; i < kMaxLength; ++i) n += pListBits[i];
@@ -98,6 +102,7 @@ ZmxStatus ownpj_DecodeHuffmanSpecInit(const Zmx8u* pListBits, const Zmx8u* pList
     }
     t.maxCode[kMaxLength + 1] = kNoCode;
 
+    // A code of 8 bits or less stands for all indices that begin with it.
     p = 0;
     for (int length = 1; length <= 8; ++length) {
         const int span = 1 << (8 - length);
@@ -119,6 +124,7 @@ ZmxStatus ownpj_DecodeHuffmanSpecInit(const Zmx8u* pListBits, const Zmx8u* pList
     return zmxStsNoErr;
 }
 
+// The other direction: from symbols to codes, in the order of Annex C.
 static ZmxStatus encodeHuffmanSpecInit(const Zmx8u* pListBits, const Zmx8u* pListVals,
                                        ZmxiEncodeHuffmanSpec* pEncHuffSpec) {
     *pEncHuffSpec = {};
@@ -238,7 +244,7 @@ void limitCodeSizes(Zmx8u (&bits)[kMaxCodeSize + 1]) {
 } // namespace zmx
 
 ZmxStatus zmxiEncodeHuffmanRawTableInit_JPEG_8u(const Zmx32s* pStatistics, Zmx8u* pListBits, Zmx8u* pListVals) {
-    if (ZmxStatus bad = Args().ptr(pStatistics).ptr(pListBits).ptr(pListVals)) return bad;
+    if (ZmxStatus bad = Args().ptr(pStatistics, pListBits, pListVals)) return bad;
     int codeSize[kSymbols] = {};
     findCodeSizes(pStatistics, codeSize);
 

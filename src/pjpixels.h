@@ -66,7 +66,7 @@ template <auto formula, int N, int M> inline void convertRow(Rows<const Zmx8u, N
 // Planes to planes, in both directions.
 template <auto formula, int N, int M>
 ZmxStatus planesToPlanes(const Zmx8u* const* src, int srcStep, Zmx8u* const* dst, int dstStep, ZmxiSize roi) {
-    if (ZmxStatus bad = Args().ptr(src).ptr(dst).planes(src, N).planes(dst, M).step(srcStep).step(dstStep).size(roi))
+    if (ZmxStatus bad = Args().ptr(src, dst).planes(src, N).planes(dst, M).step(srcStep).step(dstStep).size(roi))
         return bad;
     Parallel::rows(roi, [=](int y) {
         convertRow<formula>(Rows<const Zmx8u, N>(src, srcStep, y), Rows<Zmx8u, M>(dst, dstStep, y), roi.width);

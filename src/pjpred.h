@@ -33,10 +33,10 @@ template <class Row> void withPredictor(int predictor, Row row) {
 inline int middle(int P, int Pt) { return wrap16s(Zmx32s(1u << ((P - Pt - 1) & 31))); }
 
 inline Args firstRowArgs(const Zmx16s* pSrc, const Zmx16s* pDst, int nWidth, int P, int Pt) {
-    return Args().ptr(pSrc).ptr(pDst).size(nWidth).arg(P < 2 || P > 16 || Pt < 0);
+    return Args().ptr(pSrc, pDst).size(nWidth).arg(P < 2 || P > 16 || Pt < 0);
 }
 inline Args rowArgs(const Zmx16s* pSrc, const Zmx16s* pPrevRow, const Zmx16s* pDst, int nWidth, int predictor) {
-    return Args().ptr(pSrc).ptr(pPrevRow).ptr(pDst).size(nWidth).arg(predictor < 1 || predictor > 7);
+    return Args().ptr(pSrc, pPrevRow, pDst).size(nWidth).arg(predictor < 1 || predictor > 7);
 }
 
 } // namespace zmx

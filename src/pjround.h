@@ -7,13 +7,6 @@
 
 namespace zmx {
 
-// The extended precision of the float paths: a 64-bit significand where the platform has one.
-#if LDBL_MANT_DIG == 64
-using Extended = long double;
-#else
-using Extended = double;
-#endif
-
 // A value rounded to single precision. Where the processor keeps wider values in registers (the x87 unit of
 // 32-bit x86) the value goes through memory; elsewhere this is nothing. For one sum, difference or product of
 // floats the extra rounding on the way is harmless: 64 significant bits are more than 2 x 24 + 2.

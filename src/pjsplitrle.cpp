@@ -6,7 +6,7 @@ namespace zmx {
 namespace {
 
 // A length below 1 is reported as a bad step: required. The two planes themselves are not tested.
-ZmxStatus rowArgs(const void* src, const void* dst, int len) { return Args().ptr(src).ptr(dst).step(len); }
+ZmxStatus rowArgs(const void* src, const void* dst, int len) { return Args().ptr(src, dst).step(len); }
 
 // Plane 0 holds the second byte of each sample in memory, plane 1 the first.
 void split(const Zmx8u* samples, Zmx8u* second, Zmx8u* first, int len) {

@@ -7,6 +7,7 @@
 namespace zmx::pct {
 namespace {
 
+// The odd part in one direction: rotations by lifting steps of 3/8.
 inline void rotate(Sample& p, Sample& q, Sample& s, Sample& u) {
     q = q - s;
     p = p + u;
@@ -22,6 +23,7 @@ inline void rotate(Sample& p, Sample& q, Sample& s, Sample& u) {
     p = p + s;
 }
 
+// The part that is odd in both directions: lifting steps of 3/8, 3/4 and 3/8.
 inline void rotateTwice(Sample& a, Sample& b, Sample& c, Sample& d) {
     b = 0 - b;
     c = 0 - c;
@@ -38,6 +40,7 @@ inline void rotateTwice(Sample& a, Sample& b, Sample& c, Sample& d) {
     d = d - a;
 }
 
+// A block: butterflies over the four corners of each size, then the rotations of what is odd.
 [[gnu::always_inline]] inline void forward(Block& block) {
     auto& m = block.m;
     butterfly(m[0][0], m[0][3], m[3][0], m[3][3], 0);
@@ -54,6 +57,7 @@ void owniPCTFwd_HDP_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep, ZmxiSize roiSize) 
     rectangle<forward>(pSrcDst, srcDstStep, roiSize);
 }
 
+// The forms for a macroblock of luma, or of chroma at half the width, or at half of both.
 ZmxStatus fixedSize(Zmx32s* pSrcDst, int srcDstStep, ZmxiSize size) {
     if (ZmxStatus bad = fixedArgs(pSrcDst, srcDstStep, size)) return bad;
     owniPCTFwd_HDP_32s_C1IR(pSrcDst, srcDstStep, size);

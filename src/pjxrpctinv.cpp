@@ -7,6 +7,7 @@
 namespace zmx::pct {
 namespace {
 
+// The odd part in one direction, step by step backwards.
 inline void rotateBack(Sample& p, Sample& q, Sample& s, Sample& u) {
     q = q + u;
     p = p - s;
@@ -22,6 +23,7 @@ inline void rotateBack(Sample& p, Sample& q, Sample& s, Sample& u) {
     p = p - u;
 }
 
+// The part that is odd in both directions.
 inline void rotateTwiceBack(Sample& a, Sample& b, Sample& c, Sample& d) {
     d = a + d;
     c = c - b;
@@ -38,6 +40,7 @@ inline void rotateTwiceBack(Sample& a, Sample& b, Sample& c, Sample& d) {
     c = 0 - c;
 }
 
+// A block: the stages of the forward transform in the opposite order.
 [[gnu::always_inline]] inline void inverse(Block& block) {
     auto& m = block.m;
     rotateBack(m[0][2], m[0][3], m[1][2], m[1][3]);
@@ -54,6 +57,7 @@ void owniPCTInv_HDP_32s_C1IR(Zmx32s* pSrcDst, int srcDstStep, ZmxiSize roiSize) 
     rectangle<inverse>(pSrcDst, srcDstStep, roiSize);
 }
 
+// The forms for a macroblock of luma, or of chroma at half the width, or at half of both.
 ZmxStatus fixedSize(Zmx32s* pSrcDst, int srcDstStep, ZmxiSize size) {
     if (ZmxStatus bad = fixedArgs(pSrcDst, srcDstStep, size)) return bad;
     owniPCTInv_HDP_32s_C1IR(pSrcDst, srcDstStep, size);

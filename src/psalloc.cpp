@@ -1,4 +1,5 @@
-// psalloc.cpp - the one road to memory in the library.
+// psalloc.cpp - the one road to memory in the library: what an application puts in the place of zmxMalloc and zmxFree
+// serves all of it.
 #include "psalloc.h"
 
 #include "zmxcore.h"

@@ -3,7 +3,9 @@
 
 #include "pjargs.h"
 #include "pjround.h"
+#include "pjx87.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <limits>
@@ -19,17 +21,19 @@ template <class T> static ZmxStatus widen(const T* src, Zmx32f* dst, int len) {
 ZmxStatus zmxsConvert_16s32f(const Zmx16s* pSrc, Zmx32f* pDst, int len) { return widen(pSrc, pDst, len); }
 ZmxStatus zmxsConvert_16u32f(const Zmx16u* pSrc, Zmx32f* pDst, int len) { return widen(pSrc, pDst, len); }
 
-// Two to the power of minus scaleFactor, by repeated products in extended precision: a large power leaves its range.
-static Extended scaleOf(int scaleFactor) {
-    Extended scale = 1;
-    const Extended step = scaleFactor > 0 ? 0.5 : 2.0;
-    // Once the product is zero or infinite further steps change nothing.
-    for (int i = scaleFactor; i != 0 && scale != 0 && !std::isinf(scale); i += scaleFactor > 0 ? -1 : 1) scale *= step;
-    return scale;
+// Two to the power of minus scaleFactor as the repeated product of a 64-bit significand with 15 bits of exponent would
+// have it, which becomes zero below 2^-16445 and infinite from 2^16384 on: that makes a NaN of an infinity and of zero.
+// In between a double serves: beyond 2^300 either way all values saturate or round to zero.
+static double scaleOf(int scaleFactor) {
+    if (scaleFactor > 16445) return 0;
+    if (scaleFactor <= -16384) return std::numeric_limits<double>::infinity();
+    return std::ldexp(1.0, std::clamp(-scaleFactor, -300, 300));
 }
 
-// F is wide enough for the value plus a half to be exact wherever the half decides: see convert().
-template <class T, class F> static T roundedTo(F x, ZmxRoundMode mode) {
+// A double holds the value plus a half exactly wherever the half decides: the sum is wrong only for values below 2^-29,
+// which round to zero either way.
+// What is out of the range is limited first, so that nothing overflows. A NaN is no number, and gives 0.
+template <class T> static T roundedTo(double x, ZmxRoundMode mode) {
     constexpr int lo = std::numeric_limits<T>::min(), hi = std::numeric_limits<T>::max();
     if (std::isnan(x)) return 0;
     if (x > hi) return T(hi);
@@ -37,10 +41,10 @@ template <class T, class F> static T roundedTo(F x, ZmxRoundMode mode) {
     if (mode == zmxRndZero) return T(int(x));
     // Signs are as likely one as the other: no branch on them.
     const int sign = 1 - 2 * (x < 0);
-    const F sum = x + F(0.5) * F(sign);
+    const double sum = x + 0.5 * sign;
     const int t = int(sum);
     // A half exactly went away from zero: an odd result goes back to its even neighbour.
-    const int tie = (mode == zmxRndNear) & (t % 2 != 0) & (F(t) == sum);
+    const int tie = (mode == zmxRndNear) & (t % 2 != 0) & (double(t) == sum);
     return T(t - sign * tie);
 }
 
@@ -59,13 +63,11 @@ template <class T> static ZmxStatus convert(const Zmx32f* src, T* dst, int len, 
     if (ZmxStatus bad = Args().ptr(src).ptr(dst).size(len)) return bad;
     if (scaleFactor == 0 && mode == zmxRndNear) {
         nearest(src, dst, len);
-    } else if (scaleFactor == 0) {
-        // Double precision holds every single-precision value of the range plus a half exactly enough: the sum is
-        // wrong only for values below 2^-29, which round to zero either way.
-        for (int i = 0; i < len; ++i) dst[i] = roundedTo<T>(double(src[i]), mode);
     } else {
-        const Extended scale = scaleOf(scaleFactor);
-        for (int i = 0; i < len; ++i) dst[i] = roundedTo<T>(src[i] * scale, mode);
+        const double scale = scaleOf(scaleFactor);
+        inFullPrecision<kDoubleOnX87>([=] {
+            for (int i = 0; i < len; ++i) dst[i] = roundedTo<T>(src[i] * scale, mode);
+        });
     }
     return zmxStsNoErr;
 }

@@ -1,4 +1,7 @@
 // pscopyca.cpp - zeroing, filling and copying of vectors.
+//
+// The zmxs functions are the tests of the arguments ahead of the owns workers, which do the work and may be called with
+// any length.
 #include "pscopyca.h"
 
 #include "pjargs.h"
@@ -26,7 +29,7 @@ ZmxStatus zmxsSet_8u(Zmx8u val, Zmx8u* pDst, int len) {
 }
 
 ZmxStatus zmxsCopy_8u(const Zmx8u* pSrc, Zmx8u* pDst, int len) {
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDst).size(len)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc, pDst).size(len)) return bad;
     ownsCopy_8u(pSrc, pDst, len);
     return zmxStsNoErr;
 }

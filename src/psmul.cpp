@@ -23,13 +23,13 @@ ZmxStatus zmxsSubC_32f_I(Zmx32f val, Zmx32f* pSrcDst, int len) {
 }
 
 ZmxStatus zmxsMul_32f_I(const Zmx32f* pSrc, Zmx32f* pSrcDst, int len) {
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pSrcDst).size(len)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc, pSrcDst).size(len)) return bad;
     for (int i = 0; i < len; ++i) pSrcDst[i] = rounded(pSrcDst[i] * pSrc[i]);
     return zmxStsNoErr;
 }
 
 ZmxStatus zmxsMul_16s(const Zmx16s* pSrc1, const Zmx16s* pSrc2, Zmx16s* pDst, int len) {
-    if (ZmxStatus bad = Args().ptr(pSrc1).ptr(pSrc2).ptr(pDst).size(len)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc1, pSrc2, pDst).size(len)) return bad;
     for (int i = 0; i < len; ++i) pDst[i] = dequantised(pSrc1[i], pSrc2[i]);
     return zmxStsNoErr;
 }
@@ -79,7 +79,7 @@ static ZmxStatus products(const Zmx16u* src1, const Zmx16s* src2, Zmx16s* dst, i
 }
 
 ZmxStatus zmxsMul_16u16s_Sfs(const Zmx16u* pSrc1, const Zmx16s* pSrc2, Zmx16s* pDst, int len, int scaleFactor) {
-    if (ZmxStatus bad = Args().ptr(pSrc1).ptr(pSrc2).ptr(pDst).size(len)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc1, pSrc2, pDst).size(len)) return bad;
     if (scaleFactor >= 32) return zmxsZero_16s(pDst, len);
     if (scaleFactor == 15) return products(pSrc1, pSrc2, pDst, len, quantised);
     if (scaleFactor >= 2) return products(pSrc1, pSrc2, pDst, len, ShiftedRight{scaleFactor});
@@ -90,7 +90,7 @@ ZmxStatus zmxsMul_16u16s_Sfs(const Zmx16u* pSrc1, const Zmx16s* pSrc2, Zmx16s* p
 }
 
 ZmxStatus zmxsDivCRev_16u(const Zmx16u* pSrc, Zmx16u val, Zmx16u* pDst, int len) {
-    if (ZmxStatus bad = Args().ptr(pSrc).ptr(pDst).size(len)) return bad;
+    if (ZmxStatus bad = Args().ptr(pSrc, pDst).size(len)) return bad;
     ZmxStatus status = zmxStsNoErr;
     for (int i = 0; i < len; ++i) {
         const Zmx32u d = pSrc[i];

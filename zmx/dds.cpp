@@ -2,7 +2,7 @@
 #include "codecs/picture/bytefile.h"
 #include "codecs/texture/texture.h"
 #include "zmx/commands.h"
-#include "zmx/run.h"
+#include "zmx/files.h"
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
@@ -15,12 +15,14 @@ namespace {
 namespace texture = codecs::texture;
 using command::Run;
 
+// encode IN OUT
 struct EncodeArguments {
     command::Files files;
     command::PictureOptions picture;
     std::string format;
     bool chain = false;
 };
+// decode IN OUT; the levels of a chain go to files beside OUT
 struct DecodeArguments {
     command::Files files;
     command::PictureOptions picture;
@@ -37,6 +39,7 @@ std::string levelPath(const std::string& path, int level) {
     return path.substr(0, at) + ".mip" + std::to_string(level) + path.substr(at);
 }
 
+// What is lost is known at the end, and said before the file takes its place.
 void encode(Run& run, const EncodeArguments& args) {
     codecs::RowSource& rows = run.pictureIn(args.picture);
     run.warn(codecs::named(run.inName(), [&] {
@@ -50,12 +53,7 @@ void decode(Run& run, const DecodeArguments& args) {
         throw command::UsageError("--mips writes several files, not standard output");
     codecs::named(run.inName(), [&] {
         const texture::Texture t = texture::readHeader(run.bytesIn());
-        if (args.level >= t.levels)
-            throw codecs::Error("level " + std::to_string(args.level) + " is not among its " +
-                                std::to_string(t.levels));
-        if (args.layer >= t.layers)
-            throw codecs::Error("layer " + std::to_string(args.layer) + " is not among its " +
-                                std::to_string(t.layers));
+        codecs::checkSize(unsigned(t.width), unsigned(t.height), args.picture.maxPixels);
         texture::decode(run.bytesIn(), t, run.pictureOut(args.picture), {args.layer, args.level});
         for (int i = 1; i < t.levels && args.chain; ++i) {
             const auto out = codecs::createPicture(levelPath(run.outName(), i));
@@ -64,6 +62,7 @@ void decode(Run& run, const DecodeArguments& args) {
     });
 }
 
+// A line for the file, one for what it holds, and one for each picture.
 void info(const std::string& in) {
     const texture::Texture t = codecs::named(in, [&] { return texture::readHeader(*codecs::openBytes(in)); });
     std::printf("%s: %s, %d x %d, %s header\n", in.c_str(), texture::nameOf(t.format), t.width, t.height,
@@ -85,6 +84,7 @@ void addEncode(CLI::App& app) {
     CLI::App* c = app.add_subcommand("encode", "Compress a picture into a DDS file");
     const auto args = std::make_shared<EncodeArguments>();
     args->files.addTo(*c, codecs::kPictureFile, "the DDS file", ".dds");
+    // BC7 is read, not written.
     std::vector<std::string> formats;
     for (texture::Format f :
          {texture::Format::dxt1, texture::Format::dxt3, texture::Format::dxt5, texture::Format::ycocgDxt5})
@@ -95,13 +95,13 @@ void addEncode(CLI::App& app) {
     c->footer("Examples:\n"
               "  zmx dds encode brick.png brick.dds --format dxt1 --mips\n"
               "  zmx dds encode *.png -o textures/ --format dxt5");
-    c->callback([args] { args->files.each([&](Run& run) { encode(run, *args); }); });
+    command::workOnEach(*c, args, encode);
 }
 
 void addDecode(CLI::App& app) {
     CLI::App* c = app.add_subcommand("decode", "Expand a DDS file into a picture");
     const auto args = std::make_shared<DecodeArguments>();
-    args->files.addTo(*c, "a DDS file", "a " + codecs::kPictureEndings + " file", ".png");
+    args->files.addTo(*c, "a DDS file", "a " + codecs::kPictureEndings + " file", args->picture);
     auto* mips = c->add_flag("-m,--mips", args->chain, "every level: out.png, out.mip1.png, out.mip2.png and so on");
     c->add_option("--level", args->level, "which level of the chain, from 0: the largest")
         ->check(CLI::Range(0, 15))
@@ -112,7 +112,7 @@ void addDecode(CLI::App& app) {
     c->footer("Examples:\n"
               "  zmx dds decode brick.dds brick.png\n"
               "  zmx dds decode sky.dds front.png --layer 4");
-    c->callback([args] { args->files.each([&](Run& run) { decode(run, *args); }); });
+    command::workOnEach(*c, args, decode);
 }
 
 } // namespace

@@ -1,13 +1,10 @@
 // files.cpp - from the words of a command line to pairs of files.
 #include "zmx/files.h"
 
-#include "zmx/run.h"
-
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <cstdio>
 #include <filesystem>
-#include <sched.h>
+#include <set>
 #include <unistd.h>
 
 namespace command {
@@ -26,38 +23,10 @@ std::string stemOf(const std::string& path) {
     const auto name = slash == std::string::npos ? 0 : slash + 1;
     return dot == std::string::npos || dot <= name ? path : path.substr(0, dot);
 }
+// "b.png" for "a/b.png".
 std::string nameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
-// Threads of every kind, the library's included, keep to the processors that this process may use.
-void keepToProcessors(int count) {
-    cpu_set_t all, some;
-    CPU_ZERO(&some);
-    if (sched_getaffinity(0, sizeof all, &all) != 0) return;
-    for (int cpu = 0, taken = 0; cpu < CPU_SETSIZE && taken < count; ++cpu)
-        if (CPU_ISSET(cpu, &all)) {
-            CPU_SET(cpu, &some);
-            ++taken;
-        }
-    sched_setaffinity(0, sizeof some, &some);
-}
-
 } // namespace
-
-void Manners::addTo(CLI::App& c) {
-    auto* q = c.add_flag("-q,--quiet", quiet, "no warnings, no progress");
-    c.add_flag("-v,--verbose", verbose, "say what was done")->excludes(q);
-    c.add_flag("--strict", strict, "a warning is an error: nothing is written");
-    c.add_option("-t,--threads", threads, "at the most so many; left out: as the processors allow")
-        ->check(CLI::Range(1, 1024))
-        ->each([](const std::string& count) { keepToProcessors(std::stoi(count)); });
-}
-
-void Manners::warn(const std::string& file, const std::vector<std::string>& texts) const {
-    for (const std::string& text : texts) {
-        if (strict) throw codecs::FileError(file + ": " + text + " (an error by --strict)");
-        if (!quiet) std::fprintf(stderr, "zmx: %s: warning: %s\n", file.c_str(), text.c_str());
-    }
-}
 
 void Files::addTo(CLI::App& c, const std::string& in, const std::string& result, std::string end) {
     ending = std::move(end);
@@ -71,12 +40,19 @@ void Files::addTo(CLI::App& c, const std::string& in, const std::string& result,
     manners.addTo(c);
 }
 
+void Files::addTo(CLI::App& c, const std::string& in, const std::string& result, const PictureOptions& options) {
+    addTo(c, in, result, ".png");
+    picture = &options;
+}
+
 std::string Files::outOf(const std::string& in, const std::string& folder) const {
     if (in == "-") throw UsageError("standard input has no name to make another of; give OUT");
-    const std::string made = stemOf(in) + (suffix.empty() ? ending : suffix);
+    const std::string usual = picture && !picture->to.empty() ? "." + picture->to : ending;
+    const std::string made = stemOf(in) + (suffix.empty() ? usual : suffix);
     return folder.empty() ? made : (fs::path(folder) / nameOf(made)).string();
 }
 
+// What stands where is told by -o and --suffix; without them the last path is where to.
 std::vector<Job> Files::jobs() const {
     std::vector<std::string> ins = paths;
     std::string where = out;
@@ -92,12 +68,14 @@ std::vector<Job> Files::jobs() const {
         throw UsageError("--suffix and a name for OUT exclude each other");
     std::vector<Job> all;
     for (const std::string& in : ins) all.push_back({in, where.empty() || folder ? outOf(in, where) : where});
-    for (std::size_t i = 0; i < all.size(); ++i)
-        for (std::size_t k = 0; k < i; ++k)
-            if (all[i].out == all[k].out) throw UsageError("two files would become " + all[i].out);
+    // One would overwrite the other.
+    std::set<std::string> outs;
+    for (const Job& job : all)
+        if (!outs.insert(job.out).second) throw UsageError("two files would become " + job.out);
     return all;
 }
 
+// What would destroy IN or a terminal's screen wants -f.
 void Files::workOn(const Job& job, const std::function<void(Run&)>& work) const {
     if (!force) {
         std::error_code none;
@@ -113,6 +91,7 @@ void Files::workOn(const Job& job, const std::function<void(Run&)>& work) const 
 void Files::each(const std::function<void(Run&)>& work) const {
     const std::vector<Job> all = jobs();
     if (all.size() == 1) return workOn(all[0], work);
+    // The others go on; the exit code tells that one did not.
     int failed = 0;
     for (const Job& job : all) {
         try {

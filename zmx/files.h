@@ -1,43 +1,12 @@
-// files.h - what the subcommands share about files: which ones, the options that all have, and the work on each.
+// files.h - which files a subcommand works on, and the work on each of them.
 #pragma once
 
-#include "codecs/picture/error.h"
+#include "zmx/run.h"
 
 #include <functional>
-#include <string>
-#include <vector>
-
-namespace CLI {
-class App;
-}
+#include <memory>
 
 namespace command {
-
-// A command line that asks for nonsense: main() ends with 2.
-struct UsageError : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-// Trouble that has been printed already: main() ends with 1.
-struct ToldError : codecs::Error {
-    using Error::Error;
-};
-
-// Options of every subcommand.
-struct Manners {
-    bool quiet = false, verbose = false, strict = false;
-    int threads = 0; // 0: as many as the processors allow
-
-    void addTo(CLI::App& c);
-    // "zmx: FILE: warning: TEXT" for each; with --strict the first is thrown instead.
-    void warn(const std::string& file, const std::vector<std::string>& texts) const;
-};
-
-// One file in and one out; "-" is standard input or output.
-struct Job {
-    std::string in, out;
-};
-
-class Run;
 
 // The files of a subcommand that makes a file of another one:
 //   IN OUT           one into the other; OUT may be a folder
@@ -46,10 +15,12 @@ class Run;
 class Files {
 public:
     Manners manners;
-    // Adds the files to a subcommand, and the options that all have. `ending` is that of the files that are made,
-    // ".jpg"; what it points to may change until each() is called.
+
+    // Adds the files to a subcommand, and the options that all have. `in` and `out` say what they are; `ending` is that of
+    // the files that are made, like ".jpg", where no name says it.
     void addTo(CLI::App& c, const std::string& in, const std::string& out, std::string ending);
-    void setEnding(std::string text) { ending = std::move(text); }
+    // The same where --to may say another one.
+    void addTo(CLI::App& c, const std::string& in, const std::string& out, const PictureOptions& picture);
 
     // Calls `work` on each pair of files, then keeps what it wrote. With several, one that fails does not end the others.
     void each(const std::function<void(Run&)>& work) const;
@@ -61,7 +32,14 @@ private:
 
     std::vector<std::string> paths;
     std::string out, suffix, ending;
+    const PictureOptions* picture = nullptr; // beside this one
     bool force = false;
 };
+
+// Lets a subcommand call `work` for each of the pairs of files in its arguments.
+template <class App, class Arguments, class Work>
+void workOnEach(App& c, const std::shared_ptr<Arguments>& args, Work work) {
+    c.callback([args, work] { args->files.each([&](Run& run) { work(run, *args); }); });
+}
 
 } // namespace command

@@ -1,6 +1,5 @@
 // hdp.cpp - zmx hdp: the HD Photo core transform.
 #include "codecs/hdphoto/hdphoto.h"
-#include "codecs/picture/files.h"
 #include "zmx/commands.h"
 #include "zmx/run.h"
 
@@ -11,12 +10,14 @@
 
 namespace {
 
+// energy IN [-o COEFFICIENTS]
 struct EnergyArguments {
     std::string in, out;
     command::Manners manners;
     command::PictureOptions picture;
 };
 
+// A table of 16 numbers, laid out as they lie in a block.
 void runEnergy(const EnergyArguments& args) {
     command::Run run(args.manners, {args.in, args.out});
     const codecs::hdphoto::Energy e = codecs::hdphoto::measure(run.pictureIn(args.picture), !args.out.empty());
@@ -25,6 +26,7 @@ void runEnergy(const EnergyArguments& args) {
                 static_cast<unsigned long long>(e.blocks));
     for (std::size_t i = 0; i < 16; ++i)
         std::printf("%14.2f %7.3f%s", e.mean[i], all > 0 ? 100 * e.mean[i] / all : 0, i % 4 == 3 ? "\n" : " ");
+    // The transform has no loss; where it has, the picture of it is worth nothing.
     if (e.lost != 0)
         throw codecs::FileError(run.inName() + ": " + std::to_string(e.lost) +
                                 " samples did not come back from the transform");

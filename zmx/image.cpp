@@ -1,7 +1,7 @@
 // image.cpp - zmx image: pictures that are not coded.
 #include "codecs/picture/compare.h"
 #include "zmx/commands.h"
-#include "zmx/run.h"
+#include "zmx/files.h"
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
@@ -12,16 +12,19 @@ namespace {
 using codecs::Rows;
 using command::Run;
 
+// compare A B
 struct CompareArguments {
     std::string a, b;
     int level = 0;
 };
+// Both pictures pass by; neither is held.
 void runCompare(const CompareArguments& args) {
     const Rows a = codecs::openPicture(args.a), b = codecs::openPicture(args.b);
     const codecs::Difference d = codecs::named(args.b, [&] { return codecs::compare(*a, *b, args.level); });
     std::printf("psnr %.4f\nmax %d\nwithin %.6f\n", d.psnr, d.max, d.within);
 }
 
+// convert IN OUT
 struct ConvertArguments {
     command::Files files;
     command::PictureOptions picture;
@@ -30,13 +33,21 @@ struct ConvertArguments {
     int depth = 0;
 };
 
+// The changes in the order in which they cost the least: the part first, the depth last.
 Rows changed(Rows rows, const ConvertArguments& args) {
     if (!args.part.empty()) rows = cropped(std::move(rows), args.part[0], args.part[1], args.part[2], args.part[3]);
     if (args.noAlpha) rows = withoutAlpha(std::move(rows));
+    // Inks have a luma by way of the colours that they make.
     if (args.gray || args.rgb) rows = asRgb(std::move(rows));
     if (args.gray) rows = asGrey(std::move(rows));
     if (args.depth) rows = withDepth(std::move(rows), (1 << args.depth) - 1);
     return rows;
+}
+
+// The picture is turned and stripped on the way in; the way out is plain.
+void convert(Run& run, const ConvertArguments& args) {
+    codecs::RowSource& rows = run.pictureIn(args.picture, [&](Rows r) { return changed(std::move(r), args); });
+    copyRows(rows, run.pictureOut({.to = args.picture.to}));
 }
 
 void addCompare(CLI::App& app) {
@@ -53,7 +64,7 @@ void addCompare(CLI::App& app) {
 void addConvert(CLI::App& app) {
     auto* c = app.add_subcommand("convert", "Write a picture to another kind of file, or a part of it");
     const auto args = std::make_shared<ConvertArguments>();
-    args->files.addTo(*c, codecs::kPictureFile, "a " + codecs::kPictureEndings + " file", ".png");
+    args->files.addTo(*c, codecs::kPictureFile, "a " + codecs::kPictureEndings + " file", args->picture);
     c->add_option("--crop", args->part, "only this part: X,Y,WIDTH,HEIGHT")->delimiter(',')->expected(4);
     auto* gray = c->add_flag("--gray", args->gray, "its luma alone");
     c->add_flag("--rgb", args->rgb, "grey and CMYK become RGB; inks by what they absorb, without a profile")
@@ -65,14 +76,7 @@ void addConvert(CLI::App& app) {
               "  zmx image convert photo.png part.ppm --crop 100,50,640,480\n"
               "  zmx image convert print.tif screen.png --rgb --strip\n"
               "  zmx image convert scans/*.tif -o small/ --to png --depth 8");
-    c->callback([args] {
-        if (!args->picture.to.empty()) args->files.setEnding("." + args->picture.to);
-        args->files.each([&](Run& run) {
-            codecs::RowSource& rows =
-                run.pictureIn(args->picture, [&](Rows r) { return changed(std::move(r), *args); });
-            copyRows(rows, run.pictureOut({.to = args->picture.to}));
-        });
-    });
+    command::workOnEach(*c, args, convert);
 }
 
 } // namespace

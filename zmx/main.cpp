@@ -29,6 +29,7 @@ void watchSignals() {
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
+// Builds the table of subcommands and runs the one that is asked for.
 int run(int argc, char** argv) {
     CLI::App app{"Image codecs built on libzmxjpx."};
     app.require_subcommand(1);
@@ -42,12 +43,13 @@ int run(int argc, char** argv) {
     command::addJpeg2000(app);
     try {
         app.parse(argc, argv);
-    } catch (const CLI::ParseError& e) {
+    } catch (const CLI::ParseError& e) { // --help and --version too
         return app.exit(e) == 0 ? 0 : kUsageTrouble;
     }
     return 0;
 }
 
+// One line for each failure, and the exit code.
 int told(const char* what, int code) {
     std::fprintf(stderr, "zmx: %s\n", what);
     return code;

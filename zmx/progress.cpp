@@ -10,6 +10,7 @@ namespace {
 
 using std::chrono::steady_clock;
 
+// Counts what a codec takes.
 class CountedRows final : public codecs::RowSource {
 public:
     CountedRows(codecs::Rows source, Progress& bar) : from(std::move(source)), progress(bar) {
@@ -29,6 +30,7 @@ private:
     int done = 0;
 };
 
+// Counts what a codec gives.
 class CountedSink final : public codecs::RowSink {
 public:
     CountedSink(std::unique_ptr<codecs::RowSink> sink, Progress& bar) : to(std::move(sink)), progress(bar) {}
@@ -57,6 +59,7 @@ Progress::Progress(bool wanted, std::string name)
 
 void Progress::show(int done, int all) {
     if (!active || steady_clock::now() < next) return;
+    // Often enough to be seen to move.
     next = steady_clock::now() + std::chrono::milliseconds(200);
     constexpr int kWidth = 40;
     const int full = int(std::int64_t(kWidth) * done / std::max(all, 1));
@@ -67,6 +70,7 @@ void Progress::show(int done, int all) {
     shown = true;
 }
 
+// The line is left as if nothing had been there.
 void Progress::clear() {
     if (shown) std::fprintf(stderr, "\r\033[K");
     shown = false;

@@ -30,8 +30,11 @@ private:
 void PictureOptions::addCommonTo(CLI::App& c) {
     c.add_flag("--strip", strip, "leave out colour profile, EXIF, XMP and resolution");
     c.add_flag("--upright", upright, "turn the pixels as the orientation of the EXIF says");
-    c.add_option("--max-pixels", maxPixels, "refuse larger pictures")->capture_default_str();
+    c.add_option("--max-pixels", maxPixels, "refuse larger pictures")
+        ->capture_default_str()
+        ->check(CLI::PositiveNumber);
 }
+// All that can be asked of a picture that is read can be asked of one that is written.
 void PictureOptions::addInputTo(CLI::App& c) { addCommonTo(c); }
 void PictureOptions::addOutputTo(CLI::App& c) {
     addCommonTo(c);
@@ -58,6 +61,7 @@ codecs::ByteSource& Run::bytesIn() {
     return *source;
 }
 
+// The bar counts what is read, whatever becomes of it.
 codecs::RowSource& Run::sourceOf(codecs::Rows opened, const codecs::RowChange& change) {
     rows = progress.counting(std::move(opened));
     if (change) rows = codecs::named(in, [&] { return change(std::move(rows)); });
@@ -87,6 +91,7 @@ std::unique_ptr<codecs::ByteSink> Run::sharedOut() {
     return std::make_unique<HeldSink>(*held);
 }
 
+// Changes stand ahead of the sink in the order in which the rows meet them: the last one named meets them first.
 codecs::RowSink& Run::sinkOf(std::unique_ptr<codecs::RowSink> opened, const PictureOptions& options,
                              const codecs::RowChange& change) {
     if (options.strip)
@@ -99,6 +104,7 @@ codecs::RowSink& Run::sinkOf(std::unique_ptr<codecs::RowSink> opened, const Pict
 }
 
 codecs::RowSink& Run::pictureOut(const PictureOptions& options, const codecs::RowChange& change) {
+    // A pipe has no name: PNM there, or what --to says.
     const codecs::Container container = !options.to.empty() ? codecs::containerOf("." + options.to)
                                         : job.out == "-"
                                             ? codecs::Container::anymap
@@ -115,6 +121,7 @@ void Run::keep() {
     if (rows) manners.warn(in, rows->warnings());
     if (to) manners.warn(out, to->warnings());
     if (!held) return;
+    // From here on only the system can fail.
     const std::uint64_t size = held->position();
     held->finish();
     if (manners.verbose) {

@@ -3,13 +3,18 @@
 
 #include "codecs/picture/files.h"
 #include "codecs/picture/raw.h"
-#include "zmx/files.h"
+#include "zmx/manners.h"
 #include "zmx/progress.h"
 
 #include <chrono>
 #include <memory>
 
 namespace command {
+
+// One file in and one out; "-" is standard input or output.
+struct Job {
+    std::string in, out;
+};
 
 // What may be asked for wherever a picture is read or written.
 struct PictureOptions {

@@ -2,7 +2,7 @@
 #include "codecs/tiff/tiff.h"
 #include "codecs/picture/bytefile.h"
 #include "zmx/commands.h"
-#include "zmx/run.h"
+#include "zmx/files.h"
 
 #include <CLI/CLI.hpp>
 #include <limits>
@@ -12,11 +12,13 @@ namespace {
 
 using command::Run;
 
+// encode IN OUT
 struct EncodeArguments {
     command::Files files;
     command::PictureOptions picture;
     codecs::tiff::EncodeOptions options;
 };
+// decode IN OUT
 struct DecodeArguments {
     command::Files files;
     command::PictureOptions picture;
@@ -36,30 +38,28 @@ void addEncode(CLI::App& app) {
               "  zmx tiff encode page.pbm page.tif\n"
               "  zmx tiff encode scans/*.png -o packed/\n"
               "  zmx tiff encode xray.pgm xray.tif --split16 --rows-per-strip 32");
-    c->callback([args] {
-        args->files.each([&](Run& run) {
-            codecs::RowSource& rows = run.pictureIn(args->picture);
-            codecs::named(run.inName(), [&] { codecs::tiff::encode(rows, run.bytesOut(), args->options); });
-        });
+    command::workOnEach(*c, args, [](Run& run, const EncodeArguments& a) {
+        codecs::RowSource& rows = run.pictureIn(a.picture);
+        codecs::named(run.inName(), [&] { codecs::tiff::encode(rows, run.bytesOut(), a.options); });
     });
 }
 
 void addDecode(CLI::App& app) {
     auto* c = app.add_subcommand("decode", "Write a TIFF file of PackBits strips as " + codecs::kPictureFile);
     const auto args = std::make_shared<DecodeArguments>();
-    args->files.addTo(*c, "a TIFF file of PackBits strips or tiles", "a " + codecs::kPictureEndings + " file", ".png");
+    args->files.addTo(*c, "a TIFF file of PackBits strips or tiles", "a " + codecs::kPictureEndings + " file",
+                      args->picture);
     args->picture.addOutputTo(*c);
     c->footer("Examples:\n"
               "  zmx tiff decode page.tif page.png\n"
               "  zmx tiff decode page.tif - --to pam | pnminvert >negative.pam");
-    c->callback([args] {
-        args->files.each([&](Run& run) {
-            codecs::named(run.inName(), [&] {
-                const codecs::Rows source = codecs::tiff::open(std::make_unique<codecs::BorrowedSource>(run.bytesIn()),
-                                                               args->picture.maxPixels);
-                copyRows(*source, run.pictureOut(args->picture));
-                run.warn(source->warnings());
-            });
+    command::workOnEach(*c, args, [](Run& run, const DecodeArguments& a) {
+        codecs::named(run.inName(), [&] {
+            // What the rows have to say is known when all have passed.
+            const codecs::Rows source =
+                codecs::tiff::open(std::make_unique<codecs::BorrowedSource>(run.bytesIn()), a.picture.maxPixels);
+            copyRows(*source, run.pictureOut(a.picture));
+            run.warn(source->warnings());
         });
     });
 }

@@ -67,7 +67,9 @@ private:
         bool smooth;
         Ratio across, down;
         int first = 0; // the row of the component that the present row of MCUs begins with
-        std::vector<Sample> samples, line;
+        std::vector<Sample> samples;
+        int wide; // samples of a whole row of MCUs
+        std::vector<Sample> line;
         int lineOf = -1; // the row that was enlarged, when it was one alone
 
         Part(const Frame& frame, const Component& c, const typename Depth::Table& t, const DecodeOptions& options)
@@ -76,8 +78,8 @@ private:
               height(divUp(frame.height * v * side, frame.vMax * 8)), hMax(frame.hMax * 8 / options.scale),
               vMax(frame.vMax * 8 / options.scale), smooth(options.upsampling == Upsampling::smooth && !options.fast),
               across(ratio(h * side, hMax)), down(ratio(v * side, vMax)),
-              samples(std::size_t(step) * std::size_t(1 + v * side)),
-              line(std::size_t(std::max(frame.mcuColumns() * hMax, 4))) {
+              samples(std::size_t(step) * std::size_t(1 + v * side)), wide(frame.mcuColumns() * hMax),
+              line(std::size_t(std::max(wide, 4))) {
             // Rows of one or two samples have no inner ones; and only what is two to one both ways, or one, is smooth.
             smooth = smooth && across != Ratio::other && down != Ratio::other && (across == Ratio::one || width > 2);
         }
@@ -121,7 +123,7 @@ private:
             if (across == Ratio::two)
                 for (int x = 0; x < width; ++x) to[2 * x] = to[2 * x + 1] = from[x];
             else
-                for (std::size_t x = 0; x < line.size(); ++x) to[x] = from[int(x) * h * side / hMax];
+                for (int x = 0; x < wide; ++x) to[x] = from[x * h * side / hMax];
         }
 
         // The last row becomes the one ahead.

@@ -11,36 +11,45 @@ namespace {
 
 // Lossy magnitudes carry bits below the step, which tell the coder how far off each decision is.
 constexpr int kFractionPlanes = 6;
-constexpr int fractionOf(const BandCoding& coding) { return coding.reversible ? 0 : kFractionPlanes; }
+constexpr std::int32_t kOne = 1 << kFractionPlanes; // the step
 
 } // namespace
 
-BlockEncoder::BlockEncoder(int maxWidth, int maxHeight)
-    : words(std::size_t(maxWidth) * std::size_t(maxHeight)), buffer(1 << 16) {
+BlockEncoder::BlockEncoder() : buffer(1 << 16) {}
+
+void BlockEncoder::begin(const Block& block) {
+    size = {block.width, block.height};
+    words.clear();
+    residual = 0;
+    if (size.width <= stateWidth && size.height <= stateHeight) return;
+    stateWidth = std::max(stateWidth, size.width);
+    stateHeight = std::max(stateHeight, size.height);
     ZmxiEncodeState_JPEG2K* s = nullptr;
-    if (zmxiEncodeInitAlloc_JPEG2K(&s, {maxWidth, maxHeight}) != zmxStsNoErr) throw std::bad_alloc();
+    if (zmxiEncodeInitAlloc_JPEG2K(&s, {stateWidth, stateHeight}) != zmxStsNoErr) throw std::bad_alloc();
     state.reset(s);
 }
 
-// Fills `words`, and tells the squared error that is left once all planes are coded, in units of the squared step.
-double BlockEncoder::quantise(Plane& plane, const Block& block, const BandCoding& coding) {
-    const int below = fractionOf(coding);
-    const float scale = coding.reversible ? 1 : float(1 << below) / coding.step;
-    double residual = 0;
-    for (int y = 0; y < block.height; ++y) {
-        const std::int32_t* row = plane.at(block.planeX, block.planeY + y);
-        std::int32_t* dst = words.data() + std::size_t(y) * std::size_t(block.width);
-        std::int32_t error = 0; // in fractions, squared: each below 2^12, a row below 2^22
-        for (int x = 0; x < block.width; ++x) {
+template <Road R> void BlockEncoder::quantise(std::span<const Number<R>> row, const BandCoding& coding) {
+    const std::size_t from = words.size();
+    words.resize(from + row.size());
+    std::int32_t* const to = words.data() + from;
+    if constexpr (isReversible(R)) {
+        for (std::size_t x = 0; x < row.size(); ++x) {
             const std::int32_t v = row[x];
-            const std::int32_t m = coding.reversible ? std::abs(v) : std::int32_t(std::abs(float(v)) * scale);
-            dst[x] = std::int32_t(std::uint32_t(m) | (std::uint32_t(v) & kSignBit));
-            const std::int32_t open = m & ((1 << below) - 1), off = m >> below != 0 ? open - (1 << below) / 2 : open;
+            to[x] = std::int32_t(std::uint32_t(std::abs(v)) | (std::uint32_t(v) & kSignBit));
+        }
+    } else {
+        const float scale = float(kOne) / coding.step;
+        std::int32_t error = 0; // in fractions, squared: each below 2^12, a row below 2^22
+        for (std::size_t x = 0; x < row.size(); ++x) {
+            const float v = float(row[x]);
+            const auto m = std::int32_t(std::abs(v) * scale);
+            to[x] = std::int32_t(std::uint32_t(m) | (v < 0 ? kSignBit : 0));
+            const std::int32_t open = m & (kOne - 1), off = m >= kOne ? open - kOne / 2 : open;
             error += off * off;
         }
-        residual += error;
+        residual += std::ldexp(error, -2 * kFractionPlanes);
     }
-    return std::ldexp(residual, -2 * below);
 }
 
 // Takes the bytes of the loaded block out of the library, all segments behind each other.
@@ -81,22 +90,26 @@ void BlockEncoder::takePasses(CodedBlock& out, unsigned style, int passes, int s
         out.passes[i - 1].rate = std::min(out.passes[i - 1].rate, out.passes[i].rate);
 }
 
-CodedBlock BlockEncoder::encode(Plane& plane, const Block& block, Orientation o, unsigned style,
-                                const BandCoding& coding) {
+CodedBlock BlockEncoder::encode(Orientation o, const CodingStyle& style, bool reversible) {
     CodedBlock out;
-    out.residual = quantise(plane, block, coding);
+    out.residual = residual;
     int bits = 0, passes = 0, segments = 0;
-    const int below = fractionOf(coding);
-    const Zmx32u flags = libraryStyle(style) | (coding.reversible ? ZMX_CB_LOSSLESS : 0);
-    const int termination = style & kStylePredictable ? ZMX_MQ_TERM_EASY : ZMX_MQ_TERM_NEAR_OPTIMAL;
-    zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(words.data(), block.width * 4, {block.width, block.height}, state.get(),
+    const int below = reversible ? 0 : kFractionPlanes;
+    const Zmx32u flags = libraryStyle(style.style) | (reversible ? ZMX_CB_LOSSLESS : 0);
+    const int termination = style.style & kStylePredictable ? ZMX_MQ_TERM_EASY : ZMX_MQ_TERM_NEAR_OPTIMAL;
+    zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(words.data(), size.width * int(sizeof(std::int32_t)), size, state.get(),
                                            librarySubband(o), 31 - below, termination, 0, flags, &bits, &passes,
                                            &segments);
     out.bitPlanes = std::max(bits - below, 0);
     if (passes == 0) return out;
     store();
-    takePasses(out, style, passes, segments);
+    takePasses(out, style.style, passes, segments);
     return out;
 }
+
+template void BlockEncoder::quantise<Road::narrow>(std::span<const std::int16_t>, const BandCoding&);
+template void BlockEncoder::quantise<Road::wide>(std::span<const std::int32_t>, const BandCoding&);
+template void BlockEncoder::quantise<Road::fixed>(std::span<const std::int32_t>, const BandCoding&);
+template void BlockEncoder::quantise<Road::precise>(std::span<const float>, const BandCoding&);
 
 } // namespace codecs::jpeg2000

@@ -3,7 +3,6 @@
 
 #include "codecs/jpeg2000/codewords.h"
 #include "codecs/jpeg2000/quantiser.h"
-#include "codecs/jpeg2000/wavelet.h"
 
 #include <memory>
 
@@ -15,16 +14,21 @@ class BlockEncoder {
         void operator()(ZmxiEncodeState_JPEG2K* s) const { zmxiEncodeFree_JPEG2K(s); }
     };
     std::unique_ptr<ZmxiEncodeState_JPEG2K, Free> state;
-    std::vector<std::int32_t> words; // of the block, sign-magnitude
-    Bytes buffer;                    // what the library has stored of the block
+    int stateWidth = 0, stateHeight = 0; // of the largest block that it has room for
+    std::vector<std::int32_t> words;     // of the block, sign-magnitude
+    Bytes buffer;                        // what the library has stored of it
+    ZmxiSize size{0, 0};
+    double residual = 0; // squared error that is left once all planes are coded, in units of the squared step
 
-    double quantise(Plane& plane, const Block& block, const BandCoding& coding);
     void store();
     void takePasses(CodedBlock& out, unsigned style, int passes, int segments);
 
 public:
-    BlockEncoder(int maxWidth, int maxHeight);
-    CodedBlock encode(Plane& plane, const Block& block, Orientation o, unsigned style, const BandCoding& coding);
+    BlockEncoder();
+    // A block begins; its rows follow from the top, then it is encoded.
+    void begin(const Block& block);
+    template <Road R> void quantise(std::span<const Number<R>> row, const BandCoding& coding);
+    CodedBlock encode(Orientation o, const CodingStyle& style, bool reversible);
 };
 
 } // namespace codecs::jpeg2000

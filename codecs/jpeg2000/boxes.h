@@ -1,8 +1,8 @@
 // boxes.h - the JP2 file format around a codestream (annex I).
 #pragma once
 
-#include "codecs/jpeg2000/jpeg2000.h"
 #include "codecs/jpeg2000/numbers.h"
+#include "codecs/jpeg2000/parameters.h"
 
 namespace codecs::jpeg2000 {
 
@@ -36,10 +36,16 @@ struct Boxes {
 // Finds the codestream in a file and reads what stands around it. Broken boxes of the header give warnings.
 Boxes readBoxes(ByteView file);
 
-// Palette, order of channels, opacity and colour space.
-void applyBoxes(const Boxes& boxes, PlanarPicture& picture);
+// What the boxes ahead of a codestream say of a picture, besides its size.
+struct FileHeader {
+    ColourSpace colour = ColourSpace::unknown;
+    int alpha = -1; // the component that holds the opacity, or -1
+};
 
-// The boxes that come before a codestream of `codestreamSize` bytes, the head of the last one included.
-Bytes writeBoxes(const PlanarPicture& picture, std::size_t codestreamSize);
+// The boxes that come before a codestream, with the head of the one that holds it. Until it is patched it lasts to the
+// end of the file.
+Bytes writeBoxes(const ImageSize& size, const FileHeader& header);
+// Fills in the length of the box whose content begins at `begin` and ends at the end of the sink, if that can be done.
+void patchCodestreamBox(ByteSink& sink, std::uint64_t begin);
 
 } // namespace codecs::jpeg2000

@@ -22,33 +22,33 @@ public:
     ByteWriter* operator->() { return &out; }
 };
 
-unsigned depthByte(const Component& c) { return unsigned(c.depth - 1) | unsigned(c.isSigned) << 7; }
+unsigned depthByte(const SizComponent& c) { return unsigned(c.depth - 1) | unsigned(c.isSigned) << 7; }
 
 // IHDR, and BPCC where the depths differ (I.5.3.1, I.5.3.2).
-void writeImageHeader(Bytes& file, const PlanarPicture& picture) {
-    const auto& components = picture.components;
+void writeImageHeader(Bytes& file, const ImageSize& size, const FileHeader& header) {
+    const auto& components = size.components;
     const unsigned first = depthByte(components[0]);
     const bool alike =
-        std::all_of(components.begin(), components.end(), [=](const Component& c) { return depthByte(c) == first; });
+        std::all_of(components.begin(), components.end(), [=](const SizComponent& c) { return depthByte(c) == first; });
     {
         BoxWriter ihdr(file, fourcc("ihdr"));
-        ihdr->u32(picture.y1 - picture.y0);
-        ihdr->u32(picture.x1 - picture.x0);
+        ihdr->u32(size.y1 - size.y0);
+        ihdr->u32(size.x1 - size.x0);
         ihdr->u16(unsigned(components.size()));
         ihdr->u8(alike ? first : 255);
         ihdr->u8(7); // the only kind of compression
-        ihdr->u8(picture.colour == ColourSpace::unknown);
+        ihdr->u8(header.colour == ColourSpace::unknown);
         ihdr->u8(0);
     }
     if (alike) return;
     BoxWriter bpcc(file, fourcc("bpcc"));
-    for (const Component& c : components) bpcc->u8(depthByte(c));
+    for (const SizComponent& c : components) bpcc->u8(depthByte(c));
 }
 
-void writeColour(Bytes& file, const PlanarPicture& picture) {
-    const int colours = int(picture.components.size()) - (picture.alpha >= 0);
+void writeColour(Bytes& file, const ImageSize& size, const FileHeader& header) {
+    const int colours = int(size.components.size()) - (header.alpha >= 0);
     const ColourSpace likely = colours >= 3 ? ColourSpace::sRgb : ColourSpace::grey;
-    const ColourSpace colour = picture.colour != ColourSpace::unknown ? picture.colour : likely;
+    const ColourSpace colour = header.colour != ColourSpace::unknown ? header.colour : likely;
     BoxWriter colr(file, fourcc("colr"));
     colr->u8(1);
     colr->u16(0);
@@ -56,11 +56,11 @@ void writeColour(Bytes& file, const PlanarPicture& picture) {
 }
 
 // Tells which component is the opacity (I.5.3.6).
-void writeChannels(Bytes& file, const PlanarPicture& picture) {
+void writeChannels(Bytes& file, const ImageSize& size, const FileHeader& header) {
     BoxWriter cdef(file, fourcc("cdef"));
-    cdef->u16(unsigned(picture.components.size()));
-    for (int i = 0, colour = 1; i < int(picture.components.size()); ++i) {
-        const bool opacity = i == picture.alpha;
+    cdef->u16(unsigned(size.components.size()));
+    for (int i = 0, colour = 1; i < int(size.components.size()); ++i) {
+        const bool opacity = i == header.alpha;
         cdef->u16(unsigned(i));
         cdef->u16(opacity);
         cdef->u16(unsigned(opacity ? 0 : colour++));
@@ -69,7 +69,7 @@ void writeChannels(Bytes& file, const PlanarPicture& picture) {
 
 } // namespace
 
-Bytes writeBoxes(const PlanarPicture& picture, std::size_t codestreamSize) {
+Bytes writeBoxes(const ImageSize& size, const FileHeader& header) {
     Bytes file;
     BoxWriter(file, fourcc("jP  "))->u32(kSignature);
     {
@@ -79,16 +79,24 @@ Bytes writeBoxes(const PlanarPicture& picture, std::size_t codestreamSize) {
         ftyp->u32(fourcc("jp2 "));
     }
     {
-        const BoxWriter header(file, fourcc("jp2h"));
-        writeImageHeader(file, picture);
-        writeColour(file, picture);
-        if (picture.alpha >= 0) writeChannels(file, picture);
+        const BoxWriter jp2h(file, fourcc("jp2h"));
+        writeImageHeader(file, size, header);
+        writeColour(file, size, header);
+        if (header.alpha >= 0) writeChannels(file, size, header);
     }
     ByteWriter out(file);
-    const bool fits = codestreamSize + 8 <= 0xFFFFFFFF;
-    out.u32(fits ? std::uint32_t(codestreamSize + 8) : 0); // 0: to the end of the file
+    out.u32(0); // to the end of the file
     out.u32(fourcc("jp2c"));
     return file;
+}
+
+void patchCodestreamBox(ByteSink& sink, std::uint64_t begin) {
+    constexpr unsigned head = 8;
+    const std::uint64_t length = sink.position() - begin + head;
+    if (!sink.seekable() || length > 0xFFFFFFFF) return;
+    Bytes bytes;
+    ByteWriter(bytes).u32(std::uint32_t(length));
+    sink.patch(begin - head, bytes);
 }
 
 } // namespace codecs::jpeg2000

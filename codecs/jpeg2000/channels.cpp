@@ -1,5 +1,5 @@
-// channels.cpp - what the boxes say of the components: palette, order and meaning of channels, colour space.
-#include "codecs/jpeg2000/boxes.h"
+// channels.cpp - palette, order and meaning of channels, colour space, from the boxes of a file.
+#include "codecs/jpeg2000/channels.h"
 
 #include <algorithm>
 
@@ -7,30 +7,37 @@ namespace codecs::jpeg2000 {
 
 namespace {
 
-void applyPalette(const Boxes& boxes, PlanarPicture& picture) {
-    const auto& p = boxes.palette;
-    const std::size_t columns = p.depths.size();
-    std::vector<Component> out;
-    for (const Boxes::Mapping& m : boxes.mappings) {
-        if (std::size_t(m.component) >= picture.components.size() ||
-            (m.type == 1 && std::size_t(m.column) >= columns) || out.size() >= columns + 4)
-            throw Error("a component mapping that does not fit");
-        Component c = picture.components[std::size_t(m.component)];
-        if (m.type == 1) {
-            const std::int32_t last = std::int32_t(p.entries.size() / columns) - 1;
-            for (std::int32_t& v : c.samples)
-                v = p.entries[std::size_t(std::clamp(v, 0, last)) * columns + std::size_t(m.column)];
-            c.depth = (p.depths[std::size_t(m.column)] & 127) + 1;
-            c.isSigned = p.depths[std::size_t(m.column)] >> 7;
-        }
-        out.push_back(std::move(c));
+// A column of the palette for all samples of a component; those behind the last entry count as it.
+Channel lookedUp(const Boxes::Palette& palette, std::size_t column, const SizComponent& k, std::size_t component) {
+    const std::size_t columns = palette.depths.size(), entries = palette.entries.size() / columns;
+    Channel c{component, (palette.depths[column] & 127) + 1, bool(palette.depths[column] >> 7), {}};
+    const std::int32_t smallest = c.isSigned ? -(1 << (c.depth - 1)) : 0;
+    const std::int32_t first = k.isSigned ? 1 << (k.depth - 1) : 0; // the sample that stands for index 0
+    for (std::int32_t v = 0; v < 1 << k.depth; ++v) {
+        const auto entry = std::size_t(std::clamp(v - first, 0, std::int32_t(entries) - 1));
+        c.palette.push_back(Sample(palette.entries[entry * columns + column] - smallest));
     }
-    picture.components = std::move(out);
+    return c;
+}
+
+void applyPalette(const Boxes& boxes, const ImageSize& size, ChannelMap& map) {
+    const std::size_t columns = boxes.palette.depths.size();
+    std::vector<Channel> out;
+    for (const Boxes::Mapping& m : boxes.mappings) {
+        const auto component = std::size_t(m.component);
+        if (component >= map.channels.size() || (m.type == 1 && std::size_t(m.column) >= columns) ||
+            out.size() >= columns + 4)
+            throw Error("a component mapping that does not fit");
+        out.push_back(m.type == 1
+                          ? lookedUp(boxes.palette, std::size_t(m.column), size.components[component], component)
+                          : map.channels[component]);
+    }
+    map.channels = std::move(out);
 }
 
 // Colour channels in the order of their associations, then opacity; what is neither stays behind.
-void applyChannels(const Boxes& boxes, PlanarPicture& picture) {
-    const std::size_t n = picture.components.size();
+void applyDefinitions(const Boxes& boxes, ChannelMap& map) {
+    const std::size_t n = map.channels.size();
     constexpr std::size_t nobody = ~std::size_t(0);
     std::vector<std::size_t> place(n, nobody); // which channel comes here
     std::vector<bool> used(n);
@@ -52,29 +59,35 @@ void applyChannels(const Boxes& boxes, PlanarPicture& picture) {
             while (used[next]) ++next;
             at = next++;
         }
-    std::vector<Component> out;
+    std::vector<Channel> out;
     for (const std::size_t i : place) {
-        if (int(i) == alpha) picture.alpha = int(out.size());
-        out.push_back(std::move(picture.components[i]));
+        if (int(i) == alpha) map.alpha = int(out.size());
+        out.push_back(std::move(map.channels[i]));
     }
-    picture.components = std::move(out);
+    map.channels = std::move(out);
 }
 
 } // namespace
 
-void applyBoxes(const Boxes& boxes, PlanarPicture& picture) {
-    picture.warnings.insert(picture.warnings.end(), boxes.warnings.begin(), boxes.warnings.end());
+ChannelMap channelsOf(const Boxes& boxes, const ImageSize& size, int component) {
+    ChannelMap map;
+    map.warnings = boxes.warnings;
+    for (std::size_t c = 0; c < size.components.size(); ++c)
+        if (component < 0 || std::size_t(component) == c)
+            map.channels.push_back({c, size.components[c].depth, size.components[c].isSigned, {}});
+    if (component >= 0) return map;
     try {
-        if (!boxes.palette.entries.empty() && !boxes.mappings.empty()) applyPalette(boxes, picture);
-        if (!boxes.channels.empty()) applyChannels(boxes, picture);
+        if (!boxes.palette.entries.empty() && !boxes.mappings.empty()) applyPalette(boxes, size, map);
+        if (!boxes.channels.empty()) applyDefinitions(boxes, map);
     } catch (const Error& e) {
-        picture.warnings.push_back(e.what());
+        map.warnings.push_back(e.what());
     }
     const std::uint32_t colour = boxes.enumeratedColour;
-    picture.colour = colour == kEnumGrey   ? ColourSpace::grey
-                     : colour == kEnumSYcc ? ColourSpace::sYcc
-                     : colour == kEnumSRgb ? ColourSpace::sRgb
-                                           : ColourSpace::unknown;
+    map.colour = colour == kEnumGrey   ? ColourSpace::grey
+                 : colour == kEnumSYcc ? ColourSpace::sYcc
+                 : colour == kEnumSRgb ? ColourSpace::sRgb
+                                       : ColourSpace::unknown;
+    return map;
 }
 
 } // namespace codecs::jpeg2000

@@ -34,16 +34,25 @@ void writePacked(Bytes& bytes, int marker, ByteView packed, int& number) {
 
 } // namespace
 
+// QCD for the first component, and QCC for those that differ from it.
+void CodestreamWriter::writeQuantization(ByteWriter& out, int guardBits) const {
+    const auto with = [&](Quantization q) {
+        q.guardBits = guardBits;
+        return q;
+    };
+    writeQcd(out, with(headers.quant[0]));
+    for (std::size_t c = 1; c < headers.quant.size(); ++c)
+        if (headers.quant[c].steps != headers.quant[0].steps)
+            writeQcc(out, with(headers.quant[c]), c, headers.quant.size());
+}
+
 Bytes CodestreamWriter::mainHeader() const {
     Bytes bytes;
     ByteWriter out(bytes);
     out.u16(SOC);
     writeSiz(out, size);
     writeCod(out, headers.tile, headers.coding[0]);
-    writeQcd(out, headers.quant[0]);
-    for (std::size_t c = 1; c < headers.quant.size(); ++c)
-        if (size.components[c].depth != size.components[0].depth)
-            writeQcc(out, headers.quant[c], c, headers.quant.size());
+    writeQuantization(out, headers.quant[0].guardBits);
     if (!headers.changes.empty()) writePoc(out, headers.changes, headers.coding.size());
     return bytes;
 }
@@ -67,42 +76,60 @@ std::vector<CodestreamWriter::TilePart> CodestreamWriter::partsOf(const EncodedT
     return parts;
 }
 
-void CodestreamWriter::writeTile(Bytes& bytes, int index, const std::vector<TilePart>& parts) const {
-    ByteWriter out(bytes);
+void CodestreamWriter::begin() { sink.write(mainHeader()); }
+
+void CodestreamWriter::write(const EncodedTile& tile, const std::vector<TilePart>& parts) {
     int packedNumber = 0; // of the PPT segments
     for (std::size_t p = 0; p < parts.size(); ++p) {
-        const std::size_t begin = out.size();
+        Bytes head;
+        ByteWriter out(head);
         out.u16(SOT);
         out.u16(10);
-        out.u16(unsigned(index));
+        out.u16(unsigned(tile.index));
         out.u32(0); // its length, below
         out.u8(unsigned(p));
         out.u8(unsigned(parts.size()));
-        if (options.packedHeaders == PackedHeaders::tile) writePacked(bytes, PPT, parts[p].headers, packedNumber);
+        if (p == 0 && tile.guardBits != headers.quant[0].guardBits) writeQuantization(out, tile.guardBits);
+        if (options.packedHeaders == PackedHeaders::tile) writePacked(head, PPT, parts[p].headers, packedNumber);
         out.u16(SOD);
-        out.bytes(parts[p].body);
-        out.patch32(begin + 6, std::uint32_t(out.size() - begin));
+        const std::size_t length = head.size() + parts[p].body.size();
+        need(length <= 0xFFFFFFFF, "a tile-part of 4 GiB or more: smaller tiles are needed");
+        out.patch32(6, std::uint32_t(length));
+        sink.write(head);
+        sink.write(parts[p].body);
     }
 }
 
-Bytes CodestreamWriter::write(const std::vector<EncodedTile>& tiles) const {
-    Bytes bytes = mainHeader();
-    std::vector<std::vector<TilePart>> parts;
-    for (const EncodedTile& tile : tiles) parts.push_back(partsOf(tile));
-    if (options.packedHeaders == PackedHeaders::main) {
-        Bytes packed;
-        ByteWriter out(packed);
-        for (const auto& tile : parts)
-            for (const TilePart& part : tile) {
-                out.u32(std::uint32_t(part.headers.size()));
-                out.bytes(part.headers);
-            }
-        int number = 0;
-        writePacked(bytes, PPM, packed, number);
-    }
-    for (std::size_t t = 0; t < parts.size(); ++t) writeTile(bytes, int(t), parts[t]);
+void CodestreamWriter::end() {
+    Bytes bytes;
     ByteWriter(bytes).u16(EOC);
-    return bytes;
+    sink.write(bytes);
+}
+
+void CodestreamWriter::write(const std::vector<EncodedTile>& tiles) {
+    std::vector<std::vector<TilePart>> parts;
+    Bytes packed;
+    ByteWriter out(packed);
+    for (const EncodedTile& tile : tiles) {
+        parts.push_back(partsOf(tile));
+        for (const TilePart& part : parts.back()) {
+            out.u32(std::uint32_t(part.headers.size()));
+            out.bytes(part.headers);
+        }
+    }
+    Bytes main = mainHeader();
+    int number = 0;
+    writePacked(main, PPM, packed, number);
+    sink.write(main);
+    for (std::size_t t = 0; t < parts.size(); ++t) write(tiles[t], parts[t]);
+    end();
+}
+
+std::size_t headerBytes(const ImageSize& size, const HeaderSet& headers, const EncodeOptions& options) {
+    MemorySink sink;
+    CodestreamWriter(size, headers, options, sink).begin();
+    constexpr std::size_t tilePart = 14, end = 2; // SOT with SOD, EOC
+    return sink.bytes.size() + tilePart * std::size_t(size.tiles()) + end;
 }
 
 } // namespace codecs::jpeg2000

@@ -46,6 +46,8 @@ struct CodedBlock {
 };
 
 struct EncodedTile {
+    int index = 0;
+    int guardBits = 2; // that its numbers ask for
     Tile layout;
     std::vector<std::vector<CodedBlock>> blocks; // by component, as in the layout
 };

@@ -2,9 +2,12 @@
 #include "codecs/jpeg2000/boxes.h"
 #include "codecs/jpeg2000/codestreamwriter.h"
 #include "codecs/jpeg2000/parallel.h"
+#include "codecs/jpeg2000/planar.h"
 #include "codecs/jpeg2000/rate.h"
+#include "codecs/jpeg2000/rowinput.h"
 #include "codecs/jpeg2000/settings.h"
 #include "codecs/jpeg2000/tileencoder.h"
+#include "codecs/jpeg2000/tiles.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,93 +16,239 @@ namespace codecs::jpeg2000 {
 
 namespace {
 
+// The squared difference of decoded samples to those of a source.
+class Comparison final : public SampleSink {
+    const SampleSource& source;
+    std::atomic<std::uint64_t> total{0};
+
+public:
+    explicit Comparison(const SampleSource& original) : source(original) {}
+    void open(std::int64_t, std::int64_t) override {}
+    void close() override {}
+    void put(std::size_t component, std::int64_t x, std::int64_t y, std::span<const Sample> samples) override {
+        std::vector<Sample> original(samples.size());
+        source.get(component, x, y, original);
+        std::uint64_t sum = 0;
+        for (std::size_t i = 0; i < samples.size(); ++i) {
+            const std::int64_t d = std::int64_t(original[i]) - samples[i];
+            sum += std::uint64_t(d * d);
+        }
+        total += sum;
+    }
+    double error() const { return double(total); }
+};
+
 class Encoder {
-    const PlanarPicture& picture;
+    SampleSource& source;
     const EncodeOptions& options;
     const int threads;
-    const ImageSize size;
+    const ImageSize& size;
     HeaderSet headers;
-    const CodestreamWriter writer;
-    std::vector<EncodedTile> tiles;
+    std::vector<EncodedTile> tiles; // all of them, or a row of them
 
-    template <class Use> void forEachBlock(Use use) {
-        for (EncodedTile& t : tiles)
-            for (std::size_t c = 0; c < t.blocks.size(); ++c)
-                for (std::size_t b = 0; b < t.blocks[c].size(); ++b)
-                    use(c, t.layout.components[c].blocks[b], t.blocks[c][b]);
+    template <class Use> static void forEachBlock(EncodedTile& t, Use use) {
+        for (std::size_t c = 0; c < t.blocks.size(); ++c)
+            for (std::size_t b = 0; b < t.blocks[c].size(); ++b)
+                use(c, t.layout.components[c].blocks[b], t.blocks[c][b]);
     }
-
     // As many guard bits as the largest coefficient asks for.
-    void settleBitPlanes() {
-        int guard = 2;
-        forEachBlock([&](std::size_t c, const Block& block, CodedBlock& coded) {
-            guard = std::max(guard, coded.bitPlanes + 1 - headers.quant[c].step(block.resolution, block.band).exponent);
+    void settleGuardBits(EncodedTile& tile) {
+        forEachBlock(tile, [&](std::size_t c, const Block& block, CodedBlock& coded) {
+            const int exponent = headers.quant[c].step(block.resolution, block.band).exponent;
+            tile.guardBits = std::max(tile.guardBits, coded.bitPlanes + 1 - exponent);
         });
-        need(guard <= 7, "coefficients that do not fit their guard bits");
-        for (Quantization& q : headers.quant) q.guardBits = guard;
-        forEachBlock([&](std::size_t c, const Block& block, CodedBlock& coded) {
-            coded.zeroPlanes =
-                guard + headers.quant[c].step(block.resolution, block.band).exponent - 1 - coded.bitPlanes;
+        need(tile.guardBits <= 7, "coefficients that do not fit their guard bits");
+    }
+    void settleZeroPlanes(EncodedTile& tile) {
+        forEachBlock(tile, [&](std::size_t c, const Block& block, CodedBlock& coded) {
+            const int exponent = headers.quant[c].step(block.resolution, block.band).exponent;
+            coded.zeroPlanes = tile.guardBits + exponent - 1 - coded.bitPlanes;
         });
     }
 
-    double peak() const { return (1 << picture.components[0].depth) - 1; }
+    // A row of tiles goes behind those that are there.
+    void encodeRow(int row) {
+        const int across = size.tilesAcross(), first = row * across;
+        const std::size_t at = tiles.size();
+        tiles.resize(at + std::size_t(across));
+        if (across == 1)
+            tiles[at] = TileEncoder(size, headers, source, threads).encode(first, true);
+        else {
+            const Rect area = tileRect(size, first);
+            source.advance(area.y0, area.y1);
+            const bool share = across >= threads; // a tile for a thread, or all threads for a tile
+            std::vector<TileEncoder> encoders;
+            for (int t = 0; t < (share ? threads : 1); ++t)
+                encoders.emplace_back(size, headers, source, share ? 1 : threads);
+            parallelFor(std::size_t(across), int(encoders.size()), [&](std::size_t i, int thread) {
+                tiles[at + i] = encoders[std::size_t(thread)].encode(first + int(i), false);
+            });
+        }
+        for (std::size_t i = at; i < tiles.size(); ++i) settleGuardBits(tiles[i]);
+    }
+    // The main header says what the tiles at hand ask for; those that come later say so themselves if they want more.
+    void settleHeaders() {
+        int guard = 2;
+        for (const EncodedTile& t : tiles) guard = std::max(guard, t.guardBits);
+        for (Quantization& q : headers.quant) q.guardBits = guard;
+    }
+    void settleTiles() {
+        for (EncodedTile& t : tiles) {
+            t.guardBits = std::max(t.guardBits, headers.quant[0].guardBits);
+            settleZeroPlanes(t);
+        }
+    }
+
+    double peak() const { return (1 << size.components[0].depth) - 1; }
+    double samples() const {
+        double n = 0;
+        for (const SizComponent& c : size.components)
+            n += double(componentRect({size.x0, size.y0, size.x1, size.y1}, c).area());
+        return n;
+    }
 
     // `psnrs` are what to aim at for options.psnrs.
     void allocate(const std::vector<double>& psnrs) {
         RateTarget target;
         const double pixels = double(size.x1 - size.x0) * double(size.y1 - size.y0);
-        const double overhead = double(writer.mainHeader().size()) + 14.0 * double(tiles.size()) + 2;
+        const auto overhead = double(headerBytes(size, headers, options));
         for (const double rate : options.rates) target.bytes.push_back(rate * pixels / 8 - overhead);
-        double samples = 0;
-        for (const Component& c : picture.components) samples += double(c.samples.size());
-        for (const double psnr : psnrs) target.errors.push_back(peak() * peak() * samples * std::pow(10, -psnr / 10));
+        for (const double psnr : psnrs) target.errors.push_back(peak() * peak() * samples() * std::pow(10, -psnr / 10));
         allocateLayers(tiles, size, headers, target);
     }
 
     // PSNR of the picture as a decoder of so many layers has it.
-    double measured(ByteView bytes, int layers) const {
-        const PlanarPicture back = decode(bytes, {0, layers, ~std::size_t(0), threads});
-        double error = 0, samples = 0;
-        for (std::size_t c = 0; c < back.components.size(); ++c) {
-            const auto &a = picture.components[c].samples, &b = back.components[c].samples;
-            for (std::size_t i = 0; i < a.size(); ++i) error += (double(a[i]) - b[i]) * (double(a[i]) - b[i]);
-            samples += double(a.size());
+    double measured(ByteView codestream, int layers) const {
+        const Codestream stream = readCodestream(codestream, ~std::size_t(0));
+        const Scope scope{
+            stream, {size.x0, size.y0, size.x1, size.y1}, 0, layers, std::vector<bool>(size.components.size(), true),
+            0};
+        Comparison comparison(source);
+        decodeTiles(scope, comparison, threads);
+        const double error = comparison.error();
+        return error == 0 ? 150 : 10 * std::log10(peak() * peak() * samples() / error);
+    }
+
+    // Errors of coefficients only come close to those of samples: decode, and aim by so much higher or lower.
+    void allocateForQuality() {
+        std::vector<double> aims = options.psnrs;
+        allocate(aims);
+        for (int round = 0; round < 2; ++round) {
+            MemorySink tried;
+            writeAll(tried);
+            for (std::size_t layer = 0; layer < aims.size(); ++layer)
+                aims[layer] += options.psnrs[layer] - measured(tried.bytes, int(layer) + 1);
+            allocate(aims);
         }
-        return error == 0 ? 150 : 10 * std::log10(peak() * peak() * samples / error);
+    }
+
+    void writeAll(ByteSink& sink) const {
+        CodestreamWriter writer(size, headers, options, sink);
+        if (options.packedHeaders == PackedHeaders::main) return writer.write(tiles);
+        writer.begin();
+        for (const EncodedTile& t : tiles) writer.write(t);
+        writer.end();
+    }
+
+    // Row of tiles by row of tiles, without keeping them.
+    void stream(ByteSink& sink) {
+        CodestreamWriter writer(size, headers, options, sink);
+        for (int row = 0; row < size.tilesDown(); ++row) {
+            encodeRow(row);
+            if (row == 0) {
+                settleHeaders();
+                writer.begin();
+            }
+            settleTiles();
+            allocate({});
+            for (const EncodedTile& t : tiles) writer.write(t);
+            tiles.clear();
+        }
+        writer.end();
     }
 
 public:
-    Encoder(const PlanarPicture& p, const EncodeOptions& o)
-        : picture(p), options(o), threads(threadCount(o.threads)), size(sizeOf(p, o)), headers(headersOf(size, o)),
-          writer(size, headers, options) {}
+    Encoder(SampleSource& from, const ImageSize& imageSize, const EncodeOptions& o)
+        : source(from), options(o), threads(threadCount(o.threads)), size(imageSize), headers(headersOf(size, o)) {}
 
-    Bytes run() {
-        TileEncoder encoder(picture, size, headers, threads);
-        for (int t = 0; t < size.tiles(); ++t) tiles.push_back(encoder.encode(t));
-        settleBitPlanes();
-        std::vector<double> aims = options.psnrs;
-        allocate(aims);
-        Bytes bytes = writer.write(tiles);
-        // Errors of coefficients only come close to those of samples: decode, and aim by so much higher or lower.
-        for (int round = 0; round < 2 && !aims.empty(); ++round) {
-            for (std::size_t layer = 0; layer < aims.size(); ++layer)
-                aims[layer] += options.psnrs[layer] - measured(bytes, int(layer) + 1);
-            allocate(aims);
-            bytes = writer.write(tiles);
-        }
-        return bytes;
+    void run(ByteSink& sink) {
+        const bool cut = !options.rates.empty() || !options.psnrs.empty();
+        if (!cut && options.packedHeaders != PackedHeaders::main) return stream(sink);
+        for (int row = 0; row < size.tilesDown(); ++row) encodeRow(row);
+        settleHeaders();
+        settleTiles();
+        if (options.psnrs.empty())
+            allocate({});
+        else
+            allocateForQuality();
+        writeAll(sink);
     }
 };
 
+void encodeTo(ByteSink& sink, SampleSource& source, const ImageSize& size, const FileHeader& header,
+              const EncodeOptions& options) {
+    if (!options.jp2) {
+        Encoder(source, size, options).run(sink);
+        return;
+    }
+    sink.write(writeBoxes(size, header));
+    const std::uint64_t begin = sink.position();
+    Encoder(source, size, options).run(sink);
+    patchCodestreamBox(sink, begin);
+}
+
+void testComponent(const Rect& area, const Component& c) {
+    const Rect r = componentRect(area, {c.depth, c.isSigned, c.dx, c.dy});
+    need(!r.empty() && c.width == r.width() && c.height == r.height() && c.samples.size() == r.area(),
+         "a component that does not fit the image area");
+    const auto [least, most] = std::minmax_element(c.samples.begin(), c.samples.end());
+    need(*least >= c.smallest() && *most <= c.largest(), "samples that do not fit their depth");
+}
+
 } // namespace
 
+void encode(const PlanarPicture& picture, ByteSink& sink, const EncodeOptions& options) {
+    const Rect area{picture.x0, picture.y0, picture.x1, picture.y1};
+    std::vector<SizComponent> components;
+    for (const Component& c : picture.components) components.push_back({c.depth, c.isSigned, c.dx, c.dy});
+    const ImageSize size = sizeOf(area, components, options);
+    for (const Component& c : picture.components) testComponent(area, c);
+    PlanarSource source(picture);
+    encodeTo(sink, source, size, {picture.colour, picture.alpha}, options);
+    sink.finish();
+}
+
 Bytes encode(const PlanarPicture& picture, const EncodeOptions& options) {
-    Bytes stream = Encoder(picture, options).run();
-    if (!options.jp2) return stream;
-    Bytes file = writeBoxes(picture, stream.size());
-    file.insert(file.end(), stream.begin(), stream.end());
-    return file;
+    MemorySink sink;
+    encode(picture, sink, options);
+    return std::move(sink.bytes);
+}
+
+void encode(RowSource& picture, ByteSink& sink, const EncodeOptions& options) {
+    const Shape& shape = picture.shape();
+    const Rect area{options.x0, options.y0, std::int64_t(options.x0) + shape.width,
+                    std::int64_t(options.y0) + shape.height};
+    const ImageSize size = sizeOf(area, componentsOf(shape, options), options);
+    const FileHeader header{ColourSpace::unknown, shape.alpha ? shape.channels - 1 : -1};
+    if (options.psnrs.empty()) {
+        RowInput source(picture, size);
+        encodeTo(sink, source, size, header, options);
+    } else {
+        // What is decoded on the way is compared with the picture, which stays in memory for it.
+        const Picture whole = readRows(picture);
+        PictureSource rows(whole);
+        RowInput source(rows, size);
+        source.advance(size.y0, size.y1);
+        encodeTo(sink, source, size, header, options);
+    }
+    sink.finish();
+}
+
+Bytes encode(const Picture& picture, const EncodeOptions& options) {
+    PictureSource source(picture);
+    MemorySink sink;
+    encode(source, sink, options);
+    return std::move(sink.bytes);
 }
 
 } // namespace codecs::jpeg2000

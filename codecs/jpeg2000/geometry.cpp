@@ -25,9 +25,9 @@ class Layout {
         if (n > maxParts || parts > maxParts) throw Error("the tile has too many precincts and code blocks");
     }
 
-    // The blocks of `band` within a precinct's rectangle in band coordinates.
-    BlockGrid grid(TileComponent& tc, const Rect& precinct, const Band& band, int resolution, int index, int wLog,
-                   int hLog) {
+    // The blocks of a resolution's band within a precinct's rectangle in band coordinates.
+    BlockGrid grid(TileComponent& tc, const Rect& precinct, const Subband& band, int resolution, int index) {
+        const int wLog = band.blockWidthLog, hLog = band.blockHeightLog;
         const Rect r{std::max(precinct.x0, band.rect.x0), std::max(precinct.y0, band.rect.y0),
                      std::min(precinct.x1, band.rect.x1), std::min(precinct.y1, band.rect.y1)};
         if (r.empty()) return {};
@@ -38,13 +38,13 @@ class Layout {
             for (int i = 0; i < g.across; ++i) {
                 const std::int64_t x0 = std::max((left + i) << wLog, r.x0), x1 = std::min((left + i + 1) << wLog, r.x1);
                 const std::int64_t y0 = std::max((top + j) << hLog, r.y0), y1 = std::min((top + j + 1) << hLog, r.y1);
-                tc.blocks.push_back({band.planeX + int(x0 - band.rect.x0), band.planeY + int(y0 - band.rect.y0),
-                                     int(x1 - x0), int(y1 - y0), std::uint8_t(resolution), std::uint8_t(index)});
+                tc.blocks.push_back({std::int32_t(x0), std::int32_t(y0), std::uint16_t(x1 - x0), std::uint16_t(y1 - y0),
+                                     std::uint8_t(resolution), std::uint8_t(index)});
             }
         return g;
     }
 
-    void precincts(TileComponent& tc, Resolution& res, int r, const CodingStyle& style) {
+    void precincts(TileComponent& tc, Resolution& res, int r) {
         if (res.rect.empty()) return;
         const int pw = res.precinctWidthLog, ph = res.precinctHeightLog, halving = r > 0 ? 1 : 0;
         const std::int64_t left = res.rect.x0 >> pw, top = res.rect.y0 >> ph;
@@ -54,15 +54,13 @@ class Layout {
         res.precinctsAcross = int(across);
         res.precinctsDown = int(down);
         res.precincts.resize(std::size_t(across * down));
-        const int wLog = std::min(style.blockWidthLog, pw - halving),
-                  hLog = std::min(style.blockHeightLog, ph - halving);
         for (std::int64_t j = 0; j < down; ++j)
             for (std::int64_t i = 0; i < across; ++i) {
                 const int w = pw - halving, h = ph - halving;
                 const Rect inBand{(left + i) << w, (top + j) << h, (left + i + 1) << w, (top + j + 1) << h};
                 Precinct& p = res.precincts[std::size_t(j * across + i)];
                 for (std::size_t b = 0; b < res.bands.size(); ++b)
-                    p.grids[b] = grid(tc, inBand, res.bands[b], r, int(b), wLog, hLog);
+                    p.grids[b] = grid(tc, inBand, res.bands[b], r, int(b));
             }
     }
 
@@ -81,11 +79,13 @@ public:
             res.precinctWidthLog = style.precincts[std::size_t(r)] & 15;
             res.precinctHeightLog = style.precincts[std::size_t(r)] >> 4;
             const int levels = r == 0 ? style.levels : style.levels - r + 1;
-            const Rect low = r == 0 ? Rect{} : tc.resolutions.back().rect;
+            // A code block is no larger than the precinct's part of its band (B.7).
+            const int halving = r > 0 ? 1 : 0;
             for (const Orientation o : r == 0 ? std::vector{LL} : std::vector{HL, LH, HH})
-                res.bands.push_back({o, bandRect(rect, o, levels), o == HL || o == HH ? low.width() : 0,
-                                     o == LH || o == HH ? low.height() : 0});
-            precincts(tc, res, r, style);
+                res.bands.push_back({o, bandRect(rect, o, levels),
+                                     std::min(style.blockWidthLog, res.precinctWidthLog - halving),
+                                     std::min(style.blockHeightLog, res.precinctHeightLog - halving)});
+            precincts(tc, res, r);
             tc.resolutions.push_back(std::move(res));
         }
         return tc;

@@ -10,6 +10,7 @@ struct Rect {
     int width() const { return int(x1 - x0); }
     int height() const { return int(y1 - y0); }
     bool empty() const { return x1 <= x0 || y1 <= y0; }
+    bool operator==(const Rect&) const = default;
     std::size_t area() const { return empty() ? 0 : std::size_t(x1 - x0) * std::size_t(y1 - y0); }
 };
 
@@ -19,15 +20,15 @@ constexpr std::int64_t ceilShift(std::int64_t a, int n) { return (a + (std::int6
 enum Orientation { LL, HL, LH, HH }; // in the order of packets and step sizes
 
 struct Block {
-    int planeX, planeY; // place in the plane of the tile-component, whose bands lie as the wavelets leave them
-    int width, height;
+    std::int32_t x0, y0; // in its band
+    std::uint16_t width, height;
     std::uint8_t resolution, band; // band: index in its resolution
 };
 
-struct Band {
+struct Subband {
     Orientation orientation;
     Rect rect;
-    int planeX = 0, planeY = 0;
+    int blockWidthLog = 6, blockHeightLog = 6; // of the grid of blocks, which begins at 0
 };
 
 // The code blocks of one band in a precinct: `across` times `down` of them, row by row from blocks[first] on.
@@ -44,7 +45,7 @@ struct Resolution {
     Rect rect;
     int precinctWidthLog = 15, precinctHeightLog = 15;
     int precinctsAcross = 0, precinctsDown = 0;
-    std::vector<Band> bands; // LL alone, or HL, LH, HH
+    std::vector<Subband> bands; // LL alone, or HL, LH, HH
     std::vector<Precinct> precincts;
 };
 

@@ -3,7 +3,7 @@
 // A picture is a list of components, each with its own size, depth and sign.
 #pragma once
 
-#include "codecs/picture/bytes.h"
+#include "codecs/picture/rows.h"
 
 #include <string>
 #include <vector>
@@ -28,8 +28,6 @@ struct PlanarPicture {
     std::vector<Component> components;
     ColourSpace colour = ColourSpace::unknown;
     int alpha = -1; // the component that holds the opacity, or -1
-    // What was wrong with a file that could be decoded in part, a line each; empty for a sound file.
-    std::vector<std::string> warnings;
 };
 
 // Orders of packets, in the codes of Table A.16.
@@ -65,6 +63,11 @@ struct EncodeOptions {
     bool colourTransform = true;                 // of the first three components, where their shapes agree
     std::uint32_t tileWidth = 0, tileHeight = 0; // 0: one tile
     std::uint32_t tileX = 0, tileY = 0;          // origin of the grid of tiles
+    // Of pictures of rows: their place on the reference grid, the sampling of the second and third component (of all
+    // inks but the first), and whether samples are stored around 0. Planar pictures say so themselves.
+    std::uint32_t x0 = 0, y0 = 0;
+    int samplingX = 1, samplingY = 1;
+    bool asSigned = false;
     bool sop = false, eph = false;
     bool tilePartsByResolution = false;          // begin a tile-part where the resolution changes (R-first orders)
     std::vector<ProgressionChange> changes = {}; // of the progression; together they hold every packet
@@ -76,6 +79,9 @@ struct EncodeOptions {
     bool jp2 = true;     // JP2 boxes around the codestream
     int threads = 0;     // 0: one a processor. The bytes do not depend on it
 };
+void encode(RowSource& picture, ByteSink& file, const EncodeOptions& options = {});
+Bytes encode(const Picture& picture, const EncodeOptions& options = {});
+void encode(const PlanarPicture& picture, ByteSink& file, const EncodeOptions& options = {});
 Bytes encode(const PlanarPicture& picture, const EncodeOptions& options = {});
 
 struct DecodeOptions {
@@ -84,7 +90,21 @@ struct DecodeOptions {
     std::size_t maxPixels = std::size_t(1) << 28; // of the picture's samples in the file; more are refused
     int threads = 0;
 };
-PlanarPicture decode(ByteView file, const DecodeOptions& options = {});
+
+// Warnings say what was wrong with a file that could be decoded in part, a line each; a sound file has none.
+struct DecodedPicture {
+    Picture picture;
+    std::vector<std::string> warnings;
+};
+struct DecodedPlanes {
+    PlanarPicture picture;
+    std::vector<std::string> warnings;
+};
+// The first four components side by side, repeated where they are subsampled; gives the warnings.
+std::vector<std::string> decode(ByteSource& file, RowSink& picture, const DecodeOptions& options = {});
+DecodedPicture decode(ByteView file, const DecodeOptions& options = {});
+// All components as they are.
+DecodedPlanes decodePlanes(ByteView file, const DecodeOptions& options = {});
 
 // What the boxes and marker segments of a file say, in lines of text.
 std::string describe(ByteView file);

@@ -72,6 +72,7 @@ struct TileStyle {
 
 struct StepSize {
     int exponent = 0, mantissa = 0;
+    bool operator==(const StepSize&) const = default;
 };
 
 struct Quantization {

@@ -1,8 +1,6 @@
 // quantiser.cpp - step sizes of bands, and style bits in the library's terms.
 #include "codecs/jpeg2000/quantiser.h"
 
-#include "codecs/jpeg2000/wavelet.h"
-
 #include <cmath>
 
 namespace codecs::jpeg2000 {
@@ -12,13 +10,11 @@ double stepOf(const StepSize& s, int depth, Orientation o) {
     return std::ldexp(1 + s.mantissa / 2048.0, depth + gain - s.exponent);
 }
 
-BandCoding bandCoding(const CodingStyle& style, const Quantization& quant, int roiShift, int depth,
-                      const BandPlace& place) {
+BandCoding ComponentCoding::band(const BandPlace& place) const {
     const StepSize s = quant.step(place.resolution, place.index);
     BandCoding c;
-    c.reversible = style.reversible;
     c.bitPlanes = quant.guardBits + s.exponent - 1;
-    c.step = style.reversible ? 1.0f : float(std::ldexp(stepOf(s, depth, place.orientation), waveletFraction(depth)));
+    if (!isReversible(road)) c.step = float(std::ldexp(stepOf(s, depth, place.orientation), fractionBits(road)));
     c.roiShift = roiShift;
     return c;
 }

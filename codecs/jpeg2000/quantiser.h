@@ -2,15 +2,15 @@
 #pragma once
 
 #include "codecs/jpeg2000/geometry.h"
+#include "codecs/jpeg2000/road.h"
 #include "zmxj.h"
 
 namespace codecs::jpeg2000 {
 
 // How the numbers of a band are quantised.
 struct BandCoding {
-    bool reversible = true;
     int bitPlanes = 0; // Mb of E-2
-    float step = 1;    // in units of the plane's least bit; 1 on the reversible road
+    float step = 1;    // in units of the road's least bit, 1 on the reversible ones
     int roiShift = 0;
 };
 
@@ -22,8 +22,16 @@ struct BandPlace {
     int resolution, index; // index in its resolution
     Orientation orientation;
 };
-BandCoding bandCoding(const CodingStyle& style, const Quantization& quant, int roiShift, int depth,
-                      const BandPlace& place);
+
+// What marker segments say of a component, and its depth.
+struct ComponentCoding {
+    const CodingStyle& style;
+    const Quantization& quant;
+    int roiShift, depth;
+    Road road;
+
+    BandCoding band(const BandPlace& place) const;
+};
 
 constexpr std::uint32_t kSignBit = 0x80000000u; // of the library's sign-magnitude words
 

@@ -5,13 +5,11 @@
 
 namespace codecs::jpeg2000 {
 
-// The size of a picture and its tiles; a picture or a grid of tiles that cannot be is refused.
-ImageSize sizeOf(const PlanarPicture& picture, const EncodeOptions& options);
+// The size of a picture with its tiles; a picture or a grid of tiles that cannot be is refused. `area` is that of the
+// picture on the reference grid.
+ImageSize sizeOf(const Rect& area, const std::vector<SizComponent>& components, const EncodeOptions& options);
 
 // The rest of a main header. Options that cannot be are refused.
 HeaderSet headersOf(const ImageSize& size, const EncodeOptions& options);
-
-// Norm of the basis functions of a band, for the weight of its errors.
-double normOf(bool reversible, int levels, int resolution, Orientation o);
 
 } // namespace codecs::jpeg2000

@@ -1,16 +1,21 @@
-// tiledecoder.cpp - the packets of a tile to samples, with threads sharing blocks, then planes.
+// tiledecoder.cpp - a tile goes from top to bottom in stripes: while threads decode the code blocks of one stripe, others
+// take the one before through the wavelet; then its rows become samples.
 #include "codecs/jpeg2000/tiledecoder.h"
 
-#include "codecs/jpeg2000/components.h"
+#include "codecs/jpeg2000/colour.h"
+#include "codecs/jpeg2000/packetreader.h"
 #include "codecs/jpeg2000/parallel.h"
 
 #include <algorithm>
+#include <array>
 
 namespace codecs::jpeg2000 {
 
 namespace {
 
-Rect imageRect(const ImageSize& s) { return {s.x0, s.y0, s.x1, s.y1}; }
+constexpr int kStripeRows = 128; // two rows of code blocks of the usual size in the highest resolution
+constexpr int kBunch = 8;        // rows that a thread turns into samples at a time
+constexpr std::size_t kMostWarnings = 20;
 
 // The pieces as one; they are joined in `memory` where there are several.
 ByteView join(const std::vector<ByteView>& pieces, Bytes& memory) {
@@ -40,143 +45,173 @@ std::size_t partsLimit(const ImageSize& size, int index) {
 
 } // namespace
 
-PlanarPicture emptyPicture(const ImageSize& size, int reduce) {
-    PlanarPicture picture;
-    picture.x0 = size.x0;
-    picture.y0 = size.y0;
-    picture.x1 = size.x1;
-    picture.y1 = size.y1;
-    for (const SizComponent& k : size.components) {
-        Component c{k.dx, k.dy, k.depth, k.isSigned, 0, 0, {}};
-        const Rect r = reducedRect(componentRect(imageRect(size), k), reduce);
-        if (!r.empty()) {
-            c.width = r.width();
-            c.height = r.height();
-        }
-        picture.components.push_back(std::move(c));
-    }
-    return picture;
+Rect Scope::samples(std::size_t c, const Rect& area) const {
+    return reducedRect(componentRect(intersection(area, window), stream.size.components[c]), reduce);
 }
 
-struct TileDecoder::Work {
-    int index;
-    HeaderSet headers;
-    Tile tile;
-    std::vector<Plane> planes;
-};
+TileDecoder::TileDecoder(const Scope& wanted, SampleSink& to, int team)
+    : scope(wanted), sink(to), threads(team), blockDecoders(std::size_t(team)) {}
 
-TileDecoder::TileDecoder(const Codestream& from, const DecodeOptions& o, PlanarPicture& to)
-    : stream(from), options(o), threads(threadCount(o.threads)), picture(to), blockDecoders(std::size_t(threads)) {}
-
-void TileDecoder::warn(const Work& work, const std::string& what) {
-    if (picture.warnings.size() < 20) picture.warnings.push_back("tile " + std::to_string(work.index) + ": " + what);
+void TileDecoder::warn(int tile, const std::string& what) {
+    if (warnings.size() < kMostWarnings) warnings.push_back("tile " + std::to_string(tile) + ": " + what);
 }
 
-// How much a component is reduced: no more than it has levels.
-int TileDecoder::reduction(const CodingStyle& style) const { return std::min(options.reduce, style.levels); }
-
-void TileDecoder::readPackets(const Work& work, PacketReader& reader) {
+void TileDecoder::readPackets(Work& work, const TileData& data) {
+    const bool apart = joinPackedHeaders(data, work.packetHeaders);
+    PacketReader reader(work.tile, work.headers, {join(data.bodies, work.bodies), work.packetHeaders, apart},
+                        scope.layers > 0 ? scope.layers : kMaxLayers, scope.reduce);
     bool complete = true;
     try {
-        forEachPacket(stream.size, work.tile, work.headers,
+        forEachPacket(scope.stream.size, work.tile, work.headers,
                       [&](const PacketId& id) { return complete = reader.read(id); });
+        if (!complete) warn(work.index, "packets are missing");
     } catch (const Error& e) {
-        warn(work, e.what());
-        return;
+        warn(work.index, e.what());
     }
-    if (!complete) warn(work, "packets are missing");
+    work.streams = std::move(reader.blocks);
 }
 
-void TileDecoder::decodeBlocks(Work& work, const PacketReader& reader) {
-    std::vector<std::pair<std::size_t, std::size_t>> jobs; // component, block
-    for (std::size_t c = 0; c < work.tile.components.size(); ++c) {
-        const CodingStyle& style = work.headers.coding[c];
-        const std::vector<Block>& blocks = work.tile.components[c].blocks;
-        for (std::size_t b = 0; b < blocks.size(); ++b)
-            if (!reader.blocks[c][b].codewords.empty() && blocks[b].resolution <= style.levels - reduction(style))
-                jobs.push_back({c, b});
-    }
-    std::atomic<int> damaged{0};
-    parallelFor(jobs.size(), threads, [&](std::size_t i, int thread) {
-        const auto [c, b] = jobs[i];
-        const TileComponent& tc = work.tile.components[c];
-        const Block& block = tc.blocks[b];
-        const Orientation o = tc.resolutions[block.resolution].bands[block.band].orientation;
-        const CodingStyle& style = work.headers.coding[c];
-        const BandCoding coding = bandCoding(style, work.headers.quant[c], work.headers.roiShift[c],
-                                             stream.size.components[c].depth, {block.resolution, block.band, o});
-        BlockDecoder& decoder = blockDecoders[std::size_t(thread)];
-        if (!decoder.decode(reader.blocks[c][b], block, o, style.style, coding, work.planes[c])) ++damaged;
-    });
-    if (damaged > 0) warn(work, std::to_string(damaged) + " damaged code blocks");
-}
-
-void TileDecoder::inverseWavelets(Work& work) {
-    const auto inverse = [&](std::size_t c, int team) {
-        const CodingStyle& style = work.headers.coding[c];
-        for (int r = 1; r <= style.levels - reduction(style); ++r)
-            inverseWavelet(work.planes[c], work.tile.components[c].resolutions[std::size_t(r)].rect,
-                           filterOf(style.reversible, stream.size.components[c].depth), team);
-    };
-    // The 9/7 filter shares a plane out among all threads; the 5/3 filter takes a thread for a plane.
-    for (std::size_t c = 0; c < work.planes.size(); ++c)
-        if (!work.headers.coding[c].reversible) inverse(c, threads);
-    parallelFor(work.planes.size(), threads, [&](std::size_t c, int) {
-        if (work.headers.coding[c].reversible) inverse(c, 1);
-    });
-}
-
-void TileDecoder::inverseColours(Work& work) {
-    if (!work.headers.tile.colourTransform) return;
+void TileDecoder::makeComponents(Work& work) {
+    const ImageSize& size = scope.stream.size;
+    const HeaderSet& h = work.headers;
+    // A component transform ties the first three components together.
     const auto alike = [&](std::size_t c) {
-        const Plane &a = work.planes[c], &b = work.planes[0];
-        return a.width == b.width && a.height == b.height &&
-               work.headers.coding[c].reversible == work.headers.coding[0].reversible &&
-               stream.size.components[c].depth == stream.size.components[0].depth;
+        const SizComponent &a = size.components[c], &b = size.components[0];
+        return a.dx == b.dx && a.dy == b.dy && a.depth == b.depth && h.coding[c].reversible == h.coding[0].reversible;
     };
-    if (work.planes.size() >= 3 && alike(1) && alike(2))
-        inverseColour(work.planes, work.headers.coding[0].reversible, stream.size.components[0].depth);
-    else
-        warn(work, "a component transform of components that differ is left out");
+    const std::size_t count = size.components.size();
+    work.colour = h.tile.colourTransform && count >= 3 && alike(1) && alike(2);
+    if (h.tile.colourTransform && !work.colour)
+        warn(work.index, "a component transform of components that differ is left out");
+    const bool firstThree = work.colour && (scope.wants(0) || scope.wants(1) || scope.wants(2));
+    work.components.resize(count);
+    for (std::size_t c = 0; c < count; ++c) {
+        if (!scope.wants(c) && !(firstThree && c < 3)) continue;
+        const int depth = size.components[c].depth;
+        const Road road = roadOf(h.coding[c].reversible, depth, work.colour && c < 3);
+        const CodedComponent coded{
+            c, work.tile.components[c], work.streams[c], {h.coding[c], h.quant[c], h.roiShift[c], depth, road}};
+        work.components[c] = std::make_unique<ComponentDecoder>(coded, scope.samples(c, work.tile.rect), scope.reduce);
+    }
 }
 
-// A tile that is reduced less than the picture, for want of levels, keeps every so many samples.
-void TileDecoder::place(Work& work, std::size_t c) {
-    const CodingStyle& style = work.headers.coding[c];
-    const SizComponent& k = stream.size.components[c];
-    const Rect& rect = work.tile.components[c].rect;
-    const Rect whole = reducedRect(componentRect(imageRect(stream.size), k), options.reduce);
-    const Rect at = reducedRect(rect, options.reduce);
-    if (at.empty()) return;
-    Plane& plane = work.planes[c];
-    if (const int more = options.reduce - reduction(style); more > 0) {
-        const Rect have = reducedRect(rect, style.levels);
-        Plane thin(at.width(), at.height());
-        for (int y = 0; y < thin.height; ++y)
-            for (int x = 0; x < thin.width; ++x)
-                *thin.at(x, y) = *plane.at(int(((at.x0 + x) << more) - have.x0), int(((at.y0 + y) << more) - have.y0));
-        plane = std::move(thin);
+// Rows of each component above the end of each stripe; the first entry is that of the beginning.
+std::vector<std::vector<int>> TileDecoder::stripesOf(const std::vector<Rect>& areas) const {
+    int most = 0;
+    for (const Rect& r : areas) most = std::max(most, r.empty() ? 0 : r.height());
+    const int stripes = (most + kStripeRows - 1) / kStripeRows;
+    std::vector<std::vector<int>> rows;
+    for (int s = 0; s <= stripes; ++s) {
+        rows.emplace_back();
+        for (const Rect& r : areas)
+            rows.back().push_back(s == 0 || r.empty() ? 0 : int(std::int64_t(r.height()) * s / stripes));
     }
-    fromPlane(plane, picture.components[c], int(at.x0 - whole.x0), int(at.y0 - whole.y0),
-              planeFraction(style.reversible, k.depth));
+    return rows;
 }
 
-void TileDecoder::decode(int index, const TileData& data) {
-    Work work{index, tileHeaders(stream, data), {}, {}};
-    work.tile = layOutTile(stream.size, work.headers, index, partsLimit(stream.size, index));
-    Bytes bodyMemory, headerMemory;
-    const bool apart = joinPackedHeaders(data, headerMemory);
-    PacketReader reader(work.tile, work.headers, {join(data.bodies, bodyMemory), headerMemory, apart},
-                        options.layers > 0 ? options.layers : kMaxLayers, options.reduce);
-    readPackets(work, reader);
-    for (std::size_t c = 0; c < work.tile.components.size(); ++c) {
-        const Rect r = reducedRect(work.tile.components[c].rect, reduction(work.headers.coding[c]));
-        work.planes.push_back(r.empty() ? Plane() : Plane(r.width(), r.height()));
+void TileDecoder::runJobs(Work& work, const std::vector<BlockJob>& jobs, const std::vector<int>& rows) {
+    // Components first, as they take longest.
+    const std::size_t components = rows.empty() ? 0 : work.components.size();
+    parallelFor(components + jobs.size(), threads, [&](std::size_t i, int thread) {
+        if (i < components) {
+            if (work.components[i]) work.components[i]->advance(rows[i]);
+            return;
+        }
+        const BlockJob& job = jobs[i - components];
+        if (!work.components[job.component]->decode(job, blockDecoders[std::size_t(thread)])) ++work.damaged;
+    });
+}
+
+void TileDecoder::run(Work& work, bool inBands) {
+    std::vector<Rect> areas;
+    for (const auto& c : work.components) areas.push_back(c ? c->area() : Rect{});
+    const auto rows = stripesOf(areas);
+    const auto ask = [&](std::size_t s) {
+        std::vector<BlockJob> jobs;
+        for (std::size_t c = 0; s < rows.size() && c < areas.size(); ++c)
+            if (work.components[c]) work.components[c]->need(rows[s][c], jobs);
+        return jobs;
+    };
+    const std::size_t lead = scope.lead;
+    runJobs(work, ask(1), {});
+    for (std::size_t s = 1; s < rows.size(); ++s) {
+        runJobs(work, ask(s + 1), rows[s]);
+        if (inBands) sink.open(areas[lead].y0 + rows[s - 1][lead], areas[lead].y0 + rows[s][lead]);
+        putRows(work, rows[s - 1], rows[s]);
+        if (inBands) sink.close();
     }
-    decodeBlocks(work, reader);
-    inverseWavelets(work);
-    inverseColours(work);
-    parallelFor(work.planes.size(), threads, [&](std::size_t c, int) { place(work, c); });
+    if (work.damaged > 0) warn(work.index, std::to_string(work.damaged) + " damaged code blocks");
+}
+
+// The rows of the stripe at hand as samples.
+void TileDecoder::putRows(const Work& work, const std::vector<int>& from, const std::vector<int>& to) {
+    struct Job {
+        std::size_t first, count; // components
+        int y, end;
+    };
+    std::vector<Job> jobs;
+    for (std::size_t c = 0; c < work.components.size();) {
+        const std::size_t count = work.colour && c == 0 ? 3 : 1;
+        for (int y = from[c]; work.components[c] && y < to[c]; y += kBunch)
+            jobs.push_back({c, count, y, std::min(y + kBunch, to[c])});
+        c += count;
+    }
+    parallelFor(jobs.size(), threads, [&](std::size_t i, int) {
+        const Job& job = jobs[i];
+        onRoad(work.components[job.first]->road(), [&]<Road R>() {
+            for (int y = job.y; y < job.end; ++y) putRow<R>(work, job.first, job.count, y);
+        });
+    });
+}
+
+template <Road R> void TileDecoder::putRow(const Work& work, std::size_t first, std::size_t count, int y) {
+    std::array<std::array<Number<R>, kColourChunk>, 3> numbers;
+    std::array<Sample, kColourChunk> samples;
+    const Rect& area = work.components[first]->area();
+    for (int x = 0; x < area.width(); x += kColourChunk) {
+        const int part = std::min(kColourChunk, area.width() - x);
+        for (std::size_t c = 0; c < count; ++c)
+            work.components[first + c]->copyRow<R>(x, y, {numbers[c].data(), std::size_t(part)});
+        if (count == 3) {
+            Number<R>* const rows[3] = {numbers[0].data(), numbers[1].data(), numbers[2].data()};
+            inverseColour<R>(rows, part, work.components[first]->depth());
+        }
+        for (std::size_t c = 0; c < count; ++c) {
+            if (!scope.wants(first + c)) continue;
+            const std::span<Sample> to(samples.data(), std::size_t(part));
+            toSamples<R>(numbers[c].data(), work.components[first + c]->depth(), to);
+            sink.put(first + c, area.x0 + x, area.y0 + y, to);
+        }
+    }
+}
+
+void TileDecoder::decode(int index, const TileData& data, bool inBands) {
+    Work work;
+    work.index = index;
+    work.headers = tileHeaders(scope.stream, data);
+    work.tile = layOutTile(scope.stream.size, work.headers, index, partsLimit(scope.stream.size, index));
+    readPackets(work, data);
+    makeComponents(work);
+    run(work, inBands);
+}
+
+void TileDecoder::fill(int index, bool inBands) {
+    const Rect tile = tileRect(scope.stream.size, index);
+    std::vector<Rect> areas;
+    for (std::size_t c = 0; c < scope.stream.size.components.size(); ++c)
+        areas.push_back(scope.wants(c) ? scope.samples(c, tile) : Rect{});
+    const auto rows = stripesOf(areas);
+    const std::size_t lead = scope.lead;
+    std::vector<Sample> grey;
+    for (std::size_t s = 1; s < rows.size(); ++s) {
+        if (inBands) sink.open(areas[lead].y0 + rows[s - 1][lead], areas[lead].y0 + rows[s][lead]);
+        for (std::size_t c = 0; c < areas.size(); ++c) {
+            grey.assign(areas[c].empty() ? 0 : std::size_t(areas[c].width()),
+                        Sample(1 << (scope.stream.size.components[c].depth - 1)));
+            for (int y = rows[s - 1][c]; y < rows[s][c]; ++y) sink.put(c, areas[c].x0, areas[c].y0 + y, grey);
+        }
+        if (inBands) sink.close();
+    }
 }
 
 } // namespace codecs::jpeg2000

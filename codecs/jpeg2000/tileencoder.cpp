@@ -1,82 +1,128 @@
-// tileencoder.cpp - the samples of a tile to coded blocks, with threads sharing the blocks.
+// tileencoder.cpp - a tile goes from top to bottom in stripes: while some threads take the rows of a stripe through the
+// wavelet, others encode the code blocks that the stripe before has made complete.
 #include "codecs/jpeg2000/tileencoder.h"
 
-#include "codecs/jpeg2000/components.h"
+#include "codecs/jpeg2000/colour.h"
+#include "codecs/jpeg2000/norms.h"
 #include "codecs/jpeg2000/parallel.h"
-#include "codecs/jpeg2000/settings.h"
+
+#include <algorithm>
+#include <array>
 
 namespace codecs::jpeg2000 {
 
 namespace {
 
-// Norm of what one unit of a transformed component does to the three colours.
-double colourNorm(bool reversible, std::size_t component) {
-    static constexpr double rct[] = {1.7320508, 0.8291562, 0.8291562}, ict[] = {1.7320508, 1.8051, 1.5734};
-    return reversible ? rct[component] : ict[component];
-}
+constexpr int kStripeRows = 128; // two rows of code blocks of the usual size in the highest resolution
+constexpr int kBunch = 8;        // rows that a thread takes from the source at a time
 
 } // namespace
 
-TileEncoder::TileEncoder(const PlanarPicture& from, const ImageSize& imageSize, const HeaderSet& set, int team)
-    : picture(from), size(imageSize), headers(set), threads(team), blockEncoders(std::size_t(team)) {}
+TileEncoder::TileEncoder(const ImageSize& imageSize, const HeaderSet& set, SampleSource& from, int team)
+    : size(imageSize), headers(set), source(from), threads(team), blockEncoders(std::size_t(team)) {}
 
-void TileEncoder::transform(const Tile& tile, std::size_t c, Plane& plane, int team) const {
-    const CodingStyle& style = headers.coding[c];
-    for (int r = style.levels; r > 0; --r)
-        forwardWavelet(plane, tile.components[c].resolutions[std::size_t(r)].rect,
-                       filterOf(style.reversible, size.components[c].depth), team);
-}
-
-std::vector<Plane> TileEncoder::planesOf(const Tile& tile) const {
-    std::vector<Plane> planes;
-    for (const TileComponent& tc : tile.components)
-        planes.push_back(tc.rect.empty() ? Plane() : Plane(tc.rect.width(), tc.rect.height()));
-    const bool reversible = headers.coding[0].reversible;
-    parallelFor(planes.size(), threads, [&](std::size_t c, int) {
-        const Component& from = picture.components[c];
-        const Rect whole = componentRect({size.x0, size.y0, size.x1, size.y1}, size.components[c]);
-        const Rect& r = tile.components[c].rect;
-        if (!r.empty())
-            toPlane(from, int(r.x0 - whole.x0), int(r.y0 - whole.y0), planes[c], planeFraction(reversible, from.depth));
-    });
-    if (headers.tile.colourTransform) forwardColour(planes, reversible, picture.components[0].depth);
-    // The 9/7 filter shares a plane out among all threads; the 5/3 filter takes a thread for a plane.
-    if (reversible)
-        parallelFor(planes.size(), threads, [&](std::size_t c, int) { transform(tile, c, planes[c], 1); });
-    else
-        for (std::size_t c = 0; c < planes.size(); ++c) transform(tile, c, planes[c], threads);
-    return planes;
-}
-
-CodedBlock TileEncoder::encodeBlock(const Tile& tile, std::size_t c, std::size_t b, Plane& plane, int thread) {
-    const TileComponent& tc = tile.components[c];
-    const Block& block = tc.blocks[b];
-    const Orientation o = tc.resolutions[block.resolution].bands[block.band].orientation;
-    const int depth = size.components[c].depth;
-    const CodingStyle& style = headers.coding[c];
-    const BandCoding coding = bandCoding(style, headers.quant[c], 0, depth, {block.resolution, block.band, o});
-    auto& encoder = blockEncoders[std::size_t(thread)];
-    if (!encoder) encoder = std::make_unique<BlockEncoder>(1 << style.blockWidthLog, 1 << style.blockHeightLog);
-    CodedBlock coded = encoder->encode(plane, block, o, style.style, coding);
-    const double step = style.reversible ? 1 : stepOf(headers.quant[c].step(block.resolution, block.band), depth, o);
-    const double colour = headers.tile.colourTransform && c < 3 ? colourNorm(style.reversible, c) : 1;
-    const double error = step * colour * normOf(style.reversible, style.levels, block.resolution, o);
-    coded.weight = error * error;
-    return coded;
-}
-
-EncodedTile TileEncoder::encode(int index) {
-    EncodedTile out{layOutTile(size, headers, index, ~std::size_t(0) >> 1), {}};
-    std::vector<Plane> planes = planesOf(out.layout);
-    std::vector<std::pair<std::size_t, std::size_t>> jobs; // component, block
-    for (std::size_t c = 0; c < planes.size(); ++c) {
-        out.blocks.emplace_back(out.layout.components[c].blocks.size());
-        for (std::size_t b = 0; b < out.blocks[c].size(); ++b) jobs.push_back({c, b});
+std::vector<TileEncoder::Part> TileEncoder::partsOf(const Tile& tile) const {
+    std::vector<Part> parts;
+    for (std::size_t c = 0; c < tile.components.size(); ++c) {
+        const int depth = size.components[c].depth;
+        const CodingStyle& style = headers.coding[c];
+        const Road road = roadOf(style.reversible, depth, headers.tile.colourTransform && c < 3);
+        parts.push_back({{style, headers.quant[c], headers.roiShift[c], depth, road}, nullptr, {}, {}});
     }
-    parallelFor(jobs.size(), threads, [&](std::size_t i, int thread) {
-        const auto [c, b] = jobs[i];
-        out.blocks[c][b] = encodeBlock(out.layout, c, b, planes[c], thread);
+    // The analysis refers to its part, which stays where it is from here on.
+    for (std::size_t c = 0; c < parts.size(); ++c)
+        if (!tile.components[c].rect.empty()) parts[c].analysis = makeAnalysis(c, tile.components[c], parts[c].coding);
+    return parts;
+}
+
+// One row of a component, or of three that a transform ties together, from the source to numbers.
+template <Road R>
+void TileEncoder::fillRow(std::vector<Part>& parts, std::size_t first, std::size_t count, int y) const {
+    std::array<Sample, kColourChunk> samples;
+    const Rect& area = parts[first].rows;
+    for (int x = 0; x < area.width(); x += kColourChunk) {
+        const int part = std::min(kColourChunk, area.width() - x);
+        Number<R>* rows[3] = {};
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::span<Sample> to(samples.data(), std::size_t(part));
+            source.get(first + i, area.x0 + x, area.y0 + y, to);
+            rows[i] = rowsOn<R>(parts[first + i].stripe)[y] + x;
+            fromSamples<R>(to, size.components[first + i].depth, rows[i]);
+        }
+        if (count == 3) forwardColour<R>(rows, part, size.components[first].depth);
+    }
+}
+
+void TileEncoder::fill(std::vector<Part>& parts) {
+    struct Job {
+        std::size_t first, count;
+        int y, end;
+    };
+    std::vector<Job> jobs;
+    for (std::size_t c = 0; c < parts.size();) {
+        const std::size_t count = headers.tile.colourTransform && c == 0 ? 3 : 1;
+        const int height = parts[c].rows.empty() ? 0 : parts[c].rows.height();
+        for (std::size_t i = c; height > 0 && i < c + count; ++i)
+            parts[i].stripe = makeRows(parts[i].coding.road, height, parts[i].rows.width());
+        for (int y = 0; y < height; y += kBunch) jobs.push_back({c, count, y, std::min(y + kBunch, height)});
+        c += count;
+    }
+    parallelFor(jobs.size(), threads, [&](std::size_t i, int) {
+        const Job& job = jobs[i];
+        onRoad(parts[job.first].coding.road, [&]<Road R>() {
+            for (int y = job.y; y < job.end; ++y) fillRow<R>(parts, job.first, job.count, y);
+        });
     });
+}
+
+// What an error of one step in a block comes to in the picture, squared.
+double TileEncoder::weightOf(const ComponentCoding& coding, std::size_t c, const BlockJob& job, Orientation o) const {
+    const bool reversible = coding.style.reversible;
+    const double step = reversible ? 1 : stepOf(coding.quant.step(job.resolution, job.band), coding.depth, o);
+    const double colour = headers.tile.colourTransform && c < 3 ? colourNorm(reversible, c) : 1;
+    const double error = step * colour * bandNorm(reversible, coding.style.levels, job.resolution, o);
+    return error * error;
+}
+
+void TileEncoder::runJobs(EncodedTile& tile, std::vector<Part>& parts, const std::vector<BlockJob>& jobs, bool push) {
+    // Components first, as they take longest.
+    const std::size_t components = push ? parts.size() : 0;
+    parallelFor(components + jobs.size(), threads, [&](std::size_t i, int thread) {
+        if (i < components) {
+            if (!parts[i].rows.empty()) parts[i].analysis->push(parts[i].stripe, parts[i].rows.height());
+            return;
+        }
+        const BlockJob& job = jobs[i - components];
+        const Part& part = parts[job.component];
+        CodedBlock& coded = tile.blocks[job.component][job.block];
+        coded = part.analysis->encode(job, blockEncoders[std::size_t(thread)]);
+        const Resolution& r = tile.layout.components[job.component].resolutions[std::size_t(job.resolution)];
+        coded.weight = weightOf(part.coding, job.component, job, r.bands[std::size_t(job.band)].orientation);
+    });
+}
+
+EncodedTile TileEncoder::encode(int index, bool inBands) {
+    EncodedTile out;
+    out.index = index;
+    out.layout = layOutTile(size, headers, index, ~std::size_t(0) >> 1);
+    for (const TileComponent& tc : out.layout.components) out.blocks.emplace_back(tc.blocks.size());
+    std::vector<Part> parts = partsOf(out.layout);
+    std::vector<BlockJob> jobs;
+    const auto complete = [&] {
+        jobs.clear();
+        for (Part& p : parts)
+            if (p.analysis) p.analysis->complete(jobs);
+    };
+    const Rect& tile = out.layout.rect;
+    for (std::int64_t y = tile.y0; y < tile.y1; y += kStripeRows) {
+        const Rect rows{tile.x0, y, tile.x1, std::min(y + kStripeRows, tile.y1)};
+        if (inBands) source.advance(rows.y0, rows.y1);
+        for (std::size_t c = 0; c < parts.size(); ++c) parts[c].rows = componentRect(rows, size.components[c]);
+        fill(parts);
+        runJobs(out, parts, jobs, true);
+        complete();
+    }
+    runJobs(out, parts, jobs, false);
     return out;
 }
 

@@ -1,24 +1,35 @@
 // tileencoder.h - one tile of a picture: components, wavelet, code blocks; not yet packets.
 #pragma once
 
-#include "codecs/jpeg2000/blockencoder.h"
+#include "codecs/jpeg2000/analysis.h"
+#include "codecs/jpeg2000/samples.h"
 
 namespace codecs::jpeg2000 {
 
 class TileEncoder {
-    const PlanarPicture& picture;
     const ImageSize& size;
     const HeaderSet& headers;
+    SampleSource& source;
     const int threads;
-    std::vector<std::unique_ptr<BlockEncoder>> blockEncoders; // by thread
+    std::vector<BlockEncoder> blockEncoders; // by thread
 
-    void transform(const Tile& tile, std::size_t c, Plane& plane, int team) const;
-    std::vector<Plane> planesOf(const Tile& tile) const;
-    CodedBlock encodeBlock(const Tile& tile, std::size_t c, std::size_t b, Plane& plane, int thread);
+    // A component of the tile under work.
+    struct Part {
+        ComponentCoding coding;
+        std::unique_ptr<Analysis> analysis;
+        AnyRows stripe;
+        Rect rows; // of the component, in the stripe
+    };
+    std::vector<Part> partsOf(const Tile& tile) const;
+    void fill(std::vector<Part>& parts);
+    template <Road R> void fillRow(std::vector<Part>& parts, std::size_t first, std::size_t count, int y) const;
+    void runJobs(EncodedTile& tile, std::vector<Part>& parts, const std::vector<BlockJob>& jobs, bool push);
+    double weightOf(const ComponentCoding& coding, std::size_t c, const BlockJob& job, Orientation o) const;
 
 public:
-    TileEncoder(const PlanarPicture& from, const ImageSize& imageSize, const HeaderSet& set, int team);
-    EncodedTile encode(int index);
+    TileEncoder(const ImageSize& imageSize, const HeaderSet& set, SampleSource& from, int team);
+    // With `inBands` it asks the source for rows as it goes, else they are there already.
+    EncodedTile encode(int index, bool inBands);
 };
 
 } // namespace codecs::jpeg2000

@@ -103,7 +103,7 @@ private:
         return from.subspan(std::size_t(std::min<std::uint64_t>(offset, from.size())));
     }
 
-    // Moves what is left to the front and reads on. A view of more than the window gets a buffer of just its size, so
+    // Moves what is left to the front and reads on, as far as a pipe has something and at least to what is wanted. A view of more than the window gets a buffer of just its size, so
     // that equal views follow each other without moving anything.
     void fill(std::size_t wanted) {
         const std::size_t left = end - begin;
@@ -116,8 +116,11 @@ private:
             std::memmove(buffer.get(), buffer.get() + begin, left);
         }
         begin = 0;
-        end = left + file.read({buffer.get() + left, capacity - left});
-        ended = end < capacity;
+        for (end = left; end < wanted && !ended;) {
+            const std::size_t n = file.readSome({buffer.get() + end, capacity - end});
+            end += n;
+            ended = n == 0;
+        }
     }
 
     ByteView mapped() {

@@ -45,6 +45,14 @@ std::uint64_t Descriptor::fileSize() const {
     return std::uint64_t(s.st_size);
 }
 
+std::size_t Descriptor::readSome(std::span<std::uint8_t> to) const {
+    while (true) {
+        const ssize_t n = ::read(fd, to.data(), std::min(to.size(), kMostAtOnce));
+        if (n >= 0) return std::size_t(n);
+        if (errno != EINTR) fail();
+    }
+}
+
 std::size_t Descriptor::read(std::span<std::uint8_t> to) const {
     return repeated(to, *this, [&](std::uint8_t* p, std::size_t n, std::size_t) { return ::read(fd, p, n); });
 }

@@ -25,6 +25,8 @@ public:
     bool isPlainFile() const;
     std::uint64_t fileSize() const;
 
+    // What there is by now, nothing only at the end of the file.
+    std::size_t readSome(std::span<std::uint8_t> to) const;
     // Less than asked for only at the end of the file.
     std::size_t read(std::span<std::uint8_t> to) const;
     std::size_t readAt(std::uint64_t at, std::span<std::uint8_t> to) const;

@@ -1,6 +1,7 @@
 // files.h - pictures in files: told apart by their first bytes, written by the ending of their names.
 #pragma once
 
+#include "codecs/picture/container.h"
 #include "codecs/picture/convert.h"
 #include "codecs/picture/rows.h"
 
@@ -18,9 +19,6 @@ inline const std::string kPictureFile = "a PNG, PNM, PAM, TIFF or BMP file",
 Rows openPicture(const std::string& path, std::uint64_t maxPixels = kMaxPixels);
 // The same from bytes; errors know no file.
 Rows openPicture(std::unique_ptr<ByteSource> bytes, std::uint64_t maxPixels = kMaxPixels);
-
-// pnm is PBM for bitmaps, else PGM or PPM; anymap is PAM where these do not do.
-enum class Container : std::uint8_t { png, tiff, bmp, pnm, pgm, pbm, pam, anymap };
 
 // By the ending of a path; an Error with the endings that there are when it is none of them.
 Container containerOf(const std::string& path);

@@ -3,8 +3,8 @@
 // A reader has read the header when it is there. Its errors say the container, not the file.
 #pragma once
 
+#include "codecs/picture/container.h"
 #include "codecs/picture/convert.h"
-#include "codecs/picture/files.h"
 
 namespace codecs {
 

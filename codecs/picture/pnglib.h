@@ -5,8 +5,11 @@
 
 #include <csetjmp>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <png.h>
+#include <string>
+#include <utility>
 
 namespace codecs {
 
@@ -53,6 +56,7 @@ public:
 
     png_structp png = nullptr;
     png_infop info = nullptr;
+    char profileTrouble[200] = "";
 
 private:
     [[noreturn]] static void onError(png_structp png, png_const_charp message) {
@@ -60,7 +64,12 @@ private:
         std::snprintf(self->text, sizeof self->text, "%s", message);
         std::longjmp(self->jump, 1);
     }
-    static void onWarning(png_structp, png_const_charp) {}
+    static void onWarning(png_structp png, png_const_charp message) {
+        // "iCCP: ..." says why a colour profile was left out; the others leave nothing out.
+        auto* self = static_cast<PngLib*>(png_get_error_ptr(png));
+        if (std::strncmp(message, "iCCP", 4) == 0)
+            std::snprintf(self->profileTrouble, sizeof self->profileTrouble, "%s", message);
+    }
 
     Way way;
     std::jmp_buf jump;

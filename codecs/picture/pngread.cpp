@@ -96,7 +96,10 @@ private:
             png_get_text(lib.png, lib.info, &texts, &count);
             png_get_pHYs(lib.png, lib.info, &x, &y, &unit);
         });
-        if (icc) beside.icc.assign(icc, icc + iccBytes);
+        if (icc)
+            beside.icc.assign(icc, icc + iccBytes);
+        else if (*lib.profileTrouble)
+            told.emplace_back(std::string("PNG: the colour profile is left out: ") + lib.profileTrouble);
         if (exif) beside.exif.assign(exif, exif + exifBytes);
         for (const png_text& t : std::span(texts, std::size_t(count)))
             if (std::strcmp(t.key, kPngXmpKeyword) == 0 && t.text)

@@ -32,6 +32,7 @@ public:
         depth = DepthTable(shape.maxval, (1 << bits) - 1);
         lib.run([&] {
             png_set_write_fn(lib.png, this, take, nullptr);
+            png_set_benign_errors(lib.png, 1); // what is wrong beside the samples is a loss, no error
             png_set_IHDR(lib.png, lib.info, png_uint_32(shape.width), png_uint_32(shape.height), bits,
                          kinds[shape.channels - 1], PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
                          PNG_FILTER_TYPE_DEFAULT);
@@ -42,6 +43,9 @@ public:
             if (bits < 8) png_set_packing(lib.png);
             if (bits == 16 && std::endian::native == std::endian::little) png_set_swap(lib.png);
         });
+        // libpng looks into a profile, and leaves out one that contradicts the picture.
+        if (!metadata.icc.empty() && !png_get_valid(lib.png, lib.info, PNG_INFO_iCCP))
+            told.emplace_back("PNG has no place for this colour profile");
     }
 
     void write(const Band& band) override {

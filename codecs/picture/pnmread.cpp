@@ -14,10 +14,10 @@ constexpr std::size_t kLongestHeader = std::size_t(1) << 16;
 
 bool isSpace(std::uint8_t c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
-// The text of a header from its front to its end.
+// The text of a header from its front to its end. It is asked for byte by byte, for a pipe may have no more yet.
 class HeaderText {
 public:
-    explicit HeaderText(ByteView bytes) : text(bytes) {}
+    explicit HeaderText(ByteSource& source) : bytes(source) {}
     std::size_t position() const { return at; }
     [[noreturn]] void fail(const std::string& what) const {
         throw Error("PNM: byte " + std::to_string(at) + " of the header: " + what);
@@ -25,10 +25,10 @@ public:
 
     // A comment is passed over as the line end behind it.
     std::uint8_t next() {
-        if (at == text.size()) fail("it ends here");
-        if (text[at] == '#')
-            while (at + 1 < text.size() && text[at] != '\n') ++at;
-        return text[at++];
+        std::uint8_t c = get();
+        if (c == '#')
+            while (c != '\n') c = get();
+        return c;
     }
     // A number, and the one space behind it.
     unsigned number() {
@@ -44,8 +44,7 @@ public:
     std::string line() {
         std::string all;
         while (true) {
-            if (at == text.size()) fail("it ends here");
-            if (const std::uint8_t c = text[at++]; c != '\n')
+            if (const std::uint8_t c = get(); c != '\n')
                 all += char(c);
             else
                 return all;
@@ -53,6 +52,13 @@ public:
     }
 
 private:
+    std::uint8_t get() {
+        if (at == text.size()) text = bytes.view(at + 1);
+        if (at >= std::min(text.size(), kLongestHeader)) fail("it ends here");
+        return text[at++];
+    }
+
+    ByteSource& bytes;
     ByteView text;
     std::size_t at = 0;
 };
@@ -209,8 +215,7 @@ UnpackRow unpackerOf(const Head& head) {
 } // namespace
 
 Rows openPnm(std::unique_ptr<ByteSource> bytes, std::uint64_t maxPixels) {
-    const ByteView start = bytes->view(kLongestHeader);
-    HeaderText text(start.first(std::min(start.size(), kLongestHeader)));
+    HeaderText text(*bytes);
     const int kind = text.next() == 'P' ? text.next() - '0' : 0;
     if (kind < 1 || kind > 7) throw Error("not a PNM or PAM file");
     const Head head = kind == 7 ? readPamHead(text) : readPnmHead(text, kind);

@@ -59,6 +59,7 @@ struct Known {
     uint32_t fourCC;    // 0: DX10 headers only
     uint32_t firstDxgi; // typeless, then UNORM, then UNORM_SRGB; 0: none
 };
+// The FourCC is what legacy headers say, the DXGI number what DX10 ones do.
 constexpr Known kKnown[] = {
     {Format::dxt1, "dxt1", 8, fourCC("DXT1"), 70},
     {Format::dxt3, "dxt3", 16, fourCC("DXT3"), 73},

@@ -91,8 +91,12 @@ void toRgbInPlace(std::uint8_t* pixels, std::size_t count) {
 } // namespace
 
 void decode(ByteSource& file, const Texture& texture, RowSink& rows, const DecodeOptions& options) {
-    if (options.layer < 0 || options.layer >= texture.layers)
-        throw Error("layer " + std::to_string(options.layer) + " is not among its " + std::to_string(texture.layers));
+    const auto among = [](const char* what, int which, int count) {
+        if (which < 0 || which >= count)
+            throw Error(what + std::to_string(which) + " is not among its " + std::to_string(count));
+    };
+    among("layer ", options.layer, texture.layers);
+    among("level ", options.level, texture.levels);
     const Level place = texture.level(options.layer, options.level);
     const std::uint64_t start = texture.headerBytes + place.offset;
     const bool dxt1 = texture.format == Format::dxt1, ycocg = texture.format == Format::ycocgDxt5;

@@ -48,8 +48,9 @@ typedef struct ZmxiEncodeState_JPEG2K ZmxiEncodeState_JPEG2K;
 /** Tells how many bytes the state of a code block of a size takes.
  *
  *  \param size   the largest width and height of a block that will be attached, in samples
- *  \param pSize  receives the byte count of the buffer for zmxiDecodeCBProgrInit_JPEG2K
- *  \return zmxStsSizeErr if the height or the width is below 1; zmxStsNullPtrErr if pSize is null
+ *  \param pSize  receives the byte count of the buffer for zmxiDecodeCBProgrInit_JPEG2K; 0 if an int cannot tell it
+ *  \return zmxStsSizeErr if the height or the width is below 1; zmxStsNullPtrErr if pSize is null; zmxStsSizeErr if an
+ *          int cannot tell the byte count
  */
 ZMXJ_API ZmxStatus zmxiDecodeCBProgrGetStateSize_JPEG2K(ZmxiSize size, int* pSize);
 /* The same under the name that goes with zmxiDecodeCodeBlock_JPEG2K_1u32s_C1R. */
@@ -124,8 +125,8 @@ ZMXJ_API ZmxStatus zmxiDecodeCBProgrGetCurBitPlaneNum_JPEG2K(const ZmxiDecodeCBP
  *
  *  \param pSrc    the segment
  *  \param srcLen  its length in bytes; below 1 counts as empty
- *  \return zmxStsNullPtrErr if pSrc or pState is null; zmxStsContextMatchErr if pState is not a decoder state;
- *          zmxStsCBNotAttachedErr if it has no code block; zmxStsCBDamagedErr if the block was found damaged, now (by a
+ *  \return zmxStsNullPtrErr if pSrc or pState is null; zmxStsContextMatchErr if pState is not a decoder state, or does
+ *          not hold what one can; zmxStsCBNotAttachedErr if it has no code block; zmxStsCBDamagedErr if the block was found damaged, now (by a
  *          test that cbStyle asks for, or by the end of a raw segment) or earlier since the attach
  */
 ZMXJ_API ZmxStatus zmxiDecodeCBProgrStep_JPEG2K(const Zmx8u* pSrc, int srcLen, ZmxiDecodeCBProgrState* pState);
@@ -204,7 +205,8 @@ ZMXJ_API ZmxStatus zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(const Zmx32s* pSrc, in
  *  \param pState        a state with a loaded block
  *  \param pIsNotFinish  receives 1 if another call is needed, 0 at the end of the block
  *  \return zmxStsNullPtrErr if pState is null; zmxStsContextMatchErr if it is not an encoder state; zmxStsNullPtrErr if
- *          pDst, pDstLen or pIsNotFinish is null; zmxStsSizeErr if the capacity is below 1
+ *          pDst, pDstLen or pIsNotFinish is null; zmxStsSizeErr if the capacity is below 1; zmxStsContextMatchErr if the
+ *          state does not hold what one can, which only something else that wrote to it brings about
  */
 ZMXJ_API ZmxStatus zmxiEncodeStoreBits_JPEG2K_1u(Zmx8u* pDst, int* pDstLen, ZmxiEncodeState_JPEG2K* pState,
                                                  int* pIsNotFinish);

@@ -190,7 +190,8 @@ ZMXJ_API ZmxStatus zmxiEncodeHuffman8x8_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u*
  *  \param pLastDC      in and out: the DC prediction
  *  \param pDcTable     the table of DC symbols
  *  \param pAcTable     the table of AC symbols
- *  \return             zmxStsNullPtrErr (any pointer, in order), zmxStsNoErr; a symbol without a code is passed over
+ *  \return             zmxStsNullPtrErr (any pointer, in order), zmxStsBadArgErr (a position below 0), zmxStsNoErr; a
+ *                      symbol without a code is passed over
  */
 ZMXJ_API ZmxStatus zmxiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int* pDstBitsLen,
                                                              Zmx16s* pLastDC, const ZmxiEncodeHuffmanSpec* pDcTable,

@@ -97,7 +97,8 @@ ZMXJ_API ZmxStatus zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(const Zmx16s* pSrc
                                                               ZmxiEncodeHuffmanState* pEncHuffState, int bFlushState);
 /** Encodes a refinement scan of a band of AC coefficients, or flushes. Arguments and statuses as the first scan, but a
  *  flush reports the run too. The correction bits of known coefficients are held back with the run that they follow, up
- *  to 937 of them at the end of a block. */
+ *  to 937 of them at the end of a block. Where they could not be written and a caller goes on all the same, up to 1024
+ *  are held; a block for whose bits there is no room then has them written first, or fails with the status of that. */
 ZMXJ_API ZmxStatus zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes,
                                                                int* pDstCurrPos, int Ss, int Se, int Al,
                                                                const ZmxiEncodeHuffmanSpec* pAcTable,

@@ -26,7 +26,7 @@ extern "C" {
  *  \param dstLen   size of the stream buffer from its start, at least 1
  *  \return zmxStsNullPtrErr for pSrc, pDstPos, pDst; zmxStsSizeErr for srcLen, dstLen; zmxStsUnderRunErr when a packet does
  *          not fit: *pDstPos is then where that packet would have begun, and the packets ahead of it stay. A start beyond
- *          dstLen gives the same status and leaves *pDstPos alone
+ *          dstLen or below 0 gives the same status and leaves *pDstPos alone
  */
 ZMXJ_API ZmxStatus zmxiPackBitsRow_TIFF_8u_C1(const Zmx8u* pSrc, int srcLen, Zmx8u* pDst, int* pDstPos, int dstLen);
 
@@ -42,7 +42,7 @@ ZMXJ_API ZmxStatus zmxiPackBitsRow_TIFF_8u_C1(const Zmx8u* pSrc, int srcLen, Zmx
  *  \param dstLen   bytes of the row, at least 1
  *  \return zmxStsNullPtrErr for pSrc, pSrcPos, pDst; zmxStsSizeErr for srcLen, dstLen; zmxStsUnderRunErr when the stream ends
  *          ahead of the row or a packet goes beyond the stream or the row: *pSrcPos is then behind the header of that
- *          packet, and the bytes of the earlier packets stay
+ *          packet, and the bytes of the earlier packets stay. A start below 0 gives the same status
  */
 ZMXJ_API ZmxStatus zmxiUnpackBitsRow_TIFF_8u_C1(const Zmx8u* pSrc, int* pSrcPos, int srcLen, Zmx8u* pDst, int dstLen);
 

@@ -3,8 +3,8 @@
 #include "codecs/jpeg/huffman.h"
 #include "codecs/jpeg/segmentreader.h"
 #include "codecs/jpeg/segmentwriter.h"
+#include "tests/codecs/support/damage.h"
 #include "tests/codecs/support/jpeg.h"
-#include "tests/support/damage.h"
 #include "tests/support/digest.h"
 #include "tests/support/rng.h"
 

@@ -49,7 +49,7 @@ fails "empty.jpg: byte 0: not a JPEG file" "$zmx" jpeg decode empty.jpg b.ppm
 fails "nowhere.jpg: No such file" "$zmx" jpeg decode nowhere.jpg b.ppm
 fails "more pixels than the limit" "$zmx" jpeg decode a.jpg b.ppm --max-pixels 1000
 fails "ends in .png" "$zmx" jpeg decode a.jpg b.gif
-fails "not a PNG, PNM, PAM or TIFF file" "$zmx" jpeg encode a.jpg b.jpg
+fails "not a PNG, PNM, PAM, TIFF or BMP file" "$zmx" jpeg encode a.jpg b.jpg
 "$zmx" jpeg encode in.ppm b.jpg --quality 101 2>err && bad "quality 101 is taken"
 "$zmx" jpeg encode in.ppm b.jpg --sampling 411 2>err && bad "sampling 411 is taken"
 for command in encode decode info; do

@@ -225,12 +225,14 @@ def families_are_complete(tree):
 
 
 def no_circles(tree):
-    """No module includes itself by way of others; a header and its .cpp are one module."""
+    """No module includes itself by way of others; a .cpp and the header of its name that it includes are one module."""
+    targets_of = {path: {target for _, target in includes(path, tree) if target} for path in filter(is_code, tree)}
+    node_of = {path: module(path) if module(path) + ".h" in targets_of[path] else path for path in targets_of}
+    node_of.update({name + ".h": name for path, name in node_of.items() if path != name})
     arrows = {}
-    for path in filter(is_code, sorted(tree)):
-        targets = arrows.setdefault(module(path), set())
-        targets.update(module(target) for _, target in includes(path, tree) if target)
-        targets.discard(module(path))
+    for path in sorted(targets_of):
+        targets = {node_of[target] for target in targets_of[path]} - {node_of[path]}
+        arrows.setdefault(node_of[path], set()).update(targets)
     done, way = set(), []
 
     def walk(node):

@@ -4,11 +4,13 @@
 
 #include <climits>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <sched.h>
+#include <string>
 
 using namespace zmx;
 
@@ -70,8 +72,10 @@ void put(const std::filesystem::path& file, const char* text) {
 } // namespace
 
 TEST(CoreThreads, TheTightestQuotaOnTheWayToTheRootHolds) {
-    const std::filesystem::path root = std::filesystem::path(::testing::TempDir()) / "zmx_cgroup_test";
-    std::filesystem::remove_all(root);
+    // A folder of its own, as the test may run several times at once.
+    std::string name = (std::filesystem::path(::testing::TempDir()) / "zmx_cgroup_XXXXXX").string();
+    ASSERT_NE(mkdtemp(name.data()), nullptr);
+    const std::filesystem::path root = name;
     put(root / "a/cpu.max", "300000 100000\n");
     put(root / "a/b/cpu.max", "max 100000\n");
     EXPECT_EQ(quotaOfCgroup(root, "0::/a/b\n"), 3);

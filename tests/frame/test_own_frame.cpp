@@ -137,11 +137,14 @@ TEST(Frame, MemoryOfNoLengthIsNotAskedFor) {
     EXPECT_EQ(zmxsMalloc_8u(-1), nullptr);
     EXPECT_EQ(zmxsMalloc_8u(INT_MIN), nullptr);
     EXPECT_EQ(allocationsMade(), before);
-    Zmx8u* p = zmxsMalloc_8u(5);
-    ASSERT_NE(p, nullptr);
-    EXPECT_EQ(allocationsMade(), before + 1);
-    EXPECT_EQ(lastAllocationBytes(), 5);
-    zmxsFree(p);
+    for (int len : {1, 5}) {
+        const int sofar = allocationsMade();
+        Zmx8u* p = zmxsMalloc_8u(len);
+        ASSERT_NE(p, nullptr) << len;
+        EXPECT_EQ(allocationsMade(), sofar + 1);
+        EXPECT_EQ(lastAllocationBytes(), len);
+        zmxsFree(p);
+    }
     EXPECT_EQ(blocksHeld(), 0);
     zmxsFree(nullptr);
     EXPECT_EQ(nullsFreed(), 1) << "a null pointer is handed on";

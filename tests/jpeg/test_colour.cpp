@@ -1,11 +1,11 @@
 // The colour conversions of whole planes, all 22 of them: values, layouts, order of argument tests, rows in
 // memory, and the sharing out of rows.
 #include "tests/jpeg/model/colour.h"
+#include "tests/jpeg/support/sharing.h"
 #include "tests/support/arguments.h"
 #include "tests/support/digest.h"
 #include "tests/support/guarded.h"
 #include "tests/support/rng.h"
-#include "tests/support/sharing.h"
 #include "tests/support/threads.cpp"
 #include "zmxj.h"
 

@@ -1,10 +1,10 @@
 // The level shifts of 128: values, order of argument tests, rows in memory, and the sharing out of rows.
 #include "tests/jpeg/model/levelshift.h"
+#include "tests/jpeg/support/sharing.h"
 #include "tests/support/arguments.h"
 #include "tests/support/digest.h"
 #include "tests/support/guarded.h"
 #include "tests/support/rng.h"
-#include "tests/support/sharing.h"
 #include "tests/support/threads.cpp"
 #include "zmxj.h"
 

@@ -1,6 +1,7 @@
 // The 8x8 transforms inside the library: the integer flow bit for bit, the single-precision flow operation by
 // operation, and both near the definition.
 #include "pidct.h"
+#include "pidctmul.h"
 #include "tests/frame/model/primitives.h"
 #include "tests/jpeg/model/dct.h"
 #include "tests/support/arguments.h"
@@ -116,6 +117,76 @@ TEST(IntegerDct, EveryStepOfTheFlow) {
         ASSERT_EQ(zmxiDCT8x8Fwd_16s_C1(input.data(), out.data()), zmxStsNoErr);
         ASSERT_EQ(out, after(zmxiDCT8x8Fwd_16s_C1I, input));
     }
+}
+
+// Samples around the ends of 8 bits, in constant blocks and alone: +128 is not one of 8 bits any more.
+TEST(IntegerDct, TheEndsOf8Bits) {
+    for (int v : {-130, -129, -128, -127, 126, 127, 128, 129, 130}) {
+        EXPECT_EQ(after(zmxiDCT8x8Fwd_16s_C1I, constant(v)), dcOnly(8 * v)) << v;
+        for (int others : {-128, 0, 127})
+            for (std::size_t k = 0; k < 64; ++k) {
+                Block input = constant(others);
+                input[k] = Zmx16s(v);
+                Block expected = input;
+                model::dctForward(expected.data());
+                ASSERT_EQ(after(zmxiDCT8x8Fwd_16s_C1I, input), expected) << v << " at " << k << " among " << others;
+            }
+    }
+}
+
+// Multiples of powers of two, and one off: where products end in just the half that is rounded.
+TEST(IntegerDct, TiesOfEveryRounding) {
+    Rng rng(277);
+    SCOPED_TRACE("seed 277");
+    for (int i = 0; i < 6000; ++i) {
+        Block input{};
+        const int sparse = int(rng.range(1, 20));
+        for (Zmx16s& v : input) {
+            if (!rng.oneIn(sparse)) continue;
+            const int power = int(rng.range(1, 3)) << rng.range(0, 13), off = rng.oneIn(3) ? int(rng.range(-1, 1)) : 0;
+            v = Zmx16s((rng.oneIn(2) ? power : -power) + off);
+        }
+        for (const Transform& t : kTransforms) {
+            Block expected = input;
+            t.model(expected.data());
+            ASSERT_EQ(after(t.library, input), expected) << t.name << ", block " << i;
+        }
+    }
+}
+
+// With the worst signs for each result: no step wraps as long as the bounds of the passes hold.
+TEST(IntegerDct, NothingWrapsWithinTheBounds) {
+    const int samples =
+        dct::largestInput(dct::kForwardGain, 1 << 20) / 64; // a first pass takes eight of them eight times
+    const int coefficients =
+        int(std::int64_t(dct::largestInput(dct::kInverseGain, 1 << 20)) * 4096 / dct::kInverseGain);
+    EXPECT_EQ(samples, 138);
+    EXPECT_EQ(coefficients, 146);
+    const auto basis = [](std::size_t k, std::size_t n) { // of coefficient k at sample n
+        return dct::cosine(int((2 * (n / 8) + 1) * (k / 8))) * dct::cosine(int((2 * (n % 8) + 1) * (k % 8)));
+    };
+    double forward = 0, inverse = 0, beyond = 0;
+    for (std::size_t at = 0; at < 64; ++at) {
+        Block x{}, c{}, large{};
+        for (std::size_t i = 0; i < 64; ++i) {
+            x[i] = Zmx16s(basis(at, i) < 0 ? -samples : samples);
+            c[i] = Zmx16s(basis(i, at) < 0 ? -coefficients : coefficients);
+            large[i] = Zmx16s(6 * c[i]);
+        }
+        auto exact = real(x);
+        model::dctForward(exact.data());
+        const Block forwards = after(zmxiDCT8x8Fwd_16s_C1I, x);
+        for (std::size_t k = 0; k < 64; ++k) forward = std::max(forward, std::abs(exact[k] - forwards[k]));
+        exact = real(c);
+        model::dctInverse(exact.data());
+        const Block inverses = after(zmxiDCT8x8Inv_16s_C1I, c);
+        for (std::size_t k = 0; k < 64; ++k) inverse = std::max(inverse, std::abs(exact[k] - inverses[k]));
+        const Block wrapped = after(zmxiDCT8x8Inv_16s_C1I, large);
+        for (std::size_t k = 0; k < 64; ++k) beyond = std::max(beyond, std::abs(6 * exact[k] - wrapped[k]));
+    }
+    EXPECT_LT(forward, 1.0);
+    EXPECT_LT(inverse, 1.0);
+    EXPECT_GT(beyond, 1000) << "six times as much does wrap";
 }
 
 TEST(IntegerDct, EachElementAlone) {

@@ -7,23 +7,12 @@
 
 namespace {
 
-// A table of 8 bits a symbol for all symbols but 255: the code is the symbol.
-HuffmanList octets() {
-    HuffmanList list;
-    list.bits[7] = 255;
-    list.vals.resize(255);
-    std::iota(list.vals.begin(), list.vals.end(), Zmx8u(0));
-    return list;
-}
-
 void preset(StreamOut& out, int eobRun, int corrections = 0) {
     out.state.plain.eobRun = eobRun;
     out.state.plain.correctionCount = corrections;
     for (int i = 0; i < corrections; ++i) out.state.plain.correctionBits[i] = Zmx8u(i % 3 == 0);
     out.state.share();
 }
-
-constexpr Band kAll{1, 63, 0};
 
 } // namespace
 
@@ -512,11 +501,6 @@ TEST(ProgressiveEncoding, RandomBlocksTablesAndStates) {
                                 : kind == 2 ? encodeACFirst(out, b, band, table)
                                             : encodeACRefine(out, b, band, table);
             ++(s ? bad : good)[kind];
-            if (out.state.plain.eobRun >=
-                32767) { // a run that failed to be written does not grow on: the caller gives up
-                out.state.plain.eobRun = 3;
-                out.state.share();
-            }
             if (kind == 0) countDC(pass, b, lastCount, band.al);
             if (kind == 2) countAC(pass, AC::First, b, band);
             if (kind == 3) countAC(pass, AC::Refine, b, band);

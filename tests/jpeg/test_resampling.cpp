@@ -1,14 +1,15 @@
 // Chroma resampling by two, rectangles and rows: values, what lies outside, order of argument tests, rows in
 // memory, and the sharing out of rows.
 #include "tests/jpeg/model/resampling.h"
+#include "tests/jpeg/support/sharing.h"
 #include "tests/support/arguments.h"
 #include "tests/support/digest.h"
 #include "tests/support/guarded.h"
 #include "tests/support/rng.h"
-#include "tests/support/sharing.h"
 #include "tests/support/threads.cpp"
 #include "zmxj.h"
 
+#include <numeric>
 #include <string>
 
 namespace {
@@ -288,7 +289,12 @@ TEST_P(ResamplingRow, EveryWidth) {
     Rng rng(232);
     SCOPED_TRACE("seed 232");
     const RowForm& f = GetParam();
-    for (int width = 1; width <= 140; ++width)
+    std::vector<int> widths(140);
+    std::iota(widths.begin(), widths.end(), 1);
+    // Rows may be worked through in runs: from one below some hundreds of results to one above two and three times them.
+    for (int run : {256, 512, 1024, 2048, 3072})
+        for (int off = -2; off <= 2; ++off) widths.push_back(run + off);
+    for (int width : widths)
         for (auto flush : {GuardedBlock::AtEnd, GuardedBlock::AtStart}) {
             const Reach reach = f.reach(width);
             const std::size_t n = std::size_t(reach.hi - reach.lo + 1);

@@ -3,6 +3,8 @@
 #include "tests/jpeg2000/support/codeblock.h"
 #include "tests/support/memory.cpp"
 
+#include <climits>
+
 TEST(CodeBlockMemory, DecoderState) {
     const int before = blocksHeld(), asked = allocationsMade();
     ZmxiDecodeCBProgrState* p = nullptr;
@@ -110,4 +112,88 @@ TEST(CodeBlockMemory, BytesOfTheEncoder) {
         EXPECT_EQ(std::count(bytes.begin(), bytes.end(), c.decisions), 2);
         EXPECT_EQ(std::count(bytes.begin(), bytes.end(), c.flags), 1);
     }
+}
+
+// ---- sizes that an int cannot tell: they are refused, by arithmetic that does not overflow itself
+
+namespace {
+// Sizes of which a side or both are as large as can be; and three whose bytes modulo 2^64 are less than a million for
+// each array of decisions.
+const ZmxiSize kHuge[] = {{INT_MAX, INT_MAX},
+                          {INT_MAX, INT_MAX - 1},
+                          {INT_MAX - 7, INT_MAX},
+                          {INT_MAX, 1},
+                          {INT_MAX, 4},
+                          {1, INT_MAX},
+                          {200000000, 200000000},
+                          {1 << 30, 1 << 30},
+                          {1 << 29, 4},
+                          {1 << 20, 1 << 20},
+                          {65536, 65536},
+                          {46341, 46341},
+                          {1229484435, 55059236},
+                          {1339314517, 101088240},
+                          {1676085371, 1211653204}};
+} // namespace
+
+TEST(CodeBlockMemory, HugeStatesOfTheDecoderAreRefused) {
+    const int asked = allocationsMade();
+    for (ZmxiSize size : kHuge) {
+        SCOPED_TRACE(::testing::Message() << size.width << " by " << size.height);
+        int bytes = 77;
+        EXPECT_EQ(zmxiDecodeCBProgrGetStateSize_JPEG2K(size, &bytes), zmxStsSizeErr);
+        EXPECT_EQ(bytes, 0) << "which no allocation gives";
+        bytes = 77;
+        EXPECT_EQ(zmxiDecodeGetBufSize_JPEG2K(size, &bytes), zmxStsSizeErr);
+        EXPECT_EQ(bytes, 0);
+        EXPECT_EQ(zmxiDecodeCBProgrGetStateSize_JPEG2K(size, nullptr), zmxStsNullPtrErr);
+        ZmxiDecodeCBProgrState* p = reinterpret_cast<ZmxiDecodeCBProgrState*>(&p);
+        EXPECT_EQ(zmxiDecodeCBProgrInitAlloc_JPEG2K(&p, size), zmxStsMemAllocErr);
+        EXPECT_EQ(p, nullptr);
+    }
+    EXPECT_EQ(allocationsMade(), asked);
+}
+
+TEST(CodeBlockMemory, HugeStatesOfTheEncoderAreRefused) {
+    const int before = blocksHeld();
+    for (ZmxiSize size : kHuge) {
+        SCOPED_TRACE(::testing::Message() << size.width << " by " << size.height);
+        const int asked = allocationsMade();
+        ZmxiEncodeState_JPEG2K* p = reinterpret_cast<ZmxiEncodeState_JPEG2K*>(&p);
+        EXPECT_EQ(zmxiEncodeInitAlloc_JPEG2K(&p, size), zmxStsMemAllocErr);
+        EXPECT_EQ(p, nullptr);
+        EXPECT_LE(allocationsMade(), asked + 2) << "the state and the coder, and nothing that depends on the size";
+        EXPECT_EQ(blocksHeld(), before);
+    }
+}
+
+// The largest block that is not refused, and one column more.
+TEST(CodeBlockMemory, TheLargestStates) {
+    int one = 0, bytes = 0;
+    ASSERT_EQ(zmxiDecodeCBProgrGetStateSize_JPEG2K({1, 1}, &one), zmxStsNoErr);
+    const int fixed = one - 3 * 32, stride = (INT_MAX - fixed) / 3 / 32 * 32, width = (stride - 8) / 4;
+    EXPECT_EQ(zmxiDecodeCBProgrGetStateSize_JPEG2K({width, 1}, &bytes), zmxStsNoErr);
+    EXPECT_EQ(bytes, 3 * stride + fixed);
+    EXPECT_EQ(zmxiDecodeCBProgrGetStateSize_JPEG2K({width + 1, 1}, &bytes), zmxStsSizeErr);
+    // Rows: 32 bytes for a pair of them.
+    const int rows = (INT_MAX - fixed) / 32, height = 2 * (rows - 2);
+    EXPECT_EQ(zmxiDecodeCBProgrGetStateSize_JPEG2K({1, height}, &bytes), zmxStsNoErr);
+    EXPECT_EQ(bytes, 32 * rows + fixed);
+    EXPECT_EQ(zmxiDecodeCBProgrGetStateSize_JPEG2K({1, height + 1}, &bytes), zmxStsSizeErr);
+
+    // What the encoder asks for third: the decisions.
+    const auto decisions = [](ZmxiSize size) {
+        const int asked = allocationsMade();
+        ZmxiEncodeState_JPEG2K* p = nullptr;
+        failAllocation(3);
+        EXPECT_EQ(zmxiEncodeInitAlloc_JPEG2K(&p, size), zmxStsMemAllocErr);
+        failAllocation(0);
+        return allocationsMade() - asked < 3 ? 0 : lastAllocationBytes();
+    };
+    const int columns = INT_MAX / 1090;
+    EXPECT_EQ(decisions({columns, 4}), columns * 1090);
+    EXPECT_EQ(decisions({columns + 1, 1}), 0);
+    EXPECT_EQ(decisions({columns, 5}), 0);
+    EXPECT_EQ(decisions({1, 4 * columns}), columns * 1090);
+    EXPECT_EQ(decisions({1, 4 * columns + 1}), 0);
 }

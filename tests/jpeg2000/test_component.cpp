@@ -1,8 +1,8 @@
 // The component transforms against their model, pixel by pixel, in all sixteen forms.
 #include "tests/jpeg2000/model/component.h"
+#include "tests/jpeg2000/support/strided.h"
 #include "tests/support/arguments.h"
 #include "tests/support/digest.h"
-#include "tests/support/strided.h"
 #include "zmxj/component.h"
 
 #include <bit>

@@ -1,7 +1,7 @@
 // Inside the code-block coder: the context tables entry by entry, and the words of the flag plane.
+#include "pj2cbencpass.h"
 #include "pj2cbflags.h"
-#include "pj2decoder.h"
-#include "pj2encoder.h"
+#include "pj2decstate.h"
 #include "tests/jpeg2000/model/codeblock.h"
 #include "tests/jpeg2000/support/codeblock.h"
 

@@ -153,13 +153,13 @@ TEST(Wavelet97, AtAnOddOriginTheHighBandComesFirst) {
 }
 
 TEST(Wavelet97, OutputsAreLimitedAndTruncated) {
-    EXPECT_EQ(model::toSample(2147483648.0L), INT_MIN) << "passes both comparisons";
-    EXPECT_EQ(model::toSample(2147483648.5L), INT_MAX);
-    EXPECT_EQ(model::toSample(2147483647.9L), INT_MAX);
-    EXPECT_EQ(model::toSample(-2147483648.0L), INT_MIN);
-    EXPECT_EQ(model::toSample(-1e18L), INT_MIN);
-    EXPECT_EQ(model::toSample(-2.9L), -2);
-    EXPECT_EQ(model::toSample(2.9L), 2);
+    EXPECT_EQ(model::toSample(2147483648.0), INT_MIN) << "passes both comparisons";
+    EXPECT_EQ(model::toSample(2147483648.5), INT_MAX);
+    EXPECT_EQ(model::toSample(2147483647.9), INT_MAX);
+    EXPECT_EQ(model::toSample(-2147483648.0), INT_MIN);
+    EXPECT_EQ(model::toSample(-1e18), INT_MIN);
+    EXPECT_EQ(model::toSample(-2.9), -2);
+    EXPECT_EQ(model::toSample(2.9), 2);
     // The high value of one great odd sample is past 32 bits; the first sum of two neighbours wraps instead.
     V32 v(9, 0);
     v[3] = INT_MAX;

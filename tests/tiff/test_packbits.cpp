@@ -326,9 +326,9 @@ TEST(PackBits, RoomForAPacketIsTestedAheadOfIt) {
     EXPECT_EQ(pos, 0);
 }
 
-TEST(PackBits, AStartBehindTheRoomIsLeftAlone) {
+TEST(PackBits, AStartOutsideOfTheRoomIsLeftAlone) {
     Bytes dst(4, 0x9E);
-    for (int start : {5, 6, 1000, INT_MAX - 1, INT_MAX}) {
+    for (int start : {5, 6, 1000, INT_MAX - 1, INT_MAX, -1, -2, -4096, INT_MIN}) {
         int pos = start;
         EXPECT_EQ(zmxiPackBitsRow_TIFF_8u_C1(text("aab").data(), 3, dst.data(), &pos, 4), zmxStsUnderRunErr);
         EXPECT_EQ(pos, start);
@@ -416,6 +416,17 @@ TEST(UnpackBits, KnownStreams) {
         EXPECT_EQ(pos, k.pos) << k.what;
         EXPECT_EQ(dst.copy(), k.row + times(std::size_t(k.dstLen) - k.row.size(), 0x9E)) << k.what;
     }
+}
+
+TEST(UnpackBits, NothingStandsAheadOfTheStream) {
+    Guarded<Zmx8u> src(Bytes{0x00, 0x61, 0x00}, GuardedBlock::AtStart), row(4, GuardedBlock::AtStart);
+    row.fill(0x9E);
+    for (int start : {-1, -2, -4096, INT_MIN, 2, 3, INT_MAX}) {
+        int pos = start;
+        EXPECT_EQ(zmxiUnpackBitsRow_TIFF_8u_C1(src.data(), &pos, 2, row.data(), 4), zmxStsUnderRunErr) << start;
+        EXPECT_EQ(pos, start);
+    }
+    EXPECT_EQ(row.copy(), Bytes(4, 0x9E));
 }
 
 TEST(UnpackBits, RowsFollowEachOther) {

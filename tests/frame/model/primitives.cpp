@@ -3,36 +3,37 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 
 namespace model {
 
 namespace {
 
 // A number as it is, rounded to an integer; ties by mode.
-long double roundedTo(long double v, int mode) {
-    const long double whole = std::floor(std::fabs(v)), rest = std::fabs(v) - whole;
-    const bool odd = std::fmod(whole, 2.0L) == 1.0L;
+double roundedTo(double v, int mode) {
+    const double whole = std::floor(std::fabs(v)), rest = std::fabs(v) - whole;
+    const bool odd = std::fmod(whole, 2.0) == 1.0;
     bool up = false; // away from zero
     if (mode == 0)
         up = false;
     else if (mode == 1)
-        up = rest > 0.5L || (rest == 0.5L && odd);
+        up = rest > 0.5 || (rest == 0.5 && odd);
     else
-        up = rest >= 0.5L;
+        up = rest >= 0.5;
     return std::copysign(whole + (up ? 1 : 0), v);
 }
 
-// The power of two is a chain of single factors: far enough out it is zero or infinite.
-long double scaled(Zmx32f v, int scale) {
-    if (scale == 0) return v;
-    long double factor = 1;
-    for (int i = 0; i < scale; ++i) factor *= 0.5L;
-    for (int i = 0; i < -scale; ++i) factor *= 2.0L;
-    return v * factor;
+// The power of two is a chain of single factors in a range of 15 bits of exponent: below its least denormal, 2^-16445, it
+// is zero, and from 2^16384 on infinite. In between its products with floats go out of the range of doubles, to zero or
+// to infinity, only where they are that as integers, too.
+double scaled(Zmx32f v, int scale) {
+    if (scale > 16445) return v * 0.0;
+    if (scale <= -16384) return v * std::numeric_limits<double>::infinity();
+    return std::ldexp(double(v), -scale);
 }
 
 int toInteger(Zmx32f v, int mode, int scale, int lo, int hi) {
-    const long double x = scaled(v, scale);
+    const double x = scaled(v, scale);
     if (std::isnan(x)) return 0;
     if (x >= hi) return hi;
     if (x <= lo) return lo;

@@ -195,7 +195,7 @@ ZmxStatus walkACFirst(Sink sink, const Zmx16s* src, Band band, int maxCategory) 
     }
     if (zeros == 0) return zmxStsNoErr;
     ++sink.st.eobRun;
-    return sink.st.eobRun == 32767 ? sink.run() : ZmxStatus(zmxStsNoErr);
+    return sink.st.eobRun >= 32767 ? sink.run() : ZmxStatus(zmxStsNoErr);
 }
 
 ZmxStatus walkACRefine(Sink sink, const Zmx16s* src, Band band) {
@@ -227,7 +227,13 @@ ZmxStatus walkACRefine(Sink sink, const Zmx16s* src, Band band) {
             if (ZmxStatus s = ownBits()) return s;
         }
         if (a > 1) {
-            st.correctionBits[start + bits++] = Zmx8u(a & 1);
+            if (start + bits == 1024) { // no room, as earlier bits could not be written: it is their turn
+                if (ZmxStatus s = runAndHeld()) return s;
+                for (int i = 0; i < bits; ++i) st.correctionBits[i] = st.correctionBits[start + i];
+                start = 0;
+            }
+            if (sink.writer) st.correctionBits[start + bits] = Zmx8u(a & 1);
+            ++bits;
             continue;
         }
         if (ZmxStatus s = runAndHeld()) return s;
@@ -239,7 +245,7 @@ ZmxStatus walkACRefine(Sink sink, const Zmx16s* src, Band band) {
     if (zeros == 0 && bits == 0) return zmxStsNoErr;
     ++st.eobRun;
     st.correctionCount += bits;
-    return st.eobRun == 32767 || st.correctionCount > 937 ? runAndHeld() : ZmxStatus(zmxStsNoErr);
+    return st.eobRun >= 32767 || st.correctionCount > 937 ? runAndHeld() : ZmxStatus(zmxStsNoErr);
 }
 
 } // namespace

@@ -15,6 +15,13 @@
 using Bytes = std::vector<Zmx8u>;
 using Block = std::array<Zmx16s, 64>; // in natural order
 
+// A block of one value.
+inline Block everywhere(int value) {
+    Block b;
+    b.fill(Zmx16s(value));
+    return b;
+}
+
 inline constexpr auto bothEnds = {GuardedBlock::AtEnd, GuardedBlock::AtStart};
 
 // A block of a size that the library reports.
@@ -140,6 +147,12 @@ struct StreamIn {
         state.plain = from.state.plain;
         state.share();
     }
+    // Takes over what the library left where it has no meaning.
+    void follow() {
+        pos[1] = pos[0];
+        marker[1] = marker[0];
+        std::memcpy(&state.plain, state.bytes(), sizeof state.plain);
+    }
     model::Reader reader() { return {src.data(), len(), &pos[1], &marker[1], &state.plain}; }
     ::testing::AssertionResult same() {
         if (pos[0] != pos[1] || marker[0] != marker[1])
@@ -152,7 +165,7 @@ struct StreamIn {
 // What decoding a block left, to a digest.
 inline void addDecoded(Digest& digest, const Outcome& o, StreamIn& in, BlockOut& out) {
     digest.value(o.status).add(out.dst.data(), 128).value(out.lastDC[0]);
-    digest.value(in.pos[0]).value(in.marker[0]).add(in.state.bytes(), 20);
+    digest.value(in.pos[0]).value(in.marker[0]).words(in.state.bytes(), 20);
 }
 
 // A stream that is written.

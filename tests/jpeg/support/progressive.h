@@ -6,6 +6,17 @@
 
 using model::Band;
 
+inline constexpr Band kAll{1, 63, 0};
+
+// A table of 8 bits a symbol for all symbols but 255: the code is the symbol.
+inline HuffmanList octets() {
+    HuffmanList list;
+    list.bits[7] = 255;
+    list.vals.resize(255);
+    std::iota(list.vals.begin(), list.vals.end(), Zmx8u(0));
+    return list;
+}
+
 // One call of a decoder: lib() is the library's, plain(reader, astray) the model's.
 template <class Lib, class Plain> Outcome decodeBoth(StreamIn& in, BlockOut& out, Lib lib, Plain plain) {
     model::Reader r = in.reader();

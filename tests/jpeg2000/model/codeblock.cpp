@@ -1,6 +1,8 @@
 // codeblock.cpp - the coding passes, and the decoder and the encoder of code blocks that run them.
 #include "tests/jpeg2000/model/codeblock.h"
 
+#include "tests/jpeg2000/model/extended.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -422,12 +424,12 @@ int BlockEncoder::segmentLength(int segment) const {
 }
 
 double BlockEncoder::distortion(int pass) const {
-    long double sum = 0;
+    Extended sum = 0;
     for (int i = 0; i <= pass; ++i) {
         const Pass& p = passes[std::size_t(i)];
         // An integer power of two whose shift count goes modulo 32, as a signed 32-bit value.
-        const auto power = [](int e) { return static_cast<long double>(std::int32_t(1u << (e & 31))); };
-        sum += p.distortion * (p.exponent > 0 ? power(p.exponent) : 1 / power(-p.exponent));
+        const auto power = [](int e) { return double(std::int32_t(1u << (e & 31))); };
+        sum = sum + Extended(p.distortion) * Extended(p.exponent > 0 ? power(p.exponent) : 1 / power(-p.exponent));
     }
     return double(sum);
 }

@@ -1,5 +1,7 @@
 #include "tests/jpeg2000/model/component.h"
 
+#include "tests/jpeg2000/model/extended.h"
+
 #include <bit>
 #include <cstdint>
 
@@ -13,7 +15,7 @@ Zmx32s times(int c, Zmx32s v) { return low32(std::int64_t(c) * v); }
 Zmx32s sum(Zmx32s a, Zmx32s b) { return low32(std::int64_t(a) + b); }
 Zmx32s scaled(Zmx32s s) { return sum(s, 8192) >> 14; }
 
-long double constant(Zmx32u bits) { return std::bit_cast<float>(bits); }
+Extended constant(Zmx32u bits) { return std::bit_cast<float>(bits); }
 
 } // namespace
 
@@ -42,14 +44,14 @@ template <class T> Pixel<T> ictInverse(Pixel<T> p) {
 }
 
 template <> Pixel<Zmx32f> ictForward(Pixel<Zmx32f> p) {
-    const long double r = p[0], g = p[1], b = p[2];
+    const Extended r = p[0], g = p[1], b = p[2];
     return {Zmx32f(r * constant(0x3E991687) + g * constant(0x3F1645A2) + b * constant(0x3DE978D5)),
             Zmx32f(r * constant(0xBE2CCCCD) - g * constant(0x3EA99AE9) + b * constant(0x3F000000)),
             Zmx32f(r * constant(0x3F000000) - g * constant(0x3ED65E89) - b * constant(0x3DA685DB))};
 }
 
 template <> Pixel<Zmx32f> ictInverse(Pixel<Zmx32f> p) {
-    const long double y = p[0], cb = p[1], cr = p[2];
+    const Extended y = p[0], cb = p[1], cr = p[2];
     return {Zmx32f(cr * constant(0x3FB374BC) + y), Zmx32f((y - cb * constant(0x3EB031CF)) - cr * constant(0x3F36D1E1)),
             Zmx32f(cb * constant(0x3FE2D0E5) + y)};
 }

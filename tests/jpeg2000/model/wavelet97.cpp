@@ -9,7 +9,6 @@ namespace model {
 namespace {
 
 using Wide = std::int64_t;
-using Extended = long double;
 
 struct Constant {
     Zmx32u bits;
@@ -199,7 +198,7 @@ enum class Output { ForwardLow, ForwardHigh, Inverse };
 template <class T, std::size_t N> T tapSum(const Tapped (&t)[N], Output what) {
     if constexpr (std::is_same_v<T, Zmx32f>) {
         Extended sum = t[0].c.value() * t[0].s;
-        for (std::size_t i = 1; i < N; ++i) sum += t[i].c.value() * t[i].s;
+        for (std::size_t i = 1; i < N; ++i) sum = sum + t[i].c.value() * t[i].s;
         return Zmx32f(sum);
     } else if constexpr (std::is_same_v<T, Zmx32s>) {
         Zmx32s sum = 0;
@@ -241,10 +240,11 @@ template <class T> void inversePair(const T* low, const T* high, T* dst, int q) 
 
 } // namespace
 
-Zmx32s toSample(long double v) {
-    if (v > 2147483648.0L) return 2147483647;
-    if (v < -2147483648.0L) return -2147483647 - 1;
-    return wrap(Wide(v)); // exactly 2147483648 becomes the most negative sample
+Zmx32s toSample(Extended v) {
+    constexpr Zmx32s least = -2147483647 - 1;
+    if (v > 2147483648.0) return 2147483647;
+    if (v < -2147483648.0 || v == 2147483648.0) return least; // exactly 2147483648 becomes the most negative sample
+    return Zmx32s(v);
 }
 
 template <class T> void forward97(Grid<T>& g, const ZmxiRect& r) {

@@ -1,6 +1,7 @@
 // The irreversible 9/7 wavelet, line by line, in its five number systems.
 #pragma once
 
+#include "tests/jpeg2000/model/extended.h"
 #include "tests/jpeg2000/model/waveletline.h"
 
 namespace model {
@@ -16,7 +17,7 @@ template <class T> int bandSize97(const ZmxiRect& r) {
 }
 
 // How a value of the extended system becomes a sample.
-Zmx32s toSample(long double v);
+Zmx32s toSample(Extended v);
 
 // One extended line of 2 w samples to w low and w high ones, and back; also a column gathered into a line.
 // Zmx16s: 16 fractional bits, saturating; Zmx32s: 16 fractional bits, wrapping; Zmx32f: floats in rows,

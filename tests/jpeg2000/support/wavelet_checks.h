@@ -3,9 +3,9 @@
 #pragma once
 
 #include "tests/jpeg2000/model/waveletline.h"
+#include "tests/jpeg2000/support/strided.h"
 #include "tests/support/arguments.h"
 #include "tests/support/digest.h"
-#include "tests/support/strided.h"
 
 #include <array>
 #include <climits>

@@ -1,5 +1,5 @@
-// pj2wt97.h - the irreversible 9/7 filter (ISO/IEC 15444-1, F.3.8.1 and F.4.8.1): its steps, and its constants in every
-// number system.
+// pj2wt97const.h - the irreversible 9/7 filter (ISO/IEC 15444-1, F.3.8.1 and F.4.8.1): its steps, and its constants in
+// every number system.
 //
 // A line has its low-pass samples at even positions and its high-pass ones at odd positions. Forward, four steps and
 // a scale:

@@ -1,4 +1,5 @@
-// pj2decoder.h - the state of a code block under decoding, and the coding passes that work on it.
+// pj2decstate.h - the state of a code block under decoding. It is the caller's memory: between calls it holds the
+// block, its flag plane, the coders of the segment under way, and which pass comes next.
 #pragma once
 
 #include "pj2mqdec.h"
@@ -82,16 +83,3 @@ struct ZmxiDecodeCBProgrState {
     int damaged;
     int attached;
 };
-
-namespace zmx {
-
-// The coding passes on the state's curBitPlane, each on a segment that has been started. They return 1 if the
-// block is found damaged, otherwise 0. `causal`, `reset`, `errorPrediction` and `segmentationSymbols` are the
-// styles of the names; `terminated`: the segment ends with the pass.
-int significancePropagation(ZmxiDecodeCBProgrState* state, bool causal, bool reset, bool errorPrediction);
-int magnitudeRefinement(ZmxiDecodeCBProgrState* state, bool reset, bool errorPrediction);
-int cleanup(ZmxiDecodeCBProgrState* state, bool causal, bool segmentationSymbols, bool reset, bool errorPrediction);
-int significancePropagationRaw(ZmxiDecodeCBProgrState* state, bool causal, bool terminated);
-int magnitudeRefinementRaw(ZmxiDecodeCBProgrState* state);
-
-} // namespace zmx
