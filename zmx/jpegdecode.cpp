@@ -5,8 +5,8 @@
 #include "codecs/jpeg/jpeg.h"
 #include "codecs/picture/bytefile.h"
 #include "codecs/picture/orientation.h"
+#include "zmx/files.h"
 #include "zmx/jpeg.h"
-#include "zmx/run.h"
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
@@ -110,13 +110,13 @@ void decode(Run& run, const Arguments& args) {
     decodeTo(run.pictureOut(args.picture), run, options);
 }
 
-// The ending is that of files whose names are made of those of IN.
 void run(Arguments& args) {
     args.options.scale = args.scale.back() - '0';
     args.options.maxPixels = args.picture.maxPixels;
     if (args.upsampling == "plain") args.options.upsampling = jpeg::Upsampling::plain;
     if (kPackings.contains(args.format)) args.options.packing = kPackings.at(args.format);
-    args.files.setEnding(!args.format.empty() ? ".raw" : args.picture.to.empty() ? ".png" : "." + args.picture.to);
+    // Files whose names are made of those of IN are called what they are.
+    if (!args.format.empty()) args.picture.to = "raw";
     args.files.each([&](Run& job) { decode(job, args); });
 }
 
@@ -125,7 +125,8 @@ void run(Arguments& args) {
 void command::addJpegDecode(CLI::App& app) {
     auto* c = app.add_subcommand("decode", "Write a JPEG file, sequential, progressive or lossless, as a picture");
     const auto args = std::make_shared<Arguments>();
-    args->files.addTo(*c, "a JPEG file", "a " + codecs::kPictureEndings + " file; CMYK goes to .tif or .pam", ".png");
+    args->files.addTo(*c, "a JPEG file", "a " + codecs::kPictureEndings + " file; CMYK goes to .tif or .pam",
+                      args->picture);
     c->add_option("--scale", args->scale, "decode to this part of the size")
         ->capture_default_str()
         ->check(CLI::IsMember({"1", "1/1", "1/2", "1/4", "1/8"}));

@@ -4,8 +4,8 @@
 // way, so that no picture is held here. What only the command line can get wrong is a UsageError, or CLI11 says so; what
 // depends on the picture is an Error under the name of its file.
 #include "codecs/jpeg/jpeg.h"
+#include "zmx/files.h"
 #include "zmx/jpeg.h"
-#include "zmx/run.h"
 
 #include <CLI/CLI.hpp>
 #include <bit>

@@ -3,8 +3,8 @@
 // The codec reads what it has written, and both ends tell their coefficients by a digest: should they differ, no file is
 // kept. It is made in memory for that, as large as the file that is read.
 #include "codecs/jpeg/jpeg.h"
+#include "zmx/files.h"
 #include "zmx/jpeg.h"
-#include "zmx/run.h"
 
 #include <CLI/CLI.hpp>
 #include <cstdio>

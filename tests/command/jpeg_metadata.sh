@@ -14,7 +14,9 @@ import sys
 import numpy as np
 from PIL import Image, ImageCms, ImageOps
 
-PROFILE = ImageCms.ImageCmsProfile(ImageCms.createProfile("sRGB")).tobytes() + bytes(range(256)) * 600 # three segments
+# Of three segments. A profile begins with its length, and libpng looks at it; bytes 24 to 35 say when it was made.
+PROFILE = ImageCms.ImageCmsProfile(ImageCms.createProfile("sRGB")).tobytes() + bytes(range(256)) * 600
+PROFILE = len(PROFILE).to_bytes(4, "big") + PROFILE[4:24] + bytes(12) + PROFILE[36:]
 XMP = b'<?xpacket begin=""?><x:xmpmeta xmlns:x="adobe:ns:meta/"/><?xpacket end="w"?>'
 
 def exif(orientation):
