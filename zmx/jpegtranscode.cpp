@@ -25,8 +25,8 @@ struct Arguments {
 };
 
 // A turn to the right by so many degrees, and a mirror behind it.
-jpeg::Turn turnOf(int degrees, const std::string& flip) {
-    using jpeg::Turn;
+codecs::Turn turnOf(int degrees, const std::string& flip) {
+    using codecs::Turn;
     static constexpr Turn turns[3][4] = {
         {Turn::none, Turn::quarter, Turn::half, Turn::threeQuarters},
         {Turn::mirror, Turn::transpose, Turn::flip, Turn::transverse},  // left and right exchanged

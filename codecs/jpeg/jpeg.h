@@ -6,6 +6,7 @@
 #pragma once
 
 #include "codecs/picture/bytes.h"
+#include "codecs/picture/orientation.h"
 #include "codecs/picture/rows.h"
 
 #include <functional>
@@ -71,8 +72,6 @@ struct Decoded {
 };
 Decoded decode(ByteView file, const DecodeOptions& options = {});
 
-// Turns to the right and mirrors. Rows and columns of blocks trade places, and signs of coefficients; none changes.
-enum class Turn { none, mirror, half, flip, transpose, quarter, transverse, threeQuarters };
 // A part of the picture, after the turn. It begins at the unit in which (x, y) lies, and grows by what lies ahead of it.
 struct Part {
     int x = 0, y = 0, width = 0, height = 0;
@@ -82,8 +81,8 @@ struct TranscodeOptions {
     bool progressive = false; // by the usual script; else sequential, in one scan
     std::string scans;        // the text of a scan script; empty: none
     int restart = -1;         // MCUs in a restart interval; -1: as it was
-    Turn turn = Turn::none;
-    bool upright = false; // the turn that the EXIF asks for, after which it asks for none
+    Turn turn = Turn::none;   // rows and columns of blocks trade places, and signs of coefficients; none changes
+    bool upright = false;     // the turn that the EXIF asks for, after which it asks for none
     // A side that comes to begin with a part of a unit cannot be turned: such parts are cut off, or it is an Error.
     bool trim = false;
     std::optional<Part> part;

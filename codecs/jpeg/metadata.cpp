@@ -165,7 +165,7 @@ void writeMetadata(Output& out, const Metadata& metadata, bool jfif, Warnings& w
 }
 
 // All other segments stay as they are, in their places.
-Bytes turnedApplication(ByteView application, int orientation, bool exchanged) {
+Bytes turnedApplication(ByteView application, int orientation, bool exchanged, Warnings& warnings) {
     MemorySink sink;
     Output out(sink);
     for (const ApplicationSegment& s : segmentsOf(application)) {
@@ -173,8 +173,7 @@ Bytes turnedApplication(ByteView application, int orientation, bool exchanged) {
         if (isA(s, APP1, kExif)) own.exif.assign(s.body.begin() + std::ptrdiff_t(kExif.size()), s.body.end());
         if (!own.exif.empty() && orientationOf(own) != orientation) {
             setOrientation(own, orientation);
-            Warnings none;
-            writeWhole(out, kExif, own.exif, "EXIF", none);
+            writeWhole(out, kExif, own.exif, "EXIF", warnings);
         } else if (isA(s, APP0, kJfif) && s.body.size() >= kJfifBody && exchanged) {
             Bytes jfif(s.all.begin(), s.all.end());
             constexpr std::size_t kBody = 4;

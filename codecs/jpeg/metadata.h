@@ -22,7 +22,7 @@ Metadata metadataOf(ByteView application, Warnings& warnings);
 void writeMetadata(Output& out, const Metadata& metadata, bool jfif, Warnings& warnings);
 
 // The segments with another orientation, where their EXIF says one, and the resolution across and down exchanged.
-Bytes turnedApplication(ByteView application, int orientation, bool exchanged);
+Bytes turnedApplication(ByteView application, int orientation, bool exchanged, Warnings& warnings);
 // Those alone by which a decoder knows the colours.
 Bytes strippedApplication(ByteView application);
 

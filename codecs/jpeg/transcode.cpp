@@ -4,7 +4,6 @@
 #include "codecs/jpeg/metadata.h"
 #include "codecs/jpeg/scanwriter.h"
 #include "codecs/jpeg/turn.h"
-#include "codecs/picture/orientation.h"
 
 namespace codecs::jpeg {
 
@@ -20,17 +19,14 @@ CoefficientFile read(ByteSource& source, std::uint64_t maxPixels, Warnings& warn
 
 // The file as the options want it, scans apart.
 CoefficientFile changed(CoefficientFile file, const TranscodeOptions& options, Warnings& warnings) {
-    // A turn of the user's own leaves the orientation alone: who gives one knows how the picture is shown.
-    Turn turn = options.turn;
-    if (options.upright) {
-        Warnings none;
-        turn = turnOf(orientationOf(metadataOf(file.application, none)));
-    }
-    if (options.upright || exchangesSides(turn)) {
-        Warnings none;
-        const int orientation = options.upright ? 1 : orientationOf(metadataOf(file.application, none));
-        file.application = turnedApplication(file.application, orientation, exchangesSides(turn));
-    }
+    // A turn of the user's own leaves the orientation alone: who gives one knows how the picture is shown. Segments that
+    // cannot be understood stay as they are, so that nobody need hear of them.
+    Warnings none;
+    const int orientation = orientationOf(metadataOf(file.application, none));
+    const Turn turn = options.upright ? turnOf(orientation) : options.turn;
+    if (turn != Turn::none)
+        file.application =
+            turnedApplication(file.application, options.upright ? 1 : orientation, stepsOf(turn).exchanged, warnings);
     if (options.strip) file.application = strippedApplication(file.application);
     file = turned(std::move(file), turn, options.trim);
     if (options.part) file = cropped(std::move(file), *options.part, warnings);

@@ -8,29 +8,33 @@ namespace codecs::jpeg {
 
 namespace {
 
-// A turn as an exchange of rows and columns, and mirrors behind it.
-struct Steps {
-    bool exchange, across, down;
+// Where a block of a turned component comes from.
+struct Place {
+    int x, y;
 };
-Steps stepsOf(Turn turn) {
-    constexpr Steps steps[] = {{false, false, false}, {false, true, false}, {false, true, true}, {false, false, true},
-                               {true, false, false},  {true, true, false},  {true, true, true},  {true, false, true}};
-    return steps[std::size_t(turn)];
+Place placeBefore(int x, int y, int columns, int rows, const TurnSteps& steps) {
+    if (steps.exchanged) {
+        std::swap(x, y);
+        std::swap(columns, rows);
+    }
+    return {steps.right ? columns - 1 - x : x, steps.down ? rows - 1 - y : y};
 }
 
-// `to` must not be `from`.
-void turnBlock(const Zmx16s* from, Zmx16s* to, const Steps& steps) {
+// The cosines of odd frequencies are odd about the middle of a block (A.3.3): run backwards, they change their sign and
+// those of even ones stay as they are. `to` must not be `from`.
+void turnBlock(const Zmx16s* from, Zmx16s* to, const TurnSteps& steps) {
     for (int y = 0; y < 8; ++y)
         for (int x = 0; x < 8; ++x) {
-            const Zmx16s v = from[steps.exchange ? 8 * x + y : 8 * y + x];
-            const bool negative = (steps.across && x % 2 != 0) != (steps.down && y % 2 != 0);
+            const int u = steps.exchanged ? y : x, v = steps.exchanged ? x : y;
+            const Zmx16s c = from[8 * v + u];
+            const bool negative = (steps.right && u % 2 != 0) != (steps.down && v % 2 != 0);
             // The one value without a counterpart stays: no picture holds it.
-            to[8 * y + x] = negative && v != -32768 ? Zmx16s(-v) : v;
+            to[8 * y + x] = negative && c != -32768 ? Zmx16s(-c) : c;
         }
 }
 
-// Another store of blocks is filled from the old one: places cannot be exchanged in one store of another shape.
-// A file of the same kind with another frame and empty blocks.
+// A file of the same kind with another frame and empty blocks. They are filled from those of the old one: places cannot
+// be exchanged within a store that has another shape afterwards.
 CoefficientFile emptied(const CoefficientFile& file, const Frame& frame) {
     CoefficientFile out(frame);
     out.model = file.model;
@@ -52,38 +56,28 @@ int trimmed(int length, int unit, bool trim, const char* side) {
 
 } // namespace
 
-Turn turnOf(int orientation) {
-    constexpr Turn turns[] = {Turn::none,      Turn::mirror,  Turn::half,       Turn::flip,
-                              Turn::transpose, Turn::quarter, Turn::transverse, Turn::threeQuarters};
-    return orientation >= 1 && orientation <= 8 ? turns[orientation - 1] : Turn::none;
-}
-
-bool exchangesSides(Turn turn) { return stepsOf(turn).exchange; }
-
 CoefficientFile turned(CoefficientFile file, Turn turn, bool trim) {
     if (turn == Turn::none) return file;
-    const Steps steps = stepsOf(turn);
+    const TurnSteps steps = stepsOf(turn);
     Frame frame = file.frame;
-    // Only a side that is mirrored comes to begin with what it ended with.
-    if (steps.exchange ? steps.down : steps.across) frame.width = trimmed(frame.width, 8 * frame.hMax, trim, "width");
-    if (steps.exchange ? steps.across : steps.down)
-        frame.height = trimmed(frame.height, 8 * frame.vMax, trim, "height");
-    if (steps.exchange) {
+    // Only a side that runs backwards comes to begin with what it ended with.
+    if (steps.right) frame.width = trimmed(frame.width, 8 * frame.hMax, trim, "width");
+    if (steps.down) frame.height = trimmed(frame.height, 8 * frame.vMax, trim, "height");
+    if (steps.exchanged) {
         std::swap(frame.width, frame.height);
         for (Component& c : frame.components) std::swap(c.h, c.v);
         frame.setMaxima();
     }
     CoefficientFile out = emptied(file, frame);
-    if (steps.exchange)
+    if (steps.exchanged)
         for (QuantTable& table : out.quant) table = transposedTable(table);
     for (int i = 0; i < int(frame.components.size()); ++i) {
         const Component& c = frame.components[std::size_t(i)];
         const int columns = frame.blockColumns(c), rows = frame.blockRows(c);
         for (int y = 0; y < rows; ++y)
             for (int x = 0; x < columns; ++x) {
-                const int u = steps.across ? columns - 1 - x : x, v = steps.down ? rows - 1 - y : y;
-                turnBlock(file.blocks.block(i, steps.exchange ? v : u, steps.exchange ? u : v),
-                          out.blocks.block(i, x, y), steps);
+                const Place from = placeBefore(x, y, columns, rows, steps);
+                turnBlock(file.blocks.block(i, from.x, from.y), out.blocks.block(i, x, y), steps);
             }
     }
     return out;

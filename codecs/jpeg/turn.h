@@ -6,10 +6,6 @@
 
 namespace codecs::jpeg {
 
-// What an orientation of EXIF, 1 to 8, asks for.
-Turn turnOf(int orientation);
-bool exchangesSides(Turn turn);
-
 // An Error when a side would begin with a part of a unit, unless such parts may be cut off.
 CoefficientFile turned(CoefficientFile file, Turn turn, bool trim);
 // An Error when the part is not inside. Tells where it begins when that is not where it was to.

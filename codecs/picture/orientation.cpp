@@ -9,20 +9,9 @@
 namespace codecs {
 namespace {
 
-// An orientation as what is done to the pixels: first the diagonal, then the mirrors.
-struct Turn {
-    bool exchanged, right, down; // rows become columns; x, and y, of the source run backwards
-};
-Turn turnOf(int orientation) {
-    static constexpr Turn kTurns[] = {{false, false, false}, {false, true, false}, {false, true, true},
-                                      {false, false, true},  {true, false, false}, {true, false, true},
-                                      {true, true, true},    {true, true, false}};
-    return kTurns[orientation - 1];
-}
-
 class TurnedRows final : public RowSource {
 public:
-    TurnedRows(Rows source, int orientation) : from(std::move(source)), turn(turnOf(orientation)) {
+    TurnedRows(Rows source, int orientation) : from(std::move(source)), turn(stepsOf(turnOf(orientation))) {
         form = from->shape();
         beside = from->metadata();
         setOrientation(beside, 1);
@@ -75,7 +64,7 @@ private:
     }
 
     Rows from;
-    Turn turn;
+    TurnSteps turn;
     std::size_t pixelBytes = 0;
     Picture picture;
     Samples band;
@@ -107,6 +96,15 @@ private:
 
 } // namespace
 
+Turn turnOf(int orientation) { return Turn(orientation - 1); }
+
+TurnSteps stepsOf(Turn turn) {
+    static constexpr TurnSteps steps[] = {{false, false, false}, {false, true, false}, {false, true, true},
+                                          {false, false, true},  {true, false, false}, {true, false, true},
+                                          {true, true, true},    {true, true, false}};
+    return steps[std::size_t(turn)];
+}
+
 int orientationOf(const Metadata& metadata) {
     if (metadata.exif.empty()) return 1;
     const auto directory = parseExif(metadata.exif);
@@ -123,7 +121,9 @@ void setOrientation(Metadata& metadata, int orientation) {
         const bool little = metadata.exif[0] == 'I';
         metadata.exif[entry->at + (little ? 0 : 1)] = std::uint8_t(orientation);
         metadata.exif[entry->at + (little ? 1 : 0)] = 0;
-    } else if (orientation != 1) {
+    } else if (entry || orientation != 1) {
+        // An entry that is no single number of 16 bits gives way to one that is.
+        std::erase_if(*directory, [](const ExifEntry& e) { return e.tag == kExifOrientation; });
         directory->push_back(shortEntry(kExifOrientation, unsigned(orientation)));
         metadata.exif = serialiseExif(*directory);
     }

@@ -17,9 +17,9 @@ namespace {
 
 using codecs::Metadata;
 using codecs::Resolution;
+using codecs::Turn;
 using jpeg::EncodeOptions;
 using jpeg::TranscodeOptions;
-using jpeg::Turn;
 
 constexpr Turn kTurns[] = {Turn::none,      Turn::mirror,  Turn::half,       Turn::flip,
                            Turn::transpose, Turn::quarter, Turn::transverse, Turn::threeQuarters};
@@ -82,7 +82,7 @@ TEST(JpegTranscode, TurnsAreUndoneByTheirOpposites) {
                 SCOPED_TRACE(std::to_string(width) + "x" + std::to_string(height) + ", turn " +
                              std::to_string(int(turn)));
                 const Bytes other = turned(file, turn);
-                const bool exchanged = jpeg::exchangesSides(turn);
+                const bool exchanged = codecs::stepsOf(turn).exchanged;
                 EXPECT_EQ(decoded(other, {}).width, exchanged ? height : width);
                 if (turn != Turn::none) {
                     EXPECT_NE(other, plainly);
