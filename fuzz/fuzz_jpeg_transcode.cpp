@@ -21,6 +21,7 @@ jpeg::TranscodeOptions optionsOf(codecs::ByteView choices) {
     how.strip = choices[0] & 32;
     how.progressive = choices[0] & 64;
     how.restart = choices[0] & 128 ? choices[1] % 16 : -1;
+    how.grey = choices[1] & 32;
     // Parts of every kind, also such as lie outside.
     if (choices[1] & 16)
         how.part = jpeg::Part{choices[2] % 64 - 1, choices[3] % 64 - 1, choices[2] / 3, choices[3] / 3};

@@ -22,6 +22,7 @@ struct InfoArguments {
 // With --strict the text is printed nevertheless: it shows how far the file is sound.
 void runInfo(const InfoArguments& args) {
     for (const std::string& path : args.paths) {
+        // Names as in every other message.
         const std::string name = codecs::nameForMessages(path, true);
         jpeg::Warnings trouble;
         const std::string text =
@@ -44,10 +45,12 @@ void addInfo(CLI::App& app) {
 } // namespace
 
 std::string command::jpegText(const std::string& path) {
+    // The codec takes an empty text for none, which an empty file is not.
     const codecs::Bytes bytes = codecs::readFile(path);
     return bytes.empty() ? " " : std::string(bytes.begin(), bytes.end());
 }
 
+// The order is that of the help.
 void command::addJpeg(CLI::App& app) {
     CLI::App* group = app.add_subcommand("jpeg", "JPEG files (ITU-T T.81)");
     group->require_subcommand(1);

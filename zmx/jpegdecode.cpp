@@ -37,6 +37,7 @@ struct Arguments {
 class WordSink final : public codecs::RowSink {
 public:
     explicit WordSink(codecs::ByteSink& sink) : file(sink) {}
+    // No place for metadata, and nobody expects one.
     void begin(const codecs::Shape& s, const codecs::Metadata&) override { bytes.resize(2 * s.rowSamples()); }
     void write(const codecs::Band& band) override {
         for (int y = 0; y < band.rows; ++y) {
@@ -83,6 +84,7 @@ void decodeTo(codecs::RowSink& sink, Run& run, const jpeg::DecodeOptions& option
 
 // Bytes go through the conversions of all raw files. Words are the decoder's own, and only turned.
 void decodeHeaderless(Run& run, const Arguments& args) {
+    // Packed words have no header and no other form: they go to the file as they are.
     std::unique_ptr<codecs::RowSink> words;
     if (kPackings.contains(args.format)) {
         words = std::make_unique<WordSink>(run.bytesOut());
@@ -102,6 +104,7 @@ void decode(Run& run, const Arguments& args) {
     jpeg::DecodeOptions options = args.options;
     int scans = 0;
     if (!args.scans.empty())
+        // Numbered, so that they stand in order.
         options.afterScan = [&](const codecs::Picture& p) {
             char name[32];
             std::snprintf(name, sizeof name, "/scan%03d.%s", ++scans, p.shape().channels == 4 ? "tif" : "png");
@@ -111,6 +114,7 @@ void decode(Run& run, const Arguments& args) {
 }
 
 void run(Arguments& args) {
+    // "1", "1/2" and so on.
     args.options.scale = args.scale.back() - '0';
     args.options.maxPixels = args.picture.maxPixels;
     if (args.upsampling == "plain") args.options.upsampling = jpeg::Upsampling::plain;
@@ -140,9 +144,11 @@ void command::addJpegDecode(CLI::App& app) {
              "write OUT without a header, and print its size: rows without gaps of bytes (gray, rgb, bgr, cmyk), "
              "or of 16-bit words, low byte first (the others, the first colour of the name in the low bits)")
             ->check(CLI::IsMember(kRawFormats) | CLI::IsMember(kPackings));
+    // It repeats the chroma, so that --upsampling would mean nothing.
     c->add_flag("--fast", args->options.fast,
                 "repeat the chroma and convert colours without rounding: faster, and up to 14 dB worse")
         ->excludes(upsampling);
+    // Raw pixels have one file only.
     c->add_option("--show-scans", args->scans, "a directory for the picture as it is after each scan")
         ->check(CLI::ExistingDirectory)
         ->excludes(format);

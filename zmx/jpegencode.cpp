@@ -42,7 +42,9 @@ bool readSampling(const std::string& text, jpeg::EncodeOptions& options) {
         options.sampling = text == "444" ? Sampling::s444 : text == "422" ? Sampling::s422 : Sampling::s420;
         return true;
     }
+    // 0 for what is no factor, which is refused below.
     const auto factor = [](char c) { return c >= '1' && c <= '4' ? c - '0' : 0; };
+    // Three signs each, and a comma between them.
     for (std::size_t at = 0; at < text.size(); at += 4) {
         if (text.size() - at < 3 || text[at + 1] != 'x' || (at + 3 < text.size() && text[at + 3] != ',')) return false;
         options.factors.push_back({factor(text[at]), factor(text[at + 2])});
@@ -62,6 +64,7 @@ bool readSize(const std::string& text, int& width, int& height) {
 Rows prepared(Rows rows, const Arguments& args) {
     using codecs::Colour;
     if (args.cmyk) {
+        // PNG and TIFF files of four channels pass for RGB with alpha otherwise.
         if (rows->shape().channels != 4) throw codecs::Error("--cmyk wants a picture of 4 channels");
         rows = withColour(std::move(rows), Colour::cmyk, false);
     }
@@ -84,6 +87,7 @@ void encode(Run& run, const Arguments& args) {
     const codecs::RowChange change = [&](Rows r) { return prepared(std::move(r), args); };
     int width = 0, height = 0;
     const bool raw = readSize(args.rawSize, width, height);
+    // Bytes without a header are RGB unless someone says otherwise.
     const std::string format = !args.format.empty() ? args.format : args.cmyk ? "cmyk" : "rgb";
     codecs::RowSource& rows =
         raw ? run.rawIn(width, height, kRawFormats.at(format), change) : run.pictureIn(args.picture, change);
@@ -92,6 +96,7 @@ void encode(Run& run, const Arguments& args) {
 
 // Texts are read once for all files.
 void run(Arguments& args) {
+    // Whether a picture has such samples shows later; what no file holds is refused now.
     if (args.precision && args.precision != 8 && args.precision != 12 && !args.options.lossless)
         throw UsageError("--precision " + std::to_string(args.precision) +
                          ": only --lossless files have other than 8 and 12");
@@ -128,6 +133,7 @@ void addCodingOptions(CLI::App* c, Arguments& args) {
         ->check(CLI::Range(0, 65535));
     auto* progressive = c->add_flag("--progressive", o.progressive, "in the usual progressive scans");
     auto* scans = c->add_option("--scans", args.scans, "a file with a scan script")->excludes(progressive);
+    // Lossless files have neither bands of coefficients nor divisors.
     auto* lossless = c->add_option("--lossless", o.lossless, "lossless mode with this predictor")
                          ->check(CLI::Range(1, 7))
                          ->excludes(progressive)

@@ -27,6 +27,7 @@ struct Arguments {
 // A turn to the right by so many degrees, and a mirror behind it.
 codecs::Turn turnOf(int degrees, const std::string& flip) {
     using codecs::Turn;
+    // Each mirror behind a turn is one of the eight turns again.
     static constexpr Turn turns[3][4] = {
         {Turn::none, Turn::quarter, Turn::half, Turn::threeQuarters},
         {Turn::mirror, Turn::transpose, Turn::flip, Turn::transverse},  // left and right exchanged
@@ -42,6 +43,7 @@ void transcode(Run& run, const Arguments& args) {
     if (args.digest)
         std::printf("before %016llx\nafter %016llx\n", static_cast<unsigned long long>(result.before),
                     static_cast<unsigned long long>(result.after));
+    // This cannot happen; a file that is taken for lossless must not rest on that.
     if (result.before != result.after) throw codecs::FileError(run.inName() + ": the coefficients have changed");
     run.bytesOut().write(result.file);
 }
@@ -69,6 +71,7 @@ void command::addJpegTranscode(CLI::App& app) {
                        ->check(CLI::IsMember({90, 180, 270}));
     auto* flip = c->add_option("--flip", args->flip, "mirror, behind a turn: horizontal exchanges left and right")
                      ->check(CLI::IsMember({"horizontal", "vertical"}));
+    // The EXIF says which way: a turn of one's own beside it would contradict.
     c->add_flag("--orient", o.upright, "turn and mirror as the orientation of the EXIF says")
         ->excludes(rotate)
         ->excludes(flip);
@@ -77,6 +80,7 @@ void command::addJpegTranscode(CLI::App& app) {
                   "this part of the turned picture alone, from the unit on in which it begins: X,Y,WIDTH,HEIGHT")
         ->delimiter(',')
         ->expected(4);
+    c->add_flag("--gray", o.grey, "keep the luma alone");
     c->add_flag("--strip", o.strip, "leave out colour profile, EXIF, XMP and comments");
     c->add_option("--max-pixels", o.maxPixels, "refuse larger pictures")->capture_default_str();
     c->add_flag("--digest", args->digest, "print digests of the coefficients that were to be written and that were");

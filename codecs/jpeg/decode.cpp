@@ -80,6 +80,7 @@ private:
     // The components of the scan may stand in another order than those of the frame.
     void decodeStraight(RowSink& to) {
         const Header& h = reader.header();
+        // Band and bits mean nothing in sequential files, but are fixed there (B.2.3).
         if (h.scan.first != 0 || h.scan.last != 63 || h.scan.high != 0 || h.scan.low != 0)
             fail(h.scanOffset, "a progressive scan in a sequential file");
         DequantTables tables;
@@ -98,6 +99,7 @@ private:
             [&](const ScanLayout::Part& p, int, int) { return first[p.component] + (p.y * p.h + p.x) * kBlock; },
             [&](int x, int) {
                 road->mcu(x, blocks.data());
+                // Behind the last MCU of a row its pixels are there.
                 if (x + 1 == layout.columns) giveRow(*road, to);
             },
             warnings);
@@ -108,6 +110,7 @@ private:
     // Scans that add to each other: the picture is made when all are there, and for those who watch behind each.
     void collected(RowSink& sink) {
         CoefficientFile file = collect(reader, warnings, [&](CoefficientFile& soFar) {
+            // What is known so far is a picture of its own, without what travels beside it.
             if (!options.afterScan) return;
             PictureSink picture;
             withInks(picture, [&](RowSink& to) { render(soFar, {}, to); });

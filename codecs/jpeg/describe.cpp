@@ -6,6 +6,7 @@ namespace codecs::jpeg {
 
 namespace {
 
+// The codes of Table B.1 are bits: two for the mode, one for differential frames, one for arithmetic coding.
 std::string modeOf(int sof) {
     static const char* const modes[] = {"baseline", "extended sequential", "progressive", "lossless"};
     std::string text = modes[sof & 3];
@@ -19,6 +20,7 @@ std::string modeOf(int sof) {
 // A file that ends in trouble is described as far as it goes.
 std::string describe(ByteSource& file, Warnings* trouble) {
     std::string log, last;
+    // The reader refuses what is no JPEG file at all; from here on there is something to tell.
     SegmentReader reader(file, &log);
     int scans = 0;
     try {

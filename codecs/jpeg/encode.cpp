@@ -51,7 +51,9 @@ Frame frameFor(const Shape& shape, Model model, std::size_t tables, const Encode
     Frame frame;
     frame.width = shape.width;
     frame.height = shape.height;
+    // The DCT modes have samples of 8 and of 12 bits (B.2.2).
     frame.precision = shape.wide() ? 12 : 8;
+    // Only chroma is sampled by itself: of RGB and CMYK every component is sharp.
     const bool chroma = isChroma(model, 1);
     frame.components = !options.factors.empty()
                            ? componentsWith(options.factors, model)
@@ -97,6 +99,7 @@ public:
 
     Warnings run(ByteSink& file) {
         const bool scripted = options.progressive || !options.scans.empty();
+        // The standard tables have no codes for 12-bit coefficients, and a second scan would need the picture again.
         if (!scripted && !options.optimize && frame.precision == 8 && sequentialScript(frame, model).size() == 1)
             straight(file);
         else
@@ -142,6 +145,7 @@ private:
                 for (std::size_t k = 0; k < layout.mcu.size(); ++k) {
                     const ScanLayout::Part& p = layout.mcu[k];
                     const int table = isChroma(model, p.component);
+                    // A block beyond the edge shows nothing, and is coded as cheaply as can be (A.2.4 leaves it open).
                     if (p.inPicture(frame, x, y))
                         writer.block(blocks[k], p.component, table);
                     else
@@ -167,6 +171,7 @@ private:
         CoefficientFile whole(frame);
         whole.model = model;
         whole.restart = options.restart;
+        // Components name tables here; coefficients come with a table each.
         for (std::size_t i = 0; i < frame.components.size(); ++i)
             whole.quant[i] = quantisers[std::size_t(frame.components[i].quant)].table;
         MemorySink application;
@@ -224,10 +229,7 @@ Warnings encode(RowSource& picture, ByteSink& file, const EncodeOptions& options
 }
 
 Bytes encode(const Picture& picture, const EncodeOptions& options) {
-    PictureSource source(picture);
-    MemorySink sink;
-    encode(source, sink, options);
-    return std::move(sink.bytes);
+    return encodedInMemory(picture, [&](RowSource& rows, ByteSink& file) { encode(rows, file, options); });
 }
 
 } // namespace codecs::jpeg

@@ -86,6 +86,7 @@ struct TranscodeOptions {
     // A side that comes to begin with a part of a unit cannot be turned: such parts are cut off, or it is an Error.
     bool trim = false;
     std::optional<Part> part;
+    bool grey = false;  // the luma alone
     bool strip = false; // leave out APPn and COM segments but for those that tell of the colours
     std::uint64_t maxPixels = kMaxPixels;
 };

@@ -37,6 +37,7 @@ public:
     }
 
 private:
+    // What the decoder may have taken in behind the last code.
     static constexpr std::size_t kReadAhead = 16;
 
     int count;
@@ -95,6 +96,7 @@ public:
           canvas(frame, r.header().scan.components.size() < frame.components.size()), seen(frame.components.size()) {}
 
     void run() {
+        // The first scan must be sound; what is wrong behind it costs the components that are not there yet.
         bool any = false;
         try {
             do {
@@ -134,6 +136,7 @@ private:
             seen[i] = true;
         }
         const ScanLayout layout(frame, h.scan);
+        // Rows are predicted from the one above: an interval has to begin with one (H.1.1).
         if (h.restart % layout.columns != 0)
             fail(h.scanOffset, "a restart interval of other than whole rows in a lossless file");
         DifferenceReader source(h, reader.data());
@@ -179,6 +182,7 @@ private:
 
     // The differences of a row of MCUs.
     static bool read(DifferenceReader& source, const ScanLayout& layout, std::vector<Lines>& parts) {
+        // Without sampling the order of the data is that of the samples, and a call takes all of them.
         const bool plain =
             std::all_of(layout.mcu.begin(), layout.mcu.end(), [](const ScanLayout::Part& p) { return p.h * p.v == 1; });
         if (plain) {
@@ -197,6 +201,8 @@ private:
     // Row `p.y` of a component's part of row `y` of MCUs.
     void reconstruct(Lines& r, const ScanLayout::Part& p, int y, bool first, const LosslessRows& how) {
         const Zmx16s* differences = r.differences.data() + p.y * r.width;
+        // The first row has no one above it: its samples are predicted from the left, the first of them by the middle
+        // of the range (H.1.2.1).
         if (first)
             zmxiReconstructPredFirstRow_JPEG_16s_C1(differences, r.current.data(), r.width, how.precision,
                                                     how.firstRowTransform());
@@ -219,6 +225,7 @@ private:
             const auto fill = [&](auto column) {
                 for (std::size_t x = 0; x < width; ++x) to[x * channels] = Sample(how.sample(row[column(x)]));
             };
+            // The ratio of most files is 1, and needs no division.
             if (c.h == frame.hMax)
                 fill([](std::size_t x) { return x; });
             else

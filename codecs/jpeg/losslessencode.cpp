@@ -32,10 +32,12 @@ public:
         frame.width = width;
         frame.height = picture.shape().height;
         Scan scan;
+        // A table of Huffman codes for each component, as their differences are spread differently.
         for (int i = 0; i < channels; ++i) {
             frame.components.push_back({i + 1, 1, 1, 0});
             scan.components.push_back({i, i, 0});
         }
+        // A lossless scan tells its predictor and its point transform where others have bands and bits (B.2.3).
         scan.first = how.predictor;
         scan.last = 0;
         scan.low = how.pointTransform;
@@ -67,6 +69,7 @@ private:
         for (int c = 0; c < channels; ++c) {
             Lines& r = rows[std::size_t(c)];
             r.current.swap(r.above);
+            // Interleaved pixels, one component of them.
             const auto store = [&](auto from) {
                 for (int x = 0; x < width; ++x)
                     r.current[std::size_t(x)] =
@@ -107,6 +110,7 @@ private:
         }
         const EncodeState state = newEncodeState();
         const std::size_t room = kWorstDifference * std::size_t(width) * rows.size() + 2;
+        // With `flush` the library takes no rows but ends the interval: the last byte is filled with ones (F.1.2.3).
         const auto code = [&](bool flush) {
             Zmx8u* to = out.reserve(room);
             int at = 0;
@@ -119,6 +123,7 @@ private:
         for (int y = 0; y < picture.shape().height; ++y) {
             if (y > 0 && begins(y)) {
                 code(true);
+                // The markers count modulo 8 (E.1.4).
                 out.marker(RST0 + (restarts++ & 7));
             }
             difference(y);

@@ -2,6 +2,7 @@
 #include "codecs/jpeg/metadata.h"
 
 #include "codecs/jpeg/segmentwriter.h"
+#include "codecs/picture/exif.h"
 #include "codecs/picture/orientation.h"
 
 #include <cmath>
@@ -15,6 +16,7 @@ namespace {
 // What the segments begin with.
 constexpr std::string_view kJfif{"JFIF\0", 5}, kExif{"Exif\0\0", 6}, kXmp{"http://ns.adobe.com/xap/1.0/\0", 29},
     kMoreXmp{"http://ns.adobe.com/xmp/extension/\0", 35}, kProfile{"ICC_PROFILE\0", 12}, kAdobe{"Adobe", 5};
+// A segment has 65535 bytes at the most, its length among them (B.1.1.4).
 constexpr std::size_t kMostBody = 65533, kProfileHead = kProfile.size() + 2;
 
 // A segment of this marker that begins with the name.
@@ -48,6 +50,7 @@ class Profile {
 public:
     void add(ByteView body) {
         if (body.size() < kProfileHead) return;
+        // Every part says the same count, or the last of them is believed. A part that comes twice is taken once.
         count = body[kProfile.size() + 1];
         parts.emplace(body[kProfile.size()], body.subspan(kProfileHead));
     }
@@ -74,6 +77,7 @@ private:
 std::vector<ApplicationSegment> segmentsOf(ByteView application) {
     std::vector<ApplicationSegment> out;
     while (application.size() >= 4) {
+        // The reader has made sure that the length is that of what is there.
         const std::size_t length = std::size_t(wordAt(application, 2)) + 2;
         out.push_back({application[1], application.first(length), application.subspan(4, length - 4)});
         application = application.subspan(length);
@@ -97,6 +101,9 @@ Metadata metadataOf(ByteView application, Warnings& warnings) {
         if (isA(s, APP2, kProfile)) profile.add(s.body);
     }
     out.icc = profile.joined(warnings);
+    // A camera's file has no JFIF segment, or one that knows nothing.
+    if (!out.resolution && !out.exif.empty())
+        if (const auto directory = parseExif(out.exif)) out.resolution = resolutionIn(*directory);
     return out;
 }
 
@@ -165,16 +172,17 @@ void writeMetadata(Output& out, const Metadata& metadata, bool jfif, Warnings& w
 }
 
 // All other segments stay as they are, in their places.
-Bytes turnedApplication(ByteView application, int orientation, bool exchanged, Warnings& warnings) {
+Bytes turnedApplication(ByteView application, const Turned& picture, Warnings& warnings) {
     MemorySink sink;
     Output out(sink);
     for (const ApplicationSegment& s : segmentsOf(application)) {
-        Metadata own;
-        if (isA(s, APP1, kExif)) own.exif.assign(s.body.begin() + std::ptrdiff_t(kExif.size()), s.body.end());
-        if (!own.exif.empty() && orientationOf(own) != orientation) {
-            setOrientation(own, orientation);
+        if (isA(s, APP1, kExif)) {
+            Metadata own;
+            own.exif.assign(s.body.begin() + std::ptrdiff_t(kExif.size()), s.body.end());
+            setPixelSize(own, picture.width, picture.height);
+            if (orientationOf(own) != picture.orientation) setOrientation(own, picture.orientation);
             writeWhole(out, kExif, own.exif, "EXIF", warnings);
-        } else if (isA(s, APP0, kJfif) && s.body.size() >= kJfifBody && exchanged) {
+        } else if (isA(s, APP0, kJfif) && s.body.size() >= kJfifBody && picture.exchanged) {
             Bytes jfif(s.all.begin(), s.all.end());
             constexpr std::size_t kBody = 4;
             setWord(jfif, kBody + kAcross, wordAt(s.body, kDown));

@@ -21,8 +21,14 @@ Metadata metadataOf(ByteView application, Warnings& warnings);
 // is left out and told of.
 void writeMetadata(Output& out, const Metadata& metadata, bool jfif, Warnings& warnings);
 
-// The segments with another orientation, where their EXIF says one, and the resolution across and down exchanged.
-Bytes turnedApplication(ByteView application, int orientation, bool exchanged, Warnings& warnings);
+// What has become of a picture.
+struct Turned {
+    int orientation = 1;
+    bool exchanged = false; // its sides
+    int width = 0, height = 0;
+};
+// The segments of such a picture: orientation and size in their EXIF where it has them, and the resolution across and down.
+Bytes turnedApplication(ByteView application, const Turned& picture, Warnings& warnings);
 // Those alone by which a decoder knows the colours.
 Bytes strippedApplication(ByteView application);
 

@@ -30,6 +30,7 @@ protected:
                : scan.high        ? AcRefine
                                   : AcFirst;
     }
+    // Differences of DC begin anew with each interval (F.1.1.5.1).
     void forget() { std::fill_n(lastDc, kMaxComponents, Zmx16s(0)); }
 
     const Scan& scan;
@@ -49,6 +50,7 @@ public:
             return zmxiGetHuffmanStatistics8x8_JPEG_16s_C1(b, dc[t].data(), ac[t].data(), &lastDc[component]);
         case DcFirst:
             return zmxiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(b, dc[t].data(), &lastDc[component], scan.low);
+        // Bits alone: there is nothing to make a table of (G.1.2.1.1).
         case DcRefine:
             return zmxStsNoErr;
         default:
@@ -61,6 +63,7 @@ public:
     }
 
 private:
+    // The last call of a pass gives no block: a run that has not ended is counted then.
     ZmxStatus band(const Zmx16s* b, int t, int last) {
         const auto count = kind() == AcFirst ? zmxiGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1
                                              : zmxiGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1;
@@ -122,8 +125,10 @@ public:
 
     void write(const Script& script) {
         out.marker(SOI);
+        // Segments of applications stand first, as JFIF wants it (T.871, 10.1).
         out.append(file.application);
         const bool words = quantTables();
+        // Baseline has samples of 8 bits and tables of bytes, and all else that is sequential is extended (B.2.2).
         frame.sof = !isSequential(script[0]) ? SOF2 : words || frame.precision != 8 ? SOF1 : SOF0;
         writeFrame(out, frame);
         if (file.restart) writeRestartInterval(out, file.restart);
@@ -159,6 +164,7 @@ private:
     bool scan(const Scan& s) {
         const ScanLayout layout(frame, s);
         Counting counting(s);
+        // A coefficient of more bits than a category counts is what a pass can stumble over.
         if (!pass(counting, s, layout, [] {})) return false;
         Writing writing(s, out);
         const bool dcCodes = s.first == 0 && s.high == 0, acCodes = s.last > 0;

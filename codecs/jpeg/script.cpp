@@ -9,7 +9,7 @@ namespace codecs::jpeg {
 
 namespace {
 
-// A scan of these components, with the Huffman tables that they have.
+// A scan of these components.
 // Both kinds of table have the number of the component's colour.
 Scan scanOf(const std::vector<int>& components, Model model, int first = 0, int last = 63, int high = 0, int low = 0) {
     Scan scan;
@@ -25,6 +25,7 @@ Scan scanOf(const std::vector<int>& components, Model model, int first = 0, int 
 std::vector<std::vector<int>> groupsOf(const Frame& frame) {
     std::vector<std::vector<int>> groups;
     const int n = int(frame.components.size());
+    // An MCU of a scan has 10 blocks at the most (B.2.3); what does not fit goes component by component.
     if (frame.blocksInMcu() <= kMaxScanUnits) {
         groups.emplace_back();
         for (int i = 0; i < n; ++i) groups.back().push_back(i);
@@ -54,11 +55,15 @@ public:
         });
         // 11 bits for the difference of two DC coefficients, 10 for an AC coefficient.
         const int dcLow = std::max(1, bitsAbove(11, 2 * dcMax)), acFit = bitsAbove(10, acMax);
+        // Luma begins two bits up and chroma one, more only where a coefficient would have no category otherwise.
         const int plainLow = std::max(2, acFit), chromaLow = std::max(1, acFit);
         std::vector<int> plain, chroma;
         for (int i = 0; i < int(file.frame.components.size()); ++i)
+            // Cr goes ahead of Cb, as most encoders have it.
             isChroma(file.model, i) ? void(chroma.insert(chroma.begin(), i)) : plain.push_back(i);
 
+        // A rough picture first: DC, the lowest frequencies of luma, all of chroma; then what is left of luma, and bit by bit
+        // what was left out.
         dc(0, dcLow);
         ac(plain, 1, 5, 0, plainLow);
         ac(chroma, 1, 63, 0, chromaLow);
@@ -100,6 +105,7 @@ public:
             script.push_back(scan());
             check(script.back());
         }
+        // What no single scan can tell.
         if (script.empty()) throw Error("the scan script holds no scan");
         for (const Scan& s : script)
             if (isSequential(s) != isSequential(script[0]))
@@ -131,6 +137,7 @@ private:
             if (components[i] >= int(frame.components.size()))
                 fault("component " + std::to_string(components[i]) + "; the picture has " +
                       std::to_string(frame.components.size()));
+            // The order of the frame header is that of a scan (B.2.3).
             if (i > 0 && components[i] <= components[i - 1]) fault("components out of order");
         }
         int band[4] = {0, 63, 0, 0};
@@ -152,8 +159,10 @@ private:
             units += frame.components[std::size_t(c.index)].h * frame.components[std::size_t(c.index)].v;
         if (s.components.size() > 1 && units > kMaxScanUnits) fault("more than 10 blocks in an MCU");
         if (s.first > s.last || s.last > 63) fault("no band of coefficients");
+        // Of a band from 0 to 63 none of the bits may be left out: that is a sequential scan. Else DC stands alone (G.1.1.1.1).
         if (s.first == 0 && s.last != 0 && s.last != 63) fault("DC and AC coefficients together");
         if (s.first > 0 && s.components.size() > 1) fault("AC coefficients of several components");
+        // The lower bit is 0 to 13 (Table B.3), and a refinement is of one bit.
         if (s.low > 13 || (s.high != 0 && s.high != s.low + 1)) fault("bits that no scan can code");
         if (isSequential(s) && (s.high || s.low)) fault("a sequential scan of some of the bits");
         for (const ScanComponent& c : s.components) follow(s, low[std::size_t(c.index)]);

@@ -8,6 +8,7 @@ namespace codecs::jpeg {
 
 namespace {
 
+// The length of a segment counts itself (B.1.1.4).
 void segment(Output& out, int marker, int payload) {
     out.marker(marker);
     out.word(2 + payload);
@@ -28,6 +29,7 @@ void writeJfif(Output& out, const Density& density) {
     out.word(0); // no thumbnail
 }
 
+// Adobe Technical Note 5116: version, two words of flags, and how the colours were transformed.
 void writeAdobe(Output& out, int transform) {
     segment(out, APP14, 12);
     for (char c : std::string_view("Adobe")) out.byte(c);
@@ -45,6 +47,7 @@ void writeQuantTable(Output& out, int number, const QuantTable& table) {
     for (std::uint16_t q : table) words ? out.word(q) : out.byte(q);
 }
 
+// B.2.4.2.
 void writeHuffmanTable(Output& out, TableClass kind, int number, const HuffmanTable& table) {
     const int count = std::accumulate(table.bits.begin(), table.bits.end(), 0);
     segment(out, DHT, 17 + count);
@@ -71,6 +74,7 @@ void writeRestartInterval(Output& out, int mcus) {
     out.word(mcus);
 }
 
+// B.2.3.
 void writeScan(Output& out, const Frame& frame, const Scan& scan) {
     segment(out, SOS, 4 + 2 * int(scan.components.size()));
     out.byte(int(scan.components.size()));

@@ -17,19 +17,23 @@ CoefficientFile read(ByteSource& source, std::uint64_t maxPixels, Warnings& warn
     return collect(reader, warnings);
 }
 
-// The file as the options want it, scans apart.
+// The file as the options want it, scans apart. Luma alone comes first: its units are smaller than those of colours.
 CoefficientFile changed(CoefficientFile file, const TranscodeOptions& options, Warnings& warnings) {
     // A turn of the user's own leaves the orientation alone: who gives one knows how the picture is shown. Segments that
     // cannot be understood stay as they are, so that nobody need hear of them.
     Warnings none;
     const int orientation = orientationOf(metadataOf(file.application, none));
     const Turn turn = options.upright ? turnOf(orientation) : options.turn;
-    if (turn != Turn::none)
-        file.application =
-            turnedApplication(file.application, options.upright ? 1 : orientation, stepsOf(turn).exchanged, warnings);
-    if (options.strip) file.application = strippedApplication(file.application);
+    if (options.grey) file = withoutChroma(std::move(file));
     file = turned(std::move(file), turn, options.trim);
     if (options.part) file = cropped(std::move(file), *options.part, warnings);
+    if (options.strip)
+        file.application = strippedApplication(file.application);
+    else if (turn != Turn::none || options.part)
+        file.application = turnedApplication(
+            file.application,
+            {options.upright ? 1 : orientation, stepsOf(turn).exchanged, file.frame.width, file.frame.height},
+            warnings);
     if (options.restart >= 0) file.restart = options.restart;
     file.blocks.fillPadding();
     return file;

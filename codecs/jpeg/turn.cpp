@@ -44,6 +44,16 @@ CoefficientFile emptied(const CoefficientFile& file, const Frame& frame) {
     return out;
 }
 
+// Fills `to` with the blocks of the same components from an MCU of `from` on.
+void copyBlocks(const CoefficientFile& from, int left, int top, CoefficientFile& to) {
+    for (int i = 0; i < int(to.frame.components.size()); ++i) {
+        const Component& c = to.frame.components[std::size_t(i)];
+        for (int y = 0; y < to.frame.blockRows(c); ++y)
+            for (int x = 0; x < to.frame.blockColumns(c); ++x)
+                std::copy_n(from.blocks.block(i, left * c.h + x, top * c.v + y), kBlock, to.blocks.block(i, x, y));
+    }
+}
+
 // The length of a side without the part of a unit at its end.
 int trimmed(int length, int unit, bool trim, const char* side) {
     if (length % unit == 0) return length;
@@ -55,6 +65,21 @@ int trimmed(int length, int unit, bool trim, const char* side) {
 }
 
 } // namespace
+
+CoefficientFile withoutChroma(CoefficientFile file) {
+    if (file.model == Model::grey) return file;
+    if (file.model != Model::yCbCr) throw Error("a picture that is not stored as YCbCr has no luma to keep");
+    Frame frame = file.frame;
+    frame.components.resize(1);
+    Component& luma = frame.components[0];
+    luma.h = luma.v = 1; // one component is not sampled (A.2.2)
+    frame.setMaxima();
+    CoefficientFile out = emptied(file, frame);
+    out.model = Model::grey;
+    out.quant.resize(1);
+    copyBlocks(file, 0, 0, out);
+    return out;
+}
 
 CoefficientFile turned(CoefficientFile file, Turn turn, bool trim) {
     if (turn == Turn::none) return file;
@@ -97,12 +122,7 @@ CoefficientFile cropped(CoefficientFile file, const Part& part, Warnings& warnin
     frame.width = part.width + part.x - x;
     frame.height = part.height + part.y - y;
     CoefficientFile out = emptied(file, frame);
-    for (int i = 0; i < int(frame.components.size()); ++i) {
-        const Component& c = frame.components[std::size_t(i)];
-        for (int v = 0; v < frame.blockRows(c); ++v)
-            for (int u = 0; u < frame.blockColumns(c); ++u)
-                std::copy_n(file.blocks.block(i, left * c.h + u, top * c.v + v), kBlock, out.blocks.block(i, u, v));
-    }
+    copyBlocks(file, left, top, out);
     return out;
 }
 

@@ -6,6 +6,8 @@
 
 namespace codecs::jpeg {
 
+// The luma of a picture of YCbCr, which is a grey one; a grey one stays. An Error when it is neither.
+CoefficientFile withoutChroma(CoefficientFile file);
 // An Error when a side would begin with a part of a unit, unless such parts may be cut off.
 CoefficientFile turned(CoefficientFile file, Turn turn, bool trim);
 // An Error when the part is not inside. Tells where it begins when that is not where it was to.

@@ -116,17 +116,23 @@ int orientationOf(const Metadata& metadata) {
 void setOrientation(Metadata& metadata, int orientation) {
     auto directory = metadata.exif.empty() ? ExifDirectory{} : parseExif(metadata.exif);
     if (!directory || (directory->empty() && orientation == 1)) return;
-    if (const ExifEntry* entry = findEntry(*directory, kExifOrientation); entry && entry->value.size() == 2) {
-        // Where it stands: the rest, a maker's own notes included, stays as it is.
-        const bool little = metadata.exif[0] == 'I';
-        metadata.exif[entry->at + (little ? 0 : 1)] = std::uint8_t(orientation);
-        metadata.exif[entry->at + (little ? 1 : 0)] = 0;
-    } else if (entry || orientation != 1) {
-        // An entry that is no single number of 16 bits gives way to one that is.
-        std::erase_if(*directory, [](const ExifEntry& e) { return e.tag == kExifOrientation; });
-        directory->push_back(shortEntry(kExifOrientation, unsigned(orientation)));
-        metadata.exif = serialiseExif(*directory);
-    }
+    const ExifEntry* entry = findEntry(*directory, kExifOrientation);
+    // Where it stands, if it can be: the rest, a maker's own notes included, stays as it is.
+    if (entry && overwriteNumber(metadata.exif, *entry, unsigned(orientation))) return;
+    if (!entry && orientation == 1) return;
+    // An entry that is no single number gives way to one that is.
+    std::erase_if(*directory, [](const ExifEntry& e) { return e.tag == kExifOrientation; });
+    directory->push_back(shortEntry(kExifOrientation, unsigned(orientation)));
+    metadata.exif = serialiseExif(*directory);
+}
+
+void setPixelSize(Metadata& metadata, int width, int height) {
+    const auto directory = metadata.exif.empty() ? std::nullopt : parseExif(metadata.exif);
+    const ExifEntry* details = directory ? findEntry(*directory, kExifDetails) : nullptr;
+    if (!details) return;
+    for (const auto& [tag, size] : {std::pair{kExifWidth, width}, {kExifHeight, height}})
+        if (const ExifEntry* entry = findEntry(details->children, tag))
+            overwriteNumber(metadata.exif, *entry, unsigned(size));
 }
 
 Rows upright(Rows from) {

@@ -19,6 +19,8 @@ TurnSteps stepsOf(Turn turn);
 
 // Sets it in the EXIF, which is made where there is none.
 void setOrientation(Metadata& metadata, int orientation);
+// Sets the width and the height of the picture where the EXIF tells them.
+void setPixelSize(Metadata& metadata, int width, int height);
 
 // The rows as they are meant to be seen, with an orientation of 1. All but 2 hold the whole picture in memory.
 Rows upright(Rows from);

@@ -135,6 +135,85 @@ for n in 1 2 3 4 5 6 7 8; do
     check "$zmx" jpeg decode in$n.jpg up.raw --upright --format rgb
     [ "$(cat out)" = $size ] || bad "orientation $n: raw pixels of $(cat out)"
 done
+# A camera's files tell their resolution in the EXIF alone.
+cat >camera.py <<'P'
+from meta import *
+e = Image.Exif()
+e[282], e[283], e[296] = 240.0, 120.0, 2
+Image.new("RGB", (96, 64)).save("camera.jpg", exif=e.tobytes())
+data = open("camera.jpg", "rb").read()
+assert data[2:4] == b"\xff\xe0"
+open("camera.jpg", "wb").write(data[:2] + data[4 + (data[4] << 8 | data[5]):]) # without JFIF
+P
+check "$python" camera.py
+check "$zmx" jpeg decode camera.jpg camera.png --strict
+check "$python" -c 'from meta import *; assert dpi("camera.png") == (240, 120), dpi("camera.png")'
+
+# As two other programs see it. exiftool finds every tag of EXIF, GPS and XMP again in a PNG file and in the JPEG file that
+# is made of it; a TIFF file has no second resolution, nor place for the tags that say where the samples are.
+if command -v exiftool >/dev/null; then
+    tags() { exiftool -a -G1 -s -n -EXIF:all -GPS:all -XMP:all --XMPToolkit "$@"; }
+    check exiftool -q -overwrite_original -Make="a maker" -Model="a camera" -Artist=somebody -Copyright=none \
+        -DateTimeOriginal="2024:01:02 03:04:05" -ExposureTime=1/250 -FNumber=5.6 -GPSLatitude=48.5 -GPSLatitudeRef=N \
+        -GPSLongitude=11.25 -GPSLongitudeRef=E -XMP-dc:Title="a title" -XMP-dc:Subject=one -XMP-dc:Subject=two in6.jpg
+    tags in6.jpg >want.txt
+    checks=$((checks + 1))
+    [ "$(wc -l <want.txt)" -ge 20 ] || bad "exiftool has written $(wc -l <want.txt) tags"
+    check "$zmx" jpeg decode in6.jpg a.png --strict
+    check "$zmx" jpeg encode a.png b.jpg --strict
+    check "$zmx" jpeg transcode in6.jpg c.jpg --progressive --strict
+    for file in a.png b.jpg c.jpg; do
+        tags $file >got.txt
+        check diff want.txt got.txt
+    done
+    check "$zmx" jpeg decode in6.jpg a.tif --strict
+    check "$zmx" jpeg encode a.tif d.jpg --strict
+    tags d.jpg >got.txt
+    grep -v -E 'IFD0\].* (XResolution|YResolution|ResolutionUnit|YCbCrPositioning) ' want.txt >kept.txt
+    check diff kept.txt got.txt
+    # Upright: one tag is another one, and nothing else.
+    check "$zmx" jpeg transcode in6.jpg up.jpg --orient --strict
+    tags up.jpg >got.txt
+    checks=$((checks + 1))
+    [ "$(diff want.txt got.txt | grep -c '^>')" = 1 ] && grep -q 'Orientation *: 1$' got.txt || bad "upright: $(diff want.txt got.txt)"
+    # The size that the EXIF tells. jpegtran looks for it where nothing stands ahead.
+    check exiftool -q -overwrite_original -Orientation#=3 -ExifImageWidth=96 -ExifImageHeight=64 camera.jpg
+    for turn in "--rotate 90|-rotate 90" "--flip vertical|-flip vertical" "--crop 32,16,40,20|-crop 40x20+32+16"; do
+        # shellcheck disable=SC2086
+        check "$zmx" jpeg transcode camera.jpg a.jpg ${turn%|*} --strict
+        # shellcheck disable=SC2086
+        check jpegtran -copy all ${turn#*|} -outfile b.jpg camera.jpg
+        tags a.jpg >want.txt
+        tags b.jpg >got.txt
+        check diff want.txt got.txt
+    done
+    check "$zmx" jpeg transcode in6.jpg bare.jpg --strip
+    checks=$((checks + 1))
+    [ -z "$(tags bare.jpg)" ] || bad "--strip leaves $(tags bare.jpg)"
+else
+    echo "no exiftool"
+fi
+if command -v convert-im6.q16 >/dev/null; then
+    seen() { identify-im6.q16 -format '%x %y %U %[orientation] %wx%h' "$1" 2>/dev/null; }
+    profile() { convert-im6.q16 "$1" icc:- 2>/dev/null | cksum; }
+    check "$zmx" jpeg decode in6.jpg a.png --strict
+    check "$zmx" jpeg decode in6.jpg a.tif --strict
+    check "$zmx" jpeg encode a.tif b.jpg --strict
+    for file in a.png a.tif b.jpg; do
+        checks=$((checks + 1))
+        [ "$(profile $file)" = "$(profile in6.jpg)" ] || bad "$file: ImageMagick sees another profile"
+    done
+    checks=$((checks + 1))
+    [ "$(seen a.tif)" = "300 150 PixelsPerInch RightTop 96x64" ] || bad "ImageMagick sees $(seen a.tif)"
+    for n in 2 5 6 8; do
+        check "$zmx" jpeg decode in$n.jpg up.ppm --upright
+        check convert-im6.q16 in$n.jpg -auto-orient theirs.ppm
+        check "$zmx" image compare up.ppm theirs.ppm
+        awk '$1 == "max" { exit $2 > 3 }' out || bad "orientation $n: ImageMagick turns to another picture"
+    done
+else
+    echo "no ImageMagick"
+fi
 # EXIF that is cut or empty harms nothing.
 "$python" - <<'P'
 data = bytearray(open("in6.jpg", "rb").read())

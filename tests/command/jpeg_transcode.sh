@@ -48,6 +48,39 @@ for file in c.ppm odd.ppm g.pgm; do
         [ $file = g.pgm ] && break
     done
 done
+# The luma alone, whose units are 8 by 8.
+check cjpeg -quality 80 -sample 2x2 -outfile in.jpg odd.ppm
+for turn in "|" "${turns[@]}"; do
+    # shellcheck disable=SC2086
+    check "$zmx" jpeg transcode in.jpg o.jpg --gray ${turn%|*} --trim --strict
+    # shellcheck disable=SC2086
+    same o.jpg -grayscale ${turn#*|} -trim
+done
+check "$zmx" jpeg transcode in.jpg o.jpg --gray --crop 8,24,30,11 --strict
+same o.jpg -grayscale -crop 30x11+8+24
+check cjpeg -rgb -outfile rgb.jpg c.ppm
+checks=$((checks + 1))
+"$zmx" jpeg transcode rgb.jpg refused.jpg --gray 2>err && bad "RGB has a luma"
+grep -q "no luma to keep" err || bad "RGB: $(cat err)"
+# Scans and intervals of one's own.
+cat >script.txt <<'S'
+0,1,2: 0-0, 0, 1;
+0: 1-9, 0, 2; 0: 10-63, 0, 2;
+0: 1-63, 2, 1; 0: 1-63, 1, 0;
+2: 1-63, 0, 0; 1: 1-63, 0, 0;
+0,1,2: 0-0, 1, 0;
+S
+check cjpeg -quality 80 -sample 2x2 -outfile in.jpg c.ppm
+for options in "--scans script.txt|-scans script.txt" "--progressive --restart 5|-progressive -restart 5B" "--restart 0|-restart 0"; do
+    # shellcheck disable=SC2086
+    check "$zmx" jpeg transcode in.jpg o.jpg ${options%|*} --strict
+    # shellcheck disable=SC2086
+    jpegtran -copy none ${options#*|} -outfile want.jpg in.jpg && "$zmx" jpeg info want.jpg >want.txt && "$zmx" jpeg info o.jpg >got.txt
+    checks=$((checks + 1))
+    diff <(grep -E "^scans|^restart|SOS" want.txt | sed 's/.*: //') <(grep -E "^scans|^restart|SOS" got.txt | sed 's/.*: //') >log ||
+        bad "$options: other scans: $(cat log)"
+    same o.jpg
+done
 # Without --trim a side is turned whole or not at all.
 check cjpeg -sample 2x2 -outfile in.jpg odd.ppm
 for turn in "--rotate 180" "--flip horizontal" "--rotate 90"; do
