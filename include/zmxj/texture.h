@@ -33,7 +33,7 @@ extern "C" {
  *
  *  \param pSrc     the first block, 8 bytes each; ceil(width / 4) x ceil(height / 4) of them, without a row step
  *  \param pDst     the first pixel: four bytes R, G, B, A, each 0 to 255
- *  \param dstStep  bytes between the starts of two rows of pDst; any value but 0, and one above 2^31 steps backward
+ *  \param dstStep  bytes between the starts of two rows of pDst; any value but 0; unsigned, so never backward
  *  \param roiSize  width and height in pixels, each at least 1; no multiples of 4 are needed
  *  \return  zmxStsNullPtrErr when pSrc or pDst is null; zmxStsStepErr when dstStep is exactly 0; zmxStsSizeErr when
  *           the width or the height of roiSize is below 1; zmxStsNoErr otherwise
@@ -50,7 +50,7 @@ ZMXJ_API ZmxStatus zmxiTextureDecodeBlockToRGBA_DXT1_8u_C1C4R(const Zmx8u* pSrc,
  *
  *  \param pSrc     the first block, 16 bytes each; ceil(width / 4) x ceil(height / 4) of them, without a row step
  *  \param pDst     the first pixel: four bytes R, G, B, A, each 0 to 255
- *  \param dstStep  bytes between the starts of two rows of pDst; any value but 0, and one above 2^31 steps backward
+ *  \param dstStep  bytes between the starts of two rows of pDst; any value but 0; unsigned, so never backward
  *  \param roiSize  width and height in pixels, each at least 1; no multiples of 4 are needed
  *  \return  zmxStsNullPtrErr when pSrc or pDst is null; zmxStsStepErr when dstStep is exactly 0; zmxStsSizeErr when
  *           the width or the height of roiSize is below 1; zmxStsNoErr otherwise
@@ -67,7 +67,7 @@ ZMXJ_API ZmxStatus zmxiTextureDecodeBlockToRGBA_DXT3_8u_C1C4R(const Zmx8u* pSrc,
  *
  *  \param pSrc     the first block, 16 bytes each; ceil(width / 4) x ceil(height / 4) of them, without a row step
  *  \param pDst     the first pixel: four bytes R, G, B, A, each 0 to 255
- *  \param dstStep  bytes between the starts of two rows of pDst; any value but 0, and one above 2^31 steps backward
+ *  \param dstStep  bytes between the starts of two rows of pDst; any value but 0; unsigned, so never backward
  *  \param roiSize  width and height in pixels, each at least 1; no multiples of 4 are needed
  *  \return  zmxStsNullPtrErr when pSrc or pDst is null; zmxStsStepErr when dstStep is exactly 0; zmxStsSizeErr when
  *           the width or the height of roiSize is below 1; zmxStsNoErr otherwise
@@ -84,7 +84,7 @@ ZMXJ_API ZmxStatus zmxiTextureDecodeBlockToRGBA_DXT5_8u_C1C4R(const Zmx8u* pSrc,
  *
  *  \param pSrc     the first block, 16 bytes each; ceil(width / 4) x ceil(height / 4) of them, without a row step
  *  \param pDst     the first pixel: four bytes R, G, B, A, each 0 to 255
- *  \param dstStep  bytes between the starts of two rows of pDst; any value but 0, and one above 2^31 steps backward
+ *  \param dstStep  bytes between the starts of two rows of pDst; any value but 0; unsigned, so never backward
  *  \param roiSize  width and height in pixels, each at least 1; no multiples of 4 are needed
  *  \return  zmxStsNullPtrErr when pSrc or pDst is null; zmxStsStepErr when dstStep is exactly 0; zmxStsSizeErr when
  *           the width or the height of roiSize is below 1; zmxStsNoErr otherwise
@@ -103,7 +103,7 @@ ZMXJ_API ZmxStatus zmxiTextureDecodeBlockToRGBA_BC7_8u_C1C4R(const Zmx8u* pSrc, 
  *  Any address and any step will do. Source and destination do not overlap.
  *
  *  \param pSrc     the first pixel: four bytes R, G, B, A, each 0 to 255
- *  \param srcStep  bytes between the starts of two rows of pSrc; any value but 0, and one above 2^31 steps backward
+ *  \param srcStep  bytes between the starts of two rows of pSrc; any value but 0; unsigned, so never backward
  *  \param roiSize  width and height in pixels, each at least 1; no multiples of 4 are needed
  *  \param pDst     the first block, 8 bytes each; ceil(width / 4) x ceil(height / 4) of them, without a row step
  *  \return  zmxStsNullPtrErr when pSrc or pDst is null; zmxStsStepErr when srcStep is exactly 0; zmxStsSizeErr when
@@ -119,7 +119,7 @@ ZMXJ_API ZmxStatus zmxiTextureEncodeBlockFromRGBA_DXT1_8u_C4C1R(const Zmx8u* pSr
  *  Any address and any step will do. Source and destination do not overlap.
  *
  *  \param pSrc     the first pixel: four bytes R, G, B, A, each 0 to 255
- *  \param srcStep  bytes between the starts of two rows of pSrc; any value but 0, and one above 2^31 steps backward
+ *  \param srcStep  bytes between the starts of two rows of pSrc; any value but 0; unsigned, so never backward
  *  \param roiSize  width and height in pixels, each at least 1; no multiples of 4 are needed
  *  \param pDst     the first block, 16 bytes each; ceil(width / 4) x ceil(height / 4) of them, without a row step
  *  \return  zmxStsNullPtrErr when pSrc or pDst is null; zmxStsStepErr when srcStep is exactly 0; zmxStsSizeErr when
@@ -136,7 +136,7 @@ ZMXJ_API ZmxStatus zmxiTextureEncodeBlockFromRGBA_DXT3_8u_C4C1R(const Zmx8u* pSr
  *  Any address and any step will do. Source and destination do not overlap.
  *
  *  \param pSrc     the first pixel: four bytes R, G, B, A, each 0 to 255
- *  \param srcStep  bytes between the starts of two rows of pSrc; any value but 0, and one above 2^31 steps backward
+ *  \param srcStep  bytes between the starts of two rows of pSrc; any value but 0; unsigned, so never backward
  *  \param roiSize  width and height in pixels, each at least 1; no multiples of 4 are needed
  *  \param pDst     the first block, 16 bytes each; ceil(width / 4) x ceil(height / 4) of them, without a row step
  *  \return  zmxStsNullPtrErr when pSrc or pDst is null; zmxStsStepErr when srcStep is exactly 0; zmxStsSizeErr when
@@ -171,7 +171,7 @@ ZMXJ_API ZmxStatus zmxiTextureEncodeBlockFromRGBA_DXT5_8u_C4C1R(const Zmx8u* pSr
  *  Any address and any step will do. Source and destination do not overlap.
  *
  *  \param pSrc     the first pixel: three bytes Y, Co, Cg, each 0 to 255, chroma with 128 as its zero
- *  \param srcStep  bytes between the starts of two rows of pSrc; any value but 0, and one above 2^31 steps backward
+ *  \param srcStep  bytes between the starts of two rows of pSrc; any value but 0; unsigned, so never backward
  *  \param roiSize  width and height in pixels, each at least 1; no multiples of 4 are needed
  *  \param pDst     the first block, 16 bytes each; ceil(width / 4) x ceil(height / 4) of them, without a row step
  *  \return  zmxStsNullPtrErr when pSrc or pDst is null; zmxStsStepErr when srcStep is exactly 0; zmxStsSizeErr when

@@ -30,7 +30,7 @@ extern "C" {
  *  A run of exactly two bytes between two literals is absorbed into the literal packet where that holds fewer than
  *  126 bytes, which saves a header.
  *
- *  A row of n bytes takes at most n + (n + 127) / 128 bytes: one header for 128 literals.
+ *  A row of n bytes takes at most n + (n + 4) / 5 bytes: the worst is two runs of two and a lone byte, over and over.
  *
  *  \par Buffers
  *  Any address will do. Row and stream do not overlap.
