@@ -126,7 +126,7 @@ ZMXJ_API ZmxStatus zmxiDecodeCBProgrFree_JPEG2K(ZmxiDecodeCBProgrState* pState);
  *  A size above the one that the state was made for is not tested: it overruns the state.
  *
  *  \par Buffers
- *  Samples aligned for 32-bit words, and dstStep a multiple of 4. Samples and state do not overlap.
+ *  Samples at any address and with any step. Samples and state do not overlap.
  *
  *  \param pDst        the block's samples, sign-magnitude, bit 0 being the lowest coded plane; zeroed first unless
  *                     ZMX_CB_KEEP_DST is set. The state refers to it until the last step
@@ -212,8 +212,8 @@ ZMXJ_API ZmxStatus zmxiDecodeCBProgrStep_JPEG2K(const Zmx8u* pSrc, int srcLen, Z
  *  A size above the one that the buffer was made for is not tested: it overruns the buffer.
  *
  *  \par Buffers
- *  Segments at any address, samples aligned for 32-bit words with dstStep a multiple of 4, the buffer aligned for
- *  pointers. Nothing overlaps.
+ *  Segments at any address, samples at any address and with any step, the buffer aligned for pointers. Nothing
+ *  overlaps.
  *
  *  \param pSrc            the first segment
  *  \param pDst            the block's samples, sign-magnitude, bit 0 being the lowest coded plane
@@ -275,7 +275,7 @@ ZMXJ_API ZmxStatus zmxiEncodeFree_JPEG2K(ZmxiEncodeState_JPEG2K* pState);
  *  A size above the one that the state was made for is not tested: it overruns the state.
  *
  *  \par Buffers
- *  Samples aligned for 32-bit words, and srcStep a multiple of 4. Samples and state do not overlap.
+ *  Samples at any address and with any step. Samples and state do not overlap.
  *
  *  \param pSrc          the block's samples, sign-magnitude
  *  \param srcStep       bytes between the starts of two rows, at least 1

@@ -31,7 +31,7 @@ extern "C" {
 /** Forward DCT and quantisation of a block.
  *
  *  \par Buffers
- *  Any address will do. pDst may be pSrc; the table overlaps neither.
+ *  Block and table aligned for 16-bit elements. pDst may be pSrc; the table overlaps neither.
  *
  *  \param pSrc            64 samples around zero
  *  \param pDst            64 quantised coefficients
@@ -42,7 +42,7 @@ ZMXJ_API ZmxStatus zmxiDCTQuantFwd8x8_JPEG_16s_C1(const Zmx16s* pSrc, Zmx16s* pD
 /** Forward DCT and quantisation of a block, in place.
  *
  *  \par Buffers
- *  Any address will do. The table does not overlap the block.
+ *  Block and table aligned for 16-bit elements. They do not overlap.
  *
  *  \param pSrcDst         64 samples around zero, replaced by 64 quantised coefficients
  *  \param pQuantFwdTable  64 reciprocals in natural order, from zmxiQuantFwdTableInit_JPEG_8u16u()
@@ -53,8 +53,7 @@ ZMXJ_API ZmxStatus zmxiDCTQuantFwd8x8_JPEG_16s_C1I(Zmx16s* pSrcDst, const Zmx16u
 /** Level shift by 128, forward DCT and quantisation of 8 rows of 8 samples of a picture.
  *
  *  \par Buffers
- *  Any address and any step will do, also for elements of two and four bytes. Block, picture and table do not
- *  overlap.
+ *  The picture at any address and with any step; block and table aligned for their elements. They do not overlap.
  *
  *  \param pSrc            the top-left sample, 0..255
  *  \param srcStep         bytes between the starts of two source rows, at least 1; no multiple of anything
@@ -70,8 +69,7 @@ ZMXJ_API ZmxStatus zmxiDCTQuantFwd8x8LS_JPEG_8u16s_C1R(const Zmx8u* pSrc, int sr
  *  Single-precision DCT, multiplication by the table, rounding to nearest with ties to even, saturation to 16 bits.
  *
  *  \par Buffers
- *  Any address and any step will do, also for elements of two and four bytes. Block, picture and table do not
- *  overlap.
+ *  The picture at any address and with any step; block and table aligned for their elements. They do not overlap.
  *
  *  \param pSrc            the top-left sample, 0..4095
  *  \param srcStep         bytes between the starts of two source rows, at least 1; no multiple of anything
@@ -86,7 +84,7 @@ ZMXJ_API ZmxStatus zmxiDCTQuantFwd8x8LS_JPEG_16u16s_C1R(const Zmx16u* pSrc, int 
 /** Dequantisation and inverse DCT of a block.
  *
  *  \par Buffers
- *  Any address will do. pDst may be pSrc; the table overlaps neither.
+ *  Block and table aligned for 16-bit elements. pDst may be pSrc; the table overlaps neither.
  *
  *  \param pSrc            64 quantised coefficients
  *  \param pDst            64 samples around zero
@@ -97,7 +95,7 @@ ZMXJ_API ZmxStatus zmxiDCTQuantInv8x8_JPEG_16s_C1(const Zmx16s* pSrc, Zmx16s* pD
 /** Dequantisation and inverse DCT of a block, in place.
  *
  *  \par Buffers
- *  Any address will do. The table does not overlap the block.
+ *  Block and table aligned for 16-bit elements. They do not overlap.
  *
  *  \param pSrcDst         64 quantised coefficients, replaced by 64 samples around zero
  *  \param pQuantInvTable  64 divisors in natural order, from zmxiQuantInvTableInit_JPEG_8u16u()
@@ -108,8 +106,7 @@ ZMXJ_API ZmxStatus zmxiDCTQuantInv8x8_JPEG_16s_C1I(Zmx16s* pSrcDst, const Zmx16u
 /** Dequantisation, inverse DCT, level shift by 128 and saturation to 0..255, into a picture.
  *
  *  \par Buffers
- *  Any address and any step will do, also for elements of two and four bytes. Block, picture and table do not
- *  overlap.
+ *  The picture at any address and with any step; block and table aligned for their elements. They do not overlap.
  *
  *  \param pSrc            64 quantised coefficients
  *  \param pDst            the top-left sample; 8 rows of 8 samples are written
@@ -125,8 +122,7 @@ ZMXJ_API ZmxStatus zmxiDCTQuantInv8x8LS_JPEG_16s8u_C1R(const Zmx16s* pSrc, Zmx8u
  *  The product is not saturated first, the shift takes the floor; nothing but element 0 of block and table is read.
  *
  *  \par Buffers
- *  Any address and any step will do, also for elements of two and four bytes. Block, picture and table do not
- *  overlap.
+ *  The picture at any address and with any step; block and table aligned for their elements. They do not overlap.
  *
  *  \param pSrc            64 quantised coefficients
  *  \param pDst            the top-left sample; 8 rows of 8 samples are written
@@ -142,8 +138,7 @@ ZMXJ_API ZmxStatus zmxiDCTQuantInv8x8LS_1x1_JPEG_16s8u_C1R(const Zmx16s* pSrc, Z
  *  What stands outside has no effect.
  *
  *  \par Buffers
- *  Any address and any step will do, also for elements of two and four bytes. Block, picture and table do not
- *  overlap.
+ *  The picture at any address and with any step; block and table aligned for their elements. They do not overlap.
  *
  *  \param pSrc            64 quantised coefficients
  *  \param pDst            the top-left sample; 8 rows of 8 samples are written
@@ -159,8 +154,7 @@ ZMXJ_API ZmxStatus zmxiDCTQuantInv8x8LS_2x2_JPEG_16s8u_C1R(const Zmx16s* pSrc, Z
  *  What stands outside has no effect; the result may differ from that of the full transform in the last bit.
  *
  *  \par Buffers
- *  Any address and any step will do, also for elements of two and four bytes. Block, picture and table do not
- *  overlap.
+ *  The picture at any address and with any step; block and table aligned for their elements. They do not overlap.
  *
  *  \param pSrc            64 quantised coefficients
  *  \param pDst            the top-left sample; 8 rows of 8 samples are written
@@ -176,8 +170,7 @@ ZMXJ_API ZmxStatus zmxiDCTQuantInv8x8LS_4x4_JPEG_16s8u_C1R(const Zmx16s* pSrc, Z
  *  Dequantisation, reduced transform, level shift by 128, saturation to 0..255.
  *
  *  \par Buffers
- *  Any address and any step will do, also for elements of two and four bytes. Block, picture and table do not
- *  overlap.
+ *  The picture at any address and with any step; block and table aligned for their elements. They do not overlap.
  *
  *  \param pSrc            64 quantised coefficients
  *  \param pDst            the top-left sample; 2 rows of 2 samples are written
@@ -193,8 +186,7 @@ ZMXJ_API ZmxStatus zmxiDCTQuantInv8x8To2x2LS_JPEG_16s8u_C1R(const Zmx16s* pSrc, 
  *  Dequantisation, reduced transform, level shift by 128, saturation to 0..255.
  *
  *  \par Buffers
- *  Any address and any step will do, also for elements of two and four bytes. Block, picture and table do not
- *  overlap.
+ *  The picture at any address and with any step; block and table aligned for their elements. They do not overlap.
  *
  *  \param pSrc            64 quantised coefficients
  *  \param pDst            the top-left sample; 4 rows of 4 samples are written
@@ -210,8 +202,7 @@ ZMXJ_API ZmxStatus zmxiDCTQuantInv8x8To4x4LS_JPEG_16s8u_C1R(const Zmx16s* pSrc, 
  *  Multiplication by the table, single-precision inverse DCT, rounding to nearest with ties to even.
  *
  *  \par Buffers
- *  Any address and any step will do, also for elements of two and four bytes. Block, picture and table do not
- *  overlap.
+ *  The picture at any address and with any step; block and table aligned for their elements. They do not overlap.
  *
  *  \param pSrc            64 quantised coefficients
  *  \param pDst            the top-left sample; 8 rows of 8 samples are written
@@ -226,7 +217,7 @@ ZMXJ_API ZmxStatus zmxiDCTQuantInv8x8LS_JPEG_16s16u_C1R(const Zmx16s* pSrc, Zmx1
 /** Quantises 64 coefficients in place.
  *
  *  \par Buffers
- *  Any address will do. The table does not overlap the block.
+ *  Block and table aligned for 16-bit elements. They do not overlap.
  *
  *  \param pSrcDst         64 coefficients, replaced by quantised ones
  *  \param pQuantFwdTable  64 reciprocals in natural order, from zmxiQuantFwdTableInit_JPEG_8u16u()
@@ -237,7 +228,7 @@ ZMXJ_API ZmxStatus zmxiQuantFwd8x8_JPEG_16s_C1I(Zmx16s* pSrcDst, const Zmx16u* p
 /** Dequantises 64 coefficients in place.
  *
  *  \par Buffers
- *  Any address will do. The table does not overlap the block.
+ *  Block and table aligned for 16-bit elements. They do not overlap.
  *
  *  \param pSrcDst         64 quantised coefficients, replaced by coefficients
  *  \param pQuantInvTable  64 divisors in natural order, from zmxiQuantInvTableInit_JPEG_8u16u()
@@ -264,7 +255,7 @@ ZMXJ_API ZmxStatus zmxiQuantFwdRawTableInit_JPEG_8u(Zmx8u* pQuantRawTable, int q
 /** Makes the forward table of the 8-bit paths: 32768 / divisor to the nearest integer, ties to even.
  *
  *  \par Buffers
- *  Any address will do. The two tables do not overlap.
+ *  The raw table at any address, the other aligned for 16-bit elements. They do not overlap.
  *
  *  \param pQuantRawTable  64 divisors in zig-zag order, as in a DQT segment (ITU-T T.81, B.2.4.1)
  *  \param pQuantFwdTable  out: 64 reciprocals in natural order; the entry of a zero divisor is 65535
@@ -276,7 +267,7 @@ ZMXJ_API ZmxStatus zmxiQuantFwdTableInit_JPEG_8u16u(const Zmx8u* pQuantRawTable,
 /** Makes the inverse table of the 8-bit paths: the divisors themselves.
  *
  *  \par Buffers
- *  Any address will do. The two tables do not overlap.
+ *  The raw table at any address, the other aligned for 16-bit elements. They do not overlap.
  *
  *  \param pQuantRawTable  64 divisors in zig-zag order, as in a DQT segment (ITU-T T.81, B.2.4.1)
  *  \param pQuantInvTable  out: 64 divisors in natural order

@@ -265,7 +265,8 @@ ZMXJ_API ZmxStatus zmxiEncodeHuffmanRawTableInit_JPEG_8u(const Zmx32s* pStatisti
 /** Decodes a block of a sequential scan (ITU-T T.81, F.2.2).
  *
  *  \par Buffers
- *  Streams and blocks at any address; tables and states aligned for 32-bit words. Nothing overlaps.
+ *  The stream at any address; the block aligned for 16-bit elements, tables and states for 32-bit words. Nothing
+ *  overlaps.
  *
  *  \param pSrc           the start of the entropy-coded data
  *  \param nSrcLen        its length in bytes; 0 is legal
@@ -297,7 +298,8 @@ ZMXJ_API ZmxStatus zmxiDecodeHuffman8x8_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSr
  *  elsewhere are read beyond their end.
  *
  *  \par Buffers
- *  Streams and blocks at any address; tables and states aligned for 32-bit words. Nothing overlaps.
+ *  The stream at any address; the block aligned for 16-bit elements, tables and states for 32-bit words. Nothing
+ *  overlaps.
  *
  *  \param pSrc                     the start of the entropy-coded data, which a marker ends
  *  \param pSrcBitsLen              in and out: the position in bits; the caller sets it to 8 times the first byte.
@@ -333,7 +335,8 @@ ZMXJ_API ZmxStatus zmxiDecodeHuffman8x8_Direct_JPEG_1u16s_C1(const Zmx8u* pSrc, 
  *  cannot occur.
  *
  *  \par Buffers
- *  Streams and blocks at any address; tables and states aligned for 32-bit words. Nothing overlaps.
+ *  The stream at any address; the block aligned for 16-bit elements, tables and states for 32-bit words. Nothing
+ *  overlaps.
  *
  *  \param pSrc           64 coefficients in natural order; not looked at in a flush
  *  \param pDst           the start of the destination
@@ -363,7 +366,8 @@ ZMXJ_API ZmxStatus zmxiEncodeHuffman8x8_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u*
  *  it with one-bits, and stuffs a zero behind it if it became 0xFF. A symbol without a code is passed over.
  *
  *  \par Buffers
- *  Streams and blocks at any address; tables and states aligned for 32-bit words. Nothing overlaps.
+ *  The stream at any address; the block aligned for 16-bit elements, tables and states for 32-bit words. Nothing
+ *  overlaps.
  *
  *  \param pSrc         64 coefficients in natural order
  *  \param pDst         the start of the destination
@@ -382,7 +386,7 @@ ZMXJ_API ZmxStatus zmxiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(const Zmx16s* pSrc,
 /** Counts the symbols of a block of a sequential scan, for zmxiEncodeHuffmanRawTableInit_JPEG_8u().
  *
  *  \par Buffers
- *  Block at any address, counts aligned for 32-bit words. Nothing overlaps.
+ *  The block aligned for 16-bit elements, counts for 32-bit words. Nothing overlaps.
  *
  *  \param pSrc           64 coefficients in natural order
  *  \param pDcStatistics  in and out: the count of each DC symbol, 0 to 15; the caller clears it ahead of the first

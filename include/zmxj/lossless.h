@@ -40,7 +40,7 @@ extern "C" {
  *  left neighbour.
  *
  *  \par Buffers
- *  Any address will do. pSrc and pDst do not overlap.
+ *  Rows aligned for 16-bit elements. pSrc and pDst do not overlap.
  *
  *  \param pSrc    nWidth samples
  *  \param pDst    nWidth differences
@@ -57,7 +57,7 @@ ZMXJ_API ZmxStatus zmxiDiffPredFirstRow_JPEG_16s_C1(const Zmx16s* pSrc, Zmx16s* 
  *  The inverse of zmxiDiffPredFirstRow_JPEG_16s_C1().
  *
  *  \par Buffers
- *  Any address will do. pSrc and pDst do not overlap.
+ *  Rows aligned for 16-bit elements. pSrc and pDst do not overlap.
  *
  *  \param pSrc    nWidth differences
  *  \param pDst    nWidth samples
@@ -76,7 +76,7 @@ ZMXJ_API ZmxStatus zmxiReconstructPredFirstRow_JPEG_16s_C1(const Zmx16s* pSrc, Z
  *  head of this page.
  *
  *  \par Buffers
- *  Any address will do. pSrc, pPrevRow and pDst do not overlap.
+ *  Rows aligned for 16-bit elements. pSrc, pPrevRow and pDst do not overlap.
  *
  *  \param pSrc       nWidth samples
  *  \param pPrevRow   nWidth samples of the row above
@@ -93,7 +93,7 @@ ZMXJ_API ZmxStatus zmxiDiffPredRow_JPEG_16s_C1(const Zmx16s* pSrc, const Zmx16s*
  *  The inverse of zmxiDiffPredRow_JPEG_16s_C1().
  *
  *  \par Buffers
- *  Any address will do. pSrc, pPrevRow and pDst do not overlap.
+ *  Rows aligned for 16-bit elements. pSrc, pPrevRow and pDst do not overlap.
  *
  *  \param pSrc       nWidth differences
  *  \param pPrevRow   nWidth samples of the reconstructed row above
@@ -111,7 +111,8 @@ ZMXJ_API ZmxStatus zmxiReconstructPredRow_JPEG_16s_C1(const Zmx16s* pSrc, const 
  *  The symbol 16, or above, is -32768 and has no further bits.
  *
  *  \par Buffers
- *  Streams and rows at any address; tables and states aligned for 32-bit words. Nothing overlaps.
+ *  The stream at any address; rows aligned for 16-bit elements, tables and states for 32-bit words. Nothing
+ *  overlaps.
  *
  *  \param pSrc           the start of the entropy-coded data
  *  \param nSrcLen        its length in bytes, at least 1
@@ -136,7 +137,8 @@ ZMXJ_API ZmxStatus zmxiDecodeHuffmanOne_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSr
  *  bits.
  *
  *  \par Buffers
- *  Streams and rows at any address; tables and states aligned for 32-bit words. Nothing overlaps.
+ *  The stream at any address; rows aligned for 16-bit elements, tables and states for 32-bit words. Nothing
+ *  overlaps.
  *
  *  \param pSrc            the start of the entropy-coded data
  *  \param nSrcLen         its length in bytes, at least 1
@@ -167,7 +169,8 @@ ZMXJ_API ZmxStatus zmxiDecodeHuffmanRow_JPEG_1u16s_C1P4(const Zmx8u* pSrc, int n
  *  zero.
  *
  *  \par Buffers
- *  Streams and rows at any address; tables and states aligned for 32-bit words. Nothing overlaps.
+ *  The stream at any address; rows aligned for 16-bit elements, tables and states for 32-bit words. Nothing
+ *  overlaps.
  *
  *  \param pSrc           one difference; not looked at in a flush
  *  \param pDst           the start of the destination
@@ -190,7 +193,8 @@ ZMXJ_API ZmxStatus zmxiEncodeHuffmanOne_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u*
  *  Writes at most 8 bytes a difference.
  *
  *  \par Buffers
- *  Streams and rows at any address; tables and states aligned for 32-bit words. Nothing overlaps.
+ *  The stream at any address; rows aligned for 16-bit elements, tables and states for 32-bit words. Nothing
+ *  overlaps.
  *
  *  \param pSrcPlanes      nPlanes rows of nWidth differences; not looked at in a flush
  *  \param nWidth          samples in a row, at least 1; not looked at in a flush
@@ -216,7 +220,7 @@ ZMXJ_API ZmxStatus zmxiEncodeHuffmanRow_JPEG_16s1u_P4C1(const Zmx16s* const pSrc
 /** Counts the symbol of one difference, for zmxiEncodeHuffmanRawTableInit_JPEG_8u().
  *
  *  \par Buffers
- *  Any address will do.
+ *  The difference aligned for 16-bit elements, the counts for 32-bit words. They do not overlap.
  *
  *  \param pSrc         one difference
  *  \param pStatistics  in and out: the count of each symbol, 0 to 16; the caller clears it ahead of the first, and

@@ -42,7 +42,8 @@ extern "C" {
  *  unit is written.
  *
  *  \par Buffers
- *  Any address and any step will do, also for elements of two and four bytes. Source and destination do not overlap.
+ *  Pixels at any address and with any step, also of 16 bits; blocks aligned for 16-bit elements. Source and
+ *  destination do not overlap.
  *
  *  \param pSrcMCU  the planes Y, Cb, Cr of the unit; planes 1 and 2 have one block, the first as many as the unit
  *                  has 8 x 8 pixels
@@ -81,7 +82,8 @@ ZMXJ_API ZmxStatus zmxiYCbCr411ToBGRLS_MCU_16s8u_P3C3R(const Zmx16s* const pSrcM
  *  rectangle of the unit is written.
  *
  *  \par Buffers
- *  Any address and any step will do, also for elements of two and four bytes. Source and destination do not overlap.
+ *  Pixels at any address and with any step, also of 16 bits; blocks aligned for 16-bit elements. Source and
+ *  destination do not overlap.
  *
  *  \param pSrcMCU  the planes Y, Cb, Cr of the unit; planes 1 and 2 have one block, the first as many as the unit
  *                  has 8 x 8 pixels
@@ -107,7 +109,8 @@ ZMXJ_API ZmxStatus zmxiYCbCr411ToBGR555LS_MCU_16s16u_P3C3R(const Zmx16s* const p
  *  unit is written.
  *
  *  \par Buffers
- *  Any address and any step will do, also for elements of two and four bytes. Source and destination do not overlap.
+ *  Pixels at any address and with any step, also of 16 bits; blocks aligned for 16-bit elements. Source and
+ *  destination do not overlap.
  *
  *  \param pSrcMCU  the planes Y, Cb, Cr of the unit; planes 1 and 2 have one block, the first as many as the unit
  *                  has 8 x 8 pixels
@@ -135,7 +138,8 @@ ZMXJ_API ZmxStatus zmxiYCbCr411ToBGR565LS_MCU_16s16u_P3C3R(const Zmx16s* const p
  *  written.
  *
  *  \par Buffers
- *  Any address and any step will do, also for elements of two and four bytes. Source and destination do not overlap.
+ *  Pixels at any address and with any step, also of 16 bits; blocks aligned for 16-bit elements. Source and
+ *  destination do not overlap.
  *
  *  \param pSrcMCU  the planes Y, Cb, Cr, K of the unit; planes 1 and 2 have one block, the others as many as the
  *                  unit has 8 x 8 pixels
@@ -160,7 +164,8 @@ ZMXJ_API ZmxStatus zmxiYCCK411ToCMYKLS_MCU_16s8u_P4C4R(const Zmx16s* const pSrcM
  *  Each sample plus 128, saturated; the chroma is replicated. The full rectangle of the unit is written.
  *
  *  \par Buffers
- *  Any address and any step will do, also for elements of two and four bytes. Source and destination do not overlap.
+ *  Pixels at any address and with any step, also of 16 bits; blocks aligned for 16-bit elements. Source and
+ *  destination do not overlap.
  *
  *  \param pSrcMCU  the planes Y, Cb, Cr of the unit; planes 1 and 2 have one block, the first as many as the unit
  *                  has 8 x 8 pixels
@@ -185,7 +190,8 @@ ZMXJ_API ZmxStatus zmxiSampleUp411LS_MCU_16s8u_P3C3R(const Zmx16s* const pSrcMCU
  *  Each sample plus 128, saturated. The full rectangle of the unit is written.
  *
  *  \par Buffers
- *  Any address and any step will do, also for elements of two and four bytes. Source and destination do not overlap.
+ *  Pixels at any address and with any step, also of 16 bits; blocks aligned for 16-bit elements. Source and
+ *  destination do not overlap.
  *
  *  \param pSrcMCU  the planes Y (two blocks), Cb and Cr (one block each) of the unit
  *  \param pDst     the top-left pair of the unit; 8 pairs of four bytes a row
@@ -208,7 +214,8 @@ ZMXJ_API ZmxStatus zmxiJoin422LS_MCU_16s8u_P3C2R(const Zmx16s* const pSrcMCU[3],
  *  The full rectangle of the unit is read.
  *
  *  \par Buffers
- *  Any address and any step will do, also for elements of two and four bytes. Source and destination do not overlap.
+ *  Pixels at any address and with any step, also of 16 bits; blocks aligned for 16-bit elements. Source and
+ *  destination do not overlap.
  *
  *  \param pSrc     the top-left pixel of the unit; three bytes a pixel
  *  \param srcStep  bytes between the starts of two source rows, at least 1; no multiple of anything
@@ -236,7 +243,8 @@ ZMXJ_API ZmxStatus zmxiBGRToYCbCr411LS_MCU_8u16s_C3P3R(const Zmx8u* pSrc, int sr
  *  is ignored. The full rectangle of the unit is read.
  *
  *  \par Buffers
- *  Any address and any step will do, also for elements of two and four bytes. Source and destination do not overlap.
+ *  Pixels at any address and with any step, also of 16 bits; blocks aligned for 16-bit elements. Source and
+ *  destination do not overlap.
  *
  *  \param pSrc     the top-left pixel of the unit; one 16-bit word a pixel
  *  \param srcStep  bytes between the starts of two source rows, at least 1; no multiple of anything
@@ -261,7 +269,8 @@ ZMXJ_API ZmxStatus zmxiBGR555ToYCbCr411LS_MCU_16u16s_C3P3R(const Zmx16u* pSrc, i
  *  full rectangle of the unit is read.
  *
  *  \par Buffers
- *  Any address and any step will do, also for elements of two and four bytes. Source and destination do not overlap.
+ *  Pixels at any address and with any step, also of 16 bits; blocks aligned for 16-bit elements. Source and
+ *  destination do not overlap.
  *
  *  \param pSrc     the top-left pixel of the unit; one 16-bit word a pixel
  *  \param srcStep  bytes between the starts of two source rows, at least 1; no multiple of anything
@@ -286,7 +295,8 @@ ZMXJ_API ZmxStatus zmxiBGR565ToYCbCr411LS_MCU_16u16s_C3P3R(const Zmx16u* pSrc, i
  *  receives K minus 128 for every pixel. The full rectangle of the unit is read.
  *
  *  \par Buffers
- *  Any address and any step will do, also for elements of two and four bytes. Source and destination do not overlap.
+ *  Pixels at any address and with any step, also of 16 bits; blocks aligned for 16-bit elements. Source and
+ *  destination do not overlap.
  *
  *  \param pSrc     the top-left pixel of the unit; four bytes a pixel
  *  \param srcStep  bytes between the starts of two source rows, at least 1; no multiple of anything
@@ -307,7 +317,8 @@ ZMXJ_API ZmxStatus zmxiCMYKToYCCK411LS_MCU_8u16s_C4P4R(const Zmx8u* pSrc, int sr
  *  rounding term. The full rectangle of the unit is read.
  *
  *  \par Buffers
- *  Any address and any step will do, also for elements of two and four bytes. Source and destination do not overlap.
+ *  Pixels at any address and with any step, also of 16 bits; blocks aligned for 16-bit elements. Source and
+ *  destination do not overlap.
  *
  *  \param pSrc     the top-left pixel of the unit; three bytes a pixel
  *  \param srcStep  bytes between the starts of two source rows, at least 1; no multiple of anything
@@ -331,7 +342,8 @@ ZMXJ_API ZmxStatus zmxiSampleDown411LS_MCU_8u16s_C3P3R(const Zmx8u* pSrc, int sr
  *  Each byte minus 128. The full rectangle of the unit is read.
  *
  *  \par Buffers
- *  Any address and any step will do, also for elements of two and four bytes. Source and destination do not overlap.
+ *  Pixels at any address and with any step, also of 16 bits; blocks aligned for 16-bit elements. Source and
+ *  destination do not overlap.
  *
  *  \param pSrc     the top-left pair of the unit; 8 pairs of four bytes a row
  *  \param srcStep  bytes between the starts of two source rows, at least 1; no multiple of anything

@@ -21,7 +21,8 @@ extern "C" {
 /** Decodes the first scan of a DC coefficient. Nothing else of the block is touched.
  *
  *  \par Buffers
- *  Streams and blocks at any address; tables and states aligned for 32-bit words. Nothing overlaps.
+ *  The stream at any address; the block aligned for 16-bit elements, tables and states for 32-bit words. Nothing
+ *  overlaps.
  *
  *  \param pSrc           the start of the entropy-coded data
  *  \param nSrcLen        its length in bytes, at least 1
@@ -49,7 +50,8 @@ ZMXJ_API ZmxStatus zmxiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(const Zmx8u* pSrc,
 /** Decodes a refinement scan of a DC coefficient: one bit, which sets bit Al of element 0 or leaves it.
  *
  *  \par Buffers
- *  Streams and blocks at any address; tables and states aligned for 32-bit words. Nothing overlaps.
+ *  The stream at any address; the block aligned for 16-bit elements, tables and states for 32-bit words. Nothing
+ *  overlaps.
  *
  *  \param pSrc           the start of the entropy-coded data
  *  \param nSrcLen        its length in bytes, at least 1
@@ -74,7 +76,8 @@ ZMXJ_API ZmxStatus zmxiDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(const Zmx8u* pSrc
  *  bit.
  *
  *  \par Buffers
- *  Streams and blocks at any address; tables and states aligned for 32-bit words. Nothing overlaps.
+ *  The stream at any address; the block aligned for 16-bit elements, tables and states for 32-bit words. Nothing
+ *  overlaps.
  *
  *  \param pSrc           the start of the entropy-coded data
  *  \param nSrcLen        its length in bytes, at least 1
@@ -106,7 +109,8 @@ ZMXJ_API ZmxStatus zmxiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(const Zmx8u* pSrc,
  *  corrected: a repeated call needs a copy of the block.
  *
  *  \par Buffers
- *  Streams and blocks at any address; tables and states aligned for 32-bit words. Nothing overlaps.
+ *  The stream at any address; the block aligned for 16-bit elements, tables and states for 32-bit words. Nothing
+ *  overlaps.
  *
  *  \param pSrc           the start of the entropy-coded data
  *  \param nSrcLen        its length in bytes, at least 1
@@ -137,7 +141,8 @@ ZMXJ_API ZmxStatus zmxiDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(const Zmx8u* pSrc
  *  Writes at most 8 bytes, 2 in a flush.
  *
  *  \par Buffers
- *  Streams and blocks at any address; tables and states aligned for 32-bit words. Nothing overlaps.
+ *  The stream at any address; the block aligned for 16-bit elements, tables and states for 32-bit words. Nothing
+ *  overlaps.
  *
  *  \param pSrc           64 coefficients in natural order, of which the first counts; not looked at in a flush
  *  \param pDst           the start of the destination
@@ -166,7 +171,8 @@ ZMXJ_API ZmxStatus zmxiEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(const Zmx16s* pSrc
  *  Writes at most 2 bytes.
  *
  *  \par Buffers
- *  Streams and blocks at any address; tables and states aligned for 32-bit words. Nothing overlaps.
+ *  The stream at any address; the block aligned for 16-bit elements, tables and states for 32-bit words. Nothing
+ *  overlaps.
  *
  *  \param pSrc           64 coefficients in natural order, of which the first counts; not looked at in a flush
  *  \param pDst           the start of the destination
@@ -190,7 +196,8 @@ ZMXJ_API ZmxStatus zmxiEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(const Zmx16s* pSr
  *  most 450 bytes. A flush answers with the status of the write that fills the last byte.
  *
  *  \par Buffers
- *  Streams and blocks at any address; tables and states aligned for 32-bit words. Nothing overlaps.
+ *  The stream at any address; the block aligned for 16-bit elements, tables and states for 32-bit words. Nothing
+ *  overlaps.
  *
  *  \param pSrc           64 coefficients in natural order; not looked at in a flush
  *  \param pDst           the start of the destination
@@ -221,7 +228,8 @@ ZMXJ_API ZmxStatus zmxiEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(const Zmx16s* pSrc
  *  most 600 bytes. A flush answers for the run too.
  *
  *  \par Buffers
- *  Streams and blocks at any address; tables and states aligned for 32-bit words. Nothing overlaps.
+ *  The stream at any address; the block aligned for 16-bit elements, tables and states for 32-bit words. Nothing
+ *  overlaps.
  *
  *  \param pSrc           64 coefficients in natural order; not looked at in a flush
  *  \param pDst           the start of the destination
@@ -248,7 +256,7 @@ ZMXJ_API ZmxStatus zmxiEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const Zmx16s* pSr
 /** Counts the symbol of a DC coefficient in its first scan.
  *
  *  \par Buffers
- *  Block at any address, counts and state aligned for 32-bit words. Nothing overlaps.
+ *  The block aligned for 16-bit elements, counts and state for 32-bit words. Nothing overlaps.
  *
  *  \param pSrc           64 coefficients in natural order, of which the first counts
  *  \param pDcStatistics  in and out: the count of each symbol, 0 to 11; the caller clears it ahead of the first
@@ -267,7 +275,7 @@ ZMXJ_API ZmxStatus zmxiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(const Zmx16s*
  *  Categories end at 10 here, one less than in the encoder.
  *
  *  \par Buffers
- *  Block at any address, counts and state aligned for 32-bit words. Nothing overlaps.
+ *  The block aligned for 16-bit elements, counts and state for 32-bit words. Nothing overlaps.
  *
  *  \param pSrc           64 coefficients in natural order; not looked at in a flush
  *  \param pAcStatistics  in and out: the count of each symbol, 0 to 255; the caller clears it ahead of the first
@@ -293,7 +301,7 @@ ZMXJ_API ZmxStatus zmxiGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1(const Zmx16s*
  *  No coefficient is out of range.
  *
  *  \par Buffers
- *  Block at any address, counts and state aligned for 32-bit words. Nothing overlaps.
+ *  The block aligned for 16-bit elements, counts and state for 32-bit words. Nothing overlaps.
  *
  *  \param pSrc           64 coefficients in natural order; not looked at in a flush
  *  \param pAcStatistics  in and out: the count of each symbol, 0 to 255; the caller clears it ahead of the first
