@@ -7,7 +7,7 @@
 /** \defgroup core Memory and threads (libzmxcore)
  *  libzmxjpx takes all of its memory, and the thread count of its row-parallel functions, from these three functions. A
  *  program that wants its own allocator defines them itself; the dynamic linker then prefers the program's definitions
- *  (see the guide on allocators).
+ *  (see \ref guide_embedding).
  *  \{
  */
 

@@ -24,9 +24,11 @@
  *  | 6         | Rb + ((Ra - Rc) >> 1) |
  *  | 7         | (Ra + Rb) >> 1        |
  *
- *  Halved terms are those of signed 16-bit samples in 32 bits. A decoder starts each picture and each restart interval
- *  with the first-row form. Tables and bit states are those of \ref huffman, and so are the rules on positions and
- *  markers. Everything runs on the calling thread.
+ *  Halved terms are those of signed 16-bit samples in 32 bits: with samples above 32767 the predictors 5 to 7 still bring
+ *  everything back, but other decoders read such samples as unsigned. Take 1 to 4 for pictures of all 16 bits.
+ *
+ *  A decoder starts each picture and each restart interval with the first-row form. Tables and bit states are those of
+ *  \ref huffman, and so are the rules on positions and markers. Everything runs on the calling thread.
  *  \{
  */
 
