@@ -41,9 +41,9 @@ extern "C" {
  *  same three pointers and the same step. They do not overlap in any other way.
  *
  *  \param pSrc     planes Y, Cb, Cr, each of roiSize samples
- *  \param srcStep  bytes between the rows of every source plane, at least 1; no multiple of anything
+ *  \param srcStep  bytes between the rows of every source plane, at least 1
  *  \param pDst     planes R, G, B, each of roiSize samples
- *  \param dstStep  bytes between the rows of every destination plane, at least 1; no multiple of anything
+ *  \param dstStep  bytes between the rows of every destination plane, at least 1
  *  \param roiSize  width and height in pixels, each at least 1
  *  \return  zmxStsNullPtrErr when pSrc, pDst, a plane of pSrc or a plane of pDst is null; zmxStsStepErr when srcStep
  *           or dstStep is below 1; zmxStsSizeErr when the width or the height of roiSize is below 1; zmxStsNoErr
@@ -61,9 +61,9 @@ ZMXJ_API ZmxStatus zmxiYCbCrToRGB_JPEG_8u_P3R(const Zmx8u* const pSrc[3], int sr
  *  same four pointers and the same step. They do not overlap in any other way.
  *
  *  \param pSrc     planes Y, Cb, Cr, K, each of roiSize samples
- *  \param srcStep  bytes between the rows of every source plane, at least 1; no multiple of anything
+ *  \param srcStep  bytes between the rows of every source plane, at least 1
  *  \param pDst     planes C, M, Y, K, each of roiSize samples
- *  \param dstStep  bytes between the rows of every destination plane, at least 1; no multiple of anything
+ *  \param dstStep  bytes between the rows of every destination plane, at least 1
  *  \param roiSize  width and height in pixels, each at least 1
  *  \return  zmxStsNullPtrErr when pSrc, pDst, a plane of pSrc or a plane of pDst is null; zmxStsStepErr when srcStep
  *           or dstStep is below 1; zmxStsSizeErr when the width or the height of roiSize is below 1; zmxStsNoErr
@@ -80,9 +80,9 @@ ZMXJ_API ZmxStatus zmxiYCCKToCMYK_JPEG_8u_P4R(const Zmx8u* const pSrc[4], int sr
  *  Any address and any step will do, also for elements of two and four bytes. Source and destination do not overlap.
  *
  *  \param pSrc     planes Y, Cb, Cr, each of roiSize samples
- *  \param srcStep  bytes between the rows of every source plane, at least 1; no multiple of anything
+ *  \param srcStep  bytes between the rows of every source plane, at least 1
  *  \param pDst     roiSize pixels of three bytes
- *  \param dstStep  bytes between the starts of two destination rows, at least 1; no multiple of anything
+ *  \param dstStep  bytes between the starts of two destination rows, at least 1
  *  \param roiSize  width and height in pixels, each at least 1
  *  \return  zmxStsNullPtrErr when pSrc, pDst or a plane of pSrc is null; zmxStsStepErr when srcStep or dstStep is
  *           below 1; zmxStsSizeErr when the width or the height of roiSize is below 1; zmxStsNoErr otherwise
@@ -102,9 +102,9 @@ ZMXJ_API ZmxStatus zmxiYCbCrToBGR_JPEG_8u_P3C3R(const Zmx8u* const pSrc[3], int 
  *  Any address and any step will do, also for elements of two and four bytes. Source and destination do not overlap.
  *
  *  \param pSrc     planes Y, Cb, Cr, K, each of roiSize samples
- *  \param srcStep  bytes between the rows of every source plane, at least 1; no multiple of anything
+ *  \param srcStep  bytes between the rows of every source plane, at least 1
  *  \param pDst     roiSize pixels of four bytes
- *  \param dstStep  bytes between the starts of two destination rows, at least 1; no multiple of anything
+ *  \param dstStep  bytes between the starts of two destination rows, at least 1
  *  \param roiSize  width and height in pixels, each at least 1
  *  \return  zmxStsNullPtrErr when pSrc, pDst or a plane of pSrc is null; zmxStsStepErr when srcStep or dstStep is
  *           below 1; zmxStsSizeErr when the width or the height of roiSize is below 1; zmxStsNoErr otherwise
@@ -121,9 +121,9 @@ ZMXJ_API ZmxStatus zmxiYCCKToCMYK_JPEG_8u_P4C4R(const Zmx8u* const pSrc[4], int 
  *  Any address and any step will do, also for elements of two and four bytes. Source and destination do not overlap.
  *
  *  \param pSrc     planes Y, Cb, Cr, each of roiSize samples
- *  \param srcStep  bytes between the rows of every source plane, at least 1; no multiple of anything
+ *  \param srcStep  bytes between the rows of every source plane, at least 1
  *  \param pDst     roiSize pixels of one 16-bit word each
- *  \param dstStep  bytes between the starts of two destination rows, at least 1; no multiple of anything
+ *  \param dstStep  bytes between the starts of two destination rows, at least 1
  *  \param roiSize  width and height in pixels, each at least 1
  *  \return  zmxStsNullPtrErr when pSrc, pDst or a plane of pSrc is null; zmxStsStepErr when srcStep or dstStep is
  *           below 1; zmxStsSizeErr when the width or the height of roiSize is below 1; zmxStsNoErr otherwise
@@ -174,9 +174,9 @@ ZMXJ_API ZmxStatus zmxiYCbCr422ToRGB_JPEG_8u_C2C3R(const Zmx8u* pSrc, int srcSte
  *  Any address and any step will do, also for elements of two and four bytes. Source and destination do not overlap.
  *
  *  \param pSrc     roiSize pixels of three bytes
- *  \param srcStep  bytes between the starts of two source rows, at least 1; no multiple of anything
+ *  \param srcStep  bytes between the starts of two source rows, at least 1
  *  \param pDst     plane Y of roiSize samples
- *  \param dstStep  bytes between the starts of two destination rows, at least 1; no multiple of anything
+ *  \param dstStep  bytes between the starts of two destination rows, at least 1
  *  \param roiSize  width and height in pixels, each at least 1
  *  \return  zmxStsNullPtrErr when pSrc or pDst is null; zmxStsStepErr when srcStep or dstStep is below 1;
  *           zmxStsSizeErr when the width or the height of roiSize is below 1; zmxStsNoErr otherwise
@@ -194,9 +194,9 @@ ZMXJ_API ZmxStatus zmxiBGRToY_JPEG_8u_C3C1R(const Zmx8u* pSrc, int srcStep, Zmx8
  *  with the same step; they do not overlap in any other way.
  *
  *  \param pSrc     planes R, G, B, each of roiSize samples
- *  \param srcStep  bytes between the rows of every source plane, at least 1; no multiple of anything
+ *  \param srcStep  bytes between the rows of every source plane, at least 1
  *  \param pDst     plane Y of roiSize samples
- *  \param dstStep  bytes between the starts of two destination rows, at least 1; no multiple of anything
+ *  \param dstStep  bytes between the starts of two destination rows, at least 1
  *  \param roiSize  width and height in pixels, each at least 1
  *  \return  zmxStsNullPtrErr when pSrc, a plane of pSrc or pDst is null; zmxStsStepErr when srcStep or dstStep is
  *           below 1; zmxStsSizeErr when the width or the height of roiSize is below 1; zmxStsNoErr otherwise
@@ -212,9 +212,9 @@ ZMXJ_API ZmxStatus zmxiRGBToY_JPEG_8u_P3C1R(const Zmx8u* const pSrc[3], int srcS
  *  Any address and any step will do, also for elements of two and four bytes. Source and destination do not overlap.
  *
  *  \param pSrc     roiSize pixels of three bytes
- *  \param srcStep  bytes between the starts of two source rows, at least 1; no multiple of anything
+ *  \param srcStep  bytes between the starts of two source rows, at least 1
  *  \param pDst     planes Y, Cb, Cr, each of roiSize samples
- *  \param dstStep  bytes between the rows of every destination plane, at least 1; no multiple of anything
+ *  \param dstStep  bytes between the rows of every destination plane, at least 1
  *  \param roiSize  width and height in pixels, each at least 1
  *  \return  zmxStsNullPtrErr when pSrc, pDst or a plane of pDst is null; zmxStsStepErr when srcStep or dstStep is
  *           below 1; zmxStsSizeErr when the width or the height of roiSize is below 1; zmxStsNoErr otherwise
@@ -232,9 +232,9 @@ ZMXJ_API ZmxStatus zmxiBGRToYCbCr_JPEG_8u_C3P3R(const Zmx8u* pSrc, int srcStep, 
  *  Any address and any step will do, also for elements of two and four bytes. Source and destination do not overlap.
  *
  *  \param pSrc     roiSize pixels of four bytes
- *  \param srcStep  bytes between the starts of two source rows, at least 1; no multiple of anything
+ *  \param srcStep  bytes between the starts of two source rows, at least 1
  *  \param pDst     planes Y, Cb, Cr, K, each of roiSize samples
- *  \param dstStep  bytes between the rows of every destination plane, at least 1; no multiple of anything
+ *  \param dstStep  bytes between the rows of every destination plane, at least 1
  *  \param roiSize  width and height in pixels, each at least 1
  *  \return  zmxStsNullPtrErr when pSrc, pDst or a plane of pDst is null; zmxStsStepErr when srcStep or dstStep is
  *           below 1; zmxStsSizeErr when the width or the height of roiSize is below 1; zmxStsNoErr otherwise
@@ -251,9 +251,9 @@ ZMXJ_API ZmxStatus zmxiCMYKToYCCK_JPEG_8u_C4P4R(const Zmx8u* pSrc, int srcStep, 
  *  same three pointers and the same step. They do not overlap in any other way.
  *
  *  \param pSrc     planes R, G, B, each of roiSize samples
- *  \param srcStep  bytes between the rows of every source plane, at least 1; no multiple of anything
+ *  \param srcStep  bytes between the rows of every source plane, at least 1
  *  \param pDst     planes Y, Cb, Cr, each of roiSize samples
- *  \param dstStep  bytes between the rows of every destination plane, at least 1; no multiple of anything
+ *  \param dstStep  bytes between the rows of every destination plane, at least 1
  *  \param roiSize  width and height in pixels, each at least 1
  *  \return  zmxStsNullPtrErr when pSrc, pDst, a plane of pSrc or a plane of pDst is null; zmxStsStepErr when srcStep
  *           or dstStep is below 1; zmxStsSizeErr when the width or the height of roiSize is below 1; zmxStsNoErr
@@ -270,9 +270,9 @@ ZMXJ_API ZmxStatus zmxiRGBToYCbCr_JPEG_8u_P3R(const Zmx8u* const pSrc[3], int sr
  *  same four pointers and the same step. They do not overlap in any other way.
  *
  *  \param pSrc     planes C, M, Y, K, each of roiSize samples
- *  \param srcStep  bytes between the rows of every source plane, at least 1; no multiple of anything
+ *  \param srcStep  bytes between the rows of every source plane, at least 1
  *  \param pDst     planes Y, Cb, Cr, K, each of roiSize samples
- *  \param dstStep  bytes between the rows of every destination plane, at least 1; no multiple of anything
+ *  \param dstStep  bytes between the rows of every destination plane, at least 1
  *  \param roiSize  width and height in pixels, each at least 1
  *  \return  zmxStsNullPtrErr when pSrc, pDst, a plane of pSrc or a plane of pDst is null; zmxStsStepErr when srcStep
  *           or dstStep is below 1; zmxStsSizeErr when the width or the height of roiSize is below 1; zmxStsNoErr
@@ -290,9 +290,9 @@ ZMXJ_API ZmxStatus zmxiCMYKToYCCK_JPEG_8u_P4R(const Zmx8u* const pSrc[4], int sr
  *  Any address and any step will do, also for elements of two and four bytes. Source and destination do not overlap.
  *
  *  \param pSrc     roiSize pixels of one 16-bit word each
- *  \param srcStep  bytes between the starts of two source rows, at least 1; no multiple of anything
+ *  \param srcStep  bytes between the starts of two source rows, at least 1
  *  \param pDst     planes Y, Cb, Cr, each of roiSize samples
- *  \param dstStep  bytes between the rows of every destination plane, at least 1; no multiple of anything
+ *  \param dstStep  bytes between the rows of every destination plane, at least 1
  *  \param roiSize  width and height in pixels, each at least 1
  *  \return  zmxStsNullPtrErr when pSrc, pDst or a plane of pDst is null; zmxStsStepErr when srcStep or dstStep is
  *           below 1; zmxStsSizeErr when the width or the height of roiSize is below 1; zmxStsNoErr otherwise

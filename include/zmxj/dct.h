@@ -56,7 +56,7 @@ ZMXJ_API ZmxStatus zmxiDCTQuantFwd8x8_JPEG_16s_C1I(Zmx16s* pSrcDst, const Zmx16u
  *  The picture at any address and with any step; block and table aligned for their elements. They do not overlap.
  *
  *  \param pSrc            the top-left sample, 0..255
- *  \param srcStep         bytes between the starts of two source rows, at least 1; no multiple of anything
+ *  \param srcStep         bytes between the starts of two source rows, at least 1
  *  \param pDst            64 quantised coefficients
  *  \param pQuantFwdTable  64 reciprocals in natural order, from zmxiQuantFwdTableInit_JPEG_8u16u()
  *  \return  zmxStsNullPtrErr when pSrc or pDst is null; zmxStsStepErr when srcStep is below 1; zmxStsNullPtrErr when
@@ -72,7 +72,7 @@ ZMXJ_API ZmxStatus zmxiDCTQuantFwd8x8LS_JPEG_8u16s_C1R(const Zmx8u* pSrc, int sr
  *  The picture at any address and with any step; block and table aligned for their elements. They do not overlap.
  *
  *  \param pSrc            the top-left sample, 0..4095
- *  \param srcStep         bytes between the starts of two source rows, at least 1; no multiple of anything
+ *  \param srcStep         bytes between the starts of two source rows, at least 1
  *  \param pDst            64 quantised coefficients
  *  \param pQuantFwdTable  64 factors in natural order that the caller makes: 1 / divisor
  *  \return  zmxStsNullPtrErr when pSrc or pDst is null; zmxStsStepErr when srcStep is below 1; zmxStsNullPtrErr when
@@ -110,7 +110,7 @@ ZMXJ_API ZmxStatus zmxiDCTQuantInv8x8_JPEG_16s_C1I(Zmx16s* pSrcDst, const Zmx16u
  *
  *  \param pSrc            64 quantised coefficients
  *  \param pDst            the top-left sample; 8 rows of 8 samples are written
- *  \param dstStep         bytes between the starts of two destination rows, at least 1; no multiple of anything
+ *  \param dstStep         bytes between the starts of two destination rows, at least 1
  *  \param pQuantInvTable  64 divisors in natural order, from zmxiQuantInvTableInit_JPEG_8u16u()
  *  \return  zmxStsNullPtrErr when pSrc or pDst is null; zmxStsStepErr when dstStep is below 1; zmxStsNullPtrErr when
  *           pQuantInvTable is null (the table comes last); zmxStsNoErr otherwise
@@ -126,7 +126,7 @@ ZMXJ_API ZmxStatus zmxiDCTQuantInv8x8LS_JPEG_16s8u_C1R(const Zmx16s* pSrc, Zmx8u
  *
  *  \param pSrc            64 quantised coefficients
  *  \param pDst            the top-left sample; 8 rows of 8 samples are written
- *  \param dstStep         bytes between the starts of two destination rows, at least 1; no multiple of anything
+ *  \param dstStep         bytes between the starts of two destination rows, at least 1
  *  \param pQuantInvTable  64 divisors in natural order, from zmxiQuantInvTableInit_JPEG_8u16u()
  *  \return  zmxStsNullPtrErr when pSrc or pDst is null; zmxStsStepErr when dstStep is below 1; zmxStsNullPtrErr when
  *           pQuantInvTable is null (the table comes last); zmxStsNoErr otherwise
@@ -142,7 +142,7 @@ ZMXJ_API ZmxStatus zmxiDCTQuantInv8x8LS_1x1_JPEG_16s8u_C1R(const Zmx16s* pSrc, Z
  *
  *  \param pSrc            64 quantised coefficients
  *  \param pDst            the top-left sample; 8 rows of 8 samples are written
- *  \param dstStep         bytes between the starts of two destination rows, at least 1; no multiple of anything
+ *  \param dstStep         bytes between the starts of two destination rows, at least 1
  *  \param pQuantInvTable  64 divisors in natural order, from zmxiQuantInvTableInit_JPEG_8u16u()
  *  \return  zmxStsNullPtrErr when pSrc or pDst is null; zmxStsStepErr when dstStep is below 1; zmxStsNullPtrErr when
  *           pQuantInvTable is null (the table comes last); zmxStsNoErr otherwise
@@ -158,7 +158,7 @@ ZMXJ_API ZmxStatus zmxiDCTQuantInv8x8LS_2x2_JPEG_16s8u_C1R(const Zmx16s* pSrc, Z
  *
  *  \param pSrc            64 quantised coefficients
  *  \param pDst            the top-left sample; 8 rows of 8 samples are written
- *  \param dstStep         bytes between the starts of two destination rows, at least 1; no multiple of anything
+ *  \param dstStep         bytes between the starts of two destination rows, at least 1
  *  \param pQuantInvTable  64 divisors in natural order, from zmxiQuantInvTableInit_JPEG_8u16u()
  *  \return  zmxStsNullPtrErr when pSrc or pDst is null; zmxStsStepErr when dstStep is below 1; zmxStsNullPtrErr when
  *           pQuantInvTable is null (the table comes last); zmxStsNoErr otherwise
@@ -174,7 +174,7 @@ ZMXJ_API ZmxStatus zmxiDCTQuantInv8x8LS_4x4_JPEG_16s8u_C1R(const Zmx16s* pSrc, Z
  *
  *  \param pSrc            64 quantised coefficients
  *  \param pDst            the top-left sample; 2 rows of 2 samples are written
- *  \param dstStep         bytes between the starts of two destination rows, at least 1; no multiple of anything
+ *  \param dstStep         bytes between the starts of two destination rows, at least 1
  *  \param pQuantInvTable  64 divisors in natural order, from zmxiQuantInvTableInit_JPEG_8u16u()
  *  \return  zmxStsNullPtrErr when pSrc or pDst is null; zmxStsStepErr when dstStep is below 1; zmxStsNullPtrErr when
  *           pQuantInvTable is null (the table comes last); zmxStsNoErr otherwise
@@ -190,7 +190,7 @@ ZMXJ_API ZmxStatus zmxiDCTQuantInv8x8To2x2LS_JPEG_16s8u_C1R(const Zmx16s* pSrc, 
  *
  *  \param pSrc            64 quantised coefficients
  *  \param pDst            the top-left sample; 4 rows of 4 samples are written
- *  \param dstStep         bytes between the starts of two destination rows, at least 1; no multiple of anything
+ *  \param dstStep         bytes between the starts of two destination rows, at least 1
  *  \param pQuantInvTable  64 divisors in natural order, from zmxiQuantInvTableInit_JPEG_8u16u()
  *  \return  zmxStsNullPtrErr when pSrc or pDst is null; zmxStsStepErr when dstStep is below 1; zmxStsNullPtrErr when
  *           pQuantInvTable is null (the table comes last); zmxStsNoErr otherwise
@@ -206,7 +206,7 @@ ZMXJ_API ZmxStatus zmxiDCTQuantInv8x8To4x4LS_JPEG_16s8u_C1R(const Zmx16s* pSrc, 
  *
  *  \param pSrc            64 quantised coefficients
  *  \param pDst            the top-left sample; 8 rows of 8 samples are written
- *  \param dstStep         bytes between the starts of two destination rows, at least 1; no multiple of anything
+ *  \param dstStep         bytes between the starts of two destination rows, at least 1
  *  \param pQuantInvTable  64 factors in natural order that the caller makes: the divisors
  *  \return  zmxStsNullPtrErr when pSrc or pDst is null; zmxStsStepErr when dstStep is below 1; zmxStsNullPtrErr when
  *           pQuantInvTable is null (the table comes last); zmxStsNoErr otherwise

@@ -24,9 +24,9 @@ extern "C" {
  *  Any address and any step will do, also for elements of two and four bytes. Source and destination do not overlap.
  *
  *  \param pSrc     source samples around zero, roiSize of them
- *  \param srcStep  bytes between the starts of two source rows, at least 1; no multiple of anything
+ *  \param srcStep  bytes between the starts of two source rows, at least 1
  *  \param pDst     destination samples, roiSize of them
- *  \param dstStep  bytes between the starts of two destination rows, at least 1; no multiple of anything
+ *  \param dstStep  bytes between the starts of two destination rows, at least 1
  *  \param roiSize  width and height in samples, each at least 1
  *  \return  zmxStsNullPtrErr when pSrc is null; zmxStsStepErr when srcStep is below 1; zmxStsNullPtrErr when pDst is
  *           null; zmxStsStepErr when dstStep is below 1; zmxStsSizeErr when the width or the height of roiSize is
@@ -43,9 +43,9 @@ ZMXJ_API ZmxStatus zmxiAdd128_JPEG_16s8u_C1R(const Zmx16s* pSrc, int srcStep, Zm
  *  Any address and any step will do, also for elements of two and four bytes. Source and destination do not overlap.
  *
  *  \param pSrc     source samples 0..255, roiSize of them
- *  \param srcStep  bytes between the starts of two source rows, at least 1; no multiple of anything
+ *  \param srcStep  bytes between the starts of two source rows, at least 1
  *  \param pDst     destination samples around zero, roiSize of them
- *  \param dstStep  bytes between the starts of two destination rows, at least 1; no multiple of anything
+ *  \param dstStep  bytes between the starts of two destination rows, at least 1
  *  \param roiSize  width and height in samples, each at least 1
  *  \return  zmxStsNullPtrErr when pSrc is null; zmxStsStepErr when srcStep is below 1; zmxStsNullPtrErr when pDst is
  *           null; zmxStsStepErr when dstStep is below 1; zmxStsSizeErr when the width or the height of roiSize is

@@ -218,7 +218,7 @@ ZMXJ_API ZmxStatus zmxiJoin422LS_MCU_16s8u_P3C2R(const Zmx16s* const pSrcMCU[3],
  *  destination do not overlap.
  *
  *  \param pSrc     the top-left pixel of the unit; three bytes a pixel
- *  \param srcStep  bytes between the starts of two source rows, at least 1; no multiple of anything
+ *  \param srcStep  bytes between the starts of two source rows, at least 1
  *  \param pDstMCU  the planes Y, Cb, Cr of the unit; planes 1 and 2 have one block, the first as many as the unit
  *                  has 8 x 8 pixels
  *  \return  zmxStsNullPtrErr when pSrc or pDstMCU is null; zmxStsStepErr when srcStep is below 1; zmxStsNullPtrErr
@@ -247,7 +247,7 @@ ZMXJ_API ZmxStatus zmxiBGRToYCbCr411LS_MCU_8u16s_C3P3R(const Zmx8u* pSrc, int sr
  *  destination do not overlap.
  *
  *  \param pSrc     the top-left pixel of the unit; one 16-bit word a pixel
- *  \param srcStep  bytes between the starts of two source rows, at least 1; no multiple of anything
+ *  \param srcStep  bytes between the starts of two source rows, at least 1
  *  \param pDstMCU  the planes Y, Cb, Cr of the unit; planes 1 and 2 have one block, the first as many as the unit
  *                  has 8 x 8 pixels
  *  \return  zmxStsNullPtrErr when pSrc or pDstMCU is null; zmxStsStepErr when srcStep is below 1; zmxStsNullPtrErr
@@ -273,7 +273,7 @@ ZMXJ_API ZmxStatus zmxiBGR555ToYCbCr411LS_MCU_16u16s_C3P3R(const Zmx16u* pSrc, i
  *  destination do not overlap.
  *
  *  \param pSrc     the top-left pixel of the unit; one 16-bit word a pixel
- *  \param srcStep  bytes between the starts of two source rows, at least 1; no multiple of anything
+ *  \param srcStep  bytes between the starts of two source rows, at least 1
  *  \param pDstMCU  the planes Y, Cb, Cr of the unit; planes 1 and 2 have one block, the first as many as the unit
  *                  has 8 x 8 pixels
  *  \return  zmxStsNullPtrErr when pSrc or pDstMCU is null; zmxStsStepErr when srcStep is below 1; zmxStsNullPtrErr
@@ -299,7 +299,7 @@ ZMXJ_API ZmxStatus zmxiBGR565ToYCbCr411LS_MCU_16u16s_C3P3R(const Zmx16u* pSrc, i
  *  destination do not overlap.
  *
  *  \param pSrc     the top-left pixel of the unit; four bytes a pixel
- *  \param srcStep  bytes between the starts of two source rows, at least 1; no multiple of anything
+ *  \param srcStep  bytes between the starts of two source rows, at least 1
  *  \param pDstMCU  the planes Y, Cb, Cr, K of the unit; planes 1 and 2 have one block, the others as many as the
  *                  unit has 8 x 8 pixels
  *  \return  zmxStsNullPtrErr when pSrc or pDstMCU is null; zmxStsStepErr when srcStep is below 1; zmxStsNullPtrErr
@@ -321,7 +321,7 @@ ZMXJ_API ZmxStatus zmxiCMYKToYCCK411LS_MCU_8u16s_C4P4R(const Zmx8u* pSrc, int sr
  *  destination do not overlap.
  *
  *  \param pSrc     the top-left pixel of the unit; three bytes a pixel
- *  \param srcStep  bytes between the starts of two source rows, at least 1; no multiple of anything
+ *  \param srcStep  bytes between the starts of two source rows, at least 1
  *  \param pDstMCU  the planes Y, Cb, Cr of the unit; planes 1 and 2 have one block, the first as many as the unit
  *                  has 8 x 8 pixels
  *  \return  zmxStsNullPtrErr when pSrc or pDstMCU is null; zmxStsStepErr when srcStep is below 1; zmxStsNullPtrErr
@@ -346,7 +346,7 @@ ZMXJ_API ZmxStatus zmxiSampleDown411LS_MCU_8u16s_C3P3R(const Zmx8u* pSrc, int sr
  *  destination do not overlap.
  *
  *  \param pSrc     the top-left pair of the unit; 8 pairs of four bytes a row
- *  \param srcStep  bytes between the starts of two source rows, at least 1; no multiple of anything
+ *  \param srcStep  bytes between the starts of two source rows, at least 1
  *  \param pDstMCU  the planes Y (two blocks), Cb and Cr (one block each) of the unit
  *  \return  zmxStsNullPtrErr when pSrc or pDstMCU is null; zmxStsStepErr when srcStep is below 1; zmxStsNullPtrErr
  *           when a plane of pDstMCU is null; zmxStsNoErr otherwise

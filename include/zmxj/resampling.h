@@ -36,10 +36,10 @@ extern "C" {
  *
  *  \param pSrc        source plane; of each row the samples -1 to dstRoiSize.width / 2 are read: one ahead of it
  *                     and, for an even width, one behind it, as the caller arranged them
- *  \param srcStep     bytes between the starts of two source rows, at least 1; no multiple of anything
+ *  \param srcStep     bytes between the starts of two source rows, at least 1
  *  \param srcRoiSize  width and height of the source in samples, each at least 1; tested, and not used
  *  \param pDst        destination plane, dstRoiSize samples
- *  \param dstStep     bytes between the starts of two destination rows, at least 1; no multiple of anything
+ *  \param dstStep     bytes between the starts of two destination rows, at least 1
  *  \param dstRoiSize  width and height of the destination in samples, each at least 1; it alone decides what is read
  *  \return  zmxStsNullPtrErr when pSrc is null; zmxStsStepErr when srcStep is below 1; zmxStsSizeErr when the width
  *           or the height of srcRoiSize is below 1; zmxStsNullPtrErr when pDst is null; zmxStsStepErr when dstStep
@@ -59,10 +59,10 @@ ZMXJ_API ZmxStatus zmxiSampleUpH2V1_JPEG_8u_C1R(const Zmx8u* pSrc, int srcStep, 
  *
  *  \param pSrc        source plane; the row ahead of it and, for an even height, the one behind it are read too, and
  *                     of each row one sample ahead and, for an even width, one behind
- *  \param srcStep     bytes between the starts of two source rows, at least 1; no multiple of anything
+ *  \param srcStep     bytes between the starts of two source rows, at least 1
  *  \param srcRoiSize  width and height of the source in samples, each at least 1; tested, and not used
  *  \param pDst        destination plane, dstRoiSize samples
- *  \param dstStep     bytes between the starts of two destination rows, at least 1; no multiple of anything
+ *  \param dstStep     bytes between the starts of two destination rows, at least 1
  *  \param dstRoiSize  width and height of the destination in samples, each at least 1; it alone decides what is read
  *  \return  zmxStsNullPtrErr when pSrc is null; zmxStsStepErr when srcStep is below 1; zmxStsSizeErr when the width
  *           or the height of srcRoiSize is below 1; zmxStsNullPtrErr when pDst is null; zmxStsStepErr when dstStep
@@ -79,10 +79,10 @@ ZMXJ_API ZmxStatus zmxiSampleUpH2V2_JPEG_8u_C1R(const Zmx8u* pSrc, int srcStep, 
  *  Any address and any step will do, also for elements of two and four bytes. Source and destination do not overlap.
  *
  *  \param pSrc        source plane; of each row twice the destination width is read
- *  \param srcStep     bytes between the starts of two source rows, at least 1; no multiple of anything
+ *  \param srcStep     bytes between the starts of two source rows, at least 1
  *  \param srcRoiSize  width and height of the source in samples, each at least 1; tested, and not used
  *  \param pDst        destination plane, dstRoiSize samples
- *  \param dstStep     bytes between the starts of two destination rows, at least 1; no multiple of anything
+ *  \param dstStep     bytes between the starts of two destination rows, at least 1
  *  \param dstRoiSize  width and height of the destination in samples, each at least 1; it alone decides what is read
  *  \return  zmxStsNullPtrErr when pSrc is null; zmxStsStepErr when srcStep is below 1; zmxStsSizeErr when the width
  *           or the height of srcRoiSize is below 1; zmxStsNullPtrErr when pDst is null; zmxStsStepErr when dstStep
@@ -99,10 +99,10 @@ ZMXJ_API ZmxStatus zmxiSampleDownH2V1_JPEG_8u_C1R(const Zmx8u* pSrc, int srcStep
  *  Any address and any step will do, also for elements of two and four bytes. Source and destination do not overlap.
  *
  *  \param pSrc        source plane; twice the destination width and height are read
- *  \param srcStep     bytes between the starts of two source rows, at least 1; no multiple of anything
+ *  \param srcStep     bytes between the starts of two source rows, at least 1
  *  \param srcRoiSize  width and height of the source in samples, each at least 1; tested, and not used
  *  \param pDst        destination plane, dstRoiSize samples
- *  \param dstStep     bytes between the starts of two destination rows, at least 1; no multiple of anything
+ *  \param dstStep     bytes between the starts of two destination rows, at least 1
  *  \param dstRoiSize  width and height of the destination in samples, each at least 1; it alone decides what is read
  *  \return  zmxStsNullPtrErr when pSrc is null; zmxStsStepErr when srcStep is below 1; zmxStsSizeErr when the width
  *           or the height of srcRoiSize is below 1; zmxStsNullPtrErr when pDst is null; zmxStsStepErr when dstStep

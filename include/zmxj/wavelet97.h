@@ -149,7 +149,7 @@ ZMXJ_API ZmxStatus zmxiWTGetBufSize_D97_JPEG2K_32s_C1R(const ZmxiRect* pTileRect
  *  \param dstHighStep  bytes between the starts of two of its rows, at least 1
  *  \param dstRoiSize   size of one band in samples, each side at least 1: w and h
  *  \param phase        0: source sample or row 0 is low-pass; otherwise high-pass
- *  \return  zmxStsNullPtrErr when pSrc, pDstLow or pDstHigh is null; zmxStsStepErr when srcStep or dstLowStep or
+ *  \return  zmxStsNullPtrErr when pSrc, pDstLow or pDstHigh is null; zmxStsStepErr when srcStep, dstLowStep or
  *           dstHighStep is below 1; zmxStsSizeErr when the height or the width of dstRoiSize is below 1; zmxStsNoErr
  *           otherwise
  */
@@ -181,7 +181,7 @@ ZMXJ_API ZmxStatus zmxiWTFwdRow_D97_JPEG2K_32f_C1R(const Zmx32f* pSrc, int srcSt
  *  \param dstHighStep  bytes between the starts of two of its rows, at least 1
  *  \param dstRoiSize   size of one band in samples, each side at least 1: w and h
  *  \param phase        0: source sample or row 0 is low-pass; otherwise high-pass
- *  \return  zmxStsNullPtrErr when pSrc, pDstLow or pDstHigh is null; zmxStsStepErr when srcStep or dstLowStep or
+ *  \return  zmxStsNullPtrErr when pSrc, pDstLow or pDstHigh is null; zmxStsStepErr when srcStep, dstLowStep or
  *           dstHighStep is below 1; zmxStsSizeErr when the height or the width of dstRoiSize is below 1; zmxStsNoErr
  *           otherwise
  */
@@ -204,7 +204,7 @@ ZMXJ_API ZmxStatus zmxiWTFwdCol_D97_JPEG2K_32f_C1R(const Zmx32f* pSrc, int srcSt
  *  \param pDst         destination, 2 w samples a row and h rows
  *  \param dstStep      bytes between the starts of two destination rows, at least 1
  *  \param phase        0: destination sample 0 is low-pass; otherwise high-pass
- *  \return  zmxStsNullPtrErr when pSrcLow, pSrcHigh or pDst is null; zmxStsStepErr when srcLowStep or srcHighStep or
+ *  \return  zmxStsNullPtrErr when pSrcLow, pSrcHigh or pDst is null; zmxStsStepErr when srcLowStep, srcHighStep or
  *           dstStep is below 1; zmxStsSizeErr when the height or the width of srcRoiSize is below 1; zmxStsNoErr
  *           otherwise
  */
@@ -238,7 +238,7 @@ ZMXJ_API ZmxStatus zmxiWTInvRow_D97_JPEG2K_32f_C1R(const Zmx32f* pSrcLow, int sr
  *  \param pDst         destination, 2 h rows of w samples
  *  \param dstStep      bytes between the starts of two destination rows, at least 1
  *  \param phase        0: destination row 0 is low-pass; otherwise high-pass
- *  \return  zmxStsNullPtrErr when pSrcLow, pSrcHigh or pDst is null; zmxStsStepErr when srcLowStep or srcHighStep or
+ *  \return  zmxStsNullPtrErr when pSrcLow, pSrcHigh or pDst is null; zmxStsStepErr when srcLowStep, srcHighStep or
  *           dstStep is below 1; zmxStsSizeErr when the height or the width of srcRoiSize is below 1; zmxStsNoErr
  *           otherwise
  */
