@@ -275,8 +275,8 @@ ZMXJ_API ZmxStatus zmxiEncodeHuffmanRawTableInit_JPEG_8u(const Zmx32s* pStatisti
  *  \param pDst           out: 64 coefficients in natural order, all of them written
  *  \param pLastDC        in and out: the DC prediction of the component; the caller sets it to 0 ahead of the scan
  *                        and behind each restart marker
- *  \param pMarker        in and out: 0 while no marker has been met, then its second byte; the caller sets it to 0
- *                        first, and again behind a marker
+ *  \param pMarker        in and out: 0 while no marker has been met, then its second byte, and the position stands
+ *                        behind it; the caller sets it to 0 first, and again behind a marker
  *  \param pDcTable       the table of DC symbols
  *  \param pAcTable       the table of AC symbols; it may be pDcTable
  *  \param pDecHuffState  the bit reader, initialised ahead of the scan and behind each restart marker

@@ -121,8 +121,8 @@ ZMXJ_API ZmxStatus zmxiReconstructPredRow_JPEG_16s_C1(const Zmx16s* pSrc, const 
  *  \param pSrcCurrPos    in and out: the position in it, in bytes; the caller sets it to the first byte of the scan
  *                        (0, or behind the marker of a restart)
  *  \param pDst           out: one difference
- *  \param pMarker        in and out: 0 while no marker has been met, then its second byte; the caller sets it to 0
- *                        first, and again behind a marker
+ *  \param pMarker        in and out: 0 while no marker has been met, then its second byte, and the position stands
+ *                        behind it; the caller sets it to 0 first, and again behind a marker
  *  \param pDecHuffTable  the table of the symbols
  *  \param pDecHuffState  the bit reader, initialised ahead of the scan and behind each restart marker
  *  \return  zmxStsNullPtrErr when pSrc is null; zmxStsSizeErr when nSrcLen is below 1; zmxStsNullPtrErr when
@@ -149,8 +149,8 @@ ZMXJ_API ZmxStatus zmxiDecodeHuffmanOne_JPEG_1u16s_C1(const Zmx8u* pSrc, int nSr
  *  \param pDstPlanes      nPlanes rows of nWidth differences
  *  \param nWidth          samples in a row, at least 1
  *  \param nPlanes         the number of planes, at least 1; those behind the fourth are neither coded nor looked at
- *  \param pMarker         in and out: 0 while no marker has been met, then its second byte; the caller sets it to 0
- *                         first, and again behind a marker
+ *  \param pMarker         in and out: 0 while no marker has been met, then its second byte, and the position stands
+ *                         behind it; the caller sets it to 0 first, and again behind a marker
  *  \param pDecHuffTables  a table for each plane; they may be the same one
  *  \param pDecHuffState   the bit reader, initialised ahead of the scan and behind each restart marker
  *  \return  zmxStsNullPtrErr when pSrc is null; zmxStsSizeErr when nSrcLen is below 1; zmxStsNullPtrErr when

@@ -32,8 +32,8 @@ extern "C" {
  *                        first
  *  \param pLastDC        in and out: the DC prediction, ahead of the shift by Al; the caller sets it to 0 ahead of
  *                        the scan and behind each restart marker
- *  \param pMarker        in and out: 0 while no marker has been met, then its second byte; the caller sets it to 0
- *                        first, and again behind a marker
+ *  \param pMarker        in and out: 0 while no marker has been met, then its second byte, and the position stands
+ *                        behind it; the caller sets it to 0 first, and again behind a marker
  *  \param Al             the bit position of the successive approximation, 0 to 13
  *  \param pDcTable       the table of DC symbols
  *  \param pDecHuffState  the bit reader, initialised ahead of the scan and behind each restart marker
@@ -58,8 +58,8 @@ ZMXJ_API ZmxStatus zmxiDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(const Zmx8u* pSrc,
  *  \param pSrcCurrPos    in and out: the position in it, in bytes; the caller sets it to the first byte of the scan
  *                        (0, or behind the marker of a restart)
  *  \param pDst           in and out: 64 coefficients, of which the first counts
- *  \param pMarker        in and out: 0 while no marker has been met, then its second byte; the caller sets it to 0
- *                        first, and again behind a marker
+ *  \param pMarker        in and out: 0 while no marker has been met, then its second byte, and the position stands
+ *                        behind it; the caller sets it to 0 first, and again behind a marker
  *  \param Al             the bit position of the successive approximation, 0 to 13
  *  \param pDecHuffState  the bit reader, initialised ahead of the scan and behind each restart marker
  *  \return  zmxStsNullPtrErr when pSrc is null; zmxStsSizeErr when nSrcLen is below 1; zmxStsNullPtrErr when
@@ -85,8 +85,8 @@ ZMXJ_API ZmxStatus zmxiDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(const Zmx8u* pSrc
  *                        (0, or behind the marker of a restart)
  *  \param pDst           in and out: 64 coefficients, kept by the caller from scan to scan and zero ahead of the
  *                        first
- *  \param pMarker        in and out: 0 while no marker has been met, then its second byte; the caller sets it to 0
- *                        first, and again behind a marker
+ *  \param pMarker        in and out: 0 while no marker has been met, then its second byte, and the position stands
+ *                        behind it; the caller sets it to 0 first, and again behind a marker
  *  \param Ss             the first zig-zag position of the band, 1 to 63
  *  \param Se             the last zig-zag position of the band, Ss to 63
  *  \param Al             the bit position of the successive approximation, 0 to 13
@@ -118,8 +118,8 @@ ZMXJ_API ZmxStatus zmxiDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(const Zmx8u* pSrc,
  *                        (0, or behind the marker of a restart)
  *  \param pDst           in and out: 64 coefficients, kept by the caller from scan to scan and zero ahead of the
  *                        first
- *  \param pMarker        in and out: 0 while no marker has been met, then its second byte; the caller sets it to 0
- *                        first, and again behind a marker
+ *  \param pMarker        in and out: 0 while no marker has been met, then its second byte, and the position stands
+ *                        behind it; the caller sets it to 0 first, and again behind a marker
  *  \param Ss             the first zig-zag position of the band, 1 to 63
  *  \param Se             the last zig-zag position of the band, Ss to 63
  *  \param Al             the bit position of the successive approximation, 0 to 13
