@@ -109,5 +109,5 @@ if(CMAKE_BUILD_TYPE STREQUAL "Release" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU" 
   set_tests_properties(abi PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 1800)
   # What docs/adopt.md tells a newcomer to type.
   add_test(NAME adopt COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_adopt.py ${PROJECT_SOURCE_DIR})
-  set_tests_properties(adopt PROPERTIES TIMEOUT 3600)
+  set_tests_properties(adopt PROPERTIES TIMEOUT 5400)
 endif()

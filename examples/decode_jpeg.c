@@ -18,20 +18,25 @@ static unsigned word(const Decoder* d, int at) {
 }
 
 /* [headers] */
-/* The marker segments up to the scan: the library parses none. */
+/* The marker segments up to the scan: the library parses none, and trusts the lists that it is given. */
 static void readHeaders(Decoder* d) {
     unsigned marker = 0;
-    for (d->at = 2; marker != 0xFFDA; d->at += 2 + (int)word(d, d->at + 2)) {
+    int size, symbols, i;
+    for (d->at = 2; marker != 0xFFDA; d->at += 2 + size) {
         const Zmx8u* body = d->file.data + d->at + 4;
         marker = word(d, d->at);
-        check(d->at + 2 + (int)word(d, d->at + 2) <= d->file.size, "a segment ends behind the file");
+        size = (int)word(d, d->at + 2);
+        check(d->at + 2 + size <= d->file.size, "a segment ends behind the file");
         if (marker == 0xFFDB) {
+            check(size >= 67, "a short DQT");
             check(zmxiQuantInvTableInit_JPEG_8u16u(body + 1, d->quant) == zmxStsNoErr, "DQT");
         } else if (marker == 0xFFC4) {
-            ZmxiDecodeHuffmanSpec** spec = body[0] == 0 ? &d->dc : &d->ac;
+            ZmxiDecodeHuffmanSpec** spec = size >= 19 && body[0] == 0 ? &d->dc : &d->ac;
+            for (symbols = 0, i = 1; size >= 19 && i <= 16; ++i) symbols += body[i];
+            check(*spec == NULL && size == 19 + symbols, "one table a DHT, and each table once");
             check(zmxiDecodeHuffmanSpecInitAlloc_JPEG_8u(body + 1, body + 17, spec) == zmxStsNoErr, "DHT");
         } else if (marker == 0xFFC0) {
-            check(body[5] == 3 && body[7] == 0x22, "not a 4:2:0 file");
+            check(size == 17 && body[5] == 3 && body[7] == 0x22, "not a 4:2:0 file");
             d->height = (int)word(d, d->at + 5);
             d->width = (int)word(d, d->at + 7);
         } else if (marker == 0xFFDD) {

@@ -31,7 +31,8 @@ int main(int argc, char** argv) {
         check(zmxiEncodeStoreBits_JPEG2K_1u(stream.data + stream.size, &count, encoder, &more) == zmxStsNoErr, "store");
         stream.size += count;
     } while (more);
-    check(segments == 1 && zmxiEncodeGetTermPassLen_JPEG2K(encoder, 0, &length) == zmxStsNoErr, "length");
+    check(segments == 1, "one segment");
+    check(zmxiEncodeGetTermPassLen_JPEG2K(encoder, 0, &length) == zmxStsNoErr, "length");
     /* [encode] */
 
     /* [decode] */
