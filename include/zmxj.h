@@ -7,6 +7,19 @@
  *  Image-codec primitives behind plain C functions: the inner loops of JPEG, JPEG2000, the HD Photo transform, TIFF
  *  PackBits rows and DXT and BC7 textures. The same bytes come out of every build.
  *
+ *  \section guides Guides
+ *
+ *  Each is made of a program of `examples/` that is compiled and run by the tests:
+ *
+ *  - \ref guide_jpeg_baseline
+ *  - \ref guide_jpeg_decoding
+ *  - \ref guide_jpeg_progressive
+ *  - \ref guide_jpeg_lossless
+ *  - \ref guide_jpeg2000
+ *  - \ref guide_textures
+ *  - \ref guide_tiff
+ *  - \ref guide_embedding
+ *
  *  \section names Names
  *
  *  An exported name reads `<domain><Operation>_<Codec>_<depths>_<layout>`:
