@@ -4,6 +4,7 @@
 #include "tests/jpeg/support/lossless.h"
 #include "tests/jpeg/support/progressive.h"
 #include "tests/jpeg/support/sequential.h"
+#include "tests/support/rounds.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -234,7 +235,7 @@ TEST(AfterFailure, Decoders) {
 // The Direct decoder reads nothing behind a marker, however often it is called there.
 TEST(AfterFailure, DirectDecoder) {
     std::map<ZmxStatus, int> statuses;
-    for (int seed = 1; seed <= 3000; ++seed) {
+    for (int seed = 1; seed <= rounds(3000); ++seed) {
         SCOPED_TRACE(seed);
         Rng rng{std::uint64_t(seed)};
         const auto flushAt = randomFlush(rng);
@@ -255,7 +256,7 @@ TEST(AfterFailure, DirectDecoder) {
         }
     }
     for (ZmxStatus s : {zmxStsNoErr, zmxStsBadArgErr, zmxStsOutOfBufErr, zmxStsDCTRangeErr})
-        EXPECT_GT(statuses[s], 100);
+        EXPECT_GT(statuses[s], rounds(100));
     EXPECT_EQ(statuses.size(), 4u);
 }
 
@@ -263,7 +264,7 @@ TEST(AfterFailure, DirectDecoder) {
 
 TEST(AfterFailure, TablesThatCouldNotBeBuilt) {
     int failed = 0;
-    for (int seed = 1; seed <= 1500; ++seed) {
+    for (int seed = 1; seed <= rounds(1500); ++seed) {
         SCOPED_TRACE(seed);
         Rng rng{std::uint64_t(seed)};
         const auto flushAt = randomFlush(rng);
@@ -297,5 +298,5 @@ TEST(AfterFailure, TablesThatCouldNotBeBuilt) {
         }
         flushACRefine(written, encodeTable);
     }
-    EXPECT_GT(failed, 1000);
+    EXPECT_GT(failed, rounds(1000));
 }
