@@ -4,10 +4,11 @@
 #include <algorithm>
 #include <cstdlib>
 
-// `usual`; ZMX_LONG_TESTS in the environment asks for a hundred times as many. ZMX_SHORT_TESTS asks for a twentieth: an
-// emulator is slow.
+// Whether the environment asks for less than usual: an emulator is slow.
+inline bool shortened() { return std::getenv("ZMX_SHORT_TESTS") != nullptr; }
+
+// `usual`, or a hundred times as many by ZMX_LONG_TESTS, or a twentieth.
 inline int rounds(int usual) {
     if (std::getenv("ZMX_LONG_TESTS")) return usual * 100;
-    if (std::getenv("ZMX_SHORT_TESTS")) return std::max(usual / 20, 1);
-    return usual;
+    return shortened() ? std::max(usual / 20, 1) : usual;
 }
