@@ -44,12 +44,12 @@ set_source_files_properties(${PROJECT_SOURCE_DIR}/zmx/version.cpp PROPERTIES COM
   "ZMX_BUILD=\"$<CONFIG>$<$<BOOL:${zmx_build_is_hardened}>:, hardened>$<$<BOOL:${ZMX_SANITIZE}>:, sanitizers>\";ZMX_IMAGE_LIBRARIES=\"libpng ${PNG_VERSION_STRING}, libtiff ${TIFF_VERSION_STRING}\"")
 
 # Manual pages and completions are made of the command's own table of options, by itself.
-set(zmx_manual ${PROJECT_BINARY_DIR}/manual)
+set(zmx_pages ${PROJECT_BINARY_DIR}/pages)
 if(NOT CMAKE_CROSSCOMPILING)
-  add_custom_command(OUTPUT ${zmx_manual}/made
-    COMMAND ${CMAKE_COMMAND} -E rm -rf ${zmx_manual}
-    COMMAND zmx manual ${zmx_manual}
-    COMMAND ${CMAKE_COMMAND} -E touch ${zmx_manual}/made
+  add_custom_command(OUTPUT ${zmx_pages}/made
+    COMMAND ${CMAKE_COMMAND} -E rm -rf ${zmx_pages}
+    COMMAND zmx manual ${zmx_pages}
+    COMMAND ${CMAKE_COMMAND} -E touch ${zmx_pages}/made
     DEPENDS zmx COMMENT "Making the manual pages and the completions of shells")
-  add_custom_target(zmx_manual ALL DEPENDS ${zmx_manual}/made)
+  add_custom_target(zmx_pages ALL DEPENDS ${zmx_pages}/made)
 endif()

@@ -10,7 +10,8 @@ namespace {
 
 constexpr std::size_t kWidth = 79, kLeft = 26; // of the whole, and of the column with the names
 
-// Text behind a left column of any width: a wide one has a line for itself. What follows the first line stands under the right column.
+// Text behind a left column of any width: a wide one has a line for itself. What follows the first line stands under
+// the right column.
 std::string row(const std::string& left, const std::string& right) {
     std::string all = "  " + left, line;
     if (all.size() + 2 > kLeft)

@@ -230,9 +230,9 @@ void addWindow(CLI::App& c, const std::string& name, std::vector<std::int64_t>& 
 
 void addQuality(CLI::App& c, EncodeArguments& a) {
     jpeg2000::EncodeOptions& o = a.options;
-    c.add_flag("--lossy", a.lossy, "9/7 wavelet and ICT; otherwise 5/3 and RCT, lossless unless layers are cut");
+    c.add_flag("-l,--lossy", a.lossy, "9/7 wavelet and ICT; otherwise 5/3 and RCT, lossless unless layers are cut");
     // Three ways to say what layers hold, of which one is taken.
-    auto* rate = c.add_option("--rate", o.rates, "bits a pixel, one number for each layer, rising; 0: everything")
+    auto* rate = c.add_option("-r,--rate", o.rates, "bits a pixel, one number for each layer, rising; 0: everything")
                      ->delimiter(',');
     // As other programs count, by the samples that go in.
     auto* ratio = c.add_option("--ratio", o.ratios,
@@ -339,13 +339,13 @@ void addDecode(CLI::App& app) {
     // What a file is shows in its first bytes, not in its name.
     args->files.addTo(*c, "a JP2 file or a codestream of Part 1", "a " + codecs::kPictureEndings + " file", ".png");
     // More levels than a file has are left out by taking every second sample.
-    c->add_option("--reduce", args->options.reduce, "halve the size so many times")
+    c->add_option("-r,--reduce", args->options.reduce, "halve the size so many times")
         ->capture_default_str()
         ->check(CLI::Range(0, 32));
-    c->add_option("--layers", args->options.layers, "decode so many layers; 0: all")
+    c->add_option("-l,--layers", args->options.layers, "decode so many layers; 0: all")
         ->capture_default_str()
         ->check(CLI::Range(0, 65535));
-    addWindow(*c, "--window", args->window, "a part of the picture, in pixels of its full size: X,Y,WIDTH,HEIGHT");
+    addWindow(*c, "-w,--window", args->window, "a part of the picture, in pixels of its full size: X,Y,WIDTH,HEIGHT");
     c->add_option("--component", args->options.component, "one component alone, from 0")->check(CLI::Range(0, 16383));
     c->add_flag("--separate", args->separate,
                 "each component in a file of its own, at its own size and depth: out.0.pgm, out.1.pgm and so on; files "

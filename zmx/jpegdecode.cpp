@@ -131,7 +131,7 @@ void command::addJpegDecode(CLI::App& app) {
     const auto args = std::make_shared<Arguments>();
     args->files.addTo(*c, "a JPEG file", "a " + codecs::kPictureEndings + " file; CMYK goes to .tif or .pam",
                       args->picture);
-    c->add_option("--scale", args->scale, "decode to this part of the size")
+    c->add_option("-s,--scale", args->scale, "decode to this part of the size")
         ->capture_default_str()
         ->check(CLI::IsMember({"1", "1/1", "1/2", "1/4", "1/8"}));
     auto* upsampling =
@@ -140,7 +140,7 @@ void command::addJpegDecode(CLI::App& app) {
             ->check(CLI::IsMember({"fancy", "plain"}));
     auto* format =
         c->add_option(
-             "--format", args->format,
+             "-F,--format", args->format,
              "write OUT without a header, and print its size: rows without gaps of bytes (gray, rgb, bgr, cmyk), "
              "or of 16-bit words, low byte first (the others, the first colour of the name in the low bits)")
             ->check(CLI::IsMember(kRawFormats) | CLI::IsMember(kPackings));

@@ -109,8 +109,8 @@ void run(Arguments& args) {
 // How the picture is coded.
 void addCodingOptions(CLI::App* c, Arguments& args) {
     jpeg::EncodeOptions& o = args.options;
-    c->add_option("--quality", o.quality, "1 to 100")->capture_default_str()->check(CLI::Range(1, 100));
-    c->add_option("--sampling", args.sampling, "of the chroma")
+    c->add_option("-Q,--quality", o.quality, "1 to 100")->capture_default_str()->check(CLI::Range(1, 100));
+    c->add_option("-s,--sampling", args.sampling, "of the chroma")
         ->capture_default_str()
         ->check(CLI::Validator(
             [](std::string& s) {
@@ -120,8 +120,9 @@ void addCodingOptions(CLI::App* c, Arguments& args) {
             "444|422|420|HxV[,HxV...]"));
     auto* tables =
         c->add_option("--qtables", args.tables,
-                      "a file with 1 to 4 quantisation tables for quality 50: luma and chroma, or each component");
-    c->add_flag("--optimize", o.optimize, "make Huffman tables for the picture");
+                      "a file with 1 to 4 quantisation tables for quality 50: luma and chroma, or each component")
+            ->type_name("FILE");
+    c->add_flag("-O,--optimize", o.optimize, "make Huffman tables for the picture");
     auto* dct = c->add_option("--dct", o.dct, "the transform: float, or integer, which rounds once more")
                     ->transform(CLI::CheckedTransformer(std::map<std::string, jpeg::Dct>{
                         {"float", jpeg::Dct::single}, {"integer", jpeg::Dct::integer}}))
@@ -131,8 +132,9 @@ void addCodingOptions(CLI::App* c, Arguments& args) {
     c->add_option("--restart", o.restart, "MCUs in a restart interval; 0: none")
         ->capture_default_str()
         ->check(CLI::Range(0, 65535));
-    auto* progressive = c->add_flag("--progressive", o.progressive, "in the usual progressive scans");
-    auto* scans = c->add_option("--scans", args.scans, "a file with a scan script")->excludes(progressive);
+    auto* progressive = c->add_flag("-p,--progressive", o.progressive, "in the usual progressive scans");
+    auto* scans =
+        c->add_option("--scans", args.scans, "a file with a scan script")->type_name("FILE")->excludes(progressive);
     // Lossless files have neither bands of coefficients nor divisors.
     auto* lossless = c->add_option("--lossless", o.lossless, "lossless mode with this predictor")
                          ->check(CLI::Range(1, 7))
@@ -148,7 +150,7 @@ void addCodingOptions(CLI::App* c, Arguments& args) {
 
 // What the picture is, and which of its colours go into the file.
 void addColourOptions(CLI::App* c, Arguments& args) {
-    c->add_flag("--gray", args.gray, "store the luma alone");
+    c->add_flag("-g,--gray", args.gray, "store the luma alone");
     c->add_flag("--no-alpha", args.noAlpha, "leave the alpha channel of IN out");
     auto* rgb = c->add_flag("--rgb", args.options.rgb, "store RGB as it is, not as YCbCr");
     c->add_flag("--cmyk", args.cmyk, "the 4 channels of IN are CMYK, whatever the file says");
@@ -160,7 +162,7 @@ void addColourOptions(CLI::App* c, Arguments& args) {
                                 return readSize(s, width, height) ? std::string() : "not WIDTHxHEIGHT: " + s;
                             },
                             "WIDTHxHEIGHT"));
-    c->add_option("--format", args.format,
+    c->add_option("-F,--format", args.format,
                   "of IN without a header: bytes of these channels; else rgb, or with --cmyk cmyk")
         ->check(CLI::IsMember(kRawFormats))
         ->needs(rawSize);

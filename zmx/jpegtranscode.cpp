@@ -63,8 +63,8 @@ void command::addJpegTranscode(CLI::App& app) {
     jpeg::TranscodeOptions& o = args->options;
     args->files.addTo(*c, "a JPEG file, sequential or progressive", "the JPEG file, with Huffman tables made for it",
                       ".jpg");
-    auto* progressive = c->add_flag("--progressive", o.progressive, "in the usual progressive scans");
-    c->add_option("--scans", args->scans, "a file with a scan script")->excludes(progressive);
+    auto* progressive = c->add_flag("-p,--progressive", o.progressive, "in the usual progressive scans");
+    c->add_option("--scans", args->scans, "a file with a scan script")->type_name("FILE")->excludes(progressive);
     c->add_option("--restart", o.restart, "MCUs in a restart interval; 0: none; else as IN has it")
         ->check(CLI::Range(0, 65535));
     auto* rotate = c->add_option("--rotate", args->rotate, "turn to the right by 90, 180 or 270 degrees")
@@ -76,7 +76,7 @@ void command::addJpegTranscode(CLI::App& app) {
         ->excludes(rotate)
         ->excludes(flip);
     c->add_flag("--trim", o.trim, "cut off the part of a unit with which a side would begin that is turned");
-    c->add_option("--crop", args->part,
+    c->add_option("-c,--crop", args->part,
                   "this part of the turned picture alone, from the unit on in which it begins: X,Y,WIDTH,HEIGHT")
         ->delimiter(',')
         ->expected(4);

@@ -30,8 +30,11 @@ std::string line(std::string head, const std::string& text) {
 std::string libraryPath() {
     Dl_info place{};
     // A pointer to a function is no pointer to an object for C++; POSIX says that it can be made one.
-    return dladdr(reinterpret_cast<const void*>(&zmxjGetLibVersion), &place) && place.dli_fname ? place.dli_fname
-                                                                                                : "unknown";
+    if (!dladdr(reinterpret_cast<const void*>(&zmxjGetLibVersion), &place) || !place.dli_fname) return "unknown";
+    // As the loader has it the name goes by way of the program's own folder.
+    std::error_code trouble;
+    const auto whole = std::filesystem::weakly_canonical(place.dli_fname, trouble);
+    return trouble ? std::string(place.dli_fname) : whole.string();
 }
 
 // The loader looks for builds for newer processors in folders of that name (ld.so(8)); all else is for every processor.

@@ -4,6 +4,7 @@ install     the component `command` brings all of them, where man and the shells
 pages       mandoc has nothing to say, man shows them without a warning, and options, texts and examples are those of --help
 completions bash, zsh and fish offer the commands and options of --help at every place, and the values that it lists
 terminals   bash and zsh complete a whole command line on a terminal, key by key
+manners     every command takes --threads, every one that makes files the same options for them
 version     --version --verbose tells what a report needs
 """
 
@@ -98,6 +99,14 @@ class Manners(unittest.TestCase):
         for c in ROOT.all():
             if not c.commands:
                 self.assertIn("--threads", offered_at(c)[1], c.words)
+
+    def test_every_command_that_makes_files_makes_them_alike(self):
+        makers = [c for c in ROOT.all() if "OUT" in c.usage]
+        self.assertGreater(len(makers), 7)
+        for c in makers:
+            self.assertTrue(c.usage.endswith("[OPTIONS] IN... [OUT]"), c.usage)
+            for names in ("-o --output", "--suffix", "-f --force", "-q --quiet", "-v --verbose", "--strict", "-t --threads"):
+                self.assertIn(names.split(), [o.names for o in c.options], c.words)
 
 
 class Completions(unittest.TestCase):
