@@ -223,6 +223,15 @@ void encodeTo(ByteSink& sink, SampleSource& source, const ImageSize& size, const
     sink.finish();
 }
 
+// A JP2 file has a place for everything, but for shapes of pixels of no size (I.5.3.7).
+std::vector<std::string> lossIn(const Metadata& metadata, bool jp2) {
+    if (!jp2) return lossOf(metadata, "a codestream without boxes");
+    Metadata lost;
+    if (metadata.resolution && metadata.resolution->unit == codecs::Resolution::Unit::none)
+        lost.resolution = metadata.resolution;
+    return lossOf(lost, "a JP2 file");
+}
+
 // What `write` makes.
 template <class Write> Bytes inMemory(Write write) {
     MemorySink sink;
@@ -276,7 +285,7 @@ std::vector<std::string> encode(RowSource& picture, ByteSink& sink, const Encode
         source.advance(size.y0, size.y1);
         encodeTo(sink, source, size, header, options);
     }
-    return options.jp2 ? std::vector<std::string>() : lossOf(picture.metadata(), "a codestream without boxes");
+    return lossIn(picture.metadata(), options.jp2);
 }
 
 Bytes encode(const Picture& picture, const EncodeOptions& options) {
