@@ -80,7 +80,6 @@ inline void decodeTheirs(const Bytes& file, Bytes& pixels) {
     jpeg_create_decompress(&d);
     jpeg_mem_src(&d, file.data(), file.size());
     jpeg_read_header(&d, TRUE);
-    d.do_fancy_upsampling = FALSE;
     d.do_block_smoothing = FALSE; // acts on incomplete progressive files only
     d.dct_method = JDCT_ISLOW;
     jpeg_start_decompress(&d);

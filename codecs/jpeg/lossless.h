@@ -25,6 +25,6 @@ struct LosslessRows {
 void decodeLossless(SegmentReader& reader, RowSink& picture, Warnings& warnings);
 
 // One scan of all channels; `options` are what encode() takes.
-void encodeLossless(RowSource& picture, ByteSink& file, const EncodeOptions& options);
+Warnings encodeLossless(RowSource& picture, ByteSink& file, const EncodeOptions& options);
 
 } // namespace codecs::jpeg

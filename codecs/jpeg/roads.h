@@ -35,7 +35,7 @@ public:
 };
 
 // Each component of the frame names one of the quantisers.
-using Quantisers = std::array<Quantiser, 2>;
+using Quantisers = std::vector<Quantiser>;
 std::unique_ptr<EncodeRoad> makeEncodeRoad(const Frame& frame, Model model, const Quantisers& quantisers,
                                            const EncodeOptions& options);
 // `tables` is one for each component.

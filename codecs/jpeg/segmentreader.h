@@ -39,6 +39,7 @@ public:
 
 private:
     int nextMarker();
+    int heightBehind();
     void segment(int marker);
     void frame(int marker);
     void components(Frame& f);

@@ -6,7 +6,11 @@
 
 namespace codecs::jpeg {
 
-void writeJfif(Output& out);
+// How many pixels a unit of length has: 0 none, so that the numbers give the shape of a pixel; 1 inch, 2 centimetre.
+struct Density {
+    int unit = 0, x = 1, y = 1;
+};
+void writeJfif(Output& out, const Density& density);
 void writeAdobe(Output& out, int transform);
 void writeQuantTable(Output& out, int number, const QuantTable& table);
 enum class TableClass { dc, ac };

@@ -5,7 +5,7 @@
 
 namespace codecs::jpeg {
 
-extern const std::array<std::uint8_t, 64> kLumaQuant, kChromaQuant; // for quality 50
+extern const QuantTable kLumaQuant, kChromaQuant; // for quality 50, in zig-zag order
 extern const HuffmanTable kLumaDc, kLumaAc, kChromaDc, kChromaAc;
 
 } // namespace codecs::jpeg

@@ -153,6 +153,33 @@ const ExifEntry* findEntry(const ExifDirectory& directory, std::uint16_t tag) {
     return found == directory.end() ? nullptr : &*found;
 }
 
+std::optional<Resolution> resolutionIn(const ExifDirectory& directory) {
+    constexpr std::uint16_t kFraction = 5;
+    const auto fraction = [&](std::uint16_t tag) {
+        const ExifEntry* e = findEntry(directory, tag);
+        if (!e || e->type != kFraction || e->count != 1) return 0.0;
+        const auto number = [&](std::size_t at) {
+            return double(e->value[at] | e->value[at + 1] << 8 | e->value[at + 2] << 16) + e->value[at + 3] * 0x1p24;
+        };
+        return number(4) == 0 ? 0.0 : number(0) / number(4);
+    };
+    const double x = fraction(kExifAcross), y = fraction(kExifDown);
+    const ExifEntry* unit = findEntry(directory, kExifUnit);
+    // Inches are taken for granted. No unit, 1, is of TIFF alone: the numbers are a ratio then.
+    const int code = unit && unit->value.size() >= 2 ? unit->value[0] : 2;
+    if (x <= 0 || y <= 0 || code < 1 || code > 3 || (code == 1 && x == y)) return std::nullopt;
+    constexpr Resolution::Unit units[] = {Resolution::Unit::none, Resolution::Unit::inch, Resolution::Unit::centimetre};
+    return Resolution{x, y, units[code - 1]};
+}
+
+bool overwriteNumber(Bytes& exif, const ExifEntry& entry, unsigned value) {
+    if (entry.count != 1 || (entry.type != kShort && entry.type != kLong)) return false;
+    const bool little = exif[0] == 'I';
+    const std::size_t size = entry.value.size();
+    for (std::size_t i = 0; i < size; ++i) exif[entry.at + i] = std::uint8_t(value >> 8 * (little ? i : size - 1 - i));
+    return true;
+}
+
 ExifEntry shortEntry(std::uint16_t tag, unsigned value) {
     ExifEntry e;
     e.tag = tag;

@@ -77,4 +77,12 @@ void copyRows(RowSource& from, RowSink& to, int rows = 0);
 Picture readRows(RowSource& from);
 void writeRows(const Picture& picture, RowSink& to);
 
+// The file that `encode`, of a source and a sink, makes of a picture in memory.
+template <class Encode> Bytes encodedInMemory(const Picture& picture, Encode encode) {
+    PictureSource source(picture);
+    MemorySink sink;
+    encode(source, sink);
+    return std::move(sink.bytes);
+}
+
 } // namespace codecs

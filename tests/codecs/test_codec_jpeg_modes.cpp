@@ -43,11 +43,6 @@ Seen sound(const Bytes& file) {
 Bytes encode(int width, int height, int channels, const EncodeOptions& o) {
     return jpeg::encode(picture(slopes(width, height, channels), width, height, channels), o);
 }
-jpeg::Transcoded transcode(const Bytes& file, const jpeg::TranscodeOptions& o) {
-    const jpeg::Transcoded t = jpeg::transcode(file, o);
-    EXPECT_EQ(t.before, t.after);
-    return t;
-}
 std::string modeOf(const Bytes& file) {
     const std::string text = jpeg::describe(file);
     const std::size_t at = text.find("mode: ") + 6;

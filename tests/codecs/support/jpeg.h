@@ -51,6 +51,13 @@ inline Seen decoded(const Bytes& file, const jpeg::DecodeOptions& options) {
     return out;
 }
 
+// A file coded anew, whose coefficients must be those that were to be written.
+inline jpeg::Transcoded transcode(const Bytes& file, const jpeg::TranscodeOptions& options) {
+    jpeg::Transcoded t = jpeg::transcode(file, options);
+    EXPECT_EQ(t.before, t.after);
+    return t;
+}
+
 // The message of the Error that a call ends in; empty: it does not.
 template <class Call> std::string refusalOf(Call call) {
     try {
