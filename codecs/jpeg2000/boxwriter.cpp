@@ -34,6 +34,7 @@ void writeImageHeader(Bytes& file, const ImageSize& size, const FileHeader& head
         std::all_of(components.begin(), components.end(), [=](const SizComponent& c) { return depthByte(c) == first; });
     {
         BoxWriter ihdr(file, fourcc("ihdr"));
+        // The size of the image area, ahead of its width.
         ihdr->u32(size.y1 - size.y0);
         ihdr->u32(size.x1 - size.x0);
         ihdr->u16(unsigned(components.size()));
@@ -157,6 +158,7 @@ Bytes writeBoxes(const ImageSize& size, const FileHeader& header) {
         if (header.alpha >= 0) writeChannels(file, size, header);
         if (header.metadata.resolution) writeResolution(file, *header.metadata.resolution);
     }
+    // Ahead of the codestream, so that readers of a stream have them first.
     writeUuid(file, kExifUuid, header.metadata.exif);
     writeUuid(file, kXmpUuid, header.metadata.xmp);
     ByteWriter out(file);

@@ -136,6 +136,7 @@ class Encoder {
         // A rate counts the whole codestream, of which packets are what can be cut.
         const auto overhead = double(headerBytes(size, headers, options));
         for (const double b : layerBytes()) target.bytes.push_back(b - overhead);
+        // The squared error of all samples that a PSNR stands for.
         for (const double psnr : psnrs) target.errors.push_back(peak() * peak() * samples() * std::pow(10, -psnr / 10));
         allocateLayers(tiles, size, headers, target);
     }
@@ -159,6 +160,7 @@ class Encoder {
         for (int round = 0; round < 2; ++round) {
             MemorySink tried;
             writeAll(tried);
+            // By how much a layer missed is how much higher the next round aims.
             for (std::size_t layer = 0; layer < aims.size(); ++layer)
                 aims[layer] += options.psnrs[layer] - measured(tried.bytes, int(layer) + 1);
             allocate(aims);
@@ -168,6 +170,7 @@ class Encoder {
     // All tiles that have been kept.
     void writeAll(ByteSink& sink) const {
         CodestreamWriter writer(size, headers, options, sink);
+        // The main header holds the headers of all packets: it cannot be written ahead of them.
         if (options.packedHeaders == PackedHeaders::main) return writer.write(tiles);
         writer.begin();
         for (const EncodedTile& t : tiles) writer.write(t);
@@ -197,6 +200,7 @@ public:
           region(o.region ? windowOn(size, *o.region) : Rect{}) {}
 
     void run(ByteSink& sink) {
+        // Only where nothing is cut and nothing waits for the end.
         const bool cut = !options.rates.empty() || !options.psnrs.empty() || !options.ratios.empty();
         if (!cut && options.packedHeaders != PackedHeaders::main) return stream(sink);
         for (int row = 0; row < size.tilesDown(); ++row) encodeRow(row);
