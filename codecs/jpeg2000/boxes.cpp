@@ -54,6 +54,7 @@ void readColour(ByteReader& in, Boxes& boxes) {
     constexpr int enumerated = 1, profile = 2, anyProfile = 3;
     const int method = in.u8();
     in.take(2); // precedence and approximation
+    // EnumCS of methods that this reader does not know is left alone.
     if (method == enumerated && boxes.enumeratedColour == 0) boxes.enumeratedColour = in.u32();
     if ((method == profile || method == anyProfile) && boxes.metadata.icc.empty()) {
         const ByteView icc = in.rest();
@@ -72,6 +73,7 @@ void readResolution(const Box& box, Metadata& metadata) {
     metadata.resolution = {xn / xd * std::pow(10, xe), yn / yd * std::pow(10, ye), Resolution::Unit::metre};
 }
 
+// Boxes of a vendor each have a number of their own (I.7.2).
 void readUuid(const Box& box, Metadata& metadata) {
     if (box.content.size() < kExifUuid.size()) return;
     ByteView rest = box.content.subspan(kExifUuid.size());

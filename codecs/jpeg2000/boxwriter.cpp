@@ -34,6 +34,7 @@ void writeImageHeader(Bytes& file, const ImageSize& size, const FileHeader& head
         std::all_of(components.begin(), components.end(), [=](const SizComponent& c) { return depthByte(c) == first; });
     {
         BoxWriter ihdr(file, fourcc("ihdr"));
+        // The size of the image area, ahead of its width.
         ihdr->u32(size.y1 - size.y0);
         ihdr->u32(size.x1 - size.x0);
         ihdr->u16(unsigned(components.size()));
@@ -78,17 +79,16 @@ void writeColour(Bytes& file, const ImageSize& size, const FileHeader& header) {
         colr->u32(enumeratedColour(size, header));
 }
 
-// A number as N / D times a power of ten, as exact as 16 bits allow: the last good one of the fractions that it
-// unfolds to. What needs no power goes without one, for those who read no further than N and D.
+// A number as N / D times a power of ten, as exact as 16 bits allow.
 struct Fraction {
     unsigned n, d;
     int exponent;
 };
-Fraction fractionOf(double v) {
+
+// The last of the fractions that a number unfolds to whose parts fit 16 bits.
+Fraction unfolded(double v, int exponent) {
     constexpr double most = 65535;
-    const int exponent = v >= 1 && v <= most ? 0 : int(std::floor(std::log10(v)));
-    double rest = v / std::pow(10, exponent);
-    double n0 = 1, d0 = 0, n = std::floor(rest), d = 1;
+    double rest = v, n0 = 1, d0 = 0, n = std::floor(v), d = 1;
     for (int i = 0; i < 20 && rest - std::floor(rest) > 1e-9; ++i) {
         rest = 1 / (rest - std::floor(rest));
         const double n1 = std::floor(rest) * n + n0, d1 = std::floor(rest) * d + d0;
@@ -97,6 +97,15 @@ Fraction fractionOf(double v) {
         d0 = std::exchange(d, d1);
     }
     return {unsigned(n), unsigned(d), exponent};
+}
+
+// What needs no power of ten goes without one, for those who read no further than N and D. Otherwise a number from 1
+// to 10 leaves the most room for D.
+Fraction fractionOf(double v) {
+    if (v >= 1 && v < 65536)
+        if (const Fraction plain = unfolded(v, 0); std::abs(plain.n / double(plain.d) - v) < 1e-9 * v) return plain;
+    const int exponent = int(std::floor(std::log10(v)));
+    return unfolded(v / std::pow(10, exponent), exponent);
 }
 
 // How many pixels a metre the picture was taken with (I.5.3.7.1).
@@ -149,6 +158,7 @@ Bytes writeBoxes(const ImageSize& size, const FileHeader& header) {
         if (header.alpha >= 0) writeChannels(file, size, header);
         if (header.metadata.resolution) writeResolution(file, *header.metadata.resolution);
     }
+    // Ahead of the codestream, so that readers of a stream have them first.
     writeUuid(file, kExifUuid, header.metadata.exif);
     writeUuid(file, kXmpUuid, header.metadata.xmp);
     ByteWriter out(file);

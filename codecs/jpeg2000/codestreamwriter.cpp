@@ -26,6 +26,7 @@ void writePacked(Bytes& bytes, int marker, ByteView packed, int& number) {
     constexpr std::size_t most = 65000;
     ByteWriter out(bytes);
     for (; !packed.empty(); ++number) {
+        // Zppm and Zppt have a byte each.
         need(number < 256, "too many packet headers to be kept apart");
         const ByteView part = packed.first(std::min(most, packed.size()));
         out.u16(unsigned(marker));
@@ -136,6 +137,7 @@ void CodestreamWriter::writeMainHeader(ByteView packedHeaders) {
         hasTlm = true;
         tlmPosition = sink.position() + bytes.size();
         lengths.assign(parts, {}); // filled in at the end
+        // What was left free in the header is filled in, now that all lengths are known.
         writeTlm(bytes, lengths);
         lengths.clear();
     }

@@ -32,6 +32,7 @@ class Decoding {
 
     // The components of the first channels are wanted.
     void want(std::size_t channels) {
+        // What no channel shows need not be decoded.
         scope.wanted.assign(stream.size.components.size(), false);
         for (std::size_t k = 0; k < channels; ++k) scope.wanted[map.channels[k].component] = true;
         scope.lead = map.channels[0].component;
@@ -56,6 +57,7 @@ public:
           scope{stream, windowOf(stream.size, options), options.reduce, options.layers, {}, 0},
           map(channelsOf(boxes, stream.size, options.component)) {
         need(options.reduce >= 0 && options.reduce <= kMaxLevels && options.layers >= 0, "no such resolution or layer");
+        // Tile-parts of other tiles are not looked at.
         findTileParts(stream, scope.window);
     }
     DecodedPlanes planes() {

@@ -136,6 +136,7 @@ class Encoder {
         // A rate counts the whole codestream, of which packets are what can be cut.
         const auto overhead = double(headerBytes(size, headers, options));
         for (const double b : layerBytes()) target.bytes.push_back(b - overhead);
+        // The squared error of all samples that a PSNR stands for.
         for (const double psnr : psnrs) target.errors.push_back(peak() * peak() * samples() * std::pow(10, -psnr / 10));
         allocateLayers(tiles, size, headers, target);
     }
@@ -159,6 +160,7 @@ class Encoder {
         for (int round = 0; round < 2; ++round) {
             MemorySink tried;
             writeAll(tried);
+            // By how much a layer missed is how much higher the next round aims.
             for (std::size_t layer = 0; layer < aims.size(); ++layer)
                 aims[layer] += options.psnrs[layer] - measured(tried.bytes, int(layer) + 1);
             allocate(aims);
@@ -168,6 +170,7 @@ class Encoder {
     // All tiles that have been kept.
     void writeAll(ByteSink& sink) const {
         CodestreamWriter writer(size, headers, options, sink);
+        // The main header holds the headers of all packets: it cannot be written ahead of them.
         if (options.packedHeaders == PackedHeaders::main) return writer.write(tiles);
         writer.begin();
         for (const EncodedTile& t : tiles) writer.write(t);
@@ -197,6 +200,7 @@ public:
           region(o.region ? windowOn(size, *o.region) : Rect{}) {}
 
     void run(ByteSink& sink) {
+        // Only where nothing is cut and nothing waits for the end.
         const bool cut = !options.rates.empty() || !options.psnrs.empty() || !options.ratios.empty();
         if (!cut && options.packedHeaders != PackedHeaders::main) return stream(sink);
         for (int row = 0; row < size.tilesDown(); ++row) encodeRow(row);
@@ -221,6 +225,15 @@ void encodeTo(ByteSink& sink, SampleSource& source, const ImageSize& size, const
     Encoder(source, size, options).run(sink);
     if (options.jp2) patchCodestreamBox(sink, begin);
     sink.finish();
+}
+
+// A JP2 file has a place for everything, but for shapes of pixels of no size (I.5.3.7).
+std::vector<std::string> lossIn(const Metadata& metadata, bool jp2) {
+    if (!jp2) return lossOf(metadata, "a codestream without boxes");
+    Metadata lost;
+    if (metadata.resolution && metadata.resolution->unit == codecs::Resolution::Unit::none)
+        lost.resolution = metadata.resolution;
+    return lossOf(lost, "a JP2 file");
 }
 
 // What `write` makes.
@@ -276,7 +289,7 @@ std::vector<std::string> encode(RowSource& picture, ByteSink& sink, const Encode
         source.advance(size.y0, size.y1);
         encodeTo(sink, source, size, header, options);
     }
-    return options.jp2 ? std::vector<std::string>() : lossOf(picture.metadata(), "a codestream without boxes");
+    return lossIn(picture.metadata(), options.jp2);
 }
 
 Bytes encode(const Picture& picture, const EncodeOptions& options) {

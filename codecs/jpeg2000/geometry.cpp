@@ -36,6 +36,7 @@ class Layout {
         if (r.empty()) return {};
         const std::int64_t left = r.x0 >> wLog, top = r.y0 >> hLog;
         const BlockGrid g{int(ceilShift(r.x1, wLog) - left), int(ceilShift(r.y1, hLog) - top), tc.blocks.size()};
+        // Counted ahead of being made: the memory of a hostile file is refused first.
         count(std::size_t(g.across) * std::size_t(g.down));
         for (int j = 0; j < g.down; ++j)
             for (int i = 0; i < g.across; ++i) {

@@ -103,6 +103,7 @@ ImageSize readSiz(ByteView content) {
          "a grid of tiles that does not fit the image area");
     need(components >= 1 && components <= kMaxComponents, "no components, or more than 16384");
     const std::uint64_t across = std::uint64_t(s.tilesAcross()), down = std::uint64_t(s.tilesDown());
+    // Isot has 16 bits, of which 65535 is not used (Table A.5).
     need(across * down <= kMaxTiles, "more than 65535 tiles");
     // Each tile keeps account of each component, even of one without samples.
     need(across * down * std::uint64_t(components) <= 1u << 22, "too many tiles of too many components");
@@ -114,6 +115,7 @@ HeaderReader::HeaderReader(HeaderSet& headers)
     : set(headers), ownCoding(headers.coding.size()), ownQuant(headers.coding.size()) {}
 
 std::size_t HeaderReader::component(ByteReader& in) const {
+    // A byte for up to 256 components, else two (Table A.22).
     const std::size_t c = in.number(componentBytes(set.coding.size()));
     need(c < set.coding.size(), "a marker segment for a component that is not there");
     return c;

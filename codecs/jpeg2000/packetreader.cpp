@@ -111,10 +111,12 @@ void PacketReader::readBody(bool keep) {
 }
 
 bool PacketReader::read(const PacketId& id) {
+    // Nsop is not looked at: packets stand in their order anyhow.
     if (headers.tile.sop) skipMarker(data.body, SOP, 6);
     if ((data.headersApart ? data.headers : data.body).empty()) return false;
     contributions.clear();
     readHeader(id);
+    // A component may have fewer resolutions than others: each leaves out its own highest ones.
     const int resolutions = int(tile.components[std::size_t(id.component)].resolutions.size());
     readBody(id.layer < layers && id.resolution < resolutions - reduce);
     return true;

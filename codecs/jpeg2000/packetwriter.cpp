@@ -78,6 +78,7 @@ std::size_t PacketWriter::writeBlock(BitWriter& bits, const CodedBlock& block, P
     forEachPart(block, done.passes, until, [&](int passes, std::uint32_t bytes) {
         wider = std::max(wider, int(std::bit_width(bytes)) - done.lengthBits - floorLog2(unsigned(passes)));
     });
+    // Lblock never shrinks (B.10.7.1).
     done.lengthBits += wider;
     while (wider-- > 0) bits.bit(true);
     bits.bit(false);

@@ -73,6 +73,7 @@ Component readPgx(ByteView file) {
     const ByteView bytes = words.rest();
     const std::size_t wide = c.depth > 8 ? 2 : 1;
     const std::size_t count = std::size_t(c.width) * std::size_t(c.height);
+    // Ahead of taking memory for them.
     need(count <= bytes.size() / wide, "a PGX file that ends early");
     // Bits above the depth do not count, but for the sign.
     const std::int32_t mask = (1 << c.depth) - 1, sign = c.isSigned ? 1 << (c.depth - 1) : 0;
@@ -105,6 +106,7 @@ PlanarPicture fromComponents(std::vector<Component> components) {
         const auto sampling = [](std::uint32_t all, int own) { return int((all + unsigned(own) - 1) / unsigned(own)); };
         c.dx = sampling(picture.x1, c.width);
         c.dy = sampling(picture.y1, c.height);
+        // XRsiz and YRsiz have a byte each.
         need(c.dx <= 255 && c.dy <= 255, "components whose sizes have nothing in common");
         picture.components.push_back(std::move(c));
     }

@@ -121,6 +121,7 @@ public:
                         maxSlope = std::max(maxSlope, p.slope);
                     }
                 }
+        // A picture without any pass: every slope cuts the same.
         if (maxSlope == 0) minSlope = maxSlope = 1;
     }
 

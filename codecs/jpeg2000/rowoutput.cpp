@@ -41,6 +41,7 @@ RowOutput::RowOutput(RowSink& to, const ChannelMap& channels, const ImageSize& s
         const Channel& c = map.channels[k];
         const int own = (1 << c.depth) - 1;
         std::vector<Sample> table = c.palette;
+        // Full range stays full range: the largest sample becomes the largest.
         if (own != shape.maxval) {
             // Without a palette a table of one step for each sample; with one, its entries are scaled.
             if (table.empty())

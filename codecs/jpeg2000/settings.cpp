@@ -116,6 +116,7 @@ ImageSize sizeOf(const Rect& area, const std::vector<SizComponent>& components, 
     s.y1 = std::uint32_t(area.y1);
     s.tileX = o.tileX;
     s.tileY = o.tileY;
+    // Without tiles one of them reaches from its origin to the end of the area.
     s.tileWidth = o.tileWidth > 0 ? o.tileWidth : s.x1 - o.tileX;
     s.tileHeight = o.tileHeight > 0 ? o.tileHeight : s.y1 - o.tileY;
     s.components = components;
@@ -159,6 +160,7 @@ void check(const EncodeOptions& o) {
     }
     need(int(!o.rates.empty()) + int(!o.psnrs.empty()) + int(!o.ratios.empty()) <= 1,
          "layers by more than one of rate, PSNR and ratio");
+    // Errors of coefficients outside the region say little of samples while it comes first.
     need(!o.region || o.psnrs.empty(), "layers by PSNR with a region of interest");
     need(std::max({o.rates.size(), o.psnrs.size(), o.ratios.size()}) <= std::size_t(kMaxLayers),
          "more than 65535 layers");

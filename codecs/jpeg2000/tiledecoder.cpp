@@ -138,6 +138,7 @@ void TileDecoder::run(Work& work, bool inBands) {
         return jobs;
     };
     const std::size_t lead = scope.lead;
+    // Nothing is there for the wavelet yet.
     runJobs(work, ask(1), {});
     for (std::size_t s = 1; s < rows.size(); ++s) {
         runJobs(work, ask(s + 1), rows[s]);

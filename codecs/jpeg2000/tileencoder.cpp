@@ -130,6 +130,7 @@ EncodedTile TileEncoder::encode(int index, bool inBands) {
         runJobs(out, parts, jobs, true);
         complete();
     }
+    // The blocks of the last stripe have no stripe behind them.
     runJobs(out, parts, jobs, false);
     return out;
 }

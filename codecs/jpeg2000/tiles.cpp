@@ -96,6 +96,7 @@ public:
             decodeSide(row, decoders);
             sink.close();
         }
+        // A picture of nothing but grey is none.
         if (present == 0 && missing > 0) throw Error("no tile can be decoded");
         if (missing > 0) warnings.push_back(std::to_string(missing) + " tiles are missing");
         return warnings;
