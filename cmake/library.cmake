@@ -27,7 +27,7 @@ add_library(zmxcore core/zmxcore.cpp ${zmx_system})
 add_library(zmxjpx::zmxcore ALIAS zmxcore)
 target_include_directories(zmxcore PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
   $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
-target_link_libraries(zmxcore PRIVATE $<BUILD_INTERFACE:zmx_warnings>)
+target_link_libraries(zmxcore PRIVATE $<BUILD_INTERFACE:zmx_warnings> $<BUILD_INTERFACE:zmx_hardened>)
 set_target_properties(zmxcore PROPERTIES VERSION 6.1 SOVERSION 6.1
   CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
 zmx_export_only(zmxcore ZMXCORE core/zmxcore.map)
@@ -50,7 +50,7 @@ add_library(zmxjpx $<TARGET_OBJECTS:zmxjpx_objects>)
 add_library(zmxjpx::zmxjpx ALIAS zmxjpx)
 target_include_directories(zmxjpx PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
   $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
-target_link_libraries(zmxjpx PRIVATE ${zmx_openmp} zmxcore)
+target_link_libraries(zmxjpx PRIVATE ${zmx_openmp} zmxcore $<BUILD_INTERFACE:zmx_hardened_link>)
 # The loaded name of the library is libzmxjpx.so.6.1; libzmxcore stands beside it.
 set_target_properties(zmxjpx PROPERTIES VERSION 6.1 SOVERSION 6.1 LINKER_LANGUAGE CXX
   BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "$ORIGIN")

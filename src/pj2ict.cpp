@@ -1,11 +1,11 @@
 // pj2ict.cpp - the irreversible component transform of JPEG2000 (ISO/IEC 15444-1, G.3) in fixed point with 14
 // fractional bits, and in floating point.
 #include "pj2ct.h"
+#include "pjbits.h"
 #include "pjround.h"
 #include "pjx87.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstdint>
 
@@ -70,7 +70,7 @@ struct Block {
     }
 };
 
-Zmx32u bitsOf(Zmx32f v) { return std::bit_cast<Zmx32u>(v); }
+Zmx32u bitsOf(Zmx32f v) { return bitCast<Zmx32u>(v); }
 
 // Whole numbers are what an encoder begins with. They are worth a way of their own: their sums have few bits, so that
 // many lie half-way between two floats, where no bracket tells. Below 2^22 the sums are exact: multiples of 2^-27, as

@@ -92,10 +92,11 @@ void liftColumns(Zmx8u* plane, int step, int rows, int width, int from) {
     if (r == rows) liftRow<T, inner>(row(r - 1), row(r - 2), row(r), width);
 }
 
-// Fewer than 3 rows: column by column through the short forms of a line. No row, or less, counts as one: required.
+// Fewer than 3 rows, or no column: column by column through the short forms of a line. No row, or less, counts as one:
+// required.
 template <class T, void (*line)(const Zmx8u*, Split, Zmx8u*)>
 void shortColumns(Zmx8u* plane, int step, Split s, int width) {
-    const int n = std::max(s.n, 1);
+    const int n = std::clamp(s.n, 1, 2);
     for (int x = 0; x < width; ++x) {
         Zmx8u in[2 * sizeof(T)], out[2 * sizeof(T)];
         for (int r = 0; r < n; ++r) store(in, r, load<T>(rowAt(plane, step, r), x));

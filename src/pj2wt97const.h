@@ -10,9 +10,8 @@
 // Inverse, the scale and the same steps back, which make B, A, x(even) and x(odd) in turn.
 #pragma once
 
+#include "pjbits.h"
 #include "zmxj.h"
-
-#include <bit>
 
 namespace zmx::wt97 {
 
@@ -45,7 +44,7 @@ inline constexpr Taps<Zmx32s> kQ16Forward = {39515, 17489, -5126, -1105, 1753, 7
 inline constexpr Taps<Zmx32s> kQ16Inverse = {39515, -17489, -5126, 1105, 1753, 73078, 38750, -3771, -5981};
 
 // The floats to the bit, however a compiler reads their decimals.
-constexpr bool isFloat(Zmx32f v, Zmx32u bits) { return std::bit_cast<Zmx32u>(v) == bits; }
+constexpr bool isFloat(Zmx32f v, Zmx32u bits) { return bitCast<Zmx32u>(v) == bits; }
 static_assert(isFloat(kFloatSteps.alpha, 0xBFCB0673) && isFloat(kFloatSteps.beta, 0xBD5901AE));
 static_assert(isFloat(kFloatSteps.gamma, 0x3F620676) && isFloat(kFloatSteps.delta, 0x3EE31355));
 static_assert(isFloat(kFloatSteps.k, 0x3F9D7658) && isFloat(kFloatSteps.oneOverK, 0x3F5019C3));

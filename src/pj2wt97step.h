@@ -7,6 +7,7 @@
 #pragma once
 
 #include "pj2wt97const.h"
+#include "pjbits.h"
 #include "pjround.h"
 #include "pjrows.h"
 #include "pjx87.h"
@@ -80,7 +81,7 @@ template <class T> Aside<T> aside(T v) { return v; }
 // Whether all numbers within `doubt` of a value round to one float.
 inline bool rounds(double value, double doubt, Zmx32f& result) {
     result = Zmx32f(value - doubt);
-    const Zmx32u below = std::bit_cast<Zmx32u>(result), above = std::bit_cast<Zmx32u>(Zmx32f(value + doubt));
+    const Zmx32u below = bitCast<Zmx32u>(result), above = bitCast<Zmx32u>(Zmx32f(value + doubt));
     return below == above && doubt < 0x1p1000; // neither infinite nor a NaN
 }
 // centre + c (a + b) in double precision, for an exact centre, if that settles what it rounds to in extended precision.

@@ -7,6 +7,7 @@
 // this type are exact, but they quiet a signalling NaN.
 #pragma once
 
+#include "pjbits.h"
 #include "zmxj.h"
 
 #include <bit>
@@ -175,7 +176,7 @@ private:
     // F is a float or a double, Bits an unsigned integer of its size.
     template <class F, class Bits> static constexpr SoftExtended widened(F v) {
         constexpr int digits = std::numeric_limits<F>::digits, special = 2 * std::numeric_limits<F>::max_exponent - 1;
-        const Bits bits = std::bit_cast<Bits>(v);
+        const Bits bits = bitCast<Bits>(v);
         const int field = int(bits >> (digits - 1)) & special;
         const std::uint64_t fraction = std::uint64_t(bits) << (64 - digits) & ~kTop;
         const bool minus = bits >> (8 * sizeof(Bits) - 1) != 0;
@@ -192,15 +193,15 @@ private:
         constexpr Bits infinity = Bits(special) << (digits - 1);
         const Bits sign = Bits(negative) << (width - 1);
         const int field = exponent - kBias + std::numeric_limits<F>::max_exponent - 1;
-        if (isNan()) return std::bit_cast<F>(Bits(sign | infinity | Bits(significand << 1 >> (65 - digits))));
-        if (field >= special) return std::bit_cast<F>(Bits(sign | infinity));
+        if (isNan()) return bitCast<F>(Bits(sign | infinity | Bits(significand << 1 >> (65 - digits))));
+        if (field >= special) return bitCast<F>(Bits(sign | infinity));
         // A denormal has the exponent of field 1. Rounding up may carry into the next field, which is then right.
         const int lost = 64 - digits + (field < 1 ? 1 - field : 0);
-        if (lost > 64) return std::bit_cast<F>(sign);
+        if (lost > 64) return bitCast<F>(sign);
         const Wide w = shiftedRight({significand, 0}, lost);
         const bool up = w.low > kTop || (w.low == kTop && w.high % 2 != 0);
         const Bits whole = Bits(w.high + up);
-        return std::bit_cast<F>(Bits(sign | (field < 1 ? whole : whole + (Bits(field - 1) << (digits - 1)))));
+        return bitCast<F>(Bits(sign | (field < 1 ? whole : whole + (Bits(field - 1) << (digits - 1)))));
     }
 };
 

@@ -2,11 +2,11 @@
 #include "psconvert.h"
 
 #include "pjargs.h"
+#include "pjbits.h"
 #include "pjround.h"
 #include "pjx87.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <limits>
 
@@ -55,7 +55,7 @@ template <class T> static void nearest(const Zmx32f* src, T* dst, int len) {
     for (int i = 0; i < len; ++i) {
         const Zmx32f limited = src[i] > hi ? hi : src[i] < lo ? lo : src[i];
         const Zmx32f number = src[i] != src[i] ? 0 : limited; // a NaN is none
-        dst[i] = T(std::bit_cast<Zmx32s>(rounded(number + large)) - std::bit_cast<Zmx32s>(large));
+        dst[i] = T(bitCast<Zmx32s>(rounded(number + large)) - bitCast<Zmx32s>(large));
     }
 }
 

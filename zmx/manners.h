@@ -31,4 +31,7 @@ struct Manners {
     void warn(const std::string& file, const std::vector<std::string>& texts) const;
 };
 
+// Gives --threads to every subcommand below `app` that has not got it by its manners.
+void giveThreads(CLI::App& app);
+
 } // namespace command

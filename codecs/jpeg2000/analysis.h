@@ -21,8 +21,8 @@ public:
     virtual CodedBlock encode(const BlockJob& job, BlockEncoder& encoder) = 0;
 };
 
-// `layout` and `coding` outlive it.
+// `layout` and `coding` outlive it. `region` is the part of the component that is a region of interest, or empty.
 std::unique_ptr<Analysis> makeAnalysis(std::size_t component, const TileComponent& layout,
-                                       const ComponentCoding& coding);
+                                       const ComponentCoding& coding, const Rect& region);
 
 } // namespace codecs::jpeg2000

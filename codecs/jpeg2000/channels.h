@@ -18,6 +18,7 @@ struct ChannelMap {
     std::vector<Channel> channels; // colours in their order, then the rest
     int alpha = -1;                // the channel that holds the opacity, or -1
     ColourSpace colour = ColourSpace::unknown;
+    Metadata metadata;
     std::vector<std::string> warnings;
 };
 

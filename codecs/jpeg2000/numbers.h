@@ -36,6 +36,7 @@ public:
     ByteView rest() { return take(left()); }
 };
 
+// Writes at the end of bytes that grow.
 class ByteWriter {
     Bytes& out;
 

@@ -60,6 +60,7 @@ struct CodingStyle {
     std::array<std::uint8_t, kMaxLevels + 1> precincts; // low half: log of the width, high half: of the height
 
     CodingStyle() { precincts.fill(0xFF); }
+    bool operator==(const CodingStyle&) const = default;
 };
 
 // The part of COD that all components share.
@@ -81,6 +82,7 @@ struct Quantization {
     std::vector<StepSize> steps; // by band: LL, then HL, LH, HH from the lowest resolution up; one if derived
 
     StepSize step(int resolution, int bandInResolution) const;
+    bool operator==(const Quantization&) const = default;
 };
 
 // What the markers of one header say. A tile's set starts as a copy of the main header's.

@@ -3,6 +3,7 @@
 
 namespace codecs::jpeg2000 {
 
+// Leaves come first, and each level ahead of the next one up, down to the one root.
 TagTree::TagTree(int across, int down) {
     std::size_t first = 0;
     for (;;) {

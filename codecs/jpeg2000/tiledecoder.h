@@ -52,8 +52,8 @@ public:
     std::vector<std::string> warnings;
 
     TileDecoder(const Scope& wanted, SampleSink& to, int team);
-    // Puts the wanted part of a tile. With `inBands` it opens and closes the sink's rows as it goes, else they are open
-    // already. An Error leaves the sink as it was.
+    // Puts the wanted part of a tile. With `inBands` it opens and closes the sink's rows as it goes, else they are
+    // open already. An Error leaves the sink as it was.
     void decode(int index, const TileData& data, bool inBands);
     // Puts mid-grey there.
     void fill(int index, bool inBands);

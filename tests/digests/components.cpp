@@ -62,8 +62,7 @@ void hardCases(Report& report, const Named<F>& function, const Weights (&weights
         for (int y = 0; y < shape.height; ++y)
             for (int x = 0; x < shape.width; ++x) {
                 const Weights& w = weights[std::size_t(random.range(0, int(N) - 1))];
-                const std::uint32_t bits[3] = {std::bit_cast<std::uint32_t>(w.a), std::bit_cast<std::uint32_t>(w.b),
-                                               std::bit_cast<std::uint32_t>(w.c)};
+                const std::uint32_t bits[3] = {bitsOf(w.a), bitsOf(w.b), bitsOf(w.c)};
                 const int first = random.range(0, 2), second = (first + random.range(1, 2)) % 3,
                           third = 3 - first - second;
                 const HardTriple hard = hardTriple(random, bits[first], bits[second], bits[third]);

@@ -6,7 +6,6 @@
 
 #include "zmxj.h"
 
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -53,6 +52,12 @@ public:
     bool oneIn(int n) { return range(1, n) == 1; }
 };
 
+inline std::uint32_t bitsOf(float v) {
+    std::uint32_t bits;
+    std::memcpy(&bits, &v, sizeof bits);
+    return bits;
+}
+
 // What samples look like.
 enum class Kind {
     Full,   // every value of the type; of floats every bit pattern but those of signalling NaNs
@@ -80,7 +85,7 @@ template <class T> class Samples {
 
     Raw<T> whole(std::int64_t v) const {
         if constexpr (floats)
-            return std::bit_cast<std::uint32_t>(float(std::int32_t(v))); // few bits: exact
+            return bitsOf(float(std::int32_t(v))); // few bits: exact
         else
             return T(std::uint64_t(v));
     }

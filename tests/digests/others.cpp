@@ -1,6 +1,8 @@
 // others.cpp - digests of the HD Photo transform, of TIFF rows and of the version record.
 #include "tests/digests/arguments.h"
 
+#include <bit>
+
 namespace {
 
 // Rectangles in place.

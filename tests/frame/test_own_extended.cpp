@@ -4,6 +4,7 @@
 #include "pjx87.h"
 #include "tests/support/digest.h"
 #include "tests/support/rng.h"
+#include "tests/support/rounds.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -124,11 +125,10 @@ template <class T> bool sameBits(T a, T b) { return std::memcmp(&a, &b, sizeof a
 
 } // namespace
 
-// ZMX_LONG_TESTS=1 compares eighty million pairs.
 TEST(Extended, OperationsAgreeWithTheUnit) {
     Rng rng(801);
-    const long cases = std::getenv("ZMX_LONG_TESTS") ? 80'000'000 : 500'000;
-    for (long i = 0; i < cases; ++i) {
+    const int cases = rounds(500'000);
+    for (int i = 0; i < cases; ++i) {
         const ExtendedBits a = anyNumber(rng), b = anyPartner(rng, a);
         const volatile long double x = hard(a), y = hard(b);
         const SoftExtended s = a.soft(), t = b.soft();
@@ -145,8 +145,8 @@ TEST(Extended, OperationsAgreeWithTheUnit) {
 
 TEST(Extended, ConversionsAgreeWithTheUnit) {
     Rng rng(802);
-    const long cases = std::getenv("ZMX_LONG_TESTS") ? 40'000'000 : 500'000;
-    for (long i = 0; i < cases; ++i) {
+    const int cases = rounds(500'000);
+    for (int i = 0; i < cases; ++i) {
         ExtendedBits a = anyNumber(rng);
         if (rng.oneIn(2) && a.top & 0x7FFF) { // of the range of floats and doubles, with halves of theirs
             const int reach = rng.oneIn(2) ? 160 : 1090;

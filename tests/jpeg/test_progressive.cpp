@@ -2,6 +2,7 @@
 #include "tests/jpeg/support/progressive.h"
 #include "tests/support/arguments.h"
 #include "tests/support/digest.h"
+#include "tests/support/rounds.h"
 
 #include <gtest/gtest.h>
 
@@ -302,7 +303,7 @@ TEST(ProgressiveDecoding, ARefinementWithoutAPlaceStoresBehindTheBand) {
 
 TEST(ProgressiveDecoding, RandomTablesAndStreams) {
     int meaningful[4] = {}, failed[4] = {};
-    for (int seed = 1; seed <= 3000; ++seed) {
+    for (int seed = 1; seed <= rounds(3000); ++seed) {
         SCOPED_TRACE(seed);
         Rng rng{std::uint64_t(seed)};
         const auto flushAt = randomFlush(rng);
@@ -332,6 +333,6 @@ TEST(ProgressiveDecoding, RandomTablesAndStreams) {
             if (in.marker[1] && rng.oneIn(2)) in.restart();
         }
     }
-    for (int n : meaningful) EXPECT_GT(n, 2000);
-    for (int n : failed) EXPECT_GT(n, 100);
+    for (int n : meaningful) EXPECT_GT(n, rounds(2000));
+    for (int n : failed) EXPECT_GT(n, rounds(100));
 }

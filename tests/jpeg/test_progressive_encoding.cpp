@@ -2,6 +2,7 @@
 #include "tests/jpeg/support/progressive.h"
 #include "tests/support/arguments.h"
 #include "tests/support/digest.h"
+#include "tests/support/rounds.h"
 
 #include <gtest/gtest.h>
 
@@ -472,7 +473,7 @@ TEST(ProgressiveEncoding, AFullDestinationLeavesTheBitsNotYetWritten) {
 
 TEST(ProgressiveEncoding, RandomBlocksTablesAndStates) {
     int good[4] = {}, bad[4] = {};
-    for (int seed = 1; seed <= 1600; ++seed) {
+    for (int seed = 1; seed <= rounds(1600); ++seed) {
         SCOPED_TRACE(seed);
         Rng rng{std::uint64_t(seed)};
         const auto flushAt = randomFlush(rng);
@@ -514,8 +515,8 @@ TEST(ProgressiveEncoding, RandomBlocksTablesAndStates) {
             if (::testing::Test::HasFailure()) return;
         }
     }
-    for (int n : good) EXPECT_GT(n, 400);
-    for (int n : bad) EXPECT_GT(n, 100);
+    for (int n : good) EXPECT_GT(n, rounds(400));
+    for (int n : bad) EXPECT_GT(n, rounds(100));
 }
 
 namespace {

@@ -2,6 +2,7 @@
 #include "tests/jpeg/support/sequential.h"
 #include "tests/support/arguments.h"
 #include "tests/support/digest.h"
+#include "tests/support/rounds.h"
 
 #include <gtest/gtest.h>
 
@@ -338,7 +339,7 @@ TEST(Sequential, CutAtEveryLengthAndResumed) {
 
 TEST(Sequential, RandomTablesAndStreams) {
     int meaningful = 0, statuses[3] = {};
-    for (int seed = 1; seed <= 1200; ++seed) {
+    for (int seed = 1; seed <= rounds(1200); ++seed) {
         SCOPED_TRACE(seed);
         Rng rng{std::uint64_t(seed)};
         RandomTables t(rng);
@@ -358,8 +359,8 @@ TEST(Sequential, RandomTablesAndStreams) {
             if (in.marker[1] && rng.oneIn(2)) in.restart();
         }
     }
-    EXPECT_GT(meaningful, 4000);
-    for (int n : statuses) EXPECT_GT(n, 50);
+    EXPECT_GT(meaningful, rounds(4000));
+    for (int n : statuses) EXPECT_GT(n, rounds(50));
 }
 
 TEST(Sequential, EncoderWithRandomTablesAndShortBuffers) {

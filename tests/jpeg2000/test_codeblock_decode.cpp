@@ -3,6 +3,7 @@
 #include "tests/jpeg2000/model/codeblock.h"
 #include "tests/jpeg2000/support/codeblock.h"
 #include "tests/support/digest.h"
+#include "tests/support/rounds.h"
 
 #include <climits>
 
@@ -583,7 +584,7 @@ TEST(CodeBlockDecoder, EveryStyleSubbandTerminationAndPassCount) {
 TEST(CodeBlockDecoder, EveryExtraFlag) {
     Rng rng(0x6212);
     OneCall one;
-    for (int n = 0; n < 6; ++n)
+    for (int n = 0; n < rounds(6); ++n)
         for (Zmx32u style = 0; style < kCodingStyles; ++style)
             for (Zmx32u extra = 0; extra < 32; ++extra) {
                 SCOPED_TRACE(::testing::Message() << n << " style " << style << " extra " << extra);
@@ -600,7 +601,7 @@ TEST(CodeBlockDecoder, EveryExtraFlag) {
 TEST(CodeBlockDecoder, KeptFlags) {
     Rng rng(0x6213);
     OneCall one;
-    for (int n = 0; n < 1500; ++n) {
+    for (int n = 0; n < rounds(1500); ++n) {
         SCOPED_TRACE(n);
         const ZmxiSize size = randomSize(rng, 10);
         DecoderState state(size);
@@ -670,7 +671,7 @@ TEST(CodeBlockDecoder, DamagedAndRandomSegments) {
     Rng rng(0x6217);
     OneCall one;
     int damaged = 0;
-    for (int n = 0; n < 200; ++n)
+    for (int n = 0; n < rounds(200); ++n)
         for (Zmx32u style = 0; style < kCodingStyles; ++style) {
             SCOPED_TRACE(::testing::Message() << n << " style " << style);
             Stream s = randomStream(
@@ -700,7 +701,7 @@ TEST(CodeBlockDecoder, DamagedAndRandomSegments) {
             ASSERT_NO_FATAL_FAILURE(one.compare(rng, s, s.passes));
             ++damaged;
         }
-    EXPECT_EQ(damaged, 200 * 32);
+    EXPECT_EQ(damaged, rounds(200) * 32);
 }
 
 // Step by step, with counts that are set anew in the middle of planes and segments, each segment flush with a
@@ -709,7 +710,7 @@ TEST(CodeBlockDecoder, Steps) {
     Rng rng(0x6218);
     FlushBytes atEnd(1 << 16, GuardedBlock::AtEnd), atStart(1 << 16, GuardedBlock::AtStart);
     int damages = 0;
-    for (int n = 0; n < 200; ++n)
+    for (int n = 0; n < rounds(200); ++n)
         for (Zmx32u style = 0; style < kCodingStyles; ++style) {
             SCOPED_TRACE(::testing::Message() << n << " style " << style);
             Stream s = randomStream(
@@ -742,7 +743,7 @@ TEST(CodeBlockDecoder, Steps) {
                 if (!whole && rng.oneIn(2)) count(int(rng.range(-1, 5)));
             }
         }
-    EXPECT_GT(damages, 20);
+    EXPECT_GT(damages, rounds(20));
 }
 
 // Not tested, not refused: of a count of planes that no sample has room for, plane numbers count modulo 32, and nothing

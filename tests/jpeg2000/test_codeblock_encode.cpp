@@ -3,6 +3,7 @@
 #include "tests/jpeg2000/model/codeblock.h"
 #include "tests/jpeg2000/support/codeblock.h"
 #include "tests/support/digest.h"
+#include "tests/support/rounds.h"
 
 #include <climits>
 #include <cmath>
@@ -433,7 +434,7 @@ TEST(CodeBlockEncoder, RatesDoNotDecrease) {
 // A cut at a pass's rate decodes to what that pass knows: the slack is enough.
 TEST(CodeBlockEncoder, CutsAtTheRatesAreEnough) {
     Rng rng(0x6304);
-    for (int n = 0; n < 400; ++n) {
+    for (int n = 0; n < rounds(400); ++n) {
         SCOPED_TRACE(n);
         const ZmxiSize size = randomSize(rng, 12);
         EncoderState state(size);

@@ -5,6 +5,7 @@
 #include "tests/jpeg2000/model/mq.h"
 #include "tests/support/guarded.h"
 #include "tests/support/rng.h"
+#include "tests/support/rounds.h"
 
 #include <algorithm>
 #include <climits>
@@ -510,14 +511,15 @@ Ends closeAndTest(int method, int segments) {
 
 // All that the easy termination closes passes the test of the end; the other two methods often do not.
 TEST(MqTermination, AMillionSegments) {
-    const Ends easy = closeAndTest(ZMX_MQ_TERM_EASY, 1000000);
-    EXPECT_GT(easy.segments, 900000);
+    const Ends easy = closeAndTest(ZMX_MQ_TERM_EASY, rounds(1000000));
+    EXPECT_GT(easy.segments, rounds(900000));
     EXPECT_EQ(easy.wrong, 0);
 }
 
 TEST(MqTermination, TheOtherMethods) {
-    const Ends flush = closeAndTest(ZMX_MQ_TERM_FLUSH, 100000),
-               shortest = closeAndTest(ZMX_MQ_TERM_NEAR_OPTIMAL, 100000), easy = closeAndTest(ZMX_MQ_TERM_EASY, 100000);
+    const Ends flush = closeAndTest(ZMX_MQ_TERM_FLUSH, rounds(100000)),
+               shortest = closeAndTest(ZMX_MQ_TERM_NEAR_OPTIMAL, rounds(100000)),
+               easy = closeAndTest(ZMX_MQ_TERM_EASY, rounds(100000));
     EXPECT_GT(flush.wrong, flush.segments / 10);
     EXPECT_GT(shortest.wrong, shortest.segments / 10);
     EXPECT_LT(shortest.bytes, easy.bytes);

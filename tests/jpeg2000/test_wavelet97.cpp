@@ -1,6 +1,7 @@
 // The irreversible 9/7 wavelet on whole planes against its model.
 #include "tests/jpeg2000/model/wavelet97.h"
 #include "tests/jpeg2000/support/wavelet_checks.h"
+#include "tests/support/rounds.h"
 #include "zmxj/wavelet.h"
 
 #include <algorithm>
@@ -295,17 +296,13 @@ void stressPlanes(long samples, std::uint64_t seed) {
 } // namespace
 
 // The truncation to whole numbers agrees with the extended form where it hangs on the last bits.
-// ZMX_LONG_TESTS=1 compares a hundred million samples.
-TEST(Wavelet97, HardTruncationsAgreeWithTheExtendedForm) {
-    stressPlanes(std::getenv("ZMX_LONG_TESTS") ? 100'000'000 : 400'000, 591);
-}
+TEST(Wavelet97, HardTruncationsAgreeWithTheExtendedForm) { stressPlanes(rounds(400'000), 591); }
 
 // Flat planes of every small value and of many large ones.
 TEST(Wavelet97, FlatPlanesAgreeWithTheExtendedForm) {
     Rng rng(592);
     Zmx8u scratch[256];
-    const bool longer = std::getenv("ZMX_LONG_TESTS");
-    const int small = longer ? 1 << 18 : 3000, large = longer ? 1 << 18 : 3000;
+    const int small = rounds(3000), large = rounds(3000);
     for (int i = -small; i < small + large; ++i) {
         const Zmx32s value = i < small ? i : Zmx32s(rng.next());
         for (const bool forward : {true, false}) {
@@ -377,7 +374,7 @@ TEST(Wavelet97, OutputsMadeToLieAtWholeNumbers) {
     Rng rng(593);
     Zmx8u scratch[4 * n + 64];
     const ZmxiRect r{0, 0, n, 1};
-    const int cases = std::getenv("ZMX_LONG_TESTS") ? 20000 : 200;
+    const int cases = rounds(200);
     for (int i = 0; i < cases; ++i) {
         const bool forward = i & 1;
         const int k = middle + (i >> 1 & 1);

@@ -1,0 +1,3 @@
+#!/usr/bin/env bash
+# examples.sh BIN-DIR: runs every example of every --help; examples.py says how.
+exec python3 "$(dirname "$0")/examples.py" "$1"
