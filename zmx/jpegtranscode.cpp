@@ -81,7 +81,7 @@ void command::addJpegTranscode(CLI::App& app) {
         ->delimiter(',')
         ->expected(4);
     c->add_flag("--gray", o.grey, "keep the luma alone");
-    c->add_flag("--strip", o.strip, "leave out colour profile, EXIF, XMP and comments");
+    c->add_flag("--strip", o.strip, "leave out colour profile, EXIF, XMP, resolution and comments");
     c->add_option("--max-pixels", o.maxPixels, "refuse larger pictures")->capture_default_str();
     c->add_flag("--digest", args->digest, "print digests of the coefficients that were to be written and that were");
     c->footer("Examples:\n"

@@ -116,6 +116,7 @@ private:
             withInks(picture, [&](RowSink& to) { render(soFar, {}, to); });
             options.afterScan(picture.picture);
         });
+        // Segments between scans count as well; all of them are known by now.
         const Metadata metadata = metadataOf(file.application, warnings);
         withInks(sink, [&](RowSink& to) { render(file, metadata, to); });
     }

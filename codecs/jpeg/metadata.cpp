@@ -8,6 +8,7 @@
 #include <cmath>
 #include <map>
 #include <string_view>
+#include <utility>
 
 namespace codecs::jpeg {
 
@@ -196,11 +197,17 @@ Bytes turnedApplication(ByteView application, const Turned& picture, Warnings& w
     return std::move(sink.bytes);
 }
 
+// A JFIF segment says YCbCr by being there; its density and its small picture are left out.
 Bytes strippedApplication(ByteView application) {
-    Bytes out;
-    for (const ApplicationSegment& s : segmentsOf(application))
-        if (isA(s, APP0, kJfif) || isA(s, APP14, kAdobe)) out.insert(out.end(), s.all.begin(), s.all.end());
-    return out;
+    MemorySink sink;
+    Output out(sink);
+    bool told = false;
+    for (const ApplicationSegment& s : segmentsOf(application)) {
+        if (isA(s, APP14, kAdobe)) out.append(s.all);
+        if (isA(s, APP0, kJfif) && !std::exchange(told, true)) writeJfif(out, {});
+    }
+    out.flush();
+    return std::move(sink.bytes);
 }
 
 } // namespace codecs::jpeg

@@ -29,6 +29,7 @@ std::vector<QuantTable> parseTables(const std::string& text) {
     std::vector<QuantTable> tables;
     Words words(text);
     int count = 0;
+    // Every 64 numbers begin another table.
     for (; !words.atEnd(); ++count) {
         if (!words.atNumber()) throw Error("quantisation tables: number " + std::to_string(count + 1) + " is none");
         const int v = words.number(65536);

@@ -209,6 +209,7 @@ void SegmentReader::quantTables() {
 
 // DHT (B.2.4.2). Whether the counts make a prefix code shows when a scan asks for the table.
 void SegmentReader::huffmanTables() {
+    // A class, DC or AC, and a number; several tables may share a segment.
     while (more()) {
         const int which = byte();
         if ((which >> 4) > 1 || (which & 15) > 3) fault("DHT segment: table " + std::to_string(which));
@@ -240,6 +241,7 @@ void SegmentReader::scan() {
     s.first = byte();
     s.last = byte();
     const int approximation = byte();
+    // Where DCT modes have the bits of a refinement, lossless ones have the point transform in the low half.
     s.high = approximation >> 4;
     s.low = approximation & 15;
     head.scan = s;

@@ -52,6 +52,7 @@ Transcoded transcode(ByteSource& source, const TranscodeOptions& options) {
         writeFile(file, scriptFor(file, options.scans, options.progressive), sink);
         out.file = std::move(sink.bytes);
     }
+    // Read by the decoder that any file goes through, so that nothing rests on what the writer believed.
     MemorySource again(out.file);
     Warnings none;
     out.after = read(again, options.maxPixels, none).blocks.digest();

@@ -88,6 +88,7 @@ CoefficientFile turned(CoefficientFile file, Turn turn, bool trim) {
     // Only a side that runs backwards comes to begin with what it ended with.
     if (steps.right) frame.width = trimmed(frame.width, 8 * frame.hMax, trim, "width");
     if (steps.down) frame.height = trimmed(frame.height, 8 * frame.vMax, trim, "height");
+    // The sampling turns along with the picture: 4:2:2 comes to lie on its side.
     if (steps.exchanged) {
         std::swap(frame.width, frame.height);
         for (Component& c : frame.components) std::swap(c.h, c.v);
@@ -119,6 +120,7 @@ CoefficientFile cropped(CoefficientFile file, const Part& part, Warnings& warnin
     if (x != part.x || y != part.y)
         warnings.push_back("the part begins at " + std::to_string(x) + "," + std::to_string(y) +
                            ", where a unit does, and is larger by that");
+    // Its right and lower edges lie where they were asked for: a frame may end within a unit.
     frame.width = part.width + part.x - x;
     frame.height = part.height + part.y - y;
     CoefficientFile out = emptied(file, frame);

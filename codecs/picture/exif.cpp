@@ -22,6 +22,7 @@ struct Damaged {};
 
 class Reader {
 public:
+    // Byte order, then 42, or 43 where places are words of 64 bits (BigTIFF).
     explicit Reader(ByteSource& source) : bytes(source) {
         const Bytes head = take(0, 4);
         little = head[0] == 'I';
@@ -35,6 +36,7 @@ public:
 
 private:
     Bytes take(std::uint64_t at, std::uint64_t n) {
+        // Directories may point to each other: all that is read together has a limit.
         if (n > kMostBytes - std::min(kMostBytes, taken)) throw Damaged();
         taken += n;
         Bytes out(static_cast<std::size_t>(n));
@@ -65,6 +67,7 @@ private:
             if (e.type >= std::size(kTypeBytes) || kTypeBytes[e.type] == 0) continue;
             if (e.count > kMostBytes) throw Damaged();
             const std::uint64_t size = e.count * kTypeBytes[e.type];
+            // A value that fits the word of its place stands there itself.
             e.at = size <= word ? at + start + 4 + word : number(table, start + 4 + word, word);
             if (pointsToDirectory(e.tag))
                 e.children = directory(numberAt(e.at, e.type == kShort ? 2 : size > 4 ? 8 : 4), depth + 1);
@@ -105,6 +108,7 @@ std::optional<ExifDirectory> parseExif(ByteView bytes) {
 }
 
 Bytes serialiseDirectory(const ExifDirectory& directory, std::uint64_t base, bool big) {
+    // Tags stand in rising order (TIFF 6.0, section 2).
     ExifDirectory sorted = directory;
     std::stable_sort(sorted.begin(), sorted.end(), [](const auto& a, const auto& b) { return a.tag < b.tag; });
     // A number of 8 bytes has no place in a small file.
@@ -155,6 +159,7 @@ const ExifEntry* findEntry(const ExifDirectory& directory, std::uint16_t tag) {
 
 std::optional<Resolution> resolutionIn(const ExifDirectory& directory) {
     constexpr std::uint16_t kFraction = 5;
+    // Numerator and denominator of 32 bits each; 0 where it is none.
     const auto fraction = [&](std::uint16_t tag) {
         const ExifEntry* e = findEntry(directory, tag);
         if (!e || e->type != kFraction || e->count != 1) return 0.0;

@@ -26,6 +26,7 @@ public:
         const int n = std::min(rows, form.height - row);
         const std::size_t size = form.rowBytes();
         band.resize(std::max(band.size(), size * std::size_t(n)));
+        // Rows that come in their order, whether mirrored or not, need no picture in memory.
         const bool whole = turn.exchanged || turn.down;
         if (whole && picture.shape().height == 0) picture = readRows(*from);
         const Band source = whole ? Band{} : from->next(n);
@@ -109,6 +110,7 @@ int orientationOf(const Metadata& metadata) {
     if (metadata.exif.empty()) return 1;
     const auto directory = parseExif(metadata.exif);
     const ExifEntry* entry = directory ? findEntry(*directory, kExifOrientation) : nullptr;
+    // Of numbers of any width the low bytes come first, and 1 to 8 is in the first two.
     const unsigned v = entry && entry->value.size() >= 2 ? entry->value[0] | entry->value[1] << 8 : 1;
     return v >= 1 && v <= 8 ? int(v) : 1;
 }
