@@ -29,7 +29,7 @@ struct RawBitReader {
     Zmx8u curByte;
 };
 
-inline constexpr Zmx32u kDecoderMagic = 0x434D4150; // "PAMC" in memory
+inline constexpr Zmx32u kDecoderMagic = 0x434D4150; // "PAMC" in little-endian memory
 
 // The next pass. A value outside the list counts as CleanupNext.
 enum PassState : int {

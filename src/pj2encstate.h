@@ -7,7 +7,7 @@
 
 namespace zmx {
 
-inline constexpr Zmx32u kEncoderMagic = 0x4C4D5344; // "DSML" in memory
+inline constexpr Zmx32u kEncoderMagic = 0x4C4D5344; // "DSML" in little-endian memory
 
 inline constexpr int kMaxDistPasses = 109;
 static_assert(kMostPasses < kMaxDistPasses, "there is one more of which the distortion is being added up");

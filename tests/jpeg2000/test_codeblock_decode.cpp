@@ -155,8 +155,9 @@ TEST(CodeBlockDecoder, ArgumentsOfStateSize) {
 
 TEST(CodeBlockDecoder, MagicWord) {
     DecoderState state({4, 4});
-    const auto* bytes = reinterpret_cast<const Zmx8u*>(static_cast<ZmxiDecodeCBProgrState*>(state));
-    EXPECT_EQ(std::memcmp(bytes, "PAMC", 4), 0);
+    Zmx32u word;
+    std::memcpy(&word, static_cast<ZmxiDecodeCBProgrState*>(state), sizeof word);
+    EXPECT_EQ(word, 0x434D4150u);
 }
 
 TEST(CodeBlockDecoder, ArgumentsOfInitAndFree) {

@@ -97,7 +97,9 @@ TEST(CodeBlockEncoder, ArgumentsOfInitAndFree) {
     EXPECT_EQ(p, before);
     EXPECT_EQ(zmxiEncodeFree_JPEG2K(nullptr), zmxStsNullPtrErr);
     ASSERT_EQ(zmxiEncodeInitAlloc_JPEG2K(&p, {3, 3}), zmxStsNoErr);
-    EXPECT_EQ(std::memcmp(p, "DSML", 4), 0);
+    Zmx32u word;
+    std::memcpy(&word, p, sizeof word);
+    EXPECT_EQ(word, 0x4C4D5344u);
     // The magic word does not matter for the release.
     std::memset(p, 0, 4);
     EXPECT_EQ(zmxiEncodeFree_JPEG2K(p), zmxStsNoErr);

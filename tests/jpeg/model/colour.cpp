@@ -3,6 +3,8 @@
 
 #include "tests/frame/model/primitives.h"
 
+#include <cstring>
+
 namespace model {
 
 namespace {
@@ -21,8 +23,12 @@ Zmx8u* at(const Rows& r, int plane, int x, int y) {
     return r.plane[std::size_t(plane)] + std::ptrdiff_t(r.step) * y + std::ptrdiff_t(x) * pixelBytes(r.layout);
 }
 
-// Packed words lie low byte first.
-int word(const Zmx8u* p) { return p[0] | p[1] << 8; }
+// Packed words are the processor's own.
+int word(const Zmx8u* p) {
+    Zmx16u w;
+    std::memcpy(&w, p, sizeof w);
+    return w;
+}
 
 // A pixel as samples of 8 bits, narrower fields with zeros below.
 Pixel4 get(const Rows& r, int x, int y) {
@@ -79,8 +85,8 @@ void put(const Rows& r, int x, int y, Pixel4 v) {
         const auto fields = fieldsOf(r.layout);
         int w = 0;
         for (std::size_t i = 0; i < 3; ++i) w |= v[i] >> (8 - fields[i].bits) << fields[i].at;
-        p[0] = Zmx8u(w);
-        p[1] = Zmx8u(w >> 8);
+        const auto packed = Zmx16u(w);
+        std::memcpy(p, &packed, sizeof packed);
     }
     }
 }
