@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # The programs of examples/, which the guides quote. The test example.<name> runs one and opens its file with a program from
 # elsewhere.
 file(GLOB zmx_examples CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/examples/*.c ${PROJECT_SOURCE_DIR}/examples/*.cpp)

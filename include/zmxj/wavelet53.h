@@ -1,6 +1,7 @@
 /** \file
  *  wavelet53.h - one level of the reversible 5/3 wavelet of JPEG2000.
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #ifndef ZMXJ_WAVELET53_H
 #define ZMXJ_WAVELET53_H
 

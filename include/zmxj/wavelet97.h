@@ -1,6 +1,7 @@
 /** \file
  *  wavelet97.h - one level of the irreversible 9/7 wavelet of JPEG2000.
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #ifndef ZMXJ_WAVELET97_H
 #define ZMXJ_WAVELET97_H
 
