@@ -1,5 +1,6 @@
 // What the measurements of whole JPEG pictures share: the picture, 1920x1080 pixels of a photograph, and
 // libjpeg-turbo's way from it to a file and back, in memory.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "bench/bench_photograph.h"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # The whole codecs and the zmx command. They see the public header alone.
 #
 # codecs/<name>/*.cpp is one codec; zmx/*.cpp is the command, a file a subcommand.

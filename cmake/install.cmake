@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # What `cmake --install` puts where, in four components: runtime (the libraries), development (headers, CMake and pkg-config
 # files), command (zmx) and docs.
 include(CMakePackageConfigHelpers)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # libzmxcore and libzmxjpx.
 
 # What a shared library exports. ELF: the names of a map. Windows: what the headers mark while MACRO_EXPORTS is defined; a

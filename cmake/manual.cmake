@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # The manual: HTML of the public headers and the guides, and the same as XML for the test. A warning is an error. Made by
 # the target `manual`, and with ZMX_DOCS as a part of everything, which also installs it.
 if(ZMX_DOCS)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # Tests. Each tests/<family>/test_<name>.cpp is a program of GoogleTest cases; tests/<family>/model/ has the plain models,
 # tests/<family>/support/ and tests/support/ what tests share.
 #

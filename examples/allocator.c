@@ -2,6 +2,7 @@
  *
  * Usage: allocator OUT.j2k. Then: opj_decompress -i OUT.j2k -o OUT.pgm
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #include "examples/j2kfile.h"
 #include <zmxcore.h>
 

@@ -2,6 +2,7 @@
  *
  * Usage: colour_jpeg OUT.jpg. Then: djpeg OUT.jpg
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #include "examples/jpegfile.h"
 
 enum {

@@ -1,6 +1,7 @@
 // cplusplus.cpp - the library from C++: states that free themselves, statuses as exceptions, containers as buffers.
 //
 // Usage: cplusplus OUT.jpg. Then: djpeg OUT.jpg
+// SPDX-License-Identifier: BSD-2-Clause
 #include "examples/jpegfile.h"
 #include <array>
 #include <fstream>

@@ -1,4 +1,5 @@
 /* ddsfile.h - the header of a DDS file of compressed blocks without mip levels. */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #ifndef DDSFILE_H
 #define DDSFILE_H
 

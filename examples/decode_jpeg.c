@@ -2,6 +2,7 @@
  *
  * Usage: decode_jpeg IN.jpg OUT.ppm. Reads what colour_jpeg writes, also after bytes of it were changed.
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #include "examples/jpegfile.h"
 
 typedef struct Decoder {

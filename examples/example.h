@@ -1,4 +1,5 @@
 /* example.h - what the examples share: a picture to work on, bytes that grow, and files. */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #ifndef EXAMPLE_H
 #define EXAMPLE_H
 

@@ -2,6 +2,7 @@
  *
  * Usage: grey_jpeg OUT.jpg. Then: djpeg OUT.jpg
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #include "examples/jpegfile.h"
 
 enum { kWidth = 200, kHeight = 120, kAcross = (kWidth + 7) / 8, kBlocks = kAcross * ((kHeight + 7) / 8) };

@@ -2,6 +2,7 @@
  *
  * Usage: j2k_codeblock OUT.j2k OUT.pgm. Then: opj_decompress -i OUT.j2k -o back.pgm, which equals OUT.pgm
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #include "examples/j2kfile.h"
 
 enum { kSide = 64, kStep = kSide * (int)sizeof(Zmx32s) };

@@ -3,6 +3,7 @@
  * Usage: j2k_tile BYTES OUT.j2k OUT.pgm. Then: opj_decompress -i OUT.j2k -o back.pgm, which is as close to the picture as
  * OUT.pgm, the picture that the library itself decodes
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #include "examples/j2kfile.h"
 
 enum { kSide = 128, kLevels = 2, kBands = 3 * kLevels + 1, kMaxPasses = 109 };

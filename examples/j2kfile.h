@@ -1,5 +1,6 @@
 /* j2kfile.h - the markers and packet headers of a JPEG2000 codestream (ISO/IEC 15444-1, Annexes A and B), for one grey
  * tile whose bands have one code block each. The library leaves them to its callers. */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #ifndef J2KFILE_H
 #define J2KFILE_H
 

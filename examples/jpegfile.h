@@ -1,4 +1,5 @@
 /* jpegfile.h - the marker segments of a JPEG file (ITU-T T.81, Annex B), which the library leaves to its callers. */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #ifndef JPEGFILE_H
 #define JPEGFILE_H
 

@@ -2,6 +2,7 @@
  *
  * Usage: lossless16_jpeg OUT.jpg OUT.pgm. Then: ffmpeg -i OUT.jpg -pix_fmt gray16be back.pgm, which equals OUT.pgm
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #include "examples/jpegfile.h"
 
 /* Predictors 1 to 4 alone are those of the standard for samples of all 16 bits: 5 to 7 halve signed numbers. */

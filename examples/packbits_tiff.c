@@ -2,6 +2,7 @@
  *
  * Usage: packbits_tiff OUT.tif. Then: tiffinfo -D OUT.tif
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #include "examples/example.h"
 
 enum { kWidth = 400, kHeight = 300, kRow = (kWidth + 7) / 8 };

@@ -3,6 +3,7 @@
  *
  * Usage: progressive_jpeg OUT.jpg. Then: djpeg OUT.jpg
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #include "examples/jpegfile.h"
 
 enum { kWidth = 208, kHeight = 128, kAcross = kWidth / 8, kBlocks = kAcross * (kHeight / 8) };

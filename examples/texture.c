@@ -2,6 +2,7 @@
  *
  * Usage: texture OUT-DXT5.dds OUT-BC7.dds OUT-BC7.ppm. Pillow opens all three; the last two are the same picture
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #include "examples/ddsfile.h"
 
 enum { kWidth = 150, kHeight = 90, kAcross = (kWidth + 3) / 4, kBlocks = kAcross * ((kHeight + 3) / 4) };

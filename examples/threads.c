@@ -2,6 +2,7 @@
  *
  * Usage: threads OUT.dds. Then: Pillow opens it
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #include "examples/ddsfile.h"
 #include <pthread.h>
 

@@ -1,5 +1,6 @@
 // Windows of JPEG2000 files: wherever the whole picture can be decoded, a window is what a cut of it would be. The first
 // ten bytes choose the window and what is decoded of it, the file follows them.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/jpeg2000.h"
 
 #include <algorithm>

@@ -1,5 +1,6 @@
 // The whole JPEG decoder on arbitrary bytes, to pixels of every kind that can be asked for. The number of bytes chooses
 // the options.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/jpeg.h"
 
 #include <cstdlib>

@@ -1,5 +1,6 @@
 // Arbitrary bytes as the segments ahead of a small sound picture: what is read of them goes through an encoder and back
 // unchanged, --orient leaves a picture that is upright, and --strip leaves nothing.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/jpeg.h"
 
 #include <cstdlib>

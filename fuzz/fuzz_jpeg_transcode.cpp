@@ -1,6 +1,7 @@
 // JPEG files coded anew: turned, mirrored, cut and in other scans. The first four bytes choose how, the others are the
 // file. Whatever they are, the coefficients that were to be written are those that stand in the new file, and a picture
 // that was turned comes back when it is turned by the opposite.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/jpeg.h"
 
 #include <cstdlib>

@@ -1,6 +1,7 @@
 /** \file
  *  zmxcore.h - the companion library: memory, and how many threads a parallel region may use.
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #ifndef ZMXCORE_H
 #define ZMXCORE_H
 

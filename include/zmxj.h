@@ -1,6 +1,7 @@
 /** \file
  *  zmxj.h - the public interface of libzmxjpx: exact image-codec primitives behind plain C functions.
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 
 /** \mainpage libzmxjpx
  *

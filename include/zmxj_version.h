@@ -1,6 +1,7 @@
 /** \file
  *  zmxj_version.h - the version of the headers, for the preprocessor. zmxjGetLibVersion() has that of the loaded library.
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #ifndef ZMXJ_VERSION_H
 #define ZMXJ_VERSION_H
 

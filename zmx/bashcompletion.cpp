@@ -1,5 +1,6 @@
 // bashcompletion.cpp - the completion for bash: a table by place, and one function that looks it up. It needs no other
 // package, and bash 4.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmx/manual.h"
 
 namespace command {

@@ -2,6 +2,7 @@
 //
 // A DDS file may hold a chain of levels, each half the size of the one before, and layers: the faces of a cube map or the
 // elements of an array. One picture goes in; one level comes out, or a chain of them.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/bytefile.h"
 #include "codecs/texture/texture.h"
 #include "zmx/commands.h"

@@ -1,4 +1,5 @@
 // files.cpp - from the words of a command line to pairs of files.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmx/files.h"
 
 #include <CLI/CLI.hpp>

@@ -1,4 +1,5 @@
 // fishcompletion.cpp - the completion for fish: a line an option, with the place where it stands as a condition.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmx/manual.h"
 
 namespace command {

@@ -2,6 +2,7 @@
 //
 // The library has the transform of HD Photo and not its codec, so there is no file to write: the command shows what the
 // transform does to a picture.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/hdphoto/hdphoto.h"
 #include "zmx/commands.h"
 #include "zmx/run.h"

@@ -1,4 +1,5 @@
 // help.cpp - lays help out in two columns that fit into a terminal of 80.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmx/help.h"
 #include "zmx/table.h"
 

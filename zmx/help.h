@@ -1,4 +1,5 @@
 // help.h - what --help prints, made of the table.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 namespace CLI {

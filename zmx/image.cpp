@@ -1,6 +1,7 @@
 // image.cpp - zmx image: pictures that are not coded.
 //
 // They stand on codecs/picture alone: the same readers and writers that every other subcommand has at its ends.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/compare.h"
 #include "zmx/commands.h"
 #include "zmx/files.h"

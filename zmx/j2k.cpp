@@ -1,4 +1,5 @@
 // j2k.cpp - zmx j2k: encode, decode and info.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/pgx.h"
 #include "codecs/picture/bytefile.h"
 #include "zmx/commands.h"

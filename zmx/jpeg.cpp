@@ -1,4 +1,5 @@
 // jpeg.cpp - zmx jpeg: the group, and info.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmx/jpeg.h"
 
 #include "codecs/jpeg/jpeg.h"

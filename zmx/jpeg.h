@@ -1,4 +1,5 @@
 // jpeg.h - the subcommands of zmx jpeg, one a file.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include <string>

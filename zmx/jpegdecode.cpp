@@ -2,6 +2,7 @@
 //
 // Rows go from the codec into the file as they come. Files without a header are the exception in what they are, not in how
 // they are written: their size is printed, since nothing else tells it.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/jpeg.h"
 #include "codecs/picture/bytefile.h"
 #include "codecs/picture/orientation.h"

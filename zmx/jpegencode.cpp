@@ -3,6 +3,7 @@
 // What the picture is brought to ahead of the codec: its inks, its luma, its depth. All of it happens to the rows on their
 // way, so that no picture is held here. What only the command line can get wrong is a UsageError, or CLI11 says so; what
 // depends on the picture is an Error under the name of its file.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/jpeg.h"
 #include "zmx/files.h"
 #include "zmx/jpeg.h"

@@ -2,6 +2,7 @@
 //
 // The codec reads what it has written, and both ends tell their coefficients by a digest: should they differ, no file is
 // kept. It is made in memory for that, as large as the file that is read.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/jpeg.h"
 #include "zmx/files.h"
 #include "zmx/jpeg.h"

@@ -1,4 +1,5 @@
 // main.cpp - the zmx command: every codec of the library's applications as a subcommand.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/bytefile.h"
 #include "zmx/commands.h"
 #include "zmx/files.h"

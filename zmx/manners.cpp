@@ -1,4 +1,5 @@
 // manners.cpp - the options of every subcommand, and what warnings come to.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmx/manners.h"
 
 #include <CLI/CLI.hpp>

@@ -1,4 +1,5 @@
 // manners.h - what every subcommand does alike: how much it says, what is an error, and how many threads it takes.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/error.h"

@@ -1,6 +1,7 @@
 // manpage.cpp - a manual page a command, in the few macros of man(7) that groff and mandoc both know.
 //
 // Every page has the same sections in the order of man-pages(7), so that a reader finds his way in all who knows one.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmx/manual.h"
 #include "zmxj_version.h"
 

@@ -1,4 +1,5 @@
 // manual.cpp - the hidden command that writes manual pages and completions, and which files they are.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmx/manual.h"
 #include "codecs/picture/bytefile.h"
 

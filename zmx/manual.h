@@ -1,4 +1,5 @@
 // manual.h - manual pages and completions, made of the table. Read first: table.h
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmx/table.h"

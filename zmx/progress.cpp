@@ -1,6 +1,7 @@
 // progress.cpp - when the bar is drawn, and what counts the rows.
 //
 // Nothing is measured ahead: a picture tells its height at the begin, and each row that passes is a step.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmx/progress.h"
 
 #include <algorithm>

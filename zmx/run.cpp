@@ -2,6 +2,7 @@
 //
 // The order matters: IN is opened when a codec asks for it, OUT is made when the codec knows that it has something to
 // write, and takes its place only in keep().
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmx/run.h"
 
 #include "codecs/picture/bytefile.h"

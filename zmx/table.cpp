@@ -1,5 +1,6 @@
 // table.cpp - reads the table out of what CLI11 holds. CLI11 describes the value of an option in one text, like
 // "INT:INT in [1 - 100]": its type, then what each check says of itself. That text is taken apart here and nowhere else.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmx/table.h"
 
 #include <CLI/CLI.hpp>

@@ -1,5 +1,6 @@
 // table.h - the table of subcommands and options as plain records. Help, manual pages and completions are all made of it,
 // so that none of them can know an option that the others do not.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include <string>

@@ -1,6 +1,7 @@
 // tiff.cpp - zmx tiff: files of PackBits rows.
 //
 // Other kinds of TIFF are pictures like any other (zmx image convert): here the rows of the strips go through the library.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/tiff/tiff.h"
 #include "codecs/picture/bytefile.h"
 #include "zmx/commands.h"

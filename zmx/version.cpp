@@ -1,4 +1,5 @@
 // version.cpp - what helps with a report: which library was loaded, what it was built by, and what it may use here.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmx/version.h"
 #include "codecs/picture/files.h"
 #include "zmxcore.h"

@@ -1,4 +1,5 @@
 // version.h - what zmx --version prints.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmx/table.h"

@@ -1,4 +1,5 @@
 // zshcompletion.cpp - the completion for zsh: a function a command, each a call of _arguments.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmx/manual.h"
 
 #include <string_view>

@@ -1,4 +1,5 @@
 // blockreader.cpp - blocks by the decoder that has no test for the end of its source: a marker is always there.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/blockreader.h"
 
 namespace codecs::jpeg {

@@ -1,4 +1,5 @@
 // blockwriter.cpp - blocks by the coder that has no test for the end of its destination: there is room for the worst.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/blockwriter.h"
 
 namespace codecs::jpeg {

@@ -1,5 +1,6 @@
 // collect.cpp - scan after scan into one store of coefficients. Damage costs what it hits: a scan that is
 // missing or broken leaves the coefficients as the scans before it have made them.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/collect.h"
 
 #include "codecs/jpeg/blockreader.h"

@@ -1,4 +1,5 @@
 // colours.cpp - which function converts which colours.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/colours.h"
 
 #include <array>

@@ -1,6 +1,7 @@
 // decode.cpp - from a file to pixels. A sequential file whose first scan holds all components goes MCU by MCU to pixels,
 // a row of them at a time; any other one collects the coefficients of all scans first. Lossless files have no
 // coefficients.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/blockreader.h"
 #include "codecs/jpeg/collect.h"
 #include "codecs/jpeg/decodescan.h"

@@ -1,4 +1,5 @@
 // describe.cpp - what a file says of itself, for people.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/jpeg.h"
 #include "codecs/jpeg/segmentreader.h"
 

@@ -1,5 +1,6 @@
 // encode.cpp - from pixels to a file. A baseline file of one scan with the standard Huffman tables goes MCU by MCU
 // straight into the file; every other one goes by way of its coefficients.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/blockwriter.h"
 #include "codecs/jpeg/lossless.h"
 #include "codecs/jpeg/metadata.h"

@@ -1,4 +1,5 @@
 // format.h - what the segments of a JPEG file say (ITU-T T.81 Annex B), as reader and writer share it.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/error.h"

@@ -1,4 +1,5 @@
 // huffman.cpp - tables and bit states from the library.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/huffman.h"
 
 #include <new>

@@ -1,4 +1,5 @@
 // interpret.cpp - what the segments of a file mean for those that decode it.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/interpret.h"
 
 namespace codecs::jpeg {

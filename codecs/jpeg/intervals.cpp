@@ -1,4 +1,5 @@
 // intervals.cpp - the buffer of coded data, and restart markers, whole and damaged (ITU-T T.81, E.2.5).
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/intervals.h"
 
 #include <cstring>

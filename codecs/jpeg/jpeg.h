@@ -3,6 +3,7 @@
 // Pictures of 1 channel are grey, of 3 RGB, of 4 CMYK, where 0 is no ink; files with an Adobe marker hold the inverse,
 // which is turned over on the way. Sequential files go by a row of units at a time, in memory that does not grow with
 // the height; every other one keeps the coefficients of the whole picture, lossless encoding its samples.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/bytes.h"

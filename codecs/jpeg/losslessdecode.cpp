@@ -1,5 +1,6 @@
 // losslessdecode.cpp - lossless files to pixels, row of MCUs by row of MCUs. A file of one scan goes on to the sink row by
 // row; several scans meet in a whole picture.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/interpret.h"
 #include "codecs/jpeg/intervals.h"
 #include "codecs/jpeg/lossless.h"

@@ -1,5 +1,6 @@
 // losslessencode.cpp - pixels to a lossless file of one scan. Its tables are made for the picture, which is gone through
 // twice and held for that.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/huffman.h"
 #include "codecs/jpeg/lossless.h"
 #include "codecs/jpeg/metadata.h"

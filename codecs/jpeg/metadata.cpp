@@ -1,4 +1,5 @@
 // metadata.cpp - APPn segments to metadata and back.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/metadata.h"
 
 #include "codecs/jpeg/segmentwriter.h"

@@ -1,5 +1,6 @@
 // metadata.h - what travels beside the samples of a JPEG file: resolution in the JFIF segment (ITU-T T.871, clause 10.1),
 // EXIF, XMP and colour profile in APP1 and APP2 segments.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/jpeg.h"

@@ -1,4 +1,5 @@
 // planedecode.cpp - coefficients to 8-bit pixels by planes, through the plane conversions of the library.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/planedecode.h"
 
 #include "codecs/jpeg/colours.h"

@@ -2,6 +2,7 @@
 //
 // Chroma of a lower rate is enlarged a row at a time, each from one row of its plane or two. A row that lies between two
 // rows of MCUs waits for the second of them: bands then end a row above the MCUs.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/roads.h"

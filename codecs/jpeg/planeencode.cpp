@@ -1,4 +1,5 @@
 // planeencode.cpp - 8-bit pixels to coefficients by planes, through the plane conversions of the library.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/planeencode.h"
 
 #include "codecs/jpeg/colours.h"

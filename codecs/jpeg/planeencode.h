@@ -1,4 +1,5 @@
 // planeencode.h - pixels to coefficients by planes of the components of a row of MCUs, whatever the depth of a sample.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/roads.h"

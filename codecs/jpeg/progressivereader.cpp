@@ -1,4 +1,5 @@
 // progressivereader.cpp - the four kinds of progressive scan.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/progressivereader.h"
 
 namespace codecs::jpeg {

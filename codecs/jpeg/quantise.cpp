@@ -1,4 +1,5 @@
 // quantise.cpp - quantisation tables as the library takes them, and from words.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/quantise.h"
 
 #include "codecs/jpeg/words.h"

@@ -1,4 +1,5 @@
 // quantise.h - quantisation tables: those of a quality or of a text, and as the library takes them in both directions.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/format.h"

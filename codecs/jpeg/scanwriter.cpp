@@ -1,4 +1,5 @@
 // scanwriter.cpp - every scan in two passes: one counts the symbols, which gives its tables, one writes them.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/scanwriter.h"
 
 #include "codecs/jpeg/huffman.h"

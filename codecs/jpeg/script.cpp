@@ -1,4 +1,5 @@
 // script.cpp - scan scripts: the usual ones, and those of users with every rule of ITU-T T.81, G.1.1 checked.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/script.h"
 
 #include "codecs/jpeg/words.h"

@@ -1,5 +1,6 @@
 // segmentreader.cpp - the segments of a JPEG file (ITU-T T.81, B.2). Every length and number in them is checked here,
 // so that the modules behind it may rely on a Header.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/segmentreader.h"
 
 #include <cstdio>

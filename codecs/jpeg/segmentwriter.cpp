@@ -1,4 +1,5 @@
 // segmentwriter.cpp - the segments of a JPEG file (ITU-T T.81, B.2).
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/segmentwriter.h"
 
 #include <numeric>

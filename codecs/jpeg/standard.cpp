@@ -1,4 +1,5 @@
 // standard.cpp - the example tables of ITU-T T.81 Annex K, which most files use.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/standard.h"
 
 namespace codecs::jpeg {

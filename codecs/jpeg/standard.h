@@ -1,4 +1,5 @@
 // standard.h - the example tables of ITU-T T.81 Annex K.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/format.h"

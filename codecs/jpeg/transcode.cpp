@@ -1,4 +1,5 @@
 // transcode.cpp - a file's coefficients in other scans, and in other places.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/collect.h"
 #include "codecs/jpeg/interpret.h"
 #include "codecs/jpeg/metadata.h"

@@ -1,5 +1,6 @@
 // turn.cpp - coefficients in other places. To mirror a block is to change the sign of each second frequency in that
 // direction; to exchange rows and columns is to exchange those of its coefficients, and of the divisors.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/turn.h"
 
 #include "codecs/jpeg/quantise.h"

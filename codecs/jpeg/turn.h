@@ -1,4 +1,5 @@
 // turn.h - pictures turned, mirrored and cut at the edges of units, by their coefficients alone.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/coefficients.h"

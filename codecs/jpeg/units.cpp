@@ -1,4 +1,5 @@
 // units.cpp - the table of MCU functions.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/units.h"
 
 namespace codecs::jpeg {

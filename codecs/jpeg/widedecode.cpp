@@ -1,4 +1,5 @@
 // widedecode.cpp - coefficients to 12-bit pixels by planes, colours by the arithmetic of wide.h.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/colours.h"
 #include "codecs/jpeg/planedecode.h"
 #include "codecs/jpeg/wide.h"

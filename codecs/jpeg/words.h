@@ -1,5 +1,6 @@
 // words.h - texts of numbers and signs, as scripts and tables are: blanks, commas and comments from # to the end of the
 // line stand between them and mean nothing.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include <algorithm>

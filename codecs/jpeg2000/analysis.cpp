@@ -1,4 +1,5 @@
 // analysis.cpp - levels that push rows on to the level below, down to the lowest band.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/analysis.h"
 
 #include "codecs/jpeg2000/filters.h"

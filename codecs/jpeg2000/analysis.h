@@ -2,6 +2,7 @@
 //
 // It works from the top down as rows come, and keeps no more of them than the filters look at, besides the code blocks
 // that are not complete.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/bandwriter.h"

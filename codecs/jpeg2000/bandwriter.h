@@ -1,4 +1,5 @@
 // bandwriter.h - the rows of a band into code blocks.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/blockencoder.h"

@@ -1,4 +1,5 @@
 // bits.h - the bits of packet headers (B.10.1): a byte behind 0xFF has seven.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/numbers.h"

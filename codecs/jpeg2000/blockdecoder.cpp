@@ -1,4 +1,5 @@
 // blockdecoder.cpp - the call of the tier-1 decoder, and dequantisation.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/blockdecoder.h"
 
 #include <algorithm>

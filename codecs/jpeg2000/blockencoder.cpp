@@ -1,4 +1,5 @@
 // blockencoder.cpp - quantisation, the calls of the tier-1 encoder, and what it tells of passes and segments.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/blockencoder.h"
 
 #include <algorithm>

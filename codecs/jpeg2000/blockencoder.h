@@ -1,4 +1,5 @@
 // blockencoder.h - numbers of a band through quantisation and the library's tier-1 encoder (annexes D and E).
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/codewords.h"

@@ -1,4 +1,5 @@
 // boxes.cpp - JP2 boxes on their way in, as far as they matter here.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/boxes.h"
 
 #include <algorithm>

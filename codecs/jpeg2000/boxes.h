@@ -1,4 +1,5 @@
 // boxes.h - the JP2 file format around a codestream (annex I).
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/numbers.h"

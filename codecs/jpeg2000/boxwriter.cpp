@@ -1,4 +1,5 @@
 // boxwriter.cpp - the JP2 boxes ahead of a codestream.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/boxes.h"
 
 #include <algorithm>

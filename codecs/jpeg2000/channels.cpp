@@ -1,4 +1,5 @@
 // channels.cpp - palette, order and meaning of channels, colour space, from the boxes of a file.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/channels.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // channels.h - what the components of a codestream mean: the channels of a picture (I.5.3).
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/boxes.h"

@@ -1,4 +1,5 @@
 // codestream.cpp - the main header, from SOC to the first SOT (A.4, A.5).
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/codestream.h"
 
 #include "codecs/jpeg2000/markers.h"

@@ -1,4 +1,5 @@
 // codestream.h - a codestream taken apart: the main header, and for each tile its marker segments and packet data.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/geometry.h"

@@ -1,4 +1,5 @@
 // codestreamwriter.cpp - the main header, tile-parts and packed packet headers (A.3 to A.7).
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/codestreamwriter.h"
 
 #include "codecs/jpeg2000/markers.h"

@@ -1,4 +1,5 @@
 // codestreamwriter.h - headers and encoded tiles to the bytes of a codestream.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/numbers.h"

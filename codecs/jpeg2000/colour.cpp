@@ -1,4 +1,5 @@
 // colour.cpp - level shift, RCT and ICT.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/colour.h"
 
 #include "zmxj.h"

@@ -1,4 +1,5 @@
 // componentdecoder.cpp - stripes of a component.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/componentdecoder.h"
 
 #include <algorithm>

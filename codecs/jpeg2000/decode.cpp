@@ -1,4 +1,5 @@
 // decode.cpp - a file to a picture: boxes, codestream, then its tiles from the top down.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/boxes.h"
 #include "codecs/jpeg2000/parallel.h"
 #include "codecs/jpeg2000/planar.h"

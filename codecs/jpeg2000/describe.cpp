@@ -1,4 +1,5 @@
 // describe.cpp - the boxes and headers of a file in words.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/boxes.h"
 #include "codecs/jpeg2000/codestream.h"
 

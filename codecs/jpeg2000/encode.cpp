@@ -1,4 +1,5 @@
 // encode.cpp - a picture to a file: tiles, then layers for what is asked, then the codestream and its boxes.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/boxes.h"
 #include "codecs/jpeg2000/codestreamwriter.h"
 #include "codecs/jpeg2000/parallel.h"

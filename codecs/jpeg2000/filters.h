@@ -4,6 +4,7 @@
 // Positions are absolute: those of low numbers are even, those of high ones odd. A line is the part [begin, end) of
 // them. A part of a longer line may be treated as a line of its own: what it makes of its edges reaches kReach
 // positions inwards and no further.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/numberrows.h"

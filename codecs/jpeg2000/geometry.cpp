@@ -1,5 +1,6 @@
 // geometry.cpp - the layout of a tile, from the outside in: tile-components (B-12), resolutions (B-14), bands
 // (B-15), precincts (B-16) and code blocks (B.7).
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/geometry.h"
 
 #include <algorithm>

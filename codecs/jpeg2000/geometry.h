@@ -1,4 +1,5 @@
 // geometry.h - where tiles, tile-components, resolutions, bands, precincts and code blocks lie (annex B).
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/parameters.h"

@@ -1,6 +1,7 @@
 // jpeg2000.h - JPEG2000 Part 1 files in memory (ISO/IEC 15444-1): pictures to bytes and back.
 //
 // A picture is a list of components, each with its own size, depth and sign.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/rows.h"

@@ -1,4 +1,5 @@
 // markers.cpp - the marker segments that say how a codestream is coded. Every field is tested before it is used.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/markers.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // markers.h - single marker segments (A.5, A.6), read into and written from parameters.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/numbers.h"

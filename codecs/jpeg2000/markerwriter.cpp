@@ -1,4 +1,5 @@
 // markerwriter.cpp - the marker segments of a header, from parameters.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/markers.h"
 
 #include <algorithm>

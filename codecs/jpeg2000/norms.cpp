@@ -1,4 +1,5 @@
 // norms.cpp - norms by way of the synthesis filters.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/norms.h"
 
 #include <cmath>

@@ -1,4 +1,5 @@
 // numberrows.h - rows of numbers with room at both ends, where the filters find what lies past the edges.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/road.h"

@@ -1,4 +1,5 @@
 // numbers.h - big-endian numbers in memory, read and written.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/bytes.h"

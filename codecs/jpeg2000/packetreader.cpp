@@ -1,4 +1,5 @@
 // packetreader.cpp - packet headers (B.10) and bodies.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/packetreader.h"
 
 namespace codecs::jpeg2000 {

@@ -1,4 +1,5 @@
 // packetwriter.cpp - packet headers (B.10) and bodies, the other way round from packetreader.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/packetwriter.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // packetwriter.h - puts the passes of code blocks into packets, layer by layer.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/bits.h"

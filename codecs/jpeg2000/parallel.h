@@ -1,4 +1,5 @@
 // parallel.h - a loop spread over threads.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include <atomic>

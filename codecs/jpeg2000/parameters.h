@@ -1,5 +1,6 @@
 // parameters.h - what the marker segments of a codestream say (ISO/IEC 15444-1, annex A), once they are read and
 // before they are written.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/jpeg2000.h"

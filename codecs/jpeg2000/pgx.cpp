@@ -1,4 +1,5 @@
 // pgx.cpp - PGX files in and out.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/pgx.h"
 
 #include "codecs/jpeg2000/numbers.h"

@@ -1,4 +1,5 @@
 // pgx.h - single components in PGX files (ISO/IEC 15444-4, B.2): a line of text, then the samples.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/jpeg2000.h"

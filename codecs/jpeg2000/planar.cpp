@@ -1,4 +1,5 @@
 // planar.cpp - components in memory.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/planar.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // progression.cpp - packets in order: precincts sorted by the keys of the progression, layers put in between.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/progression.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // quantiser.cpp - step sizes of bands, and style bits in the library's terms.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/quantiser.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // quantiser.h - how the numbers of a band are quantised (annex E), and what its code blocks look like to the library.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/geometry.h"

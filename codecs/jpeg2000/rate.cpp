@@ -1,6 +1,7 @@
 // rate.cpp - the passes of a block where its rate and distortion leave the convex hull are never worth a cut. Those on
 // it are taken in the order of their slopes; a layer is a threshold for the slope, found by bisection. Its size is
 // that of the packets as they would be written.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/rate.h"
 
 #include <algorithm>

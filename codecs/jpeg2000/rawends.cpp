@@ -1,4 +1,5 @@
 // rawends.cpp - decodes segment by segment, and tries the ends that other encoders may have left.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/rawends.h"
 
 namespace codecs::jpeg2000 {

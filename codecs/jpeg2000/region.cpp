@@ -1,4 +1,5 @@
 // region.cpp - from a wanted rectangle down the resolutions.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/region.h"
 
 #include "codecs/jpeg2000/filters.h"

@@ -3,6 +3,7 @@
 // The reversible road needs integers alone: 16 bits hold samples of up to 12 bits with all that the transforms add to
 // them, and go through the filters twice as fast as 32. On the irreversible road samples carry fraction bits. The
 // filter in fixed point has factors of 16 bits, which would blur samples of more than 12; those go in floating point.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,5 @@
 // rowinput.cpp - channels taken out of interleaved rows, every so many of them where a component is subsampled.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/rowinput.h"
 
 #include "codecs/jpeg2000/numbers.h"

@@ -1,4 +1,5 @@
 // rowoutput.cpp - interleaving, depths and colours on the way to a sink of rows.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/rowoutput.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // rowoutput.h - the samples of a decoder as interleaved rows for a sink of rows.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/channels.h"

@@ -1,4 +1,5 @@
 // settings.cpp - options tested and turned into parameters; step sizes chosen.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/settings.h"
 
 #include "codecs/jpeg2000/markers.h"

@@ -1,4 +1,5 @@
 // synthesis.cpp - levels that pull rows from the level below, down to the lowest band.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/synthesis.h"
 
 #include "codecs/jpeg2000/filters.h"

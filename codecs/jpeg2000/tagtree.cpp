@@ -1,4 +1,5 @@
 // tagtree.cpp - the shape of a tag tree: each node of a level stands for two by two of the level below.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/tagtree.h"
 
 namespace codecs::jpeg2000 {

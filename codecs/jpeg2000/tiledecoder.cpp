@@ -1,5 +1,6 @@
 // tiledecoder.cpp - a tile goes from top to bottom in stripes: while threads decode the code blocks of one stripe,
 // others take the one before through the wavelet; then its rows become samples.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/tiledecoder.h"
 
 #include "codecs/jpeg2000/colour.h"

@@ -1,4 +1,5 @@
 // tiledecoder.h - the tiles of a codestream one by one: packets, code blocks, wavelet, components.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/codestream.h"

@@ -1,5 +1,6 @@
 // tileencoder.cpp - a tile goes from top to bottom in stripes: while some threads take the rows of a stripe through
 // the wavelet, others encode the code blocks that the stripe before has made complete.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/tileencoder.h"
 
 #include "codecs/jpeg2000/colour.h"

@@ -1,4 +1,5 @@
 // tileencoder.h - one tile of a picture: components, wavelet, code blocks; not yet packets.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/analysis.h"

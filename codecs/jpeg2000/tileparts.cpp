@@ -1,4 +1,5 @@
 // tileparts.cpp - tile-part by tile-part to EOC (A.4.2), or straight to those that TLM segments point at (A.7.1).
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/codestream.h"
 #include "codecs/jpeg2000/region.h"
 

@@ -1,4 +1,5 @@
 // tiles.cpp - rows of tiles, with threads sharing the tiles of a row or the work within a tile.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/tiles.h"
 
 #include "codecs/jpeg2000/parallel.h"

@@ -1,4 +1,5 @@
 // exif.cpp - directories of tags, read in either byte order and of either word size, written with the low byte first.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/exif.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // exif.h - EXIF as the directories that it is made of (CIPA DC-008; the directories are those of TIFF 6.0, section 2).
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/picture.h"

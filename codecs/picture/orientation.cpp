@@ -1,4 +1,5 @@
 // orientation.cpp - the eight orientations, and pixels moved by them.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/orientation.h"
 
 #include "codecs/picture/exif.h"

@@ -1,4 +1,5 @@
 // orientation.h - which way up a picture is meant, as its EXIF says, and turning its pixels so.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/convert.h"

@@ -1,4 +1,5 @@
 // picture.cpp - shapes, units of length, and pictures in memory.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/picture.h"
 
 namespace codecs {

@@ -1,4 +1,5 @@
 // rows.cpp - sources and sinks of rows in memory, and the way from one to the other.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/rows.h"
 
 #include <algorithm>

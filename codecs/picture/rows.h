@@ -1,4 +1,5 @@
 // rows.h - pictures as rows that pass by, a band at a time, so that memory need not hold all of them.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/picture.h"

@@ -1,6 +1,7 @@
 /** \file
  *  codeblock.h - JPEG2000 code-block coding (tier 1): the decoder in steps and in one call, the encoder in two halves.
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #ifndef ZMXJ_CODEBLOCK_H
 #define ZMXJ_CODEBLOCK_H
 

@@ -1,6 +1,7 @@
 /** \file
  *  colour.h - colour conversion of whole planes.
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #ifndef ZMXJ_COLOUR_H
 #define ZMXJ_COLOUR_H
 

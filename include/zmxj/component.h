@@ -1,6 +1,7 @@
 /** \file
  *  component.h - the component transforms of JPEG2000 (ISO/IEC 15444-1, annex G).
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #ifndef ZMXJ_COMPONENT_H
 #define ZMXJ_COMPONENT_H
 

@@ -1,6 +1,7 @@
 /** \file
  *  dct.h - quantisation tables, and 8x8 blocks between samples and quantised DCT coefficients.
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #ifndef ZMXJ_DCT_H
 #define ZMXJ_DCT_H
 

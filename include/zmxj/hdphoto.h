@@ -1,6 +1,7 @@
 /** \file
  *  hdphoto.h - the HD Photo core transform: reversible 4x4 integer lifting (ITU-T T.832, clause 9.9).
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #ifndef ZMXJ_HDPHOTO_H
 #define ZMXJ_HDPHOTO_H
 

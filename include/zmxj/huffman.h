@@ -1,6 +1,7 @@
 /** \file
  *  huffman.h - JPEG Huffman tables, bit states and sequential block coding.
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #ifndef ZMXJ_HUFFMAN_H
 #define ZMXJ_HUFFMAN_H
 

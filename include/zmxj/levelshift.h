@@ -1,6 +1,7 @@
 /** \file
  *  levelshift.h - the level shift ahead of the forward and behind the inverse DCT.
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #ifndef ZMXJ_LEVELSHIFT_H
 #define ZMXJ_LEVELSHIFT_H
 

@@ -1,6 +1,7 @@
 /** \file
  *  lossless.h - lossless JPEG row coding.
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #ifndef ZMXJ_LOSSLESS_H
 #define ZMXJ_LOSSLESS_H
 

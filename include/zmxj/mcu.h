@@ -1,6 +1,7 @@
 /** \file
  *  mcu.h - conversions of one minimum coded unit between pixels and zero-centred 8x8 blocks.
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #ifndef ZMXJ_MCU_H
 #define ZMXJ_MCU_H
 

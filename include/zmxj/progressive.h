@@ -1,6 +1,7 @@
 /** \file
  *  progressive.h - progressive JPEG block coding.
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #ifndef ZMXJ_PROGRESSIVE_H
 #define ZMXJ_PROGRESSIVE_H
 

@@ -1,6 +1,7 @@
 /** \file
  *  resampling.h - chroma resampling of whole planes and of rows, by two in one direction or both.
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #ifndef ZMXJ_RESAMPLING_H
 #define ZMXJ_RESAMPLING_H
 

@@ -1,6 +1,7 @@
 /** \file
  *  texture.h - DXT and BC7 texture blocks.
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #ifndef ZMXJ_TEXTURE_H
 #define ZMXJ_TEXTURE_H
 

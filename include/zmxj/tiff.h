@@ -1,6 +1,7 @@
 /** \file
  *  tiff.h - rows of TIFF: PackBits run-length coding, and 16-bit samples as two planes of bytes.
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #ifndef ZMXJ_TIFF_H
 #define ZMXJ_TIFF_H
 

@@ -1,6 +1,7 @@
 /** \file
  *  types.h - element types, small records and status values shared by every function of libzmxjpx.
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #ifndef ZMXJ_TYPES_H
 #define ZMXJ_TYPES_H
 

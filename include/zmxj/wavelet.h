@@ -1,6 +1,7 @@
 /** \file
  *  wavelet.h - one level of the JPEG2000 wavelets: gathers the reversible 5/3 and the irreversible 9/7 filter.
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #ifndef ZMXJ_WAVELET_H
 #define ZMXJ_WAVELET_H
 

@@ -1,6 +1,7 @@
 /** \file
  *  wavelet53.h - one level of the reversible 5/3 wavelet of JPEG2000.
  */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #ifndef ZMXJ_WAVELET53_H
 #define ZMXJ_WAVELET53_H
 
@@ -132,8 +133,8 @@ ZMXJ_API ZmxStatus zmxiWTGetBufSize_B53_JPEG2K_32s_C1IR(const ZmxiRect* pTileRec
 /** Tells the bytes of scratch memory for the transforms of 16-bit samples on four bands.
  *
  *  That of the form in place, and a whole plane with rows rounded up to 32 bytes. The answer is a 32-bit number that
- *  wraps, without a status: keep width x height below 2^30 samples of 16 or 2^29 samples of 32 bits (23,000 x 23,000
- *  of 32 bits fit, 23,170 x 23,170 answer a negative number, 100,000 x 100,000 nonsense), or work in tiles.
+ *  wraps, without a status: let the two together stay below 2^31 bytes (23,000 x 23,000 samples of 32 bits fit,
+ *  23,170 x 23,170 answer a negative number, 100,000 x 100,000 nonsense), or work in tiles.
  *
  *  \par Buffers
  *  Nothing overlaps.

@@ -1,4 +1,5 @@
 // The JPEG2000 codec: round trips over all options, rates, rare marker segments and boxes, and broken files.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/codecs/support/jpeg2000pictures.h"
 #include "tests/support/digest.h"
 

@@ -1,4 +1,5 @@
 // Single code blocks of the JPEG2000 codec: raw segments that end otherwise than the library's decoder wants them to.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/blockdecoder.h"
 #include "codecs/jpeg2000/blockencoder.h"
 #include "tests/support/rng.h"

@@ -1,4 +1,5 @@
 // Parts of JPEG2000 files: windows, single components, tiles that are not there or not looked at.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/codestream.h"
 #include "tests/codecs/support/jpeg2000pictures.h"
 

@@ -1,5 +1,6 @@
 // Chroma of a lower rate in both directions, and packed pixels: the renderers and the transformer of the JPEG codec
 // against plain models of resampling and colour. The DCT alone is the library's.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/roads.h"
 #include "codecs/jpeg/standard.h"
 #include "codecs/jpeg/units.h"

@@ -1,4 +1,5 @@
 // What travels beside the samples of a JPEG file: through the encoder, the decoder and the transcoder.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/segmentreader.h"
 #include "codecs/picture/exif.h"
 #include "tests/codecs/support/damage.h"

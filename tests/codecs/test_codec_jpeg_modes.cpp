@@ -1,5 +1,6 @@
 // The modes of the JPEG codec beyond baseline: progressive files and scan scripts, transcoding, 12 bits,
 // every sampling, lossless files; and broken files of each kind.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/huffman.h"
 #include "codecs/jpeg/segmentreader.h"
 #include "codecs/jpeg/segmentwriter.h"

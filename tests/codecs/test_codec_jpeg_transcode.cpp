@@ -1,5 +1,6 @@
 // JPEG files into other files: turns, mirrors and cuts of coefficients; and what stands around the coefficients: tables
 // from a text, a height behind the scan, metadata in its segments.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/coefficients.h"
 #include "codecs/jpeg/quantise.h"
 #include "codecs/jpeg/segmentreader.h"

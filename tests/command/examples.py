@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 """Runs every example of every --help, and those of README.md, as they stand: examples.py BIN-DIR
 
 Each runs in an empty folder, in which only the files that it reads have been made by their names: photo.png is a picture

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # hardened.sh BIN-DIR: what the ELF files of a hardened build say of themselves: the command is position-independent, what the
 # loader has filled in cannot be written any more, no stack is executable, and the compiler's checks are there.
 set -u

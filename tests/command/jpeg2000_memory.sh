@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # jpeg2000_memory.sh BIN-DIR: what the zmx j2k commands take for large pictures. A limit on the address space, or on data,
 # that holds a fraction of the samples: a picture goes through line by line, or tile by tile; and a window takes a fraction
 # of the time of the whole. Sanitizers take more by themselves: such builds are passed over.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # jpeg2000_parts.sh BIN-DIR: parts of JPEG2000 files (windows, components, regions of interest), PGX files, metadata and
 # wrong command lines, with OpenJPEG's programs, ffmpeg and Pillow as judges.
 set -eu

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # jpeg2000_peers.sh BIN-DIR: what else OpenJPEG's programs can do: every option of opj_compress whose files are of Part 1,
 # read here, and every option of opj_decompress that chooses what comes out, on files written here. Kinds of pictures, too:
 # opacity, 16 bits, bitmaps, inks. exiftool and ImageMagick judge what stands in the boxes.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # Colour profile, EXIF, XMP and resolution between JPEG files, PNG and TIFF, and --strip and --upright, as Pillow reads and
 # writes them.
 #

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # Turns, mirrors and cuts without loss, against jpegtran: both files brought to one form have the same bytes. And what else
 # goes into a file by its options: quantisation tables from a text, against cjpeg; the exit codes of nonsense.
 #

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # manners.sh BIN-DIR: what users expect of any command: pipes, several files, exit codes, files that stay whole when work
 # fails or is interrupted, and a bar on terminals only.
 set -u

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 """Manual pages and completions against --help: manual.py BIN-DIR
 
 install     the component `command` brings all of them, where man and the shells look for them

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-2-Clause
 """check_adopt.py SOURCE-DIR: does what docs/adopt.md says, section by section, each in at most five minutes.
 
 A fenced block with the name of a file becomes that file; a block of `sh` runs as it stands. The word behind `sh` tells what a

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-2-Clause
 """check_example.py NAME PROGRAM: runs one of examples/ in an empty folder, and opens its file with a program from elsewhere.
 
 What that program sees is compared with the picture that the examples draw, which is stated here anew. Exit 77: the other

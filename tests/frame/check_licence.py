@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-2-Clause
 """check_licence.py SOURCE-DIR [--add]: every source file names its licence, once, near its head.
 
 The line stands at the end of the comment that a C or C++ file begins with, and behind the first line of a script. --add puts
@@ -10,7 +11,7 @@ import subprocess
 import sys
 import tempfile
 
-TAG = "SPDX-License-Identifier: "
+TAG = "SPDX-" + "License-Identifier: "
 LICENCE = "BSD-2-Clause"
 LINES = 25  # how far down it may stand
 C_LIKE = (".c", ".cpp", ".h")

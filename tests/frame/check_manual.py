@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-2-Clause
 """check_manual.py SOURCE-DIR DOXYFILE DOXYGEN: makes the manual and looks whether everything is in it.
 
 Doxygen itself refuses what has no comment. This asks for more: each function that a header declares has its parameters, one

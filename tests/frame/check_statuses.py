@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-2-Clause
 """check_statuses.py SOURCE-DIR LIBRARY: calls each function with what its comment calls a wrong argument.
 
 The \\return of a comment lists the tests of arguments in their order: `STATUS when REASON; STATUS when REASON; ...`. Each reason

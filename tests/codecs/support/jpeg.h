@@ -1,4 +1,5 @@
 // jpeg.h - what the tests of the JPEG codec share: samples in plain vectors, in and out.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/jpeg.h"

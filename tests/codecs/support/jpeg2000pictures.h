@@ -1,5 +1,6 @@
 // jpeg2000pictures.h - what the tests of the JPEG2000 codec share: pictures of several components, and codestreams to be
 // changed by hand.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/jpeg2000.h"

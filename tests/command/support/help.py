@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 """What zmx --help says, taken apart: the table that manual pages, completions and examples are held against."""
 
 import re
