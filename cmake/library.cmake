@@ -44,7 +44,8 @@ target_link_libraries(zmxjpx_objects PUBLIC ${zmx_openmp} PRIVATE zmx_warnings)
 # Public: the tests of internal functions are to see the same types.
 target_compile_definitions(zmxjpx_objects PUBLIC $<$<BOOL:${ZMX_SOFT_EXTENDED}>:ZMX_SOFT_EXTENDED>)
 # Nothing in it throws, so that a C program needs no C++ runtime.
-target_compile_options(zmxjpx_objects PRIVATE -fno-exceptions -fno-rtti)
+set(zmx_library_options -fno-exceptions -fno-rtti)
+target_compile_options(zmxjpx_objects PRIVATE ${zmx_library_options})
 set_target_properties(zmxjpx_objects PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
 
 add_library(zmxjpx $<TARGET_OBJECTS:zmxjpx_objects>)
