@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # libzmxjpx for the higher levels of x86-64 (the psABI's x86-64-v2, -v3 and -v4): the same sources, built once more for each
 # level and left where glibc's loader looks for them, in glibc-hwcaps/<level>/ beside the library. The loader takes the best
 # that the processor has; nothing in our code asks. The bytes are the same at each level: products and sums are not
@@ -26,6 +27,7 @@ function(zmx_level_objects name sources)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src)
   target_link_libraries(${name} PRIVATE ${zmx_openmp} zmx_warnings)
   target_compile_options(${name} PRIVATE ${zmx_library_options} ${ARGN})
+  target_compile_definitions(${name} PRIVATE $<$<BOOL:${ZMX_SOFT_EXTENDED}>:ZMX_SOFT_EXTENDED>)
   set_target_properties(${name} PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
 endfunction()
 
@@ -41,7 +43,7 @@ function(zmx_add_level level)
   set(target zmxjpx_${level})
   add_library(${target} SHARED $<TARGET_OBJECTS:zmxjpx_wide_${level}> $<TARGET_OBJECTS:zmxjpx_narrow_${level}>
     $<TARGET_OBJECTS:zmxjpx_v2_objects> $<TARGET_OBJECTS:zmxjpx_baseline_objects>)
-  target_link_libraries(${target} PRIVATE ${zmx_openmp} zmxcore)
+  target_link_libraries(${target} PRIVATE ${zmx_openmp} zmxcore $<BUILD_INTERFACE:zmx_hardened_link>)
   # libzmxcore has no levels.
   set(folder glibc-hwcaps/x86-64-${level})
   set_target_properties(${target} PROPERTIES OUTPUT_NAME zmxjpx VERSION 6.1 SOVERSION 6.1 LINKER_LANGUAGE CXX

@@ -28,9 +28,9 @@ list(FILTER zmx_test_support EXCLUDE REGEX "/tests/support/(memory|guardedmemory
 add_library(zmx_test_support STATIC ${zmx_test_support})
 target_include_directories(zmx_test_support PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
 target_link_libraries(zmx_test_support PUBLIC zmx_gtest PRIVATE zmx_warnings)
-# What is tested keeps this build's flags. The tests of another processor are compiled for every run, and run once: what
-# takes long there is the compiler, but for the models.
-set(zmx_test_options "")
+# What is tested, and the models, keep this build's flags. Tests are compiled more often than run: what takes long there is
+# the compiler, and most of all for another processor, whose tests are compiled for every run.
+set(zmx_test_options -O1)
 if(CMAKE_CROSSCOMPILING)
   set(zmx_test_options -O0)
   target_compile_options(zmx_test_support PRIVATE -O1)
@@ -73,11 +73,12 @@ add_test(NAME headers COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_headers.sh
 add_test(NAME symbols COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_symbols.sh
   ${PROJECT_SOURCE_DIR}/include $<TARGET_FILE:zmxjpx> ${CMAKE_NM} ${CMAKE_C_COMPILER})
 
-# The form of the sources, and the script that checks the other rules of CONTRIBUTING.md, on made-up trees. No processor
+# The form of the sources; the other rules of CONTRIBUTING.md, and the script that checks them, on made-up trees. No processor
 # changes it.
 if(NOT CMAKE_CROSSCOMPILING)
   add_test(NAME format COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_format.sh ${PROJECT_SOURCE_DIR})
   set_tests_properties(format PROPERTIES SKIP_RETURN_CODE 77)
+  add_test(NAME rules COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_rules.py ${PROJECT_SOURCE_DIR})
   add_test(NAME rules.selftest COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/test_rules.py)
 endif()
 
@@ -121,3 +122,14 @@ if(CMAKE_BUILD_TYPE STREQUAL "Release" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU" 
   add_test(NAME adopt COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_adopt.py ${PROJECT_SOURCE_DIR})
   set_tests_properties(adopt PROPERTIES TIMEOUT 5400)
 endif()
+
+# A fuzz target without seeds begins from nothing, or not at all.
+file(GLOB zmx_fuzz_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/fuzz/fuzz_*.cpp)
+foreach(source ${zmx_fuzz_sources})
+  get_filename_component(name ${source} NAME_WE)
+  string(REPLACE fuzz_ "" name ${name})
+  file(GLOB zmx_seeds ${PROJECT_SOURCE_DIR}/fuzz/corpus/${name}/*)
+  if(NOT zmx_seeds)
+    message(SEND_ERROR "fuzz/corpus/${name} has no seeds")
+  endif()
+endforeach()

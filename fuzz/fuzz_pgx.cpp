@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 // PGX files: what is read of them is what is written again.
 #include "codecs/jpeg2000/pgx.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 // byteorder.h - the order of bytes in words, for tests that draw words, or digest them, byte by byte.
 #pragma once
 
