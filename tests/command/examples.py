@@ -20,6 +20,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent / "support"))
 from help import Command  # noqa: E402
 
 README = pathlib.Path(__file__).resolve().parents[2] / "README.md"
+LARGE = 10**7  # pixels; such a picture is grey
 ENDINGS = re.compile(r"\.(png|ppm|pgm|pbm|pam|bmp|tif|jpg|jp2|j2k|j2c|dds|raw|pgx)$")
 
 
@@ -39,7 +40,10 @@ def netpbm(path, width, height, kind, channels=3, deep=False):
     heads = {"pnm": f"P{6 if channels == 3 else 5}\n{width} {height}\n{65535 if deep else 255}\n",
              "pbm": f"P4\n{width} {height}\n",
              "cmyk": f"P7\nWIDTH {width}\nHEIGHT {height}\nDEPTH 4\nMAXVAL 255\nTUPLTYPE CMYK\nENDHDR\n"}
-    samples = waves((width + 7) // 8, height, 1, False) if kind == "pbm" else waves(width, height, channels, deep)
+    if width * height > LARGE:
+        samples = bytes(width * height)  # nothing to code
+    else:
+        samples = waves((width + 7) // 8, height, 1, False) if kind == "pbm" else waves(width, height, channels, deep)
     path.write_bytes(heads[kind].encode() + samples)
 
 
@@ -66,7 +70,7 @@ def make(path, size):
         netpbm(source, width, height, "pbm")
         zmx(*(("tiff", "encode") if ending == "tif" else ("image", "convert")), str(source), str(path))
     else:
-        inks, deep, large = "print" in name, "16" in name or "xray" in name, width * height > 10**7
+        inks, deep, large = "print" in name, "16" in name or "xray" in name, width * height > LARGE
         grey = deep or large or "scan" in name or ending == "pgm"
         netpbm(source, width, height, "cmyk" if inks else "pnm", 4 if inks else 1 if grey else 3, deep)
         codec = {"jpg": ["jpeg", "encode"], "jp2": ["j2k", "encode"], "j2k": ["j2k", "encode"],
