@@ -1,4 +1,5 @@
 // bench_blocks.h - blocks of coefficients like those of pictures, their Huffman tables and streams.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj.h"

@@ -4,6 +4,7 @@
 // The luma of the photograph stands as it is ("samples", which scripts/bench-codeblock compares with a codec that is
 // told to do without wavelets), or is transformed by five levels of the 5/3 or the 9/7 wavelet. Beyond 8 bits the
 // samples get random bits below.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "src/pj2encstate.h" // for the number of decisions, which the interface does not tell
 
 #include "bench/bench_photograph.h"

@@ -1,6 +1,7 @@
 // bench_colour.cpp - colour conversion of whole planes: pixels a second on one thread and on all. Beside the
 // functions stand a plain copy of three bytes a pixel, plain loops through tables, and the conversions of
 // TurboJPEG. To see the latter without their vector code, run with JSIMD_FORCENONE=1 in the environment.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "bench/bench_team.h"
 #include "zmxj.h"
 

@@ -1,4 +1,5 @@
 // Samples a second of the component transforms, on 1024 x 1024 pixels of three samples.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmxj.h"
 
 #include <benchmark/benchmark.h>

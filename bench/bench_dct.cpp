@@ -1,4 +1,5 @@
 // bench_dct.cpp - blocks of 8x8: time per block. The peer is a plain copy of as many bytes as a block has.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmxj.h"
 
 #include <benchmark/benchmark.h>

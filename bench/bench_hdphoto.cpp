@@ -1,4 +1,5 @@
 // bench_hdphoto.cpp - the HD Photo core transform over planes of samples and over macroblocks. The peer is a plain copy.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmxj.h"
 
 #include <benchmark/benchmark.h>

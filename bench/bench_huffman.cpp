@@ -1,6 +1,7 @@
 // bench_huffman.cpp - sequential block coding, beside libjpeg coding the same coefficients (set
 // JSIMD_FORCENONE=1 for its scalar code). The argument is the number of coefficients other than 0 in a mean
 // block, roughly.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "bench/bench_libjpeg.h"
 
 #include "zmxj.h"

@@ -1,6 +1,7 @@
 // The progressive and the lossless road of a JPEG picture in memory, in both directions: 1920x1080 pixels of
 // a photograph, one thread. Progressive files (4:2:0, quality 90, the usual script, tables made for the
 // picture) beside libjpeg-turbo's; for lossless files (RGB of 8 bits, predictor 1) it has no counterpart.
+// SPDX-License-Identifier: BSD-2-Clause
 #ifdef ZMX_HAVE_LIBJPEG
 #include "bench/bench_jpeg_road.h"
 

@@ -1,6 +1,7 @@
 // The whole road of a JPEG picture in memory, in both directions, beside libjpeg-turbo's. 1920x1080 pixels of
 // a photograph, 4:2:0, quality 90, one thread. scripts/bench-jpeg runs this with and without libjpeg-turbo's
 // vector code.
+// SPDX-License-Identifier: BSD-2-Clause
 #ifdef ZMX_HAVE_LIBJPEG
 #include "bench/bench_jpeg_road.h"
 

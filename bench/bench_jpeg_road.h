@@ -1,5 +1,6 @@
 // What the measurements of whole JPEG pictures share: the picture, 1920x1080 pixels of a photograph, and
 // libjpeg-turbo's way from it to a file and back, in memory.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "bench/bench_photograph.h"
@@ -80,7 +81,6 @@ inline void decodeTheirs(const Bytes& file, Bytes& pixels) {
     jpeg_create_decompress(&d);
     jpeg_mem_src(&d, file.data(), file.size());
     jpeg_read_header(&d, TRUE);
-    d.do_fancy_upsampling = FALSE;
     d.do_block_smoothing = FALSE; // acts on incomplete progressive files only
     d.dct_method = JDCT_ISLOW;
     jpeg_start_decompress(&d);

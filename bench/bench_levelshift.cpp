@@ -1,4 +1,5 @@
 // bench_levelshift.cpp - the level shift of blocks and of pictures. The peer is a plain copy of the larger side.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmxj.h"
 
 #include <benchmark/benchmark.h>

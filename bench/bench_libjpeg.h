@@ -1,5 +1,6 @@
 // bench_libjpeg.h - libjpeg reading and writing the coefficients of a grey picture: its entropy coding alone,
 // with the same Huffman tables.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "bench/bench_blocks.h"

@@ -1,5 +1,6 @@
 // bench_lossless.cpp - lossless rows: prediction in both directions, and Huffman coding of three planes; of one plane
 // also difference by difference.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "bench/bench_blocks.h"
 
 namespace {

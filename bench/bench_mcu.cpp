@@ -1,4 +1,5 @@
 // bench_mcu.cpp - conversions of minimum coded units: pixels a second. The peer is a plain copy of three bytes a pixel.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmxj.h"
 
 #include <benchmark/benchmark.h>

@@ -1,4 +1,5 @@
 // bench_photograph.cpp - reads a photograph by libjpeg.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "bench/bench_photograph.h"
 
 #include <algorithm>

@@ -2,6 +2,7 @@
 //
 // ZMX_BENCH_PHOTO names it, a JPEG file. Without it each benchmark takes one of the package mate-backgrounds, by the
 // name under which docs/performance.md gives its figures.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj/types.h"

@@ -1,5 +1,6 @@
 // bench_progressive.cpp - the scans of a progressive picture, DC and one band of AC: first scans at bit 1,
 // refinements at 0.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "bench/bench_blocks.h"
 
 namespace {

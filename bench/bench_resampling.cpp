@@ -1,5 +1,6 @@
 // bench_resampling.cpp - chroma resampling: samples of the larger side a second. The peers are a plain copy
 // of the larger side and plain loops; one thread, and all for what is shared out.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "bench/bench_team.h"
 #include "zmxj.h"
 

@@ -1,5 +1,6 @@
 // bench_states.cpp - what an application calls once: the version, sizes, states, tables. Time per call; an InitAlloc
 // is timed with its Free.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmxj.h"
 
 #include <benchmark/benchmark.h>

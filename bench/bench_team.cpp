@@ -1,4 +1,5 @@
 // bench_team.cpp - stands in for libzmxcore's thread count.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "bench/bench_team.h"
 
 #include "zmxcore.h"

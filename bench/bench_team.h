@@ -1,4 +1,5 @@
 // bench_team.h - how many threads the row-parallel functions use in a benchmark.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include <benchmark/benchmark.h>

@@ -5,6 +5,7 @@
 //
 // The encoders also report their quality in dB over the colours (and over alpha, where there is any): `shift` as this library
 // decodes the blocks, by plain shifts, and `repeat` as most other decoders do, with the top bits repeated.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "bench/bench_photograph.h"
 #include "zmxj.h"
 

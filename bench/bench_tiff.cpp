@@ -2,6 +2,7 @@
 //
 // A page of text in 1 and in 8 bits (grey edges and a little scanner noise on the strokes), a photograph's smooth shades with
 // grain, and random bytes. libtiff runs its codec over the same rows in one strip of a file in memory.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmxj.h"
 
 #include <benchmark/benchmark.h>

@@ -1,5 +1,6 @@
 // Samples a second of the wavelets: one level of a 1024 x 1024 plane, kernels on 64 rows of 1024 samples, and
 // one stage of column lifting on rows of 1024 samples.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmxj.h"
 
 #include <algorithm>

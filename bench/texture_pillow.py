@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 """Decoding speed beside Pillow, in one run on one core: texture_pillow.py LIBZMXJPX
 
 Both sides decode blocks in memory: random ones, and for BC7 also a photograph's ($ZMX_BENCH_PHOTO).

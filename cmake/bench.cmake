@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # zmx_bench: every bench/*.cpp in one Google Benchmark program.
 
 find_package(benchmark CONFIG)

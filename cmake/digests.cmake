@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # zmx_digests: what every function gives, compared with the one list that holds for every platform, compiler and option.
 
 file(GLOB zmx_digest_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/digests/*.cpp)

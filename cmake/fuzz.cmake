@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # libFuzzer targets: fuzz/fuzz_<name>.cpp, run over fuzz/corpus/<name>/.
 
 file(GLOB zmx_fuzzers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/fuzz/fuzz_*.cpp)

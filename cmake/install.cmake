@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # What `cmake --install` puts where, in four components: runtime (the libraries), development (headers, CMake and pkg-config
 # files), command (zmx) and docs.
 include(CMakePackageConfigHelpers)
@@ -31,6 +32,13 @@ endforeach()
 
 if(TARGET zmx)
   install(TARGETS zmx RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT command)
+endif()
+if(TARGET zmx_pages)
+  # Where man and the shells look for what is not their own.
+  install(DIRECTORY ${zmx_pages}/man1 DESTINATION ${CMAKE_INSTALL_MANDIR} COMPONENT command)
+  install(FILES ${zmx_pages}/bash/zmx DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT command)
+  install(FILES ${zmx_pages}/zsh/_zmx DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions COMPONENT command)
+  install(FILES ${zmx_pages}/fish/zmx.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT command)
 endif()
 install(FILES README.md CHANGELOG.md LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT docs)
 file(GLOB zmx_documents CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md)

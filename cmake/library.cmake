@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # libzmxcore and libzmxjpx.
 
 # What a shared library exports. ELF: the names of a map. Windows: what the headers mark while MACRO_EXPORTS is defined; a
@@ -27,7 +28,7 @@ add_library(zmxcore core/zmxcore.cpp ${zmx_system})
 add_library(zmxjpx::zmxcore ALIAS zmxcore)
 target_include_directories(zmxcore PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
   $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
-target_link_libraries(zmxcore PRIVATE $<BUILD_INTERFACE:zmx_warnings>)
+target_link_libraries(zmxcore PRIVATE $<BUILD_INTERFACE:zmx_warnings> $<BUILD_INTERFACE:zmx_hardened>)
 set_target_properties(zmxcore PROPERTIES VERSION 6.1 SOVERSION 6.1
   CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
 zmx_export_only(zmxcore ZMXCORE core/zmxcore.map)
@@ -43,14 +44,15 @@ target_link_libraries(zmxjpx_objects PUBLIC ${zmx_openmp} PRIVATE zmx_warnings)
 # Public: the tests of internal functions are to see the same types.
 target_compile_definitions(zmxjpx_objects PUBLIC $<$<BOOL:${ZMX_SOFT_EXTENDED}>:ZMX_SOFT_EXTENDED>)
 # Nothing in it throws, so that a C program needs no C++ runtime.
-target_compile_options(zmxjpx_objects PRIVATE -fno-exceptions -fno-rtti)
+set(zmx_library_options -fno-exceptions -fno-rtti)
+target_compile_options(zmxjpx_objects PRIVATE ${zmx_library_options})
 set_target_properties(zmxjpx_objects PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
 
 add_library(zmxjpx $<TARGET_OBJECTS:zmxjpx_objects>)
 add_library(zmxjpx::zmxjpx ALIAS zmxjpx)
 target_include_directories(zmxjpx PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
   $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
-target_link_libraries(zmxjpx PRIVATE ${zmx_openmp} zmxcore)
+target_link_libraries(zmxjpx PRIVATE ${zmx_openmp} zmxcore $<BUILD_INTERFACE:zmx_hardened_link>)
 # The loaded name of the library is libzmxjpx.so.6.1; libzmxcore stands beside it.
 set_target_properties(zmxjpx PROPERTIES VERSION 6.1 SOVERSION 6.1 LINKER_LANGUAGE CXX
   BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "$ORIGIN")

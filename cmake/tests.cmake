@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # Tests. Each tests/<family>/test_<name>.cpp is a program of GoogleTest cases; tests/<family>/model/ has the plain models,
 # tests/<family>/support/ and tests/support/ what tests share.
 #
@@ -80,6 +81,14 @@ if(NOT CMAKE_CROSSCOMPILING)
   add_test(NAME rules.selftest COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/test_rules.py)
 endif()
 
+# The comments of the headers against the library: each wrong argument, alone and in pairs.
+if(BUILD_SHARED_LIBS AND NOT ZMX_SANITIZE AND NOT CMAKE_CROSSCOMPILING AND CMAKE_SIZEOF_VOID_P EQUAL 8)
+  add_test(NAME statuses COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_statuses.py ${PROJECT_SOURCE_DIR} $<TARGET_FILE:zmxjpx>)
+endif()
+
+# Each source file names its licence.
+add_test(NAME licence COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_licence.py ${PROJECT_SOURCE_DIR})
+
 # The example of the README.
 separate_arguments(zmx_example_flags UNIX_COMMAND "${CMAKE_C_FLAGS}")
 if(ZMX_SANITIZE)
@@ -108,4 +117,7 @@ if(CMAKE_BUILD_TYPE STREQUAL "Release" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU" 
   set_tests_properties(install PROPERTIES TIMEOUT 1800)
   add_test(NAME abi COMMAND ${PROJECT_SOURCE_DIR}/tests/install/check_abi.sh ${PROJECT_SOURCE_DIR})
   set_tests_properties(abi PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 1800)
+  # What docs/adopt.md tells a newcomer to type.
+  add_test(NAME adopt COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_adopt.py ${PROJECT_SOURCE_DIR})
+  set_tests_properties(adopt PROPERTIES TIMEOUT 5400)
 endif()

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # Removes the files that the install manifests of this build folder name, and the folders that are empty then.
 file(GLOB manifests install_manifest*.txt)
 if(NOT manifests)

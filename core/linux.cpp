@@ -1,5 +1,6 @@
 // linux.cpp - how many processors this process may really use: those of its affinity mask, within the quota of its
 // control group.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "linux.h"
 
 #include "system.h"

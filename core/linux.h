@@ -1,4 +1,5 @@
 // linux.h - how many processors a process may really use on Linux; the parts that a test can reach.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include <string>

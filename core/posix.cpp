@@ -1,4 +1,5 @@
 // posix.cpp - memory on POSIX systems.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "system.h"
 
 #include <cstdlib>

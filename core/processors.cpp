@@ -1,4 +1,5 @@
 // processors.cpp - how many processors this process may use, on POSIX systems that tell no more than their number.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "system.h"
 
 #include <unistd.h>

@@ -1,5 +1,6 @@
 // system.h - what libzmxcore asks of the system. Each function has one definition in a build: memory in posix.cpp or
 // windows.cpp, processors in linux.cpp, processors.cpp (other POSIX systems) or windows.cpp.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,5 @@
 // windows.cpp - memory and processors on Windows.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "system.h"
 
 #include <bit>

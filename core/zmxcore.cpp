@@ -1,4 +1,5 @@
 // zmxcore.cpp - the three functions that libzmxjpx takes its memory and its thread count from.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmxcore.h"
 
 #include "system.h"

@@ -2,6 +2,7 @@
 //
 // Input: width, height, subband, planes, passes, style (4 bytes), the number of segments less 1, a length for
 // each, the bytes.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmxj.h"
 
 #include <algorithm>

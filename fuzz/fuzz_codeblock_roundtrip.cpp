@@ -3,6 +3,7 @@
 //
 // Input: width, height, subband, coded bits, termination, style, buffer size, samples (4 bytes each,
 // repeated).
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmxj.h"
 
 #include <algorithm>

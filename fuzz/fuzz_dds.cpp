@@ -2,6 +2,7 @@
 //
 // An input that begins like a DDS file goes to the reader; a file that it takes is decoded level by level, and coded
 // anew. Any other input is the arguments of one call, with buffers of exactly the size that the call may touch.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/texture/texture.h"
 #include "zmxj.h"
 

@@ -1,5 +1,6 @@
 // The builders of Huffman tables: decoder and encoder tables from arbitrary lists, and optimal tables from
 // arbitrary statistics. A table that both sides accept must code every symbol of it there and back.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmxj.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // The whole JPEG2000 decoder on arbitrary bytes, with resolutions and layers that the length chooses.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/jpeg2000.h"
 
 #include <cstdlib>

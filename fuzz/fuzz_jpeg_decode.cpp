@@ -1,5 +1,6 @@
-// The whole JPEG decoder on arbitrary bytes, to pixels of every kind that can be asked for; and what it reads coded
-// anew. The number of bytes chooses the options.
+// The whole JPEG decoder on arbitrary bytes, to pixels of every kind that can be asked for. The number of bytes chooses
+// the options.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/jpeg.h"
 
 #include <cstdlib>
@@ -53,15 +54,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     options.packing = jpeg::Packing(1 + size % 4);
     if (size & 4) options.upsampling = jpeg::Upsampling::plain;
     toPixels(file, options);
-    try {
-        jpeg::TranscodeOptions how;
-        how.maxPixels = options.maxPixels;
-        how.progressive = size & 4;
-        how.restart = size & 8 ? 3 : -1;
-        const jpeg::Transcoded t = jpeg::transcode(file, how);
-        if (t.before != t.after) std::abort();
-    } catch (const codecs::Error&) {
-    }
     try {
         jpeg::describe(file);
     } catch (const codecs::Error&) {

@@ -1,6 +1,7 @@
 // PackBits rows: the bytes as a stream that is unpacked, and the bytes as a row that is packed and comes back.
 //
 // The first two bytes choose the length of the row and how much room its stream has.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmxj.h"
 
 #include <cstdint>

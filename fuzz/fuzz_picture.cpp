@@ -1,6 +1,7 @@
 // fuzz_picture.cpp - the readers of picture files on arbitrary bytes: PNG, PNM, PAM, TIFF and BMP by their first bytes, and
 // TIFF by the PackBits codec too. What is read goes on through the changes of rows and into a file of each kind, which
 // gives the same rows back. The length of the input chooses the sizes of the bands.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/exif.h"
 #include "codecs/picture/files.h"
 #include "codecs/picture/orientation.h"

@@ -2,6 +2,7 @@
 //
 // All go row by row on the calling thread. The row functions take their pointers and width by value, so that the
 // compiler makes vector loops of them.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "picopyca.h"
 
 #include "pjargs.h"

@@ -1,6 +1,7 @@
 // picopyca.h - rectangles copied, widened and masked.
 //
 // The order of the argument tests is not the same for all: each line tells.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj.h"

@@ -3,6 +3,7 @@
 // pidct88i has the integer pair, pidct8844i the reduced inverse forms, pidct88f the single-precision pair. Every
 // function tests its pointers (zmxStsNullPtrErr) and then cannot fail. The integer transforms wrap in 32 bits and keep
 // 16 between their passes. A constant block of v has a DC coefficient of 8v.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj.h"

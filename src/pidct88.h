@@ -2,6 +2,7 @@
 //
 // A pass transforms the eight columns of a block at once, element k of lane i being in[8 k + i]: plain loops over the
 // lanes that the compiler turns into vector code. A pass over the rows is the same between two transpositions.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pidctmul.h"

@@ -3,6 +3,7 @@
 // All take the columns first and keep 16-bit values with three fraction bits between the passes, as the full inverse
 // does. The full-size results need not equal those of the full transform bit for bit: two multipliers are one less than
 // the sums of those that they stand for (pidctmul.h). Required.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pidct.h"
 
 #include "pidct88.h"

@@ -3,6 +3,7 @@
 // A scaled transform: the first butterflies of both directions are one two-dimensional stage, then the vectors go down
 // the columns and along the rows, and a table of 64 factors normalises. Every single operation is rounded to single
 // precision, so that all builds give the same bits.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pidct.h"
 
 #include "pidctmul.h"

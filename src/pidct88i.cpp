@@ -3,6 +3,7 @@
 // The flow, its multipliers and where it begins to wrap are in pidctmul.h. The forward transform takes the rows first,
 // the inverse the columns. Arithmetic wraps in 32 bits; between the two passes the block holds 16-bit values with three
 // fraction bits.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pidct.h"
 
 #include "pidct88.h"

@@ -8,6 +8,7 @@
 //   odd butterflies
 //   odd rotations  by pi/16 for the results 1 and 7, and by 3 pi/16 for the results 3 and 5
 // The inverse takes the same steps back. The numbers that stand are asserted: they are part of the interface.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj.h"

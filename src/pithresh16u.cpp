@@ -1,4 +1,5 @@
 // pithresh16u.cpp - samples beyond a threshold replaced.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pithresh16u.h"
 
 #include "pjargs.h"

@@ -2,6 +2,7 @@
 //
 // Argument tests: the mode (zmxStsNotSupportedModeErr), null, sizes, steps. A step counts whole elements: the last byte
 // of an odd one is lost at each row.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj.h"

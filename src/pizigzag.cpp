@@ -1,4 +1,5 @@
 // pizigzag.cpp - blocks reordered.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pizigzag.h"
 
 #include "pjargs.h"

@@ -1,4 +1,5 @@
 // pizigzag.h - blocks reordered.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj.h"

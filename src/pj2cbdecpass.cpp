@@ -1,5 +1,6 @@
 // pj2cbdecpass.cpp - the coding passes of the decoder: what a decision is when it comes from an MQ or a raw
 // segment.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pj2cbdecpass.h"
 
 #include "pj2cbpasses.h"

@@ -1,4 +1,5 @@
 // pj2cbdecpass.h - the coding passes of the decoder.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pj2decstate.h"

@@ -1,5 +1,6 @@
 // pj2cbencpass.cpp - the coding passes of the encoder: a decision is taken from a sample and recorded, and
 // the distortion that it removes is added up.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pj2cbencpass.h"
 
 #include "pj2cbpasses.h"

@@ -1,4 +1,5 @@
 // pj2cbencpass.h - the coding passes of the encoder, and the tables of the distortion that they remove.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pj2encstate.h"

@@ -1,4 +1,5 @@
 // pj2cbflags.cpp - zeroing of a flag plane.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pj2cbflags.h"
 
 #include "pjrows.h"

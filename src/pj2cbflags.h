@@ -1,6 +1,7 @@
 // pj2cbflags.h - the flag plane of a code block, shared by decoder and encoder: what a flag word says, how a
 // sample that turns significant tells its neighbours, and the context tables that a word's bits index
 // (ISO/IEC 15444-1 D.3).
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pj2mqprobest.h"

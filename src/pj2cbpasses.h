@@ -12,6 +12,7 @@
 //   marksRefined                 whether a refinement is remembered in the flags
 //
 // Everything is inlined into one function a pass and coder, in which the coder's registers are locals.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pj2cbflags.h"

@@ -4,6 +4,7 @@
 //
 // A transform is a function of one pixel, (a, b, c) to (a, b, c), all three read before any is written. A walk calls
 // one of three row functions, made of a transform here.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjargs.h"

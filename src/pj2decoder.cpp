@@ -1,6 +1,7 @@
 // pj2decoder.cpp - the code-block decoder's exported functions: the state's life, the steps through the
 // codeword segments, and the decoding of a whole block in one call. The coding passes are in
 // pj2cbdecpass.cpp.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pj2cbdecpass.h"
 
 #include "pj2cbflags.h"

@@ -1,5 +1,6 @@
 // pj2decstate.h - the state of a code block under decoding. It is the caller's memory: between calls it holds the
 // block, its flag plane, the coders of the segment under way, and which pass comes next.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pj2mqdec.h"

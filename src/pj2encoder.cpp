@@ -1,6 +1,7 @@
 // pj2encoder.cpp - the code-block encoder: the state's life, the load of a block, which runs all its coding
 // passes, and what is known of them. The passes are in pj2cbencpass.cpp, the storing of the bytes in
 // pj2encstore.cpp.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pj2cbencpass.h"
 
 #include "pj2cbflags.h"

@@ -1,5 +1,6 @@
 // pj2encstate.h - the state of the code-block encoder. A load fills it with the decisions of all passes and the
 // distortion that each removes; the store takes the decisions out of the coder state, byte by byte.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pj2mqenc.h"

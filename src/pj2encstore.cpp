@@ -1,6 +1,7 @@
 // pj2encstore.cpp - the second half of the code-block encoder: its passes become bytes, through buffers of
 // any size, with the rate at which the stream can be cut behind each pass and the length of each codeword
 // segment.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pj2encstate.h"
 
 #include <limits>

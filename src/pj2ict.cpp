@@ -1,5 +1,6 @@
 // pj2ict.cpp - the irreversible component transform of JPEG2000 (ISO/IEC 15444-1, G.3) in fixed point with 14
 // fractional bits, and in floating point.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pj2ct.h"
 #include "pjbits.h"
 #include "pjround.h"

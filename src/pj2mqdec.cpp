@@ -1,4 +1,5 @@
 // pj2mqdec.cpp - the MQ decoder's routines on its state; the decisions themselves are in the header.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pj2mqdec.h"
 
 namespace zmx {

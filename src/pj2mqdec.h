@@ -1,6 +1,7 @@
 // pj2mqdec.h - the MQ decoder (ISO/IEC 15444-1 C.3, in the software conventions of Annex J.1): its state, its
 // routines for one codeword segment, and the form in which the coding passes run it. The standard's names of the
 // procedures stand in capitals.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pj2mqprobest.h"

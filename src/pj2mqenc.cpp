@@ -1,5 +1,6 @@
 // pj2mqenc.cpp - the decision coders of the encoder, MQ and raw, which go through buffers of any size. The
 // terminations of MQ segments are in pj2mqterm.cpp.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pj2mqenc.h"
 
 #include <algorithm>

@@ -1,5 +1,6 @@
 // pj2mqenc.h - the decisions of a code block, and the coders that turn them into bytes: MQ (ISO/IEC 15444-1
 // C.2) with its terminations, and raw.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pj2mqprobest.h"

@@ -1,6 +1,7 @@
 // pj2mqprobest.h - the probability estimation of the MQ coder (ISO/IEC 15444-1 C.2.5) for decoder and
 // encoder: the state table, the 19 contexts with their initial states, and the form in which the coders hold
 // contexts at work.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjtable.h"

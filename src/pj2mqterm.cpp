@@ -1,4 +1,5 @@
 // pj2mqterm.cpp - the three ways to end an MQ codeword segment (ISO/IEC 15444-1 C.2.9, D.4.1).
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pj2mqenc.h"
 
 #include <cassert>

@@ -1,6 +1,7 @@
 // pj2rct.cpp - the reversible component transform of JPEG2000 (ISO/IEC 15444-1, G.2).
 //
 // Sums are formed in 32 bits and wrap there; results are cut to the width of the samples, and nothing saturates.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pj2ct.h"
 
 namespace zmx::components {

@@ -3,6 +3,7 @@
 //
 // A line of n samples at phase p (the parity of its origin) has its even absolute positions, the low band, at indices
 // of the parity of p, and its odd ones, the high band, at the others (ISO/IEC 15444-1, F.3 and F.4).
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjargs.h"

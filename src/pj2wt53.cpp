@@ -5,6 +5,7 @@
 // are those of lifting column by column and row by row with both ends mirrored. Mirroring an odd neighbour of an even
 // sample gives the nearest odd sample inside, and the other way round, so that it comes down to clamping the index
 // within a band.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pj2wt53.h"
 
 #include "pj2wt.h"

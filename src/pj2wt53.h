@@ -2,6 +2,7 @@
 //
 // T is Zmx16s or Zmx32s. Sums are formed in 32 bits and wrap there; every result is cut to the width of T at once, so
 // that the next step sees it so. Shifts are arithmetic (floors); nothing saturates.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjrows.h"

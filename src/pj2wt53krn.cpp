@@ -2,6 +2,7 @@
 // caller has extended past the edges.
 //
 // The bands have equal counts. At phase 0 the first sample is a low-pass one, otherwise a high-pass one.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pj2wt.h"
 #include "pj2wt53.h"
 

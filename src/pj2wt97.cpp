@@ -3,6 +3,7 @@
 //
 // As in pj2wt53 the columns are lifted over the full width and stay interleaved; the pass over the rows lifts each row
 // out of one place of the plane into the place where it belongs.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pj2wt.h"
 #include "pj2wt97ext.h"
 #include "pj2wt97q14.h"

@@ -8,6 +8,7 @@
 //   G(odd)  = A(odd)  + gamma (B(odd - 1) + B(odd + 1))        high = K G
 //   D(even) = B(even) + delta (G(even - 1) + G(even + 1))      low = D / K
 // Inverse, the scale and the same steps back, which make B, A, x(even) and x(odd) in turn.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjbits.h"

@@ -3,6 +3,7 @@
 //
 // x(j) is the sample j places from the output. An output is made straight from the triangle of samples under it, in
 // which most values are computed several times: few outputs come here.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pj2wt97const.h"

@@ -13,6 +13,7 @@
 // and the extended values by 2^-11 of that. So 128 e M = 2^-46 M covers both directions, also where double results are
 // rounded twice (32-bit x86). The bounds also show that no output leaves 32 bits as long as M is at most 2^27. Larger
 // samples have brackets that saturate.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pj2wt97ext.h"
 
 #include "pj2wt97exact.h"

@@ -2,6 +2,7 @@
 //
 // The bytes are those of a 64-bit significand from the first step to the last, and one truncation toward zero at the
 // output.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pj2wt.h"

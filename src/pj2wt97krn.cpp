@@ -20,6 +20,7 @@
 //   - high w - 1, opposite, needs B of the other low sample w, and so A(w).
 // Inverse, likewise, even 0 needs A of odd -1, and odd w - 1 needs the whole triangle of even w. Phase 1 is the mirror
 // image of phase 0.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pj2wt97step.h"
 
 #include "pj2wt.h"

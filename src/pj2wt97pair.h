@@ -3,6 +3,7 @@
 //
 // The order of the products counts for floats. What becomes of their sum differs from system to system, and from output
 // to output of 16-bit samples: all required.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pj2wt97step.h"

@@ -1,6 +1,7 @@
 // pj2wt97q14.cpp - the 9/7 lifting of 16-bit samples in 14-bit fixed point.
 //
 // Every value is cut to its low 16 bits, and nothing saturates: required. Sums and products fit 32 bits.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pj2wt97q14.h"
 
 #include "pj2wt97const.h"

@@ -1,4 +1,5 @@
 // pj2wt97q14.h - the 9/7 lifting of 16-bit samples in 14-bit fixed point: lines, and the columns of a plane.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pj2wt.h"

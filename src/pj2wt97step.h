@@ -4,6 +4,7 @@
 // Each system has two functions, and the inverse of the first: lift() is a step, weigh() a step with the scale folded
 // in. A row holds samples of type T. A value that never reaches a row is of type Aside<T>: for integers the same, since
 // every result is narrowed at once; for floats a number with a 64-bit significand.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pj2wt97const.h"

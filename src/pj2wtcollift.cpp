@@ -5,6 +5,7 @@
 // the next one. Between two calls the caller turns the ring: the rows that the next stage looks back at step down by
 // one name, the finished ones go out, and their memory comes back in for the rows that are made anew. At the edges of a
 // tile it mirrors, by passing one row for two that are only read.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pj2wt53.h"
 #include "pj2wt97step.h"
 #include "pjargs.h"

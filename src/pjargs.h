@@ -1,4 +1,5 @@
 // pjargs.h - the tests of arguments at the head of every exported function.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj.h"

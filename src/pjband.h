@@ -1,4 +1,5 @@
 // pjband.h - the domain of the parameters of a progressive scan.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 namespace zmx {

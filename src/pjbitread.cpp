@@ -1,5 +1,6 @@
 // pjbitread.cpp - the refill, and Huffman codes bit by bit where the look-up of eight bits does not hold them
 // (ITU-T T.81, F.2.2.3).
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjbitread.h"
 
 namespace zmx {

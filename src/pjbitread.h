@@ -4,6 +4,7 @@
 // A reader lives for one call: position, bits and marker are locals, put back on every way out. What callers
 // see of it is exact: when bytes are read, where the position stands, and all 32 bits of the buffer that is
 // left in the state.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjhufftbl.h"

@@ -1,4 +1,5 @@
 // pjbits.h - the bits of a number as another type.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 namespace zmx {

@@ -1,4 +1,5 @@
 // pjbitwrite.cpp - the end of a JPEG stream (ITU-T T.81, F.1.2.3).
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjbitwrite.h"
 
 namespace zmx {

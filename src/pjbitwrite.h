@@ -1,6 +1,7 @@
 // pjbitwrite.h - the bit writer of the JPEG encoders: bit fields with byte stuffing, and the flush.
 //
 // A writer lives for one call: position and register are locals, put back on every way out.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjhufftbl.h"

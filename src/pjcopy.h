@@ -1,4 +1,5 @@
 // pjcopy.h - the one way in which vectors and rows are copied.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjrows.h"

@@ -2,6 +2,7 @@
 //
 // Each row of chroma is turned into what it adds to the pixels that it covers; each row of luma under it is added, and
 // a layout class puts the channels together to pixels. All of it is in 16-bit lanes, eight to a vector.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjargs.h"
 #include "pjlayouts.h"
 #include "pjls.h"

@@ -2,6 +2,7 @@
 //
 // The way back of pjencdct, and the scaled forms: 4x4 and 2x2 in a name tell which corner of the coefficients counts,
 // To4x4 and To2x2 how large the result is. The block is copied on the way: the source stays.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pidct.h"
 #include "pidct88.h"
 #include "pithresh16u.h"

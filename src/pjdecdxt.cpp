@@ -2,6 +2,7 @@
 //
 // A block becomes a palette of four pixels, and each texel is a look-up in it. The three channels of a colour are
 // worked on together, in lanes of one 64-bit word.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjdecdxt.h"
 
 #include "pjdxtwalk.h"

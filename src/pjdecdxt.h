@@ -1,4 +1,5 @@
 // pjdecdxt.h - the block decoders of DXT1, DXT3 and DXT5.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj.h"

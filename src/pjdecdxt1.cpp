@@ -3,6 +3,7 @@
 // The table of the modes, as the format publishes it, is the parameter of one decoder, which the compiler turns into
 // straight-line code for each mode: every field is at a fixed place of the block's two 64-bit words. A mode ends in
 // one of the interpolations, which make a palette of pixels for each subset and look the texels up in it.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjdecdxt1.h"
 
 #include "pjdecdxt1tbl.h"

@@ -1,4 +1,5 @@
 // pjdecdxt1.h - the block decoder of BC7 and its steps.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj.h"

@@ -1,5 +1,6 @@
 // pjdecdxt1tbl.h - the constant tables of BC7: modes, partitions, anchors and weights, as the format publishes them
 // (Khronos Data Format Specification 1.3, BPTC).
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjtable.h"

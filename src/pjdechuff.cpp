@@ -1,4 +1,5 @@
 // pjdechuff.cpp - decoding of sequential JPEG blocks (ITU-T T.81, F.2.2), with a bit state and directly.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjargs.h"
 #include "pjdecwalk.h"
 #include "pjfastread.h"

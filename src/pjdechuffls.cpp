@@ -1,4 +1,5 @@
 // pjdechuffls.cpp - decoding of lossless differences (ITU-T T.81, H.2.2): one, or a row of up to four planes.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjargs.h"
 #include "pjbitread.h"
 #include "pjfastread.h"

@@ -2,6 +2,7 @@
 //
 // The block keeps what earlier scans left. Positions are not tested against the band: a damaged stream may
 // write outside it, but the walk's table keeps every position within the block.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjargs.h"
 #include "pjband.h"
 #include "pjdecwalk.h"

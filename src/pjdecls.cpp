@@ -1,4 +1,5 @@
 // pjdecls.cpp - the level shift behind the inverse DCT.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjls.h"
 
 #include "pjargs.h"

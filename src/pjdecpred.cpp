@@ -2,6 +2,7 @@
 //
 // Each sample waits for the one to its left, unlike in the other direction: it stays in a register. The destination may
 // be the source.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjpred.h"
 
 using namespace zmx;

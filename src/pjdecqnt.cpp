@@ -1,4 +1,5 @@
 // pjdecqnt.cpp - dequantisation and its table.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjargs.h"
 #include "pjqnttbl.h"
 #include "psmul.h"

@@ -1,4 +1,5 @@
 // pjdecrle.cpp - unpacks PackBits rows (TIFF 6.0, section 9).
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjargs.h"
 #include "pjrle.h"
 

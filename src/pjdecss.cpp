@@ -2,6 +2,7 @@
 //
 // The rectangle forms take the sample beyond each end of a row, and the row beyond each end of the plane, as the caller
 // arranged them; the row forms treat the ends of the row by themselves.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjrows.h"
 #include "pjss.h"
 

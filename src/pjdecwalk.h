@@ -1,4 +1,5 @@
 // pjdecwalk.h - what the JPEG block decoders share: the way through a block, and the DC coefficient.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjbitread.h"

@@ -2,6 +2,7 @@
 //
 // Blocks are dense and in raster order; pixels have rows. Whole blocks meet the caller's pixels directly, and the
 // blocks that reach beyond the region go through a small local one, so that no pixel outside is read or written.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjargs.h"

@@ -2,6 +2,7 @@
 //
 // Rows of planes are converted as they lie; pixels go through runs of samples on the stack, which a layout class fills.
 // Since a pixel is read whole before it is written, a destination may be its own source.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjargs.h"
 #include "pjenccctbl.h"
 #include "pjpixels.h"

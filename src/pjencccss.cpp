@@ -3,6 +3,7 @@
 // The pixels of a unit are split into channels. The luma is formed pixel by pixel; the channels are summed over the
 // pixels that share a chroma sample, and the chroma is formed of the sums. All are plain loops over the unit in 16-bit
 // lanes; a layout class takes the pixels apart.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjargs.h"
 #include "pjlayouts.h"
 #include "pjmcu.h"

@@ -2,6 +2,7 @@
 //
 // It is the definition. The conversions work by formulas that need no table, and prove there, at compile time, that the
 // two agree.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjtable.h"

@@ -3,6 +3,7 @@
 // Samples of 8 bits go through the integer transform and a quantiser of 16-bit reciprocals, samples of up to 12 bits
 // through the transform in single precision and a product with the reciprocal as a float. LS in a name is the level
 // shift, which comes first.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pidct.h"
 #include "pidct88.h"
 #include "pjargs.h"

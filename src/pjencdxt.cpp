@@ -2,6 +2,7 @@
 //
 // There is no search: end-points come from the bounding box of the block, and indexes from comparisons of Manhattan
 // distances. The 16 texels are worked on side by side, a channel in 16 bytes, in loops without branches.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjencdxt.h"
 
 #include "pjdxtwalk.h"

@@ -1,4 +1,5 @@
 // pjencdxt.h - the block encoders of DXT1, DXT3, DXT5 and of DXT5 with YCoCg.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj.h"

@@ -3,6 +3,7 @@
 //
 // One walk over the block feeds the sinks: the exact writer, a fast one where there is plenty of room (always
 // so for the Direct function), and the counts.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjargs.h"
 #include "pjbitwrite.h"
 #include "pjencwalk.h"

@@ -1,5 +1,6 @@
 // pjenchuffls.cpp - encoding of lossless differences (ITU-T T.81, H.1.2.2): one, or a row of up to four
 // planes; and the counting of their symbols.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjargs.h"
 #include "pjbitwrite.h"
 #include "pjfastwrite.h"

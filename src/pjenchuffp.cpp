@@ -4,6 +4,7 @@
 // Encoder and statistics are one walk with two sinks, so that the counts are those of the symbols that will
 // be written. An end-of-band run is held back in the state until something has to stand behind it; correction
 // bits of refinement scans are held back with it, since they follow the code of the run.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjargs.h"
 #include "pjband.h"
 #include "pjbitwrite.h"

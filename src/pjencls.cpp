@@ -1,4 +1,5 @@
 // pjencls.cpp - the level shift ahead of the forward DCT.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjls.h"
 
 #include "pjargs.h"

@@ -1,6 +1,7 @@
 // pjencpred.cpp - differences of lossless JPEG rows (ITU-T T.81, H.1.2.1). All sums go modulo 2^16.
 //
 // Predictions are made of source samples, so that no difference waits for another.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjpred.h"
 
 using namespace zmx;

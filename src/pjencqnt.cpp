@@ -1,4 +1,5 @@
 // pjencqnt.cpp - quantisation, its tables and their quality factor.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjargs.h"
 #include "pjqnttbl.h"
 #include "pjwrap.h"

@@ -1,6 +1,7 @@
 // pjencss.cpp - chroma downsampling by the box filter: the mean of two or four samples.
 //
 // The rectangle forms have a constant rounding term, the row forms one that alternates along the row.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjrows.h"
 #include "pjss.h"
 #include "pjtable.h"

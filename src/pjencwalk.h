@@ -1,4 +1,5 @@
 // pjencwalk.h - what the JPEG block encoders share: the symbol of zeros, and the DC coefficient.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj.h"

@@ -5,6 +5,7 @@
 // large becomes an infinity. Of two NaNs the one with the larger significand is the result, or the positive one of two
 // that differ in sign alone; an operation without a result makes the negative NaN that has no payload. Conversions to
 // this type are exact, but they quiet a signalling NaN.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjbits.h"

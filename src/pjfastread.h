@@ -6,6 +6,7 @@
 // no end of the source comes up, a refill is nothing but an addition to the count, and the two counts differ
 // by whole data bytes: at the end the reader stands that many data bytes before or behind the register. If a
 // marker may be among them the block is decoded again, exactly.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjdecwalk.h"

@@ -1,5 +1,6 @@
 // pjfastwrite.h - writing of bits through a 64-bit register, eight bytes at a time, where there is room
 // enough.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjbitwrite.h"

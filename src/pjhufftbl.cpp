@@ -1,5 +1,6 @@
 // pjhufftbl.cpp - Huffman tables and bit states of JPEG: their sizes, building, allocation and release, and
 // the optimal table of given statistics (ITU-T T.81, Annex C and K.2).
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjhufftbl.h"
 
 #include "pjargs.h"

@@ -3,6 +3,7 @@
 //
 // Their sizes are part of the interface (GetBufSize). A table is read-only once built; a bit state carries
 // the stream from call to call.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjtable.h"

@@ -5,6 +5,7 @@
 // a channel, and put them together again. The channels have the order R, G, B (C, M, Y, K; Y, Cb, Cr) whatever the
 // order in memory. Rows hold samples of 8 bits, or 16-bit lanes: units work in the latter, and the conversions of
 // planes by runs of GetSample and PutSample, with which they take the least time.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjrows.h"

@@ -1,4 +1,5 @@
 // pjls.h - the level shifts behind zmxiAdd128_JPEG_16s8u_C1R and zmxiSub128_JPEG_8u16s_C1R, without argument tests.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjrows.h"

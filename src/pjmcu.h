@@ -1,4 +1,5 @@
 // pjmcu.h - the shapes of a minimum coded unit.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj.h"

@@ -3,6 +3,7 @@
 // Two neighbouring samples of a row make one word of 16 bits, and are taken apart and put together by masks and shifts
 // of 16-bit lanes. The compiler vectorises that as it stands; rows of bytes it would first widen and at last narrow,
 // which takes longer.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjargs.h"

@@ -1,4 +1,5 @@
 // pjpred.h - the predictions of lossless JPEG (ITU-T T.81, Table H.1), for both directions.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjargs.h"

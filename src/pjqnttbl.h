@@ -1,4 +1,5 @@
 // pjqnttbl.h - what the two quantisation tables share: the raw table in natural order.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "picopyca.h"

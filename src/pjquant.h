@@ -1,4 +1,5 @@
 // pjquant.h - one coefficient to and from its quantised value, in 16-bit arithmetic that vectorises eight at a time.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjwrap.h"

@@ -3,6 +3,7 @@
 // Most packets hold a few bytes, for which a call of the system's block routines costs more than the move itself, and
 // what the compiler puts in the place of such a call (rep movs) costs more still. Neither function touches a byte
 // outside its n: a packet that follows may not fit, and what lies behind then has to stay.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjrows.h"

@@ -1,4 +1,5 @@
 // pjround.h - floating-point results with exactly the precision of their type.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj.h"

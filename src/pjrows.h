@@ -1,5 +1,6 @@
 // pjrows.h - rows of rectangles: where a row begins, elements at any address, words of bytes in a fixed order, and the
 // two ways to run a row loop.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjwrap.h"

@@ -1,4 +1,5 @@
 // pjsplitrle.cpp - rows of 16-bit samples as two planes of bytes, so that each can be run-length coded by itself.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjargs.h"
 #include "pjrows.h"
 

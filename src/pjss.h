@@ -1,4 +1,5 @@
 // pjss.h - the argument tests that the rectangle forms of resampling share.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjargs.h"

@@ -1,4 +1,5 @@
 // pjtable.h - constant tables that a rule makes, computed by the compiler.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include <array>

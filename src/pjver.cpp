@@ -1,4 +1,5 @@
 // pjver.cpp - the version record.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmxj.h"
 
 namespace zmx {

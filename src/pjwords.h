@@ -1,4 +1,5 @@
 // pjwords.h - eight bytes of a JPEG stream at a time.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj.h"

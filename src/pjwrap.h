@@ -1,6 +1,7 @@
 // pjwrap.h - arithmetic that is meant to wrap, said in so many words, and saturation.
 //
 // Everywhere else signed overflow is a mistake, and the sanitizers are there to catch it.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj.h"

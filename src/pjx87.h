@@ -3,6 +3,7 @@
 //
 // The unit is the faster one by far, but its precision and its rounding are the state of the calling thread, and a
 // caller may have asked for 53 or 24 bits. So what runs on it runs inside inFullPrecision().
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjextended.h"

@@ -1,5 +1,6 @@
 // pjxrpct.h - what the two directions of the HD Photo core transform share: samples, a 4x4 block, the butterfly,
 // the walk over the blocks of a rectangle, and the argument tests.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjargs.h"

@@ -2,6 +2,7 @@
 // only.
 //
 // The steps stand in the order in which they are taken, since each one rounds.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjxrpct.h"
 
 namespace zmx::pct {

@@ -1,4 +1,5 @@
 // pjzigzag.h - the zig-zag order of ITU-T T.81 (Figure A.6), both ways.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjtable.h"

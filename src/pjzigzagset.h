@@ -1,4 +1,5 @@
 // pjzigzagset.h - coefficients of a block as a set of bits in zig-zag order, for coders that look at few of them.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "pjrows.h"

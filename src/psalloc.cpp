@@ -1,5 +1,6 @@
 // psalloc.cpp - the one road to memory in the library: what an application puts in the place of zmxMalloc and zmxFree
 // serves all of it.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "psalloc.h"
 
 #include "zmxcore.h"

@@ -1,4 +1,5 @@
 // psalloc.h - the one road to memory in the library.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj.h"

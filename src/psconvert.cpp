@@ -1,4 +1,5 @@
 // psconvert.cpp - vectors between integers and single precision.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "psconvert.h"
 
 #include "pjargs.h"

@@ -1,6 +1,7 @@
 // psconvert.h - vectors between integers and single precision.
 //
 // Argument tests: null pointers in order, then a length below 1.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj.h"

@@ -2,6 +2,7 @@
 //
 // The zmxs functions are the tests of the arguments ahead of the owns workers, which do the work and may be called with
 // any length.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pscopyca.h"
 
 #include "pjargs.h"

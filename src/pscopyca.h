@@ -2,6 +2,7 @@
 //
 // The zmxs functions test their arguments (null, then a length below 1); the owns workers test nothing, and a length
 // below 1 does nothing.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj.h"

@@ -1,4 +1,5 @@
 // psmul.cpp - arithmetic on vectors: sums with a constant, products, quotients.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "psmul.h"
 
 #include "pjargs.h"

@@ -1,6 +1,7 @@
 // psmul.h - arithmetic on vectors: sums with a constant, products, quotients.
 //
 // Argument tests: null pointers in order, then a length below 1.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj.h"

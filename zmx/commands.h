@@ -2,6 +2,7 @@
 //
 // A callback reports trouble by an exception whose what() is one line; main() prints it. The exit code is 2 for a command
 // line that asks for nonsense (UsageError, and what CLI11 finds), 1 for all else: a file that cannot be read or written.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 namespace CLI {

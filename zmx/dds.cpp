@@ -1,4 +1,8 @@
 // dds.cpp - zmx dds: encode, decode and info.
+//
+// A DDS file may hold a chain of levels, each half the size of the one before, and layers: the faces of a cube map or the
+// elements of an array. One picture goes in; one level comes out, or a chain of them.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/bytefile.h"
 #include "codecs/texture/texture.h"
 #include "zmx/commands.h"
@@ -15,7 +19,7 @@ namespace {
 namespace texture = codecs::texture;
 using command::Run;
 
-// encode IN OUT
+// encode IN OUT: what the command line says, as the codec wants it.
 struct EncodeArguments {
     command::Files files;
     command::PictureOptions picture;
@@ -41,6 +45,7 @@ std::string levelPath(const std::string& path, int level) {
 
 // What is lost is known at the end, and said before the file takes its place.
 void encode(Run& run, const EncodeArguments& args) {
+    // The source is opened ahead of the sink: a picture that is not there makes no file.
     codecs::RowSource& rows = run.pictureIn(args.picture);
     run.warn(codecs::named(run.inName(), [&] {
         return texture::encode(rows, run.bytesOut(), {texture::formatNamed(args.format), args.chain});
@@ -53,8 +58,10 @@ void decode(Run& run, const DecodeArguments& args) {
         throw command::UsageError("--mips writes several files, not standard output");
     codecs::named(run.inName(), [&] {
         const texture::Texture t = texture::readHeader(run.bytesIn());
+        // The header is believed only up to the limit, before anything of its size is allocated.
         codecs::checkSize(unsigned(t.width), unsigned(t.height), args.picture.maxPixels);
         texture::decode(run.bytesIn(), t, run.pictureOut(args.picture), {args.layer, args.level});
+        // The first level waits for keep(), with which the others are there already.
         for (int i = 1; i < t.levels && args.chain; ++i) {
             const auto out = codecs::createPicture(levelPath(run.outName(), i));
             texture::decode(run.bytesIn(), t, *out, {args.layer, i});
@@ -64,11 +71,13 @@ void decode(Run& run, const DecodeArguments& args) {
 
 // A line for the file, one for what it holds, and one for each picture.
 void info(const std::string& in) {
+    // Only the header is read, whatever the size of the file.
     const texture::Texture t = codecs::named(in, [&] { return texture::readHeader(*codecs::openBytes(in)); });
     std::printf("%s: %s, %d x %d, %s header\n", in.c_str(), texture::nameOf(t.format), t.width, t.height,
                 t.headerBytes > 128 ? "DX10" : "FourCC");
     std::printf("%d layer%s%s, %d level%s\n", t.layers, t.layers > 1 ? "s" : "", t.cube ? " of a cube map" : "",
                 t.levels, t.levels > 1 ? "s" : "");
+    // In the order in which they stand in the file: all levels of a layer, then the next layer.
     for (int layer = 0; layer < t.layers; ++layer)
         for (int i = 0; i < t.levels; ++i) {
             const texture::Level l = t.level(layer, i);
@@ -84,12 +93,12 @@ void addEncode(CLI::App& app) {
     CLI::App* c = app.add_subcommand("encode", "Compress a picture into a DDS file");
     const auto args = std::make_shared<EncodeArguments>();
     args->files.addTo(*c, codecs::kPictureFile, "the DDS file", ".dds");
-    // BC7 is read, not written.
+    // BC7 is read, not written: the library has no encoder for it.
     std::vector<std::string> formats;
     for (texture::Format f :
          {texture::Format::dxt1, texture::Format::dxt3, texture::Format::dxt5, texture::Format::ycocgDxt5})
         formats.emplace_back(texture::nameOf(f));
-    c->add_option("--format", args->format, "the block format")->required()->check(CLI::IsMember(formats));
+    c->add_option("-F,--format", args->format, "the block format")->required()->check(CLI::IsMember(formats));
     c->add_flag("-m,--mips", args->chain, "with a chain of levels down to 1 by 1");
     args->picture.addInputTo(*c);
     c->footer("Examples:\n"
@@ -103,9 +112,10 @@ void addDecode(CLI::App& app) {
     const auto args = std::make_shared<DecodeArguments>();
     args->files.addTo(*c, "a DDS file", "a " + codecs::kPictureEndings + " file", args->picture);
     auto* mips = c->add_flag("-m,--mips", args->chain, "every level: out.png, out.mip1.png, out.mip2.png and so on");
-    c->add_option("--level", args->level, "which level of the chain, from 0: the largest")
+    c->add_option("-l,--level", args->level, "which level of the chain, from 0: the largest")
         ->check(CLI::Range(0, 15))
         ->excludes(mips);
+    // How many there are is known when the file is read; the codec says so then.
     c->add_option("--layer", args->layer, "which face of a cube map or element of an array, from 0")
         ->check(CLI::NonNegativeNumber);
     args->picture.addOutputTo(*c);

@@ -1,4 +1,5 @@
 // files.cpp - from the words of a command line to pairs of files.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmx/files.h"
 
 #include <CLI/CLI.hpp>
@@ -12,6 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// What ends with a slash is meant as one, and what is one need not.
 bool isFolder(const std::string& path) {
     std::error_code none;
     return !path.empty() && (path.back() == '/' || fs::is_directory(path, none));
@@ -28,14 +30,15 @@ std::string nameOf(const std::string& path) { return path.substr(path.rfind('/')
 
 } // namespace
 
+// IN and OUT are one list for the parser, since only all of them together tell which is which: jobs() parts them.
 void Files::addTo(CLI::App& c, const std::string& in, const std::string& result, std::string end) {
     ending = std::move(end);
     c.add_option("IN", paths, in + "; then " + result + ", unless -o or --suffix says where; - is a pipe")
         ->required()
         ->option_text("IN... [OUT]");
-    c.add_option("-o,--output", out, "where to: a file, or a folder for several");
-    c.add_option("--suffix", suffix,
-                 "beside each IN (or in the folder -o), its name without ending and this behind it");
+    c.add_option("-o,--output", out, "where to: a file, or a folder for several")->type_name("FILE");
+    c.add_option("--suffix", suffix, "beside each IN (or in the folder -o), its name without ending and this behind it")
+        ->type_name("ENDING");
     c.add_flag("-f,--force", force, "also over IN itself, and to a terminal");
     manners.addTo(c);
 }
@@ -45,8 +48,10 @@ void Files::addTo(CLI::App& c, const std::string& in, const std::string& result,
     picture = &options;
 }
 
+// The name of a result: that of its IN with another ending, beside it or in a folder.
 std::string Files::outOf(const std::string& in, const std::string& folder) const {
     if (in == "-") throw UsageError("standard input has no name to make another of; give OUT");
+    // --to names the kind of file as its ending does.
     const std::string usual = picture && !picture->to.empty() ? "." + picture->to : ending;
     const std::string made = stemOf(in) + (suffix.empty() ? usual : suffix);
     return folder.empty() ? made : (fs::path(folder) / nameOf(made)).string();
@@ -61,6 +66,7 @@ std::vector<Job> Files::jobs() const {
         where = ins.back();
         ins.pop_back();
     }
+    // Several files and one name are a slip, and a suffix for a whole name is one too.
     const bool folder = isFolder(where);
     if (ins.size() > 1 && !where.empty() && !folder)
         throw UsageError(where + " is no folder, and " + std::to_string(ins.size()) + " files are to go there");
@@ -68,7 +74,7 @@ std::vector<Job> Files::jobs() const {
         throw UsageError("--suffix and a name for OUT exclude each other");
     std::vector<Job> all;
     for (const std::string& in : ins) all.push_back({in, where.empty() || folder ? outOf(in, where) : where});
-    // One would overwrite the other.
+    // One would overwrite the other, and which of them would be chance.
     std::set<std::string> outs;
     for (const Job& job : all)
         if (!outs.insert(job.out).second) throw UsageError("two files would become " + job.out);
@@ -83,6 +89,7 @@ void Files::workOn(const Job& job, const std::function<void(Run&)>& work) const 
             throw UsageError(job.out == "-" ? "standard output is a terminal; -f writes to it nevertheless"
                                             : job.out + " is IN itself; -f writes over it nevertheless");
     }
+    // Without keep() the end of the run takes away what was written.
     Run run(manners, job);
     work(run);
     run.keep();
@@ -90,6 +97,7 @@ void Files::workOn(const Job& job, const std::function<void(Run&)>& work) const 
 
 void Files::each(const std::function<void(Run&)>& work) const {
     const std::vector<Job> all = jobs();
+    // The error of a single file goes up as it is: main() prints it and ends with its code.
     if (all.size() == 1) return workOn(all[0], work);
     // The others go on; the exit code tells that one did not.
     int failed = 0;

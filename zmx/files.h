@@ -1,4 +1,5 @@
 // files.h - which files a subcommand works on, and the work on each of them.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmx/run.h"

@@ -1,4 +1,8 @@
 // hdp.cpp - zmx hdp: the HD Photo core transform.
+//
+// The library has the transform of HD Photo and not its codec, so there is no file to write: the command shows what the
+// transform does to a picture.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/hdphoto/hdphoto.h"
 #include "zmx/commands.h"
 #include "zmx/run.h"
@@ -19,8 +23,10 @@ struct EnergyArguments {
 
 // A table of 16 numbers, laid out as they lie in a block.
 void runEnergy(const EnergyArguments& args) {
+    // Coefficients are kept only where they are asked for: they take four times the memory of the picture.
     command::Run run(args.manners, {args.in, args.out});
     const codecs::hdphoto::Energy e = codecs::hdphoto::measure(run.pictureIn(args.picture), !args.out.empty());
+    // A picture that is black has no energy to share.
     const double all = std::accumulate(e.mean.begin(), e.mean.end(), 0.0);
     std::printf("blocks %llu\nmean square of each coefficient, and its share in %%, by its place in the block\n",
                 static_cast<unsigned long long>(e.blocks));

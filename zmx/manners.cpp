@@ -1,4 +1,5 @@
 // manners.cpp - the options of every subcommand, and what warnings come to.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmx/manners.h"
 
 #include <CLI/CLI.hpp>
@@ -23,22 +24,35 @@ void keepToProcessors(int count) {
     sched_setaffinity(0, sizeof some, &some);
 }
 
+// The mask of processors serves where a codec is not told a count, and leaves out what is beyond it where one is.
+CLI::Option* addThreads(CLI::App& c, int& count) {
+    return c.add_option("-t,--threads", count, "at the most so many; left out: as the processors allow")
+        ->check(CLI::Range(1, 1024))
+        ->each([](const std::string& text) { keepToProcessors(std::stoi(text)); });
+}
+
 } // namespace
 
 void Manners::addTo(CLI::App& c) {
     auto* q = c.add_flag("-q,--quiet", quiet, "no warnings, no progress");
     c.add_flag("-v,--verbose", verbose, "say what was done")->excludes(q);
     c.add_flag("--strict", strict, "a warning is an error: nothing is written");
-    c.add_option("-t,--threads", threads, "at the most so many; left out: as the processors allow")
-        ->check(CLI::Range(1, 1024))
-        ->each([](const std::string& count) { keepToProcessors(std::stoi(count)); });
+    addThreads(c, threads);
 }
 
 void Manners::warn(const std::string& file, const std::vector<std::string>& texts) const {
+    // The first one decides with --strict: what comes behind it may follow from it.
     for (const std::string& text : texts) {
         if (strict) throw codecs::FileError(file + ": " + text + " (an error by --strict)");
         if (!quiet) std::fprintf(stderr, "zmx: %s: warning: %s\n", file.c_str(), text.c_str());
     }
+}
+
+void giveThreads(CLI::App& app) {
+    const auto children = app.get_subcommands(static_cast<bool (*)(CLI::App*)>(nullptr));
+    for (CLI::App* child : children) giveThreads(*child);
+    static int unused = 0; // the mask does it
+    if (children.empty() && !app.get_option_no_throw("--threads")) addThreads(app, unused);
 }
 
 } // namespace command

@@ -1,4 +1,5 @@
 // manners.h - what every subcommand does alike: how much it says, what is an error, and how many threads it takes.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/error.h"
@@ -30,5 +31,8 @@ struct Manners {
     // "zmx: FILE: warning: TEXT" for each; with --strict the first is thrown instead.
     void warn(const std::string& file, const std::vector<std::string>& texts) const;
 };
+
+// Gives --threads to every subcommand below `app` that has not got it by its manners.
+void giveThreads(CLI::App& app);
 
 } // namespace command

@@ -1,4 +1,7 @@
 // progress.cpp - when the bar is drawn, and what counts the rows.
+//
+// Nothing is measured ahead: a picture tells its height at the begin, and each row that passes is a step.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmx/progress.h"
 
 #include <algorithm>
@@ -10,7 +13,7 @@ namespace {
 
 using std::chrono::steady_clock;
 
-// Counts what a codec takes.
+// Counts what a codec takes. The codec sees the source as it is: same shape, same metadata, same warnings.
 class CountedRows final : public codecs::RowSource {
 public:
     CountedRows(codecs::Rows source, Progress& bar) : from(std::move(source)), progress(bar) {
@@ -30,7 +33,7 @@ private:
     int done = 0;
 };
 
-// Counts what a codec gives.
+// Counts what a codec gives. The height is known when the codec has read the header, not when the sink is made.
 class CountedSink final : public codecs::RowSink {
 public:
     CountedSink(std::unique_ptr<codecs::RowSink> sink, Progress& bar) : to(std::move(sink)), progress(bar) {}
@@ -61,7 +64,9 @@ void Progress::show(int done, int all) {
     if (!active || steady_clock::now() < next) return;
     // Often enough to be seen to move.
     next = steady_clock::now() + std::chrono::milliseconds(200);
+    // With a name of some length and the number behind it the bar still fits on a line of 80.
     constexpr int kWidth = 40;
+    // 64 bits: a height times 100 may be more than 31 of them hold.
     const int full = int(std::int64_t(kWidth) * done / std::max(all, 1));
     std::fprintf(stderr, "\r%s [%s%s] %3d %%", what.c_str(), std::string(std::size_t(full), '#').c_str(),
                  std::string(std::size_t(kWidth - full), '.').c_str(),
@@ -70,12 +75,13 @@ void Progress::show(int done, int all) {
     shown = true;
 }
 
-// The line is left as if nothing had been there.
+// The line is left as if nothing had been there: back to its begin, and erased to its end (ECMA-48, EL).
 void Progress::clear() {
     if (shown) std::fprintf(stderr, "\r\033[K");
     shown = false;
 }
 
+// Without a terminal the rows pass with nothing between.
 codecs::Rows Progress::counting(codecs::Rows rows) {
     if (!active) return rows;
     return std::make_unique<CountedRows>(std::move(rows), *this);

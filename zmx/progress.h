@@ -1,4 +1,5 @@
 // progress.h - a bar on the terminal for work that takes longer than a second.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/convert.h"

@@ -1,4 +1,8 @@
 // run.cpp - opens and writes what a subcommand works on.
+//
+// The order matters: IN is opened when a codec asks for it, OUT is made when the codec knows that it has something to
+// write, and takes its place only in keep().
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmx/run.h"
 
 #include "codecs/picture/bytefile.h"
@@ -10,7 +14,8 @@
 namespace command {
 namespace {
 
-// Hands all on but the end, which is not the codec's to decide.
+// Hands all on but the end, which is not the codec's to decide: a codec finishes its sink when it is done, and a warning
+// that --strict makes an error is known only then.
 class HeldSink final : public codecs::ByteSink {
 public:
     explicit HeldSink(codecs::ByteSink& sink) : to(sink) {}
@@ -40,6 +45,7 @@ void PictureOptions::addOutputTo(CLI::App& c) {
     addCommonTo(c);
     c.add_option("--to", to, "the kind of file to write, where no name says it: " + codecs::kPictureEndings)
         ->check(CLI::Validator(
+            // With its dot or without.
             [](std::string& ending) {
                 if (!ending.empty() && ending[0] == '.') ending.erase(0, 1);
                 try {
@@ -49,9 +55,10 @@ void PictureOptions::addOutputTo(CLI::App& c) {
                     return std::string(e.what());
                 }
             },
-            "ENDING"));
+            "png|tif|bmp|pbm|pgm|ppm|pnm|pam"));
 }
 
+// Nothing is opened yet: a wrong option in what follows is to be found first.
 Run::Run(const Manners& m, Job files)
     : manners(m), job(std::move(files)), in(codecs::nameForMessages(job.in, true)),
       out(codecs::nameForMessages(job.out, false)), progress(!m.quiet, in) {}
@@ -70,6 +77,7 @@ codecs::RowSource& Run::sourceOf(codecs::Rows opened, const codecs::RowChange& c
 
 codecs::RowSource& Run::pictureIn(const PictureOptions& options, const codecs::RowChange& change) {
     codecs::Rows opened = codecs::openPicture(job.in, options.maxPixels);
+    // Turned first: without the EXIF the orientation would be lost.
     if (options.upright) opened = codecs::upright(std::move(opened));
     if (options.strip) opened = codecs::stripped(std::move(opened));
     return sourceOf(std::move(opened), change);
@@ -87,6 +95,7 @@ codecs::ByteSink& Run::bytesOut() {
 }
 
 std::unique_ptr<codecs::ByteSink> Run::sharedOut() {
+    // A sink of its own for whoever writes pictures, which wants to own one.
     held = codecs::createBytes(job.out);
     return std::make_unique<HeldSink>(*held);
 }
@@ -94,6 +103,7 @@ std::unique_ptr<codecs::ByteSink> Run::sharedOut() {
 // Changes stand ahead of the sink in the order in which the rows meet them: the last one named meets them first.
 codecs::RowSink& Run::sinkOf(std::unique_ptr<codecs::RowSink> opened, const PictureOptions& options,
                              const codecs::RowChange& change) {
+    // So what is to come last is put there first.
     if (options.strip)
         opened =
             codecs::changedBefore(std::move(opened), [](codecs::Rows r) { return codecs::stripped(std::move(r)); });
@@ -118,6 +128,7 @@ codecs::RowSink& Run::rawOut(const PictureOptions& options, codecs::RawFormat fo
 
 void Run::keep() {
     progress.clear();
+    // Both may throw by --strict, while OUT is not there yet.
     if (rows) manners.warn(in, rows->warnings());
     if (to) manners.warn(out, to->warnings());
     if (!held) return;

@@ -1,4 +1,5 @@
 // run.h - the work on one pair of files: what is read and written, and what is said about it.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/files.h"

@@ -1,4 +1,7 @@
 // tiff.cpp - zmx tiff: files of PackBits rows.
+//
+// Other kinds of TIFF are pictures like any other (zmx image convert): here the rows of the strips go through the library.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/tiff/tiff.h"
 #include "codecs/picture/bytefile.h"
 #include "zmx/commands.h"
@@ -12,13 +15,13 @@ namespace {
 
 using command::Run;
 
-// encode IN OUT
+// encode IN OUT: the codec has defaults for all of its own.
 struct EncodeArguments {
     command::Files files;
     command::PictureOptions picture;
     codecs::tiff::EncodeOptions options;
 };
-// decode IN OUT
+// decode IN OUT: what there is to choose is about the picture that comes out.
 struct DecodeArguments {
     command::Files files;
     command::PictureOptions picture;
@@ -30,6 +33,7 @@ void addEncode(CLI::App& app) {
     args->files.addTo(*c, codecs::kPictureFile + "; bitmaps keep their single bit", "the TIFF file", ".tif");
     c->add_option("-r,--rows-per-strip", args->options.rowsPerStrip, "rows of a strip; left out: about 8 KiB")
         ->check(CLI::Range(1, std::numeric_limits<int>::max()));
+    // Only our own decoder reads it, so it is never chosen by itself.
     c->add_flag("--split16", args->options.split16,
                 "pack the high and the low bytes of 16-bit samples apart; Compression is then " +
                     std::to_string(codecs::tiff::kSplitPackBits) + ", which other programs do not know");
@@ -38,6 +42,7 @@ void addEncode(CLI::App& app) {
               "  zmx tiff encode page.pbm page.tif\n"
               "  zmx tiff encode scans/*.png -o packed/\n"
               "  zmx tiff encode xray.pgm xray.tif --split16 --rows-per-strip 32");
+    // IN is opened ahead of OUT: what cannot be read makes no file.
     command::workOnEach(*c, args, [](Run& run, const EncodeArguments& a) {
         codecs::RowSource& rows = run.pictureIn(a.picture);
         codecs::named(run.inName(), [&] { codecs::tiff::encode(rows, run.bytesOut(), a.options); });

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # 64-bit ARM, little-endian.
 set(CMAKE_SYSTEM_PROCESSOR aarch64)
 set(ZMX_TRIPLE aarch64-linux-gnu)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # 32-bit ARM with hardware floating point, little-endian.
 set(CMAKE_SYSTEM_PROCESSOR arm)
 set(ZMX_TRIPLE arm-linux-gnueabihf)

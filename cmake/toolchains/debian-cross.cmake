@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # What the toolchain files of this folder share: Debian's cross compilers, and qemu-user, which runs what they make.
 #
 # ZMX_TRIPLE is Debian's name of the target, ZMX_QEMU the emulator's. `scripts/setup TARGET` installs both; it unpacks

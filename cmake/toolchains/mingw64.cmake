@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # 64-bit Windows, by mingw-w64; wine runs what it makes.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR AMD64)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # 32-bit POWER, big-endian.
 set(CMAKE_SYSTEM_PROCESSOR ppc)
 set(ZMX_TRIPLE powerpc-linux-gnu)

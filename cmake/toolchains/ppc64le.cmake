@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # 64-bit POWER, little-endian.
 set(CMAKE_SYSTEM_PROCESSOR ppc64le)
 set(ZMX_TRIPLE powerpc64le-linux-gnu)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # 64-bit RISC-V, little-endian.
 set(CMAKE_SYSTEM_PROCESSOR riscv64)
 set(ZMX_TRIPLE riscv64-linux-gnu)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # 64-bit IBM Z, big-endian.
 set(CMAKE_SYSTEM_PROCESSOR s390x)
 set(ZMX_TRIPLE s390x-linux-gnu)

@@ -1,4 +1,5 @@
 // energy.cpp - the core transform over a picture, and what is in each coefficient.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/hdphoto/hdphoto.h"
 #include "zmxj.h"
 

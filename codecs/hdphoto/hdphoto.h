@@ -1,4 +1,5 @@
 // hdphoto.h - what the HD Photo core transform makes of a picture.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/rows.h"

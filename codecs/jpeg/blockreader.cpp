@@ -1,4 +1,5 @@
 // blockreader.cpp - blocks by the decoder that has no test for the end of its source: a marker is always there.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/blockreader.h"
 
 namespace codecs::jpeg {
@@ -13,6 +14,7 @@ BlockReader::BlockReader(const Header& header, ByteSource& source) : Intervals(h
     open();
 }
 
+// An interval begins on a byte, with no difference to go by (E.1.4, F.2.1.3.1).
 void BlockReader::begin() {
     lastDc = {};
     marker = 0;
@@ -23,6 +25,7 @@ void BlockReader::begin() {
 bool BlockReader::block(int component, Zmx16s* coefficients) {
     const auto c = std::size_t(component);
     ahead(kWorstBlock);
+    // Behind a marker the decoder makes up bits for ever: a block must not begin with those.
     if (!lost && marker != 0 && bitCount < 1) loseAtEnd();
     if (!lost) {
         int bits = 0; // from `next`, so that no length of scan overflows it

@@ -1,4 +1,5 @@
 // blockreader.h - the entropy-coded blocks of one sequential scan (ITU-T T.81, F.2).
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/intervals.h"

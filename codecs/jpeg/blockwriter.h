@@ -1,4 +1,5 @@
 // blockwriter.h - the blocks of one sequential scan with tables that are known beforehand (ITU-T T.81, F.1).
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/huffman.h"

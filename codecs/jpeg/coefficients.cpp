@@ -1,4 +1,5 @@
 // coefficients.cpp - what concerns all coefficients of a picture.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/coefficients.h"
 
 namespace codecs::jpeg {

@@ -1,5 +1,6 @@
 // coefficients.h - the quantised coefficients of a whole picture, for files whose components do not come
 // block by block together, and for encoders that look at a picture twice.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/format.h"

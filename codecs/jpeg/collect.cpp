@@ -1,5 +1,6 @@
 // collect.cpp - scan after scan into one store of coefficients. Damage costs what it hits: a scan that is
 // missing or broken leaves the coefficients as the scans before it have made them.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/collect.h"
 
 #include "codecs/jpeg/blockreader.h"
@@ -10,6 +11,8 @@
 namespace codecs::jpeg {
 
 std::size_t scanBudget(const Frame& frame) {
+    // Usual scripts visit a block ten times; a hundred are more than anyone has a use for. A small picture may have more,
+    // as its blocks are soon gone through.
     const std::size_t blocks =
         std::size_t(frame.mcuColumns()) * std::size_t(frame.mcuRows()) * std::size_t(frame.blocksInMcu());
     return std::max(100 * blocks, std::size_t(1) << 24);
@@ -33,6 +36,7 @@ public:
             do {
                 start();
                 if (!affordable()) break;
+                // A transcoder keeps the interval that counted last.
                 file.restart = reader.header().restart;
                 if (file.frame.progressive())
                     decode<ProgressiveReader>();
@@ -74,6 +78,7 @@ private:
     // The bands and bits that a progressive scan may code (G.1.1.1).
     static void checkProgressive(const Header& h) {
         const Scan& s = h.scan;
+        // DC alone, of any components; or AC of one. The lower bit is 0 to 13 (Table B.3).
         const bool band = s.first == 0 ? s.last == 0 : s.first <= s.last && s.last <= 63 && s.components.size() == 1;
         const bool bits = s.low <= 13 && (s.high == 0 || s.high == s.low + 1);
         if (!band || !bits)
@@ -86,6 +91,7 @@ private:
     void follow(const Header& h, std::size_t component) {
         const Scan& s = h.scan;
         bool astray = s.first > 0 && low[component][0] == kUnseen;
+        // A first scan has the upper bit 0, and nothing may be known yet; a refinement goes on where the last one ended.
         for (int k = s.first; k <= s.last; ++k) {
             int& l = low[component][std::size_t(k)];
             astray |= (l == kUnseen ? 0 : l) != s.high || (l == 0 && s.high == 0);
@@ -120,6 +126,7 @@ private:
         source.finish();
     }
 
+    // What is missing keeps its zeros: mid-grey.
     void finish() {
         for (std::size_t i = 0; i < low.size(); ++i)
             if (low[i][0] == kUnseen)

@@ -1,4 +1,5 @@
 // collect.h - the coefficients of all scans of a file, sequential or progressive.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/coefficients.h"

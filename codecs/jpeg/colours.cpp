@@ -1,4 +1,5 @@
 // colours.cpp - which function converts which colours.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/colours.h"
 
 #include <array>
@@ -14,7 +15,9 @@ template <class Convert> void inPieces(int width, Convert convert) {
     for (int x = 0; x < width; x += kPiece) convert(x, std::min(kPiece, width - x));
 }
 
+// A row of the library's conversion of whole planes.
 template <int Channels, auto convert> void splitBy(const Zmx8u* pixels, Zmx8u* const* rows, int width) {
+    // The size {n, 1} makes a plane of one row of a piece; steps mean nothing then.
     inPieces(width, [=](int x, int n) {
         Zmx8u* to[Channels];
         for (int i = 0; i < Channels; ++i) to[i] = rows[i] + x;
@@ -61,6 +64,7 @@ template <bool RedLow, int GreenBits> void packRgb(const Zmx8u* const* rows, Zmx
             Zmx16u(rows[low][x] >> 3 | rows[1][x] >> (8 - GreenBits) << 5 | rows[2 - low][x] >> 3 << (5 + GreenBits));
 }
 
+// By what the file holds; the last two are what RGB needs.
 template <auto pack, bool RedLow, int GreenBits> JoinRow packerFor(Model model) {
     switch (model) {
     case Model::grey:
@@ -92,6 +96,7 @@ SplitRow splitterFor(Model model) {
     }
 }
 
+// Packed words have a function of the library for YCbCr, and are made here of grey and RGB.
 JoinRow joinerFor(Model model, Packing packing) {
     switch (packing) {
     case Packing::rgb565:

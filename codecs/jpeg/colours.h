@@ -1,4 +1,5 @@
 // colours.h - rows of 8-bit pixels to rows of the components of a file, and back, converted with rounding.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/format.h"

@@ -1,12 +1,14 @@
 // decode.cpp - from a file to pixels. A sequential file whose first scan holds all components goes MCU by MCU to pixels,
 // a row of them at a time; any other one collects the coefficients of all scans first. Lossless files have no
 // coefficients.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/blockreader.h"
 #include "codecs/jpeg/collect.h"
 #include "codecs/jpeg/decodescan.h"
 #include "codecs/jpeg/inks.h"
 #include "codecs/jpeg/interpret.h"
 #include "codecs/jpeg/lossless.h"
+#include "codecs/jpeg/metadata.h"
 #include "codecs/jpeg/roads.h"
 
 namespace codecs::jpeg {
@@ -59,6 +61,7 @@ private:
         render(inks);
     }
 
+    // Reduced sizes and packed words come of transforms and of colours; a lossless file has neither.
     void lossless(RowSink& sink) {
         if (options.scale != 1) throw Error("a lossless file is decoded at its full size only");
         if (options.packing != Packing::none) throw Error("a lossless file has no packed pixels");
@@ -78,6 +81,7 @@ private:
     // The components of the scan may stand in another order than those of the frame.
     void decodeStraight(RowSink& to) {
         const Header& h = reader.header();
+        // Band and bits mean nothing in sequential files, but are fixed there (B.2.3).
         if (h.scan.first != 0 || h.scan.last != 63 || h.scan.high != 0 || h.scan.low != 0)
             fail(h.scanOffset, "a progressive scan in a sequential file");
         DequantTables tables;
@@ -90,12 +94,13 @@ private:
             first[i] = first[i - 1] + h.frame.components[i - 1].h * h.frame.components[i - 1].v * kBlock;
         BlockReader source(h, reader.data());
         const ScanLayout layout(h.frame, h.scan);
-        to.begin(shape(modelOf(h)), {});
+        to.begin(shape(modelOf(h)), metadataOf(h.application, warnings));
         decodeScan(
             source, layout,
             [&](const ScanLayout::Part& p, int, int) { return first[p.component] + (p.y * p.h + p.x) * kBlock; },
             [&](int x, int) {
                 road->mcu(x, blocks.data());
+                // Behind the last MCU of a row its pixels are there.
                 if (x + 1 == layout.columns) giveRow(*road, to);
             },
             warnings);
@@ -106,20 +111,23 @@ private:
     // Scans that add to each other: the picture is made when all are there, and for those who watch behind each.
     void collected(RowSink& sink) {
         CoefficientFile file = collect(reader, warnings, [&](CoefficientFile& soFar) {
+            // What is known so far is a picture of its own, without what travels beside it.
             if (!options.afterScan) return;
             PictureSink picture;
-            withInks(picture, [&](RowSink& to) { render(soFar, to); });
+            withInks(picture, [&](RowSink& to) { render(soFar, {}, to); });
             options.afterScan(picture.picture);
         });
-        withInks(sink, [&](RowSink& to) { render(file, to); });
+        // Segments between scans count as well; all of them are known by now.
+        const Metadata metadata = metadataOf(file.application, warnings);
+        withInks(sink, [&](RowSink& to) { render(file, metadata, to); });
     }
 
     // Pixels of coefficients, a row of MCUs at a time.
-    void render(CoefficientFile& file, RowSink& to) const {
+    void render(CoefficientFile& file, const Metadata& metadata, RowSink& to) const {
         DequantTables tables;
         for (const QuantTable& table : file.quant) tables.push_back(dequantTableOf(table));
         const auto road = makeDecodeRoad(file.frame, file.model, tables, options);
-        to.begin(shape(file.model), {});
+        to.begin(shape(file.model), metadata);
         Zmx16s* blocks[kMaxBlocks];
         for (int y = 0; y < file.frame.mcuRows(); ++y) {
             for (int x = 0; x < file.frame.mcuColumns(); ++x) {
@@ -131,6 +139,7 @@ private:
         to.finish();
     }
 
+    // Packed words are one channel of 16 bits.
     Shape shape(Model model) const {
         const bool packed = options.packing != Packing::none;
         return shapeFor(divUp(frame().width, options.scale), divUp(frame().height, options.scale),

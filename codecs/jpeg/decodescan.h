@@ -1,4 +1,5 @@
 // decodescan.h - the walk over one scan that all readers of blocks share.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/jpeg.h"

@@ -1,4 +1,5 @@
 // describe.cpp - what a file says of itself, for people.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/jpeg.h"
 #include "codecs/jpeg/segmentreader.h"
 
@@ -6,6 +7,7 @@ namespace codecs::jpeg {
 
 namespace {
 
+// The codes of Table B.1 are bits: two for the mode, one for differential frames, one for arithmetic coding.
 std::string modeOf(int sof) {
     static const char* const modes[] = {"baseline", "extended sequential", "progressive", "lossless"};
     std::string text = modes[sof & 3];
@@ -17,14 +19,16 @@ std::string modeOf(int sof) {
 } // namespace
 
 // A file that ends in trouble is described as far as it goes.
-std::string describe(ByteSource& file) {
-    std::string log, trouble;
+std::string describe(ByteSource& file, Warnings* trouble) {
+    std::string log, last;
+    // The reader refuses what is no JPEG file at all; from here on there is something to tell.
     SegmentReader reader(file, &log);
     int scans = 0;
     try {
         while (reader.nextScan()) ++scans;
     } catch (const Error& e) {
-        trouble = std::string("trouble: ") + e.what() + "\n";
+        last = std::string("trouble: ") + e.what() + "\n";
+        if (trouble) trouble->push_back(e.what());
     }
     const Header& h = reader.header();
     std::string out;
@@ -40,13 +44,13 @@ std::string describe(ByteSource& file) {
     if (h.jfif) out += "JFIF: yes\n";
     if (h.adobe >= 0) out += "Adobe transform: " + std::to_string(h.adobe) + "\n";
     out += "scans: " + std::to_string(scans) + "\n";
-    out += "segments, by offset:\n" + log + trouble;
+    out += "segments, by offset:\n" + log + last;
     return out;
 }
 
-std::string describe(ByteView file) {
+std::string describe(ByteView file, Warnings* trouble) {
     MemorySource source(file);
-    return describe(source);
+    return describe(source, trouble);
 }
 
 } // namespace codecs::jpeg

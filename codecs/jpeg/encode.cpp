@@ -1,7 +1,9 @@
 // encode.cpp - from pixels to a file. A baseline file of one scan with the standard Huffman tables goes MCU by MCU
 // straight into the file; every other one goes by way of its coefficients.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/blockwriter.h"
 #include "codecs/jpeg/lossless.h"
+#include "codecs/jpeg/metadata.h"
 #include "codecs/jpeg/roads.h"
 #include "codecs/jpeg/scanlayout.h"
 #include "codecs/jpeg/scanwriter.h"
@@ -29,6 +31,7 @@ Model modelFor(int channels, const EncodeOptions& options) {
 }
 
 // Sampling factors that a user has given.
+// Those that are not given are 1x1.
 std::vector<Component> componentsWith(const std::vector<Factors>& factors, Model model) {
     std::vector<Component> components = componentsOf(model, 1, 1);
     if (factors.size() > components.size()) throw Error("sampling factors of more components than the picture has");
@@ -43,61 +46,79 @@ std::vector<Component> componentsWith(const std::vector<Factors>& factors, Model
     return components;
 }
 
-// The frame header to be. Luma has the first quantisation table, chroma the second.
-Frame frameFor(const Shape& shape, Model model, const EncodeOptions& options) {
+// The frame header to be. With one quantisation table or two, luma has the first and chroma the second; more are one for
+// each component.
+Frame frameFor(const Shape& shape, Model model, std::size_t tables, const EncodeOptions& options) {
     Frame frame;
     frame.width = shape.width;
     frame.height = shape.height;
+    // The DCT modes have samples of 8 and of 12 bits (B.2.2).
     frame.precision = shape.wide() ? 12 : 8;
+    // Only chroma is sampled by itself: of RGB and CMYK every component is sharp.
     const bool chroma = isChroma(model, 1);
     frame.components = !options.factors.empty()
                            ? componentsWith(options.factors, model)
                            : componentsOf(model, chroma && options.sampling != Sampling::s444 ? 2 : 1,
                                           chroma && options.sampling == Sampling::s420 ? 2 : 1);
-    for (int i = 0; i < int(frame.components.size()); ++i) frame.components[std::size_t(i)].quant = isChroma(model, i);
+    for (int i = 0; i < int(frame.components.size()); ++i)
+        frame.components[std::size_t(i)].quant = tables > 2 ? i : isChroma(model, i);
     frame.setMaxima();
     return frame;
 }
 
-// What tells a decoder how the components make a colour.
-void writeApplication(Output& out, Model model) {
-    switch (model) {
-    case Model::grey:
-    case Model::yCbCr:
-        return writeJfif(out);
-    case Model::ycck:
-        return writeAdobe(out, 2);
-    default:
-        return writeAdobe(out, 0);
+// The divisors of each table of a file. One given table stands for luma alone.
+Quantisers quantisersFor(const Shape& shape, Model model, const EncodeOptions& options) {
+    std::vector<QuantTable> tables{kLumaQuant, kChromaQuant};
+    if (!options.tables.empty()) {
+        std::vector<QuantTable> given = parseTables(options.tables);
+        if (given.size() == 1) given.push_back(kChromaQuant);
+        if (given.size() > 2 && int(given.size()) != channelsOf(model))
+            throw Error(std::to_string(given.size()) + " quantisation tables, but the picture has " +
+                        std::to_string(channelsOf(model)) + " components");
+        tables = std::move(given);
     }
+    Quantisers out;
+    for (const QuantTable& t : tables) out.emplace_back(scaledTable(t, options.quality, shape.wide() ? 12 : 8));
+    return out;
+}
+
+// What tells a decoder how the components make a colour, and what else travels with the picture. JFIF is for grey and
+// YCbCr; for CMYK it means nothing, and is there when a resolution has to be told.
+void writeApplication(Output& out, Model model, const Metadata& metadata, Warnings& warnings) {
+    const bool inks = channelsOf(model) == 4;
+    const bool jfif = model == Model::grey || model == Model::yCbCr || (inks && metadata.resolution);
+    writeMetadata(out, metadata, jfif, warnings);
+    if (inks || model == Model::rgb) writeAdobe(out, model == Model::ycck ? 2 : 0);
 }
 
 class Encoding {
 public:
     Encoding(RowSource& p, const EncodeOptions& o)
         : picture(p), options(o), model(modelFor(p.shape().channels, o)),
-          frame(frameFor(p.shape(), model, o)), quantisers{Quantiser(kLumaQuant, o.quality),
-                                                           Quantiser(kChromaQuant, o.quality)},
+          quantisers(quantisersFor(p.shape(), model, o)), frame(frameFor(p.shape(), model, quantisers.size(), o)),
           road(makeEncodeRoad(frame, model, quantisers, options)) {}
 
-    void run(ByteSink& file) {
+    Warnings run(ByteSink& file) {
         const bool scripted = options.progressive || !options.scans.empty();
+        // The standard tables have no codes for 12-bit coefficients, and a second scan would need the picture again.
         if (!scripted && !options.optimize && frame.precision == 8 && sequentialScript(frame, model).size() == 1)
             straight(file);
         else
             collected(file);
+        return std::move(warnings);
     }
 
 private:
-    // Baseline, in one scan, with the standard tables.
+    // Baseline, in one scan, with the standard tables, which hold whatever may come: nothing needs to be known ahead.
     void straight(ByteSink& file) {
         const int used = isChroma(model, 1) ? 2 : 1; // tables of each kind
         const BlockWriter::Tables dc{&kLumaDc, used > 1 ? &kChromaDc : nullptr},
             ac{&kLumaAc, used > 1 ? &kChromaAc : nullptr};
         Output out(file);
         out.marker(SOI);
-        writeApplication(out, model);
-        for (int t = 0; t < used; ++t) writeQuantTable(out, t, quantisers[std::size_t(t)].table);
+        writeApplication(out, model, picture.metadata(), warnings);
+        const int tables = quantisers.size() > 2 ? int(quantisers.size()) : used;
+        for (int t = 0; t < tables; ++t) writeQuantTable(out, t, quantisers[std::size_t(t)].table);
         writeFrame(out, frame);
         for (int t = 0; t < used; ++t) {
             writeHuffmanTable(out, TableClass::dc, t, *dc[std::size_t(t)]);
@@ -125,6 +146,7 @@ private:
                 for (std::size_t k = 0; k < layout.mcu.size(); ++k) {
                     const ScanLayout::Part& p = layout.mcu[k];
                     const int table = isChroma(model, p.component);
+                    // A block beyond the edge shows nothing, and is coded as cheaply as can be (A.2.4 leaves it open).
                     if (p.inPicture(frame, x, y))
                         writer.block(blocks[k], p.component, table);
                     else
@@ -150,11 +172,12 @@ private:
         CoefficientFile whole(frame);
         whole.model = model;
         whole.restart = options.restart;
+        // Components name tables here; coefficients come with a table each.
         for (std::size_t i = 0; i < frame.components.size(); ++i)
             whole.quant[i] = quantisers[std::size_t(frame.components[i].quant)].table;
         MemorySink application;
         Output segments(application);
-        writeApplication(segments, model);
+        writeApplication(segments, model, picture.metadata(), warnings);
         segments.flush();
         whole.application = std::move(application.bytes);
         Zmx16s* blocks[kMaxBlocks];
@@ -172,13 +195,14 @@ private:
     RowSource& picture;
     const EncodeOptions& options;
     const Model model;
-    const Frame frame;
     const Quantisers quantisers;
+    const Frame frame;
     const std::unique_ptr<EncodeRoad> road;
+    Warnings warnings;
 };
 
 // What stands in the file: CMYK turned over already.
-void encodeStored(RowSource& picture, ByteSink& file, const EncodeOptions& options) {
+Warnings encodeStored(RowSource& picture, ByteSink& file, const EncodeOptions& options) {
     const Shape& shape = picture.shape();
     if (shape.width < 1 || shape.width > 65535 || shape.height < 1 || shape.height > 65535)
         throw Error("a picture of " + std::to_string(shape.width) + " by " + std::to_string(shape.height) +
@@ -188,12 +212,12 @@ void encodeStored(RowSource& picture, ByteSink& file, const EncodeOptions& optio
     if (options.lossless) return encodeLossless(picture, file, options);
     if (shape.maxval != 255 && shape.maxval != 4095)
         throw Error("samples up to " + std::to_string(shape.maxval) + "; the DCT modes have 8 and 12 bits");
-    Encoding(picture, options).run(file);
+    return Encoding(picture, options).run(file);
 }
 
 } // namespace
 
-void encode(RowSource& picture, ByteSink& file, const EncodeOptions& options) {
+Warnings encode(RowSource& picture, ByteSink& file, const EncodeOptions& options) {
     const Shape& shape = picture.shape();
     if (shape.alpha) throw Error("a picture with alpha, which a JPEG file does not hold");
     if (shape.colour == Colour::other && !options.lossless)
@@ -202,14 +226,11 @@ void encode(RowSource& picture, ByteSink& file, const EncodeOptions& options) {
     // Adobe's programs store CMYK inverted, and so does everyone else.
     if (shape.colour != Colour::cmyk) return encodeStored(picture, file, options);
     const Rows inks = inverted(borrowed(picture));
-    encodeStored(*inks, file, options);
+    return encodeStored(*inks, file, options);
 }
 
 Bytes encode(const Picture& picture, const EncodeOptions& options) {
-    PictureSource source(picture);
-    MemorySink sink;
-    encode(source, sink, options);
-    return std::move(sink.bytes);
+    return encodedInMemory(picture, [&](RowSource& rows, ByteSink& file) { encode(rows, file, options); });
 }
 
 } // namespace codecs::jpeg

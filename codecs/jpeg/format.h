@@ -1,4 +1,5 @@
 // format.h - what the segments of a JPEG file say (ITU-T T.81 Annex B), as reader and writer share it.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/error.h"
@@ -22,7 +23,7 @@ enum Marker : std::uint8_t {
     DHT = 0xC4, JPG = 0xC8, DAC = 0xCC,                               // which stand among the frame headers
     RST0 = 0xD0, RST7 = 0xD7,
     SOI = 0xD8, EOI = 0xD9, SOS = 0xDA, DQT = 0xDB, DNL = 0xDC, DRI = 0xDD,
-    APP0 = 0xE0, APP14 = 0xEE, APP15 = 0xEF, COM = 0xFE
+    APP0 = 0xE0, APP1 = 0xE1, APP2 = 0xE2, APP14 = 0xEE, APP15 = 0xEF, COM = 0xFE
 };
 // clang-format on
 inline bool isRestart(int marker) { return marker >= RST0 && marker <= RST7; }

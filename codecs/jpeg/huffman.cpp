@@ -1,4 +1,5 @@
 // huffman.cpp - tables and bit states from the library.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/huffman.h"
 
 #include <new>
@@ -7,6 +8,7 @@ namespace codecs::jpeg {
 
 DecodeSpec decodeSpecOf(const std::optional<HuffmanTable>& table, const char* kind, int number, std::uint64_t offset) {
     const std::string name = std::string(kind) + " Huffman table " + std::to_string(number);
+    // Abbreviated streams leave tables out (B.5); such a file means nothing without the others.
     if (!table) fail(offset, name + " is missing");
     ZmxiDecodeHuffmanSpec* spec = nullptr;
     const ZmxStatus status = zmxiDecodeHuffmanSpecInitAlloc_JPEG_8u(table->bits.data(), table->vals.data(), &spec);
@@ -24,6 +26,7 @@ EncodeSpec encodeSpecOf(const HuffmanTable& table) {
     return owned;
 }
 
+// States have no memory of their own but what the library takes for them.
 DecodeState newDecodeState() {
     ZmxiDecodeHuffmanState* state = nullptr;
     if (zmxiDecodeHuffmanStateInitAlloc_JPEG_8u(&state) != zmxStsNoErr) throw std::bad_alloc();
@@ -36,6 +39,8 @@ EncodeState newEncodeState() {
     return EncodeState(state);
 }
 
+// By the procedure of K.2: no code of ones alone, and none above 16 bits. The library wants a place behind the counts for
+// the symbol that is reserved for that.
 HuffmanTable optimalTable(const SymbolCounts& counts) {
     HuffmanTable table;
     std::array<Zmx32s, 257> statistics;

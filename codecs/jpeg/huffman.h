@@ -1,4 +1,5 @@
 // huffman.h - Huffman tables in the forms of the library, and its bit readers and writers, each with its owner.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/format.h"

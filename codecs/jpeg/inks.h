@@ -1,4 +1,5 @@
 // inks.h - files with an Adobe marker hold CMYK turned over, 255 for no ink; pictures hold amounts of ink.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/rows.h"

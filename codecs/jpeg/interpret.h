@@ -1,4 +1,5 @@
 // interpret.h - what the segments of a file mean for those that decode it.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/segmentreader.h"

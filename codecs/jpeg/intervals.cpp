@@ -1,4 +1,5 @@
 // intervals.cpp - the buffer of coded data, and restart markers, whole and damaged (ITU-T T.81, E.2.5).
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/intervals.h"
 
 #include <cstring>
@@ -32,6 +33,7 @@ void Intervals::slide(std::size_t enough) {
     // Two bytes of room, so that a stuffed zero stays with its 0xFF.
     while (!complete && std::size_t(end - next) + 1 < room) end += take(end, room - std::size_t(end - next));
     stop = end;
+    // A marker ends the data in any case, so that decoders need not ask where they end.
     end[0] = 0xFF;
     end[1] = EOI;
 }
@@ -69,12 +71,14 @@ void Intervals::toStop() {
 void Intervals::lose(const std::string& why) {
     lost = true;
     // Where reading was, or thereabouts: fill bytes are not counted.
+    // The first trouble is the one that is told.
     if (fault.empty())
         fault = "byte " + std::to_string(file.position() - std::uint64_t(std::max(stop - next, std::ptrdiff_t(0)))) +
                 ": " + why;
 }
 
 void Intervals::restart() {
+    // Markers are numbered modulo 8, so that one can tell how much is missing (E.1.4).
     const int number = expected;
     const auto openNext = [this] { file.skip(2), open(); };
     expected = (expected + 1) & 7;
@@ -105,6 +109,7 @@ StateReader::StateReader(const Header& header, ByteSource& source)
     : Intervals(header, source), bits(newDecodeState()) {}
 
 void StateReader::begin() {
+    // A state may hold bits of the interval before.
     zmxiDecodeHuffmanStateInit_JPEG_8u(bits.get());
     reset();
     if (next == stop) loseAtEnd();

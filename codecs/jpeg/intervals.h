@@ -1,5 +1,6 @@
 // intervals.h - the coded data of a scan: its restart intervals, the way back into step behind damage, and the readers
 // that begin anew with each interval.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/huffman.h"

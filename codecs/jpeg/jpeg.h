@@ -3,12 +3,15 @@
 // Pictures of 1 channel are grey, of 3 RGB, of 4 CMYK, where 0 is no ink; files with an Adobe marker hold the inverse,
 // which is turned over on the way. Sequential files go by a row of units at a time, in memory that does not grow with
 // the height; every other one keeps the coefficients of the whole picture, lossless encoding its samples.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/bytes.h"
+#include "codecs/picture/orientation.h"
 #include "codecs/picture/rows.h"
 
 #include <functional>
+#include <optional>
 
 namespace codecs::jpeg {
 
@@ -37,11 +40,12 @@ struct EncodeOptions {
     std::string scans;                  // the text of a scan script; empty: none
     int lossless = 0;                   // 1 to 7: lossless mode with this predictor; 0: a DCT mode
     int pointTransform = 0;             // lossless: bits that are left out of the samples
+    std::string tables;                 // the text of quantisation tables for quality 50; empty: the usual ones
 };
 
 // The largest sample says the precision: 255 or 4095, and in lossless mode of 2 to 16 bits, with any 1 to 4 channels. A
-// picture with alpha is refused, as no JPEG file holds it.
-void encode(RowSource& picture, ByteSink& file, const EncodeOptions& options = {});
+// picture with alpha is refused, as no JPEG file holds it. Says what of the metadata the file cannot hold.
+Warnings encode(RowSource& picture, ByteSink& file, const EncodeOptions& options = {});
 Bytes encode(const Picture& picture, const EncodeOptions& options = {});
 
 // How chroma of a lower rate is brought to the rate of the picture: smoothly, where the ratio is 2 to 1, or by repetition.
@@ -69,23 +73,35 @@ struct Decoded {
 };
 Decoded decode(ByteView file, const DecodeOptions& options = {});
 
+// A part of the picture, after the turn. It begins at the unit in which (x, y) lies, and grows by what lies ahead of it.
+struct Part {
+    int x = 0, y = 0, width = 0, height = 0;
+};
+
 struct TranscodeOptions {
     bool progressive = false; // by the usual script; else sequential, in one scan
     std::string scans;        // the text of a scan script; empty: none
     int restart = -1;         // MCUs in a restart interval; -1: as it was
+    Turn turn = Turn::none;   // rows and columns of blocks trade places, and signs of coefficients; none changes
+    bool upright = false;     // the turn that the EXIF asks for, after which it asks for none
+    // A side that comes to begin with a part of a unit cannot be turned: such parts are cut off, or it is an Error.
+    bool trim = false;
+    std::optional<Part> part;
+    bool grey = false;  // the luma alone
+    bool strip = false; // leave out APPn and COM segments but for those that tell of the colours
     std::uint64_t maxPixels = kMaxPixels;
 };
 struct Transcoded {
     Bytes file;
-    std::uint64_t before = 0, after = 0; // digests of the coefficients of the two files
+    std::uint64_t before = 0, after = 0; // digests of the coefficients that were to be written, and of those that were
     Warnings warnings;                   // of the file that was read
 };
-// Codes the coefficients of a file anew, with Huffman tables made for them. No coefficient changes.
+// Codes the coefficients of a file anew, with Huffman tables made for them. No coefficient changes its value.
 Transcoded transcode(ByteSource& file, const TranscodeOptions& options = {});
 Transcoded transcode(ByteView file, const TranscodeOptions& options = {});
 
-// What the segments of a file say, in lines of text.
-std::string describe(ByteSource& file);
-std::string describe(ByteView file);
+// What the segments of a file say, in lines of text; the trouble in which it ends also apart.
+std::string describe(ByteSource& file, Warnings* trouble = nullptr);
+std::string describe(ByteView file, Warnings* trouble = nullptr);
 
 } // namespace codecs::jpeg

@@ -3,6 +3,7 @@
 // The predictors of the library halve sums of signed 16-bit samples. Samples that fill all 16 bits are therefore carried
 // with their top bit turned over, as signed numbers around zero: each predictor is off by just as much, so that the
 // differences are those of the standard; and the first row is predicted from zero.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/format.h"
@@ -25,6 +26,6 @@ struct LosslessRows {
 void decodeLossless(SegmentReader& reader, RowSink& picture, Warnings& warnings);
 
 // One scan of all channels; `options` are what encode() takes.
-void encodeLossless(RowSource& picture, ByteSink& file, const EncodeOptions& options);
+Warnings encodeLossless(RowSource& picture, ByteSink& file, const EncodeOptions& options);
 
 } // namespace codecs::jpeg

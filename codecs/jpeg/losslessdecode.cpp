@@ -1,8 +1,10 @@
 // losslessdecode.cpp - lossless files to pixels, row of MCUs by row of MCUs. A file of one scan goes on to the sink row by
 // row; several scans meet in a whole picture.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/interpret.h"
 #include "codecs/jpeg/intervals.h"
 #include "codecs/jpeg/lossless.h"
+#include "codecs/jpeg/metadata.h"
 #include "codecs/jpeg/scanlayout.h"
 
 namespace codecs::jpeg {
@@ -36,6 +38,7 @@ public:
     }
 
 private:
+    // What the decoder may have taken in behind the last code.
     static constexpr std::size_t kReadAhead = 16;
 
     int count;
@@ -94,6 +97,7 @@ public:
           canvas(frame, r.header().scan.components.size() < frame.components.size()), seen(frame.components.size()) {}
 
     void run() {
+        // The first scan must be sound; what is wrong behind it costs the components that are not there yet.
         bool any = false;
         try {
             do {
@@ -107,7 +111,7 @@ public:
         for (std::size_t i = 0; i < seen.size(); ++i)
             if (!seen[i]) warnings.push_back("component " + std::to_string(frame.components[i].id) + " is missing");
         if (canvas.whole) {
-            sink.begin(canvas.shape, {});
+            sink.begin(canvas.shape, metadataOf(reader.header().application, warnings));
             canvas.give(sink, frame.height);
         }
         sink.finish();
@@ -133,10 +137,11 @@ private:
             seen[i] = true;
         }
         const ScanLayout layout(frame, h.scan);
+        // Rows are predicted from the one above: an interval has to begin with one (H.1.1).
         if (h.restart % layout.columns != 0)
             fail(h.scanOffset, "a restart interval of other than whole rows in a lossless file");
         DifferenceReader source(h, reader.data());
-        if (!canvas.whole) sink.begin(canvas.shape, {});
+        if (!canvas.whole) sink.begin(canvas.shape, metadataOf(h.application, warnings));
         const int firstLost = scanRows(source, layout, how, h.restart / layout.columns);
         if (firstLost >= 0)
             warnings.push_back(source.trouble() + "; rows from " + std::to_string(firstLost) + " on are incomplete");
@@ -178,6 +183,7 @@ private:
 
     // The differences of a row of MCUs.
     static bool read(DifferenceReader& source, const ScanLayout& layout, std::vector<Lines>& parts) {
+        // Without sampling the order of the data is that of the samples, and a call takes all of them.
         const bool plain =
             std::all_of(layout.mcu.begin(), layout.mcu.end(), [](const ScanLayout::Part& p) { return p.h * p.v == 1; });
         if (plain) {
@@ -196,6 +202,8 @@ private:
     // Row `p.y` of a component's part of row `y` of MCUs.
     void reconstruct(Lines& r, const ScanLayout::Part& p, int y, bool first, const LosslessRows& how) {
         const Zmx16s* differences = r.differences.data() + p.y * r.width;
+        // The first row has no one above it: its samples are predicted from the left, the first of them by the middle
+        // of the range (H.1.2.1).
         if (first)
             zmxiReconstructPredFirstRow_JPEG_16s_C1(differences, r.current.data(), r.width, how.precision,
                                                     how.firstRowTransform());
@@ -218,6 +226,7 @@ private:
             const auto fill = [&](auto column) {
                 for (std::size_t x = 0; x < width; ++x) to[x * channels] = Sample(how.sample(row[column(x)]));
             };
+            // The ratio of most files is 1, and needs no division.
             if (c.h == frame.hMax)
                 fill([](std::size_t x) { return x; });
             else

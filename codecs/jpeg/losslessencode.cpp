@@ -1,7 +1,9 @@
 // losslessencode.cpp - pixels to a lossless file of one scan. Its tables are made for the picture, which is gone through
 // twice and held for that.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/huffman.h"
 #include "codecs/jpeg/lossless.h"
+#include "codecs/jpeg/metadata.h"
 #include "codecs/jpeg/segmentwriter.h"
 
 #include <bit>
@@ -23,7 +25,7 @@ public:
         }
     }
 
-    void run() {
+    Warnings run() {
         count();
         Frame frame;
         frame.sof = SOF3;
@@ -31,14 +33,19 @@ public:
         frame.width = width;
         frame.height = picture.shape().height;
         Scan scan;
+        // A table of Huffman codes for each component, as their differences are spread differently.
         for (int i = 0; i < channels; ++i) {
             frame.components.push_back({i + 1, 1, 1, 0});
             scan.components.push_back({i, i, 0});
         }
+        // A lossless scan tells its predictor and its point transform where others have bands and bits (B.2.3).
         scan.first = how.predictor;
         scan.last = 0;
         scan.low = how.pointTransform;
         out.marker(SOI);
+        // JFIF says YCbCr of three components.
+        Warnings warnings;
+        writeMetadata(out, picture.metadata, channels != 3 && picture.metadata.resolution, warnings);
         if (channels > 2) writeAdobe(out, 0); // no colour is converted
         writeFrame(out, frame);
         if (rowsInInterval) writeRestartInterval(out, rowsInInterval * width);
@@ -47,6 +54,7 @@ public:
         write();
         out.marker(EOI);
         out.flush();
+        return warnings;
     }
 
 private:
@@ -62,6 +70,7 @@ private:
         for (int c = 0; c < channels; ++c) {
             Lines& r = rows[std::size_t(c)];
             r.current.swap(r.above);
+            // Interleaved pixels, one component of them.
             const auto store = [&](auto from) {
                 for (int x = 0; x < width; ++x)
                     r.current[std::size_t(x)] =
@@ -102,6 +111,7 @@ private:
         }
         const EncodeState state = newEncodeState();
         const std::size_t room = kWorstDifference * std::size_t(width) * rows.size() + 2;
+        // With `flush` the library takes no rows but ends the interval: the last byte is filled with ones (F.1.2.3).
         const auto code = [&](bool flush) {
             Zmx8u* to = out.reserve(room);
             int at = 0;
@@ -114,6 +124,7 @@ private:
         for (int y = 0; y < picture.shape().height; ++y) {
             if (y > 0 && begins(y)) {
                 code(true);
+                // The markers count modulo 8 (E.1.4).
                 out.marker(RST0 + (restarts++ & 7));
             }
             difference(y);
@@ -146,12 +157,16 @@ bool fits(const Picture& picture) {
 
 } // namespace
 
-void encodeLossless(RowSource& source, ByteSink& file, const EncodeOptions& options) {
+// All tests but that of the samples stand ahead of the first row: a large picture is not read in vain.
+Warnings encodeLossless(RowSource& source, ByteSink& file, const EncodeOptions& options) {
     const Shape& shape = source.shape();
     const int precision = int(std::bit_width(unsigned(shape.maxval)));
     if (shape.channels < 1 || shape.channels > kMaxComponents)
         throw Error("a picture of " + std::to_string(shape.channels) + " channels; supported are 1 to 4");
     if (precision < 2 || precision > 16) throw Error("lossless samples have 2 to 16 bits");
+    if (shape.maxval != (1 << precision) - 1)
+        throw Error("samples up to " + std::to_string(shape.maxval) + "; those of " + std::to_string(precision) +
+                    " bits go up to " + std::to_string((1 << precision) - 1));
     if (options.lossless < 1 || options.lossless > 7) throw Error("a predictor is 1 to 7");
     if (options.pointTransform < 0 || options.pointTransform >= precision)
         throw Error("a point transform is 0 to " + std::to_string(precision - 1) + " bits");
@@ -160,7 +175,7 @@ void encodeLossless(RowSource& source, ByteSink& file, const EncodeOptions& opti
     const Picture picture = readRows(source);
     if (!fits(picture)) throw Error("a sample of more than " + std::to_string(precision) + " bits");
     const LosslessRows how{precision, options.lossless, options.pointTransform};
-    LosslessEncoding(picture, file, how, options.restart).run();
+    return LosslessEncoding(picture, file, how, options.restart).run();
 }
 
 } // namespace codecs::jpeg

@@ -1,5 +1,6 @@
 // output.h - the bytes of a file on their way into a sink, with room behind them, so that a coder without bounds can
 // write there.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/bytes.h"

@@ -1,4 +1,5 @@
 // planedecode.cpp - coefficients to 8-bit pixels by planes, through the plane conversions of the library.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/planedecode.h"
 
 #include "codecs/jpeg/colours.h"
@@ -7,6 +8,7 @@ namespace codecs::jpeg {
 
 namespace {
 
+// What PlaneDecoder asks of 8-bit samples: the library reduces, enlarges and converts them.
 struct Bytewise {
     using Sample = Zmx8u;
     using Table = DequantTable;
@@ -18,6 +20,7 @@ struct Bytewise {
     static void inverse(const Zmx16s* block, Zmx8u* samples, int step, const Table& t, int side) {
         switch (side) {
         case 8:
+            // Skies and margins are flat; the transform would make the same of them, in more time.
             if (isFlat(block, t))
                 for (int y = 0; y < 8; ++y) std::memset(samples + std::ptrdiff_t(y) * step, meanOf(block, t), 8);
             else

@@ -2,6 +2,7 @@
 //
 // Chroma of a lower rate is enlarged a row at a time, each from one row of its plane or two. A row that lies between two
 // rows of MCUs waits for the second of them: bands then end a row above the MCUs.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/roads.h"
@@ -32,6 +33,7 @@ public:
         pixels.resize(std::size_t(width) * std::size_t(depth.pixelBytes) * std::size_t(mcuHeight + delay));
     }
 
+    // Samples go where they lie in their plane.
     void mcu(int column, const Zmx16s* const* blocks) override {
         for (Part& p : parts)
             for (int y = 0; y < p.v; ++y)
@@ -40,6 +42,7 @@ public:
                                    p.step * int(sizeof(Sample)), p.table, p.side);
     }
 
+    // Rows are enlarged and converted while their samples are in the cache.
     Band unload() override {
         const bool last = ++mcuRow == mcuRows;
         const int end = last ? height : std::min(height, mcuRow * mcuHeight - delay), rows = std::max(end - top, 0);

@@ -1,4 +1,5 @@
 // planeencode.cpp - 8-bit pixels to coefficients by planes, through the plane conversions of the library.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/planeencode.h"
 
 #include "codecs/jpeg/colours.h"
@@ -9,6 +10,7 @@ namespace {
 
 using Forward = void (*)(const Zmx8u* samples, int step, Zmx16s* block, const Quantiser&);
 
+// Rounds coefficients to whole numbers ahead of the division, as the usual integer transforms do.
 void forwardInteger(const Zmx8u* samples, int step, Zmx16s* block, const Quantiser& q) {
     zmxiDCTQuantFwd8x8LS_JPEG_8u16s_C1R(samples, step, block, q.forward.data());
 }
@@ -21,6 +23,7 @@ void forwardSingle(const Zmx8u* samples, int step, Zmx16s* block, const Quantise
     zmxiDCTQuantFwd8x8LS_JPEG_16u16s_C1R(wide, 8 * int(sizeof(Zmx16u)), block, q.reciprocals.data());
 }
 
+// What PlaneEncoder asks of 8-bit samples.
 struct Bytewise {
     using Sample = Zmx8u;
     SplitRow split;

@@ -1,4 +1,5 @@
 // planeencode.h - pixels to coefficients by planes of the components of a row of MCUs, whatever the depth of a sample.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/roads.h"
@@ -26,6 +27,7 @@ public:
         }
     }
 
+    // Planes are made of all rows at once, so that their ends are met once a row and not once a block.
     void load(const Band& pixels) override {
         for (int y = 0; y < pixels.rows; ++y) {
             Sample* to[kMaxComponents] = {};
@@ -38,6 +40,7 @@ public:
         }
     }
 
+    // The level shift is part of the transform.
     void mcu(int column, Zmx16s* const* blocks) override {
         for (const Part& p : parts) {
             const Component& c = p.component;

@@ -1,5 +1,6 @@
 // progressivereader.h - one scan of a progressive file (ITU-T T.81, Annex G): each block adds to what the scans before
 // it have left.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/intervals.h"

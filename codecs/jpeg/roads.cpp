@@ -1,4 +1,5 @@
 // roads.cpp - which road a picture takes.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/roads.h"
 
 #include "codecs/jpeg/units.h"

@@ -4,6 +4,7 @@
 // road makes planes of the components of a row of MCUs, converts with rounding, and serves every sampling and the reduced
 // sizes. The wide road is the plane road of 12-bit samples. Each stands in a file a direction: unitencode.cpp and
 // unitdecode.cpp, planeencode.cpp and planedecode.cpp, wideencode.cpp and widedecode.cpp.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/jpeg.h"
@@ -35,7 +36,7 @@ public:
 };
 
 // Each component of the frame names one of the quantisers.
-using Quantisers = std::array<Quantiser, 2>;
+using Quantisers = std::vector<Quantiser>;
 std::unique_ptr<EncodeRoad> makeEncodeRoad(const Frame& frame, Model model, const Quantisers& quantisers,
                                            const EncodeOptions& options);
 // `tables` is one for each component.

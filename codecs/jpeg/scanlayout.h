@@ -1,4 +1,5 @@
 // scanlayout.h - which data units a scan codes, and in which order (ITU-T T.81, A.2).
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/format.h"

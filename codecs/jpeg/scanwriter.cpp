@@ -1,4 +1,5 @@
 // scanwriter.cpp - every scan in two passes: one counts the symbols, which gives its tables, one writes them.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/scanwriter.h"
 
 #include "codecs/jpeg/huffman.h"
@@ -23,12 +24,14 @@ public:
 
 protected:
     enum Kind { Sequential, DcFirst, DcRefine, AcFirst, AcRefine };
+    // By band and bits, as ITU-T T.81, G.1.2 tells them apart.
     Kind kind() const {
         return isSequential(scan) ? Sequential
                : scan.first == 0  ? (scan.high ? DcRefine : DcFirst)
                : scan.high        ? AcRefine
                                   : AcFirst;
     }
+    // Differences of DC begin anew with each interval (F.1.1.5.1).
     void forget() { std::fill_n(lastDc, kMaxComponents, Zmx16s(0)); }
 
     const Scan& scan;
@@ -48,6 +51,7 @@ public:
             return zmxiGetHuffmanStatistics8x8_JPEG_16s_C1(b, dc[t].data(), ac[t].data(), &lastDc[component]);
         case DcFirst:
             return zmxiGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(b, dc[t].data(), &lastDc[component], scan.low);
+        // Bits alone: there is nothing to make a table of (G.1.2.1.1).
         case DcRefine:
             return zmxStsNoErr;
         default:
@@ -60,6 +64,7 @@ public:
     }
 
 private:
+    // The last call of a pass gives no block: a run that has not ended is counted then.
     ZmxStatus band(const Zmx16s* b, int t, int last) {
         const auto count = kind() == AcFirst ? zmxiGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1
                                              : zmxiGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1;
@@ -82,6 +87,7 @@ public:
 private:
     static constexpr int kRoom = int(kWorstBlock);
 
+    // Into the room behind the output, as much as it comes to.
     ZmxStatus write(const Zmx16s* b, int component, int t, int last) {
         Zmx8u* to = out.reserve(kRoom);
         int at = 0;
@@ -89,6 +95,7 @@ private:
         out.advance(std::size_t(at));
         return status;
     }
+    // A null block with `last` set ends the interval.
     ZmxStatus code(const Zmx16s* b, Zmx8u* to, int* at, int component, int t, int last) {
         Zmx16s* const dcAt = &lastDc[component];
         switch (kind()) {
@@ -119,8 +126,10 @@ public:
 
     void write(const Script& script) {
         out.marker(SOI);
+        // Segments of applications stand first, as JFIF wants it (T.871, 10.1).
         out.append(file.application);
         const bool words = quantTables();
+        // Baseline has samples of 8 bits and tables of bytes, and all else that is sequential is extended (B.2.2).
         frame.sof = !isSequential(script[0]) ? SOF2 : words || frame.precision != 8 ? SOF1 : SOF0;
         writeFrame(out, frame);
         if (file.restart) writeRestartInterval(out, file.restart);
@@ -156,6 +165,7 @@ private:
     bool scan(const Scan& s) {
         const ScanLayout layout(frame, s);
         Counting counting(s);
+        // A coefficient of more bits than a category counts is what a pass can stumble over.
         if (!pass(counting, s, layout, [] {})) return false;
         Writing writing(s, out);
         const bool dcCodes = s.first == 0 && s.high == 0, acCodes = s.last > 0;
@@ -171,6 +181,7 @@ private:
         return pass(writing, s, layout, [&] { out.marker(RST0 + (restarts++ & 7)); });
     }
 
+    // The table goes into the file and into the coder.
     EncodeSpec table(TableClass cls, int number, const SymbolCounts& counts) {
         const HuffmanTable t = optimalTable(counts);
         writeHuffmanTable(out, cls, number, t);

@@ -1,4 +1,5 @@
 // scanwriter.h - coefficients to a file, by a script.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/script.h"

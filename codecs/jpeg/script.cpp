@@ -1,5 +1,8 @@
 // script.cpp - scan scripts: the usual ones, and those of users with every rule of ITU-T T.81, G.1.1 checked.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/script.h"
+
+#include "codecs/jpeg/words.h"
 
 #include <cstdlib>
 
@@ -7,7 +10,8 @@ namespace codecs::jpeg {
 
 namespace {
 
-// A scan of these components, with the Huffman tables that they have.
+// A scan of these components.
+// Both kinds of table have the number of the component's colour.
 Scan scanOf(const std::vector<int>& components, Model model, int first = 0, int last = 63, int high = 0, int low = 0) {
     Scan scan;
     for (int i : components) scan.components.push_back({i, isChroma(model, i), isChroma(model, i)});
@@ -22,6 +26,7 @@ Scan scanOf(const std::vector<int>& components, Model model, int first = 0, int 
 std::vector<std::vector<int>> groupsOf(const Frame& frame) {
     std::vector<std::vector<int>> groups;
     const int n = int(frame.components.size());
+    // An MCU of a scan has 10 blocks at the most (B.2.3); what does not fit goes component by component.
     if (frame.blocksInMcu() <= kMaxScanUnits) {
         groups.emplace_back();
         for (int i = 0; i < n; ++i) groups.back().push_back(i);
@@ -51,11 +56,15 @@ public:
         });
         // 11 bits for the difference of two DC coefficients, 10 for an AC coefficient.
         const int dcLow = std::max(1, bitsAbove(11, 2 * dcMax)), acFit = bitsAbove(10, acMax);
+        // Luma begins two bits up and chroma one, more only where a coefficient would have no category otherwise.
         const int plainLow = std::max(2, acFit), chromaLow = std::max(1, acFit);
         std::vector<int> plain, chroma;
         for (int i = 0; i < int(file.frame.components.size()); ++i)
+            // Cr goes ahead of Cb, as most encoders have it.
             isChroma(file.model, i) ? void(chroma.insert(chroma.begin(), i)) : plain.push_back(i);
 
+        // A rough picture first: DC, the lowest frequencies of luma, all of chroma; then what is left of luma, and bit by bit
+        // what was left out.
         dc(0, dcLow);
         ac(plain, 1, 5, 0, plainLow);
         ac(chroma, 1, 63, 0, chromaLow);
@@ -86,17 +95,18 @@ private:
 // A script in words, checked as it is read: what it names, what a scan may be, and what scans may follow each other.
 class Parser {
 public:
-    Parser(const std::string& t, const Frame& f, Model m) : text(t), frame(f), model(m), low(f.components.size()) {
+    Parser(const std::string& t, const Frame& f, Model m) : words(t), frame(f), model(m), low(f.components.size()) {
         for (auto& component : low) component.fill(kUnseen);
     }
 
     Script parse() {
         Script script;
-        while (skip(), at < text.size()) {
+        while (!words.atEnd()) {
             ++number;
             script.push_back(scan());
             check(script.back());
         }
+        // What no single scan can tell.
         if (script.empty()) throw Error("the scan script holds no scan");
         for (const Scan& s : script)
             if (isSequential(s) != isSequential(script[0]))
@@ -114,55 +124,32 @@ private:
         throw Error("scan script, scan " + std::to_string(number) + ": " + what);
     }
 
-    // Blanks, commas, and comments from # to the end of the line.
-    void skip() {
-        while (at < text.size()) {
-            if (text[at] == '#')
-                at = std::min(text.find('\n', at), text.size());
-            else if (std::string(" \t\r\n,").find(text[at]) != std::string::npos)
-                ++at;
-            else
-                return;
-        }
-    }
-    bool take(char c) {
-        skip();
-        if (at == text.size() || text[at] != c) return false;
-        ++at;
-        return true;
-    }
-    bool atNumber() {
-        skip();
-        return at < text.size() && text[at] >= '0' && text[at] <= '9';
-    }
     // No number of a script comes near to a thousand: larger ones are as wrong as that.
     int integer(const char* what) {
-        if (!atNumber()) fault(std::string(what) + " is missing");
-        int v = 0;
-        for (; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at)
-            v = std::min(1000, 10 * v + text[at] - '0');
-        return v;
+        if (!words.atNumber()) fault(std::string(what) + " is missing");
+        return words.number(1000);
     }
 
     // components [: first-last, upper, lower] ;
     Scan scan() {
         std::vector<int> components{integer("a component")};
-        while (atNumber()) components.push_back(integer("a component"));
+        while (words.atNumber()) components.push_back(integer("a component"));
         for (std::size_t i = 0; i < components.size(); ++i) {
             if (components[i] >= int(frame.components.size()))
                 fault("component " + std::to_string(components[i]) + "; the picture has " +
                       std::to_string(frame.components.size()));
+            // The order of the frame header is that of a scan (B.2.3).
             if (i > 0 && components[i] <= components[i - 1]) fault("components out of order");
         }
         int band[4] = {0, 63, 0, 0};
-        if (take(':')) {
+        if (words.take(':')) {
             band[0] = integer("the first coefficient");
-            if (!take('-')) fault("a hyphen is missing between the coefficients");
+            if (!words.take('-')) fault("a hyphen is missing between the coefficients");
             band[1] = integer("the last coefficient");
             band[2] = integer("the upper bit");
             band[3] = integer("the lower bit");
         }
-        if (!take(';') && at < text.size()) fault("a semicolon is missing behind it");
+        if (!words.take(';') && !words.atEnd()) fault("a semicolon is missing behind it");
         return scanOf(components, model, band[0], band[1], band[2], band[3]);
     }
 
@@ -173,8 +160,10 @@ private:
             units += frame.components[std::size_t(c.index)].h * frame.components[std::size_t(c.index)].v;
         if (s.components.size() > 1 && units > kMaxScanUnits) fault("more than 10 blocks in an MCU");
         if (s.first > s.last || s.last > 63) fault("no band of coefficients");
+        // Of a band from 0 to 63 none of the bits may be left out: that is a sequential scan. Else DC stands alone (G.1.1.1.1).
         if (s.first == 0 && s.last != 0 && s.last != 63) fault("DC and AC coefficients together");
         if (s.first > 0 && s.components.size() > 1) fault("AC coefficients of several components");
+        // The lower bit is 0 to 13 (Table B.3), and a refinement is of one bit.
         if (s.low > 13 || (s.high != 0 && s.high != s.low + 1)) fault("bits that no scan can code");
         if (isSequential(s) && (s.high || s.low)) fault("a sequential scan of some of the bits");
         for (const ScanComponent& c : s.components) follow(s, low[std::size_t(c.index)]);
@@ -191,10 +180,9 @@ private:
         }
     }
 
-    const std::string& text;
+    Words words;
     const Frame& frame;
     Model model;
-    std::size_t at = 0;
     int number = 0;
     std::vector<std::array<int, kBlock>> low; // of each coefficient of each component: the lowest bit coded
 };

@@ -1,4 +1,5 @@
 // script.h - which scans a file is made of.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/coefficients.h"

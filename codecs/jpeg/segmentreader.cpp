@@ -1,5 +1,6 @@
 // segmentreader.cpp - the segments of a JPEG file (ITU-T T.81, B.2). Every length and number in them is checked here,
 // so that the modules behind it may rely on a Header.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/segmentreader.h"
 
 #include <cstdio>
@@ -15,6 +16,7 @@ bool toMarker(ByteSource& source) {
         // The last byte is only what the one ahead of it needs to be told.
         const void* p = std::memchr(all.data(), 0xFF, all.size() - 1);
         const std::size_t i = p ? std::size_t(static_cast<const std::uint8_t*>(p) - all.data()) : all.size() - 1;
+        // Up to here all are data.
         source.skip(i);
         if (!p) continue;
         // 0xFF 0x00 is a data byte, a second 0xFF makes the first one a fill byte.
@@ -23,6 +25,7 @@ bool toMarker(ByteSource& source) {
     }
 }
 
+// Fill bytes have been passed over: the second byte is the code.
 int markerAt(ByteSource& source) {
     const ByteView marker = source.view(2);
     return marker.size() < 2 ? 0 : marker[1];
@@ -30,6 +33,7 @@ int markerAt(ByteSource& source) {
 
 namespace {
 
+// The names of Table B.1; those that it reserves by their code.
 std::string nameOf(int marker) {
     char other[8];
     if (isFrame(marker)) return "SOF" + std::to_string(marker - SOF0);
@@ -61,6 +65,7 @@ std::string nameOf(int marker) {
 
 } // namespace
 
+// A file begins with SOI, and nothing may stand ahead of it (B.2.1).
 SegmentReader::SegmentReader(ByteSource& s, std::string* lines) : source(s), log(lines) {
     const ByteView start = source.view(2);
     if (start.size() < 2 || start[0] != 0xFF || start[1] != SOI) fail(0, "not a JPEG file: no SOI marker");
@@ -74,7 +79,27 @@ bool SegmentReader::nextScan() {
         if (marker == SOI || marker == TEM || isRestart(marker)) continue; // no segment behind these
         segment(marker);
         source.skip(2 + body.size());
-        if (marker == SOS) return true;
+        if (marker != SOS) continue;
+        // Of no height: it is told behind the data (B.2.5), which decoders ask for ahead of them.
+        if (head.frame.height == 0) head.frame.height = heightBehind();
+        return true;
+    }
+}
+
+// The height that stands behind the data of the scan, in a DNL segment. The source stays where it is.
+int SegmentReader::heightBehind() {
+    for (std::size_t wanted = 1 << 16;; wanted *= 2) {
+        const ByteView all = source.view(wanted);
+        for (std::size_t i = 0; i + 1 < all.size(); ++i) {
+            // Stuffed bytes, fill bytes and restarts belong to the data (B.1.1.2, B.1.1.5).
+            if (all[i] != 0xFF || all[i + 1] == 0x00 || all[i + 1] == 0xFF || isRestart(all[i + 1])) continue;
+            if (all[i + 1] == DNL && all.size() - i >= 6 && (all[i + 4] || all[i + 5]))
+                return all[i + 4] << 8 | all[i + 5];
+            // Another marker, or a DNL segment that says 0. One that is cut off by the window is looked at again.
+            if (all[i + 1] != DNL || all.size() - i >= 6)
+                fault("a picture of no height, nor is there one behind the scan");
+        }
+        if (all.size() < wanted) fault("a picture of no height, nor is there one behind the scan");
     }
 }
 
@@ -112,7 +137,9 @@ void SegmentReader::segment(int marker) {
         head.restart = word();
         return;
     case DNL:
-        fault("DNL segment: a height behind the scan is not supported");
+        // Behind the first scan (B.2.5). It was looked for when the frame had no height.
+        if (word() != head.frame.height) fault("DNL segment: another height than the frame has");
+        return;
     case DAC:
         fault("DAC segment: arithmetic coding is not supported");
     default:
@@ -142,12 +169,12 @@ void SegmentReader::frame(int marker) {
     f.height = word();
     f.width = word();
     if (f.width == 0) fault("a picture of no width");
-    if (f.height == 0) fault("a picture of no height (a height behind the scan is not supported)");
     components(f);
     head.frame = f;
 }
 
 void SegmentReader::components(Frame& f) {
+    // A frame could have 255; no colours are known of more than 4.
     const int count = byte();
     if (count < 1 || count > kMaxComponents) fault(std::to_string(count) + " components; supported are 1 to 4");
     for (int i = 0; i < count; ++i) {
@@ -160,6 +187,7 @@ void SegmentReader::components(Frame& f) {
         c.quant = byte();
         if (c.h < 1 || c.h > kMaxFactor || c.v < 1 || c.v > kMaxFactor)
             fault(which + "sampling factors " + std::to_string(c.h) + "x" + std::to_string(c.v));
+        // A table may be defined later: whether it is there shows in the first scan of the component.
         if (c.quant > 3) fault(which + "quantisation table " + std::to_string(c.quant));
         for (const Component& other : f.components)
             if (other.id == c.id) fault("two components with the number " + std::to_string(c.id));
@@ -172,6 +200,7 @@ void SegmentReader::components(Frame& f) {
 // DQT (B.2.4.1): tables of bytes or of words. A table may be given anew between scans; components keep theirs.
 void SegmentReader::quantTables() {
     while (more()) {
+        // Four bits for the size of the divisors, four for the number of the table.
         const int which = byte(), wide = which >> 4;
         if (wide > 1 || (which & 15) > 3) fault("DQT segment: table " + std::to_string(which));
         QuantTable& table = head.quant[std::size_t(which & 15)].emplace();
@@ -181,10 +210,12 @@ void SegmentReader::quantTables() {
 
 // DHT (B.2.4.2). Whether the counts make a prefix code shows when a scan asks for the table.
 void SegmentReader::huffmanTables() {
+    // A class, DC or AC, and a number; several tables may share a segment.
     while (more()) {
         const int which = byte();
         if ((which >> 4) > 1 || (which & 15) > 3) fault("DHT segment: table " + std::to_string(which));
         HuffmanTable table;
+        // Sixteen counts of codes by their length, then the values in the order of the codes.
         int count = 0;
         for (std::uint8_t& n : table.bits) count += n = std::uint8_t(byte());
         if (count > 256) fault("DHT segment: " + std::to_string(count) + " codes in a table");
@@ -200,6 +231,7 @@ void SegmentReader::scan() {
     const int count = byte();
     if (count < 1 || count > int(head.frame.components.size()))
         fault("a scan of " + std::to_string(count) + " components");
+    // Numbers of the frame in their order, with the tables for DC and AC.
     int blocks = 0;
     for (int i = 0; i < count; ++i) {
         s.components.push_back(scanComponent(s));
@@ -210,6 +242,7 @@ void SegmentReader::scan() {
     s.first = byte();
     s.last = byte();
     const int approximation = byte();
+    // Where DCT modes have the bits of a refinement, lossless ones have the point transform in the low half.
     s.high = approximation >> 4;
     s.low = approximation & 15;
     head.scan = s;

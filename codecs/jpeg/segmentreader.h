@@ -1,4 +1,5 @@
 // segmentreader.h - walks the segments of a JPEG file (ITU-T T.81, B.2) and keeps what they say.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/format.h"
@@ -39,6 +40,7 @@ public:
 
 private:
     int nextMarker();
+    int heightBehind();
     void segment(int marker);
     void frame(int marker);
     void components(Frame& f);

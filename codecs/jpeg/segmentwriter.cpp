@@ -1,4 +1,5 @@
 // segmentwriter.cpp - the segments of a JPEG file (ITU-T T.81, B.2).
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/segmentwriter.h"
 
 #include <numeric>
@@ -8,6 +9,7 @@ namespace codecs::jpeg {
 
 namespace {
 
+// The length of a segment counts itself (B.1.1.4).
 void segment(Output& out, int marker, int payload) {
     out.marker(marker);
     out.word(2 + payload);
@@ -18,16 +20,17 @@ int nibbles(int high, int low) { return high << 4 | low; }
 
 } // namespace
 
-void writeJfif(Output& out) {
+void writeJfif(Output& out, const Density& density) {
     segment(out, APP0, 14);
     for (char c : std::string_view("JFIF\0", 5)) out.byte(c);
     out.word(0x0101); // version 1.1
-    out.byte(0);      // no unit: the densities give the shape of a pixel
-    out.word(1);
-    out.word(1);
+    out.byte(density.unit);
+    out.word(density.x);
+    out.word(density.y);
     out.word(0); // no thumbnail
 }
 
+// Adobe Technical Note 5116: version, two words of flags, and how the colours were transformed.
 void writeAdobe(Output& out, int transform) {
     segment(out, APP14, 12);
     for (char c : std::string_view("Adobe")) out.byte(c);
@@ -45,6 +48,7 @@ void writeQuantTable(Output& out, int number, const QuantTable& table) {
     for (std::uint16_t q : table) words ? out.word(q) : out.byte(q);
 }
 
+// B.2.4.2.
 void writeHuffmanTable(Output& out, TableClass kind, int number, const HuffmanTable& table) {
     const int count = std::accumulate(table.bits.begin(), table.bits.end(), 0);
     segment(out, DHT, 17 + count);
@@ -71,6 +75,7 @@ void writeRestartInterval(Output& out, int mcus) {
     out.word(mcus);
 }
 
+// B.2.3.
 void writeScan(Output& out, const Frame& frame, const Scan& scan) {
     segment(out, SOS, 4 + 2 * int(scan.components.size()));
     out.byte(int(scan.components.size()));

@@ -1,4 +1,5 @@
 // unitdecode.cpp - coefficients to pixels, MCU by MCU through one function of the library.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/roads.h"
 #include "codecs/jpeg/units.h"
 

@@ -1,4 +1,5 @@
 // unitencode.cpp - pixels to coefficients, MCU by MCU through one function of the library.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/roads.h"
 #include "codecs/jpeg/units.h"
 
@@ -6,6 +7,7 @@ namespace codecs::jpeg {
 
 namespace {
 
+// An MCU of pixels goes through the samples of its blocks; those that lie beyond the edge are made up.
 class UnitEncoder final : public EncodeRoad {
 public:
     UnitEncoder(const Frame& frame, const Unit& u, const Quantisers& quantisers)
@@ -50,6 +52,7 @@ private:
     std::array<Zmx16u, kBlock> tables[kUnitBlocks];
     Zmx16s* planes[kMaxComponents];
     alignas(32) Zmx16s samples[kUnitBlocks * kBlock];
+    // An MCU at the edge, in rows of kEdgeStep bytes.
     Zmx8u edge[kUnitSide * kEdgeStep];
     Band band;
 };

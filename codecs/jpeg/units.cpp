@@ -1,10 +1,12 @@
 // units.cpp - the table of MCU functions.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/units.h"
 
 namespace codecs::jpeg {
 
 namespace {
 
+// Grey is not converted, only shifted (A.3.1).
 ZmxStatus greyFromPixels(const Zmx8u* pixels, int step, Zmx16s* const* planes) {
     return zmxiSub128_JPEG_8u16s_C1R(pixels, step, planes[0], 16, {8, 8});
 }
@@ -43,6 +45,7 @@ const Unit kUnits[] = {
 
 } // namespace
 
+// Components are numbered from 1, as JFIF wants it.
 std::vector<Component> componentsOf(Model model, int h, int v) {
     std::vector<Component> components;
     for (int i = 0; i < channelsOf(model); ++i) {
@@ -52,6 +55,7 @@ std::vector<Component> componentsOf(Model model, int h, int v) {
     return components;
 }
 
+// Sampling decides, whatever the numbers and tables of the components are.
 const Unit* unitFor(Model model, const std::vector<Component>& components) {
     for (const Unit& unit : kUnits) {
         if (unit.model != model) continue;

@@ -1,4 +1,5 @@
 // units.h - which function converts the MCUs of which kind of picture.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/format.h"

@@ -1,4 +1,5 @@
 // wide.h - colour arithmetic on samples of 12 bits, for which the library has none.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/format.h"

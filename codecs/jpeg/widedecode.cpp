@@ -1,4 +1,5 @@
 // widedecode.cpp - coefficients to 12-bit pixels by planes, colours by the arithmetic of wide.h.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/colours.h"
 #include "codecs/jpeg/planedecode.h"
 #include "codecs/jpeg/wide.h"
@@ -7,6 +8,7 @@ namespace codecs::jpeg {
 
 namespace {
 
+// What PlaneDecoder asks of 12-bit samples: words of the machine, and divisors in single precision.
 struct Wordwise {
     using Sample = Zmx16u;
     using Table = std::array<Zmx32f, kBlock>;
@@ -51,6 +53,7 @@ struct Wordwise {
         }
     }
 
+    // Side by side first, then converted where they stand.
     void join(const Zmx16u* const* rows, Zmx8u* pixels, int width) const {
         const int channels = channelsOf(model);
         auto* to = reinterpret_cast<Zmx16u*>(pixels);

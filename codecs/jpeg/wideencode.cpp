@@ -1,4 +1,5 @@
 // wideencode.cpp - 12-bit pixels to coefficients by planes, colours by the arithmetic of wide.h.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/colours.h"
 #include "codecs/jpeg/planeencode.h"
 #include "codecs/jpeg/wide.h"

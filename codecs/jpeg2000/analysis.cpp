@@ -1,4 +1,5 @@
 // analysis.cpp - levels that push rows on to the level below, down to the lowest band.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/analysis.h"
 
 #include "codecs/jpeg2000/filters.h"
@@ -29,10 +30,12 @@ template <Road R> class Level final : public RowTarget<Number<R>> {
     void splitLow(T* from) { split(from, lower, bands[0]); }
     void splitHigh(T* from) { split(from, bands[1], bands[2]); }
 
+    // Whether all rows that the next stage looks at are there, or stand for ones that are.
     bool ready() const {
         const std::int64_t last = 2 * stage + ForwardColumns<R>::kAhead;
         return down.mirrored(last - 2) < have && down.mirrored(last - 1) < have && down.mirrored(last) < have;
     }
+    // One step of the column filter, whose rows go on across and then down to where they belong.
     void run() {
         columns.stage(stage, [this](std::int64_t p) { return row(p); });
         const std::int64_t low = 2 * stage, high = low + ForwardColumns<R>::kHigh;
@@ -40,6 +43,7 @@ template <Road R> class Level final : public RowTarget<Number<R>> {
         if (high >= down.begin && high < down.end) splitHigh(columns.high());
         ++stage;
     }
+    // A single row is not filtered; at an odd place it is a high one, and doubled (F.4.8).
     void single() {
         T* only = ring[int(down.begin % kRing)];
         if (down.phase() == 0) return splitLow(only);
@@ -80,22 +84,26 @@ template <Road R> class AnalysisOn final : public Analysis {
     }
 
 public:
-    AnalysisOn(std::size_t index, const TileComponent& tc, const ComponentCoding& coding)
+    AnalysisOn(std::size_t index, const TileComponent& tc, const ComponentCoding& coding, const Rect& region)
         : component(index), layout(tc) {
+        // Every number that makes a difference within the region is a part of it.
+        const std::vector<Rect> roi = partsFor(layout, int(layout.resolutions.size()) - 1, region);
         const auto bandRect = [&](int r, int b) {
             return layout.resolutions[std::size_t(r)].bands[std::size_t(b)].rect;
         };
-        lowest = std::make_unique<BandWriter<R>>(layout, coding, BandPlace{0, 0, LL}, bandRect(0, 0));
+        lowest = std::make_unique<BandWriter<R>>(layout, coding, BandPlace{0, 0, LL}, bandRect(0, 0), roi[0]);
         top = lowest.get();
         for (int r = 1; r < int(layout.resolutions.size()); ++r) {
             auto level = std::make_unique<Level<R>>(layout.resolutions[std::size_t(r)].rect, *top);
             for (const Orientation o : {HL, LH, HH}) {
                 const int b = int(o) - int(HL);
-                level->bands.emplace_back(layout, coding, BandPlace{r, b, o}, bandRect(r, b));
+                level->bands.emplace_back(layout, coding, BandPlace{r, b, o}, bandRect(r, b),
+                                          bandPart(roi[std::size_t(r)], o));
             }
             top = level.get();
             levels.push_back(std::move(level));
         }
+        // Blocks are listed by precincts (B.7); bands want them by rows.
         for (std::uint32_t b = 0; b < layout.blocks.size(); ++b)
             bandOf(layout.blocks[b].resolution, layout.blocks[b].band).add(b);
     }
@@ -118,9 +126,9 @@ public:
 } // namespace
 
 std::unique_ptr<Analysis> makeAnalysis(std::size_t component, const TileComponent& layout,
-                                       const ComponentCoding& coding) {
+                                       const ComponentCoding& coding, const Rect& region) {
     return onRoad(coding.road, [&]<Road R>() -> std::unique_ptr<Analysis> {
-        return std::make_unique<AnalysisOn<R>>(component, layout, coding);
+        return std::make_unique<AnalysisOn<R>>(component, layout, coding, region);
     });
 }
 

@@ -2,6 +2,7 @@
 //
 // It works from the top down as rows come, and keeps no more of them than the filters look at, besides the code blocks
 // that are not complete.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/bandwriter.h"
@@ -21,8 +22,8 @@ public:
     virtual CodedBlock encode(const BlockJob& job, BlockEncoder& encoder) = 0;
 };
 
-// `layout` and `coding` outlive it.
+// `layout` and `coding` outlive it. `region` is the part of the component that is a region of interest, or empty.
 std::unique_ptr<Analysis> makeAnalysis(std::size_t component, const TileComponent& layout,
-                                       const ComponentCoding& coding);
+                                       const ComponentCoding& coding, const Rect& region);
 
 } // namespace codecs::jpeg2000

@@ -1,4 +1,5 @@
 // bandreader.h - the rows of a band from its code blocks.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/blockdecoder.h"

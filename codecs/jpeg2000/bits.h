@@ -1,10 +1,12 @@
 // bits.h - the bits of packet headers (B.10.1): a byte behind 0xFF has seven.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/numbers.h"
 
 namespace codecs::jpeg2000 {
 
+// Reads from the highest bit of each byte down.
 class BitReader {
     ByteView bytes;
     std::size_t pos = 0;
@@ -16,6 +18,7 @@ public:
     bool bit() {
         if (left == 0) {
             if (pos == bytes.size()) throw Error("a packet header ends early");
+            // No marker may come about in a header, so that a bit of 0 is stuffed behind eight ones (B.10.1).
             left = byte == 0xFF ? 7 : 8;
             byte = bytes[pos++];
         }
@@ -33,6 +36,7 @@ public:
     }
 };
 
+// And back.
 class BitWriter {
     Bytes& out;
     unsigned byte = 0;

@@ -1,4 +1,5 @@
 // blockdecoder.cpp - the call of the tier-1 decoder, and dequantisation.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/blockdecoder.h"
 
 #include <algorithm>
@@ -10,7 +11,8 @@ namespace {
 
 constexpr std::int32_t kMagnitude = 0x7FFFFFFF;
 
-// Takes the scaling of a region of interest off (H.1). Magnitudes here have one plane more than coded, for the midpoint.
+// Takes the scaling of a region of interest off (H.1). Magnitudes here have one plane more than coded, for the
+// midpoint.
 void withoutRoi(std::span<std::int32_t> words, int shift) {
     for (std::int32_t& word : words) {
         const auto magnitude = std::uint32_t(word) & ~kSignBit;
@@ -46,16 +48,19 @@ BlockDecoder::Result BlockDecoder::decode(const BlockStream& stream, const Block
         lengths.push_back(w.length);
         if (w.kept < w.passes) break; // what is behind it cannot be decoded
     }
+    // Blocks that no packet holds are 0 throughout.
     if (passes == 0) return Result::empty;
     const int planes = coding.bitPlanes + coding.roiShift - stream.zeroPlanes;
     words.resize(std::size_t(block.width) * block.height);
     width = block.width;
+    // Mb of E-2, less what the packet header has told (B.10.5). The first plane has a cleanup pass alone (D.4).
     if (planes < 1 || planes > kMaxBitPlanes || passes > 3 * planes - 2) {
         std::fill(words.begin(), words.end(), 0);
         return Result::damaged;
     }
 
     const ZmxiSize size{block.width, block.height};
+    // The state is kept from block to block, and grows with the largest one.
     int stateBytes = 0;
     zmxiDecodeGetBufSize_JPEG2K(size, &stateBytes);
     state.resize(std::max(state.size(), std::size_t(stateBytes) / sizeof(std::uint64_t) + 1));
@@ -84,6 +89,7 @@ template <Road R> void BlockDecoder::take(int x, int y, const BandCoding& coding
             to[i] = Number<R>((m ^ sign) - sign);
         }
     } else {
+        // E-6 with r of one half: the midpoint is in the word already, whose lowest bit is half a step.
         const float scale = coding.step / 2;
         for (std::size_t i = 0; i < to.size(); ++i) {
             const float m = std::min(float(from[i] & kMagnitude) * scale, 1.0e9f);

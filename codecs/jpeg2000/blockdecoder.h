@@ -1,4 +1,5 @@
 // blockdecoder.h - single code blocks through the library's tier-1 decoder, and back to numbers (annexes D and E).
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/quantiser.h"

@@ -1,4 +1,5 @@
 // blockencoder.h - numbers of a band through quantisation and the library's tier-1 encoder (annexes D and E).
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/codewords.h"
@@ -16,6 +17,7 @@ class BlockEncoder {
     std::unique_ptr<ZmxiEncodeState_JPEG2K, Free> state;
     int stateWidth = 0, stateHeight = 0; // of the largest block that it has room for
     std::vector<std::int32_t> words;     // of the block, sign-magnitude
+    std::size_t filled = 0;              // of them, by rows so far
     Bytes buffer;                        // what the library has stored of it
     ZmxiSize size{0, 0};
     double residual = 0; // squared error that is left once all planes are coded, in units of the squared step
@@ -28,7 +30,9 @@ public:
     // A block begins; its rows follow from the top, then it is encoded.
     void begin(const Block& block);
     template <Road R> void quantise(std::span<const Number<R>> row, const BandCoding& coding);
-    CodedBlock encode(Orientation o, const CodingStyle& style, bool reversible);
+    // Lifts `count` numbers of the last row, from x on, into the planes of a region of interest.
+    void raise(int x, int count, int shift);
+    CodedBlock encode(Orientation o, const CodingStyle& style, const BandCoding& coding);
 };
 
 } // namespace codecs::jpeg2000

@@ -1,4 +1,5 @@
 // blockrows.h - the rows of code blocks of a band: which blocks they hold, and their numbers while they are in use.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/numberrows.h"

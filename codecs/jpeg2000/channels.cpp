@@ -1,4 +1,5 @@
 // channels.cpp - palette, order and meaning of channels, colour space, from the boxes of a file.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/channels.h"
 
 #include <algorithm>
@@ -20,6 +21,7 @@ Channel lookedUp(const Boxes::Palette& palette, std::size_t column, const SizCom
     return c;
 }
 
+// Channels as the component mapping makes them of components (I.5.3.5).
 void applyPalette(const Boxes& boxes, const ImageSize& size, ChannelMap& map) {
     const std::size_t columns = boxes.palette.depths.size();
     std::vector<Channel> out;
@@ -70,12 +72,18 @@ void applyDefinitions(const Boxes& boxes, ChannelMap& map) {
 } // namespace
 
 ChannelMap channelsOf(const Boxes& boxes, const ImageSize& size, int component) {
+    if (component >= int(size.components.size()))
+        throw Error("no component " + std::to_string(component) + " among " + std::to_string(size.components.size()));
     ChannelMap map;
     map.warnings = boxes.warnings;
+    map.metadata = boxes.metadata;
     for (std::size_t c = 0; c < size.components.size(); ++c)
         if (component < 0 || std::size_t(component) == c)
             map.channels.push_back({c, size.components[c].depth, size.components[c].isSigned, {}});
-    if (component >= 0) return map;
+    if (component >= 0) {
+        map.metadata.icc.clear(); // which is of all of them
+        return map;
+    }
     try {
         if (!boxes.palette.entries.empty() && !boxes.mappings.empty()) applyPalette(boxes, size, map);
         if (!boxes.channels.empty()) applyDefinitions(boxes, map);
@@ -86,6 +94,7 @@ ChannelMap channelsOf(const Boxes& boxes, const ImageSize& size, int component) 
     map.colour = colour == kEnumGrey   ? ColourSpace::grey
                  : colour == kEnumSYcc ? ColourSpace::sYcc
                  : colour == kEnumSRgb ? ColourSpace::sRgb
+                 : colour == kEnumCmyk ? ColourSpace::cmyk
                                        : ColourSpace::unknown;
     return map;
 }

@@ -1,4 +1,5 @@
 // channels.h - what the components of a codestream mean: the channels of a picture (I.5.3).
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/boxes.h"
@@ -18,6 +19,7 @@ struct ChannelMap {
     std::vector<Channel> channels; // colours in their order, then the rest
     int alpha = -1;                // the channel that holds the opacity, or -1
     ColourSpace colour = ColourSpace::unknown;
+    Metadata metadata;
     std::vector<std::string> warnings;
 };
 

@@ -1,6 +1,7 @@
 // codewords.h - what packets carry: the codeword segments of code blocks (B.10), on their way in and on their way out.
 //
 // The coder of blocks and the reader and writer of packets meet here; neither knows the other.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/geometry.h"

@@ -1,4 +1,5 @@
 // colour.cpp - level shift, RCT and ICT.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/colour.h"
 
 #include "zmxj.h"
@@ -19,6 +20,7 @@ std::int32_t scaledDown(std::int32_t v, int bits) {
     return bits == 0 ? v : std::int32_t(std::uint32_t(v) + (1u << (bits - 1))) >> bits;
 }
 
+// The library's fixed-point ICT on numbers with fewer fraction bits.
 template <class Transform> void inFixedPoint(std::int32_t* const rows[3], int count, Transform transform) {
     constexpr int shift = kFractionBits - kColourFraction;
     for (int c = 0; c < 3; ++c)
@@ -28,6 +30,7 @@ template <class Transform> void inFixedPoint(std::int32_t* const rows[3], int co
         for (int i = 0; i < count; ++i) rows[c][i] = std::int32_t(std::uint32_t(rows[c][i]) << shift);
 }
 
+// The one in floating point, for deeper samples.
 template <class Transform> void inFloats(std::int32_t* const rows[3], int count, Transform transform) {
     std::array<std::array<float, kColourChunk>, 3> floats;
     for (std::size_t c = 0; c < 3; ++c) std::copy(rows[c], rows[c] + count, floats[c].data());
@@ -40,6 +43,7 @@ template <class Transform> void inFloats(std::int32_t* const rows[3], int count,
 
 } // namespace
 
+// RCT of G.2.1 and ICT of G.3.1, on the library's functions for each kind of numbers.
 template <Road R> void forwardColour(Number<R>* const rows[3], int count, int depth) {
     if constexpr (R == Road::narrow)
         zmxiRCTFwd_JPEG2K_16s_P3IR(rows, sizeof(std::int16_t), {count, 1});
@@ -53,6 +57,7 @@ template <Road R> void forwardColour(Number<R>* const rows[3], int count, int de
         inFloats(rows, count, zmxiICTFwd_JPEG2K_32f_P3IR);
 }
 
+// G.2.2 and G.3.2.
 template <Road R> void inverseColour(Number<R>* const rows[3], int count, int depth) {
     if constexpr (R == Road::narrow)
         zmxiRCTInv_JPEG2K_16s_P3IR(rows, sizeof(std::int16_t), {count, 1});
@@ -66,11 +71,13 @@ template <Road R> void inverseColour(Number<R>* const rows[3], int count, int de
         inFloats(rows, count, zmxiICTInv_JPEG2K_32f_P3IR);
 }
 
+// Samples count from the smallest: the middle of their range becomes 0, signed or not (G.1.1).
 template <Road R> void fromSamples(std::span<const Sample> samples, int depth, Number<R>* to) {
     const std::int32_t middle = 1 << (depth - 1);
     for (std::size_t i = 0; i < samples.size(); ++i) to[i] = Number<R>((samples[i] - middle) * (1 << fractionBits(R)));
 }
 
+// And back (G.1.2). What quantisation has driven out of the range is limited to it.
 template <Road R> void toSamples(const Number<R>* from, int depth, std::span<Sample> samples) {
     const std::int32_t middle = 1 << (depth - 1), largest = (1 << depth) - 1;
     if constexpr (R == Road::precise) {

@@ -1,5 +1,6 @@
-// colour.h - between samples and the numbers that the wavelet works on: level shift and component transforms (annex G),
-// on parts of rows that fit a cache.
+// colour.h - between samples and the numbers that the wavelet works on: level shift and component transforms (annex
+// G), on parts of rows that fit a cache.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/road.h"

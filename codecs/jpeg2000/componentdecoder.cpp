@@ -1,4 +1,5 @@
 // componentdecoder.cpp - stripes of a component.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/componentdecoder.h"
 
 #include <algorithm>
@@ -14,9 +15,10 @@ int thinningOf(const CodedComponent& component, int reduce) {
 } // namespace
 
 ComponentDecoder::ComponentDecoder(const CodedComponent& component, const Rect& wanted, int reduce)
-    : coded(component), rect(wanted), thinning(thinningOf(component, reduce)) {
+    : coded(component), rect(wanted), thinning(thinningOf(component, reduce)), stripe(makeRows(road(), 0, 0)) {
     if (rect.empty()) return;
     const int resolution = std::max(coded.coding.style.levels - reduce, 0);
+    // The first and the last sample that is wanted, and what lies between them.
     const Rect all{rect.x0 << thinning, rect.y0 << thinning, ((rect.x1 - 1) << thinning) + 1,
                    ((rect.y1 - 1) << thinning) + 1};
     synthesis = makeSynthesis(coded, resolution, all);
@@ -30,10 +32,7 @@ void ComponentDecoder::advance(int rows) {
     begin = end;
     end = numbers(rows);
     if (end == begin) return;
-    onRoad(road(), [&]<Road R>() {
-        if (!std::holds_alternative<NumberRows<Number<R>>>(stripe)) stripe = NumberRows<Number<R>>();
-        rowsOn<R>(stripe).reset(end - begin, numbers(rect.width()));
-    });
+    onRoad(road(), [&]<Road R>() { rowsOn<R>(stripe).reset(end - begin, numbers(rect.width())); });
     synthesis->take(end - begin, stripe);
 }
 

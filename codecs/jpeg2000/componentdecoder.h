@@ -1,4 +1,5 @@
 // componentdecoder.h - one component of a tile on its way from code blocks to samples, stripe by stripe.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/synthesis.h"

@@ -1,4 +1,5 @@
 // decode.cpp - a file to a picture: boxes, codestream, then its tiles from the top down.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/boxes.h"
 #include "codecs/jpeg2000/parallel.h"
 #include "codecs/jpeg2000/planar.h"
@@ -9,9 +10,21 @@ namespace codecs::jpeg2000 {
 
 namespace {
 
+// The wanted part of the reference grid.
+Rect windowOf(const ImageSize& s, const DecodeOptions& options) {
+    const Rect r = options.window ? windowOn(s, *options.window) : Rect{s.x0, s.y0, s.x1, s.y1};
+    // The limit is about what is decoded: a small window of a huge picture passes.
+    checkSize(std::uint64_t(r.width()), std::uint64_t(r.height()), options.maxPixels);
+    // Most pictures have up to four components.
+    std::uint64_t samples = 0;
+    for (const SizComponent& c : s.components) samples += componentRect(r, c).area();
+    need(options.component >= 0 || samples / 4 <= options.maxPixels, "more samples than four to each pixel allowed");
+    return r;
+}
+
 // A file, and what of it is wanted.
+// The samples go into rows where all components are in step, and else by way of planes.
 class Decoding {
-    const DecodeOptions& options;
     const int threads;
     Boxes boxes;
     Codestream stream;
@@ -20,6 +33,7 @@ class Decoding {
 
     // The components of the first channels are wanted.
     void want(std::size_t channels) {
+        // What no channel shows need not be decoded.
         scope.wanted.assign(stream.size.components.size(), false);
         for (std::size_t k = 0; k < channels; ++k) scope.wanted[map.channels[k].component] = true;
         scope.lead = map.channels[0].component;
@@ -39,12 +53,13 @@ class Decoding {
     }
 
 public:
-    Decoding(ByteView file, const DecodeOptions& o)
-        : options(o), threads(threadCount(o.threads)), boxes(readBoxes(file)),
-          stream(readCodestream(boxes.codestream, o.maxPixels)),
-          scope{stream, {stream.size.x0, stream.size.y0, stream.size.x1, stream.size.y1}, o.reduce, o.layers, {}, 0},
-          map(channelsOf(boxes, stream.size, -1)) {
+    Decoding(ByteView file, const DecodeOptions& options)
+        : threads(threadCount(options.threads)), boxes(readBoxes(file)), stream(readMainHeader(boxes.codestream)),
+          scope{stream, windowOf(stream.size, options), options.reduce, options.layers, {}, 0},
+          map(channelsOf(boxes, stream.size, options.component)) {
         need(options.reduce >= 0 && options.reduce <= kMaxLevels && options.layers >= 0, "no such resolution or layer");
+        // Tile-parts of other tiles are not looked at.
+        findTileParts(stream, scope.window);
     }
     DecodedPlanes planes() {
         want(map.channels.size());
@@ -57,13 +72,14 @@ public:
     std::vector<std::string> rows(RowSink& to) {
         std::vector<std::string> warnings;
         want(channelsShown(map));
+        // In step: a band of samples at a time. Otherwise rows of different components are due at different times.
         if (inStep(map, stream.size)) {
-            RowOutput sink(to, map, stream.size, scope.samples(scope.lead, scope.window), {});
+            RowOutput sink(to, map, stream.size, scope.samples(scope.lead, scope.window));
             warnings = run(sink);
         } else {
             PlanarSink sink(scope.window, areas());
             warnings = run(sink);
-            repeatRows(sink, map, stream.size, scope.reduce, to, {});
+            repeatRows(sink, map, stream.size, scope.reduce, to);
         }
         to.finish();
         return warnings;

@@ -1,4 +1,5 @@
 // describe.cpp - the boxes and headers of a file in words.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/boxes.h"
 #include "codecs/jpeg2000/codestream.h"
 
@@ -9,6 +10,7 @@ namespace codecs::jpeg2000 {
 
 namespace {
 
+// Formatted text behind what is there; a line is never longer than this.
 __attribute__((format(printf, 2, 3))) void print(std::string& text, const char* format, ...) {
     char line[256];
     va_list args;
@@ -18,6 +20,7 @@ __attribute__((format(printf, 2, 3))) void print(std::string& text, const char* 
     text += line;
 }
 
+// Words for the codes of marker segments.
 const char* nameOf(Progression p) {
     static const char* const names[] = {"LRCP", "RLCP", "RPCL", "PCRL", "CPRL"};
     return names[int(p)];
@@ -52,6 +55,7 @@ const char* nameOf(int marker) {
     }
 }
 
+// One line on how a component is coded.
 void describeComponent(std::string& text, const Codestream& s, std::size_t c) {
     const SizComponent& k = s.size.components[c];
     const CodingStyle& style = s.main.coding[c];
@@ -75,12 +79,15 @@ std::string describe(ByteView file) {
               boxes.enumeratedColour,
               boxes.palette.depths.empty() ? 0 : boxes.palette.entries.size() / boxes.palette.depths.size(),
               boxes.channels.size());
-    const Codestream s = readCodestream(boxes.codestream, std::size_t(1) << 62);
+    Codestream s = readMainHeader(boxes.codestream);
+    // All tile-parts one by one, whatever TLM segments say.
+    findTileParts(s, {s.size.x0, s.size.y0, s.size.x1, s.size.y1});
     const ImageSize& z = s.size;
     print(text, "image area %u,%u to %u,%u; %d x %d tiles of %u x %u from %u,%u; %zu components\n", z.x0, z.y0, z.x1,
           z.y1, z.tilesAcross(), z.tilesDown(), z.tileWidth, z.tileHeight, z.tileX, z.tileY, z.components.size());
     print(text, "%s, %d layers, %s component transform%s%s\n", nameOf(s.main.tile.progression), s.main.tile.layers,
           s.main.tile.colourTransform ? "with" : "no", s.main.tile.sop ? ", SOP" : "", s.main.tile.eph ? ", EPH" : "");
+    // A file may have thousands of components that are all alike.
     for (std::size_t c = 0; c < z.components.size() && c < 32; ++c) describeComponent(text, s, c);
     for (const Segment& m : s.mainSegments) print(text, "%s: %zu bytes\n", nameOf(m.marker), m.content.size());
     for (const auto& [index, tile] : s.tiles) {

@@ -1,4 +1,5 @@
 // encode.cpp - a picture to a file: tiles, then layers for what is asked, then the codestream and its boxes.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/boxes.h"
 #include "codecs/jpeg2000/codestreamwriter.h"
 #include "codecs/jpeg2000/parallel.h"
@@ -8,9 +9,11 @@
 #include "codecs/jpeg2000/settings.h"
 #include "codecs/jpeg2000/tileencoder.h"
 #include "codecs/jpeg2000/tiles.h"
+#include "codecs/picture/bytefile.h"
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace codecs::jpeg2000 {
 
@@ -38,12 +41,15 @@ public:
     double error() const { return double(total); }
 };
 
+// A picture on its way into a codestream. Without layers to be cut it goes through row of tiles by row of tiles;
+// otherwise all coded blocks wait until it is known what they are worth.
 class Encoder {
     SampleSource& source;
     const EncodeOptions& options;
     const int threads;
     const ImageSize& size;
     HeaderSet headers;
+    const Rect region;              // of interest
     std::vector<EncodedTile> tiles; // all of them, or a row of them
 
     template <class Use> static void forEachBlock(EncodedTile& t, Use use) {
@@ -54,15 +60,18 @@ class Encoder {
     // As many guard bits as the largest coefficient asks for.
     void settleGuardBits(EncodedTile& tile) {
         forEachBlock(tile, [&](std::size_t c, const Block& block, CodedBlock& coded) {
-            const int exponent = headers.quant[c].step(block.resolution, block.band).exponent;
-            tile.guardBits = std::max(tile.guardBits, coded.bitPlanes + 1 - exponent);
+            const int exponent = headers.quant[c].step(block.resolution, block.band).exponent, s = headers.roiShift[c];
+            // A block that holds a part of a region has s planes more than its numbers.
+            const int planes = coded.bitPlanes > s ? coded.bitPlanes - s : coded.bitPlanes;
+            tile.guardBits = std::max(tile.guardBits, planes + 1 - exponent);
+            need(s == 0 || exponent + tile.guardBits - 1 <= s, "coefficients too large for a region of interest");
         });
         need(tile.guardBits <= 7, "coefficients that do not fit their guard bits");
     }
     void settleZeroPlanes(EncodedTile& tile) {
         forEachBlock(tile, [&](std::size_t c, const Block& block, CodedBlock& coded) {
             const int exponent = headers.quant[c].step(block.resolution, block.band).exponent;
-            coded.zeroPlanes = tile.guardBits + exponent - 1 - coded.bitPlanes;
+            coded.zeroPlanes = tile.guardBits + exponent - 1 + headers.roiShift[c] - coded.bitPlanes;
         });
     }
 
@@ -72,14 +81,14 @@ class Encoder {
         const std::size_t at = tiles.size();
         tiles.resize(at + std::size_t(across));
         if (across == 1)
-            tiles[at] = TileEncoder(size, headers, source, threads).encode(first, true);
+            tiles[at] = TileEncoder(size, headers, region, source, threads).encode(first, true);
         else {
             const Rect area = tileRect(size, first);
             source.advance(area.y0, area.y1);
             const bool share = across >= threads; // a tile for a thread, or all threads for a tile
             std::vector<TileEncoder> encoders;
             for (int t = 0; t < (share ? threads : 1); ++t)
-                encoders.emplace_back(size, headers, source, share ? 1 : threads);
+                encoders.emplace_back(size, headers, region, source, share ? 1 : threads);
             parallelFor(std::size_t(across), int(encoders.size()), [&](std::size_t i, int thread) {
                 tiles[at + i] = encoders[std::size_t(thread)].encode(first + int(i), false);
             });
@@ -99,30 +108,46 @@ class Encoder {
         }
     }
 
+    // The largest difference of the first component, which PSNR is about.
     double peak() const { return (1 << size.components[0].depth) - 1; }
+    double samplesOf(const SizComponent& c) const {
+        return double(componentRect({size.x0, size.y0, size.x1, size.y1}, c).area());
+    }
     double samples() const {
         double n = 0;
-        for (const SizComponent& c : size.components)
-            n += double(componentRect({size.x0, size.y0, size.x1, size.y1}, c).area());
+        for (const SizComponent& c : size.components) n += samplesOf(c);
         return n;
+    }
+
+    // Bytes of the file up to the end of each layer, as rates or ratios ask for.
+    std::vector<double> layerBytes() const {
+        constexpr double everything = std::numeric_limits<double>::infinity();
+        const double pixels = double(size.x1 - size.x0) * double(size.y1 - size.y0);
+        double bits = 0;
+        for (const SizComponent& c : size.components) bits += c.depth * samplesOf(c);
+        std::vector<double> bytes;
+        for (const double rate : options.rates) bytes.push_back(rate * pixels / 8);
+        for (const double ratio : options.ratios) bytes.push_back(ratio == 1 ? everything : bits / 8 / ratio);
+        return bytes;
     }
 
     // `psnrs` are what to aim at for options.psnrs.
     void allocate(const std::vector<double>& psnrs) {
         RateTarget target;
-        const double pixels = double(size.x1 - size.x0) * double(size.y1 - size.y0);
+        // A rate counts the whole codestream, of which packets are what can be cut.
         const auto overhead = double(headerBytes(size, headers, options));
-        for (const double rate : options.rates) target.bytes.push_back(rate * pixels / 8 - overhead);
+        for (const double b : layerBytes()) target.bytes.push_back(b - overhead);
+        // The squared error of all samples that a PSNR stands for.
         for (const double psnr : psnrs) target.errors.push_back(peak() * peak() * samples() * std::pow(10, -psnr / 10));
         allocateLayers(tiles, size, headers, target);
     }
 
     // PSNR of the picture as a decoder of so many layers has it.
     double measured(ByteView codestream, int layers) const {
-        const Codestream stream = readCodestream(codestream, ~std::size_t(0));
-        const Scope scope{
-            stream, {size.x0, size.y0, size.x1, size.y1}, 0, layers, std::vector<bool>(size.components.size(), true),
-            0};
+        const Rect all{size.x0, size.y0, size.x1, size.y1};
+        Codestream stream = readMainHeader(codestream);
+        findTileParts(stream, all);
+        const Scope scope{stream, all, 0, layers, std::vector<bool>(size.components.size(), true), 0};
         Comparison comparison(source);
         decodeTiles(scope, comparison, threads);
         const double error = comparison.error();
@@ -136,14 +161,17 @@ class Encoder {
         for (int round = 0; round < 2; ++round) {
             MemorySink tried;
             writeAll(tried);
+            // By how much a layer missed is how much higher the next round aims.
             for (std::size_t layer = 0; layer < aims.size(); ++layer)
                 aims[layer] += options.psnrs[layer] - measured(tried.bytes, int(layer) + 1);
             allocate(aims);
         }
     }
 
+    // All tiles that have been kept.
     void writeAll(ByteSink& sink) const {
         CodestreamWriter writer(size, headers, options, sink);
+        // The main header holds the headers of all packets: it cannot be written ahead of them.
         if (options.packedHeaders == PackedHeaders::main) return writer.write(tiles);
         writer.begin();
         for (const EncodedTile& t : tiles) writer.write(t);
@@ -169,10 +197,12 @@ class Encoder {
 
 public:
     Encoder(SampleSource& from, const ImageSize& imageSize, const EncodeOptions& o)
-        : source(from), options(o), threads(threadCount(o.threads)), size(imageSize), headers(headersOf(size, o)) {}
+        : source(from), options(o), threads(threadCount(o.threads)), size(imageSize), headers(headersOf(size, o)),
+          region(o.region ? windowOn(size, *o.region) : Rect{}) {}
 
     void run(ByteSink& sink) {
-        const bool cut = !options.rates.empty() || !options.psnrs.empty();
+        // Only where nothing is cut and nothing waits for the end.
+        const bool cut = !options.rates.empty() || !options.psnrs.empty() || !options.ratios.empty();
         if (!cut && options.packedHeaders != PackedHeaders::main) return stream(sink);
         for (int row = 0; row < size.tilesDown(); ++row) encodeRow(row);
         settleHeaders();
@@ -187,16 +217,34 @@ public:
 
 void encodeTo(ByteSink& sink, SampleSource& source, const ImageSize& size, const FileHeader& header,
               const EncodeOptions& options) {
-    if (!options.jp2) {
-        Encoder(source, size, options).run(sink);
-        return;
+    if (!sink.seekable()) { // lengths are filled in behind what they are the lengths of
+        SpooledSink spool(sink);
+        return encodeTo(spool, source, size, header, options);
     }
-    sink.write(writeBoxes(size, header));
+    if (options.jp2) sink.write(writeBoxes(size, header));
     const std::uint64_t begin = sink.position();
     Encoder(source, size, options).run(sink);
-    patchCodestreamBox(sink, begin);
+    if (options.jp2) patchCodestreamBox(sink, begin);
+    sink.finish();
 }
 
+// A JP2 file has a place for everything, but for shapes of pixels of no size (I.5.3.7).
+std::vector<std::string> lossIn(const Metadata& metadata, bool jp2) {
+    if (!jp2) return lossOf(metadata, "a codestream without boxes");
+    Metadata lost;
+    if (metadata.resolution && metadata.resolution->unit == codecs::Resolution::Unit::none)
+        lost.resolution = metadata.resolution;
+    return lossOf(lost, "a JP2 file");
+}
+
+// What `write` makes.
+template <class Write> Bytes inMemory(Write write) {
+    MemorySink sink;
+    write(sink);
+    return std::move(sink.bytes);
+}
+
+// What a planar picture says of a component must be true.
 void testComponent(const Rect& area, const Component& c) {
     const Rect r = componentRect(area, {c.depth, c.isSigned, c.dx, c.dy});
     need(!r.empty() && c.width == r.width() && c.height == r.height() && c.samples.size() == r.area(),
@@ -214,22 +262,23 @@ void encode(const PlanarPicture& picture, ByteSink& sink, const EncodeOptions& o
     const ImageSize size = sizeOf(area, components, options);
     for (const Component& c : picture.components) testComponent(area, c);
     PlanarSource source(picture);
-    encodeTo(sink, source, size, {picture.colour, picture.alpha}, options);
-    sink.finish();
+    encodeTo(sink, source, size, {picture.colour, picture.alpha, picture.metadata}, options);
 }
 
 Bytes encode(const PlanarPicture& picture, const EncodeOptions& options) {
-    MemorySink sink;
-    encode(picture, sink, options);
-    return std::move(sink.bytes);
+    return inMemory([&](ByteSink& sink) { encode(picture, sink, options); });
 }
 
-void encode(RowSource& picture, ByteSink& sink, const EncodeOptions& options) {
+std::vector<std::string> encode(RowSource& picture, ByteSink& sink, const EncodeOptions& options) {
     const Shape& shape = picture.shape();
     const Rect area{options.x0, options.y0, std::int64_t(options.x0) + shape.width,
                     std::int64_t(options.y0) + shape.height};
     const ImageSize size = sizeOf(area, componentsOf(shape, options), options);
-    const FileHeader header{ColourSpace::unknown, shape.alpha ? shape.channels - 1 : -1};
+    const ColourSpace colour = shape.colour == Colour::grey   ? ColourSpace::grey
+                               : shape.colour == Colour::rgb  ? ColourSpace::sRgb
+                               : shape.colour == Colour::cmyk ? ColourSpace::cmyk
+                                                              : ColourSpace::unknown;
+    const FileHeader header{colour, shape.alpha ? shape.channels - 1 : -1, picture.metadata()};
     if (options.psnrs.empty()) {
         RowInput source(picture, size);
         encodeTo(sink, source, size, header, options);
@@ -241,14 +290,12 @@ void encode(RowSource& picture, ByteSink& sink, const EncodeOptions& options) {
         source.advance(size.y0, size.y1);
         encodeTo(sink, source, size, header, options);
     }
-    sink.finish();
+    return lossIn(picture.metadata(), options.jp2);
 }
 
 Bytes encode(const Picture& picture, const EncodeOptions& options) {
     PictureSource source(picture);
-    MemorySink sink;
-    encode(source, sink, options);
-    return std::move(sink.bytes);
+    return inMemory([&](ByteSink& sink) { encode(source, sink, options); });
 }
 
 } // namespace codecs::jpeg2000

@@ -2,8 +2,9 @@
 // with the symmetric extension that they leave to their caller.
 //
 // Positions are absolute: those of low numbers are even, those of high ones odd. A line is the part [begin, end) of
-// them. A part of a longer line may be treated as a line of its own: what it makes of its edges reaches kReach positions
-// inwards and no further.
+// them. A part of a longer line may be treated as a line of its own: what it makes of its edges reaches kReach
+// positions inwards and no further.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/numberrows.h"
@@ -89,14 +90,15 @@ template <Road R> void inverseRow(const Line& line, Number<R>* low, Number<R>* h
         low[k] = low[line.mirrored(2 * (firstLow + k)) / 2 - firstLow];
         high[k] = high[line.mirrored(2 * (firstHigh + k) + 1) / 2 - firstHigh];
     };
+    // The 9/7 filter looks at three numbers of each kind beyond an end (F.3.7).
     for (int k = -3; k < 0; ++k) extend(k);
     for (int k = std::min(line.lows(), line.highs()); k < line.pairs() + 3; ++k) extend(k);
     constexpr int step = sizeof(Number<R>);
     Kernels<R>::inverseRow(low, step, high, step, {line.pairs(), 1}, x, step, line.phase());
 }
 
-// Column lifting as a pipeline over rows. Stages are numbered so that stage n makes low row 2n. The first stages work on
-// rows that never were; what they make has left the pipeline by the time that it would count.
+// Column lifting as a pipeline over rows. Stages are numbered so that stage n makes low row 2n. The first stages work
+// on rows that never were; what they make has left the pipeline by the time that it would count.
 template <Road R> class ForwardColumns {
     static constexpr bool kReversible = isReversible(R);
     using T = Number<R>;
@@ -125,6 +127,7 @@ public:
                 Kernels<R>::forwardLift(x0 + at, x1 + at, x2 + at, low0 + at, low1 + at, high0 + at, high1 + at,
                                         high2 + at, part);
         }
+        // What this stage has made is what the next one looks back at: names move, rows stay.
         std::swap(high0, high1);
         if constexpr (!kReversible) {
             std::swap(low0, low1);
@@ -163,6 +166,7 @@ public:
                 Kernels<R>::inverseLift(low + at, before + at, after + at, done + at, odd0 + at, even0 + at, odd1 + at,
                                         even1 + at, part);
         }
+        // As in the forward direction.
         std::swap(done, even0);
         if constexpr (!kReversible) {
             std::swap(odd0, odd1);

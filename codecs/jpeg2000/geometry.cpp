@@ -1,5 +1,6 @@
 // geometry.cpp - the layout of a tile, from the outside in: tile-components (B-12), resolutions (B-14), bands
 // (B-15), precincts (B-16) and code blocks (B.7).
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/geometry.h"
 
 #include <algorithm>
@@ -8,6 +9,7 @@ namespace codecs::jpeg2000 {
 
 namespace {
 
+// B-15.
 Rect bandRect(const Rect& tc, Orientation o, int levels) {
     if (o == LL) return reducedRect(tc, levels);
     const std::int64_t half = std::int64_t(1) << (levels - 1);
@@ -16,6 +18,7 @@ Rect bandRect(const Rect& tc, Orientation o, int levels) {
             ceilShift(tc.y1 - dy, levels)};
 }
 
+// Lays out the resolutions of one component after the other, and counts what they are made of.
 class Layout {
     const std::size_t maxParts;
     std::size_t parts = 0;
@@ -30,9 +33,11 @@ class Layout {
         const int wLog = band.blockWidthLog, hLog = band.blockHeightLog;
         const Rect r{std::max(precinct.x0, band.rect.x0), std::max(precinct.y0, band.rect.y0),
                      std::min(precinct.x1, band.rect.x1), std::min(precinct.y1, band.rect.y1)};
+        // A precinct may have no blocks in a band, and has packets all the same (B.6).
         if (r.empty()) return {};
         const std::int64_t left = r.x0 >> wLog, top = r.y0 >> hLog;
         const BlockGrid g{int(ceilShift(r.x1, wLog) - left), int(ceilShift(r.y1, hLog) - top), tc.blocks.size()};
+        // Counted ahead of being made: the memory of a hostile file is refused first.
         count(std::size_t(g.across) * std::size_t(g.down));
         for (int j = 0; j < g.down; ++j)
             for (int i = 0; i < g.across; ++i) {
@@ -44,11 +49,13 @@ class Layout {
         return g;
     }
 
+    // The precincts of a resolution and their code blocks, row by row (B.6, B.7). They lie on a grid that begins at 0.
     void precincts(TileComponent& tc, Resolution& res, int r) {
         if (res.rect.empty()) return;
         const int pw = res.precinctWidthLog, ph = res.precinctHeightLog, halving = r > 0 ? 1 : 0;
         const std::int64_t left = res.rect.x0 >> pw, top = res.rect.y0 >> ph;
         const std::int64_t across = ceilShift(res.rect.x1, pw) - left, down = ceilShift(res.rect.y1, ph) - top;
+        // Their product could wrap.
         if (std::size_t(across) > maxParts || std::size_t(down) > maxParts) count(maxParts + 1);
         count(std::size_t(across) * std::size_t(down));
         res.precinctsAcross = int(across);
@@ -78,6 +85,7 @@ public:
             res.rect = reducedRect(rect, style.levels - r);
             res.precinctWidthLog = style.precincts[std::size_t(r)] & 15;
             res.precinctHeightLog = style.precincts[std::size_t(r)] >> 4;
+            // nb of B-15: the lowest resolution is the LL band, the others add bands of one level up.
             const int levels = r == 0 ? style.levels : style.levels - r + 1;
             // A code block is no larger than the precinct's part of its band (B.7).
             const int halving = r > 0 ? 1 : 0;
@@ -94,6 +102,7 @@ public:
 
 } // namespace
 
+// B-7 to B-10.
 Rect tileRect(const ImageSize& s, int index) {
     const std::int64_t p = index % s.tilesAcross(), q = index / s.tilesAcross();
     return {std::max<std::int64_t>(s.tileX + p * s.tileWidth, s.x0),
@@ -102,6 +111,15 @@ Rect tileRect(const ImageSize& s, int index) {
             std::min<std::int64_t>(s.tileY + (q + 1) * s.tileHeight, s.y1)};
 }
 
+Rect windowOn(const ImageSize& s, const Window& w) {
+    const std::int64_t width = s.x1 - s.x0, height = s.y1 - s.y0;
+    if (w.x < 0 || w.y < 0 || w.width < 1 || w.height < 1 || w.x >= width || w.width > width - w.x || w.y >= height ||
+        w.height > height - w.y)
+        throw Error("a window that is not within the picture");
+    return {s.x0 + w.x, s.y0 + w.y, s.x0 + w.x + w.width, s.y0 + w.y + w.height};
+}
+
+// B-12.
 Rect componentRect(const Rect& g, const SizComponent& c) {
     return {ceilDiv(g.x0, c.dx), ceilDiv(g.y0, c.dy), ceilDiv(g.x1, c.dx), ceilDiv(g.y1, c.dy)};
 }

@@ -1,4 +1,5 @@
 // geometry.h - where tiles, tile-components, resolutions, bands, precincts and code blocks lie (annex B).
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/parameters.h"
@@ -61,6 +62,8 @@ struct Tile {
 };
 
 Rect tileRect(const ImageSize& size, int index);
+// A window as a rectangle of the reference grid; one that is not within the picture is refused.
+Rect windowOn(const ImageSize& size, const Window& window);
 Rect componentRect(const Rect& onGrid, const SizComponent& c);
 // The rectangle of a tile-component with `levels` wavelet levels taken off.
 Rect reducedRect(const Rect& r, int levels);

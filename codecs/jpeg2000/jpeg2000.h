@@ -1,10 +1,12 @@
 // jpeg2000.h - JPEG2000 Part 1 files in memory (ISO/IEC 15444-1): pictures to bytes and back.
 //
 // A picture is a list of components, each with its own size, depth and sign.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/rows.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,13 +23,14 @@ struct Component {
     int largest() const { return (1 << (isSigned ? depth - 1 : depth)) - 1; }
 };
 
-enum class ColourSpace { unknown, grey, sRgb, sYcc };
+enum class ColourSpace { unknown, grey, sRgb, sYcc, cmyk };
 
 struct PlanarPicture {
     std::uint32_t x0 = 0, y0 = 0, x1 = 0, y1 = 0; // the image area on the reference grid
     std::vector<Component> components;
     ColourSpace colour = ColourSpace::unknown;
     int alpha = -1; // the component that holds the opacity, or -1
+    Metadata metadata = {};
 };
 
 // Orders of packets, in the codes of Table A.16.
@@ -52,6 +55,18 @@ struct ProgressionChange {
 // Where packet headers are: with their packets, or in the PPM and PPT segments of the headers.
 enum class PackedHeaders { none, main, tile };
 
+// A part of a picture, in pixels of its full size from its top left corner.
+struct Window {
+    std::int64_t x = 0, y = 0, width = 0, height = 0;
+};
+
+// What a component has of its own, in COC and QCC segments; the rest is as for all.
+struct ComponentOptions {
+    int component = 0;
+    std::optional<bool> reversible = {};
+    std::optional<int> levels = {}, blockWidth = {}, blockHeight = {};
+};
+
 struct EncodeOptions {
     bool reversible = true; // 5/3 and RCT; otherwise 9/7 and ICT
     int levels = 5;         // wavelet levels, 0 to 32
@@ -72,22 +87,32 @@ struct EncodeOptions {
     bool tilePartsByResolution = false;          // begin a tile-part where the resolution changes (R-first orders)
     std::vector<ProgressionChange> changes = {}; // of the progression; together they hold every packet
     PackedHeaders packedHeaders = PackedHeaders::none;
-    // What the layers hold, the smallest first: bits a pixel, or dB. Empty: one layer of everything. An infinite
-    // last entry stands for everything.
-    std::vector<double> rates = {}, psnrs = {};
+    bool tileLengths = true;                // TLM segments in files of several tile-parts
+    std::vector<ComponentOptions> own = {}; // of single components
+    std::optional<Window> region = {};      // that comes ahead of all else in the bits of each code block (max shift)
+    // What the layers hold, the smallest first: bits a pixel, dB, or how many times smaller than the samples they are.
+    // Empty: one layer of everything. An infinite last rate or PSNR, and a ratio of 1, stand for everything.
+    std::vector<double> rates = {}, psnrs = {}, ratios = {};
     double baseStep = 0; // quantiser step of 8-bit samples at a basis function of norm 1; 0: by what is asked
     bool jp2 = true;     // JP2 boxes around the codestream
     int threads = 0;     // 0: one a processor. The bytes do not depend on it
 };
-void encode(RowSource& picture, ByteSink& file, const EncodeOptions& options = {});
+
+// An Error for options that no picture could be encoded with; encode() finds them too.
+void check(const EncodeOptions& options);
+
+// Gives warnings, a line each: of what travels beside the samples a bare codestream holds nothing.
+std::vector<std::string> encode(RowSource& picture, ByteSink& file, const EncodeOptions& options = {});
 Bytes encode(const Picture& picture, const EncodeOptions& options = {});
 void encode(const PlanarPicture& picture, ByteSink& file, const EncodeOptions& options = {});
 Bytes encode(const PlanarPicture& picture, const EncodeOptions& options = {});
 
 struct DecodeOptions {
-    int reduce = 0;                               // leave out this many of the highest resolutions
-    int layers = 0;                               // decode this many; 0: all
-    std::size_t maxPixels = std::size_t(1) << 28; // of the picture's samples in the file; more are refused
+    int reduce = 0;                       // leave out this many of the highest resolutions
+    int layers = 0;                       // decode this many; 0: all
+    std::optional<Window> window = {};    // as it comes out of the whole; what it does not ask for is not decoded
+    int component = -1;                   // one component of the codestream alone, palette left aside; -1: all
+    std::uint64_t maxPixels = kMaxPixels; // of the window in full size; more are refused
     int threads = 0;
 };
 

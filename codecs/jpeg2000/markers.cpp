@@ -1,4 +1,5 @@
 // markers.cpp - the marker segments that say how a codestream is coded. Every field is tested before it is used.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/markers.h"
 
 #include <algorithm>
@@ -7,6 +8,7 @@ namespace codecs::jpeg2000 {
 
 namespace {
 
+// SPcod and SPcoc (Table A.20): what a component may have of its own.
 void readStyle(ByteReader& in, bool ownPrecincts, CodingStyle& style) {
     style.levels = in.u8();
     style.blockWidthLog = in.u8() + 2;
@@ -17,6 +19,7 @@ void readStyle(ByteReader& in, bool ownPrecincts, CodingStyle& style) {
     need(style.blockWidthLog <= 10 && style.blockHeightLog <= 10 && style.blockWidthLog + style.blockHeightLog <= 12,
          "a code-block size that is not allowed");
     need(style.style < 64, "a code-block style that is not of Part 1");
+    // Part 2 has transforms of its own; without them the colours would be wrong.
     need(transform <= 1, "a wavelet that is not of Part 1");
     style.reversible = transform == 1;
     style.precincts.fill(0xFF);
@@ -28,16 +31,20 @@ void readStyle(ByteReader& in, bool ownPrecincts, CodingStyle& style) {
     }
 }
 
+// Sqcd and SPqcd (Tables A.28 to A.30). There may be steps for more levels than there are.
 Quantization readQuantization(ByteReader& in) {
     Quantization q;
     const int sqcd = in.u8();
     need((sqcd & 31) <= 2, "an unknown kind of quantisation");
     q.kind = Quantization::Kind(sqcd & 31);
     q.guardBits = sqcd >> 5;
+    // Without quantisation a step is an exponent of five bits, else one of five and a mantissa of eleven.
     const int width = q.kind == Quantization::none ? 1 : 2;
     while (in.left() >= std::size_t(width) && q.steps.size() < 3 * kMaxLevels + 1) {
         const int v = int(in.number(width));
+        // Without quantisation an exponent alone, in the upper five bits (Table A.29); else 11 bits of mantissa.
         q.steps.push_back(width == 1 ? StepSize{v >> 3, 0} : StepSize{v >> 11, v & 2047});
+        // Steps of other bands follow from that of LL.
         if (q.kind == Quantization::derived) break;
     }
     need(!q.steps.empty(), "a quantisation without step sizes");
@@ -51,6 +58,7 @@ Progression progressionOf(int v) {
 
 } // namespace
 
+// Derived steps have the exponent of LL less one for each level up (E-5).
 StepSize Quantization::step(int resolution, int band) const {
     if (kind == derived) return {std::max(steps[0].exponent - std::max(resolution - 1, 0), 0), steps[0].mantissa};
     const auto index = std::size_t(resolution == 0 ? 0 : 3 * (resolution - 1) + 1 + band);
@@ -60,6 +68,7 @@ StepSize Quantization::step(int resolution, int band) const {
 
 namespace {
 
+// Ssiz, XRsiz and YRsiz (Table A.11).
 SizComponent readSizComponent(ByteReader& in) {
     SizComponent k;
     const int depth = in.u8();
@@ -72,16 +81,9 @@ SizComponent readSizComponent(ByteReader& in) {
     return k;
 }
 
-std::uint64_t samplesOf(const ImageSize& s, const SizComponent& k) {
-    const auto extent = [](std::uint64_t from, std::uint64_t to, unsigned d) {
-        return (to + d - 1) / d - (from + d - 1) / d;
-    };
-    return extent(s.x0, s.x1, unsigned(k.dx)) * extent(s.y0, s.y1, unsigned(k.dy));
-}
-
 } // namespace
 
-ImageSize readSiz(ByteView content, std::size_t maxPixels) {
+ImageSize readSiz(ByteView content) {
     ByteReader in(content, "SIZ");
     ImageSize s;
     in.u16(); // capabilities
@@ -94,6 +96,7 @@ ImageSize readSiz(ByteView content, std::size_t maxPixels) {
     s.tileX = in.u32();
     s.tileY = in.u32();
     const int components = in.u16();
+    // Coordinates are computed in 64 bits, but shown in signed ones of 32.
     need(s.x0 < s.x1 && s.y0 < s.y1 && s.x1 <= 0x7FFFFFFF && s.y1 <= 0x7FFFFFFF,
          "an image area that is empty or too large");
     need(s.tileWidth > 0 && s.tileHeight > 0 && s.tileX <= s.x0 && s.tileY <= s.y0 &&
@@ -101,14 +104,11 @@ ImageSize readSiz(ByteView content, std::size_t maxPixels) {
          "a grid of tiles that does not fit the image area");
     need(components >= 1 && components <= kMaxComponents, "no components, or more than 16384");
     const std::uint64_t across = std::uint64_t(s.tilesAcross()), down = std::uint64_t(s.tilesDown());
+    // Isot has 16 bits, of which 65535 is not used (Table A.5).
     need(across * down <= kMaxTiles, "more than 65535 tiles");
+    // Each tile keeps account of each component, even of one without samples.
     need(across * down * std::uint64_t(components) <= 1u << 22, "too many tiles of too many components");
-    std::uint64_t samples = 0;
-    for (int c = 0; c < components; ++c) {
-        s.components.push_back(readSizComponent(in));
-        samples += samplesOf(s, s.components.back());
-        need(samples <= maxPixels, "more samples than allowed (--max-pixels)");
-    }
+    for (int c = 0; c < components; ++c) s.components.push_back(readSizComponent(in));
     return s;
 }
 
@@ -116,11 +116,13 @@ HeaderReader::HeaderReader(HeaderSet& headers)
     : set(headers), ownCoding(headers.coding.size()), ownQuant(headers.coding.size()) {}
 
 std::size_t HeaderReader::component(ByteReader& in) const {
+    // A byte for up to 256 components, else two (Table A.22).
     const std::size_t c = in.number(componentBytes(set.coding.size()));
     need(c < set.coding.size(), "a marker segment for a component that is not there");
     return c;
 }
 
+// The style of all components, and what is common to a tile (A.6.1).
 void HeaderReader::takeCod(ByteReader& in) {
     const int scod = in.u8();
     set.tile.sop = scod & 2;
@@ -138,6 +140,7 @@ void HeaderReader::takeCod(ByteReader& in) {
     hasCoding = true;
 }
 
+// The quantisation of all components that have none of their own (A.6.4).
 void HeaderReader::takeQcd(ByteReader& in) {
     const Quantization q = readQuantization(in);
     for (std::size_t c = 0; c < set.quant.size(); ++c)
@@ -145,6 +148,7 @@ void HeaderReader::takeQcd(ByteReader& in) {
     hasQuant = true;
 }
 
+// Several segments of one header go on from each other (A.6.6).
 void HeaderReader::takePoc(ByteReader& in) {
     if (!hasChanges) set.changes.clear(); // those of the main header
     hasChanges = true;
@@ -156,6 +160,7 @@ void HeaderReader::takePoc(ByteReader& in) {
         p.layerEnd = in.u16();
         p.resolutionEnd = in.u8();
         p.componentEnd = int(in.number(width));
+        // CEpoc of one byte cannot say 256, and of two bytes 16384 is 0 too (Table A.32).
         if (p.componentEnd == 0) p.componentEnd = width == 1 ? 256 : kMaxComponents;
         p.order = progressionOf(in.u8());
         set.changes.push_back(p);
@@ -167,6 +172,7 @@ void HeaderReader::take(int marker, ByteView content) {
     if (marker == COD) takeCod(in);
     if (marker == QCD) takeQcd(in);
     if (marker == POC) takePoc(in);
+    // The others begin with the number of the component that they are about (A.6.2, A.6.3, A.6.5).
     if (marker != COC && marker != QCC && marker != RGN) return;
     const std::size_t c = component(in);
     if (marker == COC) {

@@ -1,4 +1,5 @@
 // norms.cpp - norms by way of the synthesis filters.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/norms.h"
 
 #include <cmath>
@@ -12,6 +13,7 @@ double lineNorm(const std::vector<double>& low, const std::vector<double>& high,
     std::vector<double> v{1};
     for (int l = 0; l < levels; ++l) {
         const std::vector<double>& f = l == 0 && isHigh ? high : low;
+        // A step of synthesis: zeros between the numbers, then the filter.
         std::vector<double> up(2 * v.size() + f.size());
         for (std::size_t i = 0; i < v.size(); ++i)
             for (std::size_t k = 0; k < f.size(); ++k) up[2 * i + k] += v[i] * f[k];

@@ -1,4 +1,5 @@
 // norms.h - how much the numbers of a band weigh in the picture.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/geometry.h"

@@ -1,4 +1,5 @@
 // numberrows.h - rows of numbers with room at both ends, where the filters find what lies past the edges.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/road.h"
@@ -20,6 +21,7 @@ public:
     NumberRows(int rows, int width) { reset(rows, width); }
     // The contents are of no worth afterwards. A row holds one number more, as kernels count in pairs.
     void reset(int rows, int width) {
+        // Rows begin at multiples of 16 numbers, where vectors of any width are aligned alike.
         stride = (std::size_t(width) + 1 + 2 * kMargin + 15) / 16 * 16;
         memory.resize(std::size_t(rows) * stride);
     }

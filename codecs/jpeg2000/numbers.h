@@ -1,4 +1,5 @@
 // numbers.h - big-endian numbers in memory, read and written.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/bytes.h"
@@ -36,6 +37,7 @@ public:
     ByteView rest() { return take(left()); }
 };
 
+// Writes at the end of bytes that grow.
 class ByteWriter {
     Bytes& out;
 

@@ -1,10 +1,12 @@
 // packetreader.cpp - packet headers (B.10) and bodies.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/packetreader.h"
 
 namespace codecs::jpeg2000 {
 
 namespace {
 
+// A block of the most planes that the standard knows: 38 of them (Table A.18 allows 7 guard bits and exponents of 31).
 constexpr int kMaxPassesInAll = 3 * 38 - 2;
 
 // The number of coding passes in a packet (Table B.4).
@@ -33,9 +35,11 @@ PacketReader::PacketReader(const Tile& layout, const HeaderSet& set, const Packe
     }
 }
 
+// What a packet header says of one block (B.10.4 to B.10.7): whether it contributes, then what is new of it.
 void PacketReader::readBlock(BitReader& bits, BlockStream& block, TagTree& inclusion, TagTree& zeroPlanes,
                              std::size_t leaf, int layer, unsigned style) {
     if (!(block.included ? bits.bit() : inclusion.below(leaf, layer + 1, bits))) return;
+    // Bit planes without any bit are told once, with the first contribution (B.10.5).
     if (!block.included) {
         int n = 1;
         while (!zeroPlanes.below(leaf, n, bits))
@@ -45,9 +49,11 @@ void PacketReader::readBlock(BitReader& bits, BlockStream& block, TagTree& inclu
     }
     int passes = readPassCount(bits);
     if (block.passes + passes > kMaxPassesInAll) throw Error("a code block with too many passes");
+    // Lblock grows by a bit for each 1 and stays so for the block (B.10.7.1).
     while (bits.bit())
         if (++block.lengthBits > 31) throw Error("a code block with too long a length");
     while (passes > 0) {
+        // A segment goes on from packet to packet until it has all passes that its style allows.
         int room = block.codewords.empty() ? 0
                                            : segmentPasses(style, block.passes - block.codewords.back().passes) -
                                                  block.codewords.back().passes;
@@ -65,10 +71,12 @@ void PacketReader::readBlock(BitReader& bits, BlockStream& block, TagTree& inclu
     }
 }
 
+// A header begins with a bit that says whether anything follows.
 void PacketReader::readHeader(const PacketId& id) {
     const auto c = std::size_t(id.component), r = std::size_t(id.resolution);
     const Precinct& precinct = tile.components[c].resolutions[r].precincts[id.precinct];
     PrecinctTrees& tree = trees[c][r][id.precinct];
+    // Trees are made as packets come to them: a window may never get to most.
     if (!tree.made) tree.make(precinct);
     ByteView& source = data.headersApart ? data.headers : data.body;
     BitReader bits(source);
@@ -84,6 +92,7 @@ void PacketReader::readHeader(const PacketId& id) {
     if (headers.tile.eph) skipMarker(source, EPH, 2);
 }
 
+// The bytes of a packet stand in the order of its header. What nobody wants is passed over.
 void PacketReader::readBody(bool keep) {
     for (const Contribution& c : contributions) {
         BlockStream& block = *c.block;
@@ -103,10 +112,12 @@ void PacketReader::readBody(bool keep) {
 }
 
 bool PacketReader::read(const PacketId& id) {
+    // Nsop is not looked at: packets stand in their order anyhow.
     if (headers.tile.sop) skipMarker(data.body, SOP, 6);
     if ((data.headersApart ? data.headers : data.body).empty()) return false;
     contributions.clear();
     readHeader(id);
+    // A component may have fewer resolutions than others: each leaves out its own highest ones.
     const int resolutions = int(tile.components[std::size_t(id.component)].resolutions.size());
     readBody(id.layer < layers && id.resolution < resolutions - reduce);
     return true;

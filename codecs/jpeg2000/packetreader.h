@@ -1,4 +1,5 @@
 // packetreader.h - takes the packets of a tile apart into the codeword segments of its code blocks.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/bits.h"

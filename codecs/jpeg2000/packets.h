@@ -1,4 +1,5 @@
 // packets.h - what the two directions of packet headers share (B.10).
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/geometry.h"

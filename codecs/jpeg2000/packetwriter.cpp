@@ -1,4 +1,5 @@
 // packetwriter.cpp - packet headers (B.10) and bodies, the other way round from packetreader.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/packetwriter.h"
 
 #include <algorithm>
@@ -8,6 +9,7 @@ namespace codecs::jpeg2000 {
 
 namespace {
 
+// The number of coding passes in a packet (Table B.4).
 void writePassCount(BitWriter& bits, int n) {
     if (n == 1)
         bits.bits(0, 1);
@@ -21,6 +23,7 @@ void writePassCount(BitWriter& bits, int n) {
         bits.bits(unsigned(511 << 7 | (n - 37)), 16);
 }
 
+// Bytes of a block up to the end of so many passes.
 std::uint32_t rateOf(const CodedBlock& b, int passes) {
     return passes == 0 ? 0 : b.passes[std::size_t(passes) - 1].rate;
 }
@@ -37,6 +40,7 @@ template <class Use> void forEachPart(const CodedBlock& b, int from, int until, 
 
 int passesBefore(const CodedBlock& b, int layer) { return layer == 0 ? 0 : b.layerPasses[std::size_t(layer) - 1]; }
 
+// Calls use(band, leaf of its tag trees, block) for the blocks of a precinct, in the order of packets.
 template <class Use> void forEachBlock(const Precinct& p, Use use) {
     for (std::size_t band = 0; band < 3; ++band)
         for (std::size_t i = 0; i < std::size_t(p.grids[band].across) * std::size_t(p.grids[band].down); ++i)
@@ -45,6 +49,7 @@ template <class Use> void forEachBlock(const Precinct& p, Use use) {
 
 } // namespace
 
+// Tag trees are made with the first packet of their precinct.
 PacketWriter::PacketWriter(const EncodedTile& encoded) : tile(encoded) {
     for (const TileComponent& c : tile.layout.components) {
         progress.emplace_back(c.blocks.size());
@@ -53,22 +58,28 @@ PacketWriter::PacketWriter(const EncodedTile& encoded) : tile(encoded) {
     }
 }
 
+// The numbers of all leaves must be known before the first bit is written: the layer that a block comes with first,
+// and how many of its planes are zero.
 void PacketWriter::makeTrees(PrecinctTrees& tree, const Precinct& precinct, std::size_t component) const {
     tree.make(precinct);
     forEachBlock(precinct, [&](std::size_t band, std::size_t leaf, std::size_t index) {
         const CodedBlock& b = tile.blocks[component][index];
+        // Blocks without passes stay beyond every layer.
         const auto first = std::find_if(b.layerPasses.begin(), b.layerPasses.end(), [](int n) { return n > 0; });
         if (first != b.layerPasses.end()) tree.inclusion[band].set(leaf, int(first - b.layerPasses.begin()));
         tree.zeroPlanes[band].set(leaf, b.zeroPlanes);
     });
 }
 
+// How many passes, and how long their segments are (B.10.6, B.10.7). The field for a length grows with the logarithm
+// of the passes; where that is not enough, ones make it wider for good.
 std::size_t PacketWriter::writeBlock(BitWriter& bits, const CodedBlock& block, Progress& done, int until) const {
     writePassCount(bits, until - done.passes);
     int wider = 0;
     forEachPart(block, done.passes, until, [&](int passes, std::uint32_t bytes) {
         wider = std::max(wider, int(std::bit_width(bytes)) - done.lengthBits - floorLog2(unsigned(passes)));
     });
+    // Lblock never shrinks (B.10.7.1).
     done.lengthBits += wider;
     while (wider-- > 0) bits.bit(true);
     bits.bit(false);
@@ -85,6 +96,7 @@ std::size_t PacketWriter::writeHeader(const PacketId& id, Bytes& out) {
     const Precinct& precinct = tile.layout.components[c].resolutions[r].precincts[id.precinct];
     PrecinctTrees& tree = trees[c][r][id.precinct];
     if (!tree.made) makeTrees(tree, precinct, c);
+    // A packet without anything is a single zero.
     bool empty = true;
     forEachBlock(precinct, [&](std::size_t, std::size_t, std::size_t i) {
         empty = empty && tile.blocks[c][i].layerPasses[layer] == progress[c][i].passes;
@@ -100,6 +112,7 @@ std::size_t PacketWriter::writeHeader(const PacketId& id, Bytes& out) {
             if (done.passes > 0)
                 bits.bit(until > done.passes);
             else
+                // Up to its first packet the tag tree tells of a block, afterwards a bit.
                 tree.inclusion[band].tell(leaf, id.layer + 1, bits);
             if (until == done.passes) return;
             if (done.passes == 0) tree.zeroPlanes[band].tell(leaf, block.zeroPlanes + 1, bits);
@@ -109,13 +122,14 @@ std::size_t PacketWriter::writeHeader(const PacketId& id, Bytes& out) {
     return body;
 }
 
-void PacketWriter::writeBody(const PacketId& id, Bytes& out) const {
+void PacketWriter::writeBody(const PacketId& id, ByteSink& out) const {
     const auto c = std::size_t(id.component);
     forEachBlock(tile.layout.components[c].resolutions[std::size_t(id.resolution)].precincts[id.precinct],
                  [&](std::size_t, std::size_t, std::size_t i) {
                      const CodedBlock& b = tile.blocks[c][i];
-                     out.insert(out.end(), b.bytes.begin() + rateOf(b, passesBefore(b, id.layer)),
-                                b.bytes.begin() + rateOf(b, b.layerPasses[std::size_t(id.layer)]));
+                     const std::size_t from = rateOf(b, passesBefore(b, id.layer));
+                     const std::size_t to = rateOf(b, b.layerPasses[std::size_t(id.layer)]);
+                     if (to > from) out.write(ByteView(b.bytes).subspan(from, to - from));
                  });
 }
 

@@ -1,4 +1,5 @@
 // packetwriter.h - puts the passes of code blocks into packets, layer by layer.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/bits.h"
@@ -25,7 +26,7 @@ public:
     // Writes a packet's header to `header` and tells how long its body is.
     std::size_t writeHeader(const PacketId& id, Bytes& header);
     // The body of a packet, as its block's layers say; needs no order.
-    void writeBody(const PacketId& id, Bytes& out) const;
+    void writeBody(const PacketId& id, ByteSink& out) const;
 };
 
 } // namespace codecs::jpeg2000

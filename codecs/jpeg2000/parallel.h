@@ -1,4 +1,5 @@
 // parallel.h - a loop spread over threads.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include <atomic>
@@ -10,6 +11,7 @@
 
 namespace codecs::jpeg2000 {
 
+// How many threads a request stands for.
 inline int threadCount(int asked) {
     const int n = asked > 0 ? asked : int(std::thread::hardware_concurrency());
     return n < 1 ? 1 : n > 256 ? 256 : n;
@@ -22,6 +24,7 @@ template <class Work> void parallelFor(std::size_t count, int threads, Work work
         for (std::size_t i = 0; i < count; ++i) work(i, 0);
         return;
     }
+    // Each thread takes the next index as it gets ready: blocks differ in how long they take.
     std::atomic<std::size_t> next{0};
     std::exception_ptr failure;
     std::mutex failing;
@@ -31,11 +34,13 @@ template <class Work> void parallelFor(std::size_t count, int threads, Work work
         } catch (...) {
             const std::lock_guard lock(failing);
             if (!failure) failure = std::current_exception();
+            // Nobody takes another one.
             next = count;
         }
     };
     std::vector<std::thread> team;
     for (int t = 1; t < threads && std::size_t(t) < count; ++t) team.emplace_back(run, t);
+    // The caller is a thread of the team, too.
     run(0);
     for (std::thread& t : team) t.join();
     if (failure) std::rethrow_exception(failure);

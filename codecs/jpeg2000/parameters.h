@@ -1,5 +1,6 @@
 // parameters.h - what the marker segments of a codestream say (ISO/IEC 15444-1, annex A), once they are read and
 // before they are written.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/jpeg2000.h"
@@ -60,6 +61,7 @@ struct CodingStyle {
     std::array<std::uint8_t, kMaxLevels + 1> precincts; // low half: log of the width, high half: of the height
 
     CodingStyle() { precincts.fill(0xFF); }
+    bool operator==(const CodingStyle&) const = default;
 };
 
 // The part of COD that all components share.
@@ -81,6 +83,7 @@ struct Quantization {
     std::vector<StepSize> steps; // by band: LL, then HL, LH, HH from the lowest resolution up; one if derived
 
     StepSize step(int resolution, int bandInResolution) const;
+    bool operator==(const Quantization&) const = default;
 };
 
 // What the markers of one header say. A tile's set starts as a copy of the main header's.

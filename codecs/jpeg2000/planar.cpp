@@ -1,4 +1,5 @@
 // planar.cpp - components in memory.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/planar.h"
 
 #include <algorithm>
@@ -15,6 +16,7 @@ void PlanarSource::get(std::size_t component, std::int64_t x, std::int64_t y, st
     const Rect& area = areas[component];
     const std::int32_t* from =
         c.samples.data() + std::size_t(y - area.y0) * std::size_t(c.width) + std::size_t(x - area.x0);
+    // Samples on their way count from the smallest, whatever the sign.
     const std::int32_t smallest = c.smallest();
     for (std::size_t i = 0; i < to.size(); ++i) to[i] = Sample(from[i] - smallest);
 }
@@ -23,6 +25,7 @@ PlanarSink::PlanarSink(const Rect& onGrid, const std::vector<Rect>& areas) : gri
     for (const Rect& r : areas) planes.push_back({r, std::vector<Sample>(r.area())});
 }
 
+// Threads put different parts of a plane, and never meet.
 void PlanarSink::put(std::size_t component, std::int64_t x, std::int64_t y, std::span<const Sample> samples) {
     Plane& p = planes[component];
     std::copy(samples.begin(), samples.end(),
@@ -35,14 +38,16 @@ std::span<const Sample> PlanarSink::row(std::size_t component, std::int64_t y) c
     return {p.samples.data() + std::size_t(y - p.area.y0) * width, width};
 }
 
+// Samples go back to numbers of their sign, and through the palette where there is one.
 PlanarPicture PlanarSink::picture(const ImageSize& size, const ChannelMap& map) const {
     PlanarPicture out;
-    out.x0 = size.x0;
-    out.y0 = size.y0;
-    out.x1 = size.x1;
-    out.y1 = size.y1;
+    out.x0 = std::uint32_t(grid.x0);
+    out.y0 = std::uint32_t(grid.y0);
+    out.x1 = std::uint32_t(grid.x1);
+    out.y1 = std::uint32_t(grid.y1);
     out.colour = map.colour;
     out.alpha = map.alpha;
+    out.metadata = map.metadata;
     for (const Channel& channel : map.channels) {
         const SizComponent& k = size.components[channel.component];
         const Plane& plane = planes[channel.component];

@@ -1,4 +1,5 @@
 // planar.h - pictures whose components stand apart in memory, as sources and sinks of samples.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/channels.h"

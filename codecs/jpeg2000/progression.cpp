@@ -1,4 +1,5 @@
 // progression.cpp - packets in order: precincts sorted by the keys of the progression, layers put in between.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/progression.h"
 
 #include <algorithm>
@@ -22,6 +23,7 @@ std::int64_t positionOf(std::int64_t index, int precinctLog, int levelsAbove, in
     return std::max((index << precinctLog << levelsAbove) * step, tileEdge);
 }
 
+// All precincts of a tile. How many layers of each have been visited is kept for all changes of progression together.
 std::vector<Place> placesOf(const ImageSize& size, const Tile& tile, std::vector<std::vector<std::vector<int>>>& done) {
     std::vector<Place> places;
     done.resize(tile.components.size());
@@ -46,6 +48,7 @@ std::vector<Place> placesOf(const ImageSize& size, const Tile& tile, std::vector
     return places;
 }
 
+// What the loops of B.12.1 run over, from the outside in.
 using Key = std::tuple<std::int64_t, std::int64_t, std::int64_t, std::int64_t, std::size_t>;
 Key keyOf(Progression order, const Place& p) {
     switch (order) {
@@ -62,6 +65,7 @@ Key keyOf(Progression order, const Place& p) {
 
 // Where the run of precincts ends within which the layers are the outer loop.
 std::size_t endOfRun(Progression order, const std::vector<Place>& places, std::size_t begin) {
+    // Layers are the outermost loop, or the one within resolutions, or the innermost (B.12.1.1 to B.12.1.5).
     if (order == Progression::LRCP) return places.size();
     std::size_t end = begin + 1;
     if (order == Progression::RLCP)
@@ -69,7 +73,9 @@ std::size_t endOfRun(Progression order, const std::vector<Place>& places, std::s
     return end;
 }
 
+// One progression; false where the visitor has had enough.
 bool run(std::vector<Place> places, Progression order, int layers, const std::function<bool(const PacketId&)>& visit) {
+    // Precincts of one key stand as they do in their resolution, since their index is the last part of it.
     std::sort(places.begin(), places.end(),
               [order](const Place& a, const Place& b) { return keyOf(order, a) < keyOf(order, b); });
     for (std::size_t begin = 0, end; begin < places.size(); begin = end) {
@@ -92,11 +98,13 @@ void forEachPacket(const ImageSize& size, const Tile& tile, const HeaderSet& hea
     std::vector<std::vector<std::vector<int>>> done;
     const std::vector<Place> places = placesOf(size, tile, done);
     if (headers.changes.empty()) {
+        // Without changes there is one run over everything.
         run(places, headers.tile.progression, headers.tile.layers, visit);
         return;
     }
     for (const ProgressionChange& change : headers.changes) {
         std::vector<Place> part;
+        // What an earlier change has visited is left out (B.12.2).
         const int layers = std::min(change.layerEnd, headers.tile.layers);
         for (const Place& p : places)
             if (p.component >= change.componentBegin && p.component < change.componentEnd && *p.layersDone < layers &&

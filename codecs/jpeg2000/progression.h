@@ -2,6 +2,7 @@
 //
 // Every order is a sorted list of precincts with the layers at one place: outermost (LRCP), within a resolution
 // (RLCP), or innermost (the three others). So one sort by key and one loop serve all five.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/geometry.h"

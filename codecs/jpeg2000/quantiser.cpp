@@ -1,9 +1,17 @@
 // quantiser.cpp - step sizes of bands, and style bits in the library's terms.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/quantiser.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace codecs::jpeg2000 {
+
+namespace {
+
+constexpr int kWordPlanes = 31, kFractionPlanes = 6;
+
+} // namespace
 
 double stepOf(const StepSize& s, int depth, Orientation o) {
     const int gain = o == LL ? 0 : o == HH ? 2 : 1; // log2 of Table E.1
@@ -14,8 +22,11 @@ BandCoding ComponentCoding::band(const BandPlace& place) const {
     const StepSize s = quant.step(place.resolution, place.index);
     BandCoding c;
     c.bitPlanes = quant.guardBits + s.exponent - 1;
-    if (!isReversible(road)) c.step = float(std::ldexp(stepOf(s, depth, place.orientation), fractionBits(road)));
     c.roiShift = roiShift;
+    if (isReversible(road)) return c;
+    c.step = float(std::ldexp(stepOf(s, depth, place.orientation), fractionBits(road)));
+    // The library's words have 31 bits for what is coded, a guard bit more, and fractions.
+    c.fractionPlanes = std::clamp(kWordPlanes - (c.bitPlanes + 1 + roiShift), 0, kFractionPlanes);
     return c;
 }
 

@@ -1,4 +1,5 @@
 // quantiser.h - how the numbers of a band are quantised (annex E), and what its code blocks look like to the library.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/geometry.h"
@@ -12,6 +13,7 @@ struct BandCoding {
     int bitPlanes = 0; // Mb of E-2
     float step = 1;    // in units of the road's least bit, 1 on the reversible ones
     int roiShift = 0;
+    int fractionPlanes = 0; // of an encoder, below the coded ones: they tell how far off each decision is
 };
 
 // Step size of a band (E-3) in units of the picture's samples.

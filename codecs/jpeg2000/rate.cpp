@@ -1,6 +1,7 @@
 // rate.cpp - the passes of a block where its rate and distortion leave the convex hull are never worth a cut. Those on
 // it are taken in the order of their slopes; a layer is a threshold for the slope, found by bisection. Its size is
 // that of the packets as they would be written.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/rate.h"
 
 #include <algorithm>
@@ -15,6 +16,7 @@ struct HullPoint {
     double slope, distortion; // of the step that ends here; reduction of the error so far
 };
 
+// A block with the cuts that are worth it. A slope picks one of them.
 struct HullBlock {
     CodedBlock* block;
     std::vector<HullPoint> hull; // of falling slopes
@@ -26,6 +28,7 @@ struct HullBlock {
     }
 };
 
+// Passes that cost more for what they give than those behind them fall out.
 std::vector<HullPoint> hullOf(const CodedBlock& b) {
     std::vector<HullPoint> hull;
     const auto rateAt = [&](std::size_t points) {
@@ -50,6 +53,7 @@ std::vector<HullPoint> hullOf(const CodedBlock& b) {
     return hull;
 }
 
+// Sets the passes of each layer, for all blocks of a picture together.
 class Allocator {
     std::vector<EncodedTile>& tiles;
     const ImageSize& size;
@@ -58,6 +62,7 @@ class Allocator {
     double error = 0; // without any pass
     double minSlope = 1e300, maxSlope = 0;
 
+    // A layer never takes back what one before it has given.
     void cutAll(int layer, double slope) {
         for (HullBlock& h : blocks) {
             const HullPoint* p = h.cut(slope);
@@ -66,6 +71,7 @@ class Allocator {
             layers[std::size_t(layer)] = std::uint16_t(std::max(p ? p->passes : 0, before));
         }
     }
+    // What is wrong with the picture if all blocks are cut at a slope.
     double errorAt(double slope) const {
         double left = error;
         for (const HullBlock& h : blocks)
@@ -96,6 +102,7 @@ class Allocator {
     template <class Good> double bisect(Good good) const {
         double low = std::log2(minSlope) - 1, high = std::log2(maxSlope) + 1;
         for (int i = 0; i < 40 && high - low > 1e-4; ++i) {
+            // Slopes span many powers of two, so that their logarithm is halved.
             const double middle = (low + high) / 2;
             (good(std::exp2(middle)) ? high : low) = middle;
         }
@@ -115,6 +122,7 @@ public:
                         maxSlope = std::max(maxSlope, p.slope);
                     }
                 }
+        // A picture without any pass: every slope cuts the same.
         if (maxSlope == 0) minSlope = maxSlope = 1;
     }
 

@@ -1,4 +1,5 @@
 // rate.h - post-compression rate-distortion optimisation: which passes of which code block go into which layer.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/packetwriter.h"

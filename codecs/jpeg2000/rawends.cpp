@@ -1,4 +1,5 @@
 // rawends.cpp - decodes segment by segment, and tries the ends that other encoders may have left.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/rawends.h"
 
 namespace codecs::jpeg2000 {
@@ -78,6 +79,7 @@ Segments mendRawEnds(ByteView bytes, std::span<const int> lengths, const BlockCa
         Bytes segment(bytes.begin(), bytes.begin() + length);
         bytes = bytes.subspan(std::size_t(length));
         const bool raw = isRaw(call.style, pass);
+        // Only raw segments are tried again: an MQ segment says nothing of its end without prediction.
         if (raw) attempts.remember();
         const bool sound = attempts.passes(segment) || (raw && mend(attempts, segment));
         out.bytes.insert(out.bytes.end(), segment.begin(), segment.end());

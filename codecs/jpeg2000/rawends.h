@@ -1,8 +1,9 @@
 // rawends.h - raw codeword segments whose ends are not those that the library's decoder wants to see.
 //
 // The library takes a raw segment for damaged unless the bits behind its last decision alternate, 0 first. Part 1 asks
-// for that padding with predictable termination alone: without it an encoder may pad as it likes, or leave out bytes of
-// ones at the end, which a decoder supplies (D.4.2, D.6). Such blocks are sound, and mending the ends shows it.
+// for that padding with predictable termination alone: without it an encoder may pad as it likes, or leave out bytes
+// of ones at the end, which a decoder supplies (D.4.2, D.6). Such blocks are sound, and mending the ends shows it.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/codewords.h"

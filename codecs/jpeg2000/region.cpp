@@ -1,4 +1,5 @@
 // region.cpp - from a wanted rectangle down the resolutions.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/region.h"
 
 #include "codecs/jpeg2000/filters.h"
@@ -16,6 +17,7 @@ Rect bandPart(const Rect& part, Orientation o) {
 }
 
 std::vector<Rect> partsFor(const TileComponent& component, int resolution, const Rect& wanted) {
+    // Each level adds the reach of the filter to what the level above asks for.
     std::vector<Rect> parts(std::size_t(resolution) + 1);
     Rect rect = wanted;
     for (int r = resolution; r >= 0; --r) {

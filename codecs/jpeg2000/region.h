@@ -1,4 +1,5 @@
 // region.h - which parts of a tile-component's resolutions and bands a wanted rectangle asks for.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/geometry.h"

@@ -1,8 +1,9 @@
 // road.h - the numbers in which a tile-component goes through colour transform and wavelet.
 //
 // The reversible road needs integers alone: 16 bits hold samples of up to 12 bits with all that the transforms add to
-// them, and go through the filters twice as fast as 32. On the irreversible road samples carry fraction bits. The filter
-// in fixed point has factors of 16 bits, which would blur samples of more than 12; those go in floating point.
+// them, and go through the filters twice as fast as 32. On the irreversible road samples carry fraction bits. The
+// filter in fixed point has factors of 16 bits, which would blur samples of more than 12; those go in floating point.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include <cstdint>
@@ -22,8 +23,8 @@ constexpr bool isReversible(Road road) { return road == Road::narrow || road == 
 constexpr int kFractionBits = 13;
 constexpr int fractionBits(Road road) { return road == Road::fixed ? kFractionBits : 0; }
 
-// The RCT takes one bit more. The 5/3 filter makes at most 2^3.2 of the largest number in two directions, and the lowest
-// band grows no further from level to level.
+// The RCT takes one bit more. The 5/3 filter makes at most 2^3.2 of the largest number in two directions, and the
+// lowest band grows no further from level to level.
 constexpr Road roadOf(bool reversible, int depth, bool colourTransform) {
     if (reversible) return depth + int(colourTransform) <= 12 ? Road::narrow : Road::wide;
     return depth <= 12 ? Road::fixed : Road::precise;

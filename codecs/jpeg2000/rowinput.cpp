@@ -1,4 +1,5 @@
 // rowinput.cpp - channels taken out of interleaved rows, every so many of them where a component is subsampled.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/rowinput.h"
 
 #include "codecs/jpeg2000/numbers.h"
@@ -8,6 +9,7 @@
 namespace codecs::jpeg2000 {
 
 void RowInput::advance(std::int64_t from, std::int64_t to) {
+    // A source that is whole in memory has been advanced to its end at once.
     if (from >= top && to <= bottom) return;
     need(from == bottom, "rows of the picture out of their order");
     band = source.next(int(to - from));
@@ -19,6 +21,7 @@ void RowInput::advance(std::int64_t from, std::int64_t to) {
 void RowInput::get(std::size_t component, std::int64_t x, std::int64_t y, std::span<Sample> to) const {
     const SizComponent& c = size.components[component];
     const Shape& shape = source.shape();
+    // Every dx-th pixel of the row, counted on the reference grid.
     const std::ptrdiff_t at = std::ptrdiff_t(x * c.dx - size.x0) * shape.channels + std::ptrdiff_t(component);
     const std::ptrdiff_t step = std::ptrdiff_t(c.dx) * shape.channels;
     const int row = int(y * c.dy - top);
@@ -34,6 +37,7 @@ void RowInput::get(std::size_t component, std::int64_t x, std::int64_t y, std::s
         take(band.row(row) + at);
 }
 
+// Colour differences may have fewer samples than the picture, and so may all inks but the first.
 std::vector<SizComponent> componentsOf(const Shape& shape, const EncodeOptions& options) {
     std::vector<SizComponent> components;
     for (int k = 0; k < shape.channels; ++k) {

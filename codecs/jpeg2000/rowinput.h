@@ -1,4 +1,5 @@
 // rowinput.h - a source of interleaved rows as a source of samples.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/samples.h"

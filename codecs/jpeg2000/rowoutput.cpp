@@ -1,4 +1,5 @@
 // rowoutput.cpp - interleaving, depths and colours on the way to a sink of rows.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/rowoutput.h"
 
 #include <algorithm>
@@ -7,6 +8,7 @@ namespace codecs::jpeg2000 {
 
 namespace {
 
+// Two channels are grey with opacity, three a picture in colours, four inks unless one of them is said to be opacity.
 Shape shapeOfChannels(const ChannelMap& map, const Rect& area) {
     need(!area.empty(), "a picture without samples");
     const int n = int(channelsShown(map));
@@ -34,13 +36,13 @@ template <class Out> void spread(std::span<const Sample> from, const std::vector
 
 } // namespace
 
-RowOutput::RowOutput(RowSink& to, const ChannelMap& channels, const ImageSize& size, const Rect& where,
-                     const Metadata& metadata)
+RowOutput::RowOutput(RowSink& to, const ChannelMap& channels, const ImageSize& size, const Rect& where)
     : sink(to), map(channels), area(where), shape(shapeOfChannels(channels, where)) {
     for (std::size_t k = 0; k < channelsShown(map); ++k) {
         const Channel& c = map.channels[k];
         const int own = (1 << c.depth) - 1;
         std::vector<Sample> table = c.palette;
+        // Full range stays full range: the largest sample becomes the largest.
         if (own != shape.maxval) {
             // Without a palette a table of one step for each sample; with one, its entries are scaled.
             if (table.empty())
@@ -49,12 +51,13 @@ RowOutput::RowOutput(RowSink& to, const ChannelMap& channels, const ImageSize& s
         }
         tables.push_back(std::move(table));
     }
-    sink.begin(shape, metadata);
+    sink.begin(shape, map.metadata);
 }
 
 void RowOutput::open(std::int64_t y0, std::int64_t y1) {
     top = y0;
     bottom = y1;
+    // As many rows as a tile or a stripe has, whatever the height of the picture.
     band.resize(shape.rowBytes() * std::size_t(y1 - y0));
 }
 
@@ -69,6 +72,7 @@ void RowOutput::put(std::size_t component, std::int64_t x, std::int64_t y, std::
     const int step = shape.channels;
     for (int k = 0; k < step; ++k) {
         if (map.channels[std::size_t(k)].component != component) continue;
+        // A palette makes several channels of one component.
         const std::vector<Sample>& table = tables[std::size_t(k)];
         const std::ptrdiff_t at = (x - area.x0) * step + k;
         if (shape.wide())
@@ -108,8 +112,7 @@ bool inStep(const ChannelMap& map, const ImageSize& size) {
                        });
 }
 
-void repeatRows(const PlanarSink& planes, const ChannelMap& map, const ImageSize& size, int reduce, RowSink& sink,
-                const Metadata& metadata) {
+void repeatRows(const PlanarSink& planes, const ChannelMap& map, const ImageSize& size, int reduce, RowSink& sink) {
     // The finest grid of the components counts, which the samples of the others cover.
     SizComponent finest{8, false, 255, 255};
     Rect area;
@@ -119,7 +122,7 @@ void repeatRows(const PlanarSink& planes, const ChannelMap& map, const ImageSize
         finest.dy = std::min(finest.dy, size.components[c].dy);
     }
     area = reducedRect(componentRect(planes.window(), finest), reduce);
-    RowOutput out(sink, map, size, area, metadata);
+    RowOutput out(sink, map, size, area);
     std::vector<Sample> row(std::size_t(area.empty() ? 0 : area.width()));
     for (std::int64_t y = area.y0; y < area.y1; ++y) {
         out.open(y, y + 1);
@@ -128,6 +131,7 @@ void repeatRows(const PlanarSink& planes, const ChannelMap& map, const ImageSize
             if (own.empty()) continue;
             const SizComponent& k = size.components[c];
             const std::span<const Sample> from = planes.row(c, std::clamp(y * finest.dy / k.dy, own.y0, own.y1 - 1));
+            // The sample at or ahead of a place on the finest grid; the first one serves what lies ahead of it.
             for (std::int64_t x = area.x0; x < area.x1; ++x)
                 row[std::size_t(x - area.x0)] =
                     from[std::size_t(std::clamp(x * finest.dx / k.dx, own.x0, own.x1 - 1) - own.x0)];

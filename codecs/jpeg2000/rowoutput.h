@@ -1,4 +1,5 @@
 // rowoutput.h - the samples of a decoder as interleaved rows for a sink of rows.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/channels.h"
@@ -18,16 +19,13 @@ class RowOutput final : public SampleSink {
     Samples band;
     std::int64_t top = 0, bottom = 0;
 
-    void makeTables();
     void fromYcc();
 
 public:
-    RowOutput(RowSink& to, const ChannelMap& channels, const ImageSize& size, const Rect& where,
-              const Metadata& metadata);
+    RowOutput(RowSink& to, const ChannelMap& channels, const ImageSize& size, const Rect& where);
     void open(std::int64_t y0, std::int64_t y1) override;
     void close() override;
     void put(std::size_t component, std::int64_t x, std::int64_t y, std::span<const Sample> samples) override;
-    std::size_t channels() const { return std::size_t(shape.channels); }
 };
 
 // How many channels go into a picture of rows.
@@ -37,7 +35,6 @@ inline std::size_t channelsShown(const ChannelMap& map) { return map.channels.si
 bool inStep(const ChannelMap& map, const ImageSize& size);
 
 // Components of different sizes in a row: samples are repeated where they are few.
-void repeatRows(const PlanarSink& planes, const ChannelMap& map, const ImageSize& size, int reduce, RowSink& sink,
-                const Metadata& metadata);
+void repeatRows(const PlanarSink& planes, const ChannelMap& map, const ImageSize& size, int reduce, RowSink& sink);
 
 } // namespace codecs::jpeg2000

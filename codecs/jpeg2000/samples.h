@@ -1,8 +1,9 @@
 // samples.h - the samples of a picture on their way into an encoder and out of a decoder, component by component.
 //
 // A sample counts from the smallest that its component can hold, so that signed and unsigned ones look alike: 0 to
-// 2^depth - 1. Places are those of the component itself: the reference grid over its dx and dy (B.2), and halved as often
-// as a decoder leaves out resolutions.
+// 2^depth - 1. Places are those of the component itself: the reference grid over its dx and dy (B.2), and halved as
+// often as a decoder leaves out resolutions.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/geometry.h"

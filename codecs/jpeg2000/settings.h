@@ -1,4 +1,5 @@
 // settings.h - what an encoder has been asked for, as the parameters of marker segments.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/geometry.h"

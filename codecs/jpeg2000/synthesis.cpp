@@ -1,4 +1,5 @@
 // synthesis.cpp - levels that pull rows from the level below, down to the lowest band.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/synthesis.h"
 
 #include "codecs/jpeg2000/filters.h"
@@ -23,6 +24,7 @@ template <Road R> class Level final : public RowFeed<Number<R>> {
         for (; skip > 0; --skip) lower.next();
         return lower.next() + left;
     }
+    // A row across: of LL and HL numbers at even places, of LH and HH ones at odd places (F.3.4).
     void fetch() {
         // A line of one number has a low one or a high one; the band of the other is empty.
         const bool low = across.lows() > 0, high = across.highs() > 0;
@@ -36,6 +38,7 @@ template <Road R> class Level final : public RowFeed<Number<R>> {
         }
         inverseRow<R>(across, l, h, ring[int(fetched++ % kRing)]);
     }
+    // The row that stands at p, or for it beyond an edge. It is in the ring, as the filters look no further than that.
     T* row(std::int64_t p) {
         p = down.mirrored(p);
         while (fetched <= p) fetch();
@@ -106,11 +109,13 @@ public:
         for (int r = 1; r <= resolution; ++r) makeLevel(r);
         for (std::uint32_t b = 0; b < component.layout.blocks.size(); ++b) {
             const Block& block = component.layout.blocks[b];
+            // Blocks beside the part are left out by their band, those of higher resolutions here.
             if (block.resolution <= resolution) bandOf(block.resolution, block.band).add(b);
         }
     }
 
     void need(int until, std::vector<BlockJob>& jobs) override {
+        // From the top level down: each asks its bands for rows, and the level below for half of them.
         std::int64_t end = wanted.y0 + until;
         for (std::size_t i = levels.size(); i-- > 0;) {
             const std::int64_t rows = levels[i]->reach(end);

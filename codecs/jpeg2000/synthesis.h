@@ -1,6 +1,7 @@
 // synthesis.h - a tile-component from code blocks to rows of numbers: bands, and the inverse wavelet level by level.
 //
 // It works from the top down and keeps no more rows than the filters look at, besides the code blocks that are in use.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/bandreader.h"

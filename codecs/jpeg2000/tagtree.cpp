@@ -1,8 +1,10 @@
 // tagtree.cpp - the shape of a tag tree: each node of a level stands for two by two of the level below.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/tagtree.h"
 
 namespace codecs::jpeg2000 {
 
+// Leaves come first, and each level ahead of the next one up, down to the one root.
 TagTree::TagTree(int across, int down) {
     std::size_t first = 0;
     for (;;) {

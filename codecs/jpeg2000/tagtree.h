@@ -1,4 +1,5 @@
 // tagtree.h - tag trees (B.10.2): the numbers of a grid of code blocks, told as far as a threshold asks for.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/jpeg2000.h"

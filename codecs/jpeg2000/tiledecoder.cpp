@@ -1,5 +1,6 @@
-// tiledecoder.cpp - a tile goes from top to bottom in stripes: while threads decode the code blocks of one stripe, others
-// take the one before through the wavelet; then its rows become samples.
+// tiledecoder.cpp - a tile goes from top to bottom in stripes: while threads decode the code blocks of one stripe,
+// others take the one before through the wavelet; then its rows become samples.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/tiledecoder.h"
 
 #include "codecs/jpeg2000/colour.h"
@@ -13,8 +14,8 @@ namespace codecs::jpeg2000 {
 
 namespace {
 
-constexpr int kStripeRows = 128; // two rows of code blocks of the usual size in the highest resolution
-constexpr int kBunch = 8;        // rows that a thread turns into samples at a time
+constexpr int kStripeRows = 16; // few enough to stay in the cache between the steps, enough to share out
+constexpr int kBunch = 8;       // rows that a thread turns into samples at a time
 constexpr std::size_t kMostWarnings = 20;
 
 // The pieces as one; they are joined in `memory` where there are several.
@@ -36,11 +37,13 @@ bool joinPackedHeaders(const TileData& data, Bytes& memory) {
     return found;
 }
 
-// No tile has more precincts and code blocks than this: a quarter of its samples, and some for tiny ones.
-std::size_t partsLimit(const ImageSize& size, int index) {
-    std::size_t samples = 0;
-    for (const SizComponent& c : size.components) samples += componentRect(tileRect(size, index), c).area();
-    return samples / 4 + 65536;
+// A tile of more precincts and code blocks than this is refused. A code block takes a bit of a packet header where its
+// packet is not empty, so that a short file cannot ask for memory without end.
+std::size_t partsLimit(const TileData& data) {
+    std::size_t bytes = 0;
+    for (const ByteView& b : data.bodies) bytes += b.size();
+    constexpr std::size_t some = std::size_t(1) << 20, perByte = 8;
+    return some + perByte * bytes;
 }
 
 } // namespace
@@ -56,6 +59,7 @@ void TileDecoder::warn(int tile, const std::string& what) {
     if (warnings.size() < kMostWarnings) warnings.push_back("tile " + std::to_string(tile) + ": " + what);
 }
 
+// A tile that breaks off is decoded as far as it goes.
 void TileDecoder::readPackets(Work& work, const TileData& data) {
     const bool apart = joinPackedHeaders(data, work.packetHeaders);
     PacketReader reader(work.tile, work.headers, {join(data.bodies, work.bodies), work.packetHeaders, apart},
@@ -83,6 +87,7 @@ void TileDecoder::makeComponents(Work& work) {
     work.colour = h.tile.colourTransform && count >= 3 && alike(1) && alike(2);
     if (h.tile.colourTransform && !work.colour)
         warn(work.index, "a component transform of components that differ is left out");
+    // One of three that are tied together takes all three.
     const bool firstThree = work.colour && (scope.wants(0) || scope.wants(1) || scope.wants(2));
     work.components.resize(count);
     for (std::size_t c = 0; c < count; ++c) {
@@ -122,6 +127,7 @@ void TileDecoder::runJobs(Work& work, const std::vector<BlockJob>& jobs, const s
     });
 }
 
+// From the top down: the code blocks of stripe s + 1 while stripe s goes through the wavelet.
 void TileDecoder::run(Work& work, bool inBands) {
     std::vector<Rect> areas;
     for (const auto& c : work.components) areas.push_back(c ? c->area() : Rect{});
@@ -133,6 +139,7 @@ void TileDecoder::run(Work& work, bool inBands) {
         return jobs;
     };
     const std::size_t lead = scope.lead;
+    // Nothing is there for the wavelet yet.
     runJobs(work, ask(1), {});
     for (std::size_t s = 1; s < rows.size(); ++s) {
         runJobs(work, ask(s + 1), rows[s]);
@@ -164,6 +171,8 @@ void TileDecoder::putRows(const Work& work, const std::vector<int>& from, const 
     });
 }
 
+// A row of one component, or of three that a transform ties together, in parts that stay in the cache from the
+// wavelet's numbers to the sink.
 template <Road R> void TileDecoder::putRow(const Work& work, std::size_t first, std::size_t count, int y) {
     std::array<std::array<Number<R>, kColourChunk>, 3> numbers;
     std::array<Sample, kColourChunk> samples;
@@ -188,8 +197,9 @@ template <Road R> void TileDecoder::putRow(const Work& work, std::size_t first, 
 void TileDecoder::decode(int index, const TileData& data, bool inBands) {
     Work work;
     work.index = index;
+    // The whole layout: packets can only be told apart in their order. Blocks that nobody wants cost no more than that.
     work.headers = tileHeaders(scope.stream, data);
-    work.tile = layOutTile(scope.stream.size, work.headers, index, partsLimit(scope.stream.size, index));
+    work.tile = layOutTile(scope.stream.size, work.headers, index, partsLimit(data));
     readPackets(work, data);
     makeComponents(work);
     run(work, inBands);

@@ -1,4 +1,5 @@
 // tiledecoder.h - the tiles of a codestream one by one: packets, code blocks, wavelet, components.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/codestream.h"
@@ -52,8 +53,8 @@ public:
     std::vector<std::string> warnings;
 
     TileDecoder(const Scope& wanted, SampleSink& to, int team);
-    // Puts the wanted part of a tile. With `inBands` it opens and closes the sink's rows as it goes, else they are open
-    // already. An Error leaves the sink as it was.
+    // Puts the wanted part of a tile. With `inBands` it opens and closes the sink's rows as it goes, else they are
+    // open already. An Error leaves the sink as it was.
     void decode(int index, const TileData& data, bool inBands);
     // Puts mid-grey there.
     void fill(int index, bool inBands);

@@ -1,5 +1,6 @@
-// tileencoder.cpp - a tile goes from top to bottom in stripes: while some threads take the rows of a stripe through the
-// wavelet, others encode the code blocks that the stripe before has made complete.
+// tileencoder.cpp - a tile goes from top to bottom in stripes: while some threads take the rows of a stripe through
+// the wavelet, others encode the code blocks that the stripe before has made complete.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/tileencoder.h"
 
 #include "codecs/jpeg2000/colour.h"
@@ -13,13 +14,15 @@ namespace codecs::jpeg2000 {
 
 namespace {
 
-constexpr int kStripeRows = 128; // two rows of code blocks of the usual size in the highest resolution
-constexpr int kBunch = 8;        // rows that a thread takes from the source at a time
+constexpr int kStripeRows = 16; // few enough to stay in the cache between the steps, enough to share out
+constexpr int kBunch = 8;       // rows that a thread takes from the source at a time
 
 } // namespace
 
-TileEncoder::TileEncoder(const ImageSize& imageSize, const HeaderSet& set, SampleSource& from, int team)
-    : size(imageSize), headers(set), source(from), threads(team), blockEncoders(std::size_t(team)) {}
+TileEncoder::TileEncoder(const ImageSize& imageSize, const HeaderSet& set, const Rect& regionOfInterest,
+                         SampleSource& from, int team)
+    : size(imageSize), headers(set), region(regionOfInterest), source(from), threads(team),
+      blockEncoders(std::size_t(team)) {}
 
 std::vector<TileEncoder::Part> TileEncoder::partsOf(const Tile& tile) const {
     std::vector<Part> parts;
@@ -27,11 +30,14 @@ std::vector<TileEncoder::Part> TileEncoder::partsOf(const Tile& tile) const {
         const int depth = size.components[c].depth;
         const CodingStyle& style = headers.coding[c];
         const Road road = roadOf(style.reversible, depth, headers.tile.colourTransform && c < 3);
-        parts.push_back({{style, headers.quant[c], headers.roiShift[c], depth, road}, nullptr, {}, {}});
+        parts.push_back(
+            {{style, headers.quant[c], headers.roiShift[c], depth, road}, nullptr, makeRows(road, 0, 0), {}});
     }
     // The analysis refers to its part, which stays where it is from here on.
     for (std::size_t c = 0; c < parts.size(); ++c)
-        if (!tile.components[c].rect.empty()) parts[c].analysis = makeAnalysis(c, tile.components[c], parts[c].coding);
+        if (!tile.components[c].rect.empty())
+            parts[c].analysis = makeAnalysis(c, tile.components[c], parts[c].coding,
+                                             componentRect(intersection(region, tile.rect), size.components[c]));
     return parts;
 }
 
@@ -49,6 +55,7 @@ void TileEncoder::fillRow(std::vector<Part>& parts, std::size_t first, std::size
             rows[i] = rowsOn<R>(parts[first + i].stripe)[y] + x;
             fromSamples<R>(to, size.components[first + i].depth, rows[i]);
         }
+        // The three rows are in the cache: transformed here, they are not read again.
         if (count == 3) forwardColour<R>(rows, part, size.components[first].depth);
     }
 }
@@ -63,7 +70,8 @@ void TileEncoder::fill(std::vector<Part>& parts) {
         const std::size_t count = headers.tile.colourTransform && c == 0 ? 3 : 1;
         const int height = parts[c].rows.empty() ? 0 : parts[c].rows.height();
         for (std::size_t i = c; height > 0 && i < c + count; ++i)
-            parts[i].stripe = makeRows(parts[i].coding.road, height, parts[i].rows.width());
+            onRoad(parts[i].coding.road,
+                   [&]<Road R>() { rowsOn<R>(parts[i].stripe).reset(height, parts[i].rows.width()); });
         for (int y = 0; y < height; y += kBunch) jobs.push_back({c, count, y, std::min(y + kBunch, height)});
         c += count;
     }
@@ -79,6 +87,7 @@ void TileEncoder::fill(std::vector<Part>& parts) {
 double TileEncoder::weightOf(const ComponentCoding& coding, std::size_t c, const BlockJob& job, Orientation o) const {
     const bool reversible = coding.style.reversible;
     const double step = reversible ? 1 : stepOf(coding.quant.step(job.resolution, job.band), coding.depth, o);
+    // An error of one component comes out in three (G.2, G.3).
     const double colour = headers.tile.colourTransform && c < 3 ? colourNorm(reversible, c) : 1;
     const double error = step * colour * bandNorm(reversible, coding.style.levels, job.resolution, o);
     return error * error;
@@ -122,6 +131,7 @@ EncodedTile TileEncoder::encode(int index, bool inBands) {
         runJobs(out, parts, jobs, true);
         complete();
     }
+    // The blocks of the last stripe have no stripe behind them.
     runJobs(out, parts, jobs, false);
     return out;
 }

@@ -1,4 +1,5 @@
 // tileencoder.h - one tile of a picture: components, wavelet, code blocks; not yet packets.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/analysis.h"
@@ -9,6 +10,7 @@ namespace codecs::jpeg2000 {
 class TileEncoder {
     const ImageSize& size;
     const HeaderSet& headers;
+    const Rect region; // of interest
     SampleSource& source;
     const int threads;
     std::vector<BlockEncoder> blockEncoders; // by thread
@@ -27,7 +29,9 @@ class TileEncoder {
     double weightOf(const ComponentCoding& coding, std::size_t c, const BlockJob& job, Orientation o) const;
 
 public:
-    TileEncoder(const ImageSize& imageSize, const HeaderSet& set, SampleSource& from, int team);
+    // The region of interest is on the reference grid, or empty.
+    TileEncoder(const ImageSize& imageSize, const HeaderSet& set, const Rect& regionOfInterest, SampleSource& from,
+                int team);
     // With `inBands` it asks the source for rows as it goes, else they are there already.
     EncodedTile encode(int index, bool inBands);
 };

@@ -1,4 +1,5 @@
 // tiles.cpp - rows of tiles, with threads sharing the tiles of a row or the work within a tile.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/tiles.h"
 
 #include "codecs/jpeg2000/parallel.h"
@@ -25,6 +26,7 @@ class Tiles {
             if (scope.wants(c) && !scope.samples(c, tile).empty()) return true;
         return false;
     }
+    // A tile that is not there, or cannot be decoded, is grey.
     // Tells whether the tile was there.
     bool decodeTile(int index, TileDecoder& decoder, bool inBands) {
         const auto found = scope.stream.tiles.find(index);
@@ -70,6 +72,7 @@ public:
     Tiles(const Scope& wanted, SampleSink& to, int team) : scope(wanted), sink(to), threads(team) {
         const ImageSize& s = scope.stream.size;
         const Rect& w = scope.window;
+        // B-7 the other way round: the tiles of the corners.
         firstColumn = int((w.x0 - s.tileX) / s.tileWidth);
         lastColumn = int((w.x1 - 1 - s.tileX) / s.tileWidth);
         firstRow = int((w.y0 - s.tileY) / s.tileHeight);
@@ -82,6 +85,7 @@ public:
         std::vector<TileDecoder> decoders;
         for (int t = 0; t < (share ? threads : 1); ++t) decoders.emplace_back(scope, sink, share ? 1 : threads);
         for (int row = firstRow; row <= lastRow; ++row) {
+            // A tile as wide as the window goes out in stripes; of several the row must be complete.
             if (columns == 1) {
                 const int index = indexOf(firstColumn, row);
                 count(index, decodeTile(index, decoders[0], true));
@@ -93,6 +97,7 @@ public:
             decodeSide(row, decoders);
             sink.close();
         }
+        // A picture of nothing but grey is none.
         if (present == 0 && missing > 0) throw Error("no tile can be decoded");
         if (missing > 0) warnings.push_back(std::to_string(missing) + " tiles are missing");
         return warnings;

@@ -1,4 +1,5 @@
 // tiles.h - all tiles of a codestream that are wanted, from the top down.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg2000/tiledecoder.h"

@@ -1,4 +1,5 @@
 // bmp.h - where the fields of a BMP file stand, for the reader and the writer. All are little-endian.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include <cstddef>

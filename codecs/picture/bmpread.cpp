@@ -1,4 +1,5 @@
 // bmpread.cpp - BMP files: palettes of 1 to 8 bits, plain or run-length coded, and pixels of 16, 24 and 32 bits.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/bmp.h"
 #include "codecs/picture/bmprle.h"
 #include "codecs/picture/formats.h"

@@ -1,4 +1,5 @@
 // bmprle.cpp - run-length codes as Windows defines them (BI_RLE8 and BI_RLE4).
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/bmprle.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // bmprle.h - the run-length codes of BMP files.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/picture.h"

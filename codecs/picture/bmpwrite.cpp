@@ -1,4 +1,5 @@
 // bmpwrite.cpp - BMP files: bitmaps, grey by a palette, RGB of 24 bits, and RGBA of 32 with a header that says so.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/bmp.h"
 #include "codecs/picture/bytefile.h"
 #include "codecs/picture/formats.h"

@@ -1,4 +1,5 @@
 // bytefile.h - files and pipes as streams of bytes.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/bytes.h"

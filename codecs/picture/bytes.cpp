@@ -1,4 +1,5 @@
 // bytes.cpp - streams of bytes in memory.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/bytes.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // bytes.h - streams of bytes in and out, whatever is behind them: memory (here), a file or a pipe (bytefile.h).
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/error.h"

@@ -1,4 +1,5 @@
 // bytesink.cpp - files and pipes to write to.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/bytefile.h"
 #include "codecs/picture/descriptor.h"
 

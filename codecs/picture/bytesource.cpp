@@ -1,4 +1,5 @@
 // bytesource.cpp - files and pipes to read from.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/bytefile.h"
 #include "codecs/picture/descriptor.h"
 

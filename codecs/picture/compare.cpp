@@ -1,4 +1,5 @@
 // compare.cpp - sums of differences over two pictures that pass by.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/compare.h"
 
 #include <algorithm>

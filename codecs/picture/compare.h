@@ -1,4 +1,5 @@
 // compare.h - how two pictures of one shape differ.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/rows.h"

@@ -1,4 +1,5 @@
 // container.h - the kinds of picture files that are written.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include <cstdint>

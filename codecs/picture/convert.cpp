@@ -1,4 +1,5 @@
 // convert.cpp - sources that change the rows of another, a function a row.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/convert.h"
 
 #include "zmxj.h"

@@ -1,4 +1,5 @@
 // convert.h - rows made into other rows on their way: depth, channels, parts.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/rows.h"

@@ -1,4 +1,5 @@
 // descriptor.cpp - the system's calls on files, repeated until all is done or they fail.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/descriptor.h"
 
 #include "codecs/picture/bytefile.h"

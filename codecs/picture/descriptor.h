@@ -1,4 +1,5 @@
 // descriptor.h - open files of the system, closed by themselves, and its calls with every way in which they may fall short.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/bytes.h"

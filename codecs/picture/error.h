@@ -1,4 +1,5 @@
 // error.h - the one kind of error of the codecs.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include <stdexcept>

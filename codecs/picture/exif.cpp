@@ -1,4 +1,5 @@
 // exif.cpp - directories of tags, read in either byte order and of either word size, written with the low byte first.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/exif.h"
 
 #include <algorithm>
@@ -22,6 +23,7 @@ struct Damaged {};
 
 class Reader {
 public:
+    // Byte order, then 42, or 43 where places are words of 64 bits (BigTIFF).
     explicit Reader(ByteSource& source) : bytes(source) {
         const Bytes head = take(0, 4);
         little = head[0] == 'I';
@@ -35,6 +37,7 @@ public:
 
 private:
     Bytes take(std::uint64_t at, std::uint64_t n) {
+        // Directories may point to each other: all that is read together has a limit.
         if (n > kMostBytes - std::min(kMostBytes, taken)) throw Damaged();
         taken += n;
         Bytes out(static_cast<std::size_t>(n));
@@ -65,6 +68,7 @@ private:
             if (e.type >= std::size(kTypeBytes) || kTypeBytes[e.type] == 0) continue;
             if (e.count > kMostBytes) throw Damaged();
             const std::uint64_t size = e.count * kTypeBytes[e.type];
+            // A value that fits the word of its place stands there itself.
             e.at = size <= word ? at + start + 4 + word : number(table, start + 4 + word, word);
             if (pointsToDirectory(e.tag))
                 e.children = directory(numberAt(e.at, e.type == kShort ? 2 : size > 4 ? 8 : 4), depth + 1);
@@ -105,6 +109,7 @@ std::optional<ExifDirectory> parseExif(ByteView bytes) {
 }
 
 Bytes serialiseDirectory(const ExifDirectory& directory, std::uint64_t base, bool big) {
+    // Tags stand in rising order (TIFF 6.0, section 2).
     ExifDirectory sorted = directory;
     std::stable_sort(sorted.begin(), sorted.end(), [](const auto& a, const auto& b) { return a.tag < b.tag; });
     // A number of 8 bytes has no place in a small file.
@@ -151,6 +156,34 @@ Bytes serialiseExif(const ExifDirectory& directory) {
 const ExifEntry* findEntry(const ExifDirectory& directory, std::uint16_t tag) {
     const auto found = std::find_if(directory.begin(), directory.end(), [&](const auto& e) { return e.tag == tag; });
     return found == directory.end() ? nullptr : &*found;
+}
+
+std::optional<Resolution> resolutionIn(const ExifDirectory& directory) {
+    constexpr std::uint16_t kFraction = 5;
+    // Numerator and denominator of 32 bits each; 0 where it is none.
+    const auto fraction = [&](std::uint16_t tag) {
+        const ExifEntry* e = findEntry(directory, tag);
+        if (!e || e->type != kFraction || e->count != 1) return 0.0;
+        const auto number = [&](std::size_t at) {
+            return double(e->value[at] | e->value[at + 1] << 8 | e->value[at + 2] << 16) + e->value[at + 3] * 0x1p24;
+        };
+        return number(4) == 0 ? 0.0 : number(0) / number(4);
+    };
+    const double x = fraction(kExifAcross), y = fraction(kExifDown);
+    const ExifEntry* unit = findEntry(directory, kExifUnit);
+    // Inches are taken for granted. No unit, 1, is of TIFF alone: the numbers are a ratio then.
+    const int code = unit && unit->value.size() >= 2 ? unit->value[0] : 2;
+    if (x <= 0 || y <= 0 || code < 1 || code > 3 || (code == 1 && x == y)) return std::nullopt;
+    constexpr Resolution::Unit units[] = {Resolution::Unit::none, Resolution::Unit::inch, Resolution::Unit::centimetre};
+    return Resolution{x, y, units[code - 1]};
+}
+
+bool overwriteNumber(Bytes& exif, const ExifEntry& entry, unsigned value) {
+    if (entry.count != 1 || (entry.type != kShort && entry.type != kLong)) return false;
+    const bool little = exif[0] == 'I';
+    const std::size_t size = entry.value.size();
+    for (std::size_t i = 0; i < size; ++i) exif[entry.at + i] = std::uint8_t(value >> 8 * (little ? i : size - 1 - i));
+    return true;
 }
 
 ExifEntry shortEntry(std::uint16_t tag, unsigned value) {

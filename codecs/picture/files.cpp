@@ -1,4 +1,5 @@
 // files.cpp - picks the container by the first bytes of a file or by the ending of its name.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/files.h"
 
 #include "codecs/picture/bytefile.h"

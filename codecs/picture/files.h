@@ -1,4 +1,5 @@
 // files.h - pictures in files: told apart by their first bytes, written by the ending of their names.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/container.h"

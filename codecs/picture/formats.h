@@ -1,6 +1,7 @@
 // formats.h - the reader and the writer of each container, behind openPicture() and createPicture().
 //
 // A reader has read the header when it is there. Its errors say the container, not the file.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/container.h"

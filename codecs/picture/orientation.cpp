@@ -1,4 +1,5 @@
 // orientation.cpp - the eight orientations, and pixels moved by them.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/orientation.h"
 
 #include "codecs/picture/exif.h"
@@ -9,20 +10,9 @@
 namespace codecs {
 namespace {
 
-// An orientation as what is done to the pixels: first the diagonal, then the mirrors.
-struct Turn {
-    bool exchanged, right, down; // rows become columns; x, and y, of the source run backwards
-};
-Turn turnOf(int orientation) {
-    static constexpr Turn kTurns[] = {{false, false, false}, {false, true, false}, {false, true, true},
-                                      {false, false, true},  {true, false, false}, {true, false, true},
-                                      {true, true, true},    {true, true, false}};
-    return kTurns[orientation - 1];
-}
-
 class TurnedRows final : public RowSource {
 public:
-    TurnedRows(Rows source, int orientation) : from(std::move(source)), turn(turnOf(orientation)) {
+    TurnedRows(Rows source, int orientation) : from(std::move(source)), turn(stepsOf(turnOf(orientation))) {
         form = from->shape();
         beside = from->metadata();
         setOrientation(beside, 1);
@@ -37,6 +27,7 @@ public:
         const int n = std::min(rows, form.height - row);
         const std::size_t size = form.rowBytes();
         band.resize(std::max(band.size(), size * std::size_t(n)));
+        // Rows that come in their order, whether mirrored or not, need no picture in memory.
         const bool whole = turn.exchanged || turn.down;
         if (whole && picture.shape().height == 0) picture = readRows(*from);
         const Band source = whole ? Band{} : from->next(n);
@@ -75,7 +66,7 @@ private:
     }
 
     Rows from;
-    Turn turn;
+    TurnSteps turn;
     std::size_t pixelBytes = 0;
     Picture picture;
     Samples band;
@@ -107,10 +98,20 @@ private:
 
 } // namespace
 
+Turn turnOf(int orientation) { return Turn(orientation - 1); }
+
+TurnSteps stepsOf(Turn turn) {
+    static constexpr TurnSteps steps[] = {{false, false, false}, {false, true, false}, {false, true, true},
+                                          {false, false, true},  {true, false, false}, {true, false, true},
+                                          {true, true, true},    {true, true, false}};
+    return steps[std::size_t(turn)];
+}
+
 int orientationOf(const Metadata& metadata) {
     if (metadata.exif.empty()) return 1;
     const auto directory = parseExif(metadata.exif);
     const ExifEntry* entry = directory ? findEntry(*directory, kExifOrientation) : nullptr;
+    // Of numbers of any width the low bytes come first, and 1 to 8 is in the first two.
     const unsigned v = entry && entry->value.size() >= 2 ? entry->value[0] | entry->value[1] << 8 : 1;
     return v >= 1 && v <= 8 ? int(v) : 1;
 }
@@ -118,15 +119,23 @@ int orientationOf(const Metadata& metadata) {
 void setOrientation(Metadata& metadata, int orientation) {
     auto directory = metadata.exif.empty() ? ExifDirectory{} : parseExif(metadata.exif);
     if (!directory || (directory->empty() && orientation == 1)) return;
-    if (const ExifEntry* entry = findEntry(*directory, kExifOrientation); entry && entry->value.size() == 2) {
-        // Where it stands: the rest, a maker's own notes included, stays as it is.
-        const bool little = metadata.exif[0] == 'I';
-        metadata.exif[entry->at + (little ? 0 : 1)] = std::uint8_t(orientation);
-        metadata.exif[entry->at + (little ? 1 : 0)] = 0;
-    } else if (orientation != 1) {
-        directory->push_back(shortEntry(kExifOrientation, unsigned(orientation)));
-        metadata.exif = serialiseExif(*directory);
-    }
+    const ExifEntry* entry = findEntry(*directory, kExifOrientation);
+    // Where it stands, if it can be: the rest, a maker's own notes included, stays as it is.
+    if (entry && overwriteNumber(metadata.exif, *entry, unsigned(orientation))) return;
+    if (!entry && orientation == 1) return;
+    // An entry that is no single number gives way to one that is.
+    std::erase_if(*directory, [](const ExifEntry& e) { return e.tag == kExifOrientation; });
+    directory->push_back(shortEntry(kExifOrientation, unsigned(orientation)));
+    metadata.exif = serialiseExif(*directory);
+}
+
+void setPixelSize(Metadata& metadata, int width, int height) {
+    const auto directory = metadata.exif.empty() ? std::nullopt : parseExif(metadata.exif);
+    const ExifEntry* details = directory ? findEntry(*directory, kExifDetails) : nullptr;
+    if (!details) return;
+    for (const auto& [tag, size] : {std::pair{kExifWidth, width}, {kExifHeight, height}})
+        if (const ExifEntry* entry = findEntry(details->children, tag))
+            overwriteNumber(metadata.exif, *entry, unsigned(size));
 }
 
 Rows upright(Rows from) {

@@ -1,4 +1,5 @@
 // picture.cpp - shapes, units of length, and pictures in memory.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/picture.h"
 
 namespace codecs {
@@ -38,6 +39,7 @@ void checkSize(std::uint64_t width, std::uint64_t height, std::uint64_t maxPixel
         throw Error(text() + ": more pixels than the limit allows");
 }
 
+// Exact but for the rounding of a double: an inch is 25.4 millimetres.
 Resolution Resolution::in(Unit other) const {
     if (unit == other || unit == Unit::none || other == Unit::none) return *this;
     const double factor = length(other) / length(unit);

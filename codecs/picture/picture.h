@@ -1,4 +1,5 @@
 // picture.h - what a picture is: its shape, what travels beside its samples, and a whole one in memory.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/bytes.h"

@@ -1,4 +1,5 @@
 // pnglib.h - libpng called from C++: its errors jump, ours are thrown, and neither may cross the other's frames.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/error.h"

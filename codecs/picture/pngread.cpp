@@ -1,4 +1,5 @@
 // pngread.cpp - PNG files, a row at a time; interlaced ones as a whole.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/formats.h"
 #include "codecs/picture/pnglib.h"
 

@@ -1,4 +1,5 @@
 // pngwrite.cpp - PNG files of 8 and 16 bits, and grey ones of 1, 2 and 4.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/formats.h"
 #include "codecs/picture/pnglib.h"
 

@@ -1,5 +1,6 @@
 // pnmread.cpp - PBM, PGM, PPM (raw and plain) and PAM files as netpbm defines them. The header is text, and behind it the
 // samples stand as they are: that wants no library, and none reads them in bands without a copy.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/formats.h"
 #include "codecs/picture/storedrows.h"
 

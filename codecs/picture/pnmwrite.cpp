@@ -1,4 +1,5 @@
 // pnmwrite.cpp - raw PBM, PGM, PPM and PAM files.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/formats.h"
 #include "codecs/picture/storedrows.h"
 

@@ -1,4 +1,5 @@
 // raw.cpp - headerless pictures in and out.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/raw.h"
 
 #include "codecs/picture/storedrows.h"

@@ -1,4 +1,5 @@
 // raw.h - pictures without a header: 8-bit samples, pixel by pixel, rows without gaps.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/convert.h"

@@ -1,4 +1,5 @@
 // rows.cpp - sources and sinks of rows in memory, and the way from one to the other.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/rows.h"
 
 #include <algorithm>
@@ -37,6 +38,7 @@ int bandRows(const Shape& shape) {
     return int(std::clamp<std::size_t>(kBandBytes / std::max<std::size_t>(shape.rowBytes(), 1), 1, 1024));
 }
 
+// The sink hears of the shape first, and of the end last.
 void copyRows(RowSource& from, RowSink& to, int rows) {
     const Shape& shape = from.shape();
     if (rows <= 0) rows = bandRows(shape);

@@ -1,4 +1,5 @@
 // rows.h - pictures as rows that pass by, a band at a time, so that memory need not hold all of them.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/picture.h"
@@ -76,5 +77,13 @@ void copyRows(RowSource& from, RowSink& to, int rows = 0);
 
 Picture readRows(RowSource& from);
 void writeRows(const Picture& picture, RowSink& to);
+
+// The file that `encode`, of a source and a sink, makes of a picture in memory.
+template <class Encode> Bytes encodedInMemory(const Picture& picture, Encode encode) {
+    PictureSource source(picture);
+    MemorySink sink;
+    encode(source, sink);
+    return std::move(sink.bytes);
+}
 
 } // namespace codecs

@@ -1,4 +1,5 @@
 // storedrows.cpp - rows of equal size straight from a stream, and how samples are laid out in bytes.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/storedrows.h"
 
 #include <algorithm>

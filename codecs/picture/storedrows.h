@@ -1,4 +1,5 @@
 // storedrows.h - rows that stand in a file one behind the other, each of the same bytes.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/convert.h"

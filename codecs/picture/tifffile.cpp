@@ -1,4 +1,5 @@
 // tifffile.cpp - libtiff over our streams of bytes: its calls, its messages, and what both directions say in tags.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/tifffile.h"
 
 #include "codecs/picture/bytefile.h"

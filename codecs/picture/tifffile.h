@@ -1,4 +1,5 @@
 // tifffile.h - an open TIFF file of libtiff, with its tags and its messages.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/picture.h"

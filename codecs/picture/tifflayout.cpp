@@ -1,4 +1,5 @@
 // tifflayout.cpp - tags of TIFF 6.0, one group after the other: size, kind of samples, colour, strips or tiles.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/tifflayout.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // tifflayout.h - what the tags of a TIFF file say about its picture.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/tifffile.h"

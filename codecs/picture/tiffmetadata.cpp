@@ -1,5 +1,6 @@
 // tiffmetadata.cpp - colour profile, EXIF, XMP and resolution as tags. EXIF is the odd one: in a TIFF file its first
 // directory is the picture's own, and the others hang on it.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/tiffmetadata.h"
 
 #include "codecs/picture/exif.h"

@@ -1,4 +1,5 @@
 // tiffmetadata.h - what travels beside the samples, in and out of the tags of a TIFF file.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/tifffile.h"

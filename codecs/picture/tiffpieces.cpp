@@ -1,4 +1,5 @@
 // tiffpieces.cpp - pieces through libtiff, and pieces that need no decoding.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/tiffpieces.h"
 
 #include <algorithm>

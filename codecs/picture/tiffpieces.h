@@ -1,4 +1,5 @@
 // tiffpieces.h - the strips and tiles of a TIFF file, decoded a few rows at a time.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/tifflayout.h"

@@ -1,4 +1,5 @@
 // tiffread.cpp - TIFF pictures in bands: strips, tiles and planes put together to rows.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/tiffread.h"
 
 #include "codecs/picture/formats.h"

@@ -1,4 +1,5 @@
 // tiffread.h - the rows of a TIFF file, whatever decodes its pieces.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/convert.h"

@@ -1,4 +1,5 @@
 // tiffsamples.cpp - bits, words and floating point into samples; palettes, inverse scales and alpha.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/tiffsamples.h"
 
 #include <algorithm>

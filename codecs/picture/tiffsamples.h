@@ -1,4 +1,5 @@
 // tiffsamples.h - what stands packed in strips and tiles as samples: first each number by itself, then whole pixels.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/storedrows.h"

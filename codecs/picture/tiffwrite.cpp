@@ -1,4 +1,5 @@
 // tiffwrite.cpp - TIFF pictures, deflated by libtiff. (codecs/tiff packs the rows of its files by libzmxjpx instead.)
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/tiffwrite.h"
 #include "codecs/picture/formats.h"
 #include "codecs/picture/storedrows.h"

@@ -1,4 +1,5 @@
 // tiffwrite.h - the tags that every TIFF file of ours has.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/tifffile.h"

@@ -1,4 +1,5 @@
 // dds.cpp - DDS headers, taken apart and put together.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/texture/dds.h"
 
 #include <algorithm>

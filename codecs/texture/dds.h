@@ -5,6 +5,7 @@
 //
 // YCoCg pictures are DXT5 files for other programs. What tells them is two of the header's reserved words:
 // dwReserved1[0] (byte 32) holds "ZMXT" and dwReserved1[1] (byte 36) holds "YCG2", scaled YCoCg.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/bytes.h"

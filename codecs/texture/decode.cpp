@@ -1,4 +1,5 @@
 // decode.cpp - rows of blocks to rows of pixels.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/storedrows.h"
 #include "codecs/texture/texture.h"
 #include "codecs/texture/ycocg.h"

@@ -1,4 +1,5 @@
 // encode.cpp - rows of pixels to rows of blocks, and to the rows of the next smaller level.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/bytefile.h"
 #include "codecs/picture/convert.h"
 #include "codecs/texture/texture.h"

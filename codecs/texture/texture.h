@@ -1,4 +1,5 @@
 // texture.h - pictures to DDS files and back, in bands of blocks.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/rows.h"

@@ -1,4 +1,5 @@
 // ycocg.h - the colour space of YCoCg textures, 8 bits a channel, chroma about 128.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // decode.cpp - packed strips and tiles, unpacked row by row as they are wanted.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/tiffread.h"
 #include "codecs/tiff/tiff.h"
 #include "zmxj.h"

@@ -1,4 +1,5 @@
 // encode.cpp - rows of samples packed into strips.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/storedrows.h"
 #include "codecs/picture/tiffmetadata.h"
 #include "codecs/picture/tiffwrite.h"

@@ -6,6 +6,7 @@
 // Split rows. PackBits finds few runs in 16-bit samples, for their low bytes are mostly noise. With `split16` each row is
 // stored as two packed rows, the high bytes of its samples and then the low bytes. No other program knows that, and
 // so that none takes it for PackBits the file claims the private compression scheme kSplitPackBits.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/convert.h"

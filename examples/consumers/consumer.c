@@ -1,5 +1,6 @@
 /* consumer.c - the smallest program on libzmxjpx: it tells the version of the loaded library, and takes a flat block of samples
  * through the forward and the inverse DCT. Succeeds when the samples come back. */
+/* SPDX-License-Identifier: BSD-2-Clause */
 #include <stdio.h>
 #include <string.h>
 #include <zmxcore.h>

@@ -1,4 +1,5 @@
 // The coefficients of the HD Photo transform over whole pictures.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/hdphoto/hdphoto.h"
 #include "tests/codecs/support/pictures.h"
 

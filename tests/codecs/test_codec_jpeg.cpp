@@ -1,5 +1,6 @@
 // The JPEG codec: round trips in every option, the roads of other encoders' files, and broken files of every
 // kind.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/blockreader.h"
 #include "codecs/jpeg/blockwriter.h"
 #include "codecs/jpeg/coefficients.h"

@@ -1,5 +1,6 @@
 // Chroma of a lower rate in both directions, and packed pixels: the renderers and the transformer of the JPEG codec
 // against plain models of resampling and colour. The DCT alone is the library's.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/roads.h"
 #include "codecs/jpeg/standard.h"
 #include "codecs/jpeg/units.h"
@@ -248,36 +249,59 @@ TEST(JpegChroma, SmoothAcrossUnits) {
     }
 }
 
-// At every size, in 8 and 12 bits.
+namespace {
+
+// In 8 and 12 bits, at every scale, by both ways of enlarging.
+void expectAsTheModel(int width, int height, const std::vector<Factors>& factors, Model model, Rng& rng) {
+    for (int precision : {8, 12})
+        for (Upsampling upsampling : {Upsampling::smooth, Upsampling::plain})
+            for (int scale : {1, 2, 4, 8}) {
+                SCOPED_TRACE(name(width, height, factors) + ", model " + std::to_string(int(model)) + ", " +
+                             std::to_string(precision) + " bits, 1/" + std::to_string(scale));
+                Frame frame = frameOf(width, height, factors);
+                frame.precision = precision;
+                Coded coded(frame, rng);
+                const Seen got = coded.rendered(model, with(upsampling, Packing::none, scale));
+                const std::vector<int> samples = precision == 8 ? std::vector<int>(got.pixels.begin(), got.pixels.end())
+                                                                : std::vector<int>(got.wide.begin(), got.wide.end());
+                ASSERT_TRUE(sameBytes(coded.expected(model, upsampling == Upsampling::smooth, scale), samples));
+            }
+}
+
+} // namespace
+
 TEST(JpegChroma, SmoothInEverySampling) {
     constexpr std::uint64_t seed = 41;
     SCOPED_TRACE(seed);
     Rng rng(seed);
-    const auto check = [&](int width, int height, const std::vector<Factors>& factors, Model model) {
-        for (int precision : {8, 12})
-            for (Upsampling upsampling : {Upsampling::smooth, Upsampling::plain})
-                for (int scale : {1, 2, 4, 8}) {
-                    SCOPED_TRACE(name(width, height, factors) + ", model " + std::to_string(int(model)) + ", " +
-                                 std::to_string(precision) + " bits, 1/" + std::to_string(scale));
-                    Frame frame = frameOf(width, height, factors);
-                    frame.precision = precision;
-                    Coded coded(frame, rng);
-                    const Seen got = coded.rendered(model, with(upsampling, Packing::none, scale));
-                    const std::vector<int> samples = precision == 8
-                                                         ? std::vector<int>(got.pixels.begin(), got.pixels.end())
-                                                         : std::vector<int>(got.wide.begin(), got.wide.end());
-                    ASSERT_TRUE(sameBytes(coded.expected(model, upsampling == Upsampling::smooth, scale), samples));
-                }
-    };
     for (const std::vector<Factors>& three : kSamplings)
         for (auto [width, height] : kSizes)
             for (Model model : {Model::yCbCr, Model::rgb, Model::ycck, Model::cmyk}) {
                 std::vector<Factors> factors = three;
                 if (jpeg::channelsOf(model) == 4) factors.push_back(three[0]);
-                check(width, height, factors, model);
+                expectAsTheModel(width, height, factors, model, rng);
                 if (HasFatalFailure()) return;
             }
-    for (auto [width, height] : kSizes) check(width, height, {{1, 1}}, Model::grey);
+    for (auto [width, height] : kSizes) expectAsTheModel(width, height, {{1, 1}}, Model::grey, rng);
+}
+
+// Rows that are shorter than what a filter takes at once, of components whose ratio is no whole number: the last sample
+// of an MCU stands for more of it than belongs to the row.
+TEST(JpegChroma, TinyPicturesOfThirds) {
+    constexpr std::uint64_t seed = 43;
+    SCOPED_TRACE(seed);
+    Rng rng(seed);
+    const std::vector<Factors> thirds[] = {{{3, 1}, {1, 1}, {1, 1}}, {{3, 1}, {2, 1}, {1, 1}}, {{1, 3}, {1, 1}, {1, 2}},
+                                           {{3, 3}, {1, 1}},         {{2, 2}, {3, 1}, {1, 1}}, {{1, 2}, {3, 1}, {2, 1}},
+                                           {{3, 2}, {2, 1}},         {{2, 3}, {3, 2}},         {{2, 1}, {3, 3}}};
+    for (std::vector<Factors> factors : thirds) {
+        factors.resize(3, {1, 1}); // those of 10 blocks and more stand in scans of their own
+        for (int width : {1, 2, 3, 4, 5, 8, 9, 24, 25})
+            for (int height : {1, 2, 3, 9, 25}) {
+                expectAsTheModel(width, height, factors, Model::yCbCr, rng);
+                if (HasFatalFailure()) return;
+            }
+    }
 }
 
 TEST(JpegChroma, PackedPixels) {
@@ -405,8 +429,8 @@ std::vector<Plane> planesOf(const Frame& frame, Model model, const Bytes& pixels
 void checkEncoder(int width, int height, Model model, int h, int v, Rng& rng) {
     SCOPED_TRACE(std::to_string(width) + " by " + std::to_string(height) + ", sampling " + std::to_string(h) + "x" +
                  std::to_string(v) + ", model " + std::to_string(int(model)));
-    const jpeg::Quantisers quantisers = {jpeg::Quantiser(jpeg::kLumaQuant, 100),
-                                         jpeg::Quantiser(jpeg::kChromaQuant, 95)};
+    const jpeg::Quantisers quantisers = {jpeg::Quantiser(jpeg::scaledTable(jpeg::kLumaQuant, 100, 8)),
+                                         jpeg::Quantiser(jpeg::scaledTable(jpeg::kChromaQuant, 95, 8))};
     Frame frame = frameOf(width, height, {});
     frame.components = jpeg::componentsOf(model, h, v);
     for (int i = 0; i < jpeg::channelsOf(model); ++i) frame.components[std::size_t(i)].quant = jpeg::isChroma(model, i);

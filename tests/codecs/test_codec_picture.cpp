@@ -1,5 +1,6 @@
 // Pictures in memory and in files: containers, depths, CMYK, changes of rows, headerless files, and the measures of
 // difference.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/compare.h"
 #include "codecs/picture/raw.h"
 #include "tests/codecs/support/damage.h"

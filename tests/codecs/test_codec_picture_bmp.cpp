@@ -1,4 +1,5 @@
 // BMP files: what the writer makes byte by byte, and every kind that the reader knows, made up here.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/codecs/support/pictures.h"
 
 using namespace codecs;

@@ -1,4 +1,5 @@
 // Files and pipes as streams of bytes: windows that slide, files that take their place only when they are whole.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/codecs/support/pictures.h"
 
 #include <cstring>

@@ -1,5 +1,6 @@
 // What travels beside the samples: EXIF taken apart and put together, orientation and turned pixels, and the way of
 // profile, EXIF, XMP and resolution through files.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/exif.h"
 #include "codecs/picture/orientation.h"
 #include "tests/codecs/support/damage.h"

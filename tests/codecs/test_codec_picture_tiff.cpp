@@ -1,4 +1,5 @@
 // TIFF files of libtiff's making, in every layout and kind of samples, against the pictures that went in.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/picture/orientation.h"
 #include "tests/codecs/support/damage.h"
 #include "tests/codecs/support/pictures.h"

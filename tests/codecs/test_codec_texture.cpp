@@ -1,4 +1,5 @@
 // DDS files from rows and back: bands against whole surfaces, levels against plain means, transparent texels.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/texture/texture.h"
 #include "tests/codecs/support/pictures.h"
 #include "zmxj.h"

@@ -1,4 +1,5 @@
 // The TIFF codec: round trips of every kind of pixel, every layout of libtiff's making, broken files of every kind.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/tiff/tiff.h"
 #include "tests/codecs/support/pictures.h"
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # codeblock.sh BIN-DIR: code blocks of fresh codestreams, written by opj_compress (OpenJPEG) in all 64 code-block styles
 # for pictures of several sizes, decode to the pictures.
 set -eu

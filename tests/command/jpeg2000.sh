@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # jpeg2000.sh BIN-DIR: JPEG2000 files of zmx and of OpenJPEG's programs, each decoded by the other.
 #
 # Row i of the design takes value (a * i + i / b) mod n of each option, with steps that have no common divisor with

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # 12-bit files, extended sequential and progressive, both ways with DCMTK: the two decoders differ by a level at most.
 #
 #   jpeg_12bit.sh BIN-DIR

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # CMYK between JPEG and TIFF: our TIFF files and our CMYK and YCCK JPEG files in Pillow and djpeg, Pillow's JPEG files
 # here, and TIFF files of every layout from Pillow and tiffcp, which are the same picture to our encoder.
 #

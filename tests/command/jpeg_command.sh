@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # The zmx jpeg commands: exit codes and messages, truncated files, reduced sizes, CMYK through PAM files, and headerless
 # files.
 #

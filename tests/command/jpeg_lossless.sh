@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # Lossless files, both ways and pixel for pixel: with DCMTK (grey of 8 to 16 bits and 8-bit RGB, all predictors, a point
 # transform) and with FFmpeg (decodes all of ours of 8 and 16 bits; writes predictors 1, 2 and 4, and subsampled planes).
 #

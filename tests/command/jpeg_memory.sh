@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # The memory that the zmx jpeg commands take, whatever the height: a picture of 108 megapixels goes through pipes and files
 # both ways with 16 MB of data for the whole process, which ulimit sees to; and files that need their coefficients stay at
 # two bytes each. A sanitizer takes more by itself: such builds are passed over.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # Small pictures whose sides are no multiples of a unit: blocks that only fill up units cost next to nothing. With its
 # transform in floating point cjpeg has our coefficients, and so our files are its files, byte for byte; progressive ones
 # have the same size, as their segments stand in another order.

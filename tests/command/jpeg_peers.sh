@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # JPEG files between the zmx command and libjpeg-turbo's cjpeg and djpeg: ours are opened by djpeg without a warning; ours
 # and theirs come out of our decoder as they come out of djpeg, grey within 1, colour within 3, which is what two inverse
 # transforms differ by. With --fast colours are not rounded: there it is the quality that is compared.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # A photograph through cjpeg, decoded by us and by djpeg: how close both come to the original, with chroma smoothed, which
 # is the default of both, and repeated. And at reduced sizes, how close to the means of the original.
 #

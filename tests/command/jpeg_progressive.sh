@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # Progressive and multi-scan files, both ways with libjpeg-turbo's programs: jpegtran brings their files and ours to one
 # form, in which equal coefficients are equal bytes; the sizes of our files; scan scripts.
 #

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # Packed pixels against a plain packing of the 8-bit picture: both are converted with rounding, in every sampling, so the
 # fields are equal. What --fast converts MCU by MCU, without rounding, differs by one at the most.
 #

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # Smooth upsampling of chroma, at full and at reduced sizes, against djpeg's default, which is by the same triangle filter:
 # the pictures differ by no more than what the two inverse transforms differ by. At 1/8 djpeg repeats chroma of half the
 # rate in one direction only; we do not, and come closer to the picture (jpeg_photo.sh).

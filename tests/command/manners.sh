@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # manners.sh BIN-DIR: what users expect of any command: pipes, several files, exit codes, files that stay whole when work
 # fails or is interrupted, and a bar on terminals only.
 set -u
@@ -66,6 +67,7 @@ code 2 "--format" "$zmx" dds encode a.png x.dds
 code 2 "--layer" "$zmx" dds decode f.dds x.png --layer -1
 code 2 "--level" "$zmx" dds decode f.dds x.png --level -1
 code 2 "--rows-per-strip" "$zmx" tiff encode a.png x.tif --rows-per-strip 0
+code 2 "--threads" "$zmx" image compare a.png a.png --threads 0
 code 2 "--threads" "$zmx" tiff encode a.png x.tif --threads 0
 code 2 "--depth" "$zmx" image convert a.png x.png --depth 17
 code 2 "--within" "$zmx" image compare a.png a.png --within -1
@@ -111,14 +113,27 @@ if mkdir tiny && mount -t tmpfs -o size=64k none tiny 2>/dev/null; then
     umount tiny
 fi
 code 1 "No space left on device" "$zmx" image convert a.png /dev/full --to ppm
+# Text is output too.
+code 1 "standard output: No space left on device" bash -c '"$0" dds info f.dds >/dev/full' "$zmx"
+code 1 "standard output: No space left on device" bash -c '"$0" image convert --help >/dev/full' "$zmx"
+
+# A reader that goes away ends the command, by a signal or where that is ignored by an error; a spool leaves nothing.
+waves 400 200 255 3 | "$zmx" image convert - long.ppm
+for ending in ppm bmp tif; do
+    checks=$((checks + 1))
+    TMPDIR=$dir/kept "$zmx" image convert long.ppm - --to $ending 2>err | head -c 10 >/dev/null
+    [ "${PIPESTATUS[0]}" -gt 128 ] || bad "a broken pipe ends it with ${PIPESTATUS[0]}: $(cat err)"
+    holds kept "o.ppm "
+done
+code 1 "standard output: Broken pipe" bash -c 'trap "" PIPE; { "$0" image convert long.ppm - 2>said; echo $? >code; } | true; cat said; exit $(cat code)' "$zmx"
 
 # An interrupted command leaves no half file, and ends as the signal ends it.
-for signal in INT TERM HUP; do
+for signal in INT TERM HUP QUIT; do
     mkfifo slow
     (head -c 5000 a.ppm; sleep 5) >slow &
     feeder=$!
     # A shell has its children in the background ignore INT.
-    env --default-signal=INT "$zmx" image convert slow kept/o.ppm 2>err &
+    env --default-signal=INT,QUIT "$zmx" image convert slow kept/o.ppm 2>err &
     worker=$!
     for _ in $(seq 100); do ls -A kept | grep -q '^\.zmx' && break; sleep 0.05; done
     checks=$((checks + 2))
@@ -147,4 +162,4 @@ checks=$((checks + 1))
 script -qec 'bash -c slowly | "$zmx" image convert - x.png -q' bar >/dev/null </dev/null
 grep -q '\[#' bar && bad "a bar in spite of -q"
 code 2 "standard output is a terminal" bash -c "script -qec '\"\$zmx\" image convert a.png - --to png' said >/dev/null </dev/null; code=\$?; cat said; exit \$code"
-finish 78
+finish 92

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # picture_memory.sh BIN-DIR: tall pictures pass through every reader and writer within a limit on the address space that
 # would not hold a third of them. Turning one, which needs all of it, shows that the limit is one.
 set -u

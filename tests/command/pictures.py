@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 """Picture files between zmx, netpbm, libtiff's tools and Pillow: pictures.py ZMX
 
 BMP       every kind that ppmtobmp writes is read as bmptopnm reads it; what zmx writes bmptopnm reads as it was

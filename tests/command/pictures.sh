@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # pictures.sh BIN-DIR: picture files between the zmx command, netpbm, libtiff's tools and Pillow; pictures.py says what is
 # compared.
 set -u

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 """DDS files between zmx and Pillow: texture.py ZMX
 
 BC7      equal to Pillow byte for byte: 131,072 random blocks of all modes, and a photograph

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # texture.sh BIN-DIR: DDS files between the zmx command and Pillow; texture.py says what is compared.
 set -u
 for python in python3 /usr/bin/python3; do

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # TIFF files between the zmx command and libtiff: ours are decoded by tiffcp to the pixels that went in, and what
 # tiffcp packs comes out of our decoder.
 #

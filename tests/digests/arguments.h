@@ -1,5 +1,6 @@
 // arguments.h - the statuses of a function for every single bad argument and every pair of them, which shows the order
 // of its tests.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "tests/digests/digests.h"

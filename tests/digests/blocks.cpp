@@ -1,4 +1,5 @@
 // blocks.cpp - digests of quantisation tables and of 8x8 blocks between samples and quantised coefficients.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/digests/arguments.h"
 
 namespace {

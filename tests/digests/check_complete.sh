@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # check_complete.sh INCLUDE-DIR LIST CC: the list of digests names every function that the header declares, and at least
 # 300 digests.
 set -u

@@ -1,4 +1,5 @@
 // codeblocks.cpp - digests of the coding of JPEG2000 code blocks.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/digests/arguments.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // colour.cpp - digests of the level shift and of the colour conversions of whole planes.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/digests/arguments.h"
 
 namespace {

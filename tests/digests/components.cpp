@@ -1,4 +1,5 @@
 // components.cpp - digests of the component transforms of JPEG2000.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/digests/arguments.h"
 #include "tests/digests/hardfloats.h"
 

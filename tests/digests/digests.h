@@ -2,6 +2,7 @@
 // depend on byte order, and the list of results.
 //
 // The program has nothing but the public header and the standard library, so that every toolchain can build it.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj.h"

@@ -1,4 +1,5 @@
 // entropy.h - Huffman tables, bit states and coefficients for the digests of JPEG entropy coding.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "tests/digests/digests.h"

@@ -1,4 +1,5 @@
 // hardfloats.cpp - floats at rounding boundaries, found by whole numbers only.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/digests/hardfloats.h"
 
 namespace {

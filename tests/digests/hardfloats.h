@@ -1,5 +1,6 @@
 // hardfloats.h - floats whose weighted sums lie so near a rounding boundary that 53 significant bits on the way do not
 // decide them, and 64 do.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "tests/digests/digests.h"

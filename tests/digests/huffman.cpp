@@ -1,6 +1,7 @@
 // huffman.cpp - digests of Huffman tables and of the blocks that JPEG entropy coding runs on.
 //
 // What is in a table shows in the streams of the other files; here are statuses and lists.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/digests/arguments.h"
 #include "tests/digests/entropy.h"
 

@@ -1,4 +1,5 @@
 // lossless.cpp - digests of the prediction and coding of lossless JPEG rows.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/digests/arguments.h"
 #include "tests/digests/entropy.h"
 

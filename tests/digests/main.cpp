@@ -5,6 +5,7 @@
 //
 // The list of the repository, digests.txt, was made by an x86-64 build without optimisation (scripts/everywhere --list).
 // Every other build has to come to the same. A name is that of a function, and what is done with it behind a colon.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/digests/digests.h"
 
 #include <cstdio>

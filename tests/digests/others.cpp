@@ -1,4 +1,5 @@
 // others.cpp - digests of the HD Photo transform, of TIFF rows and of the version record.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/digests/arguments.h"
 
 #include <bit>

@@ -1,4 +1,5 @@
 // progressive.cpp - digests of the coding of progressive JPEG scans.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/digests/arguments.h"
 #include "tests/digests/entropy.h"
 

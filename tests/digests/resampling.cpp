@@ -1,4 +1,5 @@
 // resampling.cpp - digests of the chroma resampling of planes and rows.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/digests/arguments.h"
 
 namespace {

@@ -1,4 +1,5 @@
 // sequential.cpp - digests of the coding of sequential JPEG blocks.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/digests/arguments.h"
 #include "tests/digests/entropy.h"
 

@@ -1,4 +1,5 @@
 // textures.cpp - digests of texture blocks.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/digests/arguments.h"
 
 namespace {

@@ -1,4 +1,5 @@
 // units.cpp - digests of the conversions of one minimum coded unit.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/digests/arguments.h"
 
 namespace {

@@ -1,4 +1,5 @@
 // waveletkernels.cpp - digests of the row and column kernels of the wavelets.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/digests/arguments.h"
 #include "tests/digests/wavelets.h"
 

@@ -1,4 +1,5 @@
 // waveletlifts.cpp - digests of the column lifting of the wavelets: one stage over rows.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/digests/arguments.h"
 #include "tests/digests/wavelets.h"
 

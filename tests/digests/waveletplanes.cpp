@@ -1,4 +1,5 @@
 // waveletplanes.cpp - digests of the wavelets on whole planes.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/digests/arguments.h"
 
 namespace {

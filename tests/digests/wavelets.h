@@ -1,4 +1,5 @@
 // wavelets.h - the weights of the irreversible filter's float form, for inputs at rounding boundaries.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "tests/digests/hardfloats.h"

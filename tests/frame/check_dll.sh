@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # check_dll.sh SOURCE-DIR BUILD-DIR CC OBJDUMP [EMULATOR...]: the DLLs of Windows export what the headers declare and
 # want nothing but the system; a C program is linked with their import libraries by the C compiler, needs no runtime
 # library of C++, and works.

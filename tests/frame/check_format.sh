@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # check_format.sh SOURCE-DIR: every C and C++ file of the tree is as clang-format leaves it. Exit 77: no clang-format of the
 # version that the tree is formatted by; others break lines elsewhere.
 set -u

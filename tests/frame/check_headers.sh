@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # check_headers.sh INCLUDE-DIR CC CXX: every public header compiles alone, as C99 and as C++, without a warning.
 set -u
 include=$1 cc=$2 cxx=$3

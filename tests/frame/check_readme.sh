@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # check_readme.sh SOURCE-DIR LIB-DIR CC [FLAGS...]: the C example of the README compiles without a warning, runs, and succeeds.
 # ZMX_EMULATOR="PROGRAM ARGUMENTS" runs it where the compiler makes programs of another processor.
 set -eu

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-2-Clause
 """check_rules.py ROOT: the rules of CONTRIBUTING.md and docs/architecture.md that a script can check.
 
 A rule is a function from a tree, a dictionary of paths and texts, to lines that tell what is wrong.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # check_symbols.sh INCLUDE-DIR LIBRARY NM CC: the functions that the library exports are those that the header declares.
 set -u
 include=$1 library=$2 nm=$3 cc=$4

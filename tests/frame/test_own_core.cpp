@@ -1,4 +1,5 @@
 // libzmxcore: memory, and the count of processors that a process may use.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "linux.h"
 #include "zmxcore.h"
 

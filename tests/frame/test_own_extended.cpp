@@ -1,5 +1,6 @@
 // SoftExtended against the x87 unit, operation by operation and bit by bit; and a digest of its results, which ties the
 // processors that have no such unit to those that have it.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjextended.h"
 #include "pjx87.h"
 #include "tests/support/digest.h"

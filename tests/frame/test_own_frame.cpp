@@ -1,4 +1,5 @@
 // The frame inside the library: argument tests, wrapping arithmetic, the row loops, and the road to memory.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjargs.h"
 #include "pjrows.h"
 #include "psalloc.h"

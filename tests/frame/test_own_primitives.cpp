@@ -1,4 +1,5 @@
 // The vector and rectangle primitives inside the library: values, rounding, overlap, order of argument tests.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "picopyca.h"
 #include "pithresh16u.h"
 #include "psconvert.h"

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-2-Clause
 """test_rules.py: whether each rule of check_rules.py notices a made-up tree that breaks it, and leaves a good one alone."""
 import sys
 

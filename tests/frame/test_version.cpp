@@ -1,4 +1,5 @@
 // The version record.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmxj.h"
 
 #include <cstring>

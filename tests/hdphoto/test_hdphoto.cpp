@@ -1,4 +1,5 @@
 // The HD Photo core transform: known blocks, the inverse, wrap-around, steps of every kind, and the order of argument tests.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/hdphoto/model/photo.h"
 #include "tests/support/arguments.h"
 #include "tests/support/digest.h"

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # check_abi.sh SOURCE-DIR: the interface is the one on record in abi/ (docs/abi.md says what that promises). Exits with 77, skipped,
 # where libabigail is not installed.
 set -eu

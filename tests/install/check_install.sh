@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # check_install.sh SOURCE-DIR: configures once in an empty folder, builds, installs into an empty prefix, and uses what is
 # there as its users do: the command, find_package, pkg-config, plain gcc, FetchContent; then shared libraries give way to
 # static ones, and `uninstall` leaves nothing behind.

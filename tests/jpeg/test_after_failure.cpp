@@ -1,6 +1,7 @@
 // The coders of JPEG when a caller goes on after a status that says that something failed: with the same block, the
 // next one, a flush, another function. What they do is that of the model, and nothing is written outside of state and
 // buffers, which stand flush with guard pages.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg/support/lossless.h"
 #include "tests/jpeg/support/progressive.h"
 #include "tests/jpeg/support/sequential.h"

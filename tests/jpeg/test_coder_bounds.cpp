@@ -1,5 +1,6 @@
 // The bounds by which the JPEG coders choose between their fast and their exact halves: the blocks that take the most
 // room, and the codes that take the most bits.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg/support/lossless.h"
 #include "tests/jpeg/support/sequential.h"
 

@@ -1,5 +1,6 @@
 // The colour conversions of whole planes, all 22 of them: values, layouts, order of argument tests, rows in
 // memory, and the sharing out of rows.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg/model/colour.h"
 #include "tests/jpeg/support/sharing.h"
 #include "tests/support/arguments.h"

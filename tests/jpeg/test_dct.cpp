@@ -1,4 +1,5 @@
 // Quantisation tables, and the way from samples to quantised coefficients and back.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/frame/model/primitives.h"
 #include "tests/jpeg/model/dct.h"
 #include "tests/jpeg/model/quant.h"

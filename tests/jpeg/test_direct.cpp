@@ -1,4 +1,5 @@
 // Sequential JPEG blocks: the Direct coders, which know no bounds.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg/support/sequential.h"
 #include "tests/support/arguments.h"
 #include "tests/support/digest.h"

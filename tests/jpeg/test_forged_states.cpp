@@ -1,5 +1,6 @@
 // The coders of JPEG on states and positions that no coder leaves: every field at its extremes. What they store then has
 // no meaning, but it stays within the block, the stream, the counts and the state, which stand flush with guard pages.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg/support/lossless.h"
 #include "tests/jpeg/support/progressive.h"
 #include "tests/jpeg/support/sequential.h"

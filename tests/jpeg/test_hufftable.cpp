@@ -1,5 +1,6 @@
 // Huffman tables and bit states as an application sees them: sizes, memory, construction, and the optimal
 // table.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg/support/huffman.h"
 #include "tests/support/arguments.h"
 #include "tests/support/digest.h"

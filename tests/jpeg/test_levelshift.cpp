@@ -1,4 +1,5 @@
 // The level shifts of 128: values, order of argument tests, rows in memory, and the sharing out of rows.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg/model/levelshift.h"
 #include "tests/jpeg/support/sharing.h"
 #include "tests/support/arguments.h"

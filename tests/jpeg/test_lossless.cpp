@@ -1,4 +1,5 @@
 // Lossless JPEG rows: the predictors and the coding of differences.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg/support/lossless.h"
 #include "tests/support/arguments.h"
 #include "tests/support/digest.h"

@@ -1,5 +1,6 @@
 // The conversions between the blocks of one minimum coded unit and its pixels, all 38 of them, against the plain
 // model.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg/model/mcu.h"
 #include "tests/jpeg/model/word.h"
 #include "tests/support/arguments.h"

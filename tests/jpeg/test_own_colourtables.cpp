@@ -1,4 +1,5 @@
 // The tables of the colour conversions: every entry by its rule, and entries spelt out.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjdeccctbl.h"
 #include "pjenccctbl.h"
 

@@ -1,5 +1,6 @@
 // The 8x8 transforms inside the library: the integer flow bit for bit, the single-precision flow operation by
 // operation, and both near the definition.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pidct.h"
 #include "pidctmul.h"
 #include "tests/frame/model/primitives.h"

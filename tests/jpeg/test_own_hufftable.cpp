@@ -1,4 +1,5 @@
 // The bit reader and the bit writer inside the JPEG entropy coders, and their constant tables.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjbitread.h"
 #include "pjbitwrite.h"
 #include "pjhufftbl.h"

@@ -1,4 +1,5 @@
 // The workers behind the two level shifts: they test nothing, so rows may also run upward.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjls.h"
 #include "tests/jpeg/model/levelshift.h"
 #include "tests/support/guarded.h"

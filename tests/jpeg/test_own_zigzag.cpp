@@ -1,4 +1,5 @@
 // The zig-zag tables of ITU-T T.81 Figure A.6 and the reordering of blocks.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pizigzag.h"
 #include "pjzigzag.h"
 #include "tests/jpeg/model/quant.h"

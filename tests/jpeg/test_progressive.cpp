@@ -1,4 +1,5 @@
 // Progressive JPEG blocks: decoding.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg/support/progressive.h"
 #include "tests/support/arguments.h"
 #include "tests/support/digest.h"

@@ -1,5 +1,6 @@
 // Chroma resampling by two, rectangles and rows: values, what lies outside, order of argument tests, rows in
 // memory, and the sharing out of rows.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg/model/resampling.h"
 #include "tests/jpeg/support/sharing.h"
 #include "tests/support/arguments.h"

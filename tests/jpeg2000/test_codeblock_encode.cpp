@@ -1,5 +1,6 @@
 // The code-block encoder: arguments, passes, distortions, bytes, rates and segment lengths against the plain
 // model.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg2000/model/codeblock.h"
 #include "tests/jpeg2000/support/codeblock.h"
 #include "tests/support/digest.h"

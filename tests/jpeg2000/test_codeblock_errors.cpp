@@ -1,4 +1,5 @@
 // How often a spoilt byte is noticed: the counts of docs/codeblock-errors.md, which this program prints.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg2000/support/codeblock.h"
 #include "tests/support/rounds.h"
 

@@ -1,5 +1,6 @@
 // The memory of the code-block states: what is taken, what is given back, and every allocation failing in its
 // turn.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg2000/support/codeblock.h"
 #include "tests/support/memory.cpp"
 

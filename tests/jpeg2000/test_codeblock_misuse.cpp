@@ -1,5 +1,6 @@
 // Code blocks when a caller goes on after a failure, and what lies behind the bytes that are told. All memory that the
 // library asks for ends at a guard page.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg2000/model/codeblock.h"
 #include "tests/jpeg2000/support/codeblock.h"
 #include "tests/support/extremes.h"

@@ -1,4 +1,5 @@
 // What the encoder makes, the decoder takes apart: more than a hundred thousand random blocks in every style.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg2000/support/codeblock.h"
 #include "tests/support/rounds.h"
 

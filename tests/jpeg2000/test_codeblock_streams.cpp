@@ -2,6 +2,7 @@
 //
 // streams/ has the streams; ZMX_CODEBLOCK_STREAMS names another folder with picture.pgm and
 // *.j2k.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg2000/model/codeblock.h"
 #include "tests/jpeg2000/model/codestream.h"
 #include "tests/jpeg2000/support/codeblock.h"

@@ -1,4 +1,5 @@
 // The component transforms against their model, pixel by pixel, in all sixteen forms.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg2000/model/component.h"
 #include "tests/jpeg2000/support/strided.h"
 #include "tests/support/arguments.h"

@@ -1,4 +1,5 @@
 // Inside the code-block coder: the context tables entry by entry, and the words of the flag plane.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pj2cbencpass.h"
 #include "pj2cbflags.h"
 #include "pj2decstate.h"

@@ -1,5 +1,6 @@
 // The code-block coders on states that something else has written to: every number in them at its extremes, pointers
 // and the geometry of an attached block excepted, which say where memory is. All memory ends at a guard page.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pj2decstate.h"
 #include "pj2encstate.h"
 #include "tests/jpeg2000/support/codeblock.h"

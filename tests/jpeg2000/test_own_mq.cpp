@@ -1,5 +1,6 @@
 // The MQ coder by itself: registers and bytes against the plain model, a published test sequence, the ends of
 // segments.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pj2mqdec.h"
 #include "pj2mqenc.h"
 #include "tests/jpeg2000/model/mq.h"

@@ -1,5 +1,6 @@
 // The functions in extended precision do not depend on the state of the x87 unit, which is the caller's: its precision
 // and its rounding, set to anything, give the same bytes, and are still set when a function returns.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "zmxj.h"
 
 #if (defined __i386__ || defined __x86_64__) && __has_include(<fpu_control.h>)

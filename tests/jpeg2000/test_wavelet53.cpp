@@ -1,5 +1,6 @@
 // The reversible 5/3 wavelet against its model: whole planes, kernels, column lifting. Also the line model by
 // itself.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg2000/model/wavelet53.h"
 #include "tests/jpeg2000/support/wavelet_checks.h"
 #include "zmxj/wavelet.h"

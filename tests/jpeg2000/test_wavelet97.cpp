@@ -1,4 +1,5 @@
 // The irreversible 9/7 wavelet on whole planes against its model.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg2000/model/wavelet97.h"
 #include "tests/jpeg2000/support/wavelet_checks.h"
 #include "tests/support/rounds.h"

@@ -1,5 +1,6 @@
 // The row kernels, column kernels and column lifting of the 9/7 wavelet against their model, in three number
 // systems.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg2000/model/wavelet97.h"
 #include "tests/jpeg2000/support/wavelet_checks.h"
 #include "zmxj/wavelet.h"

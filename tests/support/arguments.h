@@ -6,6 +6,7 @@
 //     checkOrder({kNull, kStep, kSize}, [&](const Bad& bad) {
 //         return function(bad.null(0, src.data()), bad.below1(1, 8), bad.below1(2, 4));
 //     });
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj/types.h"

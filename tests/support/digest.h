@@ -1,4 +1,5 @@
 // digest.h - a 64-bit digest (FNV-1a) of outputs, for expectations that hold in every build and byte order.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include <bit>

@@ -1,4 +1,5 @@
 // extremes.h - what the fields of a state may hold when something else has written to it.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include <climits>

@@ -1,4 +1,5 @@
 // guarded.cpp - buffers between inaccessible pages.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/support/guarded.h"
 
 #include <cstdio>

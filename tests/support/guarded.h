@@ -1,4 +1,5 @@
 // guarded.h - buffers between inaccessible pages, and planes whose margins are checked.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include <cstddef>

@@ -2,6 +2,7 @@
 // is a crash.
 //
 // Including this into a test program puts these definitions ahead of the libraries' own.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/support/guarded.h"
 #include "zmxcore.h"
 

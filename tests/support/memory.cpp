@@ -1,4 +1,5 @@
 // memory.cpp - stands in for libzmxcore's allocator.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/support/memory.h"
 
 #include "zmxcore.h"

@@ -1,6 +1,7 @@
 // memory.h - stands in for libzmxcore's allocator: counts blocks and fails on demand.
 //
 // Linking memory.cpp into a test program puts these definitions ahead of the libraries' own.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 // The n-th allocation from now (1 is the next) fails, and so do all later ones; 0: none fails.

@@ -1,4 +1,5 @@
 // rng.h - random test data that is the same in every build and on every run.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,5 @@
 // rounds.h - how many rounds a test makes that draws at random, and how many of what it is to meet on the way.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // threads.cpp - stands in for libzmxcore's thread count, and counts parallel regions.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/support/threads.h"
 
 #include "zmxcore.h"

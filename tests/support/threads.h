@@ -1,6 +1,7 @@
 // threads.h - stands in for libzmxcore's thread count, and counts the parallel regions that a call opens.
 //
 // Linking threads.cpp into a test program puts these definitions ahead of the libraries' own.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 // What ownGetNumThreads() answers from now on.

@@ -1,5 +1,6 @@
 // The decoder of BC7 blocks: worked blocks, every mode with every partition, rotation and index selector
 // against the plain model, and surfaces.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/texture/model/bc7.h"
 #include "tests/texture/support/texture.h"
 #include "zmxj.h"

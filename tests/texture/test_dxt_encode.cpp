@@ -1,4 +1,5 @@
 // The encoders of DXT1, DXT3 and DXT5 blocks from RGBA: worked blocks, and surfaces against the plain model.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/texture/model/dxtencode.h"
 #include "tests/texture/support/texture.h"
 #include "zmxj.h"

@@ -1,4 +1,5 @@
 // The routines for a single texture block and the steps of the BC7 decoder.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "pjdecdxt.h"
 #include "pjdecdxt1.h"
 #include "pjencdxt.h"

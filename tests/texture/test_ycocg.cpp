@@ -1,4 +1,5 @@
 // The encoder of DXT5 blocks from YCoCg: worked blocks, and surfaces against the plain model.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/texture/model/dxtencode.h"
 #include "tests/texture/support/texture.h"
 #include "zmxj.h"

@@ -1,4 +1,5 @@
 // PackBits rows: known streams, every short row at every capacity, damaged streams, and rows at the limits of a packet.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/support/arguments.h"
 #include "tests/support/digest.h"
 #include "tests/support/guarded.h"

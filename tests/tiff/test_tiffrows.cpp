@@ -1,4 +1,5 @@
 // Rows of 16-bit samples as two planes of bytes, and back.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/support/arguments.h"
 #include "tests/support/byteorder.h"
 #include "tests/support/digest.h"

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: BSD-2-Clause
 # build.sh PREFIX: plain gcc on an installed libzmxjpx; the program finds the libraries by its run path.
 set -eu
 prefix=$1

@@ -1,4 +1,5 @@
 // damage.h - files damaged at random.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "tests/support/rng.h"

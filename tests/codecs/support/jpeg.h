@@ -1,4 +1,5 @@
 // jpeg.h - what the tests of the JPEG codec share: samples in plain vectors, in and out.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/jpeg/jpeg.h"
@@ -49,6 +50,13 @@ inline Seen decoded(const Bytes& file, const jpeg::DecodeOptions& options) {
     Seen out = seen(d.picture);
     out.warnings = d.warnings;
     return out;
+}
+
+// A file coded anew, whose coefficients must be those that were to be written.
+inline jpeg::Transcoded transcode(const Bytes& file, const jpeg::TranscodeOptions& options) {
+    jpeg::Transcoded t = jpeg::transcode(file, options);
+    EXPECT_EQ(t.before, t.after);
+    return t;
 }
 
 // The message of the Error that a call ends in; empty: it does not.

@@ -1,4 +1,5 @@
 // pictures.h - made-up pictures, and what tests ask of pictures in memory and in files.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "codecs/picture/bytefile.h"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # checks.bash - what the checks of the zmx command share. Source it with the directory of the programs: it leaves the
 # shell in a scratch directory.
 zmx=$(realpath "$1")/zmx

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # dicom.bash - JPEG files and raw samples in and out of DICOM files, for the DCMTK programs.
 
 # dicom OUT W H CHANNELS BITS-ALLOCATED BITS SYNTAX PIXELS: a DICOM file; PIXELS are its last lines

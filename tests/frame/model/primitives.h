@@ -1,4 +1,5 @@
 // primitives.h - plain models of the library's vector and rectangle primitives, an element at a time.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj/types.h"

@@ -1,4 +1,5 @@
 // photo.cpp - the lifting steps of the HD Photo core transform as they are written down, one at a time.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/hdphoto/model/photo.h"
 
 #include <cstdint>

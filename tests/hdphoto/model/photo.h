@@ -1,4 +1,5 @@
 // photo.h - the HD Photo core transform, step by step on a block of 16 numbers.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj.h"

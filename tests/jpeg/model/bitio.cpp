@@ -1,4 +1,5 @@
 // bitio.cpp - the bit reader and the bit writer, the plain way. ITU-T T.81 F.1.2.3, F.2.2.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg/model/bitio.h"
 
 #include <cstdlib>

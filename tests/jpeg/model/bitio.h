@@ -1,4 +1,5 @@
 // bitio.h - the bit reader and the bit writer of the JPEG entropy coders, the plain way.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "tests/jpeg/model/hufftable.h"

@@ -1,4 +1,5 @@
 // colour.cpp - plain models of the colour conversions of whole planes.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg/model/colour.h"
 
 #include "tests/frame/model/primitives.h"

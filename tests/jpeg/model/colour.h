@@ -1,4 +1,5 @@
 // colour.h - plain models of the colour conversions of whole planes, a pixel at a time from the formulas.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj/types.h"

@@ -1,5 +1,6 @@
 // dct.h - plain models of the 8x8 discrete cosine transforms: the integer flow and the single-precision flow step by
 // step, and the transform of ITU-T T.81 A.3.3 in double precision.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj/types.h"

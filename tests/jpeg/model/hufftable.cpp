@@ -1,4 +1,5 @@
 // hufftable.cpp - Huffman tables, the plain way. ITU-T T.81 Annex C and K.2.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg/model/hufftable.h"
 
 #include <cstring>

@@ -1,4 +1,5 @@
 // hufftable.h - Huffman tables in fast form and the optimal table, the plain way.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj.h"

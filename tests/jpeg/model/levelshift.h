@@ -1,4 +1,5 @@
 // levelshift.h - plain models of the level shift of 128.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "tests/frame/model/primitives.h"

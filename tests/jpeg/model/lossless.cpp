@@ -1,4 +1,5 @@
 // lossless.cpp - lossless rows, the plain way. ITU-T T.81 Annex H.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg/model/lossless.h"
 
 #include <algorithm>

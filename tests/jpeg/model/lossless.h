@@ -1,4 +1,5 @@
 // lossless.h - lossless rows, the plain way. Arguments are not tested.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "tests/jpeg/model/bitio.h"

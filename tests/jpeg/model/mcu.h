@@ -1,4 +1,5 @@
 // mcu.h - plain models of the conversions between the blocks of one minimum coded unit and its pixels.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj/types.h"

@@ -1,4 +1,5 @@
 // progressive.cpp - progressive blocks, the plain way. ITU-T T.81 Annex G.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg/model/progressive.h"
 
 #include "tests/jpeg/model/sequential.h"

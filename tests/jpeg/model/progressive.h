@@ -1,4 +1,5 @@
 // progressive.h - one block's share of a progressive scan, the plain way. Arguments are not tested.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "tests/jpeg/model/bitio.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg/model/quant.h"
 
 #include "tests/jpeg/model/dct.h"

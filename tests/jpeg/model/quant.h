@@ -1,4 +1,5 @@
 // quant.h - plain models of the quantisation tables and of the way from samples to quantised coefficients and back.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj/types.h"

@@ -1,4 +1,5 @@
 // resampling.cpp - plain models of chroma resampling by two.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg/model/resampling.h"
 
 namespace model {

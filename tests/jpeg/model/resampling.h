@@ -1,4 +1,5 @@
 // resampling.h - plain models of chroma resampling by two, a sample at a time from the formulas.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj/types.h"

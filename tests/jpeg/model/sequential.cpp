@@ -1,4 +1,5 @@
 // sequential.cpp - sequential blocks, the plain way. ITU-T T.81 F.1.2, F.2.2.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg/model/sequential.h"
 
 #include "tests/jpeg/support/jpeg_annex_k.h"

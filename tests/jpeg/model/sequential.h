@@ -1,5 +1,6 @@
 // sequential.h - one block of a baseline or extended sequential scan, the plain way. Arguments are not
 // tested.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "tests/jpeg/model/bitio.h"

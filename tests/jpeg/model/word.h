@@ -1,4 +1,5 @@
 // word.h - a signed 32-bit number that wraps, so that a model's formulas can be written as they are published.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include <cstdint>

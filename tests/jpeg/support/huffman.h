@@ -1,5 +1,6 @@
 // huffman.h - caller-held Huffman blocks and streams on two sides: the library's, flush with guard pages, and
 // the model's. Each test drives both sides alike and compares every byte.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "tests/jpeg/model/bitio.h"

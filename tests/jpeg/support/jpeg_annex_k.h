@@ -1,5 +1,6 @@
 // jpeg_annex_k.h - the typical Huffman tables of ITU-T T.81 Annex K (K.3 to K.6) as a DHT segment lists them,
 // and the zig-zag order of its Figure A.6.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj.h"

@@ -1,4 +1,5 @@
 // lossless.h - one call of each coder of lossless differences on two sides, the library's and the model's.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "tests/jpeg/model/lossless.h"

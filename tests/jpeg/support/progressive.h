@@ -1,4 +1,5 @@
 // progressive.h - one call of each progressive coder on two sides, the library's and the model's.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "tests/jpeg/model/progressive.h"

@@ -1,4 +1,5 @@
 // sequential.h - blocks and scans of sequential coding on two sides, the library's and the model's.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "tests/jpeg/model/sequential.h"

@@ -1,6 +1,7 @@
 // sharing.h - whether a function shares out its rows to threads when it should, and works the same with any number.
 //
 // A test that includes this also includes tests/support/threads.cpp.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "tests/support/threads.h"

@@ -1,4 +1,5 @@
 // codeblock.cpp - the coding passes, and the decoder and the encoder of code blocks that run them.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg2000/model/codeblock.h"
 
 #include "tests/jpeg2000/model/extended.h"

@@ -3,6 +3,7 @@
 //
 // A sample's state is kept in separate arrays, and every context is computed from the neighbours when it is
 // needed.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "tests/jpeg2000/model/mq.h"

@@ -1,4 +1,5 @@
 // codestream.cpp - marker segments, packet headers with their tag trees, and the segments of code blocks.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg2000/model/codestream.h"
 
 #include <algorithm>

@@ -3,6 +3,7 @@
 //
 // One tile of one part, one component, one layer, one precinct to a resolution, reversible, no region of
 // interest: what a lossless encoder makes of a small grey picture.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg2000/model/component.h"
 
 #include "tests/jpeg2000/model/extended.h"

@@ -1,4 +1,5 @@
 // The component transforms pixel by pixel, as the formulas read.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj/types.h"

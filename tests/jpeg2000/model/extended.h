@@ -1,5 +1,6 @@
 // extended.h - extended precision for the models: the x87 unit's where there is one. Elsewhere it is the library's own
 // type, which test_own_extended ties to the unit bit by bit.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "src/pjextended.h"

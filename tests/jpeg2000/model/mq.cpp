@@ -1,4 +1,5 @@
 // mq.cpp - the MQ coder, from the flow charts of ISO/IEC 15444-1 Annex C.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/jpeg2000/model/mq.h"
 
 namespace model {

@@ -1,4 +1,5 @@
 // mq.h - the MQ coder of ISO/IEC 15444-1 Annex C, written plainly.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include <cstdint>

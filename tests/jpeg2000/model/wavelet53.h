@@ -1,4 +1,5 @@
 // The reversible 5/3 wavelet, line by line. T is Zmx16s or Zmx32s.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "tests/jpeg2000/model/waveletline.h"

@@ -1,4 +1,5 @@
 // The irreversible 9/7 wavelet, line by line, in its five number systems.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "tests/jpeg2000/model/extended.h"

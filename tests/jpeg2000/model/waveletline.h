@@ -1,5 +1,6 @@
 // What the models of both wavelets share: planes, the lines in them, and the mirroring of a line past its
 // ends.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj/types.h"

@@ -1,5 +1,6 @@
 // codeblock.h - code blocks for tests: random samples, the library's encoder and decoder states, and segments
 // flush against a guard page.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "tests/support/arguments.h"

@@ -1,4 +1,5 @@
 // strided.h - rectangles of samples at any byte step, and samples of several characters to fill them with.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "tests/support/guarded.h"

@@ -1,5 +1,6 @@
 // wavelet_checks.h - checks that both wavelets share: whole planes, kernels, column lifting, and the order of
 // their tests.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "tests/jpeg2000/model/waveletline.h"

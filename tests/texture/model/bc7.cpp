@@ -1,4 +1,5 @@
 // bc7.cpp - a BC7 block is read one bit at a time.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/texture/model/bc7.h"
 
 #include <cassert>

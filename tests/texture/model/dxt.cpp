@@ -1,4 +1,5 @@
 // dxt.cpp - each texel of a block is worked out alone, from the block's bits.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/texture/model/dxt.h"
 
 namespace {

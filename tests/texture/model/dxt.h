@@ -1,4 +1,5 @@
 // dxt.h - plain models of the DXT1, DXT3 and DXT5 blocks.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "tests/texture/model/surface.h"

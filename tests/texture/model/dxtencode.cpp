@@ -1,4 +1,5 @@
 // dxtencode.cpp - the decisions of the DXT encoders, one texel and one bit at a time.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/texture/model/dxtencode.h"
 
 #include <cstdlib>

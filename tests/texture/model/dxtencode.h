@@ -1,4 +1,5 @@
 // dxtencode.h - plain models of the encoders of DXT blocks.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "tests/texture/model/surface.h"

@@ -1,4 +1,5 @@
 // surface.h - plain walks over a surface of 4x4 texture blocks, pixel by pixel.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj/types.h"

@@ -1,4 +1,5 @@
 // texture.cpp - calls of the texture functions between guard pages.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/texture/support/texture.h"
 
 #include "tests/support/arguments.h"

@@ -1,5 +1,6 @@
 // texture.h - the functions on texture blocks beside their models, between guard pages, and what to feed
 // them.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "tests/support/rng.h"

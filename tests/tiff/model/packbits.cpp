@@ -1,4 +1,5 @@
 // packbits.cpp - PackBits rows as they are written down.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "tests/tiff/model/packbits.h"
 
 #include <cstdint>

@@ -1,4 +1,5 @@
 // packbits.h - PackBits rows, a byte at a time. Positions are wide enough for every sum of them.
+// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include "zmxj.h"
