@@ -7,6 +7,7 @@
 #include "tests/support/digest.h"
 #include "tests/support/guarded.h"
 #include "tests/support/rng.h"
+#include "tests/support/rounds.h"
 #include "tests/support/threads.cpp"
 #include "zmxj.h"
 
@@ -245,7 +246,7 @@ TEST(Quantising, DequantisingReadsTheTableAsSigned) {
 
 TEST(Quantising, EveryCoefficientByEveryDivisor) {
     Block b, forward, back;
-    for (int d = 0; d < 256; ++d) {
+    for (int d = 0; d < 256; d += shortened() ? 17 : 1) {
         const Table reciprocal = flatTable(model::quotient(32768, Zmx16u(d))), divisor = flatTable(d);
         for (int base = -32768; base <= 32767; base += 64) {
             for (std::size_t k = 0; k < 64; ++k) {

@@ -567,7 +567,7 @@ TEST(CodeBlockDecoder, WhereBypassBegins) {
 TEST(CodeBlockDecoder, EveryStyleSubbandTerminationAndPassCount) {
     Rng rng(0x6211);
     OneCall one;
-    for (Zmx32u style = 0; style < kCodingStyles; ++style)
+    for (Zmx32u style = 0; style < kCodingStyles; style += shortened() ? 5 : 1)
         for (int subband = 0; subband < 4; ++subband)
             for (int termination = 0; termination < 9; ++termination) {
                 SCOPED_TRACE(::testing::Message()

@@ -4,6 +4,7 @@
 #include "tests/support/digest.h"
 #include "tests/support/guarded.h"
 #include "tests/support/rng.h"
+#include "tests/support/rounds.h"
 #include "tests/tiff/model/packbits.h"
 #include "zmxj.h"
 
@@ -239,7 +240,8 @@ TEST(PackBits, EveryShortRowAtEveryCapacity) {
     Packer pack;
     Unpacker unpack;
     long rows = 0, calls = 0;
-    for (std::size_t n = 1; n <= 10; ++n) {
+    const std::size_t longest = shortened() ? 7 : 10;
+    for (std::size_t n = 1; n <= longest; ++n) {
         Bytes row(n, 0);
         for (bool more = true; more;) {
             const model::PackBitsResult whole = pack.check(row, 0, 16);
@@ -261,8 +263,8 @@ TEST(PackBits, EveryShortRowAtEveryCapacity) {
             }
         }
     }
-    EXPECT_EQ(rows, 88572);
-    EXPECT_GT(calls, 800000);
+    EXPECT_EQ(rows, shortened() ? 3279 : 88572);
+    EXPECT_GT(calls, rounds(800000));
 }
 
 TEST(PackBits, RandomRowsAtRandomCapacities) {
