@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # libzmxjpx for the higher levels of x86-64 (the psABI's x86-64-v2, -v3 and -v4): the same sources, built once more for each
 # level and left where glibc's loader looks for them, in glibc-hwcaps/<level>/ beside the library. The loader takes the best
 # that the processor has; nothing in our code asks. The bytes are the same at each level: products and sums are not

@@ -1,4 +1,5 @@
 // PGX files: what is read of them is what is written again.
+// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/pgx.h"
 
 #include <cstdlib>

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # check_choice.sh BUILD-DIR: from the build folder the loader takes the library of the best level that the processor has, and
 # the one below when it is told that an instruction set is missing.
 set -u

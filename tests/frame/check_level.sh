@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # check_level.sh LEVEL LIBRARY BIN-DIR: runs every test program that uses the shared library, and the digests, with this
 # file of it. A level that the processor has not is run by an emulator that has it; where there is none, the test is skipped.
 set -u
