@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: BSD-2-Clause
 // PGX files: what is read of them is what is written again.
-// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/pgx.h"
 
 #include <cstdlib>

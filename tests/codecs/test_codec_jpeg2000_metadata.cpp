@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: BSD-2-Clause
 // What stands beside the samples: boxes of JP2 files, both ways and broken, and PGX files.
-// SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/pgx.h"
 #include "tests/codecs/support/jpeg2000pictures.h"
 

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: BSD-2-Clause
 // byteorder.h - the order of bytes in words, for tests that draw words, or digest them, byte by byte.
-// SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
 #include <bit>
