@@ -8,6 +8,8 @@ folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 # A folder of its own, so that the loader finds no better one beside it.
 ln -s "$library" "$folder/$(basename "$(readlink -f "$library")")"
+core=$(ldd "$bin/zmx_digests" | grep -o '/[^ ]*libzmxcore[^ ]*')
+ln -s "$core" "$folder/$(basename "$core")"
 export LD_LIBRARY_PATH=$folder
 
 run=()
