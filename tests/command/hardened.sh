@@ -25,6 +25,8 @@ silent() {
     readelf -W "$@" "$file" 2>&1 | grep -qE -- "$words" && bad "$file: readelf $* says '$words'"
 }
 files=("$bin/zmx" "$bin"/../lib/libzmxjpx.so "$bin"/../lib/libzmxcore.so)
+# Those for newer processors, where they were built.
+for level in "$bin"/../lib/glibc-hwcaps/*/libzmxjpx.so.6.1; do [ ! -e "$level" ] || files+=("$level"); done
 for file in "${files[@]}"; do
     says 'Type: +DYN' "$file" -h
     says 'GNU_RELRO' "$file" -l
