@@ -125,7 +125,7 @@ void leaveOnesOut(Bytes& s, int unused) {
     if (s.back() == 0xFF)
         s.pop_back();
     else if (s.size() >= 2 && s.back() == 0x7F && s[s.size() - 2] == 0xFF)
-        s.resize(s.size() - 2);
+        s.erase(s.end() - 2, s.end());
 }
 
 constexpr unsigned kStyles[] = {kStyleBypass, kStyleBypass | kStyleTerminateAll, kStyleBypass | kStyleSegmentation,
