@@ -27,16 +27,16 @@ Picture striped(const Shape& shape) {
     return picture;
 }
 
-Bytes encoded(const Picture& picture, const tiff::EncodeOptions& options = {}) {
+Bytes encoded(const Picture& picture, const codecs::tiff::EncodeOptions& options = {}) {
     MemorySink file;
     PictureSource rows(picture);
-    tiff::encode(rows, file, options);
+    codecs::tiff::encode(rows, file, options);
     return std::move(file.bytes);
 }
 Picture decoded(const Bytes& file, std::uint64_t maxPixels = 1 << 20) {
     MemorySource source(file);
     PictureSink rows;
-    tiff::decode(source, rows, maxPixels);
+    codecs::tiff::decode(source, rows, maxPixels);
     return std::move(rows.picture);
 }
 

@@ -8,6 +8,7 @@ here=$(realpath "$(dirname "$0")")
 need tiffcp tiffset cmp yes
 
 limit=98304 # KiB: the program and its libraries take about half of it
+(ulimit -v $limit && "$zmx" --version >/dev/null 2>&1) || { echo "this build takes more by itself"; exit 77; }
 flat() { check bash -c 'ulimit -v "$1"; shift; exec "$@"' flat $limit "$zmx" "$@"; }
 # tall WIDTH HEIGHT: lines that repeat, as RGB
 tall() {
