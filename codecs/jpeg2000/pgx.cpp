@@ -27,13 +27,13 @@ public:
     }
     int number(int least, int most, const char* what) {
         const std::string word = next();
-        int v = 0;
+        std::int64_t v = 0; // holds the 15 digits of the longest word
         for (const char c : word) {
-            need(c >= '0' && c <= '9' && v <= most, what);
+            need(c >= '0' && c <= '9', what);
             v = 10 * v + (c - '0');
         }
         need(v >= least && v <= most, what);
-        return v;
+        return int(v);
     }
     // What is behind the end of the line.
     ByteView rest() {
