@@ -123,6 +123,13 @@ if(CMAKE_BUILD_TYPE STREQUAL "Release" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU" 
   set_tests_properties(adopt PROPERTIES TIMEOUT 5400)
 endif()
 
+# What takes longest begins first.
+foreach(name adopt install command.tiff command.jpeg2000_memory command.picture_memory command.jpeg_lossless)
+  if(TEST ${name})
+    set_tests_properties(${name} PROPERTIES COST 1000)
+  endif()
+endforeach()
+
 # A fuzz target without seeds begins from nothing, or not at all.
 file(GLOB zmx_fuzz_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/fuzz/fuzz_*.cpp)
 foreach(source ${zmx_fuzz_sources})

@@ -136,10 +136,11 @@ TEST(Pgx, EitherByteOrderAndSpacing) {
 }
 
 TEST(Pgx, NonsenseIsRefused) {
-    for (const char* file : {"", "PG", "PX ML + 8 1 1\nx", "PG MM + 8 1 1\nx", "PG ML + 0 1 1\nx", "PG ML + 17 1 1\nxx",
-                             "PG ML + 8 0 1\nx", "PG ML + 8 1 -1\nx", "PG ML + 8 99999999999 1\nx", "PG ML + 8 1 1",
-                             "PG ML + 8 1 1x", "PG ML * 8 1 1\nx", "PG ML + 8 536870912 536870912\nx",
-                             "PG ML + 8 25555555121 1\nx", "PG ML + 8 999999999999999 1\nx", "PG ML + 8 9999999999999999 1\nx"})
+    for (const char* file :
+         {"", "PG", "PX ML + 8 1 1\nx", "PG MM + 8 1 1\nx", "PG ML + 0 1 1\nx", "PG ML + 17 1 1\nxx",
+          "PG ML + 8 0 1\nx", "PG ML + 8 1 -1\nx", "PG ML + 8 99999999999 1\nx", "PG ML + 8 1 1", "PG ML + 8 1 1x",
+          "PG ML * 8 1 1\nx", "PG ML + 8 536870912 536870912\nx", "PG ML + 8 25555555121 1\nx",
+          "PG ML + 8 999999999999999 1\nx", "PG ML + 8 9999999999999999 1\nx"})
         EXPECT_THROW(readPgx(bytesOf(file)), Error) << file;
 }
 
