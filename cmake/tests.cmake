@@ -107,7 +107,7 @@ if(TARGET zmx)
     get_filename_component(name ${script} NAME_WE)
     add_test(NAME command.${name} COMMAND ${script} $<TARGET_FILE_DIR:zmx>)
     # 77: a program that the check needs is not there.
-    set_tests_properties(command.${name} PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 900)
+    set_tests_properties(command.${name} PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 1800)
   endforeach()
 endif()
 
