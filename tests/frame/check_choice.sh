@@ -16,9 +16,6 @@ expect() { # expect WHAT WANTED GOT
 }
 expect "as it comes" "*/glibc-hwcaps/x86-64-$best/libzmxjpx.so.6.1" "$(taken)"
 expect "with no level allowed" "*/lib/libzmxjpx.so.6.1" "$(taken --glibc-hwcaps-mask none)"
-case $(taken --glibc-hwcaps-mask none) in */glibc-hwcaps/*) failed=1 ;; esac
 expect "with x86-64-v2 alone" "*/glibc-hwcaps/x86-64-v2/*" "$(taken --glibc-hwcaps-mask x86-64-v2)"
-below=$(GLIBC_TUNABLES=glibc.cpu.hwcaps=-AVX2_Usable,-AVX2,-SSSE3_Usable,-SSSE3 taken)
-expect "without SSSE3 and AVX2" "*/lib/libzmxjpx.so.6.1" "$below"
-case $below in */glibc-hwcaps/*) echo "the loader was not told"; failed=1 ;; esac
+expect "without SSSE3 and AVX2" "*/lib/libzmxjpx.so.6.1" "$(GLIBC_TUNABLES=glibc.cpu.hwcaps=-AVX2,-SSSE3 taken)"
 exit $failed
