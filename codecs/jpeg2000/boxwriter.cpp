@@ -100,12 +100,11 @@ Fraction unfolded(double v, int exponent) {
     return {unsigned(n), unsigned(d), exponent};
 }
 
-// What needs no power of ten, to what a float of a TIFF file tells, goes without one, for those who read no further than
-// N and D. Otherwise a number from 1
+// What needs no power of ten goes without one, for those who read no further than N and D. Otherwise a number from 1
 // to 10 leaves the most room for D.
 Fraction fractionOf(double v) {
     if (v >= 1 && v < 65536)
-        if (const Fraction plain = unfolded(v, 0); std::abs(plain.n / double(plain.d) - v) < 6e-8 * v) return plain;
+        if (const Fraction plain = unfolded(v, 0); std::abs(plain.n / double(plain.d) - v) < 1e-9 * v) return plain;
     const int exponent = int(std::floor(std::log10(v)));
     return unfolded(v / std::pow(10, exponent), exponent);
 }

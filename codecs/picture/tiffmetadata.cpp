@@ -6,6 +6,7 @@
 #include "codecs/picture/exif.h"
 
 #include <algorithm>
+#include <charconv>
 
 namespace codecs {
 namespace {
@@ -47,6 +48,16 @@ void writeExif(TiffFile& file, const Bytes& exif) {
     }
 }
 
+// libtiff hands a fraction out as a float. What was written is the shortest decimal number that this float stands for:
+// 118.11 and not 118.11000061.
+double meant(float v) {
+    char text[32];
+    const char* const end = std::to_chars(text, text + sizeof text, v).ptr;
+    double shortest = 0;
+    std::from_chars(text, end, shortest);
+    return shortest;
+}
+
 } // namespace
 
 Metadata readMetadata(const TiffFile& file) {
@@ -55,7 +66,7 @@ Metadata readMetadata(const TiffFile& file) {
     if (TIFFGetField(file.get(), TIFFTAG_XRESOLUTION, &x) && TIFFGetField(file.get(), TIFFTAG_YRESOLUTION, &y) &&
         x > 0 && y > 0) {
         const unsigned unit = file.tag<std::uint16_t>(TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
-        m.resolution = {double(x), double(y),
+        m.resolution = {meant(x), meant(y),
                         unit == RESUNIT_INCH         ? Resolution::Unit::inch
                         : unit == RESUNIT_CENTIMETER ? Resolution::Unit::centimetre
                                                      : Resolution::Unit::none};

@@ -252,3 +252,13 @@ TEST(Metadata, UnitsOfLength) {
     EXPECT_NEAR((Resolution{10000, 1, Unit::metre}.in(Unit::inch).x), 254, 1e-9);
     EXPECT_EQ((Resolution{2, 1, Unit::none}.in(Unit::inch)), (Resolution{2, 1, Unit::none}));
 }
+
+// libtiff hands it out as a float, which has more digits than what was written.
+TEST(Metadata, ResolutionsOfTiffAreTheNumbersThatWereWritten) {
+    Picture picture = withMetadata({4, 3, 3, 255, Colour::rgb, false});
+    picture.metadata.resolution = Resolution{118.11, 59.06, Resolution::Unit::centimetre};
+    const Resolution back = *pictureIn(fileOf(picture, Container::tiff)).metadata.resolution;
+    EXPECT_EQ(back.unit, Resolution::Unit::centimetre);
+    EXPECT_EQ(back.x, 118.11);
+    EXPECT_EQ(back.y, 59.06);
+}
