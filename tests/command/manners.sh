@@ -150,16 +150,19 @@ for signal in INT TERM HUP QUIT; do
 done
 
 # A bar for what takes longer than a second, on a terminal alone.
-slowly() { head -c 3000 a.ppm; sleep 1.3; tail -c +3001 a.ppm; }
+cat >slowly <<'EOF'
+head -c 3000 a.ppm
+sleep 1.3
+tail -c +3001 a.ppm
+EOF
 checks=$((checks + 2))
-export -f slowly
 export zmx
-script -qec 'bash -c slowly | "$zmx" image convert - x.png' bar >/dev/null </dev/null
+script -qec 'sh slowly | "$zmx" image convert - x.png' bar >/dev/null </dev/null
 grep -q '\[#' bar || bad "no bar on a terminal: $(cat bar)"
-slowly | "$zmx" image convert - x.png 2>err
+sh slowly | "$zmx" image convert - x.png 2>err
 empty err "a bar where no terminal is"
 checks=$((checks + 1))
-script -qec 'bash -c slowly | "$zmx" image convert - x.png -q' bar >/dev/null </dev/null
+script -qec 'sh slowly | "$zmx" image convert - x.png -q' bar >/dev/null </dev/null
 grep -q '\[#' bar && bad "a bar in spite of -q"
 code 2 "standard output is a terminal" bash -c "script -qec '\"\$zmx\" image convert a.png - --to png' said >/dev/null </dev/null; code=\$?; cat said; exit \$code"
 finish 92
