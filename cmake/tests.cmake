@@ -117,6 +117,9 @@ if(CMAKE_BUILD_TYPE STREQUAL "Release" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU" 
   set_tests_properties(install PROPERTIES TIMEOUT 1800)
   add_test(NAME abi COMMAND ${PROJECT_SOURCE_DIR}/tests/install/check_abi.sh ${PROJECT_SOURCE_DIR})
   set_tests_properties(abi PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 1800)
+  # The page of scripts/demo in a browser.
+  add_test(NAME demo COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_demo.py ${PROJECT_SOURCE_DIR} $<TARGET_FILE:zmx>)
+  set_tests_properties(demo PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 1800)
   # What docs/adopt.md tells a newcomer to type.
   add_test(NAME adopt COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_adopt.py ${PROJECT_SOURCE_DIR})
   set_tests_properties(adopt PROPERTIES TIMEOUT 5400)
