@@ -39,7 +39,7 @@ JPEG = Codec(
     "libjpeg-turbo", ("cjpeg -quality S -sample 2x2 -optimize -outfile OUT IN", "djpeg -pnm -outfile OUT IN"),
     [10, 25, 75], 75)
 JPEG2000 = Codec(
-    "JPEG2000", "jp2", [0.125, 0.25, 0.5, 1, 2], [0.125, 1], "{} bits a pixel",
+    "JPEG2000", "jp2", [0.125, 0.25, 0.5, 1, 2], [0.125, 1], "{} bpp",
     ("j2k encode IN OUT --lossy --rate S -q", "j2k decode IN OUT -q"),
     "OpenJPEG", ("opj_compress -i IN -o OUT -I -r RATIO", "opj_decompress -i IN -o OUT"),
     [0.125, 0.5], 1)
