@@ -118,7 +118,7 @@ def peak_memory() -> int:
 def run(work: Work, workers: int, kill: bool) -> tuple[float, int]:
     """Makes all, on so many worker processes of one thread. The seconds for the picture itself, and the peak of memory."""
     make_arrays(work)
-    with LocalCluster(n_workers=workers, threads_per_worker=1, processes=True, dashboard_address=None,
+    with LocalCluster(n_workers=workers, threads_per_worker=1, processes=True, dashboard_address=":0",
                       memory_limit=0) as cluster, Client(cluster) as client:
         began = time.perf_counter()
         futures = client.map(make_chunk, [work] * len(work.chunks(0)), work.chunks(0), pure=False)

@@ -222,3 +222,38 @@ def blank(kind: str, size: Callable[[], int], *arguments: Any) -> State:
     _KEPT.append(ctypes.create_string_buffer(size() + 64))
     aligned = (ctypes.addressof(_KEPT[-1]) + 63) // 64 * 64
     return State(getattr(zmxjpx.raw, kind)(*arguments), aligned)
+
+
+def _table(kind: str) -> object:
+    """A table of all symbols, with codes of 8 bits and more."""
+    bits = np.array([0] * 7 + [255] + [0] * 7 + [1], np.uint8)
+    return getattr(zmxjpx.raw, f"zmxi{kind}InitAlloc_JPEG_8u")(bits, np.arange(256, dtype=np.uint8))
+
+
+def _encoder(loaded: bool) -> object:
+    state = zmxjpx.raw.zmxiEncodeInitAlloc_JPEG2K((16, 16))
+    if loaded:
+        samples = np.arange(256, dtype=np.int32).reshape(16, 16)
+        zmxjpx.raw.zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(samples, state, 0, 31, 0, 0)
+    return state
+
+
+def _decoder(attached: bool) -> object:
+    state = zmxjpx.raw.zmxiDecodeCBProgrInitAlloc_JPEG2K((16, 16))
+    if attached:
+        zmxjpx.raw.zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(np.zeros((16, 16), np.int32), state, 0, 9, 0)
+        zmxjpx.raw.zmxiDecodeCBProgrSetPassCounter_JPEG2K(20, state)
+    return state
+
+
+# Ways to have a table or state of each kind, good and bad.
+EXAMPLES_OF_TABLES: dict[str, list[Callable[[], object]]] = {
+    kind: [lambda kind=kind: _table(kind)] * 6 + [getattr(zmxjpx.raw, kind)]
+    for kind in ("DecodeHuffmanSpec", "EncodeHuffmanSpec")}
+EXAMPLES_OF_TABLES.update({
+    kind: [lambda kind=kind: getattr(zmxjpx.raw, f"zmxi{kind}InitAlloc_JPEG_8u")()] * 6 + [getattr(zmxjpx.raw, kind)]
+    for kind in ("DecodeHuffmanState", "EncodeHuffmanState")})
+EXAMPLES_OF_TABLES["EncodeState_JPEG2K"] = [lambda: _encoder(True), lambda: _encoder(True), lambda: _encoder(False)]
+EXAMPLES_OF_TABLES["DecodeCBProgrState"] = [
+    lambda: _decoder(True), lambda: _decoder(True), lambda: _decoder(False),
+    lambda: zmxjpx.raw.DecodeCBProgrState((16, 16))]
