@@ -11,18 +11,30 @@ PAGE = mmap.PAGESIZE
 CANARY = 0xA5
 
 
+_LIBC = ctypes.CDLL(None, use_errno=True)
+_LIBC.mmap.restype = ctypes.c_void_p
+_LIBC.mmap.argtypes = [ctypes.c_void_p, ctypes.c_size_t, ctypes.c_int, ctypes.c_int, ctypes.c_int, ctypes.c_long]
+_LIBC.mprotect.argtypes = [ctypes.c_void_p, ctypes.c_size_t, ctypes.c_int]
+_LIBC.munmap.argtypes = [ctypes.c_void_p, ctypes.c_size_t]
+
+
 class Slot:
-    """Some pages between two that are closed."""
+    """Some pages between two that are closed. Its arrays live no longer than it does."""
 
     def __init__(self, pages: int) -> None:
-        self._map = mmap.mmap(-1, (pages + 2) * PAGE)
         self.size = pages * PAGE
-        first = ctypes.addressof(ctypes.c_char.from_buffer(self._map))
-        libc = ctypes.CDLL(None, use_errno=True)
-        for closed in (first, first + PAGE + self.size):
-            if libc.mprotect(ctypes.c_void_p(closed), ctypes.c_size_t(PAGE), 0) != 0:
+        self._whole = (pages + 2) * PAGE
+        self._base = _LIBC.mmap(None, self._whole, mmap.PROT_READ | mmap.PROT_WRITE,
+                                mmap.MAP_PRIVATE | mmap.MAP_ANONYMOUS, -1, 0)
+        if self._base in (None, ctypes.c_void_p(-1).value):
+            raise MemoryError
+        for closed in (self._base, self._base + PAGE + self.size):
+            if _LIBC.mprotect(closed, PAGE, 0) != 0:
                 raise OSError(ctypes.get_errno(), "mprotect")
-        self.bytes = np.frombuffer((ctypes.c_uint8 * self.size).from_address(first + PAGE), np.uint8)
+        self.bytes = np.frombuffer((ctypes.c_uint8 * self.size).from_address(self._base + PAGE), np.uint8)
+
+    def __del__(self) -> None:
+        _LIBC.munmap(self._base, self._whole)
 
     def array(self, shape: tuple[int, ...], strides: tuple[int, ...], dtype: np.dtype, at_end: bool, shift: int
               ) -> np.ndarray:
@@ -35,7 +47,6 @@ class Slot:
         start = self.size - extent - shift if at_end else shift
         self.used = slice(start, start + extent)
         self.bytes[:] = CANARY
-        self.bytes[self.used] = np.random.default_rng(extent).integers(0, 256, extent, np.uint8)
         return np.ndarray(shape, dtype, self.bytes, start - low if extent else 0, strides)
 
     def intact(self) -> bool:

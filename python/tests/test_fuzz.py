@@ -103,7 +103,8 @@ SLOTS = [Slot(4) for _ in range(12)]
 NAMES = sorted(PROTOTYPES)
 TYPES = {"Zmx8u": np.uint8, "Zmx16s": np.int16, "Zmx16u": np.uint16, "Zmx32s": np.int32, "Zmx32u": np.uint32,
          "Zmx32f": np.float32, "int": np.int32}
-NUMBERS = st.integers(0, 70) | st.sampled_from([-1, 1 << 20, (1 << 31) - 1, -(1 << 31)])
+SMALL = st.integers(1, 16)
+NUMBERS = SMALL | SMALL | SMALL | st.integers(0, 70) | st.sampled_from([-1, 1 << 20, (1 << 31) - 1, -(1 << 31)])
 
 
 class Pool:
@@ -115,34 +116,37 @@ class Pool:
     def draw(self, strategy: st.SearchStrategy):
         return self.data.draw(strategy)
 
-    def array(self, dtype: type) -> np.ndarray:
-        """Rows with gaps, rows that overlay each other or run backward, and single rows."""
+    def array(self, dtype: type, stepped: bool) -> np.ndarray:
+        """Rows with gaps, rows that overlay each other or run backward, and single rows; most often what is wanted."""
         kind = np.dtype(dtype)
-        rows, columns = self.draw(st.integers(0, 20)), self.draw(st.integers(0, 40) | st.sampled_from([64, 256, 257, 600]))
-        if self.draw(st.booleans()):
-            shape, strides = (rows * columns % 3000,), (kind.itemsize,)
-        else:
-            gap = self.draw(st.integers(0, 9))
-            step = self.draw(st.sampled_from([columns * kind.itemsize + gap] * 4 + [-(columns * kind.itemsize + gap), 0, gap]))
-            shape, strides = (rows, columns), (step, kind.itemsize if self.draw(st.integers(0, 9)) else 2 * kind.itemsize)
+        item, form = kind.itemsize, self.draw(st.integers(0, 9))
+        shape, strides = (600,), (item,)
+        gap = self.draw(st.integers(0, 9))
+        if (form > 0) == stepped:
+            shape, strides = (20, 64), (64 * item + gap, item)
+        if form == 9:  # anything
+            rows, columns = self.draw(st.integers(0, 20)), self.draw(st.integers(0, 70))
+            step = self.draw(st.sampled_from([columns * item + gap, -columns * item - gap, 0, gap]))
+            shape, strides = (rows, columns), (step, self.draw(st.sampled_from([item, item, 2 * item])))
         slot = SLOTS[len(self.taken)]
         try:
-            array = slot.array(shape, strides, kind, self.draw(st.booleans()), self.draw(st.sampled_from([0, 0, 0, 1])))
+            array = slot.array(shape, strides, kind, self.draw(st.booleans()), self.draw(st.sampled_from([0] * 9 + [1])))
         except ValueError:
             array = slot.array((1, 1), (kind.itemsize, kind.itemsize), kind, True, 0)
         self.taken.append(slot)
         if kind.itemsize == 4 and kind.kind in "iu" and self.draw(st.booleans()) and array.size and array.ndim == 1:
-            array[:] = self.draw(NUMBERS)  # positions and lengths of which some are good
+            array[...] = self.draw(NUMBERS)  # positions and lengths of which some are good
         return array
 
     def state(self, kind: str):
         """One that is built, or not, or released, or of another kind."""
         return self.draw(st.sampled_from(EXAMPLES_OF_TABLES[kind]))()
 
-    def argument(self, kind: str, name: str):
+    def argument(self, kind: str, name: str, stepped: bool):
         state = re.search(r"Zmxi(\w*(?:Spec|State)\w*)", kind)
-        one = (lambda: self.state(state[1])) if state else (lambda: self.array(TYPES[re.search(r"Zmx\d+\w|int", kind)[0]]))
-        odd = self.draw(st.integers(0, 39))
+        one = (lambda: self.state(state[1])) if state else (
+            lambda: self.array(TYPES[re.search(r"Zmx\d+\w|int", kind)[0]], stepped))
+        odd = self.draw(st.integers(0, 99))
         if odd < 3:
             return [None, 7, b"bytes"][odd]
         if "[" in name:
@@ -159,18 +163,20 @@ def test_functions_of_the_library(data):
     name = pool.draw(st.sampled_from(NAMES))
     wanted = re.sub(r"[() ]", "", getattr(raw, name).__text_signature__).split(",")
     required = wanted[: wanted.index("*")] if "*" in wanted else wanted
-    by_name = {python_name(who.partition("[")[0]): (kind, who) for kind, who in PROTOTYPES[name]}
+    # Results that have the name of an argument come first, and are overwritten.
+    by_name = {python_name(who.partition("[")[0]): (kind, who) for kind, who in reversed(PROTOTYPES[name])}
     given_: dict[str, object] = {}
     for who in filter(None, (w.partition("=")[0] for w in wanted if w != "*")):
         kind, plain = by_name.get(who, ("int ", who))
         if who not in required and pool.draw(st.integers(0, 2)):
             continue
         if "ZmxiRect" in kind:
-            given_[who] = tuple(pool.draw(NUMBERS) for _ in range(4))
+            given_[who] = pool.draw(st.tuples(SMALL, SMALL, SMALL, SMALL) | st.tuples(*[NUMBERS] * 4))
         elif "ZmxiSize" in kind:
-            given_[who] = (pool.draw(NUMBERS), pool.draw(NUMBERS))
+            given_[who] = pool.draw(st.tuples(SMALL, SMALL) | st.tuples(NUMBERS, NUMBERS))
         elif "*" in kind or "[" in plain:
-            given_[who] = pool.argument(kind, plain)
+            step = plain[1].lower() + plain[2:].partition("[")[0].replace("MCU", "") + "Step"
+            given_[who] = pool.argument(kind, plain, any(w.startswith(step) for _, w in PROTOTYPES[name]))
         else:
             given_[who] = pool.draw(NUMBERS)
     try:
