@@ -80,15 +80,14 @@ if(NOT CMAKE_CROSSCOMPILING)
   set_tests_properties(format PROPERTIES SKIP_RETURN_CODE 77)
   add_test(NAME rules COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_rules.py ${PROJECT_SOURCE_DIR})
   add_test(NAME rules.selftest COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/test_rules.py)
+  # Each source file names its licence.
+  add_test(NAME licence COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_licence.py ${PROJECT_SOURCE_DIR})
 endif()
 
 # The comments of the headers against the library: each wrong argument, alone and in pairs.
 if(BUILD_SHARED_LIBS AND NOT ZMX_SANITIZE AND NOT CMAKE_CROSSCOMPILING AND CMAKE_SIZEOF_VOID_P EQUAL 8)
   add_test(NAME statuses COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_statuses.py ${PROJECT_SOURCE_DIR} $<TARGET_FILE:zmxjpx>)
 endif()
-
-# Each source file names its licence.
-add_test(NAME licence COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_licence.py ${PROJECT_SOURCE_DIR})
 
 # The example of the README.
 separate_arguments(zmx_example_flags UNIX_COMMAND "${CMAKE_C_FLAGS}")
@@ -111,16 +110,20 @@ if(TARGET zmx)
   endforeach()
 endif()
 
-# Installing from a fresh folder, and consumers of what is there; once, in the plain release build for this machine.
+# What docs/adopt.md tells a newcomer to type: it builds in a fresh folder and installs into an empty prefix. Then consumers of
+# what is there. Once, in the plain release build for this machine.
 if(CMAKE_BUILD_TYPE STREQUAL "Release" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT CMAKE_CXX_FLAGS MATCHES "-m32"
     AND NOT CMAKE_CROSSCOMPILING AND TARGET zmx)
-  add_test(NAME install COMMAND ${PROJECT_SOURCE_DIR}/tests/install/check_install.sh ${PROJECT_SOURCE_DIR})
-  set_tests_properties(install PROPERTIES TIMEOUT 1800)
+  set(zmx_adopted ${PROJECT_BINARY_DIR}/adopted)
+  add_test(NAME adopt COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_adopt.py ${PROJECT_SOURCE_DIR} ${zmx_adopted})
+  set_tests_properties(adopt PROPERTIES TIMEOUT 5400 FIXTURES_SETUP adopted)
+  add_test(NAME install COMMAND ${PROJECT_SOURCE_DIR}/tests/install/check_install.sh ${PROJECT_SOURCE_DIR} ${zmx_adopted})
+  set_tests_properties(install PROPERTIES TIMEOUT 1800 FIXTURES_REQUIRED adopted)
   add_test(NAME abi COMMAND ${PROJECT_SOURCE_DIR}/tests/install/check_abi.sh ${PROJECT_SOURCE_DIR})
   set_tests_properties(abi PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 1800)
-  # What docs/adopt.md tells a newcomer to type.
-  add_test(NAME adopt COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_adopt.py ${PROJECT_SOURCE_DIR})
-  set_tests_properties(adopt PROPERTIES TIMEOUT 5400)
+  # The page of scripts/demo in a browser.
+  add_test(NAME demo COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_demo.py ${PROJECT_SOURCE_DIR} $<TARGET_FILE:zmx>)
+  set_tests_properties(demo PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 1800)
 endif()
 
 # What takes longest begins first.

@@ -393,7 +393,8 @@ ZMXJ_API ZmxStatus zmxiEncodeHuffman8x8_Direct_JPEG_16s1u_C1(const Zmx16s* pSrc,
  *  \param pDcStatistics  in and out: the count of each DC symbol, 0 to 15; the caller clears it ahead of the first
  *                        block, and makes it 257 entries long when it goes to the optimal table (which takes it as
  *                        `const Zmx32s*`: cast it)
- *  \param pAcStatistics  in and out: the count of each AC symbol, 0 to 255, likewise
+ *  \param pAcStatistics  in and out: the count of each AC symbol, 0 to 255; cleared by the caller, 257 entries long and
+ *                        cast in the same way
  *  \param pLastDC        in and out: the DC prediction of the component; the caller sets it to 0 ahead of the scan
  *                        and behind each restart marker
  *  \return  zmxStsNullPtrErr when pSrc, pDcStatistics, pAcStatistics or pLastDC is null; zmxStsDCTRangeErr when a DC

@@ -1,10 +1,14 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: BSD-2-Clause
-"""check_adopt.py SOURCE-DIR: does what docs/adopt.md says, section by section, each in at most five minutes.
+"""check_adopt.py SOURCE-DIR [HOME]: does what docs/adopt.md says, section by section, each in at most five minutes. What it
+built and installed stays in HOME when that is given; what was there goes.
 
 A fenced block with the name of a file becomes that file; a block of `sh` runs as it stands. The word behind `sh` tells what a
 block needs: `setup` changes the machine and is run by scripts/test itself, `packages` needs debhelper and takes long
 (ZMX_LONG_TESTS=1), `root` changes the machine (never run here). What is left out is named.
+
+The compiler is tests/install/quick-g++, which leaves out optimisation; with ZMX_LONG_TESTS=1 it is the system's own, and the
+five minutes are those of a newcomer.
 
 The five minutes are processor time shared among the processors, so that what else runs on the machine does not count. A
 compiler cache that CMAKE_CXX_COMPILER_LAUNCHER names is used.
@@ -61,34 +65,53 @@ def copy_source(source, target):
             shutil.copy2(from_, to)
 
 
-def main(source):
-    text = pathlib.Path(source, "docs", "adopt.md").read_text()
+def environment_of(source, home):
+    """What the commands of the page see."""
+    environment = {**os.environ, "HOME": str(home), "CCACHE_BASEDIR": str(home)}
+    environment.setdefault("CCACHE_DIR", os.path.expanduser("~/.cache/ccache"))
+    environment.pop("LD_LIBRARY_PATH", None)
+    if not os.environ.get("ZMX_LONG_TESTS"):
+        environment["CXX"] = str(pathlib.Path(source, "tests/install/quick-g++").resolve())
+    return environment
+
+
+def follow(source, home):
+    """Does what the page says. How many blocks ran, the seconds of each section, and what was left out; None when one failed."""
     ran, seconds, missing = 0, {}, []
+    environment = environment_of(source, home)
+    for section, language, word, content in blocks(pathlib.Path(source, "docs", "adopt.md").read_text()):
+        if language != "sh":
+            path = home / word
+            path.parent.mkdir(exist_ok=True)
+            path.write_text(content)
+            continue
+        if left_out(word):
+            missing.append(f"{section}: {left_out(word)}")
+            continue
+        begin = processor_time()
+        done = subprocess.run(["bash", "-eu", "-o", "pipefail", "-c", content], cwd=home, env=environment,
+                              capture_output=True, text=True, timeout=PATIENCE)
+        seconds[section] = seconds.get(section, 0) + processor_time() - begin
+        ran += 1
+        if done.returncode:
+            print(done.stdout[-3000:], done.stderr[-3000:])
+            print(f"FAILED: {section}: exit {done.returncode}")
+            return None
+        print(f"{section}: {seconds[section]:.0f} s", flush=True)
+    return ran, seconds, missing
+
+
+def main(source, kept=None):
     with tempfile.TemporaryDirectory() as folder:
-        home = pathlib.Path(folder)
+        home = pathlib.Path(kept or folder).resolve()
+        if kept:
+            shutil.rmtree(home, ignore_errors=True)
+            home.mkdir(parents=True)
         copy_source(source, home / "libzmxjpx")
-        environment = {**os.environ, "HOME": folder, "CCACHE_BASEDIR": folder}
-        environment.setdefault("CCACHE_DIR", os.path.expanduser("~/.cache/ccache"))
-        environment.pop("LD_LIBRARY_PATH", None)
-        for section, language, word, content in blocks(text):
-            if language != "sh":
-                path = home / word
-                path.parent.mkdir(exist_ok=True)
-                path.write_text(content)
-                continue
-            if left_out(word):
-                missing.append(f"{section}: {left_out(word)}")
-                continue
-            begin = processor_time()
-            done = subprocess.run(["bash", "-eu", "-o", "pipefail", "-c", content], cwd=folder, env=environment,
-                                  capture_output=True, text=True, timeout=PATIENCE)
-            seconds[section] = seconds.get(section, 0) + processor_time() - begin
-            ran += 1
-            if done.returncode:
-                print(done.stdout[-3000:], done.stderr[-3000:])
-                print(f"FAILED: {section}: exit {done.returncode}")
-                return 1
-            print(f"{section}: {seconds[section]:.0f} s", flush=True)
+        result = follow(source, home)
+    if not result:
+        return 1
+    ran, seconds, missing = result
     for line in missing:
         print("left out:", line)
     slow = [section for section, spent in seconds.items() if spent > MOST]
@@ -97,4 +120,4 @@ def main(source):
     return bool(slow) or ran < 8
 
 
-sys.exit(main(sys.argv[1]))
+sys.exit(main(*sys.argv[1:]))
