@@ -1,14 +1,17 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: BSD-2-Clause
-"""beside_pillow.py [PHOTO]: time and memory of zmxjpx beside Pillow (libjpeg-turbo, OpenJPEG), on the same array, in one run.
+"""beside_pillow.py [PHOTO]: time and memory of zmxjpx beside Pillow (libjpeg-turbo, OpenJPEG), on the same array, in
+one run.
 
 Rounds alternate, and of each call the fastest counts. Seconds are those of the processor, so that other programs on the
-machine disturb little; both sides run on one thread. Memory is what a process of its own takes at most beyond what it has
-before the call. Without PHOTO, ZMX_BENCH_PHOTO names the picture. The table is in the form of docs/performance-python.md.
+machine disturb little; both sides run on one thread. Memory is what a process of its own takes at most beyond what it
+has before the call. Without PHOTO, ZMX_BENCH_PHOTO names the picture. The table is in the form of
+docs/performance-python.md.
 """
 from __future__ import annotations
 
 import argparse
+import ctypes
 import gc
 import io
 import multiprocessing
@@ -48,10 +51,11 @@ def cases(image: np.ndarray) -> list[tuple[str, Callable[[], object], Callable[[
          lambda: saved(image, "JPEG", quality=90, subsampling=2)),
         ("JPEG, quality 90, 4:2:0, decode", lambda: zmxjpx.decode_jpeg(jpeg), lambda: opened(jpeg)),
         ("JPEG2000, lossless, encode", lambda: zmxjpx.encode_jpeg2000(image, threads=1),
-         lambda: saved(image, "JPEG2000")),
+         lambda: saved(image, "JPEG2000", mct=1)),
         ("JPEG2000, lossless, decode", lambda: zmxjpx.decode_jpeg2000(exact, threads=1), lambda: opened(exact)),
         ("JPEG2000, 9/7, 10 : 1, encode", lambda: zmxjpx.encode_jpeg2000(image, ratio=10, threads=1),
-         lambda: saved(image, "JPEG2000", irreversible=True, quality_mode="rates", quality_layers=[10])),
+         lambda: saved(image, "JPEG2000", irreversible=True, mct=1, quality_mode="rates",
+                       quality_layers=[10])),
         ("JPEG2000, 9/7, 10 : 1, decode", lambda: zmxjpx.decode_jpeg2000(lossy, threads=1), lambda: opened(lossy)),
     ]
 
@@ -68,6 +72,7 @@ def peak(image: np.ndarray, number: int, side: int) -> int:
     def child(pipe) -> None:
         call = cases(image)[number][side]
         gc.collect()
+        ctypes.CDLL(None).malloc_trim(0)  # what is free goes back, so that it counts when it is taken again
         with open("/proc/self/clear_refs", "w") as refs:
             refs.write("5")  # the peak begins again from what there is now
         with open("/proc/self/statm") as statm:
