@@ -29,7 +29,7 @@ if(ZMX_DOCS)
 else()
   add_custom_target(manual DEPENDS ${zmx_manual_dir}/html/index.html)
 endif()
-if(ZMX_TESTS)
+if(ZMX_TESTS AND NOT CMAKE_CROSSCOMPILING)
   add_test(NAME manual COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_manual.py
     ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR}/Doxyfile $<TARGET_FILE:Doxygen::doxygen>)
   set_tests_properties(manual PROPERTIES TIMEOUT 300)

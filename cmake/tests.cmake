@@ -80,15 +80,14 @@ if(NOT CMAKE_CROSSCOMPILING)
   set_tests_properties(format PROPERTIES SKIP_RETURN_CODE 77)
   add_test(NAME rules COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_rules.py ${PROJECT_SOURCE_DIR})
   add_test(NAME rules.selftest COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/test_rules.py)
+  # Each source file names its licence.
+  add_test(NAME licence COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_licence.py ${PROJECT_SOURCE_DIR})
 endif()
 
 # The comments of the headers against the library: each wrong argument, alone and in pairs.
 if(BUILD_SHARED_LIBS AND NOT ZMX_SANITIZE AND NOT CMAKE_CROSSCOMPILING AND CMAKE_SIZEOF_VOID_P EQUAL 8)
   add_test(NAME statuses COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_statuses.py ${PROJECT_SOURCE_DIR} $<TARGET_FILE:zmxjpx>)
 endif()
-
-# Each source file names its licence.
-add_test(NAME licence COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_licence.py ${PROJECT_SOURCE_DIR})
 
 # The example of the README.
 separate_arguments(zmx_example_flags UNIX_COMMAND "${CMAKE_C_FLAGS}")

@@ -7,8 +7,8 @@
 namespace zmx {
 
 void* allocateAligned(std::size_t bytes, std::size_t alignment) {
-    void* block = nullptr;
-    return posix_memalign(&block, alignment, bytes) == 0 ? block : nullptr;
+    // C11 asks for whole multiples of the alignment.
+    return std::aligned_alloc(alignment, (bytes + alignment - 1) / alignment * alignment);
 }
 
 void releaseAligned(void* block) { std::free(block); }

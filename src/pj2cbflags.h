@@ -6,6 +6,7 @@
 
 #include "pj2mqprobest.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <limits>
@@ -101,8 +102,10 @@ constexpr std::int64_t flagRows(int height) { return (std::int64_t(height) + 1) 
 // The most bytes that an int can tell, and so the most that a block of memory has.
 inline constexpr std::int64_t kMostBytes = std::numeric_limits<int>::max();
 
-// The product of two sizes; where it is above that, a number that is so too, and no overflow.
-constexpr std::int64_t bytesOf(std::int64_t a, std::int64_t b) { return a <= kMostBytes / b ? a * b : kMostBytes + 1; }
+// The product of two sizes above 0; where it is above that, a number that is so too, and no overflow.
+constexpr std::int64_t bytesOf(std::int64_t a, std::int64_t b) {
+    return std::min(std::min(a, kMostBytes + 1) * std::min(b, kMostBytes + 1), kMostBytes + 1);
+}
 
 constexpr std::int64_t flagPlaneBytes(ZmxiSize size) {
     return bytesOf(flagRowBytes(size.width), flagRows(size.height));

@@ -9,16 +9,22 @@
 
 namespace zmx {
 
+// A quarter of two high samples, rounded. The rounding term goes to the first of them: two calls with the same first
+// sample share that sum.
+template <class T> constexpr Zmx32s quarterOf(T high0, T high1) {
+    return wrapAdd<Zmx32s>(sumOf(high0, T(2)), high1) >> 2;
+}
+
 // An odd sample less the mean of its even neighbours; an even sample plus a quarter of the high ones at its sides; and
 // the two ways back.
 template <class T> constexpr T highOf(T odd, T even0, T even1) {
     return T(wrapSub<Zmx32s>(odd, sumOf(even0, even1) >> 1));
 }
 template <class T> constexpr T lowOf(T even, T high0, T high1) {
-    return T(wrapAdd<Zmx32s>(even, wrapAdd<Zmx32s>(sumOf(high0, high1), 2) >> 2));
+    return T(wrapAdd<Zmx32s>(even, quarterOf(high0, high1)));
 }
 template <class T> constexpr T evenOf(T low, T high0, T high1) {
-    return T(wrapSub<Zmx32s>(low, wrapAdd<Zmx32s>(sumOf(high0, high1), 2) >> 2));
+    return T(wrapSub<Zmx32s>(low, quarterOf(high0, high1)));
 }
 template <class T> constexpr T oddOf(T high, T even0, T even1) {
     return T(wrapAdd<Zmx32s>(high, sumOf(even0, even1) >> 1));
@@ -51,7 +57,7 @@ template <class T> void lowsOf(const Zmx8u* x, int p, const Zmx8u* high, Zmx8u* 
 template <class T> void pairsOf(const Zmx8u* low, const Zmx8u* high, int p, Zmx8u* x, int from, int to) {
     for (int i = from; i < to; ++i) {
         const T h0 = load<T>(high, i - 1 + p), h1 = load<T>(high, i + p), h2 = load<T>(high, i + 1 + p);
-        const T here = evenOf(load<T>(low, i), h0, h1), next = evenOf(load<T>(low, i + 1), h1, h2);
+        const T here = evenOf(load<T>(low, i), h1, h0), next = evenOf(load<T>(low, i + 1), h1, h2);
         store(x, 2 * i + p, here);
         store(x, 2 * i + 1 + p, oddOf(h1, here, next));
     }

@@ -58,8 +58,9 @@ struct BitWriter {
         dst[pos++] = byte;
         return true;
     }
-    // Whether the register is as writers leave it: at most 7 bits pending, and zeros behind them.
-    bool regular() const { return count >= 0 && count <= 7 && buf << (8 + count) == 0; }
+    // Whether a register is as writers leave it: at most 7 bits pending, and zeros behind them.
+    static bool regular(Zmx32u buf, int count) { return count >= 0 && count <= 7 && buf << (8 + count) == 0; }
+    bool regular() const { return regular(buf, count); }
     // For one that has written in its place.
     void moveTo(int newPos, Zmx32u newBuf, int newCount) {
         if (newPos != pos || newCount != count) written();

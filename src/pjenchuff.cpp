@@ -56,8 +56,12 @@ template <bool Strict> struct FastSink {
     ZmxStatus bare(int symbol) { return coded(acTable.codes[symbol], 0, 0); }
 };
 
-// Out of the way of the fast one.
-[[gnu::noinline]] ZmxStatus encodeExact(const Zmx16s* pSrc, int diff, ExactSink sink) {
+// Out of the way of the fast one, which keeps its writer in registers.
+[[gnu::noinline]] ZmxStatus encodeExact(const Zmx16s* pSrc, Zmx8u* pDst, int dstLenBytes, int* pDstCurrPos, int diff,
+                                        const ZmxiEncodeHuffmanSpec& dcTable, const ZmxiEncodeHuffmanSpec& acTable,
+                                        ZmxiEncodeHuffmanState* pEncHuffState) {
+    BitWriter out(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
+    ExactSink sink{dcTable, acTable, out};
     return walkBlock(pSrc, diff, sink);
 }
 
@@ -66,6 +70,11 @@ template <bool Strict> struct FastSink {
 constexpr int kWorstBlock = 519;
 static_assert(kWorstBlock >= 2 * ((64 * (kMostCodeBits + kMostValueBits) + kMostCodeBits + 7) / 8));
 static_assert(kMostCodeBits + kMostValueBits <= FastWriter::kMostBits);
+
+// Whether any block fits behind a position, with a register that the fast writer can take over.
+bool roomForAny(int dstLenBytes, int pos, const ZmxiEncodeHuffmanState& state) {
+    return pos >= 0 && dstLenBytes - pos >= kWorstBlock && BitWriter::regular(state.bitBuffer, state.bitCount);
+}
 
 } // namespace
 } // namespace zmx
@@ -82,8 +91,9 @@ ZmxStatus zmxiEncodeHuffman8x8_JPEG_16s1u_C1(const Zmx16s* pSrc, Zmx8u* pDst, in
     if (ZmxStatus bad = Args().ptr(pSrc, pLastDC, pDcTable, pAcTable)) return bad;
 
     const int diff = differenceDC(pSrc, pLastDC);
+    if (!roomForAny(dstLenBytes, *pDstCurrPos, *pEncHuffState))
+        return encodeExact(pSrc, pDst, dstLenBytes, pDstCurrPos, diff, *pDcTable, *pAcTable, pEncHuffState);
     BitWriter out(pDst, dstLenBytes, pDstCurrPos, pEncHuffState);
-    if (out.room() < kWorstBlock || !out.regular()) return encodeExact(pSrc, diff, {*pDcTable, *pAcTable, out});
     FastSink<true> sink{*pDcTable, *pAcTable, FastWriter(out)};
     const ZmxStatus status = walkBlock(pSrc, diff, sink);
     sink.out.leave(out);

@@ -162,7 +162,7 @@ struct DecodeArguments {
     command::PictureOptions picture;
     jpeg2000::DecodeOptions options;
     std::vector<std::int64_t> window;
-    bool separate = false;
+    bool separate = false, cmyk = false;
 };
 
 // "out.2.pgm" for the third component.
@@ -197,6 +197,12 @@ void decodeComponents(Run& run, const jpeg2000::DecodeOptions& options) {
         writeComponent(components.size() == 1 ? run.outName() : componentPath(run.outName(), c), components[c]);
 }
 
+// Bare codestreams do not say what their components are.
+codecs::Rows asInks(codecs::Rows rows) {
+    if (rows->shape().channels != 4) throw codecs::Error("--cmyk wants a picture of 4 channels");
+    return withColour(std::move(rows), codecs::Colour::cmyk, false);
+}
+
 // The library tells what was wrong with a file that it could decode in part.
 void decode(Run& run, const DecodeArguments& args) {
     jpeg2000::DecodeOptions options = args.options;
@@ -206,8 +212,8 @@ void decode(Run& run, const DecodeArguments& args) {
     options.window = windowOf(args.window);
     // PGX files hold one component each, so that they are always apart.
     if (args.separate || isPgx(run.outName())) return decodeComponents(run, options);
-    run.warn(codecs::named(run.inName(),
-                           [&] { return jpeg2000::decode(run.bytesIn(), run.pictureOut(args.picture), options); }));
+    codecs::RowSink& rows = run.pictureOut(args.picture, args.cmyk ? asInks : codecs::RowChange());
+    run.warn(codecs::named(run.inName(), [&] { return jpeg2000::decode(run.bytesIn(), rows, options); }));
 }
 
 // Text for people: what it says may change.
@@ -351,6 +357,7 @@ void addDecode(CLI::App& app) {
     c->add_flag("--separate", args->separate,
                 "each component in a file of its own, at its own size and depth: out.0.pgm, out.1.pgm and so on; files "
                 "that end in .pgx always are");
+    c->add_flag("--cmyk", args->cmyk, "the 4 components are CMYK, which a codestream without boxes does not say");
     args->picture.addOutputTo(*c);
     c->footer("Examples:\n"
               "  zmx j2k decode photo.jp2 photo.png\n"

@@ -85,13 +85,22 @@ Rows prepared(Rows rows, const Arguments& args) {
 
 // A file without a header is opened by the size that was given, all others tell by themselves what they are.
 void encode(Run& run, const Arguments& args) {
-    const codecs::RowChange change = [&](Rows r) { return prepared(std::move(r), args); };
+    std::vector<std::string> depthWarning;
+    const codecs::RowChange change = [&](Rows r) {
+        const int before = r->shape().maxval;
+        Rows changed = prepared(std::move(r), args);
+        // Lossy files are not about single levels, and a depth that was asked for is no surprise.
+        if (args.options.lossless && !args.precision)
+            depthWarning = codecs::depthChange(before, changed->shape().maxval, "a lossless JPEG file");
+        return changed;
+    };
     int width = 0, height = 0;
     const bool raw = readSize(args.rawSize, width, height);
     // Bytes without a header are RGB unless someone says otherwise.
     const std::string format = !args.format.empty() ? args.format : args.cmyk ? "cmyk" : "rgb";
     codecs::RowSource& rows =
         raw ? run.rawIn(width, height, kRawFormats.at(format), change) : run.pictureIn(args.picture, change);
+    run.warn(depthWarning);
     run.warn(codecs::named(run.inName(), [&] { return jpeg::encode(rows, run.bytesOut(), args.options); }));
 }
 

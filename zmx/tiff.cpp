@@ -45,7 +45,7 @@ void addEncode(CLI::App& app) {
     // IN is opened ahead of OUT: what cannot be read makes no file.
     command::workOnEach(*c, args, [](Run& run, const EncodeArguments& a) {
         codecs::RowSource& rows = run.pictureIn(a.picture);
-        codecs::named(run.inName(), [&] { codecs::tiff::encode(rows, run.bytesOut(), a.options); });
+        run.warn(codecs::named(run.inName(), [&] { return codecs::tiff::encode(rows, run.bytesOut(), a.options); }));
     });
 }
 

@@ -142,11 +142,18 @@ void writeProfile(Output& out, const Bytes& icc, Warnings& warnings) {
     }
 }
 
-// In whole numbers of 16 bits, to the inch where the unit is neither that nor the centimetre.
+// How far off a resolution is once it is in whole numbers, as a share of it.
+double lossOfRounding(const Resolution& r) {
+    return std::max(std::abs(r.x - std::round(r.x)) / r.x, std::abs(r.y - std::round(r.y)) / r.y);
+}
+
+// In whole numbers of 16 bits: to the centimetre where it is so given and that is as near as the inch. 300 to the inch may
+// come as 118.11 to the centimetre, by way of a file that counts by the metre.
 Density densityOf(const std::optional<Resolution>& resolution, Warnings& warnings) {
     if (!resolution) return {};
-    const bool metre = resolution->unit == Resolution::Unit::metre;
-    Resolution r = metre ? resolution->in(Resolution::Unit::inch) : *resolution;
+    Resolution r = resolution->in(Resolution::Unit::inch);
+    if (resolution->unit == Resolution::Unit::centimetre && lossOfRounding(*resolution) <= lossOfRounding(r))
+        r = *resolution;
     // A ratio of small numbers keeps its digits by being made larger.
     if (r.unit == Resolution::Unit::none)
         while (r.x < 1000 && r.y < 1000 && r.x > 0 && r.y > 0 && (r.x != std::round(r.x) || r.y != std::round(r.y)))

@@ -3,6 +3,7 @@
 #include "codecs/jpeg2000/channels.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace codecs::jpeg2000 {
 
@@ -69,6 +70,11 @@ void applyDefinitions(const Boxes& boxes, ChannelMap& map) {
     map.channels = std::move(out);
 }
 
+// Whether a colour profile is about these colours (ISO 15076-1, 7.2.8).
+bool isProfileOf(const Bytes& icc, std::string_view colours) {
+    return icc.size() >= 20 && std::equal(colours.begin(), colours.end(), icc.begin() + 16);
+}
+
 } // namespace
 
 ChannelMap channelsOf(const Boxes& boxes, const ImageSize& size, int component) {
@@ -91,11 +97,11 @@ ChannelMap channelsOf(const Boxes& boxes, const ImageSize& size, int component) 
         map.warnings.push_back(e.what());
     }
     const std::uint32_t colour = boxes.enumeratedColour;
-    map.colour = colour == kEnumGrey   ? ColourSpace::grey
-                 : colour == kEnumSYcc ? ColourSpace::sYcc
-                 : colour == kEnumSRgb ? ColourSpace::sRgb
-                 : colour == kEnumCmyk ? ColourSpace::cmyk
-                                       : ColourSpace::unknown;
+    map.colour = colour == kEnumGrey                                            ? ColourSpace::grey
+                 : colour == kEnumSYcc                                          ? ColourSpace::sYcc
+                 : colour == kEnumSRgb                                          ? ColourSpace::sRgb
+                 : colour == kEnumCmyk || isProfileOf(map.metadata.icc, "CMYK") ? ColourSpace::cmyk
+                                                                                : ColourSpace::unknown;
     return map;
 }
 

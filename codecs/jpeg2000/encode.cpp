@@ -10,8 +10,10 @@
 #include "codecs/jpeg2000/tileencoder.h"
 #include "codecs/jpeg2000/tiles.h"
 #include "codecs/picture/bytefile.h"
+#include "codecs/picture/convert.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <limits>
 
@@ -48,6 +50,7 @@ class Encoder {
     const EncodeOptions& options;
     const int threads;
     const ImageSize& size;
+    const bool inFiles; // what is tried goes into a temporary file, not into memory
     HeaderSet headers;
     const Rect region;              // of interest
     std::vector<EncodedTile> tiles; // all of them, or a row of them
@@ -159,13 +162,26 @@ class Encoder {
         std::vector<double> aims = options.psnrs;
         allocate(aims);
         for (int round = 0; round < 2; ++round) {
-            MemorySink tried;
-            writeAll(tried);
-            // By how much a layer missed is how much higher the next round aims.
-            for (std::size_t layer = 0; layer < aims.size(); ++layer)
-                aims[layer] += options.psnrs[layer] - measured(tried.bytes, int(layer) + 1);
+            tryOut([&](ByteView tried) {
+                // By how much a layer missed is how much higher the next round aims.
+                for (std::size_t layer = 0; layer < aims.size(); ++layer)
+                    aims[layer] += options.psnrs[layer] - measured(tried, int(layer) + 1);
+            });
             allocate(aims);
         }
+    }
+    // The codestream as it would be now.
+    template <class Use> void tryOut(Use use) const {
+        if (!inFiles) {
+            MemorySink tried;
+            writeAll(tried);
+            return use(tried.bytes);
+        }
+        const codecs::Descriptor file = codecs::openNameless();
+        const auto tried = codecs::sinkOn(file.lent());
+        writeAll(*tried);
+        tried->finish();
+        use(codecs::sourceOn(file.lent())->whole());
     }
 
     // All tiles that have been kept.
@@ -196,9 +212,9 @@ class Encoder {
     }
 
 public:
-    Encoder(SampleSource& from, const ImageSize& imageSize, const EncodeOptions& o)
-        : source(from), options(o), threads(threadCount(o.threads)), size(imageSize), headers(headersOf(size, o)),
-          region(o.region ? windowOn(size, *o.region) : Rect{}) {}
+    Encoder(SampleSource& from, const ImageSize& imageSize, const EncodeOptions& o, bool files)
+        : source(from), options(o), threads(threadCount(o.threads)), size(imageSize), inFiles(files),
+          headers(headersOf(size, o)), region(o.region ? windowOn(size, *o.region) : Rect{}) {}
 
     void run(ByteSink& sink) {
         // Only where nothing is cut and nothing waits for the end.
@@ -216,14 +232,14 @@ public:
 };
 
 void encodeTo(ByteSink& sink, SampleSource& source, const ImageSize& size, const FileHeader& header,
-              const EncodeOptions& options) {
+              const EncodeOptions& options, bool inFiles) {
     if (!sink.seekable()) { // lengths are filled in behind what they are the lengths of
         SpooledSink spool(sink);
-        return encodeTo(spool, source, size, header, options);
+        return encodeTo(spool, source, size, header, options, inFiles);
     }
     if (options.jp2) sink.write(writeBoxes(size, header));
     const std::uint64_t begin = sink.position();
-    Encoder(source, size, options).run(sink);
+    Encoder(source, size, options, inFiles).run(sink);
     if (options.jp2) patchCodestreamBox(sink, begin);
     sink.finish();
 }
@@ -262,14 +278,25 @@ void encode(const PlanarPicture& picture, ByteSink& sink, const EncodeOptions& o
     const ImageSize size = sizeOf(area, components, options);
     for (const Component& c : picture.components) testComponent(area, c);
     PlanarSource source(picture);
-    encodeTo(sink, source, size, {picture.colour, picture.alpha, picture.metadata}, options);
+    encodeTo(sink, source, size, {picture.colour, picture.alpha, picture.metadata}, options, false);
 }
 
 Bytes encode(const PlanarPicture& picture, const EncodeOptions& options) {
     return inMemory([&](ByteSink& sink) { encode(picture, sink, options); });
 }
 
-std::vector<std::string> encode(RowSource& picture, ByteSink& sink, const EncodeOptions& options) {
+namespace {
+
+// A picture that passes by, or one that is in memory as it is and can be looked at as a whole.
+std::vector<std::string> encodeRows(RowSource& picture, bool passesBy, ByteSink& sink, const EncodeOptions& options) {
+    // A component has 2^n levels (A.5.1).
+    const int maxval = (1 << std::bit_width(unsigned(picture.shape().maxval))) - 1;
+    if (maxval != picture.shape().maxval) {
+        std::vector<std::string> told = depthChange(picture.shape().maxval, maxval, "a JPEG2000 file");
+        const Rows scaled = withDepth(borrowed(picture), maxval);
+        for (std::string& more : encodeRows(*scaled, passesBy, sink, options)) told.push_back(std::move(more));
+        return told;
+    }
     const Shape& shape = picture.shape();
     const Rect area{options.x0, options.y0, std::int64_t(options.x0) + shape.width,
                     std::int64_t(options.y0) + shape.height};
@@ -279,23 +306,26 @@ std::vector<std::string> encode(RowSource& picture, ByteSink& sink, const Encode
                                : shape.colour == Colour::cmyk ? ColourSpace::cmyk
                                                               : ColourSpace::unknown;
     const FileHeader header{colour, shape.alpha ? shape.channels - 1 : -1, picture.metadata()};
-    if (options.psnrs.empty()) {
-        RowInput source(picture, size);
-        encodeTo(sink, source, size, header, options);
-    } else {
-        // What is decoded on the way is compared with the picture, which stays in memory for it.
-        const Picture whole = readRows(picture);
-        PictureSource rows(whole);
-        RowInput source(rows, size);
-        source.advance(size.y0, size.y1);
-        encodeTo(sink, source, size, header, options);
-    }
-    return lossIn(picture.metadata(), options.jp2);
+    RowInput source(picture, size);
+    // What is decoded on the way to a PSNR is compared with the picture.
+    if (!options.psnrs.empty()) passesBy ? source.keepRows() : source.advance(size.y0, size.y1);
+    encodeTo(sink, source, size, header, options, passesBy);
+    std::vector<std::string> told = lossIn(picture.metadata(), options.jp2);
+    // Four components that nothing is said of pass for RGB with opacity.
+    if (!options.jp2 && colour == ColourSpace::cmyk)
+        told.emplace_back("a codestream without boxes does not say that its components are inks");
+    return told;
+}
+
+} // namespace
+
+std::vector<std::string> encode(RowSource& picture, ByteSink& sink, const EncodeOptions& options) {
+    return encodeRows(picture, true, sink, options);
 }
 
 Bytes encode(const Picture& picture, const EncodeOptions& options) {
     PictureSource source(picture);
-    return inMemory([&](ByteSink& sink) { encode(source, sink, options); });
+    return inMemory([&](ByteSink& sink) { encodeRows(source, false, sink, options); });
 }
 
 } // namespace codecs::jpeg2000

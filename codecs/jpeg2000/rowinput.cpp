@@ -16,6 +16,16 @@ void RowInput::advance(std::int64_t from, std::int64_t to) {
     need(band.rows == to - from, "a picture that ends early");
     top = from;
     bottom = to;
+    if (kept) keep();
+}
+
+// Rows without gaps, whatever their step in the band.
+void RowInput::keep() const {
+    const std::size_t bytes = source.shape().rowBytes();
+    const bool close = band.step == std::ptrdiff_t(bytes);
+    for (int y = 0; y < band.rows; y += close ? band.rows : 1)
+        kept->writeAt(std::uint64_t(top + y - size.y0) * bytes,
+                      {band.row(y), bytes * std::size_t(close ? band.rows : 1)});
 }
 
 void RowInput::get(std::size_t component, std::int64_t x, std::int64_t y, std::span<Sample> to) const {
@@ -24,17 +34,28 @@ void RowInput::get(std::size_t component, std::int64_t x, std::int64_t y, std::s
     // Every dx-th pixel of the row, counted on the reference grid.
     const std::ptrdiff_t at = std::ptrdiff_t(x * c.dx - size.x0) * shape.channels + std::ptrdiff_t(component);
     const std::ptrdiff_t step = std::ptrdiff_t(c.dx) * shape.channels;
-    const int row = int(y * c.dy - top);
-    const auto take = [&](const auto* from) {
+    const std::int64_t row = y * c.dy;
+    Band from = band;
+    Samples again;
+    if (row >= top && row < bottom)
+        from.data = band.row(int(row - top));
+    else { // one that has gone by
+        need(kept && row < top, "rows of the picture out of their order");
+        again.resize(shape.rowBytes());
+        need(kept->readAt(std::uint64_t(row - size.y0) * again.size(), again) == again.size(),
+             "a temporary file that was cut");
+        from.data = again.data();
+    }
+    const auto take = [&](const auto* p) {
         for (Sample& s : to) {
-            s = *from;
-            from += step;
+            s = *p;
+            p += step;
         }
     };
     if (shape.wide())
-        take(band.words(row) + at);
+        take(from.words(0) + at);
     else
-        take(band.row(row) + at);
+        take(from.row(0) + at);
 }
 
 // Colour differences may have fewer samples than the picture, and so may all inks but the first.

@@ -8,15 +8,17 @@ namespace codecs::jpeg2000 {
 
 namespace {
 
-// Two channels are grey with opacity, three a picture in colours, four inks unless one of them is said to be opacity.
+// Two channels are grey with opacity, three a picture in colours, four the same with opacity unless the file says that
+// they are inks: most files of four that say nothing have opacity there.
 Shape shapeOfChannels(const ChannelMap& map, const Rect& area) {
     need(!area.empty(), "a picture without samples");
     const int n = int(channelsShown(map));
     int depth = 1;
     for (std::size_t k = 0; k < std::size_t(n); ++k) depth = std::max(depth, map.channels[k].depth);
     Shape shape = codecs::shapeOf(area.width(), area.height(), n, (1 << depth) - 1);
-    shape.alpha = n == 2 || (n == 4 && map.alpha >= 0);
-    shape.colour = n <= 2 ? Colour::grey : n == 4 && !shape.alpha ? Colour::cmyk : Colour::rgb;
+    const bool inks = n == 4 && map.colour == ColourSpace::cmyk;
+    shape.alpha = n % 2 == 0 && !inks;
+    shape.colour = n <= 2 ? Colour::grey : inks ? Colour::cmyk : Colour::rgb;
     return shape;
 }
 
@@ -63,7 +65,7 @@ void RowOutput::open(std::int64_t y0, std::int64_t y1) {
 
 void RowOutput::close() {
     if (bottom == top) return;
-    if (map.colour == ColourSpace::sYcc && shape.channels == 3) fromYcc();
+    if (map.colour == ColourSpace::sYcc && shape.colour == Colour::rgb) fromYcc();
     sink.write({band.data(), std::ptrdiff_t(shape.rowBytes()), int(bottom - top)});
 }
 
@@ -89,7 +91,7 @@ void RowOutput::fromYcc() {
         const auto limited = [&](double v) {
             return std::remove_reference_t<decltype(*p)>(std::clamp(v + 0.5, 0.0, double(shape.maxval)));
         };
-        for (; count > 0; --count, p += 3) {
+        for (; count > 0; --count, p += shape.channels) {
             const double y = p[0], cb = p[1] - half, cr = p[2] - half;
             p[0] = limited(y + 1.402 * cr);
             p[1] = limited(y - 0.344136 * cb - 0.714136 * cr);

@@ -30,7 +30,8 @@ public:
             throw Error("a BMP file ends at 4 GiB");
         Metadata lost = metadata;
         lost.resolution.reset();
-        told = lossOf(lost, "a BMP file");
+        told = depthChange(shape.maxval, depth.maxval(), "a BMP file");
+        for (std::string& loss : lossOf(lost, "a BMP file")) told.push_back(std::move(loss));
         // The last row comes first. On a pipe the rows wait for that.
         if (!target->seekable()) spool = std::make_unique<SpooledSink>(*target);
         sink().write(head);

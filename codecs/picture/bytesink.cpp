@@ -141,6 +141,10 @@ std::string linkFollowed(const std::string& path) {
 
 } // namespace
 
+std::unique_ptr<ByteSink> sinkOn(Descriptor opened) {
+    return std::make_unique<DescriptorSink>(std::move(opened), true);
+}
+
 std::unique_ptr<ByteSink> createBytes(const std::string& path) {
     const std::string name = nameForMessages(path, false);
     if (path == "-") return std::make_unique<DescriptorSink>(Descriptor(STDOUT_FILENO, name, false), false);
@@ -170,7 +174,7 @@ void writeFile(const std::string& path, ByteView bytes) {
     file->finish();
 }
 
-SpooledSink::SpooledSink(ByteSink& end) : target(end), spool(std::make_unique<DescriptorSink>(openNameless(), true)) {}
+SpooledSink::SpooledSink(ByteSink& end) : target(end), spool(sinkOn(openNameless())) {}
 SpooledSink::~SpooledSink() = default;
 void SpooledSink::write(ByteView bytes) { spool->write(bytes); }
 std::uint64_t SpooledSink::position() const { return spool->position(); }

@@ -149,9 +149,11 @@ private:
 
 } // namespace
 
-std::unique_ptr<ByteSource> openBytes(const std::string& path) {
-    return std::make_unique<DescriptorSource>(openToRead(path));
+std::unique_ptr<ByteSource> sourceOn(Descriptor opened) {
+    return std::make_unique<DescriptorSource>(std::move(opened));
 }
+
+std::unique_ptr<ByteSource> openBytes(const std::string& path) { return sourceOn(openToRead(path)); }
 
 Bytes readFile(const std::string& path) { return slurp(openToRead(path), {}); }
 

@@ -5,6 +5,7 @@
 #include "zmxj.h"
 
 #include <algorithm>
+#include <bit>
 #include <utility>
 
 namespace codecs {
@@ -153,6 +154,13 @@ void DepthTable::convert(const std::uint8_t* in, std::uint8_t* out, std::size_t 
     else
         (to > 255 ? lookUp<std::uint8_t, std::uint16_t> : lookUp<std::uint8_t, std::uint8_t>)(table.data(), in, out,
                                                                                               samples);
+}
+
+std::vector<std::string> depthChange(int from, int to, const std::string& container) {
+    const bool fillsItsBits = std::has_single_bit(unsigned(from) + 1);
+    if (from == to || (from < to && fillsItsBits)) return {};
+    return {"samples up to " + std::to_string(from) + " are scaled to those of " + container + ", up to " +
+            std::to_string(to)};
 }
 
 Rows withDepth(Rows from, int maxval) {

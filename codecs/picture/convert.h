@@ -22,6 +22,11 @@ private:
     std::vector<std::uint16_t> table;
 };
 
+// Full range stays full range in a container of another depth. That is worth a warning where it takes bits away, and where
+// samples do not fill their bits: whoever writes up to 1000 may mean the numbers. More bits for 2^n - 1 are what
+// everyone expects.
+std::vector<std::string> depthChange(int from, int to, const std::string& container);
+
 // Sources that stand before another one and own it. What changes nothing gives the source itself.
 using Rows = std::unique_ptr<RowSource>;
 

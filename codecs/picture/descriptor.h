@@ -4,6 +4,7 @@
 
 #include "codecs/picture/bytes.h"
 
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -23,6 +24,8 @@ public:
 
     int get() const { return fd; }
     const std::string& file() const { return name; }
+    // The same file for somebody who must not outlive this.
+    Descriptor lent() const { return {fd, name, false}; }
     bool isPlainFile() const;
     std::uint64_t fileSize() const;
 
@@ -55,5 +58,9 @@ private:
 Descriptor openToRead(const std::string& path);
 // A file without a name, gone with its descriptor.
 Descriptor openNameless();
+
+// Streams on open files. Such a sink goes back, and must not be on a pipe.
+std::unique_ptr<ByteSource> sourceOn(Descriptor opened);
+std::unique_ptr<ByteSink> sinkOn(Descriptor opened);
 
 } // namespace codecs

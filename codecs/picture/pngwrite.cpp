@@ -31,6 +31,7 @@ public:
         beside = metadata;
         const int bits = bitsFor(shape);
         depth = DepthTable(shape.maxval, (1 << bits) - 1);
+        told = depthChange(shape.maxval, depth.maxval(), "a PNG file");
         lib.run([&] {
             png_set_write_fn(lib.png, this, take, nullptr);
             png_set_benign_errors(lib.png, 1); // what is wrong beside the samples is a loss, no error

@@ -20,6 +20,7 @@ public:
         const bool bitmap = shape.maxval == 1 && shape.channels == 1;
         bits = bitmap ? 1 : shape.wide() ? 16 : 8;
         depth = DepthTable(shape.maxval, (1 << bits) - 1);
+        told = depthChange(shape.maxval, depth.maxval(), "a TIFF file");
         row.resize(shape.rowBytes());
         // What deflating may make longer stays below the other half of 4 GiB.
         file.emplace(*bytes, std::uint64_t(row.size()) * unsigned(shape.height) > UINT64_C(1) << 31);

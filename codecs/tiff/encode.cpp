@@ -70,7 +70,7 @@ int bitsFor(const Shape& shape) { return shape.wide() ? 16 : shape.maxval == 1 &
 
 } // namespace
 
-void encode(RowSource& source, ByteSink& bytes, const EncodeOptions& options) {
+std::vector<std::string> encode(RowSource& source, ByteSink& bytes, const EncodeOptions& options) {
     const int bits = bitsFor(source.shape());
     const Rows rows = withDepth(borrowed(source), (1 << bits) - 1);
     const Shape& shape = rows->shape();
@@ -97,6 +97,7 @@ void encode(RowSource& source, ByteSink& bytes, const EncodeOptions& options) {
         }
     }
     file.finish();
+    return depthChange(source.shape().maxval, shape.maxval, "a TIFF file");
 }
 
 } // namespace codecs::tiff

@@ -21,8 +21,8 @@ struct EncodeOptions {
     int rowsPerStrip = 0; // 0: strips of about 8 KiB, as TIFF 6.0 advises
     bool split16 = false; // 16-bit samples only
 };
-// Depths that a file does not have are scaled up to the next.
-void encode(RowSource& rows, ByteSink& file, const EncodeOptions& options = {});
+// Depths that a file does not have are scaled up to the next. Gives warnings, a line each.
+std::vector<std::string> encode(RowSource& rows, ByteSink& file, const EncodeOptions& options = {});
 
 // The rows of a file, unpacked as they pass by.
 Rows open(std::unique_ptr<ByteSource> file, std::uint64_t maxPixels = kMaxPixels);

@@ -139,6 +139,30 @@ TEST(Jpeg2000, QualityTargetsAreMet) {
     }
 }
 
+// Rows that pass by wait in a file for what a picture in memory is asked at once.
+TEST(Jpeg2000, QualityTargetsMakeTheSameFileOfRowsThatPassBy) {
+    for (const int maxval : {255, 4095, 1000}) {
+        Picture p(shapeOf(90, 70, 3, maxval));
+        Rng rng(3);
+        for (int y = 0; y < 70; ++y)
+            for (int x = 0; x < 270; ++x) p.set(x, y, unsigned((x * x / 50 + y * 3 + rng.range(0, 9)) * maxval / 2000));
+        EncodeOptions o;
+        o.reversible = false;
+        o.psnrs = {32, 40};
+        o.samplingX = 2;
+        o.x0 = 7;
+        o.y0 = 9;
+        o.tileWidth = maxval == 255 ? 0 : 40;
+        PictureSource rows(p);
+        MemorySink file;
+        const std::size_t told = encode(rows, file, o).size();
+        EXPECT_EQ(told, std::size_t(maxval == 1000)); // 1023 it is
+        EXPECT_TRUE(file.bytes == encode(p, o));
+        const Picture q = decode(file.bytes).picture;
+        EXPECT_EQ(q.shape().maxval, maxval == 1000 ? 1023 : maxval);
+    }
+}
+
 TEST(Jpeg2000, ReducedResolutions) {
     const PlanarPicture p = picture({.width = 61, .height = 47, .components = 2, .x0 = 3, .y0 = 5});
     EncodeOptions o;

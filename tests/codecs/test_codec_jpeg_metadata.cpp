@@ -100,6 +100,7 @@ TEST(JpegMetadata, ResolutionsInWholeNumbers) {
     using Unit = Resolution::Unit;
     EXPECT_EQ(through({72, 72, Unit::inch}), (Resolution{72, 72, Unit::inch}));
     EXPECT_EQ(through({118, 119, Unit::centimetre}), (Resolution{118, 119, Unit::centimetre}));
+    EXPECT_EQ(through({118.11, 59.06, Unit::centimetre}), (Resolution{300, 150, Unit::inch}));
     EXPECT_EQ(through({11811, 11811, Unit::metre}), (Resolution{300, 300, Unit::inch}));
     EXPECT_EQ(through({4, 3, Unit::none}), (Resolution{4, 3, Unit::none}));
     EXPECT_EQ(through({1.5, 1, Unit::none}), (Resolution{15, 10, Unit::none}));

@@ -35,6 +35,15 @@ done
 # All passes wait until the rate is settled, many more than are kept.
 limited 131072 "$zmx" j2k encode a.ppm a.jp2 --lossy --rate 2 -t 2
 limited 98304 "$zmx" j2k decode a.jp2 b.ppm --strict -t 2
+# So do rows that a PSNR is measured by, in a temporary file: from a pipe, too, and with components of other sizes.
+limited 90112 "$zmx" j2k encode - a.jp2 --lossy --psnr 35 -t 1 <a.ppm
+limited 90112 "$zmx" j2k encode a.ppm b.jp2 --lossy --psnr 30,35 --tile 512,512 --sampling 2,2 --no-colour-transform -t 1
+for file in a.jp2 b.jp2; do
+    limited 98304 "$zmx" j2k decode $file b.ppm --strict --layers 2 -t 1
+    [ $file = b.jp2 ] && continue
+    check "$zmx" image compare a.ppm b.ppm
+    awk '$1 == "psnr" { exit !($2 > 34.95 && $2 < 35.05) }' out || bad "a PSNR of 35 dB is $(cat out)"
+done
 # The limit is one: planes stand in memory as a whole.
 (ulimit -v 98304; "$zmx" j2k decode a.jp2 b.pgx) >out 2>err && bad "12 megapixels of planes within 96 MB"
 rm a.ppm b.ppm
@@ -47,7 +56,8 @@ ls -l ./*.jp2
 
 # ---- a window of it in less than 2 % of the time that the whole takes, each within a limit
 TIMEFORMAT='%U'
-seconds() { { time (ulimit -v 163840; exec "$zmx" j2k decode "$@" -t 1 2>err >out); } 2>&1 || bad "$*: $(cat err)"; }
+# Without exec: the shell would be gone before it could tell the time.
+seconds() { { time (ulimit -v 163840; "$zmx" j2k decode "$@" -t 1 2>err >out); } 2>&1; }
 least() { for _ in 1 2 3; do seconds "$@"; done | sort -n | head -1; }
 for file in a.jp2 whole.jp2; do
     whole=$(seconds $file b.pgm)
@@ -56,9 +66,9 @@ for file in a.jp2 whole.jp2; do
         window=$(least $file w.pgm --window 4100,5200,512,512 --reduce $reduce)
         awk -v f=$file -v w="$window" -v all="$whole" -v r=$reduce 'BEGIN {
             printf "%s: window of 512 x 512, reduced by %d: %.2f s of %.2f s, %.2f %%\n", f, r, w, all, 100 * w / all
-            exit !(w < 0.02 * all) }' || bad "a window takes too long"
+            exit !(w ~ /^[0-9.]+$/ && all > 0.2 && w < 0.02 * all) }' || bad "a window takes too long: $(cat err)"
     done
     check "$zmx" j2k decode $file w.pgm --window 4100,5200,512,512
     pamcut -left 4100 -top 5200 -width 512 -height 512 a.pgm | same - w.pgm
 done
-finish 12
+finish 17

@@ -9,6 +9,7 @@
 #include "tests/support/digest.h"
 #include "tests/support/guarded.h"
 #include "tests/support/rng.h"
+#include "tests/support/rounds.h"
 
 #include <array>
 #include <cmath>
@@ -301,7 +302,7 @@ TEST(IntegerDct, NearTheDefinition) {
     Rng rng(265);
     SCOPED_TRACE("seed 265");
     double forward = 0, inverse = 0, four = 0, two = 0;
-    for (int i = 0; i < 1500; ++i) {
+    for (int i = 0; i < (shortened() ? 75 : 1500); ++i) {
         const Block samples = sampleBlock(rng), coefficients = after(zmxiDCT8x8Fwd_16s_C1I, samples);
         auto exact = real(samples);
         model::dctForward(exact.data());
@@ -338,7 +339,7 @@ TEST(IntegerDct, CornersNearTheDefinition) {
     SCOPED_TRACE("seed 266");
     for (int corner : {2, 4}) {
         double worst = 0;
-        for (int i = 0; i < 500; ++i) {
+        for (int i = 0; i < (shortened() ? 25 : 500); ++i) {
             Block b{};
             for (int k = 0; k < corner * corner; ++k)
                 b[std::size_t(8 * (k / corner) + k % corner)] = Zmx16s(rng.range(-250, 250));
@@ -453,7 +454,7 @@ TEST(SingleDct, EachOperationRoundedToSingle) {
     Rng rng(269);
     SCOPED_TRACE("seed 269");
     Digest digest;
-    for (int i = 0; i < 1500; ++i) {
+    for (int i = 0; i < (shortened() ? 75 : 1500); ++i) {
         const double reaches[] = {1e-30, 1, 128, 2048, 40000, 1e20};
         const Singles input = singles(rng, reaches[i % 6], i % 2);
         Singles expected = input, actual = input;
@@ -474,7 +475,7 @@ TEST(SingleDct, NearTheDefinition) {
     Rng rng(270);
     SCOPED_TRACE("seed 270");
     double forward = 0, inverse = 0;
-    for (int i = 0; i < 500; ++i) {
+    for (int i = 0; i < (shortened() ? 25 : 500); ++i) {
         Singles b = singles(rng, 128, i % 2);
         std::array<double, 64> exact;
         std::copy(b.begin(), b.end(), exact.begin());

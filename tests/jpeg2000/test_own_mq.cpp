@@ -245,7 +245,7 @@ TEST(MqDecoder, StartingASegmentLeavesTheContexts) {
 
 TEST(MqDecoder, RegisterByRegisterOnAnyBytes) {
     Rng rng(0x6101);
-    for (int n = 0; n < 3000; ++n) {
+    for (int n = 0; n < rounds(3000); ++n) {
         SCOPED_TRACE(n);
         Bytes bytes(std::size_t(rng.range(0, 24)));
         rng.bytes(bytes.data(), bytes.size());
@@ -276,7 +276,7 @@ TEST(MqDecoder, RegisterByRegisterOnAnyBytes) {
 TEST(MqDecoder, AnyRegisters) {
     Rng rng(0x6102);
     const Bytes bytes = {0x12, 0xFF, 0x34, 0xFF, 0x8F, 0xFF, 0x90, 0x56};
-    for (int n = 0; n < 200000; ++n) {
+    for (int n = 0; n < rounds(200000); ++n) {
         const int context = int(rng.range(0, 18));
         model::MqDecoder m;
         model::MqContexts x;
@@ -343,7 +343,7 @@ TEST(MqDecoder, TheTestOfTheEnd) {
 
 TEST(MqEncoder, BytesAndRegistersOfTheModel) {
     Rng rng(0x6401);
-    for (int n = 0; n < 6000; ++n) {
+    for (int n = 0; n < rounds(6000); ++n) {
         SCOPED_TRACE(n);
         const int method = n % 4 == 3 ? (n % 8 == 3 ? -1 : 77) : n % 4; // every other number is a flush
         const int capacity = n % 3 == 0 ? 1 : n % 3 == 1 ? int(rng.range(2, 5)) : 4096;
@@ -372,7 +372,7 @@ TEST(MqEncoder, BytesAndRegistersOfTheModel) {
 // A pass that is not terminated leaves the coder running.
 TEST(MqEncoder, WithoutTermination) {
     Rng rng(0x6402);
-    for (int n = 0; n < 2000; ++n) {
+    for (int n = 0; n < rounds(2000); ++n) {
         SCOPED_TRACE(n);
         const int method = n % 3, capacity = n % 2 ? 4096 : int(rng.range(1, 3));
         Coder coder(method);
@@ -404,7 +404,7 @@ TEST(MqEncoder, WithoutTermination) {
 // to come up.
 TEST(MqEncoder, TerminationsFromAnyRegisters) {
     Rng rng(0x6404);
-    for (int n = 0; n < 60000; ++n) {
+    for (int n = 0; n < rounds(60000); ++n) {
         SCOPED_TRACE(n);
         const int method = n % 3;
         Coder coder(method);
