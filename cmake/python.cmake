@@ -10,6 +10,13 @@ if(NOT TARGET zmx_codecs)
 endif()
 find_path(ZMX_PYBIND11 pybind11/pybind11.h REQUIRED HINTS ${Python3_SITELIB}/pybind11/include)
 
+set(ZMX_PYTHON_DIR lib/python3/dist-packages CACHE STRING "Where the Python package is installed, below the prefix")
+# In a package of its own the library stands beside the extensions; installed ones use the one of the system.
+set(zmx_python_rpath "$ORIGIN")
+if(ZMX_INSTALL)
+  set(zmx_python_rpath "")
+endif()
+
 set(zmx_python_package ${PROJECT_BINARY_DIR}/python/zmxjpx)
 set(zmx_generator ${PROJECT_SOURCE_DIR}/python/generate.py)
 set(zmx_raw ${PROJECT_BINARY_DIR}/python/raw.cpp)
@@ -26,7 +33,7 @@ function(zmx_python_module name)
   target_include_directories(zmx_python_${name} SYSTEM PRIVATE ${ZMX_PYBIND11})
   target_link_libraries(zmx_python_${name} PRIVATE zmxjpx zmx_warnings zmx_hardened)
   set_target_properties(zmx_python_${name} PROPERTIES OUTPUT_NAME ${name} LIBRARY_OUTPUT_DIRECTORY ${zmx_python_package}
-    CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "$ORIGIN")
+    CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "${zmx_python_rpath}")
 endfunction()
 file(GLOB zmx_python_codecs_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/python/src/codecs/*.cpp)
 file(GLOB zmx_python_raw_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/python/src/raw/*.cpp)
@@ -51,4 +58,21 @@ if(BUILD_SHARED_LIBS)
       add_dependencies(zmx_python zmxjpx_${level})
     endforeach()
   endif()
+endif()
+
+# What `cmake --install` puts there, in the component `python`: the package, and what tells others of it.
+if(ZMX_INSTALL)
+  set(zmx_python_told ${PROJECT_BINARY_DIR}/python/zmxjpx-${PROJECT_VERSION}.dist-info)
+  file(WRITE ${zmx_python_told}/METADATA
+    "Metadata-Version: 2.1\nName: zmxjpx\nVersion: ${PROJECT_VERSION}\nRequires-Dist: numpy\n")
+  file(WRITE ${zmx_python_told}/entry_points.txt "[numcodecs.codecs]
+zmxjpx_jpeg2000 = zmxjpx.numcodecs:Jpeg2000
+zmxjpx_jpeg = zmxjpx.numcodecs:Jpeg
+zmxjpx_lossless_jpeg = zmxjpx.numcodecs:LosslessJpeg
+")
+  install(DIRECTORY ${zmx_python_told} DESTINATION ${ZMX_PYTHON_DIR} COMPONENT python)
+  install(DIRECTORY python/zmxjpx DESTINATION ${ZMX_PYTHON_DIR} COMPONENT python
+    FILES_MATCHING PATTERN "*.py" PATTERN "*.pyi" PATTERN "py.typed")
+  install(FILES ${zmx_python_package}/raw.pyi DESTINATION ${ZMX_PYTHON_DIR}/zmxjpx COMPONENT python)
+  install(TARGETS zmx_python__codecs zmx_python_raw LIBRARY DESTINATION ${ZMX_PYTHON_DIR}/zmxjpx COMPONENT python)
 endif()

@@ -20,6 +20,7 @@
  *  - \ref guide_textures
  *  - \ref guide_tiff
  *  - \ref guide_embedding
+ *  - \ref guide_python
  *
  *  \section names Names
  *

@@ -2,9 +2,9 @@
 # SPDX-License-Identifier: BSD-2-Clause
 """folder.py IN OUT: all pictures of a folder as JPEG2000 files, on all processors, with a report of failures.
 
-The files are a Dask bag. One that cannot be read is a line of the report, and does not stop the others; one that was damaged
-is converted as far as it goes, and a line as well. Pictures of JPEG and JPEG2000 are read by zmxjpx, and others by Pillow.
-A picture appears under its name when all of it is written.
+The files are a Dask bag. One that cannot be read is a line of the report, and does not stop the others; one that was
+damaged is converted as far as it goes, and a line as well. Pictures of JPEG and JPEG2000 are read by zmxjpx, and
+others by Pillow. A picture appears under its name when all of it is written.
 
     folder.py scans archive --report report.json --rate 2
 """

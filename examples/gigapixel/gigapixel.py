@@ -3,11 +3,12 @@
 """gigapixel.py FOLDER: a picture too large for memory, made and compressed by a cluster.
 
 The picture follows from a rule, so that any part of it can be made by itself. Each chunk of a Zarr array is made and
-compressed by a worker of dask.distributed, losslessly by JPEG2000, and never is more than a few chunks in memory. The levels
-of a pyramid are decoded from the chunks at reduced resolution, and compressed in their turn.
+compressed by a worker of dask.distributed, losslessly by JPEG2000, and never is more than a few chunks in memory. The
+levels of a pyramid are decoded from the chunks at reduced resolution, and compressed in their turn.
 
 A chunk is a file that appears whole or not at all, and its bytes depend on the rule alone. So a worker that dies loses
-nothing: its chunks are made again by another one, and the checksum over all files is the same for any number of workers.
+nothing: its chunks are made again by another one, and the checksum over all files is the same for any number of
+workers.
 
     gigapixel.py /tmp/giga --workers 1 2       # measures, and tells how much faster two workers are
     gigapixel.py /tmp/giga --kill              # kills a worker in the middle
@@ -92,7 +93,8 @@ def make_level(work: Work, level: int, place: tuple[int, int]) -> int:
     last = -(-work.side // work.chunk)
     for row in range(place[0] * times, min((place[0] + 1) * times, last)):
         for column in range(place[1] * times, min((place[1] + 1) * times, last)):
-            decoded = zmxjpx.decode_jpeg2000(below.chunk_store[f"{below.path}{row}.{column}.0"], reduce=level, threads=1)
+            file = below.chunk_store[f"{below.path}{row}.{column}.0"]
+            decoded = zmxjpx.decode_jpeg2000(file, reduce=level, threads=1)
             top, left = row * small - y, column * small - x
             room = part[top:top + small, left:left + small]
             room[:] = decoded[:room.shape[0], :room.shape[1]]
@@ -116,9 +118,9 @@ def peak_memory() -> int:
 
 
 def run(work: Work, workers: int, kill: bool) -> tuple[float, int]:
-    """Makes all, on so many worker processes of one thread. The seconds for the picture itself, and the peak of memory."""
+    """Makes all, on so many worker processes of one thread: the seconds for the picture itself, the peak of memory."""
     make_arrays(work)
-    with LocalCluster(n_workers=workers, threads_per_worker=1, processes=True, dashboard_address=None,
+    with LocalCluster(n_workers=workers, threads_per_worker=1, processes=True, dashboard_address=":0",
                       memory_limit=0) as cluster, Client(cluster) as client:
         began = time.perf_counter()
         futures = client.map(make_chunk, [work] * len(work.chunks(0)), work.chunks(0), pure=False)

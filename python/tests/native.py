@@ -9,11 +9,13 @@ import ctypes
 import os
 import re
 import subprocess
+import warnings
 from collections.abc import Callable, Sequence
 from pathlib import Path
 from typing import Any
 
 import numpy as np
+from guarded import PAGE, Slot
 
 import zmxjpx
 
@@ -71,15 +73,26 @@ def exported() -> set[str]:
 
 
 class Array:
-    """An array for Python, and a copy of it for C, with whatever lies around them."""
+    """An array for Python, and its twin for C, each flush against closed pages: its last element or, every other time, its
+    first one. What lies between its rows is compared as well."""
+
+    _turn = 0
 
     def __init__(self, base: np.ndarray, columns: int | None = None, ahead: tuple[int, int] = (0, 0)) -> None:
-        self.base, self.columns, self.ahead = base, columns, ahead
-        self.copy = base.copy()
+        Array._turn += 1
+        self.ahead, self.step = ahead, base.strides[0]
+        shape = base.shape if columns is None else (base.shape[0], columns)
+        sides = []
+        for _ in range(2):
+            slot = Slot(base.nbytes // PAGE + 1)
+            array = slot.array(shape, base.strides, base.dtype, Array._turn % 2 == 0, 0)
+            array[...] = base if columns is None else base[:, :columns]
+            sides.append((slot, array))
+        (self.slot, self.python), (self.twin, self.copy) = sides
 
     @property
-    def python(self) -> np.ndarray:
-        return self.base if self.columns is None else self.base[:, : self.columns]
+    def base(self) -> np.ndarray:
+        return self.python
 
     @property
     def address(self) -> int:
@@ -87,12 +100,8 @@ class Array:
         rows, columns = self.ahead
         return self.copy.ctypes.data + rows * self.step + columns * self.copy.itemsize
 
-    @property
-    def step(self) -> int:
-        return self.copy.strides[0]
-
     def check(self, what: str) -> None:
-        assert self.base.tobytes() == self.copy.tobytes(), f"{what} differs"
+        assert np.array_equal(self.slot.bytes, self.twin.bytes), f"{what} differs"
 
 
 class State:
@@ -176,10 +185,14 @@ def both(name: str, **given: Any) -> tuple[int, Any]:
               value.python if isinstance(value, (Array, State)) else value
               for k, value in given.items() if not isinstance(value, Out)}
     status = function(name)(*arguments)
-    try:
-        result, answered = getattr(zmxjpx.raw, name)(**python), 0
-    except zmxjpx.StatusError as error:
-        result, answered = error.results, error.status
+    with warnings.catch_warnings(record=True) as caught:
+        warnings.simplefilter("always")
+        try:
+            result, answered = getattr(zmxjpx.raw, name)(**python), 0
+        except zmxjpx.StatusError as error:
+            result, answered = error.results, error.status
+    if caught:
+        answered = caught[0].message.status
     assert answered == status, f"{name}: {answered} from Python, {status} from C"
     outs = [k.value for (_, who), k in zip(((p, w) for p, w in PROTOTYPES[name] if isinstance(given.get(w), Out)),
                                            (k for k in keep if isinstance(k, ctypes._SimpleCData)))]
@@ -222,3 +235,38 @@ def blank(kind: str, size: Callable[[], int], *arguments: Any) -> State:
     _KEPT.append(ctypes.create_string_buffer(size() + 64))
     aligned = (ctypes.addressof(_KEPT[-1]) + 63) // 64 * 64
     return State(getattr(zmxjpx.raw, kind)(*arguments), aligned)
+
+
+def _table(kind: str) -> object:
+    """A table of all symbols, with codes of 8 bits and more."""
+    bits = np.array([0] * 7 + [255] + [0] * 7 + [1], np.uint8)
+    return getattr(zmxjpx.raw, f"zmxi{kind}InitAlloc_JPEG_8u")(bits, np.arange(256, dtype=np.uint8))
+
+
+def _encoder(loaded: bool) -> object:
+    state = zmxjpx.raw.zmxiEncodeInitAlloc_JPEG2K((16, 16))
+    if loaded:
+        samples = np.arange(256, dtype=np.int32).reshape(16, 16)
+        zmxjpx.raw.zmxiEncodeLoadCodeBlock_JPEG2K_32s_C1R(samples, state, 0, 31, 0, 0)
+    return state
+
+
+def _decoder(attached: bool) -> object:
+    state = zmxjpx.raw.zmxiDecodeCBProgrInitAlloc_JPEG2K((16, 16))
+    if attached:
+        zmxjpx.raw.zmxiDecodeCBProgrAttach_JPEG2K_32s_C1R(np.zeros((16, 16), np.int32), state, 0, 9, 0)
+        zmxjpx.raw.zmxiDecodeCBProgrSetPassCounter_JPEG2K(20, state)
+    return state
+
+
+# Ways to have a table or state of each kind, good and bad.
+EXAMPLES_OF_TABLES: dict[str, list[Callable[[], object]]] = {
+    kind: [lambda kind=kind: _table(kind)] * 6 + [getattr(zmxjpx.raw, kind)]
+    for kind in ("DecodeHuffmanSpec", "EncodeHuffmanSpec")}
+EXAMPLES_OF_TABLES.update({
+    kind: [lambda kind=kind: getattr(zmxjpx.raw, f"zmxi{kind}InitAlloc_JPEG_8u")()] * 6 + [getattr(zmxjpx.raw, kind)]
+    for kind in ("DecodeHuffmanState", "EncodeHuffmanState")})
+EXAMPLES_OF_TABLES["EncodeState_JPEG2K"] = [lambda: _encoder(True), lambda: _encoder(True), lambda: _encoder(False)]
+EXAMPLES_OF_TABLES["DecodeCBProgrState"] = [
+    lambda: _decoder(True), lambda: _decoder(True), lambda: _decoder(False),
+    lambda: zmxjpx.raw.DecodeCBProgrState((16, 16))]

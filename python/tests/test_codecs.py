@@ -62,7 +62,8 @@ def test_cmyk_is_not_turned_over():
 def test_scaled_decoding():
     image = picture(64, 96)
     file = zmxjpx.encode_jpeg(image, 90)
-    assert [zmxjpx.decode_jpeg(file, scale=s).shape[:2] for s in (1, 2, 4, 8)] == [(64, 96), (32, 48), (16, 24), (8, 12)]
+    sizes = [zmxjpx.decode_jpeg(file, scale=scale).shape[:2] for scale in (1, 2, 4, 8)]
+    assert sizes == [(64, 96), (32, 48), (16, 24), (8, 12)]
 
 
 def test_transcoding_changes_no_coefficient(rgb):

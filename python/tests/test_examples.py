@@ -74,6 +74,17 @@ def test_one_broken_file_does_not_stop_a_folder(tmp_path):
     assert np.array_equal(zmxjpx.decode_jpeg2000((out / "a.png.jp2").read_bytes()), image)
 
 
+def test_the_guide_runs(tmp_path):
+    script = EXAMPLES / "from_python.py"
+    guide = (EXAMPLES.parent / "docs" / "guides" / "python.md").read_text()
+    named = set(re.findall(r"^# \[(\w+)\]$", script.read_text(), re.M))
+    assert set(re.findall(r"\\snippet from_python.py (\w+)", guide)) == named
+    done = subprocess.run([sys.executable, str(script)], cwd=tmp_path, capture_output=True, text=True, timeout=300)
+    assert done.returncode == 0, done.stderr
+    assert [line.split(":")[0] for line in done.stdout.splitlines()] == [
+        "decoded in part", "refused", "640 rows, baseline", "-6 zmxStsSizeErr", "I;16"]
+
+
 @pytest.mark.parametrize("script", ["gigapixel/gigapixel.py", "folder/folder.py"])
 def test_examples_say_what_they_do(script):
     assert "usage:" in ran(EXAMPLES / script, "--help")

@@ -35,9 +35,15 @@ class StatusError(Exception):
 
 
 class StatusWarning(UserWarning):
-    """A status above 0: the result is defined, and something was odd."""
+    """A status above 0: the result is defined, and something was odd. status, name and function as for StatusError."""
+
+    def __init__(self, status: int, function: str) -> None:
+        self.status = status
+        self.name = NAMES.get(status, str(status))
+        self.function = function
+        super().__init__(f"{function}: {self.name} ({status})")
 
 
 def warn(status: int, function: str) -> None:
     """Called by the extension."""
-    warnings.warn(StatusWarning(f"{function}: {NAMES.get(status, status)} ({status})"), stacklevel=2)
+    warnings.warn(StatusWarning(status, function), stacklevel=2)

@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: BSD-2-Clause
 """Codecs for numcodecs and Zarr: each chunk of an array is a picture.
 
-Chunks are of uint8 or uint16 and of shape (height, width) or (height, width, channels) with up to 4 channels, each perhaps
-behind sides of 1: (1, 512, 512) is a picture of 512 x 512. All else is a ValueError that says so. A damaged chunk is a
-DamageError when it is read, never a picture with holes.
+Chunks are of uint8 or uint16 and of shape (height, width) or (height, width, channels) with up to 4 channels, each
+perhaps behind sides of 1: (1, 512, 512) is a picture of 512 x 512. All else is a ValueError that says so. A damaged
+chunk is a DamageError when it is read, never a picture with holes.
 
 They are registered when this module is imported, and by an entry point, so that Zarr finds them by itself.
 """
