@@ -367,7 +367,7 @@ def limits_are_stated(tree):
 
 def pages_are_linked(tree):
     """A page that nobody links is read by nobody."""
-    linked = set(re.findall(r"\]\((docs/[^)#]+\.md)", tree.get(README, "")))
+    linked = set(re.findall(r"\]\((docs/[^/)#]+\.md)", tree.get(README, "")))
     pages = {path for path in tree if re.fullmatch(r"docs/[^/]+\.md", path)}
     for page in sorted(pages - linked):
         yield f"{README}: no link to {page}"
