@@ -21,6 +21,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         }
     } catch (const Error&) {
     }
+    // The same as a picture: palettes, opacity, inks and colours.
+    try {
+        const Picture p = jpeg2000::decode({data, size}, options).picture;
+        const Shape& s = p.shape();
+        for (int y = 0; y < s.height; ++y)
+            for (std::size_t x = 0; x < s.rowSamples(); ++x)
+                if (p.at(int(x), y) > unsigned(s.maxval)) std::abort();
+    } catch (const Error&) {
+    }
     try {
         jpeg2000::describe({data, size});
     } catch (const Error&) {

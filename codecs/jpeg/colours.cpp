@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/colours.h"
 
+#include <algorithm>
 #include <array>
 
 namespace codecs::jpeg {
@@ -39,7 +40,10 @@ void joinBy(const Zmx8u* const* rows, Zmx8u* pixels, int width) {
     });
 }
 template <int Channels> void joinAsIs(const Zmx8u* const* rows, Zmx8u* pixels, int width) {
-    joinChannels(rows, pixels, width, Channels);
+    if constexpr (Channels == 1)
+        std::copy_n(rows[0], width, pixels);
+    else
+        joinChannels(rows, pixels, width, Channels);
 }
 
 // Grey is a colour of neutral chroma.

@@ -22,6 +22,10 @@ Rect windowOf(const ImageSize& s, const DecodeOptions& options) {
     return r;
 }
 
+void append(std::vector<std::string>& to, const std::vector<std::string>& more) {
+    to.insert(to.end(), more.begin(), more.end());
+}
+
 // A file, and what of it is wanted.
 // The samples go into rows where all components are in step, and else by way of planes.
 class Decoding {
@@ -47,8 +51,8 @@ class Decoding {
     std::vector<std::string> run(SampleSink& sink) {
         std::vector<std::string> warnings = stream.warnings;
         const std::vector<std::string> tiles = decodeTiles(scope, sink, threads);
-        warnings.insert(warnings.end(), tiles.begin(), tiles.end());
-        warnings.insert(warnings.end(), map.warnings.begin(), map.warnings.end());
+        append(warnings, tiles);
+        append(warnings, map.warnings);
         return warnings;
     }
 
@@ -72,13 +76,16 @@ public:
     std::vector<std::string> rows(RowSink& to) {
         std::vector<std::string> warnings;
         want(channelsShown(map));
+        if (channelsShown(map) < map.channels.size())
+            warnings.push_back(std::to_string(map.channels.size()) +
+                               " channels, of which a picture has the first four; --separate writes all of them");
         // In step: a band of samples at a time. Otherwise rows of different components are due at different times.
         if (inStep(map, stream.size)) {
             RowOutput sink(to, map, stream.size, scope.samples(scope.lead, scope.window));
-            warnings = run(sink);
+            append(warnings, run(sink));
         } else {
             PlanarSink sink(scope.window, areas());
-            warnings = run(sink);
+            append(warnings, run(sink));
             repeatRows(sink, map, stream.size, scope.reduce, to);
         }
         to.finish();

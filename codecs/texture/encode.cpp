@@ -153,7 +153,8 @@ bool isTransparent(const Band& band, int width) {
 
 std::vector<std::string> encode(RowSource& source, ByteSink& file, const EncodeOptions& options) {
     const Shape shape = source.shape();
-    if (shape.colour != Colour::grey && shape.colour != Colour::rgb)
+    if (shape.colour == Colour::other) throw Error("a texture is made of grey or RGB, not of other channels");
+    if (shape.colour == Colour::cmyk)
         throw Error("a texture is made of grey or RGB, not of CMYK; zmx image convert --rgb makes RGB of it");
     if (std::max(shape.width, shape.height) > kMaxSide)
         throw Error("a side of more than " + std::to_string(kMaxSide) + " pixels");

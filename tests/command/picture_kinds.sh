@@ -117,6 +117,21 @@ check "$zmx" j2k decode a.jp2 own.pam --component 0 --strict
 checks=$((checks + 1))
 "$zmx" j2k decode a.jp2 own.pam --component 0 --cmyk 2>err && bad "one component is four inks"
 
+# More channels than a picture has: what is left out is told, and all of them come in files of their own.
+"$python" -c 'open("five.pam", "wb").write(b"P7\nWIDTH 12\nHEIGHT 9\nDEPTH 5\nMAXVAL 255\nENDHDR\n" + bytes(range(180)) * 3)'
+check "$zmx" j2k encode five.pam five.jp2 --strict
+warned '5 channels, of which a picture has the first four; --separate' "$zmx" j2k decode five.jp2 own.pam
+check "$zmx" j2k decode five.jp2 own.pgm --separate --strict
+check "$zmx" j2k encode own.4.pgm a.j2k
+check "$zmx" j2k decode five.jp2 own.pgm --component 4 --strict
+same_pixels own.4.pgm own.pgm || bad "the fifth component"
+for command in "jpeg encode" "jpeg encode --progressive" "dds encode --format dxt5" "tiff encode"; do
+    checks=$((checks + 1))
+    # shellcheck disable=SC2086
+    "$zmx" $command five.pam own.any 2>err && bad "$command takes five channels"
+    [ ! -e own.any ] || bad "$command leaves a file"
+done
+
 # ---- what stands beside the samples, between JPEG and JP2 both ways
 if command -v exiftool >/dev/null; then
     "$python" -c 'from PIL import ImageCms as c; open("rgb.icc", "wb").write(c.ImageCmsProfile(c.createProfile("sRGB")).tobytes())'
