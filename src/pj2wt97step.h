@@ -122,10 +122,12 @@ inline Zmx32f weigh(Zmx32f c0, Zmx32f v, Zmx32f c1, Zmx32f a, Zmx32f b) {
 
 template <class T> T scale(Zmx32s c, T v) { return weigh(c, v, 0, T(0), T(0)); }
 // A product of floats is exact in extended precision: rounding it at once is the same. A NaN, which is a quiet one behind
-// a step, stays: RISC-V and WebAssembly make others of it. Told by its bits, for compilers take all NaNs for equal.
+// a step, stays, as it does on x86: RISC-V and WebAssembly make others of it. Told by its bits, for compilers take all
+// NaNs for equal.
 inline Zmx32f scale(Zmx32f c, Zmx32f v) {
-    const bool number = (bitCast<Zmx32s>(v) & 0x7FFFFFFF) <= 0x7F800000;
-    return number ? c * v : v;
+    if constexpr (!kExtendedOnX87)
+        if ((bitCast<Zmx32s>(v) & 0x7FFFFFFF) > 0x7F800000) return v;
+    return c * v;
 }
 
 // low from B and the G at its sides: the step and the scale at once, or D rounded in between.

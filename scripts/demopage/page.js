@@ -1,4 +1,5 @@
 // page.js: the line between original and decoded, by slider, keys, mouse and finger; and which picture is shown.
+// SPDX-License-Identifier: BSD-2-Clause
 "use strict";
 for (const section of document.querySelectorAll("section.photograph")) {
   const find = (selector) => section.querySelector(selector);

@@ -56,7 +56,8 @@ ls -l ./*.jp2
 
 # ---- a window of it in less than 2 % of the time that the whole takes, each within a limit
 TIMEFORMAT='%U'
-seconds() { { time (ulimit -v 163840; exec "$zmx" j2k decode "$@" -t 1 2>err >out); } 2>&1 || bad "$*: $(cat err)"; }
+# Without exec: the shell would be gone before it could tell the time.
+seconds() { { time (ulimit -v 163840; "$zmx" j2k decode "$@" -t 1 2>err >out); } 2>&1; }
 least() { for _ in 1 2 3; do seconds "$@"; done | sort -n | head -1; }
 for file in a.jp2 whole.jp2; do
     whole=$(seconds $file b.pgm)
@@ -65,7 +66,7 @@ for file in a.jp2 whole.jp2; do
         window=$(least $file w.pgm --window 4100,5200,512,512 --reduce $reduce)
         awk -v f=$file -v w="$window" -v all="$whole" -v r=$reduce 'BEGIN {
             printf "%s: window of 512 x 512, reduced by %d: %.2f s of %.2f s, %.2f %%\n", f, r, w, all, 100 * w / all
-            exit !(w < 0.02 * all) }' || bad "a window takes too long"
+            exit !(w ~ /^[0-9.]+$/ && all > 0.2 && w < 0.02 * all) }' || bad "a window takes too long: $(cat err)"
     done
     check "$zmx" j2k decode $file w.pgm --window 4100,5200,512,512
     pamcut -left 4100 -top 5200 -width 512 -height 512 a.pgm | same - w.pgm

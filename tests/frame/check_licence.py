@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: BSD-2-Clause
 """check_licence.py SOURCE-DIR [--add]: every source file names its licence, once, near its head.
 
-The line stands at the end of the comment that a C or C++ file begins with, and behind the first line of a script. --add puts
+The line stands at the end of the comment that a C or C++ file begins with, and behind the first line of a script or of a page. --add puts
 it where it is missing.
 """
 import pathlib
@@ -14,7 +14,7 @@ import tempfile
 TAG = "SPDX-" + "License-Identifier: "
 LICENCE = "BSD-2-Clause"
 LINES = 25  # how far down it may stand
-C_LIKE = (".c", ".cpp", ".h")
+C_LIKE = (".c", ".cpp", ".h", ".js", ".css")
 SCRIPTS = (".py", ".sh", ".bash", ".cmake", ".in")
 
 
@@ -22,6 +22,8 @@ def kind(path):
     """How a file writes comments; None when it is no source file."""
     if path.suffix in C_LIKE:
         return "C"
+    if path.suffix == ".html":
+        return "<"
     if path.suffix in SCRIPTS or path.name in ("CMakeLists.txt", "Makefile") or path.parent.name == "scripts":
         return "#"
     return None
@@ -44,6 +46,8 @@ def found(text):
 
 def with_line(path, text):
     lines = text.split("\n")
+    if kind(path) == "<":
+        return "\n".join(lines[:1] + [f"<!-- {TAG}{LICENCE} -->"] + lines[1:])
     if kind(path) == "#":
         at = 1 if lines[0].startswith("#!") else 0
         return "\n".join(lines[:at] + [f"# {TAG}{LICENCE}"] + lines[at:])
@@ -53,7 +57,7 @@ def with_line(path, text):
     at = 0
     if lines[0].startswith("/*"):
         at = next(i for i, line in enumerate(lines) if "*/" in line) + 1
-    plain = path.suffix == ".c" or path.suffix == ".h"
+    plain = path.suffix in (".c", ".h", ".css")
     line = f"/* {TAG}{LICENCE} */" if plain else f"// {TAG}{LICENCE}"
     return "\n".join(lines[:at] + [line] + lines[at:])
 
@@ -62,7 +66,8 @@ def selftest():
     """What is added is found, and what is not there is missed."""
     with tempfile.TemporaryDirectory() as folder:
         for name, text in (("a.cpp", "// a.cpp - what it does,\n// and why\n#include <b>\n"), ("b.h", "/* b.h\n */\n#if 1\n"),
-                           ("c.sh", "#!/bin/sh\n# c.sh\ntrue\n"), ("d.cmake", "set(a b)\n"), ("e.c", "int x;\n")):
+                           ("c.sh", "#!/bin/sh\n# c.sh\ntrue\n"), ("d.cmake", "set(a b)\n"), ("e.c", "int x;\n"),
+                           ("f.html", "<!doctype html>\n<title>f</title>\n"), ("g.css", "/* g */\nb {}\n"), ("h.js", "// h\nh();\n")):
             path = pathlib.Path(folder, name)
             added = with_line(path, text)
             assert not found(text) and len(found(added)) == 1, name
@@ -79,7 +84,7 @@ def main(root, *flags):
         lines = found(text)
         if not lines and "--add" in flags:
             path.write_text(with_line(path, text))
-        elif len(lines) != 1 or not re.search(rf"{TAG}{LICENCE}( \*/)?$", lines[0]):
+        elif len(lines) != 1 or not re.search(rf"{TAG}{LICENCE}( \*/| -->)?$", lines[0]):
             print(f"{path.relative_to(root)}: {'no licence' if not lines else lines}")
             faults += 1
     print(f"{count} files, {faults} faults")

@@ -17,6 +17,7 @@ COMMENTS = (15, 30)  # percent of the lines that are not blank
 SAME_LINES = 6
 ARCHITECTURE = "docs/architecture.md"
 CONTRIBUTING = "CONTRIBUTING.md"
+README = "README.md"
 
 
 def is_code(path):
@@ -364,9 +365,27 @@ def limits_are_stated(tree):
             yield f"{CONTRIBUTING}: nothing is said of {limit}"
 
 
+def pages_are_linked(tree):
+    """A page that nobody links is read by nobody."""
+    linked = set(re.findall(r"\]\((docs/[^/)#]+\.md)", tree.get(README, "")))
+    pages = {path for path in tree if re.fullmatch(r"docs/[^/]+\.md", path)}
+    for page in sorted(pages - linked):
+        yield f"{README}: no link to {page}"
+    for page in sorted(linked - pages):
+        yield f"{README}: no page {page}"
+
+
+def fuzzers_are_named(tree):
+    named = set(re.findall(r"`(fuzz_\w+)`", tree[ARCHITECTURE]))
+    there = {path[len("fuzz/"):-len(".cpp")] for path in tree if re.fullmatch(r"fuzz/fuzz_\w+\.cpp", path)}
+    for target in sorted(named ^ there):
+        yield f"{ARCHITECTURE}: {target} is {'not named' if target in there else 'not there'}"
+
+
 RULES = (who_may_include_whom, who_stands_on_whom, modules_are_named, families_are_complete, no_circles, no_function_like_macros,
          no_long_macros, files_are_short, functions_are_short, comments_are_a_fair_share, tables_are_explained,
-         nothing_stands_twice, every_function_has_a_benchmark, limits_are_stated)
+         nothing_stands_twice, every_function_has_a_benchmark, limits_are_stated, pages_are_linked,
+         fuzzers_are_named)
 
 
 def read_tree(root):
@@ -375,7 +394,7 @@ def read_tree(root):
         for path in sorted((root / folder).rglob("*")):
             if path.is_file() and is_code(path.name):
                 tree[path.relative_to(root).as_posix()] = path.read_text()
-    for page in (ARCHITECTURE, CONTRIBUTING):
+    for page in (CONTRIBUTING, README, *(p.relative_to(root).as_posix() for p in sorted((root / "docs").glob("*.md")))):
         tree[page] = (root / page).read_text()
     return tree
 

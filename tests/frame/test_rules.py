@@ -38,6 +38,9 @@ GOOD = {
 
 What all stand on: `pjrows.h` and `pjwrap.h`. Then `pjplane` and `pjblock`.
 """,
+    rules.README: "A [map](docs/architecture.md), and [planes](docs/planes.md#rows).\n",
+    "docs/planes.md": "Planes.\n",
+    "docs/guides/first.md": "A guide.\n",
     rules.CONTRIBUTING: "Functions of 60 lines, files of 450 lines, 15 to 30 % comments, no 6 lines\ntwice.\n",
     "include/zmxj.h": "int zmxiPlane(int a); // int zmxiNone(int a);\n",
     "include/zmxj/plane.h": "",
@@ -117,6 +120,11 @@ BROKEN = [
     (rules.every_function_has_a_benchmark, {"include/b.h": "ZmxStatus zmxiOther_8u(const int* p,\n    int n);\n"}),
     (rules.every_function_has_a_benchmark, {"bench/bench_plane.cpp": '// zmxiPlane\nconst char* name = "zmxiPlane";\n'}),
     (rules.every_function_has_a_benchmark, {"include/zmxj.h": ""}),
+    (rules.pages_are_linked, {"docs/blocks.md": ""}),
+    (rules.pages_are_linked, {"docs/planes.md": None}),
+    (rules.pages_are_linked, {rules.README: "docs/planes.md, [a map](docs/architecture.md)"}),
+    (rules.fuzzers_are_named, {"fuzz/fuzz_block.cpp": ""}),
+    (rules.fuzzers_are_named, {"fuzz/fuzz_plane.cpp": None}),
     (rules.limits_are_stated, {rules.CONTRIBUTING: "Functions of 61 lines, files of 450 lines, 15 to 30 % comments, no 6 lines twice."}),
 ]
 

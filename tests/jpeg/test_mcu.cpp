@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <memory>
 
 namespace {
@@ -177,6 +178,12 @@ std::vector<int> encodeFlat(const Encoder& c, const std::vector<Zmx8u>& pixel) {
 }
 
 using Bytes = std::vector<Zmx8u>;
+// A packed pixel as it lies in memory: a word in the processor's own order.
+Bytes packed(Zmx16u word) {
+    Bytes bytes(sizeof word);
+    std::memcpy(bytes.data(), &word, sizeof word);
+    return bytes;
+}
 using Samples = std::vector<int>;
 
 bool ofWords(Pixel p) { return p == Pixel::BGR555 || p == Pixel::BGR565; }
@@ -252,10 +259,10 @@ TEST(McuDecode, ColoursWithNoRounding) {
 
 TEST(McuDecode, PackingCutsLowBitsOff) {
     // (199, 99, 49): 24, 12, 6 in five bits, green 24 in six.
-    EXPECT_EQ(decodeFlat(decoder(Sampling::S444, Pixel::BGR555), {-4, -42, 54}), (Bytes{0x86, 0x61})); // 0x6186
-    EXPECT_EQ(decodeFlat(decoder(Sampling::S444, Pixel::BGR565), {-4, -42, 54}), (Bytes{0x06, 0xC3})); // 0xC306
-    EXPECT_EQ(decodeFlat(decoder(Sampling::S444, Pixel::BGR555), {127, 0, 0}), (Bytes{0xFF, 0x7F}));
-    EXPECT_EQ(decodeFlat(decoder(Sampling::S444, Pixel::BGR565), {127, 0, 0}), (Bytes{0xFF, 0xFF}));
+    EXPECT_EQ(decodeFlat(decoder(Sampling::S444, Pixel::BGR555), {-4, -42, 54}), packed(0x6186));
+    EXPECT_EQ(decodeFlat(decoder(Sampling::S444, Pixel::BGR565), {-4, -42, 54}), packed(0xC306));
+    EXPECT_EQ(decodeFlat(decoder(Sampling::S444, Pixel::BGR555), {127, 0, 0}), packed(0x7FFF));
+    EXPECT_EQ(decodeFlat(decoder(Sampling::S444, Pixel::BGR565), {127, 0, 0}), packed(0xFFFF));
 }
 
 TEST(McuDecode, TheBlackChannelAloneWraps) {
@@ -435,13 +442,13 @@ TEST(McuEncode, RedDoesNotComeBackWhole) {
 }
 
 TEST(McuEncode, PackedFieldsAreWidenedWithZeros) {
-    EXPECT_EQ(encodeFlat(encoder(Sampling::S444, Pixel::BGR555), {0xFF, 0x7F}), (Samples{120, 0, 0}));
-    EXPECT_EQ(encodeFlat(encoder(Sampling::S444, Pixel::BGR555), {0xFF, 0xFF}), (Samples{120, 0, 0}))
+    EXPECT_EQ(encodeFlat(encoder(Sampling::S444, Pixel::BGR555), packed(0x7FFF)), (Samples{120, 0, 0}));
+    EXPECT_EQ(encodeFlat(encoder(Sampling::S444, Pixel::BGR555), packed(0xFFFF)), (Samples{120, 0, 0}))
         << "bit 15 is ignored";
-    EXPECT_EQ(encodeFlat(encoder(Sampling::S444, Pixel::BGR555), {0x00, 0x80}), (Samples{-128, 0, 0}));
+    EXPECT_EQ(encodeFlat(encoder(Sampling::S444, Pixel::BGR555), packed(0x8000)), (Samples{-128, 0, 0}));
     // 565 white is (248, 252, 248): Y 250.348, Cb -1.3, Cr -1.7.
-    EXPECT_EQ(encodeFlat(encoder(Sampling::S444, Pixel::BGR565), {0xFF, 0xFF}), (Samples{122, -2, -2}));
-    EXPECT_EQ(encodeFlat(encoder(Sampling::S444, Pixel::BGR565), {0x00, 0x80}),
+    EXPECT_EQ(encodeFlat(encoder(Sampling::S444, Pixel::BGR565), packed(0xFFFF)), (Samples{122, -2, -2}));
+    EXPECT_EQ(encodeFlat(encoder(Sampling::S444, Pixel::BGR565), packed(0x8000)),
               encodeFlat(encoder(Sampling::S444, Pixel::RGB), {128, 0, 0}));
 }
 
