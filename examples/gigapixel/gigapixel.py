@@ -22,6 +22,7 @@ import resource
 import shutil
 import signal
 import sys
+import tempfile
 import time
 from dataclasses import dataclass
 from pathlib import Path
@@ -120,8 +121,9 @@ def peak_memory() -> int:
 def run(work: Work, workers: int, kill: bool) -> tuple[float, int]:
     """Makes all, on so many worker processes of one thread: the seconds for the picture itself, the peak of memory."""
     make_arrays(work)
-    with LocalCluster(n_workers=workers, threads_per_worker=1, processes=True, dashboard_address=":0",
-                      memory_limit=0) as cluster, Client(cluster) as client:
+    with tempfile.TemporaryDirectory() as scratch, LocalCluster(
+            n_workers=workers, threads_per_worker=1, processes=True, dashboard_address=":0", memory_limit=0,
+            local_directory=scratch) as cluster, Client(cluster) as client:
         began = time.perf_counter()
         futures = client.map(make_chunk, [work] * len(work.chunks(0)), work.chunks(0), pure=False)
         for done, future in enumerate(as_completed(futures), 1):

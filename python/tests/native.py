@@ -73,8 +73,10 @@ def exported() -> set[str]:
 
 
 class Array:
-    """An array for Python, and its twin for C, each flush against closed pages: its last element or, every other time, its
-    first one. What lies between its rows is compared as well."""
+    """An array for Python, and its twin for C, each flush against closed pages.
+
+    Its last element is, or every other time its first one. What lies between its rows is compared as well.
+    """
 
     _turn = 0
 

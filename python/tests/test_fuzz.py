@@ -130,7 +130,8 @@ class Pool:
             shape, strides = (rows, columns), (step, self.draw(st.sampled_from([item, item, 2 * item])))
         slot = SLOTS[len(self.taken)]
         try:
-            array = slot.array(shape, strides, kind, self.draw(st.booleans()), self.draw(st.sampled_from([0] * 9 + [1])))
+            shift = self.draw(st.sampled_from([0] * 9 + [1]))
+            array = slot.array(shape, strides, kind, self.draw(st.booleans()), shift)
         except ValueError:
             array = slot.array((1, 1), (kind.itemsize, kind.itemsize), kind, True, 0)
         self.taken.append(slot)

@@ -22,7 +22,8 @@ def named(pattern: str) -> pytest.MarkDecorator:
 
 
 def element(name: str, parameter: str) -> type:
-    return next(TYPES[re.search(r"Zmx\d+[usf]", kind)[0]] for kind, who in PROTOTYPES[name] if who.startswith(parameter))
+    kind = next(kind for kind, who in PROTOTYPES[name] if who.startswith(parameter))
+    return TYPES[re.search(r"Zmx\d+[usf]", kind)[0]]
 
 
 def exact(name: str, **given) -> None:
@@ -98,7 +99,8 @@ def test_resampling(name, round):
         source = plane(rows, width // 2 + 2, np.uint8, (1 if both_ways else 0, 1))
     else:
         source = plane(height * 2 if both_ways else height, 2 * width, np.uint8)
-    exact(name, pSrc=source, srcRoiSize=(width, height), pDst=plane(height, width, np.uint8), dstRoiSize=(width, height))
+    size = (width, height)
+    exact(name, pSrc=source, srcRoiSize=size, pDst=plane(height, width, np.uint8), dstRoiSize=size)
 
 
 @pytest.mark.parametrize("width", [1, 2, 3, 8, 33])
@@ -153,9 +155,11 @@ def test_rows_packed():
     for _ in range(30):
         row = np.repeat(RANDOM.integers(0, 4, 40, np.uint8), RANDOM.integers(1, 5, 40))
         packed, at = block(400, np.uint8), numbers([0])
-        both("zmxiPackBitsRow_TIFF_8u_C1", pSrc=numbers(row, np.uint8), srcLen=len(row), pDst=packed, pDstPos=at, dstLen=400)
+        both("zmxiPackBitsRow_TIFF_8u_C1", pSrc=numbers(row, np.uint8), srcLen=len(row), pDst=packed, pDstPos=at,
+             dstLen=400)
         back, from_ = block(len(row), np.uint8), numbers([0])
-        both("zmxiUnpackBitsRow_TIFF_8u_C1", pSrc=packed, pSrcPos=from_, srcLen=int(at.base[0]), pDst=back, dstLen=len(row))
+        both("zmxiUnpackBitsRow_TIFF_8u_C1", pSrc=packed, pSrcPos=from_, srcLen=int(at.base[0]), pDst=back,
+             dstLen=len(row))
         assert np.array_equal(back.base, row)
 
 

@@ -33,7 +33,10 @@ def test_lossless_codecs_keep_arrays(codec, channels, bits, tmp_path):
     assert again.nbytes_stored < image.nbytes
 
 
-@pytest.mark.parametrize(("codec", "least"), [(Jpeg(95), 35), (Jpeg2000(psnr=42), 41), (Jpeg2000(rate=3), 30)], ids=repr)
+LOSSY = [(Jpeg(95), 35), (Jpeg2000(psnr=42), 41), (Jpeg2000(rate=3), 30)]
+
+
+@pytest.mark.parametrize(("codec", "least"), LOSSY, ids=repr)
 def test_lossy_codecs(codec, least):
     image = picture(128, 128)
     stored = zarr.array(image, chunks=(128, 128, 3), compressor=codec)

@@ -8,9 +8,9 @@ from typing import Any
 # As types.h names them.
 NAMES = {
     6: "zmxStsDivByZero", 0: "zmxStsNoErr", -2: "zmxStsErr", -5: "zmxStsBadArgErr", -6: "zmxStsSizeErr",
-    -7: "zmxStsRangeErr", -8: "zmxStsNullPtrErr", -9: "zmxStsMemAllocErr", -14: "zmxStsStepErr", -17: "zmxStsContextMatchErr",
-    -62: "zmxStsOutOfBufErr", -63: "zmxStsDCTRangeErr", -64: "zmxStsHuffTableErr", -112: "zmxStsCBDamagedErr",
-    -113: "zmxStsBadPassNumberErr", -124: "zmxStsUnderRunErr", -180: "zmxStsCBNotAttachedErr",
+    -7: "zmxStsRangeErr", -8: "zmxStsNullPtrErr", -9: "zmxStsMemAllocErr", -14: "zmxStsStepErr",
+    -17: "zmxStsContextMatchErr", -62: "zmxStsOutOfBufErr", -63: "zmxStsDCTRangeErr", -64: "zmxStsHuffTableErr",
+    -112: "zmxStsCBDamagedErr", -113: "zmxStsBadPassNumberErr", -124: "zmxStsUnderRunErr", -180: "zmxStsCBNotAttachedErr",
     -9999: "zmxStsNotSupportedModeErr",
 }
 

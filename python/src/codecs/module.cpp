@@ -7,7 +7,9 @@
 PYBIND11_MODULE(_codecs, module) {
     namespace py = pybind11;
     module.doc() = "Whole codecs on arrays; use zmxjpx, which stands before it.";
-    py::register_exception<codecs::Error>(module, "CodecError", PyExc_ValueError).attr("__module__") = "zmxjpx";
+    py::object error = py::register_exception<codecs::Error>(module, "CodecError", PyExc_ValueError);
+    error.attr("__module__") = "zmxjpx";
+    error.attr("__doc__") = "What a codec cannot do with a file or a picture, and where in it, in one line.";
     binding::addJpeg(module);
     binding::addJpeg2000(module);
     binding::addTextures(module);
