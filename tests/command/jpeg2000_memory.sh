@@ -9,7 +9,9 @@ here=$(realpath "$(dirname "$0")")
 need awk head pamcut cmp
 (ulimit -v 65536 && "$zmx" --version >/dev/null 2>&1) || { echo "this build takes more by itself"; exit 77; }
 
-# limited KIB COMMAND...: within so much address space. A second thread has room for its stack, but not for a heap of its own.
+# limited KIB COMMAND...: within so much address space. A second thread has room for its stack; glibc would set aside 64 MB of
+# addresses for a heap of its own where it finds them at the right place, which is chance.
+export MALLOC_ARENA_MAX=1
 limited() { check bash -c 'ulimit -v "$1"; shift; exec "$@"' limited "$@"; }
 # noisy WIDTH HEIGHT CHANNELS: waves with texture that repeat after 61 rows
 noisy() {
