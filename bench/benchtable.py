@@ -88,7 +88,7 @@ of the script; what was learned, in [performance.md](performance.md).
 
 # Colours that stand out on white and on black; the text takes the page's.
 COLOURS = {"baseline": "#8a8f98", "v2": "#4aa3a2", "v3": "#3b82d6", "v4": "#9a6bd1"}
-LEFT, RIGHT, BAR, LEAST, MOST = 400, 900, 7, 1 / 8, 64
+LEFT, RIGHT, WIDTH, BAR, LEAST, MOST = 470, 960, 1010, 7, 1 / 8, 64
 
 
 def place(ratio):
@@ -100,11 +100,11 @@ def place(ratio):
 def chart(lines, levels):
     high = len(levels) * BAR + 8
     end = 60 + high * len(lines)
-    out = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 960 {end + 20}" font-family="sans-serif" font-size="11">',
+    out = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {WIDTH} {end + 20}" font-family="sans-serif" font-size="11">',
            "<title>Speed beside peers, by level of x86-64</title>",
            "<style>text { fill: #222 } .page { fill: #fff } .grid { stroke: #8886 } .one { stroke: #222 } .goal { stroke: #d0342c }"
            " @media (prefers-color-scheme: dark) { text { fill: #ddd } .page { fill: #161616 } .one { stroke: #ddd }"
-           " .goal { stroke: #ff7a70 } }</style>", f'<rect class="page" width="960" height="{end + 20}"/>',
+           " .goal { stroke: #ff7a70 } }</style>", f'<rect class="page" width="{WIDTH}" height="{end + 20}"/>',
            '<text x="8" y="18">The peer\'s time over ours: right of 1 ours is faster. The upright stroke is the goal.</text>']
     for i, level in enumerate(levels):
         out.append(f'<rect x="{LEFT + 90 * i}" y="26" width="12" height="9" fill="{COLOURS[level]}"/>'
