@@ -13,7 +13,7 @@ export const at = (name) => join(folder, name);
 function run(program, ...words) {
     return execFileSync(program, words, { cwd: folder, stdio: ["ignore", "pipe", "pipe"] });
 }
-export const zmx = (...words) => run(process.env.ZMX, ...words);
+export const zmx = (...words) => run(process.env.ZMX_COMMAND, ...words);
 
 /** Grey of this depth: waves and an edge, that fill only a part of the range, as a scanner's do. */
 function greyMap(name, width, height, most) {
@@ -28,6 +28,17 @@ function greyMap(name, width, height, most) {
         }
     }
     writeFileSync(at(name), Buffer.concat([head, body]));
+}
+
+/** Squares of 100 pixels, each of its own grey: a large picture that takes no long time to encode. */
+function squares(name, size, side) {
+    const row = Buffer.alloc(size);
+    const rows = [];
+    for (let y = 0; y < size; y++) {
+        if (y % side === 0) for (let x = 0; x < size; x++) row[x] = (Math.floor(x / side) * 37 + (y / side) * 101) % 256;
+        rows.push(Buffer.from(row));
+    }
+    writeFileSync(at(name), Buffer.concat([Buffer.from(`P5\n${size} ${size}\n255\n`), ...rows]));
 }
 
 // How each file is made. Others are named first when a file needs them.
@@ -58,8 +69,9 @@ const RECIPES = {
     },
     "damaged.jp2": () => {
         const bytes = readFileSync(at(need("lossless.jp2")));
-        bytes.fill(0x55, bytes.length * 0.3, bytes.length * 0.3 + 400);
-        writeFileSync(at("damaged.jp2"), bytes.subarray(0, bytes.length * 0.7));
+        const third = Math.floor(bytes.length / 3);
+        bytes.fill(0x55, third, third + 400);
+        writeFileSync(at("damaged.jp2"), bytes.subarray(0, 2 * third));
     },
     "hostile.jp2": () => {
         // Says that it is 2^31 - 1 pixels wide and high, and ends there.
@@ -72,10 +84,15 @@ const RECIPES = {
     "garbage.jpg": () => writeFileSync(at("garbage.jpg"), Buffer.from("\xff\xd8\xff\xc0 no picture at all", "latin1")),
     "notes.txt": () => writeFileSync(at("notes.txt"), "no picture\n"),
     "big.jp2": () => {
-        greyMap("big.pgm", 10000, 10000, 255);
-        zmx("j2k", "encode", "big.pgm", "big.jp2", "--lossy", "--rate", "0.2", "-q");
+        squares("big.pgm", 10000, 100);
+        zmx("j2k", "encode", "big.pgm", "big.jp2", "-q");
     },
 };
+
+/** All of them, ahead of tests that run side by side. */
+export function makeAll() {
+    Object.keys(RECIPES).forEach(need);
+}
 
 /** The name of a file, made when it is not there. */
 export function need(name) {

@@ -11,7 +11,7 @@ let browser, visit;
 
 before(async () => {
     browser = await launch();
-    visit = await Visit.begin(browser);
+    visit = await Visit.begin(browser, { viewport: { width: 1280, height: 1000 } });
     await visit.drop(...paths(...KINDS, "alpha.dds"));
 });
 after(async () => {

@@ -11,35 +11,43 @@ export function isPicture(name) {
     return !name.startsWith(".") && ENDINGS.has(name.slice(name.lastIndexOf(".") + 1).toLowerCase());
 }
 
-function readAll(reader) {
-    return new Promise((resolve, reject) => reader.readEntries(resolve, reject));
+/** What a folder holds: [name, what it is], in the order that people expect. */
+async function within(folder) {
+    const inner = [];
+    if (folder.values) {
+        for await (const handle of folder.values()) inner.push(handle);
+    } else {
+        const reader = folder.createReader();
+        const read = () => new Promise((resolve, reject) => reader.readEntries(resolve, reject));
+        // A folder tells of a hundred entries at a time, and ends with none.
+        for (let some = await read(); some.length; some = await read()) inner.push(...some);
+    }
+    return inner.sort((a, b) => a.name.localeCompare(b.name, undefined, { numeric: true }));
 }
 
-/** All files below an entry of the file system, with their paths. */
-async function walk(entry, path, found) {
-    if (entry.isFile) {
-        const file = await new Promise((resolve, reject) => entry.file(resolve, reject));
-        if (!path || isPicture(file.name)) found.files.push({ file, path: path + file.name });
+function fileOf(entry) {
+    return entry.getFile ? entry.getFile() : new Promise((resolve, reject) => entry.file(resolve, reject));
+}
+
+/** All pictures below a folder, with their paths. */
+async function walk(folder, path, found) {
+    for (const inner of await within(folder)) {
+        if (inner.isDirectory || inner.kind === "directory") await walk(inner, `${path}${inner.name}/`, found);
+        else if (isPicture(inner.name)) found.files.push({ file: await fileOf(inner), path: path + inner.name });
         else found.others++;
-        return;
-    }
-    const reader = entry.createReader();
-    // A folder tells of a hundred entries at a time, and ends with none.
-    for (let entries = await readAll(reader); entries.length; entries = await readAll(reader)) {
-        for (const inner of entries.sort((a, b) => a.name.localeCompare(b.name, undefined, { numeric: true }))) {
-            await walk(inner, `${path}${entry.name}/`, found);
-        }
     }
 }
 
 async function dropped(transfer) {
     const found = { files: [], others: 0 };
-    // Entries must be asked for before anything is waited for: the list is empty afterwards.
-    const items = [...transfer.items].filter((item) => item.kind === "file");
-    const entries = items.map((item) => item.webkitGetAsEntry?.() ?? item.getAsFile());
-    for (const entry of entries) {
-        if (entry instanceof File) found.files.push({ file: entry, path: entry.name });
-        else if (entry) await walk(entry, "", found);
+    // All must be asked for before anything is waited for: the list is empty afterwards. Folders are read by their handles where
+    // there are any, since entries cannot be read by a page that came from a folder itself.
+    const items = [...transfer.items].filter((item) => item.kind === "file").map((item) => ({
+        file: item.getAsFile(), entry: item.webkitGetAsEntry?.(), handle: item.getAsFileSystemHandle?.().catch(() => null),
+    }));
+    for (const { file, entry, handle } of items) {
+        if (entry?.isDirectory) await walk((await handle) ?? entry, `${entry.name}/`, found);
+        else if (file) found.files.push({ file, path: file.name });
     }
     return found;
 }

@@ -87,10 +87,11 @@ async function answer(job) {
         const [result, transfer] = await jobs[job.kind](job);
         postMessage({ id: job.id, result }, transfer);
     } catch (error) {
-        // What a codec says is said of the file. All else, such as memory that has run out, leaves an instance that
-        // nobody should go on with.
-        const fatal = error?.name !== "ZmxError" && error?.name !== "NotReadableError";
-        const message = error instanceof RangeError || error instanceof WebAssembly.RuntimeError ? "the picture is too large for the memory of this browser" : error.message;
+        // After a trap the codecs began anew, without the picture that was open.
+        if (error.cause) drop();
+        // What a codec says is said of the file. After all else nobody should go on with this worker.
+        const fatal = error.name !== "ZmxError" && error.name !== "NotReadableError" && error.name !== "NotFoundError";
+        const message = error instanceof RangeError ? "the picture is too large for the memory of this browser" : error.message;
         postMessage({ id: job.id, error: message, fatal });
     }
 }
