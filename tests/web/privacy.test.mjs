@@ -2,6 +2,7 @@
 // browser refuses by the page's policy; the server hears of neither.
 // SPDX-License-Identifier: BSD-2-Clause
 import assert from "node:assert/strict";
+import { spawn } from "node:child_process";
 import { readFileSync } from "node:fs";
 import { createServer } from "node:http";
 import { after, before, test } from "node:test";
@@ -115,4 +116,17 @@ test("the same attempts do connect from a page without the policy", async () => 
     assert.equal(await plain.evaluate(ATTEMPTS.fetch, `${address}open`), false);
     assert.ok(heard.includes("/open"));
     await context.close();
+});
+
+test("the demo serves the page to this machine, and nothing else", async () => {
+    const serve = new URL("../../wasm/viewer/serve.mjs", import.meta.url).pathname;
+    const child = spawn(process.execPath, [serve, process.env.ZMX_VIEWER, "0"], { stdio: ["ignore", "pipe", "inherit"] });
+    const line = await new Promise((done) => child.stdout.once("data", (data) => done(String(data))));
+    const place = /http:\/\/127\.0\.0\.1:\d+\//.exec(line)[0];
+    const visit = await Visit.begin(browser, { url: place });
+    await visit.choose(...paths("brick.dds"));
+    assert.equal(await visit.settled("brick.dds"), "ready");
+    assert.equal((await fetch(`${place}other`)).status, 404);
+    await visit.end();
+    child.kill();
 });

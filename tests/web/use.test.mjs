@@ -3,7 +3,8 @@
 // SPDX-License-Identifier: BSD-2-Clause
 import assert from "node:assert/strict";
 import { execFileSync } from "node:child_process";
-import { mkdirSync, copyFileSync } from "node:fs";
+import { copyFileSync, mkdirSync, readFileSync } from "node:fs";
+import { createServer } from "node:http";
 import { join } from "node:path";
 import { after, before, test } from "node:test";
 import { at, folder, need, paths, zmx } from "./files.mjs";
@@ -41,7 +42,7 @@ for (const colorScheme of ["light", "dark"]) {
             if (device === "phone") await visit.page.click("#details");
             await visit.page.evaluate(() => (document.querySelector("#headers").closest("details").open = true));
             await look("details");
-            if (device === "phone") await visit.page.click("#details");
+            if (device === "phone") return visit.end(); // the rest is the same there
             await visit.show("garbage.jpg");
             await look("error");
             await visit.show("alpha.dds");
@@ -139,7 +140,8 @@ test("a picture of 16 bits is saved as a PNG of 16 bits", async () => {
     assert.equal(saved.suggestedFilename(), "deep.png");
     await saved.saveAs(at("saved.png"));
     assert.match(zmx("image", "compare", "saved.png", need("deep.pgm")).toString(), /^(inf|PSNR.*inf)/im);
-    assert.equal(execFileSync("file", [at("saved.png")]).toString().includes("16-bit grayscale"), true);
+    const [depth, colour] = readFileSync(at("saved.png")).subarray(24, 26);
+    assert.deepEqual([depth, colour], [16, 0], "16 bits of grey");
     await visit.end();
 });
 
@@ -188,8 +190,6 @@ test("where the browser can write to a folder, results go there", async () => {
     // The folder that a visitor would choose is the private one of the page.
     const visit = await Visit.begin(browser);
     await visit.context.addInitScript(() => (window.showDirectoryPicker = () => navigator.storage.getDirectory()));
-    const { createServer } = await import("node:http");
-    const { readFileSync } = await import("node:fs");
     const server = createServer((_, response) => response.setHeader("content-type", "text/html").end(readFileSync(process.env.ZMX_VIEWER)));
     await new Promise((done) => server.listen(0, "127.0.0.1", done));
     await visit.page.goto(`http://127.0.0.1:${server.address().port}/`);

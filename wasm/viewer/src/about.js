@@ -26,7 +26,7 @@ function rows(item) {
         ["Format", formatName(info)],
         ["Size", `${info.width} × ${info.height}` + (million >= 0.1 ? ` (${million.toFixed(1)} MP)` : "")],
         ["Samples", depthText(item.look)],
-        ["Colours", info.colour + (info.lossless ? ", lossless" : "")],
+        ["Colours", [info.colour, info.alpha && "alpha", info.lossless && "lossless"].filter(Boolean).join(", ")],
         info.tiles && ["Tiles", `${info.tiles.across} × ${info.tiles.down} of ${info.tiles.width} × ${info.tiles.height}`],
         info.levels > 0 && ["Sizes", `${info.levels + 1}, halved each time`],
         info.layers > 1 && [info.format === "dds" ? "Pictures" : "Layers", String(info.layers)],

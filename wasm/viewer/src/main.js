@@ -83,7 +83,7 @@ function leave() {
 }
 
 function display(item) {
-    trouble(item, item.error || (item.look.damaged ? item.look.warnings.join(" ") : ""), Boolean(item.error));
+    trouble(item, item.error || (item.look.damaged ? item.look.warnings.join("; ") : ""), Boolean(item.error));
     document.body.classList.toggle("failed", Boolean(item.error));
     refresh();
     if (item.error) {
@@ -147,12 +147,13 @@ function drawn({ frame, whole, damaged, error, place: box }) {
     if (damaged && !item.look.damaged) {
         item.look.damaged = true;
         strip.update(item);
-        trouble(item, item.look.warnings.join(" ") || "Parts of the picture could not be decoded.", false);
+        trouble(item, item.look.warnings.join("; ") || "Parts of the picture could not be decoded.", false);
     }
     Object.assign(view.canvas.dataset, { left: box.left, top: box.top, scale: frame.scale, decoded: view.pyramid.decoded });
     const { info } = item.look;
-    const share = (view.pyramid.decoded / 1e6).toFixed(1);
-    $("#decoded").textContent = hasWindows(info) ? `${share} of ${((info.width * info.height) / 1e6).toFixed(1)} MP decoded so far` : "";
+    const [done, all] = [view.pyramid.decoded / 1e6, (info.width * info.height) / 1e6];
+    // Of a small picture all of its sizes together are soon more than the picture itself, and nobody minds.
+    $("#decoded").textContent = hasWindows(info) && all >= 4 ? `${done.toFixed(1)} of ${all.toFixed(1)} MP decoded so far` : "";
     mark(whole ? "ready" : "loading");
 }
 
