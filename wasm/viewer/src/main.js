@@ -27,7 +27,7 @@ const pool = new Pool(workerStart(), Math.min(4, Math.max(2, navigator.hardwareC
 const view = new View($("#view"), drawn);
 const levels = new Levels(relook);
 const channels = new Channels(relook);
-const readout = new Readout((pixel) => pool.run({ kind: "pixel", ...place(shown), x: pixel.sx, y: pixel.sy }));
+const readout = new Readout(async (pixel) => (shown ? pool.run({ kind: "pixel", ...place(shown), x: pixel.sx, y: pixel.sy }) : null));
 const strip = new Strip({ choose: open, seen: look });
 const conversion = new Conversion({ items: () => strip.items, pool });
 
@@ -51,7 +51,7 @@ function take({ files, others }) {
 
 /** Headers and thumbnail of a file, once. */
 function look(item) {
-    item.looking ??= pool.run({ kind: "look", file: item.file }).then(
+    item.looking ??= pool.run({ kind: "look", file: item.file, key: item.key }).then(
         (result) => { item.look = result; },
         (error) => { item.error = error.message; },
     ).then(() => {
@@ -70,7 +70,9 @@ function open(item) {
     if (item.look || item.error) return display(item);
     view.clear();
     mark("loading");
-    return look(item);
+    const looked = look(item);
+    pool.hurry((job) => job.kind === "look" && job.key === item.key); // ahead of the other thumbnails
+    return looked;
 }
 
 /** Nobody waits any more for what belongs to the picture that was shown. */
@@ -114,7 +116,7 @@ function pyramidOf(item) {
         changed: () => view.draw(),
         ask({ level, x, y, order }) {
             const job = { kind: "tile", ...place(item), level, x, y, order };
-            const mine = (other) => other.kind === "tile" && other.key === item.key && other.level === level && other.x === x && other.y === y;
+            const mine = (other) => ["kind", "key", "level", "x", "y"].every((field) => other[field] === job[field]);
             return { answer: pool.run(job), stop: () => pool.cancel(mine) };
         },
     });
