@@ -7,7 +7,7 @@ import * as gestures from "./gestures.js";
 import * as intake from "./intake.js";
 import * as keys from "./keys.js";
 import { Levels } from "./levels.js";
-import { $, announce, plural, saveAs } from "./page.js";
+import { $, announce, notify, plural, saveAs } from "./page.js";
 import { Cancelled, Pool } from "./pool.js";
 import { Pyramid } from "./pyramid.js";
 import { Readout } from "./readout.js";
@@ -43,8 +43,8 @@ function take({ files, others }) {
     }
     document.body.classList.toggle("empty", strip.items.length === 0);
     $("#count").textContent = plural(strip.items.length, "picture");
-    if (files.length) announce(`${plural(files.length, "file")} added` + (others ? `, ${others} passed over` : ""));
-    else announce(others ? "No picture among these files" : "No files");
+    if (others) notify(files.length ? `${plural(files.length, "file")} added, ${others} passed over` : "No picture among these files");
+    else if (files.length) announce(`${plural(files.length, "file")} added`);
     if (!strip.chosen && strip.items.length) strip.select(strip.items[0], true);
     refresh();
 }
@@ -169,13 +169,13 @@ function refresh() {
 async function save() {
     const item = shown;
     if (!item) return;
-    announce("Saving as PNG");
+    notify("Saving as PNG");
     try {
         const { bytes, warnings } = await pool.run({ kind: "save", file: item.file });
         saveAs(new Blob([bytes], { type: "image/png" }), item.name.replace(/\.[^.]*$/, "") + ".png");
-        announce(["Saved as PNG", ...warnings].join(". "));
+        notify(["Saved as PNG", ...warnings].join(". "));
     } catch (error) {
-        if (!(error instanceof Cancelled)) announce(`Not saved: ${error.message}`);
+        if (!(error instanceof Cancelled)) notify(`Not saved: ${error.message}`);
     }
 }
 
