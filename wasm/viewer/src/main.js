@@ -7,7 +7,7 @@ import * as gestures from "./gestures.js";
 import * as intake from "./intake.js";
 import * as keys from "./keys.js";
 import { Levels } from "./levels.js";
-import { $, announce, plural, saveAs } from "./page.js";
+import { $, announce, notify, plural, saveAs } from "./page.js";
 import { Cancelled, Pool } from "./pool.js";
 import { Pyramid } from "./pyramid.js";
 import { Readout } from "./readout.js";
@@ -27,7 +27,7 @@ const pool = new Pool(workerStart(), Math.min(4, Math.max(2, navigator.hardwareC
 const view = new View($("#view"), drawn);
 const levels = new Levels(relook);
 const channels = new Channels(relook);
-const readout = new Readout((pixel) => pool.run({ kind: "pixel", ...place(shown), x: pixel.sx, y: pixel.sy }));
+const readout = new Readout(async (pixel) => (shown ? pool.run({ kind: "pixel", ...place(shown), x: pixel.sx, y: pixel.sy }) : null));
 const strip = new Strip({ choose: open, seen: look });
 const conversion = new Conversion({ items: () => strip.items, pool });
 
@@ -43,15 +43,15 @@ function take({ files, others }) {
     }
     document.body.classList.toggle("empty", strip.items.length === 0);
     $("#count").textContent = plural(strip.items.length, "picture");
-    if (files.length) announce(`${plural(files.length, "file")} added` + (others ? `, ${others} passed over` : ""));
-    else announce(others ? "No picture among these files" : "No files");
+    if (others) notify(files.length ? `${plural(files.length, "file")} added, ${others} passed over` : "No picture among these files");
+    else if (files.length) announce(`${plural(files.length, "file")} added`);
     if (!strip.chosen && strip.items.length) strip.select(strip.items[0], true);
     refresh();
 }
 
 /** Headers and thumbnail of a file, once. */
 function look(item) {
-    item.looking ??= pool.run({ kind: "look", file: item.file }).then(
+    item.looking ??= pool.run({ kind: "look", file: item.file, key: item.key }).then(
         (result) => { item.look = result; },
         (error) => { item.error = error.message; },
     ).then(() => {
@@ -70,7 +70,9 @@ function open(item) {
     if (item.look || item.error) return display(item);
     view.clear();
     mark("loading");
-    return look(item);
+    const looked = look(item);
+    pool.hurry((job) => job.kind === "look" && job.key === item.key); // ahead of the other thumbnails
+    return looked;
 }
 
 /** Nobody waits any more for what belongs to the picture that was shown. */
@@ -114,7 +116,7 @@ function pyramidOf(item) {
         changed: () => view.draw(),
         ask({ level, x, y, order }) {
             const job = { kind: "tile", ...place(item), level, x, y, order };
-            const mine = (other) => other.kind === "tile" && other.key === item.key && other.level === level && other.x === x && other.y === y;
+            const mine = (other) => ["kind", "key", "level", "x", "y"].every((field) => other[field] === job[field]);
             return { answer: pool.run(job), stop: () => pool.cancel(mine) };
         },
     });
@@ -167,13 +169,13 @@ function refresh() {
 async function save() {
     const item = shown;
     if (!item) return;
-    announce("Saving as PNG");
+    notify("Saving as PNG");
     try {
         const { bytes, warnings } = await pool.run({ kind: "save", file: item.file });
         saveAs(new Blob([bytes], { type: "image/png" }), item.name.replace(/\.[^.]*$/, "") + ".png");
-        announce(["Saved as PNG", ...warnings].join(". "));
+        notify(["Saved as PNG", ...warnings].join(". "));
     } catch (error) {
-        if (!(error instanceof Cancelled)) announce(`Not saved: ${error.message}`);
+        if (!(error instanceof Cancelled)) notify(`Not saved: ${error.message}`);
     }
 }
 
