@@ -4,7 +4,8 @@
 // the bombs of bombs.cpp. Each is an answer within 10 seconds of processor time and within the memory of its rule
 // (docs/limits.md), or this program says so and fails; the file is then in FOLDER. --tell prints a line for each file. The last
 // line has the figures: files, truncations, changed ones, bombs, the longest time in seconds, the largest share of the memory
-// that the rule allows, in percent, and the failures. With --write-bombs FOLDER the bombs are written there, and that is all.
+// that the rule allows, in percent, and the failures. --changed-only leaves out truncations and bombs. With
+// --write-bombs FOLDER the bombs are written there, and that is all.
 // SPDX-License-Identifier: BSD-2-Clause
 #include "fuzz/support/mutator.h"
 #include "tests/codecs/support/damage.h"
@@ -35,7 +36,7 @@ struct Options {
     std::string codec, samples, keep = ".", bombs;
     long count = 1000;
     std::uint64_t seed = 1, maxPixels = 1 << 16;
-    bool whole = false, tell = false;
+    bool whole = false, tell = false, changedOnly = false;
 };
 
 // What is under work, for a handler of signals.
@@ -135,8 +136,12 @@ Options optionsOf(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
         const std::string word = argv[i];
         const char* const value = i + 1 < argc ? argv[i + 1] : "0";
-        if (word == "--whole" || word == "--tell") {
-            (word == "--tell" ? o.tell : o.whole) = true;
+        bool* const flag = word == "--whole"          ? &o.whole
+                           : word == "--tell"         ? &o.tell
+                           : word == "--changed-only" ? &o.changedOnly
+                                                      : nullptr;
+        if (flag) {
+            *flag = true;
             continue;
         }
         if (word == "--count")
@@ -188,9 +193,11 @@ int run(const Options& options) {
     }
     for (const int s : {SIGSEGV, SIGABRT, SIGFPE, SIGBUS, SIGILL, SIGALRM}) std::signal(s, onSignal);
     Trial trial(*reader, options);
-    for (const Bomb& bomb : bombsFor(options.codec, options.maxPixels)) trial.one(bomb.file, "bomb-" + bomb.name);
+    if (!options.changedOnly)
+        for (const Bomb& bomb : bombsFor(options.codec, options.maxPixels)) trial.one(bomb.file, "bomb-" + bomb.name);
     const long bombs = trial.files;
-    for (const auto& [name, file] : samples) truncations(trial, file, name, options.whole);
+    if (!options.changedOnly)
+        for (const auto& [name, file] : samples) truncations(trial, file, name, options.whole);
     const long cut = trial.files - bombs;
     Rng rng(options.seed);
     for (long i = 0; i < options.count; ++i) {
