@@ -67,9 +67,11 @@ function open(item) {
     shown = null;
     $("#title").textContent = item.name;
     document.title = `${item.name} – zmxjpx viewer`;
+    mark("loading");
     if (item.look || item.error) return display(item);
     view.clear();
-    mark("loading");
+    trouble();
+    document.body.classList.remove("failed");
     const looked = look(item);
     pool.hurry((job) => job.kind === "look" && job.key === item.key); // ahead of the other thumbnails
     return looked;
@@ -85,7 +87,7 @@ function leave() {
 }
 
 function display(item) {
-    trouble(item, item.error || (item.look.damaged ? item.look.warnings.join("; ") : ""), Boolean(item.error));
+    trouble(item.error || (item.look.damaged ? item.look.warnings.join("; ") : ""), Boolean(item.error));
     document.body.classList.toggle("failed", Boolean(item.error));
     refresh();
     if (item.error) {
@@ -149,7 +151,7 @@ function drawn({ frame, whole, damaged, error, place: box }) {
     if (damaged && !item.look.damaged) {
         item.look.damaged = true;
         strip.update(item);
-        trouble(item, item.look.warnings.join("; ") || "Parts of the picture could not be decoded.", false);
+        trouble(item.look.warnings.join("; ") || "Parts of the picture could not be decoded.");
     }
     Object.assign(view.canvas.dataset, { left: box.left, top: box.top, scale: frame.scale, decoded: view.pyramid.decoded });
     const { info } = item.look;
@@ -190,7 +192,7 @@ function remove() {
     if (strip.items.length) return;
     strip.list.removeAttribute("aria-activedescendant");
     $("#title").textContent = "";
-    trouble(item, "", false);
+    trouble();
     readout.open(null);
 }
 
