@@ -80,6 +80,8 @@ if(NOT CMAKE_CROSSCOMPILING)
   set_tests_properties(format PROPERTIES SKIP_RETURN_CODE 77)
   add_test(NAME rules COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_rules.py ${PROJECT_SOURCE_DIR})
   add_test(NAME rules.selftest COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/test_rules.py)
+  # The page of figures is what its files make.
+  add_test(NAME assurance COMMAND ${PROJECT_SOURCE_DIR}/scripts/assurance --check)
   # Each source file names its licence.
   add_test(NAME licence COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_licence.py ${PROJECT_SOURCE_DIR})
 endif()
