@@ -1,8 +1,8 @@
 // bench_codeblock.cpp - JPEG2000 code blocks of 64x64 coefficients of a photograph: coefficients a second
 // through the encoder (load and store) and the decoder, and decisions a second through the MQ coder.
 //
-// The luma of the photograph stands as it is ("samples", which scripts/bench-codeblock compares with a codec that is
-// told to do without wavelets), or is transformed by five levels of the 5/3 or the 9/7 wavelet. Beyond 8 bits the
+// The luma of the photograph stands as it is ("samples"), or is transformed by five levels of the 5/3 ("53_8bit", which
+// scripts/bench compares with another coder) or the 9/7 wavelet. Beyond 8 bits the
 // samples get random bits below.
 // SPDX-License-Identifier: BSD-2-Clause
 #include "src/pj2encstate.h" // for the number of decisions, which the interface does not tell

@@ -26,3 +26,9 @@ if(ZMX_TURBOJPEG AND ZMX_TURBOJPEG_INCLUDE)
   target_link_libraries(zmx_bench PRIVATE ${ZMX_TURBOJPEG})
   target_compile_definitions(zmx_bench PRIVATE ZMX_HAVE_TURBOJPEG=1)
 endif()
+
+# Does scripts/bench run? Its programs run pinned, whatever else the machine does, so the limit is generous.
+if(ZMX_TESTS AND ZMX_LEVELS AND CMAKE_BUILD_TYPE STREQUAL "Release")
+  add_test(NAME bench COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_bench.py ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR})
+  set_tests_properties(bench PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 600)
+endif()

@@ -109,7 +109,7 @@ ZmxStatus zmxiEncodeGetTermPassLen_JPEG2K(const ZmxiEncodeState_JPEG2K* pState, 
     int pass = 0;
     for (int skipped = 0; skipped < termNum; ++pass) skipped += endsSegment(coder, pass);
     *pLen = 0;
-    for (;; ++pass) { // up to the last pass, which ends a segment too
+    for (; pass < passesOf(coder); ++pass) {
         *pLen = wrapAdd(*pLen, coder.passLen[pass]);
         if (endsSegment(coder, pass)) break;
     }

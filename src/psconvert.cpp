@@ -3,8 +3,6 @@
 #include "psconvert.h"
 
 #include "pjargs.h"
-#include "pjbits.h"
-#include "pjround.h"
 #include "pjx87.h"
 
 #include <algorithm>
@@ -49,21 +47,10 @@ template <class T> static T roundedTo(double x, ZmxRoundMode mode) {
     return T(t - sign * tie);
 }
 
-// To the nearest whole number, ties to the even one, in steps that the compiler vectorises: to a single-precision
-// value below 2^22 one of three times that size adds itself and leaves no room for a fraction.
-template <class T> static void nearest(const Zmx32f* src, T* dst, int len) {
-    constexpr Zmx32f lo = std::numeric_limits<T>::min(), hi = std::numeric_limits<T>::max(), large = 3 << 22;
-    for (int i = 0; i < len; ++i) {
-        const Zmx32f limited = src[i] > hi ? hi : src[i] < lo ? lo : src[i];
-        const Zmx32f number = src[i] != src[i] ? 0 : limited; // a NaN is none
-        dst[i] = T(bitCast<Zmx32s>(rounded(number + large)) - bitCast<Zmx32s>(large));
-    }
-}
-
 template <class T> static ZmxStatus convert(const Zmx32f* src, T* dst, int len, ZmxRoundMode mode, int scaleFactor) {
     if (ZmxStatus bad = Args().ptr(src).ptr(dst).size(len)) return bad;
     if (scaleFactor == 0 && mode == zmxRndNear) {
-        nearest(src, dst, len);
+        for (int i = 0; i < len; ++i) dst[i] = nearest<T>(src[i]);
     } else {
         const double scale = scaleOf(scaleFactor);
         inFullPrecision<kDoubleOnX87>([=] {

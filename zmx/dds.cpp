@@ -73,20 +73,7 @@ void decode(Run& run, const DecodeArguments& args) {
 void info(const std::string& in) {
     // Only the header is read, whatever the size of the file.
     const texture::Texture t = codecs::named(in, [&] { return texture::readHeader(*codecs::openBytes(in)); });
-    std::printf("%s: %s, %d x %d, %s header\n", in.c_str(), texture::nameOf(t.format), t.width, t.height,
-                t.headerBytes > 128 ? "DX10" : "FourCC");
-    std::printf("%d layer%s%s, %d level%s\n", t.layers, t.layers > 1 ? "s" : "", t.cube ? " of a cube map" : "",
-                t.levels, t.levels > 1 ? "s" : "");
-    // In the order in which they stand in the file: all levels of a layer, then the next layer.
-    for (int layer = 0; layer < t.layers; ++layer)
-        for (int i = 0; i < t.levels; ++i) {
-            const texture::Level l = t.level(layer, i);
-            const std::string name = t.layerName(layer);
-            std::printf("  layer %d%s level %d: %d x %d, %llu bytes at %llu\n", layer,
-                        name.empty() ? "" : (" (" + name + ")").c_str(), i, l.width, l.height,
-                        static_cast<unsigned long long>(l.size),
-                        static_cast<unsigned long long>(t.headerBytes + l.offset));
-        }
+    std::printf("%s: %s", in.c_str(), texture::describe(t).c_str());
 }
 
 void addEncode(CLI::App& app) {

@@ -3,7 +3,6 @@
 #include "codecs/jpeg2000/blockencoder.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <new>
 
@@ -56,7 +55,8 @@ template <Road R> void BlockEncoder::quantise(std::span<const Number<R>> row, co
         for (std::size_t x = 0; x < row.size(); ++x) {
             const auto v = float(row[x]);
             const auto m = std::int32_t(std::abs(v) * scale);
-            to[x] = std::int32_t(std::uint32_t(m) | (std::bit_cast<std::uint32_t>(v) & kSignBit));
+            // std::bit_cast is made of this builtin, and not in every standard library.
+            to[x] = std::int32_t(std::uint32_t(m) | (__builtin_bit_cast(std::uint32_t, v) & kSignBit));
         }
         residual += std::ldexp(errorOf({to, row.size()}, coding.fractionPlanes), -2 * coding.fractionPlanes);
     }

@@ -12,7 +12,7 @@ public:
     Runs(ByteSource& source, int depth, Picture& to) : bytes(source), bits(depth), places(to) {}
 
     void unpack() {
-        std::ranges::fill(places.all(), std::uint8_t(0));
+        std::fill(places.all().begin(), places.all().end(), std::uint8_t(0));
         // A count and a value, or 0 and what to do.
         while (row() >= 0) {
             std::uint8_t pair[2];

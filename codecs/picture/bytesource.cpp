@@ -104,8 +104,9 @@ private:
         return from.subspan(std::size_t(std::min<std::uint64_t>(offset, from.size())));
     }
 
-    // Moves what is left to the front and reads on, as far as a pipe has something and at least to what is wanted. A view of more than the window gets a buffer of just its size, so
-    // that equal views follow each other without moving anything.
+    // Moves what is left to the front and reads on, as far as a pipe has something and at least to what is wanted. A view
+    // of more than the window gets a buffer of just its size, so that equal views follow each other without moving
+    // anything.
     void fill(std::size_t wanted) {
         const std::size_t left = end - begin;
         if (const std::size_t size = std::max(wanted, kWindow); size > capacity) {

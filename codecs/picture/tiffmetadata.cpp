@@ -6,7 +6,10 @@
 #include "codecs/picture/exif.h"
 
 #include <algorithm>
-#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
 
 namespace codecs {
 namespace {
@@ -51,11 +54,15 @@ void writeExif(TiffFile& file, const Bytes& exif) {
 // libtiff hands a fraction out as a float. What was written is the shortest decimal number that this float stands for:
 // 118.11 and not 118.11000061.
 double meant(float v) {
-    char text[32];
-    const char* const end = std::to_chars(text, text + sizeof text, v).ptr;
-    double shortest = 0;
-    std::from_chars(text, end, shortest);
-    return shortest;
+    // std::to_chars would say it at once, but not every standard library has it for floats.
+    double number = v;
+    for (int digits = 1; v != std::floor(v) && digits <= std::numeric_limits<float>::max_digits10; ++digits) {
+        char text[32];
+        std::snprintf(text, sizeof text, "%.*g", digits, double(v));
+        number = std::strtod(text, nullptr);
+        if (float(number) == v) break;
+    }
+    return number;
 }
 
 } // namespace

@@ -44,6 +44,9 @@ struct Texture {
 // Reads the header at the front of a file, and checks that the file holds all that it promises.
 Texture readHeader(ByteSource& file);
 
+// A line for the file, one for what it holds, and one for each picture.
+std::string describe(const Texture& texture);
+
 // The FourCC header of a texture with one layer.
 Bytes headerOf(const Texture& texture);
 

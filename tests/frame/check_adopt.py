@@ -5,7 +5,8 @@ built and installed stays in HOME when that is given; what was there goes.
 
 A fenced block with the name of a file becomes that file; a block of `sh` runs as it stands. The word behind `sh` tells what a
 block needs: `setup` changes the machine and is run by scripts/test itself, `packages` needs debhelper and takes long
-(ZMX_LONG_TESTS=1), `root` changes the machine (never run here). What is left out is named.
+(ZMX_LONG_TESTS=1), `python` needs pybind11 beside the system's NumPy, `root` changes the machine (never run here). What
+is left out is named.
 
 The compiler is tests/install/quick-g++, which leaves out optimisation; with ZMX_LONG_TESTS=1 it is the system's own, and the
 five minutes are those of a newcomer.
@@ -47,6 +48,10 @@ def left_out(word):
         if os.environ.get("ZMX_LONG_TESTS") and shutil.which("dh") and shutil.which("dpkg-buildpackage"):
             return None
         return "ZMX_LONG_TESTS is not set, or there is no debhelper"
+    if word == "python":
+        needs = ["/usr/bin/python3", "-c", "import numpy, pybind11, setuptools, venv"]
+        has = os.path.exists(needs[0]) and subprocess.run(needs, capture_output=True).returncode == 0
+        return None if has else "scripts/setup python has not run"
     return "it changes the machine" if word in ("root", "setup") else None
 
 
