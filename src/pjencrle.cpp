@@ -74,7 +74,7 @@ ZmxStatus zmxiPackBitsRow_TIFF_8u_C1(const Zmx8u* pSrc, int srcLen, Zmx8u* pDst,
 
     Zmx8u* literal = nullptr;  // the header of the latest literal packet
     bool pairBehindIt = false; // whether one run of exactly two bytes is all that has followed it
-    for (Index done = 0; done < srcLen;) {
+    for (Index done = 0;;) {
         const Zmx8u* s = pSrc + done;
         const Index left = srcLen - done, room = dstLen - pos;
         if (left > 1 && s[1] == s[0]) {
