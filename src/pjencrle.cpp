@@ -18,7 +18,7 @@ constexpr int kMergeHeader = 125; // a literal packet at or above it absorbs not
 
 // Lengths of fewer than this are found a byte at a time: the branches are predicted, and the next packet is begun ahead
 // of their outcome, where a length counted out of a word has to be waited for. Most packets of text are that short.
-constexpr Index kFew = 5;
+constexpr Index kFew = 3;
 
 // The place of the first zero byte of a word in memory order, or 8.
 int firstZeroByte(std::uint64_t w) {

@@ -1,10 +1,18 @@
-// hostile CODEC SAMPLES [--count N] [--seed N] [--max-pixels N] [--keep FOLDER] [--whole] [--tell]: a codec on files that someone broke.
+// hostile CODEC SAMPLES [OPTION...]: a codec on files that someone broke.
 //
-// Every truncation of every file in the folder SAMPLES (without --whole at most 400 of each), N files changed at random, and
-// the bombs of bombs.cpp. Each is an answer within 10 seconds of processor time and within the memory of its rule
-// (docs/limits.md), or this program says so and fails; the file is then in FOLDER. --tell prints a line for each file. The last
-// line has the figures: files, truncations, changed ones, bombs, the longest time in seconds, the largest share of the memory
-// that the rule allows, in percent, and the failures. With --write-bombs FOLDER the bombs are written there, and that is all.
+// Truncations of every file in the folder SAMPLES, files changed at random, and the bombs of bombs.cpp. Each is an answer within
+// 10 seconds of processor time and within the memory of its rule (docs/limits.md), or this program says so and fails.
+//
+// --cuts N           as many truncations of each file (default 400); --whole: every one
+// --count N          as many changed files (default 1000), by --seed N
+// --changed-only     neither truncations nor bombs
+// --max-pixels N     what is allowed (default 65536)
+// --keep FOLDER      where a file goes that broke a limit (default: here)
+// --tell             prints a line for each file
+// --write-bombs FOLDER   writes the bombs there, and that is all
+//
+// The last line has the figures: files, truncations, changed ones, bombs, the longest time in seconds, the largest share of the
+// memory that the rule allows, in percent, and the failures.
 // SPDX-License-Identifier: BSD-2-Clause
 #include "fuzz/support/mutator.h"
 #include "tests/codecs/support/damage.h"
@@ -33,9 +41,9 @@ constexpr double kLongest = 10; // seconds
 
 struct Options {
     std::string codec, samples, keep = ".", bombs;
-    long count = 1000;
+    long count = 1000, cuts = 400;
     std::uint64_t seed = 1, maxPixels = 1 << 16;
-    bool whole = false, tell = false;
+    bool whole = false, tell = false, changedOnly = false;
 };
 
 // What is under work, for a handler of signals.
@@ -108,8 +116,9 @@ private:
     }
 };
 
-void truncations(Trial& trial, const Bytes& file, const std::string& name, bool whole) {
-    const std::size_t step = whole ? 1 : std::max<std::size_t>(1, file.size() / 400);
+void truncations(Trial& trial, const Bytes& file, const std::string& name, const Options& options) {
+    if (options.cuts < 1) return;
+    const std::size_t step = options.whole ? 1 : std::max<std::size_t>(1, file.size() / std::size_t(options.cuts));
     for (std::size_t n = 0; n < file.size(); n += step)
         // A copy of its own length, so that a tool that looks at reads sees one behind the end.
         trial.one(Bytes(file.begin(), file.begin() + std::ptrdiff_t(n)), name + "-cut" + std::to_string(n));
@@ -135,12 +144,18 @@ Options optionsOf(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
         const std::string word = argv[i];
         const char* const value = i + 1 < argc ? argv[i + 1] : "0";
-        if (word == "--whole" || word == "--tell") {
-            (word == "--tell" ? o.tell : o.whole) = true;
+        bool* const flag = word == "--whole"          ? &o.whole
+                           : word == "--tell"         ? &o.tell
+                           : word == "--changed-only" ? &o.changedOnly
+                                                      : nullptr;
+        if (flag) {
+            *flag = true;
             continue;
         }
         if (word == "--count")
             o.count = std::strtol(value, nullptr, 10);
+        else if (word == "--cuts")
+            o.cuts = std::strtol(value, nullptr, 10);
         else if (word == "--seed")
             o.seed = std::strtoull(value, nullptr, 10);
         else if (word == "--max-pixels")
@@ -188,9 +203,11 @@ int run(const Options& options) {
     }
     for (const int s : {SIGSEGV, SIGABRT, SIGFPE, SIGBUS, SIGILL, SIGALRM}) std::signal(s, onSignal);
     Trial trial(*reader, options);
-    for (const Bomb& bomb : bombsFor(options.codec, options.maxPixels)) trial.one(bomb.file, "bomb-" + bomb.name);
+    if (!options.changedOnly)
+        for (const Bomb& bomb : bombsFor(options.codec, options.maxPixels)) trial.one(bomb.file, "bomb-" + bomb.name);
     const long bombs = trial.files;
-    for (const auto& [name, file] : samples) truncations(trial, file, name, options.whole);
+    if (!options.changedOnly)
+        for (const auto& [name, file] : samples) truncations(trial, file, name, options);
     const long cut = trial.files - bombs;
     Rng rng(options.seed);
     for (long i = 0; i < options.count; ++i) {
