@@ -252,6 +252,18 @@ TEST(ForgedCodeBlocks, SumsOfDistortionsThatLoseATerm) {
     EXPECT_EQ(sumOf(1 << 30, 30, 1, 0), sumOf(1 << 30, 30, 0, 0));
 }
 
+// A block of zeros has no pass: one segment without a byte, or none where all passes are terminated.
+TEST(ForgedCodeBlocks, SegmentsOfNoPass) {
+    const ZmxiSize size{4, 4};
+    EncoderState state(size);
+    for (Zmx32u style : {Zmx32u(0), Zmx32u(ZMX_CB_TERMINATE_ALL)}) {
+        loadBlock(state, BlockSamples(16), size, choice(style, 1));
+        int length = -1;
+        EXPECT_EQ(zmxiEncodeGetTermPassLen_JPEG2K(state, 0, &length), style ? zmxStsBadPassNumberErr : zmxStsNoErr);
+        EXPECT_EQ(length, style ? -1 : 0);
+    }
+}
+
 // A load resets whatever stands in the numbers.
 TEST(ForgedCodeBlocks, LoadIntoAnyState) {
     const std::size_t pointer = sizeof(void*);
