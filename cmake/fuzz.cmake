@@ -1,13 +1,35 @@
 # SPDX-License-Identifier: BSD-2-Clause
 # libFuzzer targets: fuzz/fuzz_<name>.cpp, run over fuzz/corpus/<name>/.
 
+# What targets share: numbers out of an input, and mutators that know the formats.
+file(GLOB zmx_fuzz_support CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/fuzz/support/*.cpp)
+add_library(zmx_fuzz_support STATIC ${zmx_fuzz_support})
+target_include_directories(zmx_fuzz_support PUBLIC ${PROJECT_SOURCE_DIR})
+target_link_libraries(zmx_fuzz_support PUBLIC zmxjpx PRIVATE zmx_warnings)
+
 file(GLOB zmx_fuzzers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/fuzz/fuzz_*.cpp)
+# Those that compare with another library go without where it is not there.
+find_package(PkgConfig)
+foreach(peer jpeg jpeg2000)
+  set(module_jpeg libjpeg)
+  set(module_jpeg2000 libopenjp2)
+  if(PKG_CONFIG_FOUND)
+    pkg_check_modules(zmx_peer_${peer} IMPORTED_TARGET ${module_${peer}})
+  endif()
+  if(NOT TARGET PkgConfig::zmx_peer_${peer})
+    message(STATUS "fuzz_${peer}_peer is left out: ${module_${peer}} is not there")
+    list(FILTER zmx_fuzzers EXCLUDE REGEX "/fuzz_${peer}_peer\\.cpp$")
+  endif()
+endforeach()
 foreach(source ${zmx_fuzzers})
   get_filename_component(name ${source} NAME_WE)
   add_executable(${name} ${source})
-  target_link_libraries(${name} PRIVATE zmxjpx zmx_warnings)
+  target_link_libraries(${name} PRIVATE zmx_fuzz_support zmxjpx zmx_warnings)
   if(TARGET zmx_codecs)
     target_link_libraries(${name} PRIVATE zmx_codecs)
+  endif()
+  if(name MATCHES "^fuzz_(.*)_peer$")
+    target_link_libraries(${name} PRIVATE PkgConfig::zmx_peer_${CMAKE_MATCH_1})
   endif()
   target_compile_options(${name} PRIVATE -fsanitize=fuzzer-no-link)
   target_link_options(${name} PRIVATE -fsanitize=fuzzer)

@@ -49,7 +49,11 @@ foreach(source ${zmx_tests})
   target_compile_options(${name} PRIVATE ${zmx_test_options})
   target_link_libraries(${name} PRIVATE zmx_test_support ${zmx_openmp} zmx_warnings)
   if(name MATCHES "^test_own_")
-    target_link_libraries(${name} PRIVATE zmxjpx_objects zmxcore)
+    # What they include of the library is measured too, and then compiled like the library.
+    target_link_libraries(${name} PRIVATE zmxjpx_objects zmxcore zmx_counted)
+    if(ZMX_COVERAGE)
+      target_compile_options(${name} PRIVATE -O0)
+    endif()
   elseif(name MATCHES "^test_codec_")
     target_link_libraries(${name} PRIVATE zmx_codecs)
   else()
@@ -66,6 +70,24 @@ endforeach()
 target_sources(test_own_core PRIVATE core/linux.cpp)
 target_include_directories(test_own_core PRIVATE core)
 
+# Whole domains, compared with the models: scripts/exhaustive runs them in full, a test goes through a sample.
+file(GLOB zmx_exhaustive CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/exhaustive/*.cpp)
+add_executable(exhaustive ${zmx_exhaustive})
+target_link_libraries(exhaustive PRIVATE zmx_test_support zmxjpx zmxcore zmx_warnings)
+add_test(NAME exhaustive COMMAND exhaustive --every 8191)
+set_tests_properties(exhaustive PROPERTIES TIMEOUT 600)
+
+# Files that someone broke, in bulk: scripts/hostile runs the long form.
+if(TARGET zmx_codecs AND NOT CMAKE_CROSSCOMPILING)
+  file(GLOB zmx_hostile CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/hostile/*.cpp ${PROJECT_SOURCE_DIR}/fuzz/support/*.cpp)
+  add_executable(hostile ${zmx_hostile})
+  target_compile_options(hostile PRIVATE ${zmx_test_options})
+  target_link_libraries(hostile PRIVATE zmx_codecs zmxjpx zmxcore zmx_warnings)
+  if(NOT ZMX_SANITIZE)
+    target_compile_definitions(hostile PRIVATE ZMX_COUNT_MEMORY)
+  endif()
+endif()
+
 # The public headers, each alone, as C and as C++.
 add_test(NAME headers COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_headers.sh
   ${PROJECT_SOURCE_DIR}/include ${CMAKE_C_COMPILER} ${CMAKE_CXX_COMPILER})
@@ -80,6 +102,8 @@ if(NOT CMAKE_CROSSCOMPILING)
   set_tests_properties(format PROPERTIES SKIP_RETURN_CODE 77)
   add_test(NAME rules COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_rules.py ${PROJECT_SOURCE_DIR})
   add_test(NAME rules.selftest COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/test_rules.py)
+  # The page of figures is what its files make.
+  add_test(NAME assurance COMMAND ${PROJECT_SOURCE_DIR}/scripts/assurance --check)
   # Each source file names its licence.
   add_test(NAME licence COMMAND ${PROJECT_SOURCE_DIR}/tests/frame/check_licence.py ${PROJECT_SOURCE_DIR})
 endif()

@@ -1,8 +1,13 @@
 // The whole JPEG2000 decoder on arbitrary bytes, with resolutions and layers that the length chooses.
 // SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/jpeg2000.h"
+#include "fuzz/support/mutator.h"
 
 #include <cstdlib>
+
+extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t most, unsigned seed) {
+    return fuzz::mutateJpeg2000(data, size, most, seed);
+}
 
 using namespace codecs;
 

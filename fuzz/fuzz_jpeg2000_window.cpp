@@ -2,10 +2,15 @@
 // ten bytes choose the window and what is decoded of it, the file follows them.
 // SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg2000/jpeg2000.h"
+#include "fuzz/support/mutator.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <iterator>
+
+extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t most, unsigned seed) {
+    return fuzz::mutateJpeg2000(data, size, most, seed, 10);
+}
 
 using namespace codecs;
 using jpeg2000::Component;

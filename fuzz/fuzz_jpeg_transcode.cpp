@@ -3,8 +3,13 @@
 // that was turned comes back when it is turned by the opposite.
 // SPDX-License-Identifier: BSD-2-Clause
 #include "codecs/jpeg/jpeg.h"
+#include "fuzz/support/mutator.h"
 
 #include <cstdlib>
+
+extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t most, unsigned seed) {
+    return fuzz::mutateJpeg(data, size, most, seed, 4);
+}
 
 namespace {
 

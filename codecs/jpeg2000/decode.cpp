@@ -10,15 +10,19 @@ namespace codecs::jpeg2000 {
 
 namespace {
 
+// Most pictures have up to four components.
+void checkSamples(std::uint64_t samples, std::uint64_t maxPixels) {
+    need(samples / 4 <= maxPixels, "more samples than four to each pixel allowed");
+}
+
 // The wanted part of the reference grid.
 Rect windowOf(const ImageSize& s, const DecodeOptions& options) {
     const Rect r = options.window ? windowOn(s, *options.window) : Rect{s.x0, s.y0, s.x1, s.y1};
     // The limit is about what is decoded: a small window of a huge picture passes.
     checkSize(std::uint64_t(r.width()), std::uint64_t(r.height()), options.maxPixels);
-    // Most pictures have up to four components.
     std::uint64_t samples = 0;
     for (const SizComponent& c : s.components) samples += componentRect(r, c).area();
-    need(options.component >= 0 || samples / 4 <= options.maxPixels, "more samples than four to each pixel allowed");
+    if (options.component < 0) checkSamples(samples, options.maxPixels);
     return r;
 }
 
@@ -30,6 +34,7 @@ void append(std::vector<std::string>& to, const std::vector<std::string>& more) 
 // The samples go into rows where all components are in step, and else by way of planes.
 class Decoding {
     const int threads;
+    const std::uint64_t maxPixels;
     Boxes boxes;
     Codestream stream;
     Scope scope;
@@ -58,7 +63,8 @@ class Decoding {
 
 public:
     Decoding(ByteView file, const DecodeOptions& options)
-        : threads(threadCount(options.threads)), boxes(readBoxes(file)), stream(readMainHeader(boxes.codestream)),
+        : threads(threadCount(options.threads)), maxPixels(options.maxPixels), boxes(readBoxes(file)),
+          stream(readMainHeader(boxes.codestream)),
           scope{stream, windowOf(stream.size, options), options.reduce, options.layers, {}, 0},
           map(channelsOf(boxes, stream.size, options.component)) {
         need(options.reduce >= 0 && options.reduce <= kMaxLevels && options.layers >= 0, "no such resolution or layer");
@@ -67,6 +73,11 @@ public:
     }
     DecodedPlanes planes() {
         want(map.channels.size());
+        // A palette makes up to 255 channels of one component.
+        std::uint64_t samples = 0;
+        for (const Channel& c : map.channels)
+            samples += componentRect(scope.window, stream.size.components[c.component]).area();
+        checkSamples(samples, maxPixels);
         PlanarSink sink(scope.window, areas());
         DecodedPlanes out;
         out.warnings = run(sink);

@@ -18,6 +18,10 @@ Rect bandRect(const Rect& tc, Orientation o, int levels) {
             ceilShift(tc.y1 - dy, levels)};
 }
 
+// A resolution with its bands and the filters of its rows takes about as much memory as so many code blocks. A file of a
+// few bytes could ask for half a million of them.
+constexpr std::size_t kPartsOfResolution = 8;
+
 // Lays out the resolutions of one component after the other, and counts what they are made of.
 class Layout {
     const std::size_t maxParts;
@@ -25,7 +29,8 @@ class Layout {
 
     void count(std::size_t n) {
         parts += n;
-        if (n > maxParts || parts > maxParts) throw Error("the tile has too many precincts and code blocks");
+        if (n > maxParts || parts > maxParts)
+            throw Error("the tile has too many resolutions, precincts and code blocks");
     }
 
     // The blocks of a resolution's band within a precinct's rectangle in band coordinates.
@@ -76,6 +81,7 @@ public:
 
     TileComponent component(const Rect& rect, const CodingStyle& style) {
         TileComponent tc{rect, {}, {}};
+        count(kPartsOfResolution * (std::size_t(style.levels) + 1));
         if (rect.empty()) { // nothing to lay out, but the resolutions are there
             tc.resolutions.resize(std::size_t(style.levels) + 1);
             return tc;

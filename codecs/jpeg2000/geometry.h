@@ -68,7 +68,7 @@ Rect componentRect(const Rect& onGrid, const SizComponent& c);
 // The rectangle of a tile-component with `levels` wavelet levels taken off.
 Rect reducedRect(const Rect& r, int levels);
 
-// Lays out a tile. More than `maxParts` precincts and code blocks together are refused.
+// Lays out a tile. More than `maxParts` precincts and code blocks together are refused; a resolution counts as several.
 Tile layOutTile(const ImageSize& size, const HeaderSet& headers, int index, std::size_t maxParts);
 
 } // namespace codecs::jpeg2000
