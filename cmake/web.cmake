@@ -14,16 +14,31 @@ include(cmake/images.cmake)
 # wasm/src/nofiles.cpp stands for the modules that open files.
 file(GLOB zmx_codec_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/codecs/*/*.cpp)
 list(FILTER zmx_codec_sources EXCLUDE REGEX "/picture/(descriptor|bytesource|bytesink)\\.cpp$")
+# The codecs use none of these functions, or only for what is asked for by name: speed in return for room.
+foreach(name pj2wt53 pj2wt97 pj2wt97ext pj2wt97q14 pjxrpctfwd pjxrpctinv picopyca pidct8844i psmul psconvert
+    pjencdct12)
+  list(APPEND zmx_seldom ${PROJECT_SOURCE_DIR}/src/${name}.cpp)
+endforeach()
+# As vectors, conversions between many layouts take more room than a codec.
+if(ZMX_SIMD)
+  list(APPEND zmx_seldom ${PROJECT_SOURCE_DIR}/src/pjenccc.cpp)
+  set_source_files_properties(${PROJECT_SOURCE_DIR}/src/pjencccss.cpp ${PROJECT_SOURCE_DIR}/src/pjdecccss.cpp PROPERTIES
+    COMPILE_OPTIONS "-Os;-fno-vectorize;-fno-slp-vectorize")
+endif()
+set_source_files_properties(${zmx_seldom} PROPERTIES COMPILE_OPTIONS -Os)
+
 add_library(zmx_codecs STATIC ${zmx_codec_sources})
 # What is fetched by every visitor is to be small where nobody waits for it.
-file(GLOB zmx_small_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/codecs/picture/*.cpp)
-foreach(name describe metadata segmentreader segmentwriter script transcode turn interpret)
+file(GLOB zmx_small_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/codecs/picture/*.cpp
+  ${PROJECT_SOURCE_DIR}/codecs/texture/*.cpp ${PROJECT_SOURCE_DIR}/codecs/tiff/*.cpp)
+foreach(name collect describe interpret metadata roads script segmentreader segmentwriter standard transcode turn)
   list(APPEND zmx_small_sources ${PROJECT_SOURCE_DIR}/codecs/jpeg/${name}.cpp)
 endforeach()
-foreach(name boxes boxwriter channels codestream codestreamwriter describe geometry markers markerwriter pgx
-    progression rate settings tileparts)
+foreach(name boxes boxwriter channels codestream codestreamwriter decode describe encode geometry markers markerwriter norms
+    packetreader packetwriter pgx planar progression rate region settings tagtree tileparts tiles)
   list(APPEND zmx_small_sources ${PROJECT_SOURCE_DIR}/codecs/jpeg2000/${name}.cpp)
 endforeach()
+list(FILTER zmx_small_sources EXCLUDE REGEX "/picture/(picture|rows|convert)\\.cpp$") # what all pictures pass
 set_source_files_properties(${zmx_small_sources} PROPERTIES COMPILE_OPTIONS -Os)
 target_include_directories(zmx_codecs PUBLIC ${PROJECT_SOURCE_DIR})
 target_link_libraries(zmx_codecs PUBLIC zmxjpx zmx_jumps PRIVATE zmx_libpng zmx_libtiff zmx_warnings)

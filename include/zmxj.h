@@ -21,6 +21,7 @@
  *  - \ref guide_tiff
  *  - \ref guide_embedding
  *  - \ref guide_python
+ *  - \ref guide_browser
  *
  *  \section names Names
  *
