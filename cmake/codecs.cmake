@@ -31,14 +31,14 @@ file(GLOB zmx_codec_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/codecs/*/*.c
 add_library(zmx_codecs STATIC ${zmx_codec_sources})
 target_include_directories(zmx_codecs PUBLIC ${PROJECT_SOURCE_DIR})
 target_link_libraries(zmx_codecs PUBLIC zmxjpx PRIVATE PNG::PNG TIFF::TIFF Threads::Threads zmx_warnings
-  zmx_hardened)
+  zmx_hardened zmx_counted)
 
 # The code is position-independent anyway; now the linker is told so.
 include(CheckPIESupported)
 check_pie_supported(LANGUAGES CXX)
 file(GLOB zmx_command_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/zmx/*.cpp)
 add_executable(zmx ${zmx_command_sources})
-target_link_libraries(zmx PRIVATE zmx_codecs zmxcore CLI11::CLI11 zmx_warnings zmx_hardened ${CMAKE_DL_LIBS})
+target_link_libraries(zmx PRIVATE zmx_codecs zmxcore CLI11::CLI11 zmx_warnings zmx_hardened zmx_counted ${CMAKE_DL_LIBS})
 set_target_properties(zmx PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 # For zmx --version --verbose.
 set_source_files_properties(${PROJECT_SOURCE_DIR}/zmx/version.cpp PROPERTIES COMPILE_DEFINITIONS

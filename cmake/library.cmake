@@ -28,7 +28,8 @@ add_library(zmxcore core/zmxcore.cpp ${zmx_system})
 add_library(zmxjpx::zmxcore ALIAS zmxcore)
 target_include_directories(zmxcore PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
   $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
-target_link_libraries(zmxcore PRIVATE $<BUILD_INTERFACE:zmx_warnings> $<BUILD_INTERFACE:zmx_hardened>)
+target_link_libraries(zmxcore PRIVATE $<BUILD_INTERFACE:zmx_warnings> $<BUILD_INTERFACE:zmx_hardened>
+  $<BUILD_INTERFACE:zmx_counted>)
 set_target_properties(zmxcore PROPERTIES VERSION 6.1 SOVERSION 6.1
   CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
 zmx_export_only(zmxcore ZMXCORE core/zmxcore.map)
@@ -40,7 +41,7 @@ add_library(zmxjpx_objects OBJECT ${zmx_sources})
 set_source_files_properties(src/pjdecccss.cpp src/pjencccss.cpp PROPERTIES
   COMPILE_OPTIONS $<$<CXX_COMPILER_ID:GNU>:--param=max-completely-peel-times=4>)
 target_include_directories(zmxjpx_objects PUBLIC ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src)
-target_link_libraries(zmxjpx_objects PUBLIC ${zmx_openmp} PRIVATE zmx_warnings)
+target_link_libraries(zmxjpx_objects PUBLIC ${zmx_openmp} PRIVATE zmx_warnings zmx_counted)
 # Public: the tests of internal functions are to see the same types.
 target_compile_definitions(zmxjpx_objects PUBLIC $<$<BOOL:${ZMX_SOFT_EXTENDED}>:ZMX_SOFT_EXTENDED>)
 # Nothing in it throws, so that a C program needs no C++ runtime.
@@ -64,7 +65,7 @@ zmx_export_only(zmxjpx ZMXJ src/zmxj.map)
 if(WIN32 AND BUILD_SHARED_LIBS)
   target_compile_definitions(zmxjpx_objects PRIVATE ZMXJ_EXPORTS)
 endif()
-if(ZMX_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES Clang)
+if((ZMX_SANITIZE OR ZMX_SANITIZE_THREADS) AND CMAKE_CXX_COMPILER_ID MATCHES Clang)
   # clang's sanitizer runtime lives in the program, not in the library.
   target_link_options(zmxjpx PRIVATE -Wl,-z,undefs)
   target_link_options(zmxcore PRIVATE -Wl,-z,undefs)

@@ -21,8 +21,7 @@ int usableProcessors() {
         std::ifstream in("/proc/self/cgroup");
         return std::string(std::istreambuf_iterator<char>(in), {});
     }());
-    const int cpus = affinityCount();
-    return quota > 0 ? std::min(quota, cpus) : cpus;
+    return withinQuota(quota, affinityCount());
 }
 
 namespace {
@@ -41,6 +40,8 @@ int processors(long long quota, long long period) {
 int tighter(int a, int b) { return a == 0 ? b : b == 0 ? a : std::min(a, b); }
 
 } // namespace
+
+int withinQuota(int quota, int processors) { return quota > 0 ? std::min(quota, processors) : processors; }
 
 int quotaFromCpuMax(const std::string& cpuMax) {
     std::istringstream in(cpuMax);

@@ -14,6 +14,9 @@ int quotaFromCpuMax(const std::string& cpuMax);
 // `procSelfCgroup` is the text of /proc/self/cgroup.
 int quotaOfCgroup(const std::string& root, const std::string& procSelfCgroup);
 
+// How many processors are left of so many by a quota, or by 0 for no limit.
+int withinQuota(int quota, int processors);
+
 // Processors in the affinity mask of this process, at least 1.
 int affinityCount();
 

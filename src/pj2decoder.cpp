@@ -179,7 +179,7 @@ struct Step {
             return false;
         case RawSignificanceNext:
             startRaw();
-            if (significancePropagationRaw(&s, causal, false)) return true;
+            if (significancePropagationRaw(&s, causal, false)) return true; // unreachable: nothing is looked for
             if (--passes <= 0) return false;
             if (magnitudeRefinementRaw(&s)) return true;
             s.passState = BypassCleanupNext;
@@ -204,9 +204,9 @@ private:
             }
             if (passes <= 0) return false;
             --s.curBitPlane;
-            if (significancePropagation(&s, causal, reset, false)) return true;
+            if (significancePropagation(&s, causal, reset, false)) return true; // unreachable: nothing is looked for
             if (--passes <= 0) return false;
-            if (magnitudeRefinement(&s, reset, false)) return true;
+            if (magnitudeRefinement(&s, reset, false)) return true; // unreachable: nothing is looked for
             if (--passes <= 0) return false;
         }
     }

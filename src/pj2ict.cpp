@@ -133,6 +133,7 @@ template <class Byte> struct Planes {
 };
 template <class Byte> struct Pixels {
     Byte* row;
+    // unreachable: with an x87 unit, which onX87 takes
     void gather(int from, Block& x, int n) const {
         const Zmx8u* const first = row + 3 * kSample * from;
         for (int i = 0; i < n; ++i) {
@@ -141,6 +142,7 @@ template <class Byte> struct Pixels {
             x.in[2][i] = load<Zmx32f>(first, 3 * i + 2);
         }
     }
+    // unreachable: with an x87 unit, which onX87 takes
     void scatter(int from, const Block& x, int n) const {
         Zmx8u* const first = row + 3 * kSample * from;
         for (int i = 0; i < n; ++i) {
@@ -170,11 +172,13 @@ bool touch(Bytes a, int samplesOfA, Bytes b, int samplesOfB, int width) {
     const auto p = reinterpret_cast<std::uintptr_t>(a), q = reinterpret_cast<std::uintptr_t>(b);
     return (p < q ? q - p : p - q) < std::size_t(kSample * (p < q ? samplesOfA : samplesOfB)) * std::size_t(width);
 }
+// unreachable: with an x87 unit, which onX87 takes
 template <class Direction> void splitFloats(Bytes src, Zmx8u* d0, Zmx8u* d1, Zmx8u* d2, int width) {
     const auto touches = [=](Bytes d) { return touch(src, 3, d, 1, width); };
     transformRow<Direction>(Pixels<const Zmx8u>{src}, Planes<Zmx8u>{{d0, d1, d2}}, width,
                             touches(d0) || touches(d1) || touches(d2));
 }
+// unreachable: with an x87 unit, which onX87 takes
 template <class Direction> void joinFloats(Bytes s0, Bytes s1, Bytes s2, Zmx8u* dst, int width) {
     const auto touches = [=](Bytes s) { return touch(s, 1, dst, 3, width); };
     transformRow<Direction>(Planes<const Zmx8u>{{s0, s1, s2}}, Pixels<Zmx8u>{dst}, width,

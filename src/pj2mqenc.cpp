@@ -101,7 +101,7 @@ Zmx8u* codeDecisions(EncCoderState& s, Zmx8u* out, const Zmx8u* stop) {
         if (out >= stop) break;
     }
 
-    if (decision != s.pPassDecisions + s.passDecisionPos) s.mqPending = 1;
+    s.mqPending = 1; // there was a decision: callers see to it
     s.passDecisionPos = int(decision - s.pPassDecisions);
     s.areg = areg;
     s.creg = top - areg;

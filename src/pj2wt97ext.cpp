@@ -370,7 +370,7 @@ void inverseLine(Zmx8u* low, Zmx8u* high, Split split, Zmx8u* x) {
         // Position k is sample k - phase of the interleaved line: even(j) low sample j - phase, odd(j) high sample j.
         const auto band = [](const Zmx8u* b, int offset) {
             return [=](Zmx32s* dst, int j, int count) {
-                if (count > 0)
+                if (count > 0) // unreachable: a chunk begins ahead of the end of both bands
                     std::memcpy(dst, b + std::ptrdiff_t(sizeof(Zmx32s)) * (j - offset),
                                 sizeof(Zmx32s) * std::size_t(count));
             };

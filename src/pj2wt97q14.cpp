@@ -48,7 +48,8 @@ template <Lift step> void liftBand(Zmx8u* centre, int n, const Zmx8u* sides, int
 template <class... Steps> void wave(Split s, Steps... steps) {
     for (int t = 1 - s.phase; t < s.n + int(sizeof...(Steps)) - 1; t += 2) {
         int r = t;
-        ((r >= 0 && r < s.n ? steps(r) : void(), --r), ...);
+        // The first step is never ahead of the first row, the last one never behind the last row.
+        ((r >= 0 && r < s.n ? steps(r) : void(), --r), ...); // unreachable: t is 0 or more, and r ends below n
     }
 }
 

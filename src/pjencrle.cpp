@@ -18,7 +18,7 @@ constexpr int kMergeHeader = 125; // a literal packet at or above it absorbs not
 
 // Lengths of fewer than this are found a byte at a time: the branches are predicted, and the next packet is begun ahead
 // of their outcome, where a length counted out of a word has to be waited for. Most packets of text are that short.
-constexpr Index kFew = 5;
+constexpr Index kFew = 3;
 
 // The place of the first zero byte of a word in memory order, or 8.
 int firstZeroByte(std::uint64_t w) {
@@ -74,7 +74,7 @@ ZmxStatus zmxiPackBitsRow_TIFF_8u_C1(const Zmx8u* pSrc, int srcLen, Zmx8u* pDst,
 
     Zmx8u* literal = nullptr;  // the header of the latest literal packet
     bool pairBehindIt = false; // whether one run of exactly two bytes is all that has followed it
-    for (Index done = 0; done < srcLen;) {
+    for (Index done = 0;;) {
         const Zmx8u* s = pSrc + done;
         const Index left = srcLen - done, room = dstLen - pos;
         if (left > 1 && s[1] == s[0]) {

@@ -27,8 +27,8 @@ inline constexpr auto nextCounts = tableOf<16>(
 inline int bytesWithoutFF(const BitReader& in, const Zmx8u* p) {
     const std::ptrdiff_t left = in.src + in.len - p;
     if (left >= 8 && !hasFF(loadBigEndian(p))) return 8;
-    int n = 0;
-    while (n < left && n < 8 && p[n] != 0xFF) ++n;
+    int n = 0; // below 8 at the end: eight of them would have been taken at once
+    while (n < left && p[n] != 0xFF) ++n;
     return n;
 }
 // The data end in a marker: behind a byte that is not 0xFF there is another one, and no more is known.
@@ -38,11 +38,9 @@ inline int bytesWithoutFF(const DirectReader&, const Zmx8u* p) {
     return n;
 }
 
-// Whether a data byte 0xFF with its stuffing is next.
-inline bool stuffedFF(const BitReader& in, const Zmx8u* p) {
-    return in.src + in.len - p >= 2 && p[0] == 0xFF && p[1] == 0;
-}
-inline bool stuffedFF(const DirectReader&, const Zmx8u* p) { return p[0] == 0xFF && p[1] == 0; }
+// Whether a data byte 0xFF with its stuffing is next, behind bytes without one: at a 0xFF, then, or at the end.
+inline bool stuffedFF(const BitReader& in, const Zmx8u* p) { return in.src + in.len - p >= 2 && p[1] == 0; }
+inline bool stuffedFF(const DirectReader&, const Zmx8u* p) { return p[1] == 0; }
 
 template <class Reader> class FastReader {
     const Reader* in;

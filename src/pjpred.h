@@ -11,7 +11,7 @@ namespace zmx {
 // low 16 bits count. The predictor is chosen once a row, and each has a loop of its own.
 template <class Row> void withPredictor(int predictor, Row row) {
     // The halves are those of signed 16-bit samples, formed in 32 bits: no wrap ahead of the shift.
-    switch (predictor) {
+    switch (predictor) { // unreachable: rowArgs admits no other than these seven
     case 1:
         return row([](int Ra, int, int) { return Ra; });
     case 2:

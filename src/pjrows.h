@@ -7,6 +7,7 @@
 #include "zmxcore.h"
 #include "zmxj.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstring>
@@ -53,12 +54,17 @@ struct Serial {
     }
 };
 
+// The team for so many rows by the count that the application's libzmxcore answers. A count below 1 is none. What OpenMP's
+// runtime cannot start ends the process, so the team has its limit; more threads than rows would only look on.
+constexpr int kMostThreads = 256;
+constexpr int teamFor(int count, int rows) { return std::clamp(count, 1, rows < kMostThreads ? rows : kMostThreads); }
+
 // A row loop shared out to a team: each thread takes one contiguous run of rows, and rows do not depend on each
 // other. Only the row-parallel functions use it. The row body should call a function that takes its pointers and
 // width by value: a sample loop written inside the lambda is not vectorised once OpenMP has outlined it.
 struct Parallel {
     template <class Row> static void rows(ZmxiSize roi, Row row) {
-        [[maybe_unused]] const int threads = ownGetNumThreads(); // asked at every size
+        [[maybe_unused]] const int threads = teamFor(ownGetNumThreads(), roi.height); // asked at every size
         // The product is a 32-bit one that wraps: a huge region may count as a small one.
         if (wrapMul(roi.width, roi.height) <= kSerialMax) return Serial::rows(roi, row);
 #pragma omp parallel for schedule(static) num_threads(threads)

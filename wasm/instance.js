@@ -146,7 +146,8 @@ export class Instance {
   #answer(at) {
     const words = new Uint32Array(this.#exports.memory.buffer, at >>> 0, 11);
     const view = (i) => this.heap.subarray(words[i], words[i] + words[i + 1]);
-    return { failed: words[0] !== 0, text: new TextDecoder().decode(view(1)), samples: view(3), icc: view(5), exif: view(7), xmp: view(9) };
+    const text = new TextDecoder().decode(view(1));
+    return { failed: words[0] !== 0, text, samples: view(3), icc: view(5), exif: view(7), xmp: view(9) };
   }
 
   info(input) {

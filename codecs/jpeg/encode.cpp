@@ -147,7 +147,7 @@ private:
                     const ScanLayout::Part& p = layout.mcu[k];
                     const int table = isChroma(model, p.component);
                     // A block beyond the edge shows nothing, and is coded as cheaply as can be (A.2.4 leaves it open).
-                    if (p.inPicture(frame, x, y))
+                    if (p.inPicture(x, y))
                         writer.block(blocks[k], p.component, table);
                     else
                         writer.padding(p.component, table);

@@ -12,12 +12,11 @@ struct ScanLayout {
         int inScan, component; // which component, by its place in the scan and in the frame
         int x, y;              // where in the part of the MCU that is its component's
         int h, v;              // the size of that part, in units
+        int columns, rows;     // units of the component that hold samples of the picture
 
-        // Whether samples of the picture lie in this unit of an MCU; if not it only fills the MCU up.
-        bool inPicture(const Frame& frame, int column, int row) const {
-            const Component& c = frame.components[std::size_t(component)];
-            return column * h + x < frame.blockColumns(c) && row * v + y < frame.blockRows(c);
-        }
+        // Whether this unit of an MCU is one of those; if not it only fills the MCU up. Asked of every unit: the divisions
+        // that the numbers take are done once.
+        bool inPicture(int column, int row) const { return column * h + x < columns && row * v + y < rows; }
     };
     int columns, rows; // of MCUs
     int rowHeight;     // of an MCU in the picture
@@ -34,7 +33,8 @@ struct ScanLayout {
             const int index = scan.components[std::size_t(i)].index;
             const Component& c = frame.components[std::size_t(index)];
             const int h = alone ? 1 : c.h, v = alone ? 1 : c.v;
-            for (int k = 0; k < h * v; ++k) mcu.push_back({i, index, k % h, k / h, h, v});
+            for (int k = 0; k < h * v; ++k)
+                mcu.push_back({i, index, k % h, k / h, h, v, frame.blockColumns(c), frame.blockRows(c)});
         }
     }
 };

@@ -14,7 +14,7 @@ import tempfile
 TAG = "SPDX-" + "License-Identifier: "
 LICENCE = "BSD-2-Clause"
 LINES = 25  # how far down it may stand
-C_LIKE = (".c", ".cpp", ".h", ".js", ".css")
+C_LIKE = (".c", ".cpp", ".h", ".js", ".mjs", ".css")
 SCRIPTS = (".py", ".sh", ".bash", ".cmake", ".in")
 
 

@@ -3,6 +3,7 @@
 #include "linux.h"
 #include "zmxcore.h"
 
+#include <cerrno>
 #include <climits>
 #include <cstdint>
 #include <cstdlib>
@@ -12,8 +13,27 @@
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <string>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 using namespace zmx;
+
+namespace {
+std::size_t refusedBelow = 0; // bytes of a mask
+bool noMask = false;          // no memory for one
+} // namespace
+
+// These stand in for the C library's.
+extern "C" cpu_set_t* __sched_cpualloc(std::size_t processors) noexcept {
+    return noMask ? nullptr : static_cast<cpu_set_t*>(std::malloc(CPU_ALLOC_SIZE(processors)));
+}
+extern "C" int sched_getaffinity(pid_t pid, std::size_t bytes, cpu_set_t* set) noexcept {
+    if (bytes < refusedBelow) return errno = EINVAL, -1;
+    const long written = syscall(SYS_sched_getaffinity, pid, bytes, set);
+    if (written < 0) return -1;
+    std::memset(reinterpret_cast<char*>(set) + written, 0, bytes - std::size_t(written));
+    return 0;
+}
 
 TEST(CoreMemory, BlocksAreAlignedTo64Bytes) {
     for (int len : {1, 2, 63, 64, 65, 1000, 1 << 20}) {
@@ -55,6 +75,27 @@ TEST(CoreThreads, AffinityMaskIsCounted) {
     EXPECT_EQ(affinityCount(), CPU_COUNT(&before));
 }
 
+// The kernel refuses a mask that is smaller than its own. Where it refuses all, the processors that are online count.
+TEST(CoreThreads, MasksThatAreRefused) {
+    const int known = affinityCount();
+    for (std::size_t least : {CPU_SETSIZE / 8 + 1, 2 * CPU_SETSIZE / 8 + 1, 100'000}) {
+        refusedBelow = least;
+        EXPECT_EQ(affinityCount(), known) << least;
+    }
+    refusedBelow = std::size_t(-1);
+    EXPECT_EQ(affinityCount(), sysconf(_SC_NPROCESSORS_ONLN));
+    refusedBelow = 0;
+    noMask = true;
+    EXPECT_EQ(affinityCount(), sysconf(_SC_NPROCESSORS_ONLN));
+    noMask = false;
+}
+
+TEST(CoreThreads, AQuotaLeavesNoMoreThanThereAre) {
+    EXPECT_EQ(withinQuota(0, 7), 7);
+    EXPECT_EQ(withinQuota(3, 7), 3);
+    EXPECT_EQ(withinQuota(8, 7), 7);
+}
+
 TEST(CoreThreads, QuotaIsRoundedUpToWholeProcessors) {
     EXPECT_EQ(quotaFromCpuMax("max 100000\n"), 0);
     EXPECT_EQ(quotaFromCpuMax("200000 100000\n"), 2);
@@ -62,6 +103,7 @@ TEST(CoreThreads, QuotaIsRoundedUpToWholeProcessors) {
     EXPECT_EQ(quotaFromCpuMax("1 100000\n"), 1);
     EXPECT_EQ(quotaFromCpuMax(""), 0);
     EXPECT_EQ(quotaFromCpuMax("100000 0"), 0);
+    EXPECT_EQ(quotaFromCpuMax("9000000000000000000 1"), INT_MAX);
     EXPECT_EQ(quotaFromCpuMax("-5 100000"), 0);
 }
 
@@ -96,5 +138,8 @@ TEST(CoreThreads, TheTightestQuotaOnTheWayToTheRootHolds) {
     EXPECT_EQ(quotaOfCgroup(root, "4:cpuacct,cpu:/x\n"), 0);
     EXPECT_EQ(quotaOfCgroup(root, "4:memory:/x\n"), 0);
     EXPECT_EQ(quotaOfCgroup(root, "nonsense"), 0);
+    EXPECT_EQ(quotaOfCgroup(root, "0:half"), 0);
+    EXPECT_EQ(quotaOfCgroup(root, "0::"), 2);
+    EXPECT_EQ(quotaOfCgroup(root, "0::no-slash"), 0);
     std::filesystem::remove_all(root);
 }

@@ -174,6 +174,14 @@ TEST(Extended, ConversionsAgreeWithTheUnit) {
 #endif
 
 // The values that bound the rules.
+// Differences of which only the last of all bits is left, and none.
+TEST(Extended, NothingLeftButTheLastBit) {
+    const SoftExtended one(1.0), below = one - SoftExtended(0x1p-64);
+    EXPECT_EQ(double(one - below), 0x1p-64);
+    EXPECT_EQ(double(below - one), -0x1p-64);
+    EXPECT_EQ(double(below - below), 0.0);
+}
+
 TEST(Extended, WorkedValues) {
     using limits = std::numeric_limits<double>;
     const auto bits = [](SoftExtended v) { return ExtendedBits::of(v); };

@@ -7,6 +7,7 @@
 #include "tests/support/memory.cpp"
 #include "tests/support/threads.cpp"
 
+#include <algorithm>
 #include <atomic>
 #include <climits>
 #include <gtest/gtest.h>
@@ -111,6 +112,23 @@ TEST(Frame, Above8192SamplesOneRegionIsOpened) {
                 EXPECT_EQ(int(r.threads.size()), threads);
             }
         }
+}
+
+// A count that no honest libzmxcore answers still does all rows, once each.
+TEST(Frame, AThreadCountThatLies) {
+    for (int threads : {0, -1, INT_MIN, 1'000'000, INT_MAX})
+        for (ZmxiSize roi : {ZmxiSize{8193, 1}, ZmxiSize{300, 31}, ZmxiSize{30, 300}}) {
+            SCOPED_TRACE(::testing::Message() << threads << " threads for " << roi.height << " rows");
+            setThreads(threads);
+            const Watched r = watch(roi);
+            for (int n : r.seen) ASSERT_EQ(n, 1);
+            EXPECT_EQ(r.inRegion, roi.height);
+            EXPECT_LE(int(r.threads.size()), threads < 1 ? 1 : std::min(roi.height, 256));
+        }
+    EXPECT_EQ(teamFor(7, 100), 7);
+    EXPECT_EQ(teamFor(7, 3), 3);
+    EXPECT_EQ(teamFor(0, 3), 1);
+    EXPECT_EQ(teamFor(INT_MAX, INT_MAX), 256);
 }
 
 TEST(Frame, TheProductWraps) {

@@ -20,6 +20,17 @@ HuffmanList ladder(const Bytes& longest) {
     return list;
 }
 
+// A row of 60 differences, encoded and decoded.
+void thereAndBack(const Row& row, EncodeTable& enc, DecodeTable& dec) {
+    StreamOut out(800);
+    ASSERT_EQ(encodeRow(out, {row}, 1, {&enc}), zmxStsNoErr);
+    ASSERT_EQ(flush(out, true), zmxStsNoErr);
+    StreamIn in(withMarker(out.written()));
+    DecodePlanes decoded(60, {&dec});
+    ASSERT_EQ(decodeRow(in, decoded, 60, 1).status, zmxStsNoErr);
+    ASSERT_EQ(decoded.plain[0], row);
+}
+
 } // namespace
 
 // All 64 coefficients with the longest code and the most bits behind it, nearly all of them ones, so that nearly every
@@ -90,6 +101,50 @@ TEST(CoderBounds, LongCodesInARow) {
     }
 }
 
+// A block that ends in the first bytes, with a stuffed byte among those that a register has run ahead over.
+TEST(CoderBounds, StuffingBehindAShortBlock) {
+    Luminance t;
+    for (int at = 1; at < 9; ++at)
+        for (std::size_t zero = 1; zero < 9; ++zero) {
+            SCOPED_TRACE(::testing::Message() << at << ", " << zero);
+            Bytes bytes(40, 0x28); // no difference, and the end of the block
+            bytes[zero] = 0;       // not every zero is stuffing
+            bytes.insert(bytes.begin() + at, {0xFF, 0});
+            StreamIn in(withMarker(bytes));
+            BlockOut out;
+            for (int block = 0; block < 4; ++block) decode(in, out, t.decDC, t.decAC);
+        }
+}
+
+// A code of 16 bits and one of 8 for each refill of a register, with 14 and 15 bits behind them: all of it is taken, and the
+// reader stands ahead of what has been looked at.
+TEST(CoderBounds, AllOfARegisterTaken) {
+    HuffmanList list = ladder({0x0D, 0x0E, 0x1F});
+    list.vals[7] = 0x0F;
+    EncodeTable enc(list);
+    DecodeTable dec(list);
+    Rng rng(0x4B04);
+    for (int n = 0; n < 600; ++n) {
+        SCOPED_TRACE(n);
+        Block b{};
+        const int bits[2] = {rng.oneIn(2) ? 14 : 13, 15};
+        for (int k = 1; k < 64; ++k) {
+            const int v = int(rng.range(1 << (bits[k % 2] - 1), (1 << bits[k % 2]) - 1));
+            b[std::size_t(annexK::zigzag[k])] = Zmx16s(rng.oneIn(2) ? v : -v);
+        }
+        StreamOut out(600);
+        Zmx16s lastDC[2] = {};
+        ASSERT_EQ(encode(out, b, lastDC, enc, enc), zmxStsNoErr);
+        ASSERT_EQ(flush(out), zmxStsNoErr);
+        Bytes stream = out.written();
+        stream.insert(stream.end(), 20, 0x55);
+        StreamIn in(withMarker(stream));
+        BlockOut decoded;
+        ASSERT_EQ(decode(in, decoded, dec, dec).status, zmxStsNoErr);
+        ASSERT_EQ(decoded.plain, b);
+    }
+}
+
 // Rows of differences with such codes.
 TEST(CoderBounds, LongCodesInARowOfDifferences) {
     const HuffmanList list = ladder({13, 14, 15});
@@ -103,13 +158,32 @@ TEST(CoderBounds, LongCodesInARowOfDifferences) {
             const int bits = int(rng.range(13, 15)), v = int(rng.range(1 << (bits - 1), (1 << bits) - 1));
             row.push_back(Zmx16s(rng.oneIn(2) ? v : -v));
         }
-        StreamOut out(800);
-        ASSERT_EQ(encodeRow(out, {row}, 1, {&enc}), zmxStsNoErr);
-        ASSERT_EQ(flush(out, true), zmxStsNoErr);
-        StreamIn in(withMarker(out.written()));
-        DecodePlanes decoded(60, {&dec});
-        ASSERT_EQ(decodeRow(in, decoded, 60, 1).status, zmxStsNoErr);
-        ASSERT_EQ(decoded.plain[0], row);
+        ASSERT_NO_FATAL_FAILURE(thereAndBack(row, enc, dec));
+    }
+}
+
+// The one difference of category 16, which has no bits of its own, and codes that no table has, amid long rows.
+TEST(CoderBounds, Category16AndNoCodeInLongRows) {
+    HuffmanList list; // the categories from 0 to 16, in five bits each
+    list.bits[4] = 17;
+    for (int i = 0; i <= 16; ++i) list.vals.push_back(Zmx8u(i));
+    EncodeTable enc(list);
+    DecodeTable dec(list);
+    Rng rng(0x4B03);
+    for (int n = 0; n < 20; ++n) {
+        SCOPED_TRACE(n);
+        Row row;
+        for (int i = 0; i < 60; ++i) row.push_back(Zmx16s(rng.oneIn(2) ? -32768 : rng.range(-32767, 32767)));
+        ASSERT_NO_FATAL_FAILURE(thereAndBack(row, enc, dec));
+    }
+    // Ones are no code.
+    for (std::size_t ahead : {0u, 1u, 5u, 20u}) {
+        Bytes bytes(ahead, 0);
+        for (int i = 0; i < 6; ++i) bytes.insert(bytes.end(), {0xFF, 0});
+        bytes.insert(bytes.end(), 40, 0x55);
+        StreamIn in(withMarker(bytes));
+        DecodePlanes decoded(300, {&dec});
+        ASSERT_LT(decodeRow(in, decoded, 300, 1).status, zmxStsNoErr) << ahead;
     }
 }
 

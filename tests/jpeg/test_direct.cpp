@@ -160,6 +160,18 @@ TEST(Direct, OnlyAPositiveMarkerStopsReading) {
     EXPECT_EQ(decode(held, out, t.decDC, t.decAC).status, zmxStsDCTRangeErr);
 }
 
+// A table without codes: the walk along its words ends behind the last of them.
+TEST(Direct, NoCodeOfAnyLength) {
+    DecodeTable none(HuffmanList{});
+    for (const Bytes& bytes :
+         {Bytes{0, 1, 0, 0, 0, 0, 0, 0, 0, 0}, Bytes{0x55, 0x55, 0x55, 0x55, 0x55, 0x55, 0x55, 0x55}, Bytes(12, 0),
+          Bytes{0, 0, 0x20, 0, 0, 0, 0, 0, 0}}) {
+        BlockOut out;
+        DirectIn in(withMarker(bytes));
+        EXPECT_LT(decodeDirect(in, out, none, none).status, zmxStsNoErr);
+    }
+}
+
 TEST(Direct, SymbolsOfTheDecoder) {
     DecodeTable t(nibbles({0x00, 0x10, 0xE0, 0xF0, 0x02, 0xD1, 0x81, 0x91}));
     for (auto flush : bothEnds) {

@@ -7,9 +7,11 @@
 #include "tests/support/rounds.h"
 #include "zmxj/component.h"
 
+#include <array>
 #include <bit>
 #include <climits>
 #include <cmath>
+#include <cstring>
 #include <gtest/gtest.h>
 
 namespace {
@@ -397,4 +399,25 @@ TEST(Component, TheSameBytesInEveryBuild) {
     EXPECT_EQ(digestInPlace(zmxiICTInv_JPEG2K_32f_P3IR), 0x277F79BC32DD42C2u);
     EXPECT_EQ(digestInPlace(zmxiICTInv_JPEG2K_16s_P3IR), 0xADB04807799664BCu);
     EXPECT_EQ(digestInPlace(zmxiICTInv_JPEG2K_32s_P3IR), 0xAB008244600CA976u);
+}
+
+// Planes that share memory: pixel after pixel, as if each had a call of its own.
+TEST(ComponentFloats, PlanesThatOverlap) {
+    Rng rng(0x1C7);
+    const int width = 90;
+    for (const auto& [p, q, r] : {std::array{0, 5, 120}, {0, 120, 7}, {120, 0, 3}, {0, 120, 240}, {60, 30, 0}})
+        for (auto transform : {zmxiICTFwd_JPEG2K_32f_P3IR, zmxiICTInv_JPEG2K_32f_P3IR}) {
+            SCOPED_TRACE(::testing::Message() << p << ", " << q << ", " << r);
+            std::vector<Zmx32f> whole(400);
+            for (Zmx32f& v : whole) v = Zmx32f(rng.range(-1000, 1000));
+            std::vector<Zmx32f> single = whole;
+            const auto run = [&, p = p, q = q, r = r](std::vector<Zmx32f>& v, int from, int n) {
+                Zmx32f* const planes[3] = {&v[std::size_t(p + from)], &v[std::size_t(q + from)],
+                                           &v[std::size_t(r + from)]};
+                ASSERT_EQ(transform(planes, 4000, {n, 1}), zmxStsNoErr);
+            };
+            run(whole, 0, width);
+            for (int x = 0; x < width; ++x) run(single, x, 1);
+            ASSERT_EQ(std::memcmp(whole.data(), single.data(), whole.size() * sizeof(Zmx32f)), 0);
+        }
 }

@@ -179,6 +179,91 @@ TEST(ForgedCodeBlocks, Encoder) {
     EXPECT_GT(refused, shortened() ? 200 : 1000);
 }
 
+// Each bound of what a store goes on from, alone.
+TEST(ForgedCodeBlocks, AStoreRefusesWhatDoesNotFitTogether) {
+    const ZmxiSize size{4, 4};
+    Rng rng(0x6605);
+    EncoderState state(size);
+    ZmxiEncodeState_JPEG2K* const s = state;
+    BlockSamples samples = randomBlock(rng, 4, 4, 7);
+    samples[0] = 0x7F;
+    loadBlock(s, samples, size, choice(ZMX_CB_SELECTIVE_BYPASS, 1));
+    EncCoderState& coder = *s->pCoder;
+    const EncCoderState kept = coder;
+    const auto refused = [&](auto change) {
+        change();
+        Zmx8u bytes[4] = {7, 7, 7, 7};
+        int n = 4, more = -1;
+        const ZmxStatus status = zmxiEncodeStoreBits_JPEG2K_1u(bytes, &n, s, &more);
+        const bool untouched = n == 4 && more == -1 && bytes[0] == 7;
+        coder = kept;
+        return status == zmxStsContextMatchErr && untouched;
+    };
+    constexpr int beyond = INT_MAX / 4 + 1;
+    EXPECT_FALSE(refused([] {}));
+    EXPECT_TRUE(refused([&] { ++coder.decisionCount; }));
+    EXPECT_TRUE(refused([&] { ++coder.decisionBase; }));
+    EXPECT_TRUE(refused([&] { ++coder.pPassDecisions; }));
+    EXPECT_TRUE(refused([&] { ++coder.pPassContexts; }));
+    EXPECT_TRUE(refused([&] { coder.passDecisionPos = -1; }));
+    EXPECT_TRUE(refused([&] { coder.passDecisionPos = coder.passDecisionCount + 1; }));
+    EXPECT_TRUE(refused([&] { --coder.passDecisionCount; }));
+    EXPECT_TRUE(refused([&] { coder.passDecisions[0] = -1; }));
+    EXPECT_TRUE(refused([&] { coder.passDecisions[0] = INT_MAX; }));
+    EXPECT_TRUE(refused([&] { coder.totalBytes = -1; }));
+    EXPECT_TRUE(refused([&] { coder.totalBytes = beyond; }));
+    EXPECT_TRUE(refused([&] { coder.passBytes = -1; }));
+    EXPECT_TRUE(refused([&] { coder.passBytes = beyond; }));
+    EXPECT_TRUE(refused([&] { coder.fifoRead = -1; }));
+    EXPECT_TRUE(refused([&] { coder.fifoRead = coder.fifoCount + 1; }));
+    EXPECT_TRUE(refused([&] { coder.fifoCount = kFifoSize + 1; }));
+    EXPECT_TRUE(refused([&] { coder.areg = 0x7FFF; }));
+    EXPECT_TRUE(refused([&] { coder.areg = 0x10000; }));
+    EXPECT_TRUE(refused([&] { coder.ct = 0; }));
+    EXPECT_TRUE(refused([&] { coder.ct = 13; }));
+    EXPECT_TRUE(refused([&] { coder.creg = 0x8000000; }));
+    EXPECT_TRUE(refused([&] { coder.curByte = 0x100; }));
+    EXPECT_TRUE(refused([&] { coder.bytesOut = -1; }));
+    EXPECT_TRUE(refused([&] { coder.bytesOut = beyond; }));
+    EXPECT_TRUE(refused([&] { coder.rawBitPos = -1; }));
+    EXPECT_TRUE(refused([&] { coder.rawBitPos = 8; }));
+    EXPECT_TRUE(refused([&] { coder.rawLastFF = 1, coder.rawBitPos = 7; }));
+    EXPECT_TRUE(refused([&] { coder.rawBytesOut = -1; }));
+    EXPECT_TRUE(refused([&] { coder.rawBytesOut = beyond; }));
+}
+
+// Distortions so far apart that a sum in double precision loses a term, from either side.
+TEST(ForgedCodeBlocks, SumsOfDistortionsThatLoseATerm) {
+    const ZmxiSize size{4, 4};
+    Rng rng(0x6606);
+    EncoderState state(size);
+    ZmxiEncodeState_JPEG2K* const s = state;
+    loadBlock(s, randomBlock(rng, 4, 4, 7), size, choice(0, 1));
+    for (int i = 0; i < kMaxDistPasses; ++i) s->passDist[i] = s->passDistExp[i] = 0;
+    const auto sumOf = [&](int dist0, int exp0, int dist1, int exp1) {
+        s->passDist[0] = dist0, s->passDistExp[0] = exp0;
+        s->passDist[1] = dist1, s->passDistExp[1] = exp1;
+        double sum = -1;
+        EXPECT_EQ(zmxiEncodeGetDist_JPEG2K(s, 1, &sum), zmxStsNoErr);
+        return sum;
+    };
+    EXPECT_EQ(sumOf(1, 0, 1, 0), 2 * sumOf(1, 0, 0, 0));
+    EXPECT_EQ(sumOf(1, 0, 1 << 30, 30), sumOf(0, 0, 1 << 30, 30));
+    EXPECT_EQ(sumOf(1 << 30, 30, 1, 0), sumOf(1 << 30, 30, 0, 0));
+}
+
+// A block of zeros has no pass: one segment without a byte, or none where all passes are terminated.
+TEST(ForgedCodeBlocks, SegmentsOfNoPass) {
+    const ZmxiSize size{4, 4};
+    EncoderState state(size);
+    for (Zmx32u style : {Zmx32u(0), Zmx32u(ZMX_CB_TERMINATE_ALL)}) {
+        loadBlock(state, BlockSamples(16), size, choice(style, 1));
+        int length = -1;
+        EXPECT_EQ(zmxiEncodeGetTermPassLen_JPEG2K(state, 0, &length), style ? zmxStsBadPassNumberErr : zmxStsNoErr);
+        EXPECT_EQ(length, style ? -1 : 0);
+    }
+}
+
 // A load resets whatever stands in the numbers.
 TEST(ForgedCodeBlocks, LoadIntoAnyState) {
     const std::size_t pointer = sizeof(void*);

@@ -60,6 +60,28 @@ test("a picture of 100 megapixels is decoded by windows, as far as they are seen
     await visit.end();
 });
 
+test("zooming and moving glide, where the visitor has not asked for less motion", async () => {
+    const visit = await Visit.begin(browser, { reducedMotion: "no-preference" });
+    await visit.choose(...paths("big.jp2"));
+    await visit.settled("big.jp2");
+    await visit.page.keyboard.press("1");
+    const scales = await visit.page.evaluate((patience) => new Promise((done) => {
+        const seen = [];
+        const end = performance.now() + patience;
+        const look = () => {
+            seen.push(Number(document.querySelector("#view").dataset.scale));
+            if (seen.at(-1) === 1 || performance.now() > end) done(seen);
+            else requestAnimationFrame(look);
+        };
+        look();
+    }), 60_000);
+    assert.equal(scales.at(-1), 1, "it arrives");
+    assert.ok(scales.every((scale, i) => i === 0 || scale >= scales[i - 1]), `it does not turn back: ${scales}`);
+    assert.ok(new Set(scales).size > 2, `there are steps on the way: ${scales}`);
+    assert.equal(await visit.settled("big.jp2"), "ready");
+    await visit.end();
+});
+
 /** Bytes that all processes of the browser hold in memory. */
 async function resident() {
     const session = await browser.newBrowserCDPSession();

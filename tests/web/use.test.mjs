@@ -138,6 +138,8 @@ test("a picture of 16 bits is saved as a PNG of 16 bits", async () => {
     await visit.page.click("[data-do=save]");
     const saved = await download;
     assert.equal(saved.suggestedFilename(), "deep.png");
+    await visit.page.waitForFunction(() => /^Saved as PNG/.test(document.querySelector("#note").textContent));
+    assert.ok(await visit.page.locator("#note").isVisible(), "it is told to those who see");
     await saved.saveAs(at("saved.png"));
     assert.match(zmx("image", "compare", "saved.png", need("deep.pgm")).toString(), /^(inf|PSNR.*inf)/im);
     const [depth, colour] = readFileSync(at("saved.png")).subarray(24, 26);

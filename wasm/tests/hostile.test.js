@@ -29,7 +29,7 @@ test("a cut JPEG or JPEG2000 file gives what there is, with warnings", () => {
     assert.ok(picture.warnings.length > 0, name);
     assert.equal(picture.data.length, picture.width * picture.height * picture.channels, name);
     for (const options of [{ strict: true }, { damage: false }])
-      assert.throws(() => web.decode(cut, options), (error) => error instanceof ZmxError && error.message === picture.warnings[0], name);
+      assert.throws(() => web.decode(cut, options), { name: "ZmxError", message: picture.warnings[0] }, name);
   }
 });
 
@@ -49,7 +49,8 @@ test("bytes that were changed at random are an error or a picture", () => {
   for (const { bytes } of files)
     for (let round = 0; round < 12; round += 1) {
       const forged = bytes.slice();
-      for (let i = 0; i <= round % 4; i += 1) forged[random(Math.min(forged.length, round < 8 ? 200 : forged.length))] = random(256);
+      const reach = round < 8 ? Math.min(forged.length, 200) : forged.length; // mostly in the headers
+      for (let i = 0; i <= round % 4; i += 1) forged[random(reach)] = random(256);
       tried(forged, { maxPixels: 2 ** 20 });
     }
   // The module is as sound as it was.
@@ -84,12 +85,12 @@ test("a picture too large is an error, not a crash", () => {
   // A file that promises 60000 by 60000 pixels: more than the memory of a module.
   const png = web.encode(madePicture(8, 8, 3, 8), { format: "pnm" }).bytes;
   const huge = new Uint8Array([...new TextEncoder().encode("P6\n60000 60000\n255\n"), ...png]);
-  assert.throws(() => web.decode(huge), (error) => error instanceof ZmxError && /pixels|60000/.test(error.message));
-  assert.throws(() => web.decode(huge, { maxPixels: 2 ** 40 }), (error) => error instanceof ZmxError && !/anew/.test(error.message));
+  assert.throws(() => web.decode(huge), { name: "ZmxError", message: /pixels|60000/ });
+  assert.throws(() => web.decode(huge, { maxPixels: 2 ** 40 }), { name: "ZmxError", message: /^(?!.*anew)/ });
   const jpeg = fileNamed("baseline JPEG").bytes.slice();
   const frame = jpeg.findIndex((byte, i) => byte === 0xff && jpeg[i + 1] === 0xc0);
   jpeg.set([0xff, 0xff, 0xff, 0xff], frame + 5); // 65535 by 65535: 12 GiB of samples
-  assert.throws(() => web.decode(jpeg, { maxPixels: 2 ** 40 }), (error) => error instanceof ZmxError && /memory/.test(error.message));
+  assert.throws(() => web.decode(jpeg, { maxPixels: 2 ** 40 }), { name: "ZmxError", message: /memory/ });
   assert.deepEqual(web.decode(bytes).data, pictures.RGB8.data);
 });
 

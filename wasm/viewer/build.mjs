@@ -44,7 +44,10 @@ async function main(folder, out) {
         bundle(join(here, "src/worker.js"), { zmxjpx: folderOf("index.js") }),
     ]);
     const { version } = JSON.parse(await readFile(folderOf("package.json"), "utf8"));
-    const binary = async (id, name) => `<script type="application/wasm" id="${id}">${(await readFile(folderOf(name))).toString("base64")}</script>`;
+    const binary = async (id, name) => {
+        const bytes = await readFile(folderOf(name));
+        return `<script type="application/wasm" id="${id}">${bytes.toString("base64")}</script>`;
+    };
     const data = [
         `<script type="text/plain" id="worker">${within(worker)}</script>`,
         await binary("wasm-simd", "zmx-simd.wasm"),

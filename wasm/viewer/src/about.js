@@ -44,7 +44,7 @@ export function describe(item) {
 }
 
 /** The line above the picture: what cannot be opened, or only in part. */
-export function trouble(item, text, grave) {
+export function trouble(text = "", grave = false) {
     const note = $("#trouble");
     note.hidden = !text;
     note.classList.toggle("grave", grave);

@@ -108,7 +108,8 @@ export class Conversion {
         $("#convert-report").replaceChildren();
         const done = await this.all(items, sink).catch((error) => ({ ended: error.message }));
         this.busy(false);
-        const text = done.ended ?? `${plural(done.good, "picture")} converted` + (done.bad ? `, ${done.bad} failed` : "") + `: ${done.where}`;
+        const failed = done.bad ? `, ${done.bad} failed` : "";
+        const text = done.ended ?? `${plural(done.good, "picture")} converted${failed}: ${done.where}`;
         $("#convert-report").prepend(make("li", { class: "sum" }, text));
         announce(text);
     }

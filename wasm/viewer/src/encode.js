@@ -8,7 +8,8 @@ export const ENDINGS = { png: ".png", jpeg: ".jpg", jpeg2000: ".jp2" };
 function without(picture, lost, make) {
     const { channels, data } = picture;
     const kept = channels - 1;
-    const result = { ...picture, channels: kept, colour: picture.colour.slice(0, -1), data: new data.constructor((data.length / channels) * kept) };
+    const result = { ...picture, channels: kept, colour: picture.colour.slice(0, -1) };
+    result.data = new data.constructor((data.length / channels) * kept);
     for (let from = 0, to = 0; from < data.length; from += channels) {
         for (let c = 0; c < kept; c++) result.data[to++] = make(data[from + c], data[from + kept]);
     }

@@ -8,7 +8,7 @@ const ENDINGS = new Set(
 );
 
 export function isPicture(name) {
-    return !name.startsWith(".") && ENDINGS.has(name.slice(name.lastIndexOf(".") + 1).toLowerCase());
+    return ENDINGS.has(/^[^.].*\.([^.]+)$/.exec(name)?.[1].toLowerCase());
 }
 
 /** What a folder holds: [name, what it is], in the order that people expect. */

@@ -7,7 +7,7 @@ import * as gestures from "./gestures.js";
 import * as intake from "./intake.js";
 import * as keys from "./keys.js";
 import { Levels } from "./levels.js";
-import { $, announce, plural, saveAs } from "./page.js";
+import { $, announce, notify, plural, saveAs } from "./page.js";
 import { Cancelled, Pool } from "./pool.js";
 import { Pyramid } from "./pyramid.js";
 import { Readout } from "./readout.js";
@@ -27,7 +27,7 @@ const pool = new Pool(workerStart(), Math.min(4, Math.max(2, navigator.hardwareC
 const view = new View($("#view"), drawn);
 const levels = new Levels(relook);
 const channels = new Channels(relook);
-const readout = new Readout((pixel) => pool.run({ kind: "pixel", ...place(shown), x: pixel.sx, y: pixel.sy }));
+const readout = new Readout(async (pixel) => (shown ? pool.run({ kind: "pixel", ...place(shown), x: pixel.sx, y: pixel.sy }) : null));
 const strip = new Strip({ choose: open, seen: look });
 const conversion = new Conversion({ items: () => strip.items, pool });
 
@@ -43,15 +43,15 @@ function take({ files, others }) {
     }
     document.body.classList.toggle("empty", strip.items.length === 0);
     $("#count").textContent = plural(strip.items.length, "picture");
-    if (files.length) announce(`${plural(files.length, "file")} added` + (others ? `, ${others} passed over` : ""));
-    else announce(others ? "No picture among these files" : "No files");
+    if (others) notify(files.length ? `${plural(files.length, "file")} added, ${others} passed over` : "No picture among these files");
+    else if (files.length) announce(`${plural(files.length, "file")} added`);
     if (!strip.chosen && strip.items.length) strip.select(strip.items[0], true);
     refresh();
 }
 
 /** Headers and thumbnail of a file, once. */
 function look(item) {
-    item.looking ??= pool.run({ kind: "look", file: item.file }).then(
+    item.looking ??= pool.run({ kind: "look", file: item.file, key: item.key }).then(
         (result) => { item.look = result; },
         (error) => { item.error = error.message; },
     ).then(() => {
@@ -67,10 +67,14 @@ function open(item) {
     shown = null;
     $("#title").textContent = item.name;
     document.title = `${item.name} – zmxjpx viewer`;
+    mark("loading");
     if (item.look || item.error) return display(item);
     view.clear();
-    mark("loading");
-    return look(item);
+    trouble();
+    document.body.classList.remove("failed");
+    const looked = look(item);
+    pool.hurry((job) => job.kind === "look" && job.key === item.key); // ahead of the other thumbnails
+    return looked;
 }
 
 /** Nobody waits any more for what belongs to the picture that was shown. */
@@ -83,7 +87,7 @@ function leave() {
 }
 
 function display(item) {
-    trouble(item, item.error || (item.look.damaged ? item.look.warnings.join("; ") : ""), Boolean(item.error));
+    trouble(item.error || (item.look.damaged ? item.look.warnings.join("; ") : ""), Boolean(item.error));
     document.body.classList.toggle("failed", Boolean(item.error));
     refresh();
     if (item.error) {
@@ -114,7 +118,7 @@ function pyramidOf(item) {
         changed: () => view.draw(),
         ask({ level, x, y, order }) {
             const job = { kind: "tile", ...place(item), level, x, y, order };
-            const mine = (other) => other.kind === "tile" && other.key === item.key && other.level === level && other.x === x && other.y === y;
+            const mine = (other) => ["kind", "key", "level", "x", "y"].every((field) => other[field] === job[field]);
             return { answer: pool.run(job), stop: () => pool.cancel(mine) };
         },
     });
@@ -147,7 +151,7 @@ function drawn({ frame, whole, damaged, error, place: box }) {
     if (damaged && !item.look.damaged) {
         item.look.damaged = true;
         strip.update(item);
-        trouble(item, item.look.warnings.join("; ") || "Parts of the picture could not be decoded.", false);
+        trouble(item.look.warnings.join("; ") || "Parts of the picture could not be decoded.");
     }
     Object.assign(view.canvas.dataset, { left: box.left, top: box.top, scale: frame.scale, decoded: view.pyramid.decoded });
     const { info } = item.look;
@@ -167,13 +171,13 @@ function refresh() {
 async function save() {
     const item = shown;
     if (!item) return;
-    announce("Saving as PNG");
+    notify("Saving as PNG");
     try {
         const { bytes, warnings } = await pool.run({ kind: "save", file: item.file });
         saveAs(new Blob([bytes], { type: "image/png" }), item.name.replace(/\.[^.]*$/, "") + ".png");
-        announce(["Saved as PNG", ...warnings].join(". "));
+        notify(["Saved as PNG", ...warnings].join(". "));
     } catch (error) {
-        if (!(error instanceof Cancelled)) announce(`Not saved: ${error.message}`);
+        if (!(error instanceof Cancelled)) notify(`Not saved: ${error.message}`);
     }
 }
 
@@ -188,7 +192,7 @@ function remove() {
     if (strip.items.length) return;
     strip.list.removeAttribute("aria-activedescendant");
     $("#title").textContent = "";
-    trouble(item, "", false);
+    trouble();
     readout.open(null);
 }
 

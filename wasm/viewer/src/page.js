@@ -21,6 +21,18 @@ export function announce(text) {
     $("#said").textContent = text;
 }
 
+let fading;
+
+/** Says it to those who see, too: for a while, below the picture. */
+export function notify(text) {
+    announce(text);
+    const note = $("#note");
+    note.textContent = text;
+    note.hidden = false;
+    clearTimeout(fading);
+    fading = setTimeout(() => (note.hidden = true), 6000);
+}
+
 export function size(bytes) {
     const units = ["bytes", "KB", "MB", "GB"];
     let unit = 0;

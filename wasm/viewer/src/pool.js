@@ -20,9 +20,19 @@ export class Pool {
     run(job) {
         return new Promise((resolve, reject) => {
             this.queue.push({ ...job, id: ++this.numbers, resolve, reject });
-            this.queue.sort((a, b) => URGENCY[a.kind] - URGENCY[b.kind] || (a.order ?? a.id) - (b.order ?? b.id));
+            this.sort();
             this.next();
         });
+    }
+
+    sort() {
+        this.queue.sort((a, b) => URGENCY[a.kind] - URGENCY[b.kind] || (a.order ?? a.id) - (b.order ?? b.id));
+    }
+
+    /** Puts jobs ahead of others of their kind. */
+    hurry(test) {
+        for (const job of this.queue) if (test(job)) job.order = -1;
+        this.sort();
     }
 
     /** Takes jobs out of the queue; with `running`, also ends workers at heavy ones. */
@@ -37,10 +47,6 @@ export class Pool {
         }
         gone.forEach((job) => job.reject(new Cancelled()));
         this.next();
-    }
-
-    get busy() {
-        return this.queue.length > 0 || this.lanes.some((lane) => lane.job);
     }
 
     may(job, lane) {

@@ -4,7 +4,9 @@
 import { $ } from "./page.js";
 
 // A function that counts the bits of a vector: an engine without vector instructions finds it faulty.
-const VECTORS = Uint8Array.of(0, 97, 115, 109, 1, 0, 0, 0, 1, 5, 1, 96, 0, 1, 123, 3, 2, 1, 0, 10, 10, 1, 8, 0, 65, 0, 253, 15, 253, 98, 11);
+const VECTORS = Uint8Array.of(
+    0, 97, 115, 109, 1, 0, 0, 0, 1, 5, 1, 96, 0, 1, 123, 3, 2, 1, 0, 10, 10, 1, 8, 0, 65, 0, 253, 15, 253, 98, 11,
+);
 
 function bytesOf(text) {
     const binary = atob(text.replace(/\s+/g, ""));

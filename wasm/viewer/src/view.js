@@ -104,8 +104,8 @@ export class View {
         const way = Math.abs(from - to) < 1e-12 * to ? share : (from - 1 / frame.scale) / (from - to);
         frame.x += (goal.x - frame.x) * way;
         frame.y += (goal.y - frame.y) * way;
-        const near = Math.abs(Math.log(goal.scale / frame.scale)) < 1e-3 && Math.hypot(goal.x - frame.x, goal.y - frame.y) * goal.scale < 0.3;
-        if (near) {
+        const away = Math.hypot(goal.x - frame.x, goal.y - frame.y) * goal.scale;
+        if (away < 0.3 && Math.abs(Math.log(goal.scale / frame.scale)) < 1e-3) {
             Object.assign(frame, goal);
             this.goal = null;
         } else {
@@ -189,7 +189,9 @@ export class View {
             // Nothing has come yet: the thumbnail, of which each tile shows its part.
             const [across, down] = [this.thumb.width / pyramid.width, this.thumb.height / pyramid.height];
             context.imageSmoothingEnabled = true;
-            const part = { x: x * side * across, y: y * side * down, width: (right - x * side) * across, height: (bottom - y * side) * down };
+            const part = { x: x * side * across, y: y * side * down };
+            part.width = (right - x * side) * across;
+            part.height = (bottom - y * side) * down;
             this.turn.draw(context, this.thumb, part, box);
         }
         if (best?.tile.picture.damaged) this.paintDamage(box);

@@ -49,8 +49,8 @@ const jobs = {
         const rgba = toRgba(small, { table: levelTable(small.bits, start.low, start.high), channel: -1 });
         const { width, height, channels, bits, colour, signed, orientation, damaged, warnings } = small;
         giveBack();
-        return [{ info, range, start, thumb: { width, height, rgba }, kind: { channels, bits, colour, signed, orientation }, damaged, warnings },
-            [rgba.buffer]];
+        const kind = { channels, bits, colour, signed, orientation };
+        return [{ info, range, start, thumb: { width, height, rgba }, kind, damaged, warnings }, [rgba.buffer]];
     },
     async tile(job) {
         const source = await sourceOf(job);

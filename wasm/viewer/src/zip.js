@@ -41,7 +41,9 @@ export class Zip {
     }
     add(name, blob, crc) {
         const path = new TextEncoder().encode(name);
-        const shared = fields(2, 20, 2, UTF8_NAMES, 2, 0, 2, this.when[0], 2, this.when[1], 4, crc, 4, blob.size, 4, blob.size, 2, path.length);
+        const [time, day] = this.when;
+        const sizes = [4, crc, 4, blob.size, 4, blob.size];
+        const shared = fields(2, 20, 2, UTF8_NAMES, 2, 0, 2, time, 2, day, ...sizes, 2, path.length);
         if (this.length + blob.size > LIMIT - 1e6 || this.directory.length >= 65000) {
             throw new Error("more than a zip file holds: save to a folder, or convert fewer pictures at once");
         }
