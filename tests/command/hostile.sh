@@ -43,8 +43,8 @@ for file in bombs/*; do
         limited 34816 8 "$file" "$zmx" jpeg transcode "$file" o.jpg --rotate 90 --trim --max-pixels 65536 ;;
     */jpeg2000-*) limited 526848 2560 "$file" "$zmx" j2k decode "$file" o.ppm -t 1 --max-pixels 65536 ;;
     */dds-*) limited 4096 16 "$file" "$zmx" dds decode "$file" o.pam ;;
-    */tiff-*) limited 18944 16 "$file" "$zmx" tiff decode "$file" o.ppm --max-pixels 65536 ;;
-    *) limited 18944 16 "$file" "$zmx" image convert "$file" o.png --max-pixels 65536 ;;
+    */tiff-*) limited 61440 16 "$file" "$zmx" tiff decode "$file" o.ppm --max-pixels 65536 ;;
+    *) limited 61440 16 "$file" "$zmx" image convert "$file" o.png --max-pixels 65536 ;;
     esac
 done
 finish 45

@@ -228,7 +228,7 @@ Bytes tiff(const std::vector<std::array<std::uint32_t, 4>>& entries, std::uint32
     return t;
 }
 
-std::vector<Bomb> tiffBombs() {
+std::vector<Bomb> tiffBombs(std::uint32_t allowed) {
     const auto picture = [](std::uint32_t side, std::uint32_t rows, std::uint32_t compression, std::uint32_t strips) {
         return tiff({{256, 4, 1, side},
                      {257, 4, 1, side},
@@ -252,7 +252,24 @@ std::vector<Bomb> tiffBombs() {
                               {324, 4, 1, 8},
                               {325, 4, 1, 64}},
                              0);
-    return {{"ring", picture(256, 256, 1, 1)},
+    // Sixty-four channels of eight bytes, in one tile as large as is allowed; the widths of samples stand behind the directory.
+    constexpr std::uint32_t entries = 12, channels = 64;
+    Bytes wide = tiff({{256, 4, 1, allowed},
+                       {257, 4, 1, allowed},
+                       {258, 3, channels, 8 + 2 + 12 * entries + 4},
+                       {259, 3, 1, 32773},
+                       {262, 3, 1, 1},
+                       {277, 3, 1, channels},
+                       {284, 3, 1, 1},
+                       {322, 4, 1, allowed / 16 * 16},
+                       {323, 4, 1, allowed / 16 * 16},
+                       {324, 4, 1, 8},
+                       {325, 4, 1, 64},
+                       {339, 3, 1, 3}},
+                      0);
+    append(wide, times(channels, {64, 0}));
+    return {{"channels", wide},
+            {"ring", picture(256, 256, 1, 1)},
             {"largest", picture(0x7FFFFFFF, 1, 1, 1)},
             {"one-strip", picture(256, 0xFFFFFFFF, 32773, 1)},
             {"strips", picture(256, 1, 32773, 0x10000000)},
@@ -260,8 +277,8 @@ std::vector<Bomb> tiffBombs() {
             {"many-entries", tiff(std::vector<std::array<std::uint32_t, 4>>(65535, {33432, 2, 0x7FFFFFFF, 8}), 0)}};
 }
 
-std::vector<Bomb> pictureBombs() {
-    std::vector<Bomb> bombs = tiffBombs();
+std::vector<Bomb> pictureBombs(unsigned side) {
+    std::vector<Bomb> bombs = tiffBombs(side);
     bombs.push_back({"pgm", text("P5\n2147483647 2147483647\n65535\n")});
     bombs.push_back({"plain", [] {
                          Bytes b = text("P2\n256 256\n255\n");
@@ -293,8 +310,8 @@ std::vector<Bomb> bombsFor(const std::string& reader, std::uint64_t maxPixels) {
     return reader == "jpeg"       ? jpegBombs(side)
            : reader == "jpeg2000" ? jpeg2000Bombs(side)
            : reader == "dds"      ? textureBombs()
-           : reader == "tiff"     ? tiffBombs()
-           : reader == "picture"  ? pictureBombs()
+           : reader == "tiff"     ? tiffBombs(side)
+           : reader == "picture"  ? pictureBombs(side)
                                   : pgxBombs();
 }
 

@@ -101,8 +101,8 @@ const std::vector<Reader>& readers() {
         {"jpeg", {32 * kMiB, 8, 32}, 4, readJpeg, fuzz::mutateJpeg},
         {"jpeg2000", {512 * kMiB, 2560, 40}, 4, readJpeg2000, fuzz::mutateJpeg2000},
         {"dds", {4 * kMiB, 16, 0}, 1, readTexture, nullptr},
-        {"tiff", {16 * kMiB, 16, 40}, 1, readTiff, nullptr},
-        {"picture", {16 * kMiB, 16, 40}, 2, readPicture, nullptr},
+        {"tiff", {16 * kMiB, 16, 704}, 1, readTiff, nullptr},
+        {"picture", {16 * kMiB, 16, 704}, 2, readPicture, nullptr},
         {"pgx", {4 * kMiB, 16, 0}, 1, readPgx, nullptr},
     };
     return all;
