@@ -44,8 +44,8 @@ bool predictorAgrees(int predictor, std::uint64_t slice) {
 
 void addPredictors(Domains& to) {
     for (int p = 1; p <= 7; ++p)
-        to.push_back({"Predictor" + std::to_string(p), "predictor and its inverse, every pair of neighbours", kWords,
-                      kWords, [p](std::uint64_t slice) { return predictorAgrees(p, slice); }});
+        to.push_back({std::string("Predictor") + char('0' + p), "predictor and its inverse, every pair of neighbours",
+                      kWords, kWords, [p](std::uint64_t slice) { return predictorAgrees(p, slice); }});
 }
 
 } // namespace exhaustive
