@@ -73,6 +73,9 @@ CoefficientFile withoutChroma(CoefficientFile file) {
     Frame frame = file.frame;
     frame.components.resize(1);
     Component& luma = frame.components[0];
+    // Of luma that is coarser than another component the picture has as many samples as there are (A.1.1).
+    frame.width = (frame.width * luma.h + file.frame.hMax - 1) / file.frame.hMax;
+    frame.height = (frame.height * luma.v + file.frame.vMax - 1) / file.frame.vMax;
     luma.h = luma.v = 1; // one component is not sampled (A.2.2)
     frame.setMaxima();
     CoefficientFile out = emptied(file, frame);
