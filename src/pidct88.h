@@ -6,6 +6,7 @@
 #pragma once
 
 #include "pidctmul.h"
+#include "pjtranspose.h"
 #include "pjwrap.h"
 
 #include <cstdint>
@@ -13,24 +14,7 @@
 
 namespace zmx {
 
-// A block of 64 elements that a pass reads or writes.
-struct alignas(32) Block16s {
-    Zmx16s at[64];
-};
-
-// Transposes a block: three perfect shuffles of 64 elements turn the index rrrccc into cccrrr.
-inline void shuffle(const Zmx16s* __restrict in, Zmx16s* __restrict out) {
-    for (int i = 0; i < 32; ++i) {
-        out[2 * i] = in[i];
-        out[2 * i + 1] = in[i + 32];
-    }
-}
-inline void transpose(const Zmx16s* in, Zmx16s* out) {
-    Block16s a, b;
-    shuffle(in, a.at);
-    shuffle(a.at, b.at);
-    shuffle(b.at, out);
-}
+using Block16s = Block<Zmx16s>;
 
 // 32-bit sums and products that wrap; the product of an element and a constant of 16 bits each cannot.
 using Wrapping = Zmx32u;

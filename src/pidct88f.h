@@ -10,6 +10,7 @@
 #include "pidctmul.h"
 #include "pjround.h"
 #include "pjtable.h"
+#include "pjtranspose.h"
 
 namespace zmx::dct {
 
@@ -21,10 +22,7 @@ inline Single operator+(Single a, Single b) { return {rounded(a.v + b.v)}; }
 inline Single operator-(Single a, Single b) { return {rounded(a.v - b.v)}; }
 inline Single operator*(Single a, Zmx32f b) { return {rounded(a.v * b)}; }
 
-// A block that a pass reads or writes.
-struct alignas(32) BlockSingle {
-    Zmx32f at[64];
-};
+using BlockSingle = Block<Zmx32f>;
 
 // Outer products of two vectors, rounded once.
 constexpr auto outerProduct(const Factors& f) {
@@ -32,20 +30,6 @@ constexpr auto outerProduct(const Factors& f) {
 }
 inline constexpr auto tab_norm_fwd = outerProduct(kForwardFactors);
 static_assert(tab_norm_fwd[0] == 0.125f && tab_norm_fwd[1] == tab_norm_fwd[8]);
-
-// Transposes a block: three perfect shuffles of 64 elements turn the index rrrccc into cccrrr.
-inline void shuffle(const Zmx32f* __restrict in, Zmx32f* __restrict out) {
-    for (int i = 0; i < 32; ++i) {
-        out[2 * i] = in[i];
-        out[2 * i + 1] = in[i + 32];
-    }
-}
-inline void transpose(const Zmx32f* in, Zmx32f* out) {
-    BlockSingle a, b;
-    shuffle(in, a.at);
-    shuffle(a.at, b.at);
-    shuffle(b.at, out);
-}
 
 // Elements 0 to 3 are the sums of the mirrored ones, outermost first; of the differences the outermost is element Outer and
 // the innermost the one that is left of 4 and 7.

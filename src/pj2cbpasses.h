@@ -42,26 +42,24 @@ public:
 
     [[gnu::always_inline]] void significancePropagation() {
         scan([this](auto full, Zmx32u* f, Sample* s, int rows) __attribute__((always_inline)) {
-            const bool more = full || rows > 2; // unreachable: full is a constant
             significancePair<0, full>(f, s, rows);
-            if (more) significancePair<2, full>(f + block.flagStride, s, rows);
+            if (rows > 2) significancePair<2, full>(f + block.flagStride, s, rows);
         });
     }
 
     [[gnu::always_inline]] void magnitudeRefinement() {
         scan([this](auto full, Zmx32u* f, Sample* s, int rows) __attribute__((always_inline)) {
-            const bool more = full || rows > 2; // unreachable: full is a constant
             refinementPair<0, full>(f, s, rows);
-            if (more) refinementPair<2, full>(f + block.flagStride, s, rows);
+            if (rows > 2) refinementPair<2, full>(f + block.flagStride, s, rows);
         });
     }
 
     [[gnu::always_inline]] void cleanup() {
         scan([this](auto full, Zmx32u* f, Sample* s, int rows) __attribute__((always_inline)) {
-            if (full && !(f[0] | f[block.flagStride]) && !runLength(f, s)) return; // unreachable: full is a constant
-            const bool more = full || rows > 2;                                    // unreachable: full is a constant
+            if constexpr (full)
+                if (!(f[0] | f[block.flagStride]) && !runLength(f, s)) return;
             cleanupPair<0, full>(f, s, rows);
-            if (more) cleanupPair<2, full>(f + block.flagStride, s, rows);
+            if (rows > 2) cleanupPair<2, full>(f + block.flagStride, s, rows);
         });
     }
 

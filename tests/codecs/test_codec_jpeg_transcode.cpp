@@ -305,3 +305,21 @@ TEST(JpegTranscode, AHeightBehindTheScan) {
         EXPECT_EQ(transcode(moved(file, 300), {}).file, transcode(file, {}).file);
     }
 }
+
+// Luma that is coarser than chroma is a grey picture of half the size: of neutral pixels, each four times, the one that
+// they were made of.
+TEST(JpegTranscode, LumaThatIsCoarserThanChroma) {
+    constexpr int w = 23, h = 19;
+    const Bytes grey = noise(w, h, 1);
+    Bytes large;
+    for (int y = 0; y < 2 * h - 1; ++y)
+        for (int x = 0; x < 2 * w - 1; ++x) large.insert(large.end(), 3, grey[std::size_t(y / 2 * w + x / 2)]);
+    EncodeOptions o;
+    o.factors = {{1, 1}, {2, 2}, {1, 1}};
+    TranscodeOptions luma;
+    luma.grey = true;
+    const Seen got = decoded(transcode(jpeg::encode(picture(large, 2 * w - 1, 2 * h - 1, 3), o), luma).file, {});
+    EXPECT_EQ(got.width, w);
+    EXPECT_EQ(got.height, h);
+    EXPECT_TRUE(sameBytes(got.pixels, decoded(jpeg::encode(picture(grey, w, h, 1), {}), {}).pixels));
+}

@@ -1,25 +1,20 @@
 // bmp.cpp - BMP files.
 // SPDX-License-Identifier: BSD-2-Clause
-#include "codecs/picture/formats.h"
-#include "wasm/src/format.h"
+#include "wasm/src/container.h"
 
 namespace web {
 namespace {
 
-Info info(ByteView file) { return rowsInfo(*codecs::openBmp(sourceOf(file), UINT64_MAX), "BMP"); }
-
-Decoded decode(ByteView file, const Request& request) {
-    return decodeRows(codecs::openBmp(sourceOf(file), request.maxPixels), request);
-}
-
-Warnings encode(codecs::RowSource& rows, codecs::ByteSink& file, Options& o) {
-    o.checkAllUsed("bmp");
-    return writeContainer(rows, codecs::createBmp(borrowed(file)));
-}
+struct Bmp {
+    static constexpr const char *name = "bmp", *title = "BMP";
+    static bool fits(ByteView file) { return beginsWith(file, "BM"); }
+    static constexpr auto open = codecs::openBmp;
+    static constexpr auto create = codecs::createBmp;
+};
 
 } // namespace
 
 extern const Format kBmp;
-const Format kBmp = {"bmp", [](ByteView file) { return beginsWith(file, "BM"); }, info, decode, encode};
+const Format kBmp = Container<Bmp>::format;
 
 } // namespace web

@@ -73,18 +73,4 @@ std::unique_ptr<ByteSink> createBytes(const std::string& path) { refuse(path); }
 Bytes readFile(const std::string& path) { refuse(path); }
 void writeFile(const std::string& path, ByteView) { refuse(path); }
 
-SpooledSink::SpooledSink(ByteSink& end) : target(end), spool(sinkOn(openNameless())) {}
-SpooledSink::~SpooledSink() = default;
-void SpooledSink::write(ByteView bytes) { spool->write(bytes); }
-std::uint64_t SpooledSink::position() const { return spool->position(); }
-void SpooledSink::patch(std::uint64_t at, ByteView bytes) { spool->patch(at, bytes); }
-std::size_t SpooledSink::readBack(std::uint64_t at, std::span<std::uint8_t> to) { return spool->readBack(at, to); }
-
-void SpooledSink::finish() {
-    Bytes all(std::size_t(spool->position()));
-    spool->readBack(0, all);
-    target.write(all);
-    target.finish();
-}
-
 } // namespace codecs

@@ -1,25 +1,20 @@
 // png.cpp - PNG files.
 // SPDX-License-Identifier: BSD-2-Clause
-#include "codecs/picture/formats.h"
-#include "wasm/src/format.h"
+#include "wasm/src/container.h"
 
 namespace web {
 namespace {
 
-Info info(ByteView file) { return rowsInfo(*codecs::openPng(sourceOf(file), UINT64_MAX), "PNG"); }
-
-Decoded decode(ByteView file, const Request& request) {
-    return decodeRows(codecs::openPng(sourceOf(file), request.maxPixels), request);
-}
-
-Warnings encode(codecs::RowSource& rows, codecs::ByteSink& file, Options& o) {
-    o.checkAllUsed("png");
-    return writeContainer(rows, codecs::createPng(borrowed(file)));
-}
+struct Png {
+    static constexpr const char *name = "png", *title = "PNG";
+    static bool fits(ByteView file) { return beginsWith(file, "\x89PNG"); }
+    static constexpr auto open = codecs::openPng;
+    static constexpr auto create = codecs::createPng;
+};
 
 } // namespace
 
 extern const Format kPng;
-const Format kPng = {"png", [](ByteView file) { return beginsWith(file, "\x89PNG"); }, info, decode, encode};
+const Format kPng = Container<Png>::format;
 
 } // namespace web
