@@ -77,12 +77,6 @@ public:
         lastColumn = int((w.x1 - 1 - s.tileX) / s.tileWidth);
         firstRow = int((w.y0 - s.tileY) / s.tileHeight);
         lastRow = int((w.y1 - 1 - s.tileY) / s.tileHeight);
-        // Each tile is gone through component by component, whether it holds samples or not. What holds some takes a byte of the
-        // file at the least; a short file could ask for a thousand million of such steps.
-        constexpr std::uint64_t some = std::uint64_t(1) << 24, perByte = 8;
-        const std::uint64_t tiles = std::uint64_t(lastColumn - firstColumn + 1) * std::uint64_t(lastRow - firstRow + 1);
-        if (tiles * s.components.size() > some + perByte * scope.stream.file.size())
-            throw Error("more tiles and components than the file can hold");
     }
 
     std::vector<std::string> decode() {
