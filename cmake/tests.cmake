@@ -24,7 +24,7 @@ endif()
 file(GLOB zmx_test_support CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/support/*.cpp
   ${PROJECT_SOURCE_DIR}/tests/*/support/*.cpp ${PROJECT_SOURCE_DIR}/tests/*/model/*.cpp)
 # These stand in for libzmxcore: a test includes them, and no other program gets them.
-list(FILTER zmx_test_support EXCLUDE REGEX "/tests/support/(memory|guardedmemory|threads)\\.cpp$")
+list(FILTER zmx_test_support EXCLUDE REGEX "/tests/support/(memory|guardedmemory|failingmemory|threads)\\.cpp$")
 add_library(zmx_test_support STATIC ${zmx_test_support})
 target_include_directories(zmx_test_support PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
 target_link_libraries(zmx_test_support PUBLIC zmx_gtest PRIVATE zmx_warnings)
@@ -67,6 +67,10 @@ foreach(source ${zmx_tests})
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST TEST_PREFIX "${name}." PROPERTIES TIMEOUT 300)
   endif()
 endforeach()
+# The sanitizers have an allocator of their own, which stays in its place.
+if(TARGET test_codec_memory AND NOT ZMX_SANITIZE AND NOT ZMX_SANITIZE_THREADS)
+  target_compile_definitions(test_codec_memory PRIVATE ZMX_COUNT_MEMORY)
+endif()
 target_sources(test_own_core PRIVATE core/linux.cpp)
 target_include_directories(test_own_core PRIVATE core)
 
@@ -85,6 +89,16 @@ if(TARGET zmx_codecs AND NOT CMAKE_CROSSCOMPILING)
   target_link_libraries(hostile PRIVATE zmx_codecs zmxjpx zmxcore zmx_warnings)
   if(NOT ZMX_SANITIZE)
     target_compile_definitions(hostile PRIVATE ZMX_COUNT_MEMORY)
+  endif()
+endif()
+
+# Preloaded by tests/command/faults.sh: memory that runs out, disks that are full.
+if(TARGET zmx AND NOT CMAKE_CROSSCOMPILING)
+  add_library(zmx_faults MODULE ${PROJECT_SOURCE_DIR}/tests/faults/faults.cpp)
+  target_include_directories(zmx_faults PRIVATE ${PROJECT_SOURCE_DIR})
+  target_link_libraries(zmx_faults PRIVATE zmx_warnings ${CMAKE_DL_LIBS})
+  if(NOT ZMX_SANITIZE AND NOT ZMX_SANITIZE_THREADS)
+    target_compile_definitions(zmx_faults PRIVATE ZMX_COUNT_MEMORY)
   endif()
 endif()
 

@@ -3,6 +3,7 @@
 #include "zmx/manners.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 #include <sched.h>
 
@@ -52,7 +53,11 @@ void giveThreads(CLI::App& app) {
     const auto children = app.get_subcommands(static_cast<bool (*)(CLI::App*)>(nullptr));
     for (CLI::App* child : children) giveThreads(*child);
     static int unused = 0; // the mask does it
-    if (children.empty() && !app.get_option_no_throw("--threads")) addThreads(app, unused);
+    // Not by get_option_no_throw(), which ends the process where memory runs out.
+    const auto options = app.get_options();
+    if (children.empty() &&
+        std::none_of(options.begin(), options.end(), [](const CLI::Option* o) { return o->check_lname("threads"); }))
+        addThreads(app, unused);
 }
 
 } // namespace command

@@ -13,6 +13,7 @@ DecodeSpec decodeSpecOf(const std::optional<HuffmanTable>& table, const char* ki
     ZmxiDecodeHuffmanSpec* spec = nullptr;
     const ZmxStatus status = zmxiDecodeHuffmanSpecInitAlloc_JPEG_8u(table->bits.data(), table->vals.data(), &spec);
     DecodeSpec owned(spec); // a table that failed is there too
+    if (!owned) throw std::bad_alloc();
     if (status != zmxStsNoErr) fail(offset, name + " is no prefix code");
     return owned;
 }
@@ -22,6 +23,7 @@ EncodeSpec encodeSpecOf(const HuffmanTable& table) {
     ZmxiEncodeHuffmanSpec* spec = nullptr;
     const ZmxStatus status = zmxiEncodeHuffmanSpecInitAlloc_JPEG_8u(table.bits.data(), table.vals.data(), &spec);
     EncodeSpec owned(spec);
+    if (!owned) throw std::bad_alloc();
     if (status != zmxStsNoErr) throw Error("a Huffman table cannot be built");
     return owned;
 }

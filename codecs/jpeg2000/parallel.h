@@ -39,7 +39,11 @@ template <class Work> void parallelFor(std::size_t count, int threads, Work work
         }
     };
     std::vector<std::thread> team;
-    for (int t = 1; t < threads && std::size_t(t) < count; ++t) team.emplace_back(run, t);
+    try {
+        for (int t = 1; t < threads && std::size_t(t) < count; ++t) team.emplace_back(run, t);
+    } catch (const std::exception&) {
+        // The system has no more threads, or no memory for one: those that there are do the work.
+    }
     // The caller is a thread of the team, too.
     run(0);
     for (std::thread& t : team) t.join();

@@ -31,7 +31,7 @@ public:
         const std::string folder = slash == std::string::npos ? "" : target.substr(0, slash + 1);
         for (unsigned n = 0; fd < 0; ++n) {
             name = folder + ".zmx-" + std::to_string(getpid()) + "-" + std::to_string(n);
-            fd = ::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+            fd = openUninterrupted(name.c_str(), O_RDWR | O_CREAT | O_EXCL);
             if (fd < 0 && errno != EEXIST) throw FileError(target + ": " + std::strerror(errno));
         }
         for (auto& place : unfinished) {
@@ -155,7 +155,7 @@ std::unique_ptr<ByteSink> createBytes(const std::string& path) {
     struct stat old {};
     const bool exists = stat(path.c_str(), &old) == 0;
     if (exists && !S_ISREG(old.st_mode)) {
-        Descriptor device(::open(path.c_str(), O_WRONLY | O_CLOEXEC), name);
+        Descriptor device(openUninterrupted(path.c_str(), O_WRONLY), name);
         if (device.get() < 0) device.fail();
         return std::make_unique<DescriptorSink>(std::move(device), false);
     }

@@ -31,6 +31,13 @@ template <class Span, class Call> std::size_t repeated(Span bytes, const Descrip
     return done;
 }
 
+// The same for what must all be taken: a device that takes nothing, and has no reason, would lose the rest.
+template <class Call> void allWritten(ByteView bytes, const Descriptor& file, Call call) {
+    if (repeated(bytes, file, call) == bytes.size()) return;
+    errno = EIO;
+    file.fail();
+}
+
 } // namespace
 
 void Descriptor::fail() const { throw FileError(name + ": " + std::strerror(errno)); }
@@ -64,24 +71,32 @@ std::size_t Descriptor::readAt(std::uint64_t at, std::span<std::uint8_t> to) con
 }
 
 void Descriptor::write(ByteView bytes) const {
-    repeated(bytes, *this, [&](const std::uint8_t* p, std::size_t n, std::size_t) { return ::write(fd, p, n); });
+    allWritten(bytes, *this, [&](const std::uint8_t* p, std::size_t n, std::size_t) { return ::write(fd, p, n); });
 }
 
 void Descriptor::writeAt(std::uint64_t at, ByteView bytes) const {
-    repeated(bytes, *this, [&](const std::uint8_t* p, std::size_t n, std::size_t done) {
+    allWritten(bytes, *this, [&](const std::uint8_t* p, std::size_t n, std::size_t done) {
         return pwrite(fd, p, n, off_t(at + done));
     });
 }
 
 bool Descriptor::close() noexcept {
     const int open = std::exchange(fd, -1);
-    return open < 0 || !owned || ::close(open) == 0;
+    // An interrupted close() has closed nevertheless, and must not be repeated.
+    return open < 0 || !owned || ::close(open) == 0 || errno == EINTR;
+}
+
+int openUninterrupted(const char* path, int flags) {
+    int fd;
+    do fd = ::open(path, flags | O_CLOEXEC, 0666);
+    while (fd < 0 && errno == EINTR);
+    return fd;
 }
 
 Descriptor openToRead(const std::string& path) {
     const std::string name = nameForMessages(path, true);
     if (path == "-") return {STDIN_FILENO, name, false};
-    Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC), name);
+    Descriptor file(openUninterrupted(path.c_str(), O_RDONLY), name);
     if (file.get() < 0) file.fail();
     struct stat s {};
     if (fstat(file.get(), &s) == 0 && S_ISDIR(s.st_mode)) {
@@ -93,8 +108,11 @@ Descriptor openToRead(const std::string& path) {
 
 Descriptor openNameless() {
     const char* folder = std::getenv("TMPDIR");
-    std::string path = std::string(folder && *folder ? folder : "/tmp") + "/zmx-XXXXXX";
-    Descriptor file(mkstemp(path.data()), path);
+    std::string path;
+    int fd;
+    do fd = mkstemp((path = std::string(folder && *folder ? folder : "/tmp") + "/zmx-XXXXXX").data());
+    while (fd < 0 && errno == EINTR);
+    Descriptor file(fd, path);
     if (file.get() < 0) file.fail();
     unlink(path.c_str());
     return file;

@@ -54,6 +54,8 @@ private:
     bool owned = true;
 };
 
+// open(2), once more where a signal came between.
+int openUninterrupted(const char* path, int flags);
 // Opens a file for reading, "-" for standard input.
 Descriptor openToRead(const std::string& path);
 // A file without a name, gone with its descriptor.

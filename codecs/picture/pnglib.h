@@ -6,8 +6,10 @@
 
 #include <csetjmp>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <new>
 #include <png.h>
 #include <string>
 #include <utility>
@@ -22,8 +24,8 @@ class PngLib {
 public:
     enum class Way { read, write };
     explicit PngLib(Way direction) : way(direction) {
-        png = way == Way::read ? png_create_read_struct(PNG_LIBPNG_VER_STRING, this, onError, onWarning)
-                               : png_create_write_struct(PNG_LIBPNG_VER_STRING, this, onError, onWarning);
+        const auto create = way == Way::read ? png_create_read_struct_2 : png_create_write_struct_2;
+        png = create(PNG_LIBPNG_VER_STRING, this, onError, onWarning, this, take, give);
         info = png ? png_create_info_struct(png) : nullptr;
     }
     PngLib(const PngLib&) = delete;
@@ -37,12 +39,15 @@ public:
 
     // Calls of libpng. Where one fails this throws; what `calls` itself makes has no destructor, for a jump passes it by.
     template <class Calls> [[gnu::noinline]] void run(Calls calls) {
-        if (!info) throw Error("PNG: no memory for libpng");
+        if (!info) throw std::bad_alloc();
         if (setjmp(jump)) {
             if (thrown) std::rethrow_exception(std::exchange(thrown, nullptr));
+            if (noMemory) throw std::bad_alloc();
             throw Error(std::string("PNG: ") + text);
         }
         calls();
+        // Of a chunk beside the samples libpng only warns then, and leaves it out.
+        if (noMemory) throw std::bad_alloc();
     }
     // Our own code in a callback of libpng: an exception waits until run() can throw it.
     template <class Code> void guarded(Code code) {
@@ -60,6 +65,12 @@ public:
     char profileTrouble[200] = "";
 
 private:
+    static png_voidp take(png_structp png, png_alloc_size_t n) {
+        void* const p = std::malloc(n);
+        if (!p) static_cast<PngLib*>(png_get_mem_ptr(png))->noMemory = true;
+        return p;
+    }
+    static void give(png_structp, png_voidp p) { std::free(p); }
     [[noreturn]] static void onError(png_structp png, png_const_charp message) {
         auto* self = static_cast<PngLib*>(png_get_error_ptr(png));
         std::snprintf(self->text, sizeof self->text, "%s", message);
@@ -74,6 +85,7 @@ private:
 
     Way way;
     std::jmp_buf jump;
+    bool noMemory = false;
     char text[200] = "";
     std::exception_ptr thrown;
 };

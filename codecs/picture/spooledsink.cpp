@@ -16,6 +16,7 @@ void SpooledSink::finish() {
     Bytes piece(1 << 16);
     for (std::uint64_t at = 0; at < spool->position();) {
         const std::size_t n = spool->readBack(at, piece);
+        if (n == 0) throw Error("the temporary file has become shorter");
         target.write(ByteView(piece).first(n));
         at += n;
     }

@@ -6,6 +6,9 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <new>
 
 namespace codecs {
 
@@ -23,12 +26,34 @@ TiffFile::TiffFile(ByteSink& bytes, bool big) : sink(&bytes) {
 void TiffFile::open(const char* mode) {
     const std::unique_ptr<TIFFOpenOptions, void (*)(TIFFOpenOptions*)> options(TIFFOpenOptionsAlloc(),
                                                                                TIFFOpenOptionsFree);
+    if (!options) throw std::bad_alloc();
     TIFFOpenOptionsSetErrorHandlerExtR(options.get(), keep, this);
     TIFFOpenOptionsSetWarningHandlerExtR(
-        options.get(), [](TIFF*, void*, const char*, const char*, va_list) { return 1; }, this);
+        options.get(),
+        [](TIFF*, void* file, const char*, const char* format, va_list) {
+            static_cast<TiffFile*>(file)->look(format);
+            return 1;
+        },
+        this);
     handle.reset(TIFFClientOpenExt(
         "", mode, this, read, write, seek, [](thandle_t) { return 0; }, sizeOf, nullptr, nullptr, options.get()));
     if (!handle) fail("not readable as a TIFF file");
+    if (unsound) {
+        close(); // no destructor will
+        needSound();
+    }
+}
+
+// Without what TIFFClose() would still write: finish() has written all, and what is given up may be in no state for it.
+// Where libtiff could not grow a list of tags it counts one more than it holds, and stumbles over it: such a handle is left
+// behind.
+void TiffFile::close() {
+    if (!handle) return;
+    TIFFSetMode(handle.get(), O_RDONLY);
+    if (unsound)
+        static_cast<void>(handle.release());
+    else
+        handle.reset();
 }
 
 template <class Code> auto TiffFile::guarded(Code code) -> decltype(code()) {
@@ -76,18 +101,27 @@ toff_t TiffFile::sizeOf(thandle_t handle) {
 }
 
 int TiffFile::keep(TIFF*, void* file, const char*, const char* format, va_list values) {
-    std::string& text = static_cast<TiffFile*>(file)->told;
-    char line[300];
-    std::vsnprintf(line, sizeof line, format, values);
-    if (text.empty()) text = line; // the first is the cause
+    // No exception may leave a callback of C, so the text has its place already. The first is the cause.
+    TiffFile& f = *static_cast<TiffFile*>(file);
+    if (!f.told[0]) std::vsnprintf(f.told.data(), f.told.size(), format, values);
+    f.look(format);
     return 1;
+}
+
+void TiffFile::look(const char* message) {
+    for (const char* words : {"llocate ", "ut of memory", "nough memory", "o space ", "nsertion in tif_map"})
+        unsound = unsound || std::strstr(message, words);
+}
+
+void TiffFile::needSound() const {
+    if (unsound) fail({});
 }
 
 void TiffFile::fail(const std::string& what) const {
     if (thrown) std::rethrow_exception(std::exchange(thrown, nullptr));
-    std::string why = told;
+    std::string why = told.data();
     std::replace(why.begin(), why.end(), '\n', ' ');
-    throw Error("TIFF: " + what + (why.empty() ? "" : " (" + why + ")"));
+    throw Error("TIFF: " + (unsound ? "not enough memory" : what) + (why.empty() ? "" : " (" + why + ")"));
 }
 
 void TiffFile::setAlpha() const {
@@ -97,7 +131,8 @@ void TiffFile::setAlpha() const {
 
 void TiffFile::finish() {
     const bool flushed = TIFFFlush(get());
-    handle.reset();
+    needSound();
+    close();
     if (!flushed || thrown) fail("the directory cannot be written");
     sink->finish();
 }

@@ -4,6 +4,7 @@
 
 #include "codecs/picture/picture.h"
 
+#include <array>
 #include <cstdarg>
 #include <cstdint>
 #include <exception>
@@ -21,6 +22,7 @@ public:
     TiffFile(ByteSink& bytes, bool big);
     TiffFile(const TiffFile&) = delete;
     TiffFile& operator=(const TiffFile&) = delete;
+    ~TiffFile() { close(); }
     TIFF* get() const { return handle.get(); }
 
     // Throws an Error of one line: `what`, and libtiff's first message if there is one.
@@ -45,6 +47,8 @@ public:
     std::uint64_t append(ByteView bytes);
     bool isBig() const { return TIFFIsBigTIFF(handle.get()); }
 
+    // An Error where libtiff's memory ran out: then it leaves out tags, and says nothing but that.
+    void needSound() const;
     // The last channel of a picture.
     void setAlpha() const;
     // Writes what is still held back, and finishes the sink.
@@ -53,6 +57,8 @@ public:
 private:
     void open(const char* mode);
     static TiffFile& of(thandle_t handle) { return *static_cast<TiffFile*>(handle); }
+    void close();
+    void look(const char* message); // of libtiff's: whether it tells of memory
     static tmsize_t read(thandle_t handle, void* to, tmsize_t n);
     static tmsize_t write(thandle_t handle, void* from, tmsize_t n);
     static toff_t seek(thandle_t handle, toff_t to, int whence);
@@ -66,7 +72,8 @@ private:
     std::unique_ptr<ByteSink> spool;
     std::uint64_t place = 0; // where libtiff stands
     mutable std::exception_ptr thrown;
-    std::string told;
+    std::array<char, 300> told{};
+    bool unsound = false; // libtiff's structures, where its memory ran out
     std::unique_ptr<TIFF, void (*)(TIFF*)> handle{nullptr, TIFFClose};
 };
 

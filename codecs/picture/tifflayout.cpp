@@ -136,6 +136,7 @@ TiffLayout layoutOf(const TiffFile& file, std::uint64_t maxPixels) {
     readSamples(file, h);
     readColour(file, h);
     readPieces(file, maxPixels, h);
+    file.needSound();
     if (!TIFFLastDirectory(file.get())) h.warnings.push_back("only the first of its pictures is read");
     return h;
 }

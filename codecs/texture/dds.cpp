@@ -124,7 +124,7 @@ Format formatOf(const Header& header, bool dx10) {
     const uint32_t code = header.at(dx10 ? atDxgiFormat : atFourCC);
     for (const Known& k : kKnown) {
         if (dx10 && k.firstDxgi && code >= k.firstDxgi && code < k.firstDxgi + 3) return k.format;
-        if (!dx10 && code == k.fourCC) {
+        if (!dx10 && k.fourCC && code == k.fourCC) {
             const bool marked = header.at(atMark) == kMark && header.at(atMarkKind) == kMarkYCoCg;
             return k.format == Format::dxt5 && marked ? Format::ycocgDxt5 : k.format;
         }

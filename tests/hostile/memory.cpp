@@ -2,21 +2,14 @@
 // SPDX-License-Identifier: BSD-2-Clause
 #include "tests/hostile/memory.h"
 
+#include "tests/support/glibcmemory.h"
+
 #include <atomic>
 
 #ifdef ZMX_COUNT_MEMORY
 #include <cerrno>
 #include <cstdlib>
 #include <malloc.h>
-
-// What glibc's allocator is called when malloc() is someone else's.
-extern "C" {
-void* __libc_malloc(std::size_t n);
-void* __libc_calloc(std::size_t count, std::size_t n);
-void* __libc_realloc(void* p, std::size_t n);
-void* __libc_memalign(std::size_t alignment, std::size_t n);
-void __libc_free(void* p);
-}
 #endif
 
 namespace hostile {
