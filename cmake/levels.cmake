@@ -49,6 +49,9 @@ function(zmx_add_level level)
   set_target_properties(${target} PROPERTIES OUTPUT_NAME zmxjpx VERSION 6.1 SOVERSION 6.1 LINKER_LANGUAGE CXX
     LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib/${folder} BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "$ORIGIN/../..")
   zmx_export_only(${target} ZMXJ src/zmxj.map)
+  if(TARGET zmx_pages)
+    add_dependencies(zmx_pages ${target}) # the command runs for them, with the library that the loader takes
+  endif()
   if(ZMX_INSTALL)
     install(TARGETS ${target} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/${folder} COMPONENT runtime NAMELINK_SKIP)
   endif()
