@@ -11,7 +11,7 @@
 set(zmx_baseline_modules pjxrpctfwd pjxrpctinv)
 # blocks of 8x8, whose rows fill 16 bytes: at most x86-64-v2, for gcc joins two rows to a vector of 32 bytes and then parts
 # them again, and a load of 32 bytes waits for two stores of 16;
-set(zmx_v2_modules pidct88i pidct8844i pjdecdct pjencdct pjdecqnt pjencqnt psmul pjdecls pjencls pizigzag)
+set(zmx_v2_modules pidct88i pidct8844i pjdecdct pjencdct pjdecqnt pjencqnt psmul picopyca pjdecls pjencls pizigzag)
 # units between pixels and samples, for the same reason; but they gain by the instructions of the level.
 set(zmx_narrow_modules pjdecccss pjencccss)
 # code with few vectors, and the units: at most x86-64-v3, for v4 has slower ways to mask the ends of short loops.
