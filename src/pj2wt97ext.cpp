@@ -21,6 +21,7 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <type_traits>
 
 namespace zmx::wt97::ext {
 namespace {
@@ -339,14 +340,15 @@ template <bool large> void inverseChunk(const Samples& x, int from, Zmx8u* out) 
 }
 
 // Strips of columns from left to right, with the lifting for large samples where there are any in the strip.
-using LiftStrip = void (*)(StripRows& rows, Zmx8u* strip, int step, Split split, int width);
-
-void allStrips(Zmx8u* plane, int step, Split split, int width, LiftStrip lift, LiftStrip liftLarge) {
+template <class LiftStrip> void allStrips(Zmx8u* plane, int step, Split split, int width, LiftStrip lift) {
     for (int x = 0; x < width; x += kStrip) {
         Zmx8u* const strip = plane + std::ptrdiff_t(sizeof(Zmx32s)) * x;
         const int columns = std::min(kStrip, width - x);
         StripRows rows(strip, step, split.n, columns);
-        (rows.bound.large() ? liftLarge : lift)(rows, strip, step, split, columns);
+        if (rows.bound.large())
+            lift(std::true_type(), rows, strip, columns);
+        else
+            lift(std::false_type(), rows, strip, columns);
     }
 }
 
@@ -399,15 +401,20 @@ void inverseLine(Zmx8u* low, Zmx8u* high, Split split, Zmx8u* x) {
             fill(held.odds, first, 0, split.high(), straight(high, 0), mirrored(1));
         }
         const Samples samples = inside ? Samples(band(low, first - p), band(high, first), first) : held.from(first);
-        const auto make = samples.bound.large() ? inverseChunk<true> : inverseChunk<false>;
+        const auto make = [&](Zmx8u* out) {
+            if (samples.bound.large())
+                inverseChunk<true>(samples, from, out);
+            else
+                inverseChunk<false>(samples, from, out);
+        };
         // Position k is sample k - phase of the line. A whole chunk goes straight there.
         const int begin = from == 0 ? p : 0, end = std::min(2 * kChunk, n + p - 2 * from);
         Zmx8u* const place = x + std::ptrdiff_t(sizeof(Zmx32s)) * (2 * std::ptrdiff_t(from) - p + begin);
         if (begin == 0 && end == 2 * kChunk) {
-            make(samples, from, place);
+            make(place);
         } else {
             Zmx32s part[2 * kChunk];
-            make(samples, from, reinterpret_cast<Zmx8u*>(part));
+            make(reinterpret_cast<Zmx8u*>(part));
             std::memcpy(place, part + begin, sizeof *part * std::size_t(end - begin));
         }
     }
@@ -415,10 +422,14 @@ void inverseLine(Zmx8u* low, Zmx8u* high, Split split, Zmx8u* x) {
 
 // Columns do not depend on each other.
 void forwardColumns(Zmx8u* plane, int step, Split split, int width) {
-    allStrips(plane, step, split, width, forwardStrip<false>, forwardStrip<true>);
+    allStrips(plane, step, split, width, [=](auto large, StripRows& rows, Zmx8u* strip, int columns) {
+        forwardStrip<large>(rows, strip, step, split, columns);
+    });
 }
 void inverseColumns(Zmx8u* plane, int step, Split split, int width) {
-    allStrips(plane, step, split, width, inverseStrip<false>, inverseStrip<true>);
+    allStrips(plane, step, split, width, [=](auto large, StripRows& rows, Zmx8u* strip, int columns) {
+        inverseStrip<large>(rows, strip, step, split, columns);
+    });
 }
 
 } // namespace zmx::wt97::ext
