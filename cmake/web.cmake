@@ -16,7 +16,7 @@ file(GLOB zmx_codec_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/codecs/*/*.c
 list(FILTER zmx_codec_sources EXCLUDE REGEX "/picture/(descriptor|bytesource|bytesink)\\.cpp$")
 # The codecs use none of these functions, or only for what is asked for by name: speed in return for room.
 foreach(name pj2wt53 pj2wt97 pj2wt97ext pj2wt97q14 pjxrpctfwd pjxrpctinv picopyca pidct8844i psmul psconvert
-    pjencdct12)
+    pjencdct12 pjdecdct12)
   list(APPEND zmx_seldom ${PROJECT_SOURCE_DIR}/src/${name}.cpp)
 endforeach()
 # As vectors, conversions between many layouts take more room than a codec.
