@@ -25,10 +25,18 @@ if(ZMX_SIMD)
     COMPILE_OPTIONS "-Os;-fno-vectorize;-fno-slp-vectorize")
   # Rows that are turned into columns, and every second sample: by shuffles, where the compiler would else store each lane
   # by itself: JPEG files were decoded and encoded more slowly for it, and the module was larger.
-  foreach(name pidct88i pjdecdct pjdeccc pjdecss pjenccc)
+  set(zmx_shuffled "-mllvm;-enable-interleaved-mem-accesses")
+  set_source_files_properties(${PROJECT_SOURCE_DIR}/src/pjdeccc.cpp ${PROJECT_SOURCE_DIR}/src/pjenccc.cpp PROPERTIES
+    COMPILE_OPTIONS "${zmx_shuffled}")
+  # Products of 32 bits of words of 16: loads of four words widen them, where of eight each half is widened by a shuffle and
+  # two shifts.
+  foreach(name pidct88i pjdecdct)
     set_source_files_properties(${PROJECT_SOURCE_DIR}/src/${name}.cpp PROPERTIES
-      COMPILE_OPTIONS "-mllvm;-enable-interleaved-mem-accesses")
+      COMPILE_OPTIONS "${zmx_shuffled};-mllvm;-force-vector-width=4")
   endforeach()
+  # Neighbours that a step of the loop hands on to the next are no vectors.
+  set_source_files_properties(${PROJECT_SOURCE_DIR}/src/pjdecss.cpp PROPERTIES
+    COMPILE_OPTIONS "${zmx_shuffled};-mllvm;-enable-load-in-loop-pre=0")
 endif()
 set_source_files_properties(${zmx_seldom} PROPERTIES COMPILE_OPTIONS -Os)
 

@@ -59,8 +59,9 @@ ZmxStatus zmxiDCTQuantInv8x8LS_JPEG_16s8u_C1R(const Zmx16s* pSrc, Zmx8u* pDst, i
     dequantise(pSrc, block.at, pQuantInvTable);
     zmxiDCT8x8Inv_16s_C1I(block.at);
     // What zmxiDCT8x8InvLSClip_16s8u_C1R does, with a level shift and bounds that are known.
-    for (int y = 0; y < 8; ++y)
-        for (int x = 0; x < 8; ++x) rowAt(pDst, dstStep, y)[x] = Zmx8u(shiftedUp(block.at[8 * y + x]));
+    Zmx8u samples[64]; // which no row overlaps: for all that a compiler knows, one may lie over the block
+    for (int i = 0; i < 64; ++i) samples[i] = Zmx8u(shiftedUp(block.at[i]));
+    for (int y = 0; y < 8; ++y) std::memcpy(rowAt(pDst, dstStep, y), samples + std::ptrdiff_t(8) * y, 8);
     return zmxStsNoErr;
 }
 
