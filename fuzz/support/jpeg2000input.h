@@ -90,15 +90,18 @@ inline bool isLossless(const jpeg2000::EncodeOptions& o) {
     return o.reversible && o.rates.empty() && o.ratios.empty() && o.psnrs.empty();
 }
 
-// A picture, the options, and the file that the encoder makes of them; none where the options do not go together.
+// A picture, the options, which a target may narrow down, and the file that the encoder makes of them; none where the options
+// do not go together.
 struct Jpeg2000Input {
     jpeg2000::EncodeOptions options;
     jpeg2000::PlanarPicture picture;
     codecs::Bytes file;
 };
-inline std::optional<Jpeg2000Input> jpeg2000Input(const std::uint8_t* data, std::size_t size) {
+inline std::optional<Jpeg2000Input> jpeg2000Input(const std::uint8_t* data, std::size_t size,
+                                                  void (*narrow)(jpeg2000::EncodeOptions&) = nullptr) {
     Input in(data, size);
     Jpeg2000Input made{jpeg2000Options(in), {}, {}};
+    if (narrow) narrow(made.options);
     made.picture = planesOf(in);
     try {
         made.file = jpeg2000::encode(made.picture, made.options);

@@ -6,6 +6,7 @@
 #include "tests/support/digest.h"
 #include "tests/support/memory.cpp"
 
+#include <climits>
 #include <functional>
 #include <gtest/gtest.h>
 
@@ -532,6 +533,41 @@ TEST(OptimalTable, CountersThatWentNegative) {
     }
     EXPECT_GT(built, 100);
     EXPECT_GT(refused, 10);
+}
+
+// By hand: what is not 0 is joined, the smallest first, and sums wrap.
+TEST(OptimalTable, CountersBelowZeroAreTheRarest) {
+    const int least = INT_MIN, most = 1000000000; // what is rarest is looked for up to there
+    const struct {
+        std::vector<Zmx32s> counts;
+        Bytes lengths, symbols;
+    } cases[] = {
+        // -5 and the reserved 1 give -4, which with 3 gives -1.
+        {frequencies({{0, -5}, {1, 3}}), bitsOf({{1, 1}, {2, 1}}), {1, 0}},
+        // -5 is joined with -2 ahead of the reserved 1.
+        {frequencies({{0, -5}, {1, -2}, {2, 9}}), bitsOf({{1, 1}, {2, 1}, {3, 1}}), {2, 0, 1}},
+        // -1 and the reserved 1 give 0, which is none: the 5 is left alone, and without a code.
+        {frequencies({{0, -1}, {1, 5}}), bitsOf({{1, 1}}), {0}},
+        // The smallest number there is and -1 give the largest one, which is never the rarest; the reserved symbol is
+        // left alone, and takes one of the two codes with it.
+        {frequencies({{0, least}, {1, -1}}), bitsOf({{1, 1}}), {0, 1}},
+        // Twice the smallest gives 0.
+        {frequencies({{7, least}, {9, least}, {200, 4}}), bitsOf({{1, 3}}), {7, 9, 200}},
+        // Sums above the bound are left where they are: codes of one bit, more than there are.
+        {frequencies({{0, most}, {1, most}, {2, most}}), bitsOf({{1, 3}}), {0, 1, 2}},
+        // The bound itself is looked for, the next number is not.
+        {frequencies({{3, most + 1}, {4, 2}}), bitsOf({{1, 1}}), {4}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(&c - cases);
+        const Optimal o = optimal(c.counts);
+        EXPECT_EQ(o.status, zmxStsNoErr);
+        EXPECT_EQ(o.bits, c.lengths);
+        EXPECT_EQ(o.vals, c.symbols);
+    }
+}
+
+TEST(OptimalTable, PairsThatAreNotJoined) {
     // 128 pairs, one of them with the reserved symbol, that are not joined: 256 codes of one bit, which count as none.
     const Optimal pairs = optimal(std::vector<Zmx32s>(257, 1000000000));
     EXPECT_EQ(pairs.status, zmxStsNoErr);

@@ -164,6 +164,40 @@ TEST(Wavelet97Kernels, TheTermAheadOfARowWraps) {
     EXPECT_EQ(low2[2], low[1]);
 }
 
+// Sums that end in a half go up, in the terms that wrap as well. Random samples hardly come by one; each of these lines does.
+TEST(Wavelet97Kernels, TiesOfTheTermsThatWrapGoUp) {
+    const struct {
+        V16 x; // from element -4 on
+        int low0;
+    } forward[] = {{{-6660, -6658, -6657, -6658, -6661, -6663, -6660, -6659, -6662, -6661, -6661}, -6661},
+                   {{-6661, -6657, -6657, -6660, -6661, -6655, -6655, -6660, -6655, -6660, -6656}, -6660},
+                   {{-6656, -6656, -6660, -6659, -6659, -6660, -6655, -6660, -6660, -6660, -6657}, -6658}};
+    for (const auto& c : forward) {
+        V16 low(2), high(2), wantLow(2), wantHigh(2);
+        EXPECT_EQ(zmxiWTFwdRow_D97_JPEG2K_16s_C1R(&c.x[4], 2, low.data(), 2, high.data(), 2, {2, 1}, 0), zmxStsNoErr);
+        EXPECT_EQ(low[0], c.low0);
+        model::forwardLine97(&c.x[4], wantLow.data(), wantHigh.data(), 2, 0);
+        EXPECT_EQ(low, wantLow);
+        EXPECT_EQ(high, wantHigh);
+    }
+    const struct {
+        V16 low, high; // from element -2 on
+        V16 x;
+    } inverse[] = {
+        {{-16959, -16956, -16954, -16954, -16953, -16955},
+         {-2656, -5032, 4968, 4918, 2667, 338},
+         {-17493, -28207, -20949, 28465}},
+        {{3810, 3810, 3804, 3809, 3810, 3804}, {-61, -3008, -2114, -1425, -6848, 2225}, {5145, 2694, 4588, 3633}},
+        {{3364, 3362, 3360, 3362, 3362, 3365}, {3319, -2213, -2534, 818, 979, 5806}, {4697, 2058, 3800, 4074}}};
+    for (const auto& c : inverse) {
+        V16 x(4), want(4);
+        EXPECT_EQ(zmxiWTInvRow_D97_JPEG2K_16s_C1R(&c.low[2], 2, &c.high[2], 2, {2, 1}, x.data(), 2, 0), zmxStsNoErr);
+        EXPECT_EQ(x, c.x);
+        model::inverseLine97(&c.low[2], &c.high[2], want.data(), 2, 0);
+        EXPECT_EQ(x, want);
+    }
+}
+
 TEST(Wavelet97Kernels, AnyPhaseButZeroIsOdd) {
     Rng rng(621);
     const auto x = rng.vec<Zmx16s>(24, -3000, 3000);

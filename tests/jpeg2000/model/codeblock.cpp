@@ -164,22 +164,24 @@ void BlockDecoder::attach(void* dst, int dstStep, ZmxiSize size, int subband, in
         for (int y = 0; y < height; ++y)
             for (int x = 0; x < width; ++x) samples.set(x, y, 0);
     contexts.reset();
-    bypassPlane = has(Bypass) ? std::max(nBitPlanes - 4, 0) : 0;
-    plane = nBitPlanes - 1;
+    bypassPlane = has(Bypass) && nBitPlanes > 4 ? nBitPlanes - 4 : 0;
+    plane = int(std::uint32_t(nBitPlanes) - 1); // wraps
     passCounter = 0;
     next = Cleanup;
     damaged = false;
 }
 
+// Planes that no sample has room for count modulo 32.
+static std::uint32_t atPlane(std::uint32_t bits, int plane) { return bits << (unsigned(plane) % 32); }
+
 // With a midpoint in the bit below the plane.
 void BlockDecoder::becameSignificant(int x, int y, int negative) {
-    const std::uint32_t magnitude = plane ? 3u << (plane - 1) : 1;
-    samples.set(x, y, (negative ? 0x80000000u : 0) | magnitude);
+    samples.set(x, y, (negative ? 0x80000000u : 0) | atPlane(3, plane) >> 1);
 }
 
 void BlockDecoder::refinedBy(int x, int y, int bit) {
-    const std::uint32_t above = ~((2u << plane) - 1), midpoint = plane ? 1u << (plane - 1) : 0;
-    samples.set(x, y, (samples.get(x, y) & above) | std::uint32_t(bit) << plane | midpoint);
+    const std::uint32_t above = atPlane(~0u, plane) << 1, midpoint = atPlane(1, plane) >> 1;
+    samples.set(x, y, (samples.get(x, y) & above) | atPlane(std::uint32_t(bit), plane) | midpoint);
 }
 
 int BlockDecoder::code(int context, int) { return context == kRaw ? rawBit() : mq.decode(contexts, context); }
@@ -326,7 +328,7 @@ ZmxStatus BlockDecoder::block(const std::uint8_t* src, void* dst, int dstStep, Z
         for (int y = 0; y < size.height; ++y)
             for (int x = 0; x < size.width; ++x) samples.set(x, y, change(samples.get(x, y)));
     };
-    const std::uint32_t below = plane < 1 ? 0 : (1u << plane) - 1;
+    const std::uint32_t below = plane < 1 ? 0 : atPlane(1, plane) - 1;
     if (status == zmxStsCBDamagedErr) {
         errorPlane = plane;
         if (has(Conceal))
