@@ -16,7 +16,7 @@ file(GLOB zmx_codec_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/codecs/*/*.c
 list(FILTER zmx_codec_sources EXCLUDE REGEX "/picture/(descriptor|bytesource|bytesink)\\.cpp$")
 # The codecs use none of these functions, or only for what is asked for by name: speed in return for room.
 foreach(name pj2wt53 pj2wt97 pj2wt97ext pj2wt97q14 pjxrpctfwd pjxrpctinv picopyca pidct8844i psmul psconvert
-    pjencdct12)
+    pjencdct12 pjdecdct12)
   list(APPEND zmx_seldom ${PROJECT_SOURCE_DIR}/src/${name}.cpp)
 endforeach()
 # As vectors, conversions between many layouts take more room than a codec.
@@ -25,10 +25,18 @@ if(ZMX_SIMD)
     COMPILE_OPTIONS "-Os;-fno-vectorize;-fno-slp-vectorize")
   # Rows that are turned into columns, and every second sample: by shuffles, where the compiler would else store each lane
   # by itself: JPEG files were decoded and encoded more slowly for it, and the module was larger.
-  foreach(name pidct88i pjdecdct pjdeccc pjdecss pjenccc)
+  set(zmx_shuffled "-mllvm;-enable-interleaved-mem-accesses")
+  set_source_files_properties(${PROJECT_SOURCE_DIR}/src/pjdeccc.cpp ${PROJECT_SOURCE_DIR}/src/pjenccc.cpp PROPERTIES
+    COMPILE_OPTIONS "${zmx_shuffled}")
+  # Products of 32 bits of words of 16: loads of four words widen them, where of eight each half is widened by a shuffle and
+  # two shifts.
+  foreach(name pidct88i pjdecdct)
     set_source_files_properties(${PROJECT_SOURCE_DIR}/src/${name}.cpp PROPERTIES
-      COMPILE_OPTIONS "-mllvm;-enable-interleaved-mem-accesses")
+      COMPILE_OPTIONS "${zmx_shuffled};-mllvm;-force-vector-width=4")
   endforeach()
+  # Neighbours that a step of the loop hands on to the next are no vectors.
+  set_source_files_properties(${PROJECT_SOURCE_DIR}/src/pjdecss.cpp PROPERTIES
+    COMPILE_OPTIONS "${zmx_shuffled};-mllvm;-enable-load-in-loop-pre=0")
 endif()
 set_source_files_properties(${zmx_seldom} PROPERTIES COMPILE_OPTIONS -Os)
 

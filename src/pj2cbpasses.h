@@ -43,14 +43,14 @@ public:
     [[gnu::always_inline]] void significancePropagation() {
         scan([this](auto full, Zmx32u* f, Sample* s, int rows) __attribute__((always_inline)) {
             significancePair<0, full>(f, s, rows);
-            if (rows > 2) significancePair<2, full>(f + block.flagStride, s, rows);
+            if (rows > 2) significancePair<2, full>(f + block.flagStride, s, rows); // unreachable: full stripes have 4
         });
     }
 
     [[gnu::always_inline]] void magnitudeRefinement() {
         scan([this](auto full, Zmx32u* f, Sample* s, int rows) __attribute__((always_inline)) {
             refinementPair<0, full>(f, s, rows);
-            if (rows > 2) refinementPair<2, full>(f + block.flagStride, s, rows);
+            if (rows > 2) refinementPair<2, full>(f + block.flagStride, s, rows); // unreachable: full stripes have 4
         });
     }
 
@@ -59,7 +59,7 @@ public:
             if constexpr (full)
                 if (!(f[0] | f[block.flagStride]) && !runLength(f, s)) return;
             cleanupPair<0, full>(f, s, rows);
-            if (rows > 2) cleanupPair<2, full>(f + block.flagStride, s, rows);
+            if (rows > 2) cleanupPair<2, full>(f + block.flagStride, s, rows); // unreachable: full stripes have 4
         });
     }
 

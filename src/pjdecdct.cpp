@@ -1,15 +1,13 @@
 // pjdecdct.cpp - quantised coefficients to samples: one 8x8 block at a call.
 //
-// The way back of pjencdct, and the scaled forms: 4x4 and 2x2 in a name tell which corner of the coefficients counts,
+// The way back of pjencdct, samples of up to 12 bits left out (pjdecdct12), and the scaled forms: 4x4 and 2x2 in a name tell which corner of the coefficients counts,
 // To4x4 and To2x2 how large the result is. The block is copied on the way: the source stays.
 // SPDX-License-Identifier: BSD-2-Clause
 #include "pidct.h"
 #include "pidct88.h"
-#include "pithresh16u.h"
 #include "pjargs.h"
 #include "pjls.h"
 #include "pjquant.h"
-#include "psconvert.h"
 #include "psmul.h"
 
 namespace zmx {
@@ -61,8 +59,9 @@ ZmxStatus zmxiDCTQuantInv8x8LS_JPEG_16s8u_C1R(const Zmx16s* pSrc, Zmx8u* pDst, i
     dequantise(pSrc, block.at, pQuantInvTable);
     zmxiDCT8x8Inv_16s_C1I(block.at);
     // What zmxiDCT8x8InvLSClip_16s8u_C1R does, with a level shift and bounds that are known.
-    for (int y = 0; y < 8; ++y)
-        for (int x = 0; x < 8; ++x) rowAt(pDst, dstStep, y)[x] = Zmx8u(shiftedUp(block.at[8 * y + x]));
+    Zmx8u samples[64]; // which no row overlaps: for all that a compiler knows, one may lie over the block
+    for (int i = 0; i < 64; ++i) samples[i] = Zmx8u(shiftedUp(block.at[i]));
+    for (int y = 0; y < 8; ++y) std::memcpy(rowAt(pDst, dstStep, y), samples + std::ptrdiff_t(8) * y, 8);
     return zmxStsNoErr;
 }
 
@@ -106,23 +105,5 @@ ZmxStatus zmxiDCTQuantInv8x8LS_1x1_JPEG_16s8u_C1R(const Zmx16s* pSrc, Zmx8u* pDs
     // downward.
     const Zmx8u sample = saturate8u((pQuantInvTable[0] * pSrc[0] >> 3) + 128);
     for (int y = 0; y < 8; ++y) std::memset(rowAt(pDst, dstStep, y), sample, 8);
-    return zmxStsNoErr;
-}
-
-ZmxStatus zmxiDCTQuantInv8x8LS_JPEG_16s16u_C1R(const Zmx16s* pSrc, Zmx16u* pDst, int dstStep,
-                                               const Zmx32f* pQuantInvTable) {
-    if (ZmxStatus bad = tested(pSrc, pDst, dstStep, pQuantInvTable)) return bad;
-    Zmx32f block[64];
-    zmxsConvert_16s32f(pSrc, block, 64);
-    zmxsMul_32f_I(pQuantInvTable, block, 64);
-    zmxiDCT8x8Inv_32f_C1I(block);
-    zmxsAddC_32f_I(2048, block, 64); // half of the range of 12 bits
-    for (int y = 0; y < 8; ++y) {
-        Zmx16u row[8]; // aligned, which a row of the caller need not be
-        zmxsConvert_32f16u_Sfs(block + 8 * y, row, 8, zmxRndNear, 0);
-        std::memcpy(rowAt(pDst, dstStep, y), row, sizeof row);
-    }
-    // The conversion has seen to values below 0.
-    zmxiThreshold_16u_C1IR(pDst, dstStep, {8, 8}, 4095, zmxCmpGreater);
     return zmxStsNoErr;
 }

@@ -35,7 +35,9 @@ ZmxStatus zmxiDCTQuantFwd8x8LS_JPEG_8u16s_C1R(const Zmx8u* pSrc, int srcStep, Zm
                                               const Zmx16u* pQuantFwdTable) {
     // The table comes last: required.
     if (ZmxStatus bad = Args().ptr(pSrc, pDst).step(srcStep).ptr(pQuantFwdTable)) return bad;
-    // The samples are shifted into the destination, and the rest goes on in place.
-    ownpj_Sub128_JPEG_8u16s_C1R(pSrc, srcStep, pDst, 16, {8, 8});
-    return zmxiDCTQuantFwd8x8_JPEG_16s_C1I(pDst, pQuantFwdTable);
+    ownGetNumThreads(); // a level shift asks at any size: required
+    Block16s samples;
+    for (int y = 0; y < 8; ++y)
+        for (int x = 0; x < 8; ++x) samples.at[8 * y + x] = shiftedDown(rowAt(pSrc, srcStep, y)[x]);
+    return zmxiDCTQuantFwd8x8_JPEG_16s_C1(samples.at, pDst, pQuantFwdTable);
 }

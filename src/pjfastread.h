@@ -70,7 +70,7 @@ template <class Reader> class FastReader {
     // The same backwards, over what has been stepped over in this call. A zero byte is stuffing behind a 0xFF
     // only: a data byte of zero has stuffing between it and a 0xFF.
     const Zmx8u* stepBack(const Zmx8u* p) const {
-        const bool pair = stuffed && p - (in->src + in->pos) >= 2 && p[-1] == 0 && p[-2] == 0xFF;
+        const bool pair = p - (in->src + in->pos) >= 2 && p[-1] == 0 && p[-2] == 0xFF;
         return p - (pair ? 2 : 1);
     }
 

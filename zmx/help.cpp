@@ -77,11 +77,11 @@ void giveExamples(CLI::App& app) {
         if (child->get_group().empty()) continue; // hidden
         giveExamples(*child);
         // The first is the plainest.
-        const std::vector<std::string> examples = tableOf(*child).examples;
+        const std::vector<std::string> examples = examplesOf(*child);
         if (!examples.empty()) footer += "  " + examples[0] + "\n";
     }
     // What a footer said so far stays below.
-    if (tableOf(app).examples.empty()) app.footer(footer + "\n" + app.get_footer());
+    if (examplesOf(app).empty()) app.footer(footer + "\n" + app.get_footer());
 }
 
 } // namespace command

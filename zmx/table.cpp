@@ -176,6 +176,13 @@ Command tableOf(const CLI::App& app) {
     return to;
 }
 
+// No more of the table than a footer: this is asked of every command at each start.
+std::vector<std::string> examplesOf(const CLI::App& app) {
+    Command only;
+    addFooter(only, app.get_footer());
+    return only.examples;
+}
+
 std::string Option::sentence() const { return notes.empty() ? text : text + " (" + joined(notes, "; ") + ")"; }
 
 std::string Command::name(const char* between) const { return joined(words, between); }

@@ -41,6 +41,9 @@ struct Command {
 // What CLI11 holds of a command and of all below it, hidden ones left out.
 Command tableOf(const CLI::App& app);
 
+// The examples of a command alone.
+std::vector<std::string> examplesOf(const CLI::App& app);
+
 // The pieces of a text with something between them; and the way back.
 std::string joined(const std::vector<std::string>& pieces, const char* between);
 std::vector<std::string> split(const std::string& text, char at);

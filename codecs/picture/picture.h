@@ -4,6 +4,7 @@
 
 #include "codecs/picture/bytes.h"
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <string>
@@ -61,15 +62,53 @@ struct Metadata {
 // What of it is lost in a container that holds none of it, as a warning; none where nothing is.
 std::vector<std::string> lossOf(const Metadata& metadata, const std::string& container);
 
-// Memory that is not cleared: it is touched first by what fills it.
-template <class T> struct Uncleared : std::allocator<T> {
-    template <class U> struct rebind { using other = Uncleared<U>; };
-    template <class U> void construct(U* at) { ::new (static_cast<void*>(at)) U; }
-    template <class U, class... Args> void construct(U* at, Args&&... args) {
-        ::new (static_cast<void*>(at)) U(std::forward<Args>(args)...);
+// Bytes that are not cleared: what fills them touches them first. A vector would walk over them even so.
+class Samples {
+public:
+    Samples() = default;
+    explicit Samples(std::size_t n) : bytes(new std::uint8_t[n]), room(n), count(n) {}
+    Samples(const Samples& other) : Samples(other.count) { std::copy_n(other.data(), count, data()); }
+    Samples(Samples&& other) noexcept { swap(other); }
+    Samples& operator=(Samples other) noexcept {
+        swap(other);
+        return *this;
     }
+    ~Samples() = default;
+
+    // What stands there is kept, as that of a vector is.
+    void resize(std::size_t n) {
+        if (n > room) {
+            Samples more(std::max(n, 2 * room));
+            std::copy_n(data(), count, more.data());
+            swap(more);
+        }
+        count = n;
+    }
+    void clear() { count = 0; }
+
+    bool empty() const { return count == 0; }
+    std::size_t size() const { return count; }
+    std::uint8_t* data() { return bytes.get(); }
+    const std::uint8_t* data() const { return bytes.get(); }
+    std::uint8_t* begin() { return data(); }
+    std::uint8_t* end() { return data() + count; }
+    const std::uint8_t* begin() const { return data(); }
+    const std::uint8_t* end() const { return data() + count; }
+    std::uint8_t& operator[](std::size_t i) { return bytes[i]; }
+    const std::uint8_t& operator[](std::size_t i) const { return bytes[i]; }
+
+    bool operator==(const Samples& other) const { return std::equal(begin(), end(), other.begin(), other.end()); }
+
+private:
+    void swap(Samples& other) noexcept {
+        bytes.swap(other.bytes);
+        std::swap(room, other.room);
+        std::swap(count, other.count);
+    }
+
+    std::unique_ptr<std::uint8_t[]> bytes;
+    std::size_t room = 0, count = 0;
 };
-using Samples = std::vector<std::uint8_t, Uncleared<std::uint8_t>>;
 
 // Rows of Shape::rowBytes() bytes that follow each other by `step`.
 struct Band {

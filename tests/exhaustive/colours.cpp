@@ -2,10 +2,13 @@
 // SPDX-License-Identifier: BSD-2-Clause
 #include "tests/exhaustive/domain.h"
 #include "tests/jpeg/model/levelshift.h"
+#include "tests/jpeg/model/pixels.h"
 #include "tests/jpeg/support/conversions.h"
 
 #include <algorithm>
 #include <array>
+#include <iterator>
+#include <utility>
 
 namespace exhaustive {
 
@@ -15,10 +18,13 @@ using conversion::Conversion;
 using conversion::Layout;
 
 // What a conversion reads at once: the bytes of a pixel in all planes, of two pixels where they share their chroma.
-int unitBytes(const Conversion& way) {
-    return way.from == Layout::Pairs422 ? 4 : model::planesOf(way.from) * model::pixelBytes(way.from);
+constexpr int unitPixels(const Conversion& way) { return way.from == Layout::Pairs422 ? 2 : 1; }
+constexpr int unitBytes(const Conversion& way) {
+    return unitPixels(way) * model::planesOf(way.from) * model::pixelBytes(way.from);
 }
-int unitPixels(const Conversion& way) { return way.from == Layout::Pairs422 ? 2 : 1; }
+
+// Units in a row, which stays below the size from which rows are shared out, and in a slice.
+constexpr int kUnits = 1 << 12, kSlice = 1 << 16;
 
 // Planes of a row of pixels, whatever their layout.
 struct Row {
@@ -33,28 +39,52 @@ struct Row {
     }
 };
 
-// The units whose number begins with the slice: the lower 12 bits run through. They stay below the size from which rows are
-// shared out.
-constexpr int kUnits = 1 << 12;
-
-bool coloursAgree(const Conversion& way, std::uint64_t slice) {
-    const int bytes = unitBytes(way), width = kUnits * unitPixels(way), planes = model::planesOf(way.from);
-    Row src(way.from, width), got(way.to, width), expected(way.to, width);
-    for (int i = 0; i < kUnits; ++i) {
-        const std::uint64_t unit = slice * kUnits + std::uint64_t(i);
-        for (int k = 0; k < bytes; ++k) {
-            const auto value = Zmx8u(unit >> 8 * (bytes - 1 - k));
-            if (planes > 1)
-                src.planes[std::size_t(k)][std::size_t(i)] = value;
-            else
-                src.planes[0][std::size_t(i * bytes + k)] = value;
-        }
+// The units from number `first` on, the bytes of the number from the highest one down.
+void fill(Row& row, int bytes, std::uint64_t first) {
+    const bool inPlanes = model::planesOf(row.rows.layout) > 1;
+    for (int k = 0; k < bytes; ++k) {
+        Zmx8u* const to = inPlanes ? row.planes[std::size_t(k)].data() : row.planes[0].data() + k;
+        const int step = inPlanes ? 1 : bytes, shift = 8 * (bytes - 1 - k);
+        for (int i = 0; i < kUnits; ++i) to[step * i] = Zmx8u((first + std::uint64_t(i)) >> shift);
     }
-    const ZmxiSize size{width, 1};
-    if (way.call(src.rows.plane.data(), src.rows.step, got.rows.plane.data(), got.rows.step, size)) return false;
-    conversion::plain(way, src.rows, expected.rows, size);
-    return got.planes == expected.planes;
 }
+
+// The model of one conversion: its layouts are constants here, so that the loop has no decisions.
+template <std::size_t I> void plain(model::Rows src, model::Rows dst, int width) {
+    constexpr Conversion way = conversion::conversions[I];
+    src.layout = way.from;
+    dst.layout = way.to;
+    for (int x = 0; x < width; ++x)
+        if constexpr (way.toYCbCr)
+            model::pixelToYCbCr(src, dst, x, 0);
+        else
+            model::pixelFromYCbCr(src, dst, x, 0);
+}
+
+// The units whose number begins with the slice: the lower 16 bits run through.
+template <std::size_t I> bool coloursAgree(std::uint64_t slice) {
+    constexpr Conversion way = conversion::conversions[I];
+    constexpr int width = kUnits * unitPixels(way);
+    Row src(way.from, width), got(way.to, width), expected(way.to, width);
+    for (std::uint64_t at = 0; at < kSlice; at += kUnits) {
+        fill(src, unitBytes(way), slice * kSlice + at);
+        const ZmxiSize size{width, 1};
+        if (way.call(src.rows.plane.data(), src.rows.step, got.rows.plane.data(), got.rows.step, size)) return false;
+        plain<I>(src.rows, expected.rows, width);
+        if (got.planes != expected.planes) return false;
+    }
+    return true;
+}
+
+template <std::size_t I> void addConversion(Domains& to) {
+    constexpr Conversion way = conversion::conversions[I];
+    const std::uint64_t units = std::uint64_t(1) << 8 * unitBytes(way);
+    to.push_back({way.name,
+                  "colour conversion, every pixel (or pair of pixels) of " + std::to_string(unitBytes(way)) + " bytes",
+                  units / kSlice, kSlice, coloursAgree<I>});
+}
+
+template <std::size_t... I> void addConversions(Domains& to, std::index_sequence<I...>) { (addConversion<I>(to), ...); }
 
 bool addAgrees() {
     const std::vector<Zmx16s> src = allWords();
@@ -79,12 +109,7 @@ bool subAgrees() {
 void addColours(Domains& to) {
     to.push_back({"Add128", "level shift, every 16-bit sample", 1, 1 << 16, [](std::uint64_t) { return addAgrees(); }});
     to.push_back({"Sub128", "level shift, every 8-bit sample", 1, 1 << 8, [](std::uint64_t) { return subAgrees(); }});
-    for (const Conversion& way : conversion::conversions) {
-        const std::uint64_t units = std::uint64_t(1) << 8 * unitBytes(way);
-        const std::string bytes = std::to_string(unitBytes(way));
-        to.push_back({way.name, "colour conversion, every pixel (or pair of pixels) of " + bytes + " bytes",
-                      units / kUnits, kUnits, [&way](std::uint64_t slice) { return coloursAgree(way, slice); }});
-    }
+    addConversions(to, std::make_index_sequence<std::size(conversion::conversions)>());
 }
 
 } // namespace exhaustive

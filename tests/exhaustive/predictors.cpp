@@ -2,8 +2,10 @@
 // neighbours two run through everything: a row of equal samples stands below one that pairs each sample with the slice's, in
 // either order.
 // SPDX-License-Identifier: BSD-2-Clause
+#include "tests/jpeg/model/predictors.h"
 #include "tests/exhaustive/domain.h"
-#include "tests/jpeg/model/lossless.h"
+
+#include <utility>
 
 namespace exhaustive {
 
@@ -11,41 +13,49 @@ namespace {
 
 using Row = std::vector<Zmx16s>;
 
+using Walk = ZmxStatus (*)(const Zmx16s*, const Zmx16s*, Zmx16s*, int, int);
+
 // `one` and each sample by turns: every pair with it, in both orders.
 Row pairsWith(Zmx16s one) {
-    Row row;
-    row.reserve(2 * kWords);
-    for (int i = 0; i < kWords; ++i) {
-        row.push_back(one);
-        row.push_back(Zmx16s(i));
-    }
+    Row row(2 * kWords, one);
+    for (std::size_t i = 0; i < kWords; ++i) row[2 * i + 1] = Zmx16s(i);
     return row;
 }
 
-template <class Library, class Model>
-bool rowsAgree(const Row& src, const Row& above, int predictor, Library library, Model plain) {
-    Row got(src.size()), expected(src.size());
-    if (library(src.data(), above.data(), got.data(), int(src.size()), predictor)) return false;
-    plain(src.data(), above.data(), expected.data(), int(src.size()), predictor);
+template <int Predictor, class Model>
+bool rowsAgree(const Row& src, const Row& above, Row& got, Row& expected, Walk library, Model plain) {
+    const int width = int(src.size());
+    if (library(src.data(), above.data(), got.data(), width, Predictor)) return false;
+    plain(src.data(), above.data(), expected.data(), width);
     return same(got, expected);
 }
 
-bool predictorAgrees(int predictor, std::uint64_t slice) {
+template <int Predictor> bool predictorAgrees(std::uint64_t slice) {
     const auto one = Zmx16s(slice);
     const Row pairs = pairsWith(one), ones(pairs.size(), one);
+    Row got(pairs.size()), expected(pairs.size());
+    // The predictor is a constant here, so that the loops of the model have no decisions.
+    const auto diff = [](const Zmx16s* src, const Zmx16s* above, Zmx16s* dst, int width) {
+        model::diffRow(src, above, dst, width, Predictor);
+    };
+    const auto reconstruct = [](const Zmx16s* src, const Zmx16s* above, Zmx16s* dst, int width) {
+        model::reconstructRow(src, above, dst, width, Predictor);
+    };
     const auto both = [&](const Row& src, const Row& above) {
-        return rowsAgree(src, above, predictor, zmxiDiffPredRow_JPEG_16s_C1, model::diffRow) &&
-               rowsAgree(src, above, predictor, zmxiReconstructPredRow_JPEG_16s_C1, model::reconstructRow);
+        return rowsAgree<Predictor>(src, above, got, expected, zmxiDiffPredRow_JPEG_16s_C1, diff) &&
+               rowsAgree<Predictor>(src, above, got, expected, zmxiReconstructPredRow_JPEG_16s_C1, reconstruct);
     };
     return both(pairs, ones) && both(ones, pairs);
 }
 
+template <int... P> void addEach(Domains& to, std::integer_sequence<int, P...>) {
+    (to.push_back({"Predictor" + std::to_string(P + 1), "predictor and its inverse, every pair of neighbours", kWords,
+                   kWords, predictorAgrees<P + 1>}),
+     ...);
+}
+
 } // namespace
 
-void addPredictors(Domains& to) {
-    for (int p = 1; p <= 7; ++p)
-        to.push_back({std::string("Predictor") + char('0' + p), "predictor and its inverse, every pair of neighbours",
-                      kWords, kWords, [p](std::uint64_t slice) { return predictorAgrees(p, slice); }});
-}
+void addPredictors(Domains& to) { addEach(to, std::make_integer_sequence<int, 7>()); }
 
 } // namespace exhaustive

@@ -9,27 +9,6 @@ namespace {
 
 int middle(int p, int pt) { return Zmx16s(Zmx16u(1u << (Zmx32u(p) - Zmx32u(pt) - 1) % 32)); }
 
-int halved(int v) { return v >= 0 ? v / 2 : -((1 - v) / 2); } // towards minus infinity
-
-int prediction(int predictor, int ra, int rb, int rc) {
-    switch (predictor) {
-    case 1:
-        return ra;
-    case 2:
-        return rb;
-    case 3:
-        return rc;
-    case 4:
-        return ra + rb - rc;
-    case 5:
-        return ra + halved(rb - rc);
-    case 6:
-        return rb + halved(ra - rc);
-    default:
-        return halved(ra + rb);
-    }
-}
-
 } // namespace
 
 void diffFirstRow(const Zmx16s* src, Zmx16s* dst, int width, int p, int pt) {
@@ -37,14 +16,6 @@ void diffFirstRow(const Zmx16s* src, Zmx16s* dst, int width, int p, int pt) {
 }
 void reconstructFirstRow(const Zmx16s* src, Zmx16s* dst, int width, int p, int pt) {
     for (int i = 0; i < width; ++i) dst[i] = Zmx16s(src[i] + (i ? dst[i - 1] : middle(p, pt)));
-}
-void diffRow(const Zmx16s* src, const Zmx16s* above, Zmx16s* dst, int width, int predictor) {
-    for (int i = 0; i < width; ++i)
-        dst[i] = Zmx16s(src[i] - (i ? prediction(predictor, src[i - 1], above[i], above[i - 1]) : above[0]));
-}
-void reconstructRow(const Zmx16s* src, const Zmx16s* above, Zmx16s* dst, int width, int predictor) {
-    for (int i = 0; i < width; ++i)
-        dst[i] = Zmx16s(src[i] + (i ? prediction(predictor, dst[i - 1], above[i], above[i - 1]) : above[0]));
 }
 
 ZmxStatus decodeOne(Reader& r, Zmx16s& dst, const DecodeSpec& spec) {

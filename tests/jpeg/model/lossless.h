@@ -3,13 +3,12 @@
 #pragma once
 
 #include "tests/jpeg/model/bitio.h"
+#include "tests/jpeg/model/predictors.h"
 
 namespace model {
 
 void diffFirstRow(const Zmx16s* src, Zmx16s* dst, int width, int p, int pt);
 void reconstructFirstRow(const Zmx16s* src, Zmx16s* dst, int width, int p, int pt);
-void diffRow(const Zmx16s* src, const Zmx16s* above, Zmx16s* dst, int width, int predictor);
-void reconstructRow(const Zmx16s* src, const Zmx16s* above, Zmx16s* dst, int width, int predictor);
 
 ZmxStatus decodeOne(Reader& r, Zmx16s& dst, const DecodeSpec& spec);
 ZmxStatus decodeRow(Reader& r, Zmx16s* const* dst, int width, int planes, const DecodeSpec* const* specs);

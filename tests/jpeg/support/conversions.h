@@ -45,7 +45,7 @@ inline void PrintTo(const Conversion& c, std::ostream* out) { *out << c.name; }
 constexpr bool OnOneThread = false, SharedOut = true;
 constexpr bool From = false, To = true; // YCbCr
 
-inline const Conversion conversions[] = {
+inline constexpr Conversion conversions[] = {
     {"YCbCrToRGB_P3R", call<zmxiYCbCrToRGB_JPEG_8u_P3R>, From, Layout::Planes3, Layout::Planes3, "SDsdTtWH", SharedOut,
      0x4D197B774D69CAC9u},
     {"YCbCrToRGB_P3C3R", call<zmxiYCbCrToRGB_JPEG_8u_P3C3R>, From, Layout::Planes3, Layout::Rgb, "SDsTtWH", SharedOut,
