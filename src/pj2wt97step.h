@@ -54,18 +54,52 @@ constexpr Zmx16s weigh(Zmx32s c0, Zmx16s v, Zmx32s c1, Zmx16s a, Zmx16s b) {
     return saturate16s(weighed(c0, v, c1, a + b));
 }
 
-// ---- the same on 32-bit samples: the sum of two wraps, products are of 64 bits, results are cut to their low 32
+// ---- the same on 32-bit samples: the sum of two wraps, products are exact, results are cut to their low 32
 
-constexpr std::int64_t weighed64(Zmx32s c0, Zmx32s v, Zmx32s c1, Zmx32s a, Zmx32s b) {
-    return (std::int64_t(c0) * v + std::int64_t(c1) * wrapAdd(a, b) + 32768) >> 16;
+// In products of 64 bits; s is the sum of the two.
+constexpr Zmx32s weighed64(Zmx32s c0, Zmx32s v, Zmx32s c1, Zmx32s s) {
+    return Zmx32s((std::int64_t(c0) * v + std::int64_t(c1) * s + 32768) >> 16);
 }
-constexpr Zmx32s lift(Zmx32s centre, Zmx32s c, Zmx32s a, Zmx32s b) { return Zmx32s(centre + weighed64(0, 0, c, a, b)); }
-constexpr Zmx32s liftBack(Zmx32s centre, Zmx32s c, Zmx32s a, Zmx32s b) {
-    return Zmx32s(centre - weighed64(0, 0, c, a, b));
+
+// Whether vectors have products of 32 bits: those of SSE have them from SSE4.1 on.
+#if defined(__SSE2__) && !defined(__SSE4_1__)
+inline constexpr bool kWordProducts = false;
+#else
+inline constexpr bool kWordProducts = true;
+#endif
+
+// What the remainders of the weights make of the lower halves of their factors, with the rounding term: it fits 32 bits
+// with a sign, or, where it cannot be negative, without one.
+constexpr bool fitsSigned(Zmx32s r0, Zmx32s r1) {
+    const auto end = [=](bool lower) {
+        return 32768 + std::int64_t(65535) * (((r0 < 0) == lower ? r0 : 0) + ((r1 < 0) == lower ? r1 : 0));
+    };
+    return end(true) >= -(std::int64_t(1) << 31) && end(false) < std::int64_t(1) << 31;
 }
+constexpr bool fitsUnsigned(Zmx32s r0, Zmx32s r1) { return r0 >= 0 && r1 >= 0; }
+
+// In products of 32 bits, of which a vector holds twice as many.
+constexpr Zmx32s weighed32(Zmx32s c0, Zmx32s v, Zmx32s c1, Zmx32s s) {
+    const Zmx32s w0 = wholeOf(c0), w1 = wholeOf(c1), r0 = c0 - 65536 * w0, r1 = c1 - 65536 * w1;
+    const Zmx32u low = Zmx32u(r0) * (Zmx32u(v) & 0xFFFF) + Zmx32u(r1) * (Zmx32u(s) & 0xFFFF) + 32768;
+    const Zmx32u carry = fitsSigned(r0, r1) ? Zmx32u(Zmx32s(low) >> 16) : low >> 16;
+    return Zmx32s(Zmx32u(w0) * Zmx32u(v) + Zmx32u(w1) * Zmx32u(s) + Zmx32u(r0) * Zmx32u(v >> 16) +
+                  Zmx32u(r1) * Zmx32u(s >> 16) + carry);
+}
+constexpr bool fits32(Zmx32s c0, Zmx32s c1) {
+    const Zmx32s r0 = c0 - 65536 * wholeOf(c0), r1 = c1 - 65536 * wholeOf(c1);
+    return fitsSigned(r0, r1) || fitsUnsigned(r0, r1);
+}
+static_assert(fits32(0, kQ16Steps.alpha) && fits32(0, kQ16Steps.beta) && fits32(0, kQ16Steps.gamma));
+static_assert(fits32(0, kQ16Steps.delta) && fits32(kQ16Steps.k, 0) && fits32(kQ16Steps.oneOverK, kQ16Steps.deltaOverK));
+static_assert(fits32(kQ16Steps.k, kQ16Steps.deltaOverK) && fits32(kQ16Steps.k, -kQ16Steps.deltaOverK));
+static_assert(fits32(kQ16Steps.oneOverK, kQ16Steps.gamma) && fits32(kQ16Steps.oneOverK, -kQ16Steps.gamma));
+
 constexpr Zmx32s weigh(Zmx32s c0, Zmx32s v, Zmx32s c1, Zmx32s a, Zmx32s b) {
-    return Zmx32s(weighed64(c0, v, c1, a, b));
+    return (kWordProducts ? weighed32 : weighed64)(c0, v, c1, wrapAdd(a, b));
 }
+constexpr Zmx32s lift(Zmx32s centre, Zmx32s c, Zmx32s a, Zmx32s b) { return wrapAdd(centre, weigh(0, 0, c, a, b)); }
+constexpr Zmx32s liftBack(Zmx32s centre, Zmx32s c, Zmx32s a, Zmx32s b) { return wrapSub(centre, weigh(0, 0, c, a, b)); }
 
 // ---- floats, aside: nothing is rounded to single precision
 
