@@ -16,7 +16,7 @@ file(GLOB zmx_codec_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/codecs/*/*.c
 list(FILTER zmx_codec_sources EXCLUDE REGEX "/picture/(descriptor|bytesource|bytesink)\\.cpp$")
 # The codecs use none of these functions, or only for what is asked for by name: speed in return for room.
 foreach(name pj2wt53 pj2wt97 pj2wt97ext pj2wt97q14 pjxrpctfwd pjxrpctinv picopyca pidct8844i psmul psconvert
-    pjencdct12 pjdecdct12)
+    pidct88f pjdecdct12)
   list(APPEND zmx_seldom ${PROJECT_SOURCE_DIR}/src/${name}.cpp)
 endforeach()
 # As vectors, conversions between many layouts take more room than a codec.
@@ -26,8 +26,9 @@ if(ZMX_SIMD)
   # Rows that are turned into columns, and every second sample: by shuffles, where the compiler would else store each lane
   # by itself: JPEG files were decoded and encoded more slowly for it, and the module was larger.
   set(zmx_shuffled "-mllvm;-enable-interleaved-mem-accesses")
-  set_source_files_properties(${PROJECT_SOURCE_DIR}/src/pjdeccc.cpp ${PROJECT_SOURCE_DIR}/src/pjenccc.cpp PROPERTIES
-    COMPILE_OPTIONS "${zmx_shuffled}")
+  foreach(name pjdeccc pjenccc pjencdct12)
+    set_source_files_properties(${PROJECT_SOURCE_DIR}/src/${name}.cpp PROPERTIES COMPILE_OPTIONS "${zmx_shuffled}")
+  endforeach()
   # Products of 32 bits of words of 16: loads of four words widen them, where of eight each half is widened by a shuffle and
   # two shifts.
   foreach(name pidct88i pjdecdct)

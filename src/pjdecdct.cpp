@@ -1,7 +1,8 @@
 // pjdecdct.cpp - quantised coefficients to samples: one 8x8 block at a call.
 //
-// The way back of pjencdct, samples of up to 12 bits left out (pjdecdct12), and the scaled forms: 4x4 and 2x2 in a name tell which corner of the coefficients counts,
-// To4x4 and To2x2 how large the result is. The block is copied on the way: the source stays.
+// The way back of pjencdct, samples of up to 12 bits left out (pjdecdct12), and the scaled forms: 4x4 and 2x2 in a name
+// tell which corner of the coefficients counts, To4x4 and To2x2 how large the result is. The block is copied on the
+// way: the source stays.
 // SPDX-License-Identifier: BSD-2-Clause
 #include "pidct.h"
 #include "pidct88.h"

@@ -41,13 +41,22 @@ inline void transpose(const Zmx16s* in, Zmx16s* out) {
     shuffle(b.at, out);
 }
 
-// Rows of 32 bytes: vectors of that length cross their halves once, and not at all in the other exchanges. It is never
-// called inline: among other arithmetic gcc takes the vectors apart to single elements.
+// Rows of 32 bytes: vectors of that length cross their halves once, and not at all in the other exchanges. gcc must not call
+// it inline: among other arithmetic it takes the vectors apart to single elements. clang makes vectors of shuffles alone.
+#ifdef __clang__
+inline void transpose(const Zmx32f* in, Zmx32f* out) {
+    Block<Zmx32f> a, b;
+    shuffle(in, a.at);
+    shuffle(a.at, b.at);
+    shuffle(b.at, out);
+}
+#else
 [[gnu::noinline]] inline void transpose(const Zmx32f* in, Zmx32f* out) {
     Block<Zmx32f> a, b;
     exchange<4>(in, a.at);
     exchange<1>(a.at, b.at);
     exchange<2>(b.at, out);
 }
+#endif
 
 } // namespace zmx

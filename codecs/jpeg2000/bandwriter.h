@@ -56,7 +56,7 @@ public:
             const std::int64_t at = block.y0 + i;
             encoder.quantise<R>({rows.numbers(job.row, at) + (block.x0 - rows.area().x0), block.width}, coding);
             if (!raised.empty() && at >= raised.y0 && at < raised.y1)
-                encoder.raise(int(raised.x0 - block.x0), raised.width(), coding.roiShift);
+                encoder.raise(int(raised.x0 - block.x0), raised.width(), coding);
         }
         return encoder.encode(place.orientation, component.style, coding);
     }

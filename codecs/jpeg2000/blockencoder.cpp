@@ -103,11 +103,13 @@ void BlockEncoder::takePasses(CodedBlock& out, unsigned style, int passes, int s
         out.passes[i - 1].rate = std::min(out.passes[i - 1].rate, out.passes[i].rate);
 }
 
-void BlockEncoder::raise(int x, int count, int shift) {
+void BlockEncoder::raise(int x, int count, const BandCoding& coding) {
     std::int32_t* row = words.data() + filled - std::size_t(size.width);
+    // Fractions stay behind: raised, those of a number that comes to nothing would be a number of the background.
+    const std::uint32_t whole = ~kSignBit << coding.fractionPlanes & ~kSignBit;
     for (int i = x; i < x + count; ++i) {
         const auto w = std::uint32_t(row[i]);
-        row[i] = std::int32_t((w & kSignBit) | (w & ~kSignBit) << shift);
+        row[i] = std::int32_t((w & kSignBit) | (w & whole) << coding.roiShift);
     }
 }
 

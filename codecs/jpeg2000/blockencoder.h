@@ -31,7 +31,7 @@ public:
     void begin(const Block& block);
     template <Road R> void quantise(std::span<const Number<R>> row, const BandCoding& coding);
     // Lifts `count` numbers of the last row, from x on, into the planes of a region of interest.
-    void raise(int x, int count, int shift);
+    void raise(int x, int count, const BandCoding& coding);
     CodedBlock encode(Orientation o, const CodingStyle& style, const BandCoding& coding);
 };
 

@@ -243,6 +243,23 @@ TEST(Jpeg2000, AComponentsOwnSegmentsCountMore) {
     expectSame(p, back);
 }
 
+// A region only comes earlier: once all is there, every number is what it would have been without.
+TEST(Jpeg2000, RegionOfInterestLeavesTheNumbersAsTheyAre) {
+    for (const bool reversible : {true, false})
+        for (const int depth : {7, 8, 12})
+            for (const Window& w : {Window{1, 1, 5, 5}, {10, 12, 8, 9}, {0, 0, 60, 44}}) {
+                SCOPED_TRACE(testing::Message() << reversible << ' ' << depth << ' ' << w.x);
+                PlanarPicture p = picture({.components = 3, .depth = depth, .x0 = 3});
+                Rng rng(77);
+                for (std::int32_t& v : p.components[1].samples) v = int(rng.range(0, p.components[1].largest()));
+                EncodeOptions o;
+                o.reversible = reversible;
+                const PlanarPicture plain = decoded(encode(p, o));
+                o.region = w;
+                expectSame(decoded(encode(p, o)), plain);
+            }
+}
+
 TEST(Jpeg2000, RegionOfInterestByMaxshift) {
     // Samples of 8 bits, which the decoder is to find, stored as coefficients of 16: those of the region 8 planes up.
     PlanarPicture stored = picture({.width = 20, .height = 16, .depth = 16, .isSigned = true});
