@@ -165,9 +165,9 @@ def main(zmx, library, *words):
         figures = [("commands", len(COMMANDS)), *((f"runs in which one call of a kind failed: {kind}", n) for kind, n in totals.items()),
                    ("runs that broke a rule", len(faults))]
         note = ("A run ends with 1, one line of message and all files as they were, or with 0 and what it always writes; the latter it must "
-                "after interruptions and short counts.")
+                "after interruptions and short counts. What libtiff requests for itself never fails: version 4.5 reads behind its list of tags then.")
         put = pathlib.Path(__file__).resolve().parents[2] / "scripts/assurance"
-        subprocess.run([put, "--put", "faults", "Faults injected into the command", "ZMX_LONG_TESTS=1 tests/command/faults.sh BIN-DIR --record"],
+        subprocess.run([put, "--put", "faults", "Faults injected into the command", ("ZMX_LONG_TESTS=1 " if LONG else "") + "tests/command/faults.sh build/release/bin --record"],
                        input="".join(f"{what}\t{value}\n" for what, value in figures) + f"NOTE\t{note}\n", text=True, check=True)
     return 1 if faults or sum(totals.values()) < 500 else 0
 
