@@ -38,7 +38,7 @@ void TiffFile::open(const char* mode) {
     handle.reset(TIFFClientOpenExt(
         "", mode, this, read, write, seek, [](thandle_t) { return 0; }, sizeOf, nullptr, nullptr, options.get()));
     if (!handle) fail("not readable as a TIFF file");
-    if (unsound) {
+    if (unsound || thrown) {
         close(); // no destructor will
         needSound();
     }
@@ -65,14 +65,16 @@ template <class Code> auto TiffFile::guarded(Code code) -> decltype(code()) {
     }
 }
 
+// Where it fails nothing was read: libtiff counts with the result, and clears memory ahead of its buffer by -1.
 tmsize_t TiffFile::read(thandle_t handle, void* to, tmsize_t n) {
     TiffFile& f = of(handle);
-    return f.guarded([&] {
+    const tmsize_t done = f.guarded([&] {
         const std::span<std::uint8_t> room(static_cast<std::uint8_t*>(to), std::size_t(n));
         const std::size_t got = f.source ? f.source->readAt(f.place, room) : f.sink->readBack(f.place, room);
         f.place += got;
         return tmsize_t(got);
     });
+    return std::max(done, tmsize_t(0));
 }
 
 tmsize_t TiffFile::write(thandle_t handle, void* from, tmsize_t n) {
@@ -114,7 +116,7 @@ void TiffFile::look(const char* message) {
 }
 
 void TiffFile::needSound() const {
-    if (unsound) fail({});
+    if (unsound || thrown) fail({});
 }
 
 void TiffFile::fail(const std::string& what) const {

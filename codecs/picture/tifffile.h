@@ -47,7 +47,7 @@ public:
     std::uint64_t append(ByteView bytes);
     bool isBig() const { return TIFFIsBigTIFF(handle.get()); }
 
-    // An Error where libtiff's memory ran out: then it leaves out tags, and says nothing but that.
+    // An Error where libtiff's memory ran out or a file could not be read: it may leave out tags then, or fill up samples.
     void needSound() const;
     // The last channel of a picture.
     void setAlpha() const;

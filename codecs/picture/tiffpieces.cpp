@@ -32,6 +32,7 @@ public:
         if (h.tiled) {
             const auto size = tmsize_t(rowBytes * h.pieceHeight);
             if (TIFFReadEncodedTile(files[0]->get(), piece, to, size) != size) files[0]->fail(pieceText(h, piece));
+            files[0]->needSound();
             return;
         }
         const TiffFile& file = *files[std::size_t(plane)];
@@ -39,6 +40,7 @@ public:
         const std::uint32_t top = piece % perPlane * h.pieceHeight + first;
         for (std::uint32_t y = 0; y < rows; ++y, to += rowBytes)
             if (TIFFReadScanline(file.get(), to, top + y, std::uint16_t(plane)) != 1) file.fail(pieceText(h, piece));
+        file.needSound();
     }
 
 private:
