@@ -49,8 +49,8 @@ template <int Predictor> bool predictorAgrees(std::uint64_t slice) {
 }
 
 template <int... P> void addEach(Domains& to, std::integer_sequence<int, P...>) {
-    (to.push_back({std::string("Predictor") + char('1' + P), "predictor and its inverse, every pair of neighbours", kWords,
-                   kWords, predictorAgrees<P + 1>}),
+    (to.push_back({std::string("Predictor") + char('1' + P), "predictor and its inverse, every pair of neighbours",
+                   kWords, kWords, predictorAgrees<P + 1>}),
      ...);
 }
 
