@@ -81,9 +81,10 @@ void readUuid(const Box& box, Metadata& metadata) {
     const auto is = [&](const Uuid& uuid) { return std::equal(uuid.begin(), uuid.end(), box.content.begin()); };
     if (is(kXmpUuid) && metadata.xmp.empty()) metadata.xmp.assign(rest.begin(), rest.end());
     if (!is(kExifUuid) || !metadata.exif.empty()) return;
-    // Some put what stands ahead of EXIF in a JPEG file here too.
+    // Some put what stands ahead of EXIF in a JPEG file here too; a second one would be taken for it when what is read here
+    // is written and read again.
     constexpr std::uint8_t ahead[] = {'E', 'x', 'i', 'f', 0, 0};
-    if (rest.size() >= sizeof ahead && std::equal(std::begin(ahead), std::end(ahead), rest.begin()))
+    while (rest.size() >= sizeof ahead && std::equal(std::begin(ahead), std::end(ahead), rest.begin()))
         rest = rest.subspan(sizeof ahead);
     metadata.exif.assign(rest.begin(), rest.end());
 }

@@ -86,6 +86,8 @@ TEST(Jpeg2000Metadata, ExifMayHaveItsHeadOfJpegFiles) {
     Metadata m = kAll;
     m.exif = bytesOf(std::string("Exif\0\0", 6) + "MM EXIF");
     EXPECT_EQ(decode(encode(withMetadata(m))).picture.metadata.exif, bytesOf("MM EXIF"));
+    m.exif = bytesOf(std::string("Exif\0\0Exif\0\0", 12) + "MM EXIF");
+    EXPECT_EQ(decode(encode(withMetadata(m))).picture.metadata.exif, bytesOf("MM EXIF"));
 }
 
 // Whatever becomes of the boxes, the samples are what they were or the file is refused.
