@@ -5,6 +5,7 @@
 #include "codecs/jpeg/jpeg.h"
 #include "codecs/jpeg2000/jpeg2000.h"
 #include "codecs/jpeg2000/parallel.h"
+#include "codecs/picture/borrowedsink.h"
 #include "codecs/texture/texture.h"
 #include "codecs/tiff/tiff.h"
 #include "tests/codecs/support/pictures.h"
@@ -37,21 +38,6 @@ Bytes bytesOf(const Picture& picture) {
         all.insert(all.end(), part->begin(), part->end());
     return all;
 }
-
-// A sink that stays with the caller.
-class BorrowedSink final : public ByteSink {
-public:
-    explicit BorrowedSink(ByteSink& sink) : to(sink) {}
-    void write(ByteView bytes) override { to.write(bytes); }
-    void finish() override { to.finish(); }
-    std::uint64_t position() const override { return to.position(); }
-    bool seekable() const override { return to.seekable(); }
-    void patch(std::uint64_t at, ByteView bytes) override { to.patch(at, bytes); }
-    std::size_t readBack(std::uint64_t at, std::span<std::uint8_t> bytes) override { return to.readBack(at, bytes); }
-
-private:
-    ByteSink& to;
-};
 
 enum class Outcome { never, same, refused, wrong };
 

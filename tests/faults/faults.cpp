@@ -86,7 +86,10 @@ template <class Work> int guarded(Kind kind, Work work) {
     return fault != 0;
 }
 
-int modeOf(int flags, va_list more) { return flags & O_CREAT ? va_arg(more, int) : 0; }
+int openBy(const char* name, const char* path, int flags, va_list more) {
+    const int mode = flags & O_CREAT ? va_arg(more, int) : 0;
+    return guarded(kOpen, [&] { return next<int (*)(const char*, int, ...)>(name)(path, flags, mode); });
+}
 
 } // namespace
 
@@ -102,16 +105,16 @@ int __libc_start_main(int (*main)(int, char**, char**), int argc, char** argv, v
 int open(const char* path, int flags, ...) {
     va_list more;
     va_start(more, flags);
-    const int mode = modeOf(flags, more);
+    const int fd = openBy("open", path, flags, more);
     va_end(more);
-    return guarded(kOpen, [&] { return next<int (*)(const char*, int, ...)>("open")(path, flags, mode); });
+    return fd;
 }
 int open64(const char* path, int flags, ...) {
     va_list more;
     va_start(more, flags);
-    const int mode = modeOf(flags, more);
+    const int fd = openBy("open64", path, flags, more);
     va_end(more);
-    return guarded(kOpen, [&] { return next<int (*)(const char*, int, ...)>("open64")(path, flags, mode); });
+    return fd;
 }
 int mkstemp(char* name) {
     return guarded(kOpen, [&] { return next<int (*)(char*)>("mkstemp")(name); });

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: BSD-2-Clause
 #include "wasm/src/format.h"
 
+#include "codecs/picture/borrowedsink.h"
+
 #include <algorithm>
 #include <bit>
 #include <climits>
@@ -9,21 +11,6 @@
 
 namespace web {
 namespace {
-
-class BorrowedSink final : public codecs::ByteSink {
-public:
-    explicit BorrowedSink(codecs::ByteSink& sink) : to(sink) {}
-
-    void write(ByteView bytes) override { to.write(bytes); }
-    void finish() override { to.finish(); }
-    std::uint64_t position() const override { return to.position(); }
-    bool seekable() const override { return to.seekable(); }
-    void patch(std::uint64_t at, ByteView bytes) override { to.patch(at, bytes); }
-    std::size_t readBack(std::uint64_t at, std::span<std::uint8_t> bytes) override { return to.readBack(at, bytes); }
-
-private:
-    codecs::ByteSink& to;
-};
 
 // Where a place of the full size is in a picture of half the size, so many times.
 std::int64_t reduced(std::int64_t place, int times) { return (place + (std::int64_t(1) << times) - 1) >> times; }
@@ -101,7 +88,9 @@ void PartSink::finish() {
 
 std::unique_ptr<codecs::ByteSource> sourceOf(ByteView file) { return std::make_unique<codecs::MemorySource>(file); }
 
-std::unique_ptr<codecs::ByteSink> borrowed(codecs::ByteSink& sink) { return std::make_unique<BorrowedSink>(sink); }
+std::unique_ptr<codecs::ByteSink> borrowed(codecs::ByteSink& sink) {
+    return std::make_unique<codecs::BorrowedSink>(sink);
+}
 
 Info rowsInfo(const codecs::RowSource& rows, const std::string& kind) {
     const codecs::Shape& s = rows.shape();
