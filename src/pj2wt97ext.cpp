@@ -395,7 +395,7 @@ void inverseLine(Zmx8u* low, Zmx8u* high, Split split, Zmx8u* x) {
                     std::memcpy(dst, band(b, j - offset), sizeof(Zmx32s) * std::size_t(count));
             };
         };
-        const bool inside = first >= p && first + kHeld <= std::min(split.low() + p, split.high());
+        const bool inside = from > 0 && first + kHeld <= std::min(split.low() + p, split.high());
         if (!inside) {
             fill(held.evens, first, p, split.low() + p, straight(low, p), mirrored(0));
             fill(held.odds, first, 0, split.high(), straight(high, 0), mirrored(1));

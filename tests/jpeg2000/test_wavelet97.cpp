@@ -51,10 +51,10 @@ TEST(Wavelet97, LinesOfAllLengthsAgreeWithTheModel) {
 // Lines are worked through in runs: one below, at and above multiples of a power of two, either way round.
 TEST(Wavelet97, LinesAroundTheEndsOfRuns) {
     Rng rng(0x5A97);
-    for (int run : {64, 128, 256, 512})
+    for (int run : {64, 128, 256, 260, 512, 520})
         for (int n = run - 2; n <= run + 2; ++n)
             for (int phases = 0; phases < 4; ++phases)
-                for (const ZmxiSize s : {ZmxiSize{n, 1}, ZmxiSize{1, n}}) {
+                for (const ZmxiSize s : {ZmxiSize{n, 1}, ZmxiSize{n, 3}, ZmxiSize{1, n}}) {
                     SCOPED_TRACE(::testing::Message() << n << ", " << phases);
                     checkInPlace(rng, kPlanes32, {phases & 1, phases >> 1, s.width, s.height},
                                  kCharacters[rng.range(0, 5)]);
